@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// Small helpers for 8-bit text: formatting, comparison without case, trimming, locale-proof
+// numbers. Every layer uses them; they hold no state.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#if defined(__GNUC__)
+#define QOR_PRINTF(formatIndex, firstArgument)                                                     \
+    __attribute__((format(printf, formatIndex, firstArgument)))
+#else
+#define QOR_PRINTF(formatIndex, firstArgument)
+#endif
+
+namespace qor {
+
+/// printf into a string of whatever length it takes.
+std::string Format(const char* format, ...) QOR_PRINTF(1, 2);
+
+/// True when the texts are equal but for the case of ASCII letters.
+bool EqualsNoCase(std::string_view a, std::string_view b);
+
+/// ASCII letters lowered; every other byte kept.
+std::string ToLower(std::string_view text);
+
+/// White space as the C locale has it: blank, TAB, LF, VT, FF, CR.
+constexpr bool IsSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+
+std::string_view TrimLeft(std::string_view text);
+std::string_view Trim(std::string_view text);
+
+/// The text as a decimal floating-point number, read locale-independently. Empty unless the whole
+/// text is a number (optional sign, digits, point, exponent; no "inf", "nan" or hexadecimal). A
+/// number beyond double's range gives an infinity, one too small gives 0: callers that need a
+/// finite number test for it.
+std::optional<double> WholeNumber(std::string_view text);
+
+/// The number at the beginning of the text after leading white space ("12abc" gives 12), or empty
+/// when there is none. Same number syntax and range behaviour as WholeNumber.
+std::optional<double> LeadingNumber(std::string_view text);
+
+/// The text as a plain decimal count: an optional "+", digits, nothing else, below 2^32.
+std::optional<std::uint32_t> WholeCount(std::string_view text);
+
+/// The fewest digits that read back to the same double.
+std::string ShortestNumber(double value);
+
+/// Decodes "\xHH" escapes to bytes; every other character stands for itself. A malformed escape
+/// makes the whole result empty.
+std::string DecodeEscapes(std::string_view text);
+
+} // namespace qor

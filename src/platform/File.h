@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// Files of the operating system. Every call returns the cause of its failure (0..14), from which
+// FileErrorText makes the text that the operator reads. Paths are 8-bit text as the system has
+// them (UTF-8 on Windows).
+#pragma once
+
+#include "base/Bytes.h"
+
+#include <cstdint>
+#include <string>
+
+namespace qor {
+
+/// Causes of file errors, numbered as the text tables are.
+enum class [[nodiscard]] FileCause : std::uint32_t {
+    None = 0,
+    Generic = 1,
+    FileNotFound = 2,
+    BadPath = 3,
+    TooManyOpenFiles = 4,
+    AccessDenied = 5,
+    InvalidFile = 6,
+    RemoveCurrentDirectory = 7,
+    DirectoryFull = 8,
+    BadSeek = 9,
+    HardwareIo = 10,
+    SharingViolation = 11,
+    LockViolation = 12,
+    DiskFull = 13,
+    EndOfFile = 14,
+};
+
+/// One open file. Not shared between threads, but for Sync, which may run beside Write.
+class CFile {
+  public:
+    CFile() = default;
+    ~CFile();
+    CFile(CFile&& other) noexcept;
+    CFile& operator=(CFile&& other) noexcept;
+
+    /// Opens an existing regular file (or pipe) for reading. A directory is AccessDenied.
+    FileCause OpenForReading(const std::string& path);
+
+    /// Creates the file, or truncates an existing one, for writing with exclusive sharing: while it
+    /// is open here, another CreateExclusive of it (from any process) is a SharingViolation and
+    /// leaves its content alone. A read-only file (no write permission, also for root) is AccessDenied.
+    FileCause CreateExclusive(const std::string& path);
+
+    /// Opens an existing file (a device, a port) or creates one for writing, without truncating a device.
+    FileCause OpenForWriting(const std::string& path);
+
+    void Close();
+    bool IsOpen() const;
+    /// The path as given; FullPath is absolute.
+    const std::string& Path() const { return OpenedPath; }
+    const std::string& FullPath() const { return OpenedFullPath; }
+
+    /// Reads up to the buffer's size; got is 0 at the end of the file.
+    FileCause Read(std::span<std::uint8_t> buffer, std::size_t& got);
+    /// Writes all bytes, unbuffered. On failure part of them may stand in the file.
+    FileCause Write(ByteSpan bytes);
+    /// Makes what was written survive a power cut.
+    FileCause Sync();
+    /// Cuts the file to this size and goes on writing there.
+    FileCause Truncate(std::uint64_t size);
+    FileCause Size(std::uint64_t& size) const;
+    FileCause SeekTo(std::uint64_t position);
+
+  private:
+    std::intptr_t Handle = -1;
+    std::string OpenedPath;
+    std::string OpenedFullPath;
+};
+
+bool FileExists(const std::string& path);
+FileCause SetReadOnly(const std::string& path, bool readOnly);
+FileCause IsReadOnly(const std::string& path, bool& readOnly);
+FileCause RemoveFile(const std::string& path);
+/// Absolute form of a path; the path itself when the system cannot tell.
+std::string FullPathOf(const std::string& path);
+/// The system's path separator ('/' or '\\').
+char PathSeparator();
+
+} // namespace qor
