@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// Frame counter and checksum of received frames, and the nominal frame rate. One object an
+// instrument of the session; the caller's lock guards it.
+#pragma once
+
+#include "base/Bytes.h"
+#include "base/MessageSink.h"
+#include "instrument/Instrument.h"
+
+#include <cstdint>
+#include <string>
+
+namespace qor {
+
+/// What the checks found in one frame.
+struct FrameCheckResult {
+    bool dropped = false;       ///< the counter says that frames are missing before this one
+    bool checksumError = false;
+    bool valueError = false;    ///< the counter or the checksum could not be read
+    bool beep = false;          ///< the operator asked to hear of this
+};
+
+class CFrameChecks {
+  public:
+    bool Enabled = true;
+    bool CounterEnabled = true;
+    bool ChecksumEnabled = true;
+    bool BeepOnError = false;
+    std::int32_t CounterIndex = -1;  ///< sensor index, -1 = none
+    std::int32_t ChecksumIndex = -1;
+    std::int32_t ExpectedCounter = 0;
+    bool Resynchronise = true; ///< set after every error: the next frame only sets the counter
+    std::int32_t ErrorCount = 0;
+    std::uint64_t DroppedCount = 0, ChecksumErrorCount = 0, ValueErrorCount = 0; ///< by kind
+
+    /// Recognises the role sensors, reports a missing one, and starts checking afresh. `names` are
+    /// the instrument's and the resource's for the texts.
+    void SetUp(const CInstrument& instrument, const std::string& instrumentName,
+               const std::string& resourceName, CMessageSink& sink);
+
+    /// Checks one frame of the instrument that SetUp was given; reports and counts what is wrong.
+    FrameCheckResult Check(ByteSpan frame);
+
+  private:
+    const CInstrument* Instrument = nullptr;
+    CMessageSink* Sink = nullptr;
+    std::string InstrumentName, ResourceName;
+};
+
+/// The instrument's nominal frame rate in Hz from its RATE sensor; 6.0 without one. An invalid RATE
+/// sensor is reported and gives 6.0.
+double NominalFrameRate(const CInstrument& instrument, CMessageSink& sink);
+
+} // namespace qor

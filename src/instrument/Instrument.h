@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// An instrument as its definition file describes it: the frame (sync header, fixed size or
+// delimiters) and the list of sensors in frame order. After a load it is const and shared between
+// threads without a lock. What a session adds (checks, counts, immersion) is CQorViewIns's.
+#pragma once
+
+#include "instrument/DefinitionStatus.h"
+#include "instrument/Sensor.h"
+
+#include <deque>
+#include <string>
+#include <string_view>
+
+namespace qor {
+
+enum class FrameType { Fixed, Variable };
+
+class CInstrument {
+  public:
+    CInstrument() = default;
+    CInstrument(const CInstrument&) = delete; // sensors point to their instrument
+    CInstrument& operator=(const CInstrument&) = delete;
+
+    /// Reads a definition file (.cal, .tdf) once: builds the sensor list and the parse log.
+    /// DefinitionStatus::Success, or the fatal status that the parse log explains; after a failed
+    /// load the instrument is to be discarded.
+    DefinitionStatus Load(const std::string& path);
+
+    const std::string& Name() const { return InstrumentName; }
+    const std::string& SerialNumber() const { return Serial; }
+    const std::string& SyncHeader() const { return Header; }
+    /// "Calibration File", "Telemetry Definition File" or "Instrument File".
+    const std::string& FileKind() const { return Kind; }
+    /// Full path of the opened file; empty until a load opened one.
+    const std::string& FilePath() const { return Path; }
+    const std::string& ParseLog() const { return Log; }
+    std::int32_t FrameSize() const { return Size; }
+    FrameType Type() const { return Frame; }
+    const std::string& Terminator() const { return FrameTerminator; }
+    /// One byte for each FIELD line, in file order.
+    const std::string& FieldDelimiter() const { return Delimiters; }
+    std::int32_t LinesRead() const { return Lines; }
+    std::int32_t BadFormatLines() const { return BadLines; }
+    std::int32_t DiagnosticCount() const { return Diagnostics; }
+    bool ReadError() const { return ReadFailed; }
+
+    const std::deque<CSensor>& Sensors() const { return SensorList; }
+    std::int32_t SensorCount() const { return static_cast<std::int32_t>(SensorList.size()); }
+    /// The sensor at an index, or null.
+    const CSensor* Sensor(std::int32_t index) const;
+    /// The next sensor of the type (compared without case) behind an index (-1: from the start), or null.
+    const CSensor* NextSensor(std::string_view type, std::int32_t after = -1) const;
+
+  private:
+    friend class CDefinitionReader;
+
+    std::string InstrumentName, Serial, Header, Kind, Path, Log, FrameTerminator, Delimiters;
+    std::deque<CSensor> SensorList;
+    std::int32_t Size = 0, Lines = 0, BadLines = 0, Diagnostics = 0;
+    FrameType Frame = FrameType::Fixed;
+    bool ReadFailed = false;
+};
+
+} // namespace qor

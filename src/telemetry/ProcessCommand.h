@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// The command queue: what port workers and components tell the acquisition loop, in the order in
+// which they tell it. Its lock is the last of the chain: nothing is called while it is held.
+#pragma once
+
+#include "base/Lock.h"
+#include "base/MessageSink.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace qor {
+
+enum class NoticeCode : std::uint32_t {
+    None = 0,
+    StatusChanged = 1,   ///< initialised, connected, disconnected, waiting for telemetry
+    EndOfFile = 2,
+    FramesAvailable = 4,
+};
+
+/// A message for the session log (notice None), or a notice about the named resource.
+struct ProcessCommand {
+    NoticeCode notice = NoticeCode::None;
+    std::string text; ///< the message, or the resource's name
+};
+
+class CProcessCommand : public CMessageSink {
+  public:
+    /// A message without a line end gets one, so that nothing reported is lost.
+    void Report(std::string message) override;
+    void PostNotice(NoticeCode notice, const std::string& resourceName);
+
+    /// Waits up to so many milliseconds for a command, then hands over all there are. False: none came.
+    bool Drain(std::vector<ProcessCommand>& commands, int milliseconds);
+    /// Makes a waiting Drain return at once.
+    void Wake();
+
+  private:
+    CMutex QueueLock;
+    CCondition Arrived;
+    std::vector<ProcessCommand> Commands GUARDED_BY(QueueLock);
+    bool Woken GUARDED_BY(QueueLock) = false;
+};
+
+} // namespace qor
