@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// One source of telemetry: a serial port with its worker thread, or a file played as if it were a
+// port. Settings, connection, result codes and log entries are here; the worker's loop is
+// CommWorker.cpp, the cutting of frames CFrameSync. Called by the controller on the application
+// or acquisition thread.
+#pragma once
+
+#include "base/Lock.h"
+#include "base/MessageSink.h"
+#include "platform/Clock.h"
+#include "platform/File.h"
+#include "platform/SerialPort.h"
+#include "platform/Worker.h"
+#include "telemetry/CommResult.h"
+#include "telemetry/FrameSync.h"
+#include "telemetry/ProcessCommand.h"
+#include "telemetry/ResourceSettings.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace qor {
+
+enum class ResourceState : std::uint32_t {
+    NotInitialised = 0,
+    File = 1,
+    FileReporting = 2,
+    Serial = 3,
+    SerialReporting = 4,
+};
+
+/// Makes the port object of a connection; tests script one.
+using SerialPortFactory = std::function<std::unique_ptr<CSerialPort>()>;
+
+/// A moment's figures of a resource, for status lines.
+struct ResourceFigures {
+    bool connected = false;
+    bool waiting = false;         ///< "waiting for telemetry" was reported
+    std::uint32_t abortCode = 0;
+    std::uint64_t bytesReceived = 0;
+    std::uint64_t bytesDiscarded = 0;
+    std::uint64_t framesCut = 0;
+};
+
+class CTelemComm {
+  public:
+    /// `commands` may be null: a resource that posts no notices (state 1 or 3). Messages go to `sink`.
+    CTelemComm(CMessageSink& sink, CProcessCommand* commands, CClock& clock, SerialPortFactory makePort);
+    ~CTelemComm();
+
+    CommResult InitialiseSerial(const SerialResourceSettings& settings);
+    CommResult InitialiseFile(const FileResourceSettings& settings, CFile file);
+    CommResult Connect();
+    CommResult Disconnect();
+    CommResult Attach(const AttachRequest& request);
+    CommResult Detach(const std::string& instrumentName);
+    CommResult EnableAcquisition(const std::string& instrumentName);
+    CommResult DisableAcquisition(const std::string& instrumentName);
+
+    /// The oldest queued frame, exchanged with `frame` (whose memory is used again); `found` tells
+    /// whether there was one. A file resource reads on as needed.
+    CommResult RetrieveFrame(CFrameData& frame, bool& found);
+    /// All queued frames at once (a file resource: the next batch): one lock for many frames. The
+    /// queue handed in is emptied and its memory used again.
+    CommResult RetrieveFrames(CFrameQueue& frames);
+
+    std::optional<SerialResourceSettings> QuerySerialSettings() const;
+    std::optional<FileResourceSettings> QueryFileSettings() const;
+    CommResult ResetAbortCode(std::uint32_t& abortCode);
+
+    const std::string& Name() const;
+    ResourceState State() const;
+    bool IsFile() const;
+    std::uint32_t IdentityOf(const std::string& instrumentName) const;
+    ResourceFigures Figures() const;
+    void ResetBytesDiscarded();
+    /// The playback frame synchroniser's untagged instruments (see CFrameSync::SetUntagged).
+    void SetUntagged(const std::string& instrumentName, bool untagged);
+
+  private:
+    struct Impl;
+    std::unique_ptr<Impl> Data;
+};
+
+} // namespace qor

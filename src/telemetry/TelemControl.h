@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// The one registry through which the program reaches telemetry: it owns every resource and every
+// instrument definition, finds them by name, attaches instruments to resources and forwards. Every
+// failing operation reports one line naming the operation and the detail line of its code.
+// Called under the document's lock; the workers never call it.
+#pragma once
+
+#include "instrument/Instrument.h"
+#include "telemetry/TelemComm.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace qor {
+
+class CTelemControl {
+  public:
+    CTelemControl(CClock& clock, SerialPortFactory makePort);
+    ~CTelemControl();
+
+    /// The command queue that messages and notices travel through.
+    CProcessCommand& Commands();
+
+    CommResult AddResource(const SerialResourceSettings& settings);
+    CommResult AddResource(const FileResourceSettings& settings, CFile file);
+    CommResult RemoveResource(const std::string& name);
+    CommResult ModifyResource(const SerialResourceSettings& settings);
+    CommResult CheckResource(const std::string& name, bool& exists);
+    CommResult ConnectResource(const std::string& name);
+    CommResult DisconnectResource(const std::string& name);
+    CommResult ResourceSettings(const std::string& name, SerialResourceSettings& settings);
+    CommResult ResourceSettings(const std::string& name, FileResourceSettings& settings);
+    CommResult ResourceIdentification(std::size_t position, std::string& name);
+    CommResult BytesDiscarded(const std::string& name, std::uint64_t& bytes);
+    CommResult ResetBytesDiscarded(const std::string& name);
+    /// Returns the abort code and resets it, so that the resource may connect again.
+    CommResult AbortCode(const std::string& name, std::uint32_t& abortCode);
+
+    CommResult AddInstrument(std::unique_ptr<CInstrument> instrument);
+    CommResult RemoveInstrument(const std::string& name);
+    CommResult AttachInstrument(const std::string& instrument, const std::string& resource);
+    CommResult DetachInstrument(const std::string& instrument);
+    CommResult StartAcquisition(const std::string& instrument);
+    CommResult StopAcquisition(const std::string& instrument);
+    CommResult InstrumentResource(const std::string& instrument, std::string& resource);
+    CommResult InstrumentFileType(const std::string& instrument, std::string& kind);
+    CommResult InstrumentFileName(const std::string& instrument, std::string& path);
+    CommResult InstrumentSerialNumber(const std::string& instrument, std::string& serial);
+    CommResult InstrumentSyncHeader(const std::string& instrument, std::string& header);
+    CommResult InstrumentLinesRead(const std::string& instrument, std::int32_t& lines);
+    CommResult InstrumentFrameSize(const std::string& instrument, std::int32_t& size);
+    CommResult InstrumentSensorCount(const std::string& instrument, std::int32_t& count);
+    CommResult FindSensor(const std::string& instrument, std::string_view type, std::int32_t after,
+                          const CSensor*& sensor);
+    CommResult AccessSensor(const std::string& instrument, std::int32_t index, const CSensor*& sensor);
+
+    /// One frame of the resource (found tells), or of the file resource at a position of the table.
+    CommResult RetrieveFrame(const std::string& resource, CFrameData& frame, bool& found);
+    CommResult RetrieveFileFrame(std::size_t position, CFrameData& frame, bool& found);
+    /// All frames that wait on the resource; see CTelemComm::RetrieveFrames.
+    CommResult RetrieveFrames(const std::string& resource, CFrameQueue& frames);
+
+    std::size_t ResourceCount() const;
+    /// The resource or instrument by name, or null; nothing is reported.
+    CTelemComm* Resource(std::string_view name) const;
+    const CInstrument* Instrument(std::string_view name) const;
+
+  private:
+    struct Tables;
+    std::unique_ptr<Tables> Owned;
+};
+
+} // namespace qor
