@@ -1,0 +1,138 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "base/Text.h"
+
+#include <gtest/gtest.h>
+
+#include <clocale>
+#include <cmath>
+#include <limits>
+
+namespace qor {
+namespace {
+
+constexpr double Infinity = std::numeric_limits<double>::infinity();
+
+struct NumberCase {
+    std::string_view text;
+    std::optional<double> whole;
+    std::optional<double> leading;
+};
+
+const NumberCase Numbers[] = {
+    {"12", 12.0, 12.0},
+    {"+12", 12.0, 12.0},
+    {"-0.5", -0.5, -0.5},
+    {".5", 0.5, 0.5},
+    {"1.", 1.0, 1.0},
+    {"-.5e+1", -5.0, -5.0},
+    {"1E5", 1e5, 1e5},
+    {"1e", {}, 1.0},
+    {"1e+", {}, 1.0},
+    {"12abc", {}, 12.0},
+    {"1,5", {}, 1.0},
+    {"0x10", {}, 0.0},
+    {"1.5.2", {}, 1.5},
+    {" \t\r12", {}, 12.0},
+    {"12 ", {}, 12.0},
+    {"", {}, {}},
+    {".", {}, {}},
+    {"+", {}, {}},
+    {"-.e5", {}, {}},
+    {"+-5", {}, {}},
+    {"--5", {}, {}},
+    {"- 5", {}, {}},
+    {"e5", {}, {}},
+    {"inf", {}, {}},
+    {"-infinity", {}, {}},
+    {"nan", {}, {}},
+    {"+NAN(1)", {}, {}},
+    {"1e400", Infinity, Infinity},
+    {"-1e400", -Infinity, -Infinity},
+    {"1e99999999999999999999999", Infinity, Infinity},
+    {"0.00001e320", Infinity, Infinity},
+    {"1e-400", 0.0, 0.0},
+    {"-1e-99999999999999999999999", 0.0, 0.0},
+    {"123456789e-400", 0.0, 0.0},
+    {"0e999999", 0.0, 0.0},
+    {"4.9406564584124654e-324", 4.9406564584124654e-324, 4.9406564584124654e-324},
+    {"2.2250738585072011e-308", 2.2250738585072011e-308, 2.2250738585072011e-308},
+    {"1.7976931348623157e308", 1.7976931348623157e308, 1.7976931348623157e308},
+};
+
+TEST(Text, NumbersAreReadWholeAndLeading) {
+    for (const NumberCase& number : Numbers) {
+        EXPECT_EQ(WholeNumber(number.text), number.whole) << number.text;
+        EXPECT_EQ(LeadingNumber(number.text), number.leading) << number.text;
+    }
+}
+
+TEST(Text, ALongRowOfZerosOrDigitsStillTellsOverflowFromUnderflow) {
+    const std::string zeros(2000, '0');
+    EXPECT_EQ(WholeNumber("0." + zeros + "1"), 0.0);
+    EXPECT_EQ(WholeNumber("1" + zeros), Infinity);
+    EXPECT_EQ(WholeNumber("1" + zeros + "e-2000"), 1.0);
+    EXPECT_EQ(WholeNumber("0." + zeros + "1e2001"), 1.0);
+    EXPECT_EQ(WholeNumber(zeros + "1"), 1.0);
+}
+
+TEST(Text, TheLocaleDoesNotChangeNumbers) {
+    for (const char* name : {"de_DE.UTF-8", "fr_FR.UTF-8", "de_DE"})
+        if (std::setlocale(LC_NUMERIC, name))
+            break;
+    EXPECT_EQ(WholeNumber("1.5"), 1.5);
+    EXPECT_EQ(WholeNumber("1,5"), std::nullopt);
+    EXPECT_EQ(ShortestNumber(1.5), "1.5");
+    std::setlocale(LC_NUMERIC, "C");
+}
+
+TEST(Text, CountsArePlainDecimalNumbersBelowTwoToThe32) {
+    const std::pair<std::string_view, std::optional<std::uint32_t>> cases[] = {
+        {"0", 0u},          {"+4", 4u}, {"007", 7u}, {"4294967295", 4294967295u},
+        {"4294967296", {}}, {"-1", {}}, {"+-1", {}}, {"++1", {}},
+        {"", {}},           {"+", {}},  {"1.0", {}}, {"1e2", {}},
+        {"0x2", {}},        {" 1", {}}, {"1 ", {}},  {"99999999999999999999999", {}},
+    };
+    for (const auto& [text, count] : cases)
+        EXPECT_EQ(WholeCount(text), count) << text;
+}
+
+TEST(Text, ShortestNumberReadsBackToTheSameDouble) {
+    for (double value : {0.0, 0.1, -2.5, 1e300, 5e-324, 137.0, 1.0 / 3.0, 0.1 + 0.2})
+        EXPECT_EQ(WholeNumber(ShortestNumber(value)), value);
+    EXPECT_EQ(ShortestNumber(0.1), "0.1");
+    EXPECT_EQ(ShortestNumber(-2.2250738585072014e-308), "-2.2250738585072014e-308");
+    EXPECT_TRUE(std::signbit(*WholeNumber(ShortestNumber(-0.0))));
+}
+
+TEST(Text, EscapesBecomeBytesAndAMalformedOneEmptiesTheText) {
+    using namespace std::string_literals;
+    const std::pair<std::string_view, std::string> cases[] = {
+        {"\\x0D\\x0A", "\r\n"}, {"a\\x00b", "a\0b"s}, {"\\xfF", "\xff"}, {",", ","},
+        {"\\n", "\\n"},         {"\\X0D", "\\X0D"},   {"", ""},          {"\\x2C2", ",2"},
+        {",\\x0", ""},          {"\\x", ""},          {"\\x+1", ""},     {"\\xG0", ""},
+        {"ab\\x1Z", ""},
+    };
+    for (const auto& [text, bytes] : cases)
+        EXPECT_EQ(DecodeEscapes(text), bytes) << text;
+}
+
+TEST(Text, ComparisonAndTrimmingKnowAsciiOnly) {
+    EXPECT_TRUE(EqualsNoCase("IntTime", "INTTIME"));
+    EXPECT_FALSE(EqualsNoCase("INTTIME", "INTTIME2"));
+    EXPECT_FALSE(EqualsNoCase("@[`{", "`{@["));
+    EXPECT_FALSE(EqualsNoCase("\xC4", "\xE4"));
+    EXPECT_EQ(ToLower("Ab[Z\xC4"), "ab[z\xC4");
+    EXPECT_EQ(Trim(" \t\v\f\r\na b\r\n"), "a b");
+    EXPECT_EQ(TrimLeft("  x "), "x ");
+    EXPECT_EQ(Trim(" \r\n"), "");
+}
+
+TEST(Text, FormatTakesTextOfAnyLength) {
+    const std::string path(5000, 'p');
+    EXPECT_EQ(Format("\t%s Name: \"%s\".\r\n", "Kind", path.c_str()),
+              "\tKind Name: \"" + path + "\".\r\n");
+    EXPECT_EQ(Format("%s", ""), "");
+}
+
+} // namespace
+} // namespace qor
