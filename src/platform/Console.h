@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// What a command-line program needs of the system: its arguments as UTF-8, its standard streams as
+// bytes, and the operator's request to stop. For the command line's main; the engine's layers never
+// look at it. It does no formatting and no buffering.
+#pragma once
+
+#include "platform/Worker.h"
+
+#include <atomic>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace qor {
+
+/// The program's arguments, its own name first, as 8-bit text (UTF-8 on Windows, where the main
+/// function's own arguments have lost every character outside the code page).
+std::vector<std::string> CommandLineArguments(int argc, char** argv);
+
+enum class StandardStream { Input = 0, Output = 1, Error = 2 };
+
+/// True when the stream is a terminal that a person sees: the place for progress bars.
+bool IsTerminal(StandardStream stream);
+
+/// Columns of the terminal behind the stream; 80 when it is none or does not tell.
+int TerminalColumns(StandardStream stream);
+
+/// What became of a write: a reader that has gone (`| head`) is no fault of anybody's.
+enum class StreamWrite { Done, ReaderGone, Failed };
+
+/// Writes all bytes as they are to standard output or standard error, unbuffered. UTF-8 shows as
+/// such in a Windows console. Do not mix with stdio on the same stream.
+[[nodiscard]] StreamWrite WriteStream(StandardStream stream, std::string_view bytes);
+
+/// The line end of text files here: LF, or CR LF on Windows.
+std::string_view NativeLineEnd();
+
+/// Catches requests to stop for as long as it lives: SIGINT, SIGTERM and SIGHUP; on Windows Ctrl-C,
+/// Ctrl-Break, the closing of the console, log-off and shutdown. The first one sets the event,
+/// from a thread of its own; a second one ends the process at once with exit status 130. Also makes
+/// a write to a closed pipe an error instead of a signal. At most one lives at a time; made by main
+/// before it starts any thread (threads inherit the signal mask), destroyed when the work is wound
+/// up: on Windows the closing of a console waits for that.
+class CStopWatch {
+  public:
+    explicit CStopWatch(CEvent& stop);
+    ~CStopWatch();
+    CStopWatch(const CStopWatch&) = delete;
+    CStopWatch& operator=(const CStopWatch&) = delete;
+
+    /// Cheap enough for an inner loop.
+    bool Requested() const { return Asked.load(std::memory_order_relaxed); }
+
+  private:
+    /// Takes one request; called by the system's side only.
+    void Request();
+    void Listen();
+
+    CEvent& Stop;
+    std::atomic<bool> Asked{false};
+    std::atomic<bool> Ending{false};
+    CWorker Listener;
+    CEvent WoundUp;
+    friend struct StopHandler;
+};
+
+} // namespace qor

@@ -1,0 +1,114 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// The console on POSIX. Stop signals are blocked in every thread and taken by one that waits for
+// them, so that no code of ours runs inside a signal handler.
+#include "platform/Console.h"
+
+#include <cerrno>
+#include <csignal>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+namespace qor {
+
+namespace {
+
+/// SIGTERM, and those of SIGINT and SIGHUP that whoever started the program did not tell it to
+/// ignore (nohup, a job in the background).
+sigset_t StopSignals() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGTERM);
+    for (int signal : {SIGINT, SIGHUP}) {
+        struct sigaction action {};
+        if (sigaction(signal, nullptr, &action) == 0 && action.sa_handler != SIG_IGN)
+            sigaddset(&signals, signal);
+    }
+    return signals;
+}
+
+/// Takes what is still pending, so that unblocking does not let it end the process.
+void Drain(const sigset_t& signals) {
+    sigset_t pending;
+    while (sigpending(&pending) == 0) {
+        int taken = 0;
+        for (int signal : {SIGTERM, SIGINT, SIGHUP})
+            if (sigismember(&signals, signal) == 1 && sigismember(&pending, signal) == 1)
+                taken = signal;
+        if (taken == 0 || sigwait(&signals, &taken) != 0)
+            return;
+    }
+}
+
+} // namespace
+
+std::vector<std::string> CommandLineArguments(int argc, char** argv) {
+    return {argv, argv + argc};
+}
+
+bool IsTerminal(StandardStream stream) {
+    return isatty(static_cast<int>(stream)) == 1;
+}
+
+int TerminalColumns(StandardStream stream) {
+    winsize size{};
+    bool told = ioctl(static_cast<int>(stream), TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+    return told ? size.ws_col : 80;
+}
+
+StreamWrite WriteStream(StandardStream stream, std::string_view bytes) {
+    while (!bytes.empty()) {
+        ssize_t written = write(static_cast<int>(stream), bytes.data(), bytes.size());
+        if (written >= 0)
+            bytes.remove_prefix(static_cast<std::size_t>(written));
+        else if (errno == EPIPE)
+            return StreamWrite::ReaderGone;
+        else if (errno != EINTR)
+            return StreamWrite::Failed;
+    }
+    return StreamWrite::Done;
+}
+
+std::string_view NativeLineEnd() {
+    return "\n";
+}
+
+CStopWatch::CStopWatch(CEvent& stop) : Stop(stop) {
+    std::signal(SIGPIPE, SIG_IGN);
+    sigset_t signals = StopSignals();
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    // Without a thread to take them the signals keep their default: the process ends.
+    if (!Listener.Start(ThreadPriority::Normal, [this] { Listen(); }))
+        pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+}
+
+CStopWatch::~CStopWatch() {
+    Ending = true;
+    // This wakes the listener; it is taken there and has no other effect.
+    if (Listener.IsRunning())
+        kill(getpid(), SIGTERM);
+    Listener.Join();
+    sigset_t signals = StopSignals();
+    Drain(signals);
+    pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+}
+
+void CStopWatch::Listen() {
+    sigset_t signals = StopSignals();
+    for (;;) {
+        int signal = 0;
+        int failure = sigwait(&signals, &signal);
+        if (Ending)
+            return;
+        if (failure == 0)
+            Request();
+    }
+}
+
+void CStopWatch::Request() {
+    if (Asked.exchange(true))
+        _exit(130);
+    Stop.Set();
+}
+
+} // namespace qor
