@@ -66,6 +66,9 @@ class CFile {
     FileCause Truncate(std::uint64_t size);
     FileCause Size(std::uint64_t& size) const;
     FileCause SeekTo(std::uint64_t position);
+    /// A second handle of the open file for `copy`, for Sync on another thread. The copy holds no
+    /// claim of its own: exclusive sharing ends when the original is closed (on Windows: both).
+    FileCause Duplicate(CFile& copy) const;
 
   private:
     std::intptr_t Handle = -1;

@@ -56,6 +56,8 @@ class CFrameQueue {
     /// The slot for a new last frame; its old content is stale memory to assign to.
     CFrameData& PushSlot();
     const CFrameData& Front() const;
+    /// The oldest frame in place, to be used and then dropped: cheaper than Pop.
+    CFrameData& Front();
     /// Moves the oldest frame out by exchanging it with `frame`, whose memory the ring keeps. False when empty.
     bool Pop(CFrameData& frame);
     /// Drops the oldest frame.

@@ -53,7 +53,9 @@ class CTelemComm {
     CommResult InitialiseSerial(const SerialResourceSettings& settings);
     CommResult InitialiseFile(const FileResourceSettings& settings, CFile file);
     CommResult Connect();
-    CommResult Disconnect();
+    /// Frames that are still queued when the worker has ended go to `left` (when given) before the
+    /// queue is emptied, so that an orderly disconnection loses none.
+    CommResult Disconnect(CFrameQueue* left = nullptr);
     CommResult Attach(const AttachRequest& request);
     CommResult Detach(const std::string& instrumentName);
     CommResult EnableAcquisition(const std::string& instrumentName);
@@ -73,6 +75,8 @@ class CTelemComm {
     const std::string& Name() const;
     ResourceState State() const;
     bool IsFile() const;
+    /// A file resource that has been read to its end.
+    bool AtEnd() const;
     std::uint32_t IdentityOf(const std::string& instrumentName) const;
     ResourceFigures Figures() const;
     void ResetBytesDiscarded();

@@ -29,7 +29,8 @@ class CTelemControl {
     CommResult ModifyResource(const SerialResourceSettings& settings);
     CommResult CheckResource(const std::string& name, bool& exists);
     CommResult ConnectResource(const std::string& name);
-    CommResult DisconnectResource(const std::string& name);
+    /// `left`: see CTelemComm::Disconnect.
+    CommResult DisconnectResource(const std::string& name, CFrameQueue* left = nullptr);
     CommResult ResourceSettings(const std::string& name, SerialResourceSettings& settings);
     CommResult ResourceSettings(const std::string& name, FileResourceSettings& settings);
     CommResult ResourceIdentification(std::size_t position, std::string& name);

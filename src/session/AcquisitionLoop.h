@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// The acquisition thread: woken by the command queue, it brings messages to the session log in the
+// order reported, takes waiting frames, has them checked, converted and logged, and runs the raw
+// log's once-a-second tick. Desktop and command line run this same loop. No display and no operator
+// holds it up; the tick has a thread of its own, because beginning the next file of an interval run
+// may ask the operator a question.
+#pragma once
+
+#include "session/QorViewDoc.h"
+
+#include <atomic>
+
+namespace qor {
+
+class CAcquisitionLoop {
+  public:
+    /// The document lives longer than the loop.
+    explicit CAcquisitionLoop(CQorViewDoc& doc) : Doc(doc) {}
+    /// Stops.
+    ~CAcquisitionLoop();
+    CAcquisitionLoop(const CAcquisitionLoop&) = delete;
+    CAcquisitionLoop& operator=(const CAcquisitionLoop&) = delete;
+
+    /// Starts the threads; false when the system has none to give.
+    bool Start();
+    /// Ends the threads, then takes every frame and message that is still there. Harmless when not
+    /// started. The caller ends the log and disconnects before.
+    void Stop();
+
+    /// One round on the calling thread instead (not while started): waits at most so long for a
+    /// command, takes messages and frames, ticks when a second is over. True when there was
+    /// anything to do.
+    bool Step(int milliseconds);
+
+    /// Plays one batch of a file resource on the calling thread (not while started); 0 at its end.
+    std::size_t PlayBatch(int resource);
+    /// Plays a file resource to its end, or until `stop` says so. Returns the number of frames.
+    std::uint64_t PlayFile(int resource, const std::atomic<bool>* stop = nullptr);
+
+  private:
+    bool Take(int milliseconds);
+    bool TickIfDue();
+
+    CQorViewDoc& Doc;
+    CWorker Acquisition, Ticker;
+    CEvent Stopping;
+    bool Running = false;
+    bool TickPlanned = false;
+    std::int64_t NextTick = 0; ///< on the monotonic clock
+};
+
+} // namespace qor

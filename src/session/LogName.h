@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// How the next raw log is named: the four naming modes and how each moves on when a log has ended.
+// Plain functions over the naming record, which the document's lock guards; asking about an
+// existing file is the raw log's.
+#pragma once
+
+#include "platform/Clock.h"
+
+#include <cstdint>
+#include <string>
+
+namespace qor {
+
+struct StationInformation;
+
+enum class LogNamingMode : std::int32_t { UserFileName = 0, AutoCast = 1, TimeStamp = 2, Sqm = 3 };
+
+inline constexpr const char* TimeStampDisplayName = "(TIME STAMP)";
+
+struct LogNaming {
+    LogNamingMode logNamingMode = LogNamingMode::TimeStamp;
+    std::string logDirectory;       ///< ends in a path separator; prepended as it is
+    std::string logUserFileName;    ///< mode UserFileName
+    std::string sqmBaseName;        ///< mode Sqm
+    std::int32_t sqmSequence = 0;   ///< mode Sqm, 0..999
+    std::string logFileDisplayName; ///< as the operator sees it
+    std::string logFilePath;        ///< of the current or next log
+    bool logNameReady = false;      ///< a name is built and accepted for the next log
+    bool logNamePrompted = false;   ///< the name was built, and its replacement asked about
+};
+
+/// The display name that the mode gives; empty when a part that it needs is not there.
+std::string LogDisplayName(const LogNaming& naming, const StationInformation& station);
+
+/// "YYYY-DDD-HHMMSS.raw" of a local time.
+std::string TimeStampFileName(const CalendarTime& local);
+
+/// Readies the name after a log: the next cast, the next SQM number; nothing for a user file name.
+void AdvanceLogFileName(LogNaming& naming, StationInformation& station);
+
+} // namespace qor

@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// A communications resource as the session sees it: the operator's settings and the instruments on
+// it, in the order in which they were added. Guarded by the document's lock. The resource that does
+// the work is the controller's CTelemComm of the same name.
+#pragma once
+
+#include "session/QorViewIns.h"
+#include "telemetry/TelemComm.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace qor {
+
+class CQorViewRes {
+  public:
+    CQorViewRes(CTelemComm& comm, const SerialResourceSettings& settings);
+    CQorViewRes(CTelemComm& comm, const FileResourceSettings& settings);
+
+    const std::string& Name() const { return Comm.Name(); }
+    bool IsFile() const { return File; }
+
+    /// The instrument at an index, or null when there is none.
+    CQorViewIns* Instrument(int index) const;
+    /// The index of an instrument by name (compared byte for byte), or -1.
+    int FindInstrument(std::string_view name) const;
+
+    CTelemComm& Comm;              ///< the controller's; lives as long as this
+    SerialResourceSettings Serial; ///< of a serial port
+    FileResourceSettings Playback; ///< of a file
+    std::vector<std::unique_ptr<CQorViewIns>> Instruments;
+    bool Playing = false; ///< a file that the acquisition loop reads on
+    std::uint64_t FramesReceived = 0;
+
+  private:
+    bool File;
+};
+
+} // namespace qor

@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// The human-readable record of everything notable: stamps each message, keeps the text for the
+// session log window and appends it to a file. Entries come from the acquisition loop, which drains
+// the command queue; borrows the document's lock, and shows its messages when that is released.
+#pragma once
+
+#include "base/MessageSink.h"
+#include "platform/File.h"
+#include "session/SessionState.h"
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+namespace qor {
+
+/// The message with every line stamped but continuation lines (a TAB first) and empty ones; the
+/// first line is always stamped. Text after the last CR LF is dropped.
+std::string FormatSessionLogEntry(std::string_view message, const CalendarTime& local);
+
+class CSessionLog {
+  public:
+    explicit CSessionLog(SessionState& session) : Session(session) {}
+
+    /// Settings of the application: "Enable Session Log File", "Session Log Directory" (ends in a
+    /// path separator). They count from the next OpenSessionLog on.
+    void SetFile(bool enabled, const std::string& directory);
+    bool SessionLogEnabled() const;
+    std::string SessionLogDirectory() const;
+
+    /// (Re)opens the file: at the start of every session and after a change of the settings.
+    void OpenSessionLog();
+    /// Stamps, stores and writes one message.
+    void AddSessionLogEntry(const std::string& message);
+
+    /// All stamped messages of this run, from an offset on (a window fetches what is new).
+    std::string SessionLogText(std::size_t from = 0) const;
+    /// Path of the open file; empty when there is none.
+    std::string FilePath() const;
+
+    /// Sees every stamped entry, under the document's lock. A caller that keeps no window may also
+    /// turn the keeping of the text off: playing a damaged log reports without end.
+    std::function<void(const std::string& stamped)> OnEntry;
+    bool KeepText = true;
+
+  private:
+    /// Tries the names in turn; returns the text to show to the user, empty when a file is open.
+    std::string OpenFirstFree() REQUIRES(Session.DocLock);
+
+    SessionState& Session;
+    CFile File GUARDED_BY(Session.DocLock);
+    std::string Text GUARDED_BY(Session.DocLock);
+    std::string Directory GUARDED_BY(Session.DocLock);
+    bool Enabled GUARDED_BY(Session.DocLock) = false;
+};
+
+} // namespace qor
