@@ -30,7 +30,10 @@ class CProcessCommand : public CMessageSink {
   public:
     /// A message without a line end gets one, so that nothing reported is lost.
     void Report(std::string message) override;
+    /// A notice that still waits in the queue is not posted again.
     void PostNotice(NoticeCode notice, const std::string& resourceName);
+    /// The notices of a pass that queued frames (status changed, frames available) with one wake-up.
+    void PostFramesQueued(const std::string& resourceName);
 
     /// Waits up to so many milliseconds for a command, then hands over all there are. False: none came.
     bool Drain(std::vector<ProcessCommand>& commands, int milliseconds);

@@ -1,0 +1,341 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// Files on POSIX systems. Called by whoever reads definitions, plays or writes logs, on that
+// caller's thread; no lock here. Exclusive sharing is an advisory flock, taken before anything is
+// truncated, so that a log that another process has open is never harmed. It does not buffer:
+// a written byte is with the operating system when Write returns.
+#include "platform/File.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <filesystem>
+#include <poll.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <termios.h>
+#include <unistd.h>
+#include <utility>
+
+namespace qor {
+
+namespace {
+
+constexpr mode_t AnyWriteBit = S_IWUSR | S_IWGRP | S_IWOTH;
+
+struct CauseOfErrno {
+    int error;
+    FileCause cause;
+};
+
+constexpr CauseOfErrno Causes[] = {
+    {ENOENT, FileCause::FileNotFound},     {ENOTDIR, FileCause::BadPath},
+    {ENAMETOOLONG, FileCause::BadPath},    {ELOOP, FileCause::BadPath},
+    {EMFILE, FileCause::TooManyOpenFiles}, {ENFILE, FileCause::TooManyOpenFiles},
+    {EACCES, FileCause::AccessDenied},     {EPERM, FileCause::AccessDenied},
+    {EROFS, FileCause::AccessDenied},      {EISDIR, FileCause::AccessDenied},
+    {ETXTBSY, FileCause::AccessDenied},    {ENXIO, FileCause::AccessDenied},
+    {EBADF, FileCause::InvalidFile},       {ESPIPE, FileCause::BadSeek},
+    {EIO, FileCause::HardwareIo},          {ENODEV, FileCause::HardwareIo},
+    {EBUSY, FileCause::SharingViolation},  {EWOULDBLOCK, FileCause::SharingViolation},
+    {EDEADLK, FileCause::LockViolation},   {ENOSPC, FileCause::DiskFull},
+    {EDQUOT, FileCause::DiskFull},         {EFBIG, FileCause::DiskFull},
+};
+
+FileCause CauseOf(int error) {
+    for (const CauseOfErrno& row : Causes)
+        if (row.error == error)
+            return row.cause;
+    return FileCause::Generic;
+}
+
+/// The cause of a failed open: a missing folder is a bad path, a missing file is not.
+FileCause OpenFailure(const std::string& path, int error) {
+    if (error != ENOENT)
+        return CauseOf(error);
+    std::error_code ignored;
+    auto parent = std::filesystem::path(path).parent_path();
+    bool folderThere = parent.empty() || std::filesystem::is_directory(parent, ignored);
+    return folderThere && !path.empty() ? FileCause::FileNotFound : FileCause::BadPath;
+}
+
+/// Opens without waiting for a pipe's other end or a line's carrier, and makes the calls that
+/// follow wait as usual. Fills in what was opened.
+FileCause OpenDescriptor(const std::string& path, int flags, int& descriptor, struct stat& status) {
+    if (path.find('\0') != std::string::npos)
+        return FileCause::BadPath;
+    do
+        descriptor = ::open(path.c_str(), flags | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0666);
+    while (descriptor < 0 && errno == EINTR);
+    if (descriptor < 0)
+        return OpenFailure(path, errno);
+    int mode = ::fcntl(descriptor, F_GETFL);
+    if (mode < 0 || ::fcntl(descriptor, F_SETFL, mode & ~O_NONBLOCK) < 0 ||
+        ::fstat(descriptor, &status) < 0) {
+        FileCause cause = CauseOf(errno);
+        ::close(descriptor);
+        return cause;
+    }
+    return FileCause::None;
+}
+
+FileCause LockExclusively(int descriptor) {
+    int result;
+    do
+        result = ::flock(descriptor, LOCK_EX | LOCK_NB);
+    while (result < 0 && errno == EINTR);
+    if (result == 0)
+        return FileCause::None;
+    // Decided: a file system without locks (some network mounts) still takes a log; data that are
+    // not written at all would be the greater harm.
+    bool noLocks = errno == ENOLCK || errno == EOPNOTSUPP || errno == ENOSYS || errno == EINVAL;
+    return noLocks ? FileCause::None : CauseOf(errno);
+}
+
+/// True while the path still leads to the opened file: its last owner may have removed or renamed
+/// it between our open and our lock.
+bool StillAt(const std::string& path, const struct stat& opened) {
+    struct stat now {};
+    return ::stat(path.c_str(), &now) == 0 && now.st_dev == opened.st_dev &&
+           now.st_ino == opened.st_ino;
+}
+
+/// Whether the descriptor is the terminal that the operator sits at.
+bool IsOperatorTerminal(const struct stat& status) {
+    for (int standard = 0; standard <= 2; ++standard) {
+        struct stat other {};
+        if (::fstat(standard, &other) == 0 && S_ISCHR(other.st_mode) &&
+            other.st_rdev == status.st_rdev)
+            return true;
+    }
+    return false;
+}
+
+/// Frames written to a serial device must arrive as they are, without LF becoming CR LF.
+void PassBytesUnchanged(int descriptor, const struct stat& status) {
+    termios settings{};
+    if (!S_ISCHR(status.st_mode) || IsOperatorTerminal(status) ||
+        ::tcgetattr(descriptor, &settings) < 0)
+        return;
+    settings.c_oflag &= ~static_cast<tcflag_t>(OPOST);
+    ::tcsetattr(descriptor, TCSANOW, &settings);
+}
+
+int DescriptorOf(std::intptr_t handle) {
+    return static_cast<int>(handle);
+}
+
+} // namespace
+
+CFile::~CFile() {
+    Close();
+}
+
+CFile::CFile(CFile&& other) noexcept
+    : Handle(std::exchange(other.Handle, -1)), OpenedPath(std::move(other.OpenedPath)),
+      OpenedFullPath(std::move(other.OpenedFullPath)) {}
+
+CFile& CFile::operator=(CFile&& other) noexcept {
+    if (this == &other)
+        return *this;
+    Close();
+    Handle = std::exchange(other.Handle, -1);
+    OpenedPath = std::move(other.OpenedPath);
+    OpenedFullPath = std::move(other.OpenedFullPath);
+    return *this;
+}
+
+FileCause CFile::OpenForReading(const std::string& path) {
+    Close();
+    int descriptor = -1;
+    struct stat status {};
+    if (FileCause cause = OpenDescriptor(path, O_RDONLY, descriptor, status);
+        cause != FileCause::None)
+        return cause;
+    // A device could give bytes without end, or none for ever.
+    if (!S_ISREG(status.st_mode) && !S_ISFIFO(status.st_mode)) {
+        ::close(descriptor);
+        return FileCause::AccessDenied;
+    }
+    Handle = descriptor;
+    OpenedPath = path;
+    OpenedFullPath = FullPathOf(path);
+    return FileCause::None;
+}
+
+FileCause CFile::CreateExclusive(const std::string& path) {
+    Close();
+    for (int attempt = 0; attempt < 10; ++attempt) {
+        int descriptor = -1;
+        struct stat status {};
+        FileCause cause = OpenDescriptor(path, O_WRONLY | O_CREAT, descriptor, status);
+        if (cause != FileCause::None)
+            return cause;
+        cause = S_ISREG(status.st_mode) ? LockExclusively(descriptor) : FileCause::AccessDenied;
+        if (cause == FileCause::None && !StillAt(path, status)) {
+            ::close(descriptor);
+            continue;
+        }
+        // Looked at only under the lock: a log that just ended has become read-only by now. The
+        // bits decide, because the superuser may open anything.
+        if (cause == FileCause::None && ::fstat(descriptor, &status) < 0)
+            cause = CauseOf(errno);
+        if (cause == FileCause::None && (status.st_mode & AnyWriteBit) == 0)
+            cause = FileCause::AccessDenied;
+        if (cause == FileCause::None && ::ftruncate(descriptor, 0) < 0)
+            cause = CauseOf(errno);
+        if (cause != FileCause::None) {
+            ::close(descriptor);
+            return cause;
+        }
+        Handle = descriptor;
+        OpenedPath = path;
+        OpenedFullPath = FullPathOf(path);
+        return FileCause::None;
+    }
+    return FileCause::SharingViolation;
+}
+
+FileCause CFile::OpenForWriting(const std::string& path) {
+    Close();
+    int descriptor = -1;
+    struct stat status {};
+    if (FileCause cause = OpenDescriptor(path, O_WRONLY | O_CREAT, descriptor, status);
+        cause != FileCause::None)
+        return cause;
+    FileCause cause = FileCause::None;
+    if (S_ISREG(status.st_mode)) {
+        if ((status.st_mode & AnyWriteBit) == 0)
+            cause = FileCause::AccessDenied;
+        else if (::ftruncate(descriptor, 0) < 0)
+            cause = CauseOf(errno);
+    }
+    if (cause != FileCause::None) {
+        ::close(descriptor);
+        return cause;
+    }
+    PassBytesUnchanged(descriptor, status);
+    Handle = descriptor;
+    OpenedPath = path;
+    OpenedFullPath = FullPathOf(path);
+    return FileCause::None;
+}
+
+void CFile::Close() {
+    if (Handle >= 0)
+        ::close(DescriptorOf(Handle));
+    Handle = -1;
+}
+
+bool CFile::IsOpen() const {
+    return Handle >= 0;
+}
+
+FileCause CFile::Read(std::span<std::uint8_t> buffer, std::size_t& got) {
+    got = 0;
+    ssize_t result;
+    do
+        result = ::read(DescriptorOf(Handle), buffer.data(), buffer.size());
+    while (result < 0 && errno == EINTR);
+    if (result < 0)
+        return CauseOf(errno);
+    got = static_cast<std::size_t>(result);
+    return FileCause::None;
+}
+
+FileCause CFile::Write(ByteSpan bytes) {
+    while (!bytes.empty()) {
+        ssize_t written = ::write(DescriptorOf(Handle), bytes.data(), bytes.size());
+        if (written >= 0) {
+            bytes = bytes.subspan(static_cast<std::size_t>(written));
+            continue;
+        }
+        if (errno == EINTR)
+            continue;
+        if (errno != EAGAIN)
+            return CauseOf(errno);
+        // Somebody who shares the descriptor made it non-blocking.
+        pollfd writable{DescriptorOf(Handle), POLLOUT, 0};
+        ::poll(&writable, 1, -1);
+    }
+    return FileCause::None;
+}
+
+FileCause CFile::Sync() {
+    int result;
+    do
+        result = ::fdatasync(DescriptorOf(Handle));
+    while (result < 0 && errno == EINTR);
+    // A pipe or device has nothing that could be synchronised.
+    bool synced = result == 0 || errno == EINVAL || errno == ENOTSUP;
+    return synced ? FileCause::None : CauseOf(errno);
+}
+
+FileCause CFile::Truncate(std::uint64_t size) {
+    int result;
+    do
+        result = ::ftruncate(DescriptorOf(Handle), static_cast<off_t>(size));
+    while (result < 0 && errno == EINTR);
+    return result < 0 ? CauseOf(errno) : SeekTo(size);
+}
+
+FileCause CFile::Size(std::uint64_t& size) const {
+    size = 0;
+    struct stat status {};
+    if (::fstat(DescriptorOf(Handle), &status) < 0)
+        return CauseOf(errno);
+    if (!S_ISREG(status.st_mode))
+        return FileCause::BadSeek;
+    size = static_cast<std::uint64_t>(status.st_size);
+    return FileCause::None;
+}
+
+FileCause CFile::SeekTo(std::uint64_t position) {
+    if (::lseek(DescriptorOf(Handle), static_cast<off_t>(position), SEEK_SET) >= 0)
+        return FileCause::None;
+    return errno == EBADF ? FileCause::InvalidFile : FileCause::BadSeek;
+}
+
+bool FileExists(const std::string& path) {
+    struct stat status {};
+    return ::stat(path.c_str(), &status) == 0;
+}
+
+FileCause SetReadOnly(const std::string& path, bool readOnly) {
+    struct stat status {};
+    if (::stat(path.c_str(), &status) < 0)
+        return OpenFailure(path, errno);
+    mode_t permissions = status.st_mode & 07777;
+    permissions = readOnly ? permissions & ~AnyWriteBit : permissions | S_IWUSR;
+    return ::chmod(path.c_str(), permissions) < 0 ? CauseOf(errno) : FileCause::None;
+}
+
+FileCause IsReadOnly(const std::string& path, bool& readOnly) {
+    struct stat status {};
+    if (::stat(path.c_str(), &status) < 0)
+        return OpenFailure(path, errno);
+    readOnly = (status.st_mode & AnyWriteBit) == 0;
+    return FileCause::None;
+}
+
+FileCause RemoveFile(const std::string& path) {
+    return ::unlink(path.c_str()) < 0 ? OpenFailure(path, errno) : FileCause::None;
+}
+
+std::string FullPathOf(const std::string& path) {
+    std::error_code error;
+    auto absolute = std::filesystem::absolute(path, error);
+    if (error || path.empty())
+        return path;
+    // ".." behind a symbolic link does not lead back to where the text says.
+    bool climbs = path.find("..") != std::string::npos;
+    auto normal = absolute.lexically_normal();
+    if (climbs && !std::filesystem::equivalent(absolute, normal, error))
+        return absolute.string();
+    return normal.string();
+}
+
+char PathSeparator() {
+    return '/';
+}
+
+} // namespace qor
