@@ -4,10 +4,15 @@ add_library(qorview_options INTERFACE)
 target_include_directories(qorview_options INTERFACE ${PROJECT_SOURCE_DIR}/src)
 target_compile_definitions(qorview_options INTERFACE
   QORVIEW_VERSION="${PROJECT_VERSION}" $<$<CONFIG:Release>:NDEBUG>)
+if(WIN32)
+  # Windows 10 is the oldest system that the program is for.
+  target_compile_definitions(qorview_options INTERFACE
+    _WIN32_WINNT=0x0A00 WIN32_LEAN_AND_MEAN NOMINMAX UNICODE _UNICODE)
+endif()
 
 if(MSVC)
   target_compile_options(qorview_options INTERFACE /W4 /WX /permissive- /utf-8 /fp:precise)
-  target_compile_definitions(qorview_options INTERFACE _CRT_SECURE_NO_WARNINGS NOMINMAX)
+  target_compile_definitions(qorview_options INTERFACE _CRT_SECURE_NO_WARNINGS)
 else()
   target_compile_options(qorview_options INTERFACE
     -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wformat=2 -Werror

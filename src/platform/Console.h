@@ -60,8 +60,7 @@ class CStopWatch {
     CEvent& Stop;
     std::atomic<bool> Asked{false};
     std::atomic<bool> Ending{false};
-    CWorker Listener;
-    CEvent WoundUp;
+    CWorker Listener; ///< POSIX only; Windows has a thread for this itself
     friend struct StopHandler;
 };
 

@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// The console on Windows. The system calls the control handler on a thread of its own, so the
+// handler may use the event directly.
+#include "platform/Console.h"
+
+#include "platform/Win32Support.h"
+
+#include <algorithm>
+
+#include <windows.h>
+
+#include <shellapi.h>
+
+namespace qor {
+
+namespace {
+
+constexpr DWORD RequestBytes = 1024 * 1024;
+/// The system itself ends a process about five seconds after a closed console's notice.
+constexpr DWORD CloseMilliseconds = 10000;
+
+HANDLE HandleOf(StandardStream stream) {
+    constexpr DWORD Names[] = {STD_INPUT_HANDLE, STD_OUTPUT_HANDLE, STD_ERROR_HANDLE};
+    return GetStdHandle(Names[static_cast<int>(stream)]);
+}
+
+/// Consoles show 8-bit output in a code page: ours is UTF-8.
+bool IsConsole(HANDLE handle) {
+    DWORD mode = 0;
+    return GetConsoleMode(handle, &mode) != FALSE;
+}
+
+} // namespace
+
+std::vector<std::string> CommandLineArguments(int argc, char** argv) {
+    int count = 0;
+    wchar_t** wide = CommandLineToArgvW(GetCommandLineW(), &count);
+    if (wide == nullptr)
+        return {argv, argv + argc};
+    std::vector<std::string> arguments;
+    for (int i = 0; i < count; ++i)
+        arguments.push_back(NarrowText(wide[i]));
+    LocalFree(wide);
+    return arguments;
+}
+
+bool IsTerminal(StandardStream stream) {
+    return IsConsole(HandleOf(stream));
+}
+
+int TerminalColumns(StandardStream stream) {
+    CONSOLE_SCREEN_BUFFER_INFO info{};
+    bool told = GetConsoleScreenBufferInfo(HandleOf(stream), &info) != FALSE;
+    int columns = info.srWindow.Right - info.srWindow.Left + 1;
+    return told && columns > 1 ? columns : 80;
+}
+
+StreamWrite WriteStream(StandardStream stream, std::string_view bytes) {
+    HANDLE handle = HandleOf(stream);
+    if (GetConsoleOutputCP() != CP_UTF8 && IsConsole(handle))
+        SetConsoleOutputCP(CP_UTF8);
+    while (!bytes.empty()) {
+        DWORD size = static_cast<DWORD>(std::min<std::size_t>(bytes.size(), RequestBytes));
+        DWORD written = 0;
+        if (!WriteFile(handle, bytes.data(), size, &written, nullptr)) {
+            DWORD error = GetLastError();
+            bool gone = error == ERROR_NO_DATA || error == ERROR_BROKEN_PIPE ||
+                        error == ERROR_PIPE_NOT_CONNECTED;
+            return gone ? StreamWrite::ReaderGone : StreamWrite::Failed;
+        }
+        bytes.remove_prefix(written);
+    }
+    return StreamWrite::Done;
+}
+
+std::string_view NativeLineEnd() {
+    return "\r\n";
+}
+
+/// The way from the system's handler, which has no argument for it, to the one watch that lives.
+struct StopHandler {
+    static inline CMutex WatchLock;
+    static inline CStopWatch* Watch GUARDED_BY(WatchLock) = nullptr;
+    static inline const HANDLE WoundUp = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+
+    static BOOL WINAPI Handle(DWORD event) {
+        {
+            CLock lock(WatchLock);
+            if (Watch == nullptr)
+                return FALSE;
+            Watch->Request();
+        }
+        // After the closing of the console, log-off and shutdown the process ends as soon as the
+        // handler returns.
+        if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT)
+            WaitForSingleObject(WoundUp, CloseMilliseconds);
+        return TRUE;
+    }
+
+    static void SetWatch(CStopWatch* watch) {
+        CLock lock(WatchLock);
+        Watch = watch;
+    }
+};
+
+CStopWatch::CStopWatch(CEvent& stop) : Stop(stop) {
+    ResetEvent(StopHandler::WoundUp);
+    StopHandler::SetWatch(this);
+    SetConsoleCtrlHandler(StopHandler::Handle, TRUE);
+}
+
+CStopWatch::~CStopWatch() {
+    SetConsoleCtrlHandler(StopHandler::Handle, FALSE);
+    StopHandler::SetWatch(nullptr);
+    SetEvent(StopHandler::WoundUp);
+}
+
+void CStopWatch::Request() {
+    if (Asked.exchange(true))
+        ExitProcess(130);
+    Stop.Set();
+}
+
+} // namespace qor

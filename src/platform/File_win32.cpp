@@ -1,0 +1,320 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// Files on Windows. Called by whoever reads definitions, plays or writes logs, on that caller's
+// thread; no lock here. Files are opened for overlapped input and output although every call waits
+// for its end: on a plain handle the system would let a write wait while another thread's Sync
+// runs. It does not buffer: a written byte is with the operating system when Write returns.
+#include "platform/File.h"
+
+#include "platform/Win32Support.h"
+
+#include <algorithm>
+#include <new>
+#include <utility>
+
+#include <windows.h>
+
+namespace qor {
+
+namespace {
+
+/// What CFile's handle stands for: the system's handle, an event to wait with, our own position
+/// (an overlapped handle has none) and whether the position means anything.
+struct OpenFile {
+    HANDLE handle = INVALID_HANDLE_VALUE;
+    HANDLE done = nullptr;
+    std::uint64_t position = 0;
+    bool isDisk = false;
+};
+
+/// One request's largest size; larger ones go in several.
+constexpr std::size_t RequestBytes = 16 * 1024 * 1024;
+
+struct OpenRequest {
+    DWORD access;
+    DWORD sharing;
+    DWORD disposition;
+};
+constexpr DWORD ShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+constexpr OpenRequest ReadExisting = {GENERIC_READ, ShareAll, OPEN_EXISTING};
+constexpr OpenRequest CreateAlone = {GENERIC_WRITE, 0, CREATE_ALWAYS};
+constexpr OpenRequest WriteAny = {GENERIC_WRITE, FILE_SHARE_READ, OPEN_ALWAYS};
+
+OpenFile* OpenedBy(std::intptr_t handle) {
+    return handle == -1 ? nullptr : reinterpret_cast<OpenFile*>(handle);
+}
+
+FileCause LastCause() {
+    return FileCauseOf(GetLastError());
+}
+
+void CloseOpened(OpenFile* file) {
+    if (file->handle != INVALID_HANDLE_VALUE)
+        CloseHandle(file->handle);
+    if (file->done != nullptr)
+        CloseHandle(file->done);
+    delete file;
+}
+
+FileCause OpenHandle(const std::wstring& path, const OpenRequest& request, OpenFile*& opened) {
+    if (path.empty())
+        return FileCause::BadPath;
+    opened = new (std::nothrow) OpenFile;
+    if (opened == nullptr)
+        return FileCause::Generic;
+    opened->done = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    if (opened->done != nullptr)
+        opened->handle =
+            CreateFileW(path.c_str(), request.access, request.sharing, nullptr, request.disposition,
+                        FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OVERLAPPED, nullptr);
+    if (opened->handle == INVALID_HANDLE_VALUE) {
+        FileCause cause = LastCause();
+        CloseOpened(opened);
+        return cause;
+    }
+    opened->isDisk = GetFileType(opened->handle) == FILE_TYPE_DISK;
+    return FileCause::None;
+}
+
+/// Runs one read or write at the file's position and moves the position on.
+template <class Start> FileCause Run(OpenFile& file, Start start, std::size_t& moved) {
+    moved = 0;
+    OVERLAPPED request{};
+    request.hEvent = file.done;
+    request.Offset = static_cast<DWORD>(file.position);
+    request.OffsetHigh = static_cast<DWORD>(file.position >> 32);
+    DWORD count = 0;
+    bool started = start(&request) != FALSE || GetLastError() == ERROR_IO_PENDING;
+    if (!started || !GetOverlappedResult(file.handle, &request, &count, TRUE))
+        return LastCause();
+    moved = count;
+    file.position += count;
+    return FileCause::None;
+}
+
+DWORD RequestSize(std::size_t bytes) {
+    return static_cast<DWORD>(std::min(bytes, RequestBytes));
+}
+
+FileCause CutAt(OpenFile& file, std::uint64_t size) {
+    FILE_END_OF_FILE_INFO end{};
+    end.EndOfFile.QuadPart = static_cast<LONGLONG>(size);
+    if (!SetFileInformationByHandle(file.handle, FileEndOfFileInfo, &end, sizeof end))
+        return LastCause();
+    file.position = size;
+    return FileCause::None;
+}
+
+FileCause Attributes(const std::string& path, std::wstring& wide, DWORD& attributes) {
+    wide = WidePath(path);
+    if (wide.empty())
+        return FileCause::BadPath;
+    attributes = GetFileAttributesW(wide.c_str());
+    return attributes == INVALID_FILE_ATTRIBUTES ? LastCause() : FileCause::None;
+}
+
+} // namespace
+
+CFile::~CFile() {
+    Close();
+}
+
+CFile::CFile(CFile&& other) noexcept
+    : Handle(std::exchange(other.Handle, -1)), OpenedPath(std::move(other.OpenedPath)),
+      OpenedFullPath(std::move(other.OpenedFullPath)) {}
+
+CFile& CFile::operator=(CFile&& other) noexcept {
+    if (this == &other)
+        return *this;
+    Close();
+    Handle = std::exchange(other.Handle, -1);
+    OpenedPath = std::move(other.OpenedPath);
+    OpenedFullPath = std::move(other.OpenedFullPath);
+    return *this;
+}
+
+FileCause CFile::OpenForReading(const std::string& path) {
+    Close();
+    OpenFile* file = nullptr;
+    if (FileCause cause = OpenHandle(WidePath(path), ReadExisting, file); cause != FileCause::None)
+        return cause;
+    // A device could give bytes without end, or none for ever.
+    if (!file->isDisk && GetFileType(file->handle) != FILE_TYPE_PIPE) {
+        CloseOpened(file);
+        return FileCause::AccessDenied;
+    }
+    Handle = reinterpret_cast<std::intptr_t>(file);
+    OpenedPath = path;
+    OpenedFullPath = FullPathOf(path);
+    return FileCause::None;
+}
+
+FileCause CFile::CreateExclusive(const std::string& path) {
+    Close();
+    OpenFile* file = nullptr;
+    if (FileCause cause = OpenHandle(WidePath(path), CreateAlone, file); cause != FileCause::None)
+        return cause;
+    if (!file->isDisk) {
+        CloseOpened(file);
+        return FileCause::AccessDenied;
+    }
+    Handle = reinterpret_cast<std::intptr_t>(file);
+    OpenedPath = path;
+    OpenedFullPath = FullPathOf(path);
+    return FileCause::None;
+}
+
+FileCause CFile::OpenForWriting(const std::string& path) {
+    Close();
+    OpenFile* file = nullptr;
+    FileCause cause = OpenHandle(WidePortName(path), WriteAny, file);
+    if (cause != FileCause::None)
+        return cause;
+    cause = file->isDisk ? CutAt(*file, 0) : FileCause::None;
+    if (cause != FileCause::None) {
+        CloseOpened(file);
+        return cause;
+    }
+    Handle = reinterpret_cast<std::intptr_t>(file);
+    OpenedPath = path;
+    OpenedFullPath = FullPathOf(path);
+    return FileCause::None;
+}
+
+void CFile::Close() {
+    if (OpenFile* file = OpenedBy(Handle))
+        CloseOpened(file);
+    Handle = -1;
+}
+
+bool CFile::IsOpen() const {
+    return Handle != -1;
+}
+
+FileCause CFile::Read(std::span<std::uint8_t> buffer, std::size_t& got) {
+    got = 0;
+    OpenFile* file = OpenedBy(Handle);
+    if (file == nullptr)
+        return FileCause::InvalidFile;
+    auto start = [&](OVERLAPPED* request) {
+        return ReadFile(file->handle, buffer.data(), RequestSize(buffer.size()), nullptr, request);
+    };
+    FileCause cause = Run(*file, start, got);
+    // The end of a file, and of a pipe whose writer has gone.
+    bool ended = cause == FileCause::EndOfFile || GetLastError() == ERROR_BROKEN_PIPE;
+    return cause != FileCause::None && ended ? FileCause::None : cause;
+}
+
+FileCause CFile::Write(ByteSpan bytes) {
+    OpenFile* file = OpenedBy(Handle);
+    if (file == nullptr)
+        return FileCause::InvalidFile;
+    while (!bytes.empty()) {
+        auto start = [&](OVERLAPPED* request) {
+            return WriteFile(file->handle, bytes.data(), RequestSize(bytes.size()), nullptr,
+                             request);
+        };
+        std::size_t written = 0;
+        if (FileCause cause = Run(*file, start, written); cause != FileCause::None)
+            return cause;
+        if (written == 0)
+            return FileCause::DiskFull;
+        bytes = bytes.subspan(written);
+    }
+    return FileCause::None;
+}
+
+FileCause CFile::Sync() {
+    OpenFile* file = OpenedBy(Handle);
+    if (file == nullptr)
+        return FileCause::InvalidFile;
+    // A pipe or device has nothing that could be synchronised.
+    bool synced = !file->isDisk || FlushFileBuffers(file->handle);
+    return synced ? FileCause::None : LastCause();
+}
+
+FileCause CFile::Truncate(std::uint64_t size) {
+    OpenFile* file = OpenedBy(Handle);
+    return file == nullptr ? FileCause::InvalidFile : CutAt(*file, size);
+}
+
+FileCause CFile::Size(std::uint64_t& size) const {
+    size = 0;
+    OpenFile* file = OpenedBy(Handle);
+    if (file == nullptr)
+        return FileCause::InvalidFile;
+    if (!file->isDisk)
+        return FileCause::BadSeek;
+    LARGE_INTEGER found{};
+    if (!GetFileSizeEx(file->handle, &found))
+        return LastCause();
+    size = static_cast<std::uint64_t>(found.QuadPart);
+    return FileCause::None;
+}
+
+FileCause CFile::SeekTo(std::uint64_t position) {
+    OpenFile* file = OpenedBy(Handle);
+    if (file == nullptr)
+        return FileCause::InvalidFile;
+    if (!file->isDisk || position > INT64_MAX)
+        return FileCause::BadSeek;
+    file->position = position;
+    return FileCause::None;
+}
+
+bool FileExists(const std::string& path) {
+    std::wstring wide;
+    DWORD attributes = 0;
+    return Attributes(path, wide, attributes) == FileCause::None;
+}
+
+FileCause SetReadOnly(const std::string& path, bool readOnly) {
+    std::wstring wide;
+    DWORD attributes = 0;
+    if (FileCause cause = Attributes(path, wide, attributes); cause != FileCause::None)
+        return cause;
+    attributes &= ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_NORMAL);
+    if (readOnly)
+        attributes |= FILE_ATTRIBUTE_READONLY;
+    // No attribute at all is spelled "normal".
+    DWORD wanted = attributes != 0 ? attributes : FILE_ATTRIBUTE_NORMAL;
+    return SetFileAttributesW(wide.c_str(), wanted) ? FileCause::None : LastCause();
+}
+
+FileCause IsReadOnly(const std::string& path, bool& readOnly) {
+    std::wstring wide;
+    DWORD attributes = 0;
+    FileCause cause = Attributes(path, wide, attributes);
+    if (cause == FileCause::None)
+        readOnly = (attributes & FILE_ATTRIBUTE_READONLY) != 0;
+    return cause;
+}
+
+FileCause RemoveFile(const std::string& path) {
+    std::wstring wide = WidePath(path);
+    if (wide.empty())
+        return FileCause::BadPath;
+    return DeleteFileW(wide.c_str()) ? FileCause::None : LastCause();
+}
+
+std::string FullPathOf(const std::string& path) {
+    std::wstring wide = WidePath(path);
+    DWORD needed = wide.empty() ? 0 : GetFullPathNameW(wide.c_str(), 0, nullptr, nullptr);
+    std::wstring full(needed, L'\0');
+    full.resize(needed == 0 ? 0 : GetFullPathNameW(wide.c_str(), needed, full.data(), nullptr));
+    if (full.empty())
+        return path;
+    // The mark of a long path is this folder's own business.
+    std::wstring_view shown = full;
+    if (shown.starts_with(L"\\\\?\\UNC\\"))
+        return "\\" + NarrowText(shown.substr(7));
+    if (shown.starts_with(L"\\\\?\\"))
+        shown.remove_prefix(4);
+    return NarrowText(shown);
+}
+
+char PathSeparator() {
+    return '\\';
+}
+
+} // namespace qor

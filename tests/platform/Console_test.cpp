@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// The console's stop request and streams, as far as a test program can ask for them.
+#include "platform/Console.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+
+#if !defined(_WIN32)
+#include <unistd.h>
+
+namespace qor {
+namespace {
+
+TEST(StopWatch, SetsTheEventOnTheFirstSignalAndHoldsTheProcess) {
+    CEvent stop;
+    CStopWatch watch(stop);
+    EXPECT_FALSE(watch.Requested());
+    kill(getpid(), SIGTERM);
+    EXPECT_TRUE(stop.Wait(5000));
+    EXPECT_TRUE(watch.Requested());
+}
+
+TEST(StopWatch, LeavesNoRequestBehindWhenItEnds) {
+    CEvent stop;
+    { CStopWatch watch(stop); }
+    EXPECT_FALSE(stop.IsSet());
+}
+
+[[noreturn]] void AskTwice() {
+    CEvent stop;
+    CEvent never;
+    CStopWatch watch(stop);
+    kill(getpid(), SIGINT);
+    stop.Wait(5000);
+    kill(getpid(), SIGINT);
+    never.Wait(5000);
+    _exit(1);
+}
+
+TEST(StopWatchDeathTest, EndsTheProcessOnTheSecondSignal) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(AskTwice(), testing::ExitedWithCode(130), "");
+}
+
+/// Exit status 7 when both writes end as they should.
+[[noreturn]] void WriteWithoutAReader() {
+    CEvent stop;
+    CStopWatch watch(stop);
+    int ends[2];
+    bool piped = pipe(ends) == 0 && dup2(ends[1], 1) == 1 && close(ends[0]) == 0;
+    StreamWrite unread = WriteStream(StandardStream::Output, "x");
+    close(1);
+    StreamWrite unopened = WriteStream(StandardStream::Output, "x");
+    bool told = unread == StreamWrite::ReaderGone && unopened == StreamWrite::Failed;
+    _exit(piped && told ? 7 : 1);
+}
+
+TEST(WriteStreamDeathTest, TellsAGoneReaderFromAFault) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(WriteWithoutAReader(), testing::ExitedWithCode(7), "");
+}
+
+} // namespace
+} // namespace qor
+#endif
