@@ -305,11 +305,15 @@ std::string FullPathOf(const std::string& path) {
     if (full.empty())
         return path;
     // The mark of a long path is this folder's own business.
+    constexpr std::wstring_view NetworkMark = L"\\\\?\\UNC\\";
+    constexpr std::wstring_view Mark = L"\\\\?\\";
     std::wstring_view shown = full;
-    if (shown.starts_with(L"\\\\?\\UNC\\"))
-        return "\\" + NarrowText(shown.substr(7));
-    if (shown.starts_with(L"\\\\?\\"))
-        shown.remove_prefix(4);
+    if (shown.starts_with(NetworkMark)) {
+        full.replace(0, NetworkMark.size(), L"\\\\");
+        shown = full;
+    } else if (shown.starts_with(Mark)) {
+        shown.remove_prefix(Mark.size());
+    }
     return NarrowText(shown);
 }
 
