@@ -8,7 +8,7 @@
 
 namespace qor {
 
-enum class [[nodiscard]] DefinitionStatus : std::uint32_t {
+enum class [[nodiscard]] DefinitionStatus : std::uint32_t{
     NoError = 0,
     FileNotSpecified = 0x30000000,
     AlreadyDefined = 0x30000001,

@@ -14,6 +14,8 @@
 
 namespace qor {
 
+class CMessageSink;
+
 enum class FrameType { Fixed, Variable };
 
 class CInstrument {
@@ -47,9 +49,10 @@ class CInstrument {
 
     const std::deque<CSensor>& Sensors() const { return SensorList; }
     std::int32_t SensorCount() const { return static_cast<std::int32_t>(SensorList.size()); }
-    /// The sensor at an index, or null.
-    const CSensor* Sensor(std::int32_t index) const;
-    /// The next sensor of the type (compared without case) behind an index (-1: from the start), or null.
+    /// The sensor at an index, or null, which is reported where somebody wants to hear of it.
+    const CSensor* Sensor(std::int32_t index, CMessageSink* messages = nullptr) const;
+    /// The next sensor of the type (compared without case) behind an index (-1: from the start), or
+    /// null.
     const CSensor* NextSensor(std::string_view type, std::int32_t after = -1) const;
 
   private:

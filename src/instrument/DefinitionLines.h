@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// Cuts the text of a definition file, which arrives in pieces of any size, into lines, and the
+// lines into tokens. A line that ends in the piece it began in is never copied; of a longer one
+// only what counts is kept, so a comment without end takes no memory. Knows nothing of sensors.
+#pragma once
+
+#include "base/Text.h"
+
+#include <string>
+#include <string_view>
+
+namespace qor {
+
+class CDefinitionLines {
+  public:
+    /// Calls take(line) for every line that ends in this piece. The line comes without leading
+    /// white space and comment, and is empty when nothing else stood in it. Stops with false when
+    /// take returns false.
+    template <class Take> bool Feed(std::string_view piece, Take&& take) {
+        while (!piece.empty()) {
+            const std::size_t end = piece.find('\n');
+            const std::string_view part = piece.substr(0, end);
+            if (end == std::string_view::npos) {
+                Keep(part);
+                return true;
+            }
+            piece.remove_prefix(end + 1);
+            if (!(LineBegun ? EndLine(part, take) : take(Meaning(part))))
+                return false;
+        }
+        return true;
+    }
+
+    /// Calls take for a last line that has no line end.
+    template <class Take> bool Finish(Take&& take) { return !LineBegun || EndLine({}, take); }
+
+  private:
+    static std::string_view Meaning(std::string_view line) {
+        line = TrimLeft(line);
+        return line.substr(0, line.find('#'));
+    }
+
+    void Keep(std::string_view part) {
+        LineBegun = true;
+        if (InComment)
+            return;
+        if (Kept.empty())
+            part = TrimLeft(part);
+        const std::size_t comment = part.find('#');
+        InComment = comment != std::string_view::npos;
+        Kept.append(part.substr(0, comment));
+    }
+
+    template <class Take> bool EndLine(std::string_view part, Take&& take) {
+        constexpr std::size_t WorthKeeping = 65536;
+        Keep(part);
+        const bool goOn = take(std::string_view(Kept));
+        Kept.clear();
+        if (Kept.capacity() > WorthKeeping)
+            Kept.shrink_to_fit();
+        LineBegun = InComment = false;
+        return goOn;
+    }
+
+    std::string Kept; ///< of a line that began in an earlier piece
+    bool LineBegun = false;
+    bool InComment = false;
+};
+
+/// Cuts the next token off the front of the text; empty when there is none left. Tokens are
+/// separated by blanks and tabs, and by CR, so that a file with CR LF line ends reads the same on
+/// every system.
+inline std::string_view NextToken(std::string_view& text) {
+    constexpr auto separates = [](char c) { return c == ' ' || c == '\t' || c == '\r'; };
+    std::size_t begin = 0;
+    while (begin < text.size() && separates(text[begin]))
+        ++begin;
+    std::size_t end = begin;
+    while (end < text.size() && !separates(text[end]))
+        ++end;
+    const std::string_view token = text.substr(begin, end - begin);
+    text.remove_prefix(end);
+    return token;
+}
+
+} // namespace qor
