@@ -4,6 +4,7 @@
 // that tests move time by hand.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <string>
 
@@ -34,6 +35,7 @@ struct CalendarTime {
 };
 
 /// Seconds since 1970 as a proleptic Gregorian date and time, and back; pure arithmetic, no zone.
+/// Moments outside the years 0 to 9999 give the nearest moment inside them.
 CalendarTime CalendarFromSeconds(std::int64_t seconds);
 std::int64_t SecondsFromCalendar(int year, int month, int day, int hour, int minute, int second);
 
@@ -55,12 +57,25 @@ class CClock {
     virtual void Sleep(int milliseconds) = 0;
 };
 
+/// The local time zone's offset at a moment, as the operating system knows it.
+struct LocalOffset {
+    std::int16_t minutes = 0;
+    bool daylight = false;
+};
+LocalOffset SystemLocalOffset(std::int64_t seconds);
+
 /// The system's clocks. Safe to share between threads.
 class CSystemClock : public CClock {
   public:
     FrameTime Now() override;
     std::int64_t MonotonicMilliseconds() override;
     void Sleep(int milliseconds) override;
+
+  private:
+    LocalOffset OffsetAt(std::int64_t seconds);
+
+    /// The offset of one quarter hour, packed with the quarter's number; 0 = none asked for yet.
+    std::atomic<std::uint64_t> Cached{0};
 };
 
 } // namespace qor

@@ -25,17 +25,18 @@ struct CFrameInfo {
     std::uint8_t syncByteCount = 0;
     bool noSync = false; ///< its telemetry carries no sync header
     std::int32_t frameSize = 0;
-    std::uint32_t frameCounter = 0;   ///< frames cut for it, this one included
-    FrameTime time;                   ///< arrival of the frame's last byte
-    std::uint32_t identity = 0;       ///< process-wide number of this attachment; 0 = none
+    std::uint32_t frameCounter = 0; ///< frames cut for it, this one included
+    FrameTime time;                 ///< arrival of the frame's last byte
+    std::uint32_t identity = 0;     ///< process-wide number of this attachment; 0 = none
 };
 
 class CFrameData {
   public:
     CFrameInfo Info;
     std::vector<std::uint8_t> Bytes;
-    std::uint64_t StreamOffset = 0; ///< where the first byte stands in the resource's stream or file
-    bool Error = false;             ///< unusable: no bytes or the wrong length
+    std::uint64_t StreamOffset =
+        0;              ///< where the first byte stands in the resource's stream or file
+    bool Error = false; ///< unusable: no bytes or the wrong length
 
     /// The number of bytes when the instrument has a terminator, otherwise the declared frame size.
     std::size_t Length() const {
@@ -46,6 +47,8 @@ class CFrameData {
 
     /// Takes the bytes and the instrument's record, reusing this record's memory.
     void Assign(const CFrameInfo& info, ByteSpan bytes, std::uint64_t streamOffset);
+    /// Exchanges the two records without copying.
+    void Exchange(CFrameData& other);
 };
 
 /// First in, first out. Not thread-safe: guarded by the frame lock of its resource.
@@ -55,16 +58,23 @@ class CFrameQueue {
     bool Empty() const { return Count == 0; }
     /// The slot for a new last frame; its old content is stale memory to assign to.
     CFrameData& PushSlot();
-    const CFrameData& Front() const;
+    /// The oldest frame; the queue must not be empty.
+    const CFrameData& Front() const { return Slots[First]; }
     /// The oldest frame in place, to be used and then dropped: cheaper than Pop.
-    CFrameData& Front();
-    /// Moves the oldest frame out by exchanging it with `frame`, whose memory the ring keeps. False when empty.
+    CFrameData& Front() { return Slots[First]; }
+    /// Moves the oldest frame out by exchanging it with `frame`, whose memory the ring keeps. False
+    /// when empty.
     bool Pop(CFrameData& frame);
     /// Drops the oldest frame.
     void DropFront();
     void Clear();
 
   private:
+    std::size_t Wrapped(std::size_t index) const {
+        return index < Slots.size() ? index : index - Slots.size();
+    }
+    void Grow();
+
     std::vector<CFrameData> Slots;
     std::size_t First = 0;
     std::size_t Count = 0;

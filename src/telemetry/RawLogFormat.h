@@ -16,19 +16,42 @@ namespace qor {
 
 inline constexpr std::size_t HeaderRecordSize = 128;
 inline constexpr std::size_t TimeTagSize = 7;
-inline constexpr std::size_t MaxTimeStampSize = 82; ///< the CR LF of a sentence stands within these bytes
+inline constexpr std::size_t MaxTimeStampSize =
+    82; ///< the CR LF of a sentence stands within these bytes
 inline constexpr std::string_view HeaderRecordStart = "QORHDR ";
 inline constexpr std::string_view TimeStampStart = "$PCZDA,";
 
 /// The header tags, in the order of the format table.
 enum class HeaderTag : int {
-    CruiseId, Operator, Latitude, Longitude, Zone, Comment, StationId, Cast, TimeStamp, Mode,
-    PressureTare, TimeTag, DateTag, TimeTag2, Profiler, Reference, ProDark, RefDark, ProId, RefId,
-    TrkId, SqmId, DutId, Weather, Nmea
+    CruiseId,
+    Operator,
+    Latitude,
+    Longitude,
+    Zone,
+    Comment,
+    StationId,
+    Cast,
+    TimeStamp,
+    Mode,
+    PressureTare,
+    TimeTag,
+    DateTag,
+    TimeTag2,
+    Profiler,
+    Reference,
+    ProDark,
+    RefDark,
+    ProId,
+    RefId,
+    TrkId,
+    SqmId,
+    DutId,
+    Weather,
+    Nmea
 };
 
-/// "QORHDR value (TAG)" CR LF, the value cut so that the line fits a record; empty when the index is
-/// outside 0..24.
+/// "QORHDR value (TAG)" CR LF, the value cut so that the line fits a record; empty when the index
+/// is outside 0..24.
 std::string FormatHeaderLine(int index, std::string_view value);
 /// The line in a record filled up with NUL bytes.
 std::array<std::uint8_t, HeaderRecordSize> MakeHeaderRecord(std::string_view line);
@@ -45,14 +68,26 @@ bool BeginsHeaderRecord(ByteSpan bytes);
 
 /// The time tag of a moment in its local time.
 std::array<std::uint8_t, TimeTagSize> MakeTimeTag(const FrameTime& time);
-/// The local time that a tag says, as a FrameTime with offset 0; empty unless it is a tag (year 1980
-/// to 2199; a day, hour, minute, second and millisecond that exist).
+/// The local time that a tag says, as a FrameTime with offset 0; empty unless it is a tag (year
+/// 1980 to 2199; a day, hour, minute, second and millisecond that exist).
 std::optional<FrameTime> ParseTimeTag(ByteSpan tag);
+
+/// Reads the tags of a log one after another, working out each date only once.
+class CTimeTagReader {
+  public:
+    /// As ParseTimeTag.
+    std::optional<FrameTime> Read(ByteSpan tag);
+
+  private:
+    std::uint32_t Date = 0; ///< the tag's date number that DayStart belongs to; 0 = none
+    std::int64_t DayStart = 0;
+};
 
 /// "$PCZDA,HHMMSS.00,DD,MM,YYYY,," CR LF of a local time.
 std::string MakeTimeStamp(const CalendarTime& local);
-/// Length of the time-stamp sentence at the start of the bytes, CR LF included; 0 when there is none
-/// (its CR LF does not come within MaxTimeStampSize), empty when more bytes are needed to tell.
+/// Length of the time-stamp sentence at the start of the bytes, CR LF included; 0 when there is
+/// none (its CR LF does not come within MaxTimeStampSize), empty when more bytes are needed to
+/// tell.
 std::optional<std::size_t> TimeStampLength(ByteSpan bytes);
 /// The local time of a sentence, as a FrameTime with offset 0; empty when malformed.
 std::optional<FrameTime> ParseTimeStamp(std::string_view sentence);

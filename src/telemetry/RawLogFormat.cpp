@@ -1,0 +1,191 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// Making and reading the bytes of a raw log beside the frames. The raw log writer and the playback
+// call it, each under its own lock; nothing here keeps state but a reader's last date.
+#include "telemetry/RawLogFormat.h"
+
+#include <algorithm>
+#include <cstring>
+#include <iterator>
+
+namespace qor {
+
+namespace {
+
+constexpr std::string_view HeaderFormats[] = {
+    "QORHDR %s (CRUISE-ID)\r\n",  "QORHDR %s (OPERATOR)\r\n",      "QORHDR %s (LATITUDE)\r\n",
+    "QORHDR %s (LONGITUDE)\r\n",  "QORHDR %s (ZONE)\r\n",          "QORHDR %s (COMMENT)\r\n",
+    "QORHDR %s (STATION-ID)\r\n", "QORHDR %s (CAST)\r\n",          "QORHDR %s (TIME-STAMP)\r\n",
+    "QORHDR %s (MODE)\r\n",       "QORHDR %s (PRESSURE-TARE)\r\n", "QORHDR %s (TIMETAG)\r\n",
+    "QORHDR %s (DATETAG)\r\n",    "QORHDR %s (TIMETAG2)\r\n",      "QORHDR %s (PROFILER)\r\n",
+    "QORHDR %s (REFERENCE)\r\n",  "QORHDR %s (PRO-DARK)\r\n",      "QORHDR %s (REF-DARK)\r\n",
+    "QORHDR %s (PRO-ID)\r\n",     "QORHDR %s (REF-ID)\r\n",        "QORHDR %s (TRK-ID)\r\n",
+    "QORHDR %s (SQM-ID)\r\n",     "QORHDR %s (DUT-ID)\r\n",        "QORHDR %s (WEATHER)\r\n",
+    "QORHDR %s (NMEA)\r\n",
+};
+
+constexpr std::size_t ValueRoom = HeaderRecordSize + 2; // "%s" of the format gives way to the value
+constexpr std::string_view TagBegin = " (";
+constexpr std::string_view TagEnd = ")\r\n";
+constexpr std::string_view LineEnd = "\r\n";
+
+// '#' stands for a digit.
+constexpr std::string_view TimeStampForm = "$PCZDA,######.##,##,##,####,,";
+
+constexpr std::uint32_t FirstTagYear = 1980;
+constexpr std::uint32_t LastTagYear = 2199;
+
+constexpr bool IsDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+bool BeginsWith(ByteSpan bytes, std::string_view text) {
+    return bytes.size() >= text.size() && std::memcmp(bytes.data(), text.data(), text.size()) == 0;
+}
+
+/// The digits as a number.
+int Number(std::string_view digits) {
+    int value = 0;
+    for (char c : digits)
+        value = value * 10 + (c - '0');
+    return value;
+}
+
+bool HasForm(std::string_view text, std::string_view form) {
+    return std::equal(text.begin(), text.end(), form.begin(), form.end(),
+                      [](char c, char wanted) { return wanted == '#' ? IsDigit(c) : c == wanted; });
+}
+
+constexpr std::uint32_t DaysInYear(std::uint32_t year) {
+    return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0) ? 366 : 365;
+}
+
+bool Exists(const CalendarTime& time) {
+    CalendarTime real = CalendarFromSeconds(
+        SecondsFromCalendar(time.year, time.month, time.day, time.hour, time.minute, time.second));
+    return real.year == time.year && real.month == time.month && real.day == time.day &&
+           real.hour == time.hour && real.minute == time.minute && real.second == time.second;
+}
+
+} // namespace
+
+std::string FormatHeaderLine(int index, std::string_view value) {
+    if (index < 0 || index >= static_cast<int>(std::size(HeaderFormats)))
+        return {};
+    std::string_view format = HeaderFormats[index];
+    // A NUL would end the line for every reader: the value ends there.
+    value = value.substr(0, value.find('\0')).substr(0, ValueRoom - format.size());
+    std::size_t place = format.find("%s");
+    std::string line(format.substr(0, place));
+    line += value;
+    line += format.substr(place + 2);
+    return line;
+}
+
+std::array<std::uint8_t, HeaderRecordSize> MakeHeaderRecord(std::string_view line) {
+    std::array<std::uint8_t, HeaderRecordSize> record{};
+    std::copy_n(line.begin(), std::min(line.size(), record.size()), record.begin());
+    return record;
+}
+
+bool BeginsHeaderRecord(ByteSpan bytes) {
+    return BeginsWith(bytes, HeaderRecordStart);
+}
+
+// The last " (" begins the tag: values may hold parentheses, tags do not.
+std::optional<HeaderRecord> ParseHeaderRecord(ByteSpan record) {
+    if (record.size() < HeaderRecordSize || !BeginsHeaderRecord(record))
+        return {};
+    std::string_view line = AsText(record.first(HeaderRecordSize));
+    line = line.substr(0, line.find('\0'));
+    std::size_t tagBegin = line.rfind(TagBegin);
+    if (!line.ends_with(TagEnd) || tagBegin == std::string_view::npos ||
+        tagBegin < HeaderRecordStart.size())
+        return {};
+    HeaderRecord parsed;
+    parsed.value = line.substr(HeaderRecordStart.size(), tagBegin - HeaderRecordStart.size());
+    tagBegin += TagBegin.size();
+    parsed.tag = line.substr(tagBegin, line.size() - TagEnd.size() - tagBegin);
+    return parsed;
+}
+
+std::array<std::uint8_t, TimeTagSize> MakeTimeTag(const FrameTime& time) {
+    CalendarTime local = LocalCalendar(time);
+    std::array<std::uint8_t, TimeTagSize> tag{};
+    std::span<std::uint8_t> bytes(tag);
+    PutBigEndian(static_cast<std::uint64_t>(local.year * 1000 + local.dayOfYear), bytes.first(3));
+    PutBigEndian(static_cast<std::uint64_t>(local.hour * 10000000 + local.minute * 100000 +
+                                            local.second * 1000 + time.milliseconds),
+                 bytes.subspan(3));
+    return tag;
+}
+
+std::optional<FrameTime> ParseTimeTag(ByteSpan tag) {
+    return CTimeTagReader().Read(tag);
+}
+
+std::optional<FrameTime> CTimeTagReader::Read(ByteSpan tag) {
+    if (tag.size() < TimeTagSize)
+        return {};
+    auto date = static_cast<std::uint32_t>(GetBigEndian(tag.first<3>()));
+    if (date != Date || Date == 0) {
+        std::uint32_t year = date / 1000;
+        std::uint32_t day = date % 1000;
+        if (year < FirstTagYear || year > LastTagYear || day < 1 || day > DaysInYear(year))
+            return {};
+        DayStart = SecondsFromCalendar(static_cast<int>(year), 1, static_cast<int>(day), 0, 0, 0);
+        Date = date;
+    }
+    auto digits = static_cast<std::uint32_t>(GetBigEndian(tag.subspan<3, 4>()));
+    std::uint32_t hour = digits / 10000000;
+    std::uint32_t minute = digits / 100000 % 100;
+    std::uint32_t second = digits / 1000 % 100;
+    if (hour > 23 || minute > 59 || second > 59)
+        return {};
+    FrameTime time;
+    time.seconds = DayStart + hour * 3600 + minute * 60 + second;
+    time.milliseconds = static_cast<std::uint16_t>(digits % 1000);
+    time.known = true;
+    return time;
+}
+
+std::string MakeTimeStamp(const CalendarTime& local) {
+    return FormatTime("$PCZDA,%H%M%S.00,%d,%m,%Y,,\r\n", local);
+}
+
+std::optional<std::size_t> TimeStampLength(ByteSpan bytes) {
+    std::size_t known = std::min(bytes.size(), TimeStampStart.size());
+    if (!BeginsWith(bytes, TimeStampStart.substr(0, known)))
+        return 0;
+    std::string_view text = AsText(bytes.first(std::min(bytes.size(), MaxTimeStampSize)));
+    std::size_t end = text.find(LineEnd);
+    if (end != std::string_view::npos)
+        return end + LineEnd.size();
+    if (text.size() == MaxTimeStampSize)
+        return 0;
+    return {};
+}
+
+std::optional<FrameTime> ParseTimeStamp(std::string_view sentence) {
+    if (sentence.ends_with(LineEnd))
+        sentence.remove_suffix(LineEnd.size());
+    if (!HasForm(sentence, TimeStampForm))
+        return {};
+    CalendarTime local;
+    local.hour = Number(sentence.substr(7, 2));
+    local.minute = Number(sentence.substr(9, 2));
+    local.second = Number(sentence.substr(11, 2));
+    local.day = Number(sentence.substr(17, 2));
+    local.month = Number(sentence.substr(20, 2));
+    local.year = Number(sentence.substr(23, 4));
+    if (!Exists(local))
+        return {};
+    FrameTime time;
+    time.seconds = SecondsFromCalendar(local.year, local.month, local.day, local.hour, local.minute,
+                                       local.second);
+    time.milliseconds = static_cast<std::uint16_t>(Number(sentence.substr(14, 2)) * 10);
+    time.known = true;
+    return time;
+}
+
+} // namespace qor

@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// Frame records and their ring: order, reuse of memory, and that reuse never mixes two instruments.
+#include "telemetry/FrameData.h"
+
+#include <gtest/gtest.h>
+
+#include <deque>
+#include <random>
+#include <set>
+
+namespace qor {
+namespace {
+
+CFrameInfo InfoOf(std::uint32_t identity, std::uint32_t counter) {
+    CFrameInfo info;
+    info.instrumentName = "instrument of identity " + std::to_string(identity);
+    info.frameSize = 4;
+    info.frameCounter = counter;
+    info.time.seconds = counter * 10;
+    info.identity = identity;
+    return info;
+}
+
+TEST(FrameData, TheLengthFollowsTheTerminator) {
+    CFrameData frame;
+    CFrameInfo info = InfoOf(1, 1);
+    frame.Assign(info, AsBytes("abcdef"), 7);
+    EXPECT_EQ(frame.Length(), 4U);
+    info.terminator = "\r\n";
+    info.identity = 2;
+    frame.Assign(info, AsBytes("abcdef"), 7);
+    EXPECT_EQ(frame.Length(), 6U);
+    EXPECT_EQ(frame.Text(), "abcdef");
+    EXPECT_EQ(frame.StreamOffset, 7U);
+}
+
+TEST(FrameData, RecordsWithoutIdentityAreAlwaysTakenWhole) {
+    CFrameData frame;
+    CFrameInfo info = InfoOf(0, 1);
+    frame.Assign(info, AsBytes("a"), 0);
+    info.instrumentName = "another";
+    frame.Assign(info, AsBytes("a"), 0);
+    EXPECT_EQ(frame.Info.instrumentName, "another");
+}
+
+// Random pushes, pops and drops against a plain deque of what must come out.
+TEST(FrameQueue, IsFirstInFirstOutWhateverSlotsHeldBefore) {
+    std::mt19937 random(7);
+    CFrameQueue queue;
+    std::deque<std::uint32_t> expected;
+    CFrameData taken;
+    for (std::uint32_t i = 1; i < 3000; ++i) {
+        if (random() % 2 != 0) {
+            std::string bytes(i % 50 + 1, static_cast<char>('a' + i % 26));
+            queue.PushSlot().Assign(InfoOf(i % 3 + 1, i), AsBytes(bytes), i);
+            expected.push_back(i);
+        } else if (random() % 8 == 0) {
+            queue.DropFront();
+            if (!expected.empty())
+                expected.pop_front();
+        } else {
+            ASSERT_EQ(queue.Pop(taken), !expected.empty());
+            if (!expected.empty()) {
+                std::uint32_t number = expected.front();
+                expected.pop_front();
+                EXPECT_EQ(taken.Info.frameCounter, number);
+                EXPECT_EQ(taken.Info.time.seconds, number * 10);
+                EXPECT_EQ(taken.Info.instrumentName, InfoOf(number % 3 + 1, 0).instrumentName);
+                EXPECT_EQ(taken.Bytes.size(), number % 50 + 1);
+                EXPECT_EQ(taken.Bytes[0], 'a' + number % 26);
+                EXPECT_EQ(taken.StreamOffset, number);
+            }
+        }
+        ASSERT_EQ(queue.Size(), expected.size());
+        if (!expected.empty()) {
+            ASSERT_EQ(queue.Front().StreamOffset, expected.front());
+        }
+    }
+    queue.Clear();
+    EXPECT_FALSE(queue.Pop(taken));
+}
+
+TEST(FrameQueue, AWarmRingAllocatesNothing) {
+    CFrameQueue queue;
+    CFrameData taken;
+    const std::string bytes(300, 'x');
+    std::set<const std::uint8_t*> blocks;
+    for (int round = 0; round < 20; ++round) {
+        for (std::uint32_t i = 0; i < 10; ++i)
+            queue.PushSlot().Assign(InfoOf(1, i), AsBytes(bytes), 0);
+        while (queue.Pop(taken))
+            if (round >= 2)
+                blocks.insert(taken.Bytes.data());
+    }
+    EXPECT_LE(blocks.size(), 11U) << "ten slots and the reader's own record";
+}
+
+} // namespace
+} // namespace qor
