@@ -23,9 +23,10 @@ static_assert(LineInputOverflow == CE_RXOVER && LineOverrun == CE_OVERRUN &&
               LineParity == CE_RXPARITY && LineFraming == CE_FRAME && LineBreak == CE_BREAK);
 static_assert(LineTransmitFull == 0x0100 && LineIoError == 0x0400 && LineModeError == 0x8000);
 
-/// Decided: a status wait that ended with an empty mask says that this driver has no such events to
-/// give (a pseudo-terminal under Wine ends every wait at once), so the next one begins only after
-/// this rest. Longer than the worker's own wait, so that silence is still noticed as silence.
+/// Decided: a status wait that ended with an empty mask, or aborted although nobody cancelled it,
+/// says that this driver has no such events to give (a pseudo-terminal under Wine ends every wait
+/// at once), so the next one begins only after this rest. A port that has gone is told by its read.
+/// Longer than the worker's own wait, so that silence is still noticed as silence.
 constexpr ULONGLONG StatusRestMilliseconds = 1000;
 /// The same for a read that ended without a byte: short, because bytes may follow.
 constexpr ULONGLONG ReadRestMilliseconds = 20;
@@ -286,7 +287,7 @@ SystemError CWin32SerialPort::CollectStatus(std::uint32_t& mask) {
     BOOL done = GetOverlappedResult(Port, &Status->request, &unused, FALSE);
     SystemError error = ErrorUnless(done);
     Status->running = error == ERROR_IO_INCOMPLETE;
-    if (error != 0)
+    if (error != 0 && error != ERROR_OPERATION_ABORTED)
         return error;
     if (Status->mask == 0)
         Status->RestFor(StatusRestMilliseconds);
