@@ -9,6 +9,7 @@
 #include "platform/Win32Support.h"
 
 #include <algorithm>
+#include <memory>
 #include <new>
 #include <utility>
 
@@ -25,7 +26,18 @@ struct OpenFile {
     HANDLE done = nullptr;
     std::uint64_t position = 0;
     bool isDisk = false;
+
+    OpenFile() = default;
+    OpenFile(const OpenFile&) = delete;
+    OpenFile& operator=(const OpenFile&) = delete;
+    ~OpenFile() {
+        if (handle != INVALID_HANDLE_VALUE)
+            CloseHandle(handle);
+        if (done != nullptr)
+            CloseHandle(done);
+    }
 };
+using OpenFilePointer = std::unique_ptr<OpenFile>;
 
 /// One request's largest size; larger ones go in several.
 constexpr std::size_t RequestBytes = 16 * 1024 * 1024;
@@ -44,34 +56,35 @@ OpenFile* OpenedBy(std::intptr_t handle) {
     return handle == -1 ? nullptr : reinterpret_cast<OpenFile*>(handle);
 }
 
+/// The cause of the call that has just failed; never None.
 FileCause LastCause() {
-    return FileCauseOf(GetLastError());
+    FileCause cause = FileCauseOf(GetLastError());
+    return cause == FileCause::None ? FileCause::Generic : cause;
 }
 
-void CloseOpened(OpenFile* file) {
-    if (file->handle != INVALID_HANDLE_VALUE)
-        CloseHandle(file->handle);
-    if (file->done != nullptr)
-        CloseHandle(file->done);
-    delete file;
+bool HasReadOnlyAttribute(const std::wstring& path) {
+    DWORD attributes = GetFileAttributesW(path.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0 &&
+           (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
 }
 
-FileCause OpenHandle(const std::wstring& path, const OpenRequest& request, OpenFile*& opened) {
+FileCause OpenHandle(const std::wstring& path, const OpenRequest& request,
+                     OpenFilePointer& opened) {
     if (path.empty())
         return FileCause::BadPath;
-    opened = new (std::nothrow) OpenFile;
-    if (opened == nullptr)
+    // Windows refuses this by itself; Wine run by the superuser would not.
+    if ((request.access & GENERIC_WRITE) != 0 && HasReadOnlyAttribute(path))
+        return FileCause::AccessDenied;
+    opened.reset(new (std::nothrow) OpenFile);
+    if (!opened)
         return FileCause::Generic;
     opened->done = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     if (opened->done != nullptr)
         opened->handle =
             CreateFileW(path.c_str(), request.access, request.sharing, nullptr, request.disposition,
                         FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OVERLAPPED, nullptr);
-    if (opened->handle == INVALID_HANDLE_VALUE) {
-        FileCause cause = LastCause();
-        CloseOpened(opened);
-        return cause;
-    }
+    if (opened->handle == INVALID_HANDLE_VALUE)
+        return LastCause();
     opened->isDisk = GetFileType(opened->handle) == FILE_TYPE_DISK;
     return FileCause::None;
 }
@@ -135,15 +148,13 @@ CFile& CFile::operator=(CFile&& other) noexcept {
 
 FileCause CFile::OpenForReading(const std::string& path) {
     Close();
-    OpenFile* file = nullptr;
+    OpenFilePointer file;
     if (FileCause cause = OpenHandle(WidePath(path), ReadExisting, file); cause != FileCause::None)
         return cause;
     // A device could give bytes without end, or none for ever.
-    if (!file->isDisk && GetFileType(file->handle) != FILE_TYPE_PIPE) {
-        CloseOpened(file);
+    if (!file->isDisk && GetFileType(file->handle) != FILE_TYPE_PIPE)
         return FileCause::AccessDenied;
-    }
-    Handle = reinterpret_cast<std::intptr_t>(file);
+    Handle = reinterpret_cast<std::intptr_t>(file.release());
     OpenedPath = path;
     OpenedFullPath = FullPathOf(path);
     return FileCause::None;
@@ -151,14 +162,12 @@ FileCause CFile::OpenForReading(const std::string& path) {
 
 FileCause CFile::CreateExclusive(const std::string& path) {
     Close();
-    OpenFile* file = nullptr;
+    OpenFilePointer file;
     if (FileCause cause = OpenHandle(WidePath(path), CreateAlone, file); cause != FileCause::None)
         return cause;
-    if (!file->isDisk) {
-        CloseOpened(file);
+    if (!file->isDisk)
         return FileCause::AccessDenied;
-    }
-    Handle = reinterpret_cast<std::intptr_t>(file);
+    Handle = reinterpret_cast<std::intptr_t>(file.release());
     OpenedPath = path;
     OpenedFullPath = FullPathOf(path);
     return FileCause::None;
@@ -166,24 +175,21 @@ FileCause CFile::CreateExclusive(const std::string& path) {
 
 FileCause CFile::OpenForWriting(const std::string& path) {
     Close();
-    OpenFile* file = nullptr;
+    OpenFilePointer file;
     FileCause cause = OpenHandle(WidePortName(path), WriteAny, file);
     if (cause != FileCause::None)
         return cause;
     cause = file->isDisk ? CutAt(*file, 0) : FileCause::None;
-    if (cause != FileCause::None) {
-        CloseOpened(file);
+    if (cause != FileCause::None)
         return cause;
-    }
-    Handle = reinterpret_cast<std::intptr_t>(file);
+    Handle = reinterpret_cast<std::intptr_t>(file.release());
     OpenedPath = path;
     OpenedFullPath = FullPathOf(path);
     return FileCause::None;
 }
 
 void CFile::Close() {
-    if (OpenFile* file = OpenedBy(Handle))
-        CloseOpened(file);
+    delete OpenedBy(Handle);
     Handle = -1;
 }
 

@@ -37,6 +37,8 @@ TEST(Clock, CalendarReadsBackAndAgreesWithTheCLibrary) {
                   seconds);
         auto moment = static_cast<std::time_t>(seconds);
         const std::tm* expected = std::gmtime(&moment);
+        if (expected == nullptr && seconds < 0)
+            continue; // the Windows library knows no time before 1970
         ASSERT_NE(expected, nullptr);
         char text[40];
         std::strftime(text, sizeof text, "%Y-%m-%d %j %a %H:%M:%S", expected);
