@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
 // The acquisition thread: woken by the command queue, it brings messages to the session log in the
-// order reported, takes waiting frames, has them checked, converted and logged, and runs the raw
-// log's once-a-second tick. Desktop and command line run this same loop. No display and no operator
-// holds it up; the tick has a thread of its own, because beginning the next file of an interval run
-// may ask the operator a question.
+// order reported, takes waiting frames, has them checked, converted and logged. The raw log's
+// once-a-second tick has a thread of its own, because beginning the next file of an interval run
+// may ask the operator a question. Desktop and command line run this same loop; no display and no
+// operator holds it up.
 #pragma once
 
 #include "session/QorViewDoc.h"
@@ -25,7 +25,7 @@ class CAcquisitionLoop {
     /// Starts the threads; false when the system has none to give.
     bool Start();
     /// Ends the threads, then takes every frame and message that is still there. Harmless when not
-    /// started. The caller ends the log and disconnects before.
+    /// started. Disconnect first, then end the log, then stop.
     void Stop();
 
     /// One round on the calling thread instead (not while started): waits at most so long for a
@@ -41,13 +41,16 @@ class CAcquisitionLoop {
   private:
     bool Take(int milliseconds);
     bool TickIfDue();
+    void RunAcquisition();
+    void RunTicker();
 
     CQorViewDoc& Doc;
     CWorker Acquisition, Ticker;
     CEvent Stopping;
     bool Running = false;
+    // Of the thread that ticks.
     bool TickPlanned = false;
-    std::int64_t NextTick = 0; ///< on the monotonic clock
+    std::int64_t NextTick = 0; ///< on the monotonic clock, milliseconds
 };
 
 } // namespace qor

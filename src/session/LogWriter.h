@@ -7,7 +7,6 @@
 
 #include "platform/File.h"
 
-#include <functional>
 #include <vector>
 
 namespace qor {
@@ -28,15 +27,22 @@ class CLogWriter {
     /// whole record.
     FileCause Flush(std::size_t& written);
 
+    /// Bytes up to the last whole record.
     std::uint64_t Size() const { return FileSize; }
+    std::size_t BatchBytes() const { return Batch.size(); }
+    /// Whether the cutting after a failed write failed too: then a broken record ends the file.
+    FileCause CutCause() const { return CutBack; }
     /// The file itself, for the thread that synchronises it.
-    CFile& OpenFile() { return File; }
+    const CFile& OpenFile() const { return File; }
 
   private:
+    std::size_t CutToWholeRecords();
+
     CFile File;
     std::vector<std::uint8_t> Batch;
     std::vector<std::size_t> Ends; ///< of each waiting record in the batch
-    std::uint64_t FileSize = 0;    ///< up to the last whole record
+    std::uint64_t FileSize = 0;
+    FileCause CutBack = FileCause::None;
 };
 
 } // namespace qor

@@ -14,10 +14,12 @@ class CProfileStore {
   public:
     virtual ~CProfileStore() = default;
     /// The stored integer, or `absent` when the key is not there.
-    virtual int ReadInteger(const std::string& section, const std::string& key, int absent) const = 0;
+    virtual int ReadInteger(const std::string& section, const std::string& key,
+                            int absent) const = 0;
     virtual std::string ReadText(const std::string& section, const std::string& key) const = 0;
     virtual void WriteInteger(const std::string& section, const std::string& key, int value) = 0;
-    virtual void WriteText(const std::string& section, const std::string& key, const std::string& value) = 0;
+    virtual void WriteText(const std::string& section, const std::string& key,
+                           const std::string& value) = 0;
 };
 
 /// A store that forgets with the process.
@@ -26,7 +28,8 @@ class CMemoryProfileStore : public CProfileStore {
     int ReadInteger(const std::string& section, const std::string& key, int absent) const override;
     std::string ReadText(const std::string& section, const std::string& key) const override;
     void WriteInteger(const std::string& section, const std::string& key, int value) override;
-    void WriteText(const std::string& section, const std::string& key, const std::string& value) override;
+    void WriteText(const std::string& section, const std::string& key,
+                   const std::string& value) override;
 
   private:
     std::map<std::pair<std::string, std::string>, std::string> Values;

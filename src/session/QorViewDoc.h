@@ -117,9 +117,15 @@ class CQorViewDoc : public CQorTelemetryDoc, public SessionState {
     /// command. True when a command came.
     bool TakeCommands(int milliseconds);
 
+    /// Hears every notice about a resource (status changed, end of file, frames available) on the
+    /// thread that acquires, without the lock; set before anything runs.
+    std::function<void(NoticeCode, const std::string& resource)> OnNotice;
+
   private:
     CQorViewRes* ResourceAt(int resource) const REQUIRES(DocLock);
-    AddedInstrument RefuseInstrument(AddedInstrument added, const std::string& name);
+    std::string NameOf(int resource) const;
+    CommResult NoResource(const char* operation);
+    std::size_t TakeBatch(CQorViewRes& resource) REQUIRES(DocLock);
 
     CFrameQueue Batch GUARDED_BY(DocLock); ///< its memory is used again from batch to batch
     std::vector<ProcessCommand> Taken;     ///< of the thread that acquires

@@ -38,14 +38,14 @@ class CQorViewIns {
     /// PAR of the current frame over the instrument's PAR list.
     ConversionStatus Par(double& par) const;
 
-    bool Immersed = false;        ///< "Immersed (Wet)"
+    bool Immersed = false; ///< "Immersed (Wet)"
     bool LoggingEnabled = true;
-    bool Unusable = false;        ///< derived products are not to be asked for
+    bool Unusable = false; ///< derived products are not to be asked for
     std::uint32_t FramesThisLog = 0;
     std::uint64_t FramesReceived = 0;
-    double FrameRate = 6.0;       ///< nominal, Hz
+    double FrameRate = 6.0; ///< nominal, Hz
     CFrameChecks Checks;
-    std::string Title;            ///< shown in window captions; empty: none
+    std::string Title; ///< shown in window captions; empty: none
 
   private:
     const CInstrument& Instrument;

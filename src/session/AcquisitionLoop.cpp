@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// Rounds of taking messages and frames, and the planning of ticks. See AcquisitionLoop.h.
+#include "session/AcquisitionLoop.h"
+
+#include <algorithm>
+
+namespace qor {
+namespace {
+
+/// Frames are looked for at least this often, also when a notice has been lost.
+constexpr int RoundMilliseconds = 100;
+/// A tick at the earliest this long after the one before.
+constexpr std::int64_t LeastTickDistance = 500;
+
+} // namespace
+
+CAcquisitionLoop::~CAcquisitionLoop() {
+    Stop();
+}
+
+bool CAcquisitionLoop::Start() {
+    if (Running)
+        return true;
+    Stopping.Clear();
+    Running = Acquisition.Start(ThreadPriority::Normal, [this] { RunAcquisition(); });
+    if (Running && !Ticker.Start(ThreadPriority::Normal, [this] { RunTicker(); })) {
+        Stop();
+        return false;
+    }
+    return Running;
+}
+
+void CAcquisitionLoop::Stop() {
+    if (!Running)
+        return;
+    Stopping.Set();
+    Doc.Controller()->Commands().Wake();
+    Acquisition.Join();
+    Ticker.Join();
+    Running = false;
+    while (Take(0)) {
+    }
+}
+
+void CAcquisitionLoop::RunAcquisition() {
+    bool busy = false;
+    while (!Stopping.IsSet())
+        busy = Take(busy ? 1 : RoundMilliseconds);
+}
+
+void CAcquisitionLoop::RunTicker() {
+    while (!Stopping.IsSet()) {
+        TickIfDue();
+        std::int64_t rest = NextTick - Doc.Clock.MonotonicMilliseconds();
+        Stopping.Wait(static_cast<int>(std::clamp<std::int64_t>(rest, 1, 1000)));
+    }
+}
+
+bool CAcquisitionLoop::Take(int milliseconds) {
+    bool commands = Doc.TakeCommands(milliseconds);
+    return Doc.TakeFrames() > 0 || commands;
+}
+
+/// Ticks once a second, just behind the start of the wall clock's second, so that each second has
+/// its time stamp; the waiting itself runs on the monotonic clock.
+bool CAcquisitionLoop::TickIfDue() {
+    if (TickPlanned && Doc.Clock.MonotonicMilliseconds() < NextTick)
+        return false;
+    Doc.RawLog.OnLogTick();
+    std::int64_t rest = 1000 - Doc.Clock.Now().milliseconds;
+    NextTick = Doc.Clock.MonotonicMilliseconds() + (rest < LeastTickDistance ? rest + 1000 : rest);
+    TickPlanned = true;
+    return true;
+}
+
+bool CAcquisitionLoop::Step(int milliseconds) {
+    bool taken = Take(milliseconds);
+    bool ticked = TickIfDue();
+    return taken || ticked;
+}
+
+std::size_t CAcquisitionLoop::PlayBatch(int resource) {
+    std::size_t frames = Doc.TakeFileFrames(resource);
+    Doc.TakeCommands(0);
+    TickIfDue();
+    return frames;
+}
+
+std::uint64_t CAcquisitionLoop::PlayFile(int resource, const std::atomic<bool>* stop) {
+    std::uint64_t total = 0;
+    while (!(stop && stop->load(std::memory_order_relaxed))) {
+        std::size_t frames = PlayBatch(resource);
+        if (frames == 0)
+            break;
+        total += frames;
+    }
+    return total;
+}
+
+} // namespace qor

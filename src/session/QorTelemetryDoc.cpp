@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// The document's way to the command queue. See QorTelemetryDoc.h.
+#include "session/QorTelemetryDoc.h"
+
+#include <utility>
+
+namespace qor {
+
+void CQorTelemetryDoc::ReportMessage(const std::string& message) {
+    if (Control)
+        Control->Commands().Report(message);
+}
+
+void CQorTelemetryDoc::AttachController(std::unique_ptr<CTelemControl> controller) {
+    Control = std::move(controller);
+}
+
+} // namespace qor
