@@ -72,6 +72,7 @@ class CFile {
 
   private:
     std::intptr_t Handle = -1;
+    bool Claimed = false; ///< holds the claim of exclusive sharing, where that is a lock of its own
     std::string OpenedPath;
     std::string OpenedFullPath;
 };

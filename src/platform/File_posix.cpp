@@ -131,14 +131,15 @@ CFile::~CFile() {
 }
 
 CFile::CFile(CFile&& other) noexcept
-    : Handle(std::exchange(other.Handle, -1)), OpenedPath(std::move(other.OpenedPath)),
-      OpenedFullPath(std::move(other.OpenedFullPath)) {}
+    : Handle(std::exchange(other.Handle, -1)), Claimed(std::exchange(other.Claimed, false)),
+      OpenedPath(std::move(other.OpenedPath)), OpenedFullPath(std::move(other.OpenedFullPath)) {}
 
 CFile& CFile::operator=(CFile&& other) noexcept {
     if (this == &other)
         return *this;
     Close();
     Handle = std::exchange(other.Handle, -1);
+    Claimed = std::exchange(other.Claimed, false);
     OpenedPath = std::move(other.OpenedPath);
     OpenedFullPath = std::move(other.OpenedFullPath);
     return *this;
@@ -188,6 +189,7 @@ FileCause CFile::CreateExclusive(const std::string& path) {
             return cause;
         }
         Handle = descriptor;
+        Claimed = true;
         OpenedPath = path;
         OpenedFullPath = FullPathOf(path);
         return FileCause::None;
@@ -221,9 +223,13 @@ FileCause CFile::OpenForWriting(const std::string& path) {
 }
 
 void CFile::Close() {
+    // The lock belongs to every duplicate too: given back here, not when the last of them closes.
+    if (Handle >= 0 && Claimed)
+        ::flock(DescriptorOf(Handle), LOCK_UN);
     if (Handle >= 0)
         ::close(DescriptorOf(Handle));
     Handle = -1;
+    Claimed = false;
 }
 
 bool CFile::IsOpen() const {
@@ -268,6 +274,17 @@ FileCause CFile::Sync() {
     // A pipe or device has nothing that could be synchronised.
     bool synced = result == 0 || errno == EINVAL || errno == ENOTSUP;
     return synced ? FileCause::None : CauseOf(errno);
+}
+
+FileCause CFile::Duplicate(CFile& copy) const {
+    copy.Close();
+    int descriptor = ::fcntl(DescriptorOf(Handle), F_DUPFD_CLOEXEC, 0);
+    if (descriptor < 0)
+        return CauseOf(errno);
+    copy.Handle = descriptor;
+    copy.OpenedPath = OpenedPath;
+    copy.OpenedFullPath = OpenedFullPath;
+    return FileCause::None;
 }
 
 FileCause CFile::Truncate(std::uint64_t size) {

@@ -239,6 +239,29 @@ FileCause CFile::Sync() {
     return synced ? FileCause::None : LastCause();
 }
 
+FileCause CFile::Duplicate(CFile& copy) const {
+    copy.Close();
+    const OpenFile* file = OpenedBy(Handle);
+    if (file == nullptr)
+        return FileCause::InvalidFile;
+    auto* second = new (std::nothrow) OpenFile{};
+    if (second == nullptr)
+        return FileCause::Generic;
+    HANDLE process = GetCurrentProcess();
+    if (!DuplicateHandle(process, file->handle, process, &second->handle, 0, FALSE,
+                         DUPLICATE_SAME_ACCESS)) {
+        FileCause cause = LastCause();
+        second->handle = INVALID_HANDLE_VALUE;
+        CloseOpened(second);
+        return cause;
+    }
+    second->isDisk = file->isDisk;
+    copy.Handle = reinterpret_cast<std::intptr_t>(second);
+    copy.OpenedPath = OpenedPath;
+    copy.OpenedFullPath = OpenedFullPath;
+    return FileCause::None;
+}
+
 FileCause CFile::Truncate(std::uint64_t size) {
     OpenFile* file = OpenedBy(Handle);
     return file == nullptr ? FileCause::InvalidFile : CutAt(*file, size);

@@ -139,6 +139,20 @@ TEST(SystemText, IsTheSystemsMessageAndEndsTheLine) {
     EXPECT_EQ(SystemErrorText(0xFFFFFFFF), "Unknown error 4294967295\r\n");
 }
 
+TEST_F(AFile, DuplicateOutlivesTheOriginalButNotItsClaim) {
+    CFile copy, next;
+    ASSERT_EQ(File.CreateExclusive(Folder + "log"), FileCause::None);
+    ASSERT_EQ(File.Duplicate(copy), FileCause::None);
+    EXPECT_EQ(next.CreateExclusive(Folder + "log"), FileCause::SharingViolation);
+    ASSERT_EQ(File.Write(AsBytes("kept")), FileCause::None);
+    File.Close();
+    EXPECT_EQ(copy.Sync(), FileCause::None);
+    ASSERT_EQ(next.CreateExclusive(Folder + "log"), FileCause::None);
+    copy.Close();
+    EXPECT_EQ(copy.CreateExclusive(Folder + "log"), FileCause::SharingViolation);
+    EXPECT_EQ(File.Duplicate(copy), FileCause::InvalidFile);
+}
+
 } // namespace
 } // namespace qor
 #endif
