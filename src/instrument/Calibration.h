@@ -20,7 +20,8 @@ ValueKind KindOfValue(const CSensor& sensor);
 /// The calibrated value of a sensor in a frame. `immersed` makes the OPTIC fits apply the immersion
 /// coefficient. On failure `value` is left alone. A sensor whose fit gives no number reports the
 /// extraction's failure first, else NotUsable.
-ConversionStatus CalibratedValue(const CSensor& sensor, ByteSpan frame, bool immersed, double& value);
+ConversionStatus CalibratedValue(const CSensor& sensor, ByteSpan frame, bool immersed,
+                                 double& value);
 
 /// The raw value as a number, before the fit.
 ConversionStatus RawNumber(const CSensor& sensor, ByteSpan frame, double& value);

@@ -15,10 +15,10 @@ namespace qor {
 
 /// What the checks found in one frame.
 struct FrameCheckResult {
-    bool dropped = false;       ///< the counter says that frames are missing before this one
+    bool dropped = false; ///< the counter says that frames are missing before this one
     bool checksumError = false;
-    bool valueError = false;    ///< the counter or the checksum could not be read
-    bool beep = false;          ///< the operator asked to hear of this
+    bool valueError = false; ///< the counter or the checksum could not be read
+    bool beep = false;       ///< the operator asked to hear of this
 };
 
 class CFrameChecks {
@@ -27,7 +27,7 @@ class CFrameChecks {
     bool CounterEnabled = true;
     bool ChecksumEnabled = true;
     bool BeepOnError = false;
-    std::int32_t CounterIndex = -1;  ///< sensor index, -1 = none
+    std::int32_t CounterIndex = -1; ///< sensor index, -1 = none
     std::int32_t ChecksumIndex = -1;
     std::int32_t ExpectedCounter = 0;
     bool Resynchronise = true; ///< set after every error: the next frame only sets the counter

@@ -21,9 +21,10 @@ class CFrameMaker {
     using ValueSource = std::function<double(const CSensor&)>;
     void SetValues(ValueSource source) { Values = std::move(source); }
 
-    /// The next frame: sync header, counter one up from the last, fields whose calibrated values are
-    /// as near to the wanted ones as the data type allows, delimiters, terminator, checksum.
-    /// `secondsOfTime` (UTC since 1970, with fraction) fills time and date fields and drives the plausible values.
+    /// The next frame: sync header, counter one up from the last, fields whose calibrated values
+    /// are as near to the wanted ones as the data type allows, delimiters, terminator, checksum.
+    /// `secondsOfTime` (UTC since 1970, with fraction) fills time and date fields and drives the
+    /// plausible values.
     std::vector<std::uint8_t> Next(double secondsOfTime);
 
     /// Leaves out frames: the counter moves on as if they had been sent.

@@ -26,6 +26,7 @@ std::vector<ParChannel> ParList(const CInstrument& instrument);
 
 /// PAR in umol photons m^-2 s^-1 over the list (photon conversion 1/11968.725 for uW/cm^2/nm).
 /// A channel that cannot be converted ends with its status; NotUsable for an empty list.
-ConversionStatus ComputePar(const std::vector<ParChannel>& channels, ByteSpan frame, bool immersed, double& par);
+ConversionStatus ComputePar(const std::vector<ParChannel>& channels, ByteSpan frame, bool immersed,
+                            double& par);
 
 } // namespace qor

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// The inner loops of the conversion plan: plain loops over arrays that the compiler vectorises, on
+// ELF systems once for each vector width, chosen when the program is loaded. They judge nothing but
+// finiteness; the plan sorts out failures one by one.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace qor {
+
+/// Up to three factor arrays, applied from the left behind the subtraction of `offset`.
+struct OpticCoefficients {
+    const double* offset = nullptr;
+    const double* factors[3] = {};
+    int factorCount = 0; ///< 1 to 3
+};
+
+/// values[i] = (x[i] - offset[i]) * factors[0][i] * ...; x are big-endian 16-bit counts. False when
+/// some value is not finite.
+bool ConvertOptic16(const std::uint8_t* bytes, std::size_t count,
+                    const OpticCoefficients& coefficients, double* values);
+
+/// The same with x in place of the values.
+bool ConvertOptic(std::size_t count, const OpticCoefficients& coefficients, double* values);
+
+/// Big-endian integers of `width` bytes (0 to 4), signed by two's complement or not.
+void LoadIntegers(const std::uint8_t* bytes, std::size_t width, bool isSigned, std::size_t count,
+                  double* values);
+
+/// Big-endian IEEE 754 numbers of `width` bytes (4 or 8). False when some are not finite.
+bool LoadFloats(const std::uint8_t* bytes, std::size_t width, std::size_t count, double* values);
+
+/// quotients[i] = dividends[i] / divisor.
+void DivideAll(const double* dividends, double divisor, std::size_t count, double* quotients);
+
+} // namespace qor

@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// The fits, applied to a field that is already cut out of its frame: the common ground of the
+// per-sensor functions and of the conversion plan, which is why both give the same bits. Reentrant,
+// no state.
+#pragma once
+
+#include "base/Bytes.h"
+#include "instrument/ConversionStatus.h"
+#include "instrument/RawValue.h"
+#include "instrument/Sensor.h"
+
+#include <span>
+#include <string>
+
+namespace qor {
+
+/// The calibrated value of an OPTIC3 sensor's integration-time sensor in the same frame.
+struct IntegrationTimeValue {
+    ConversionStatus status = ConversionStatus::NotUsable;
+    double seconds = 0.0;
+};
+
+/// c0 + c1 x + c2 x^2 + ..., summed from the left, the powers by repeated multiplication.
+inline double UnfactoredPolynomial(std::span<const double> c, double x) {
+    double value = c[0], power = 1.0;
+    for (std::size_t k = 1; k < c.size(); ++k) {
+        power *= x;
+        value += c[k] * power;
+    }
+    return value;
+}
+
+/// c0 (x - c1) (x - c2) ..., multiplied from the left.
+inline double FactoredPolynomial(std::span<const double> c, double x) {
+    double value = c[0];
+    for (std::size_t k = 1; k < c.size(); ++k)
+        value *= x - c[k];
+    return value;
+}
+
+/// Applies the fit to a raw value; `time` matters to OPTIC3 only. NotUsable for a fit without a
+/// number or a sensor without the coefficients that its fit needs.
+ConversionStatus ApplyFit(const CSensor& sensor, const RawValue& raw,
+                          const IntegrationTimeValue& time, bool immersed, double& value);
+
+/// Raw extraction and fit of a cut field, as CalibratedValue.
+ConversionStatus NumberOfField(const CSensor& sensor, ByteSpan field,
+                               const IntegrationTimeValue& time, bool immersed, double& value);
+
+/// The text of a cut field, as ValueText; a null `text` asks for the status alone.
+ConversionStatus TextOfField(const CSensor& sensor, ByteSpan field, std::string* text);
+
+/// The text of a DDMMYY, HHMMSS, DDMM or TIME2 fit; a null `text` asks for the status alone.
+/// WrongDataType when the fit does not take the sensor's data type, NotFinite for a position or
+/// time beyond every calendar and globe, NotUsable for any other fit.
+ConversionStatus TimeText(const CSensor& sensor, const RawValue& raw, std::string* text);
+
+} // namespace qor

@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// The texts of the time and position fits. Raw values are hostile: a double is turned into an
+// integer only where it fits one.
+#include "base/Text.h"
+#include "instrument/FieldValue.h"
+
+#include <charconv>
+#include <chrono>
+#include <cmath>
+
+namespace qor {
+
+namespace {
+
+/// The first two characters, the two in the middle and the rest from `last` on, joined.
+std::string Split(const std::string& digits, char separator, std::size_t last) {
+    return digits.substr(0, 2) + separator + digits.substr(2, 2) + separator +
+           digits.substr(digits.size() - last);
+}
+
+ConversionStatus DateText(const RawValue& raw, std::string* text) {
+    if (text)
+        *text = Split(Format("%06lld", static_cast<long long>(raw.integer)), '/', 2);
+    return ConversionStatus::Good;
+}
+
+ConversionStatus ClockText(const RawValue& raw, std::string* text) {
+    if (!text)
+        return ConversionStatus::Good;
+    char digits[330]; // the longest double has 309 digits before the point
+    // Kept: the sign is dropped.
+    const auto end = std::to_chars(digits, digits + sizeof digits, std::fabs(raw.number),
+                                   std::chars_format::fixed, 2);
+    std::string padded(digits, end.ptr);
+    if (padded.size() < 9)
+        padded.insert(0, 9 - padded.size(), '0');
+    *text = Split(padded, ':', 5);
+    return ConversionStatus::Good;
+}
+
+ConversionStatus PositionText(const RawValue& raw, std::string* text) {
+    // Kept: the sign is dropped, and seconds may round to 60.
+    double whole = 0.0, degrees = 0.0;
+    const double fraction = std::modf(std::fabs(raw.number), &whole);
+    const double partOfDegrees = std::modf(whole * 0.01, &degrees);
+    // Decided: degrees that no 32-bit integer holds are no position.
+    if (degrees > 2147483647.0)
+        return ConversionStatus::NotFinite;
+    if (text)
+        *text = Format("%d %02d' %02d\"", static_cast<int>(degrees),
+                       static_cast<int>(partOfDegrees * 100.0 + 0.5),
+                       static_cast<int>(fraction * 60.0 + 0.5));
+    return ConversionStatus::Good;
+}
+
+ConversionStatus CalendarText(const RawValue& raw, DataType data, std::string* text) {
+    using namespace std::chrono;
+    // Decided: what lies further than 28,500 years from 1970 is no time; the calendar's years end
+    // not far behind.
+    constexpr double Furthest = 9.0e11;
+    if (std::fabs(raw.number) > Furthest)
+        return ConversionStatus::NotFinite;
+    if (!text)
+        return ConversionStatus::Good;
+    const std::int64_t count =
+        IsInteger(data) ? raw.integer : static_cast<std::int64_t>(std::trunc(raw.number));
+    const sys_seconds time{seconds(count)};
+    const sys_days day = floor<days>(time);
+    const year_month_day date(day);
+    const hh_mm_ss clock(time - day);
+    const int year = ((static_cast<int>(date.year()) % 100) + 100) % 100;
+    *text = Format("%02d-%02u-%02u %02d.%02d.%02d", year, static_cast<unsigned>(date.month()),
+                   static_cast<unsigned>(date.day()), static_cast<int>(clock.hours().count()),
+                   static_cast<int>(clock.minutes().count()),
+                   static_cast<int>(clock.seconds().count()));
+    return ConversionStatus::Good;
+}
+
+} // namespace
+
+ConversionStatus TimeText(const CSensor& sensor, const RawValue& raw, std::string* text) {
+    const DataType data = sensor.Data;
+    const bool floating = data == DataType::BF || data == DataType::BD || data == DataType::AF;
+    const bool whole = data == DataType::BU || data == DataType::BS || data == DataType::AI;
+    switch (sensor.Fit) {
+    case FitType::DDMMYY:
+        return whole ? DateText(raw, text) : ConversionStatus::WrongDataType;
+    case FitType::HHMMSS:
+        return floating ? ClockText(raw, text) : ConversionStatus::WrongDataType;
+    case FitType::DDMM:
+        return floating ? PositionText(raw, text) : ConversionStatus::WrongDataType;
+    case FitType::TIME2:
+        return CalendarText(raw, data, text);
+    default:
+        return ConversionStatus::NotUsable;
+    }
+}
+
+} // namespace qor
