@@ -13,10 +13,16 @@ namespace qor {
 
 enum class FieldView { Calibrated, RawCounts, HexCounts };
 
-/// The sensor's value in the frame as text: calibrated numbers with `decimals` places, texts as
-/// they are, raw counts as integers (floating-point raw values shortest), hexadecimal counts as the
-/// field's bytes. When there is no value: the status, and its text in `text`.
+/// The sensor's value in the frame as text: calibrated numbers with `decimals` places (0 to 20),
+/// texts as they are; raw counts as integers, floating-point raw values shortest; hexadecimal
+/// counts as "0x" and upper-case digits: the bytes of a binary field, the digits of a hexadecimal
+/// one, the 32-bit value of an ASCII integer. ASCII floating-point fields have no hexadecimal form
+/// and show their raw value, AS fields their text. When there is no value: the status, and its text
+/// in `text`.
 ConversionStatus FormatField(const CSensor& sensor, ByteSpan frame, bool immersed, FieldView view,
                              int decimals, std::string& text);
+
+/// The number with so many decimal places (0 to 20), apart from any locale.
+std::string FixedNumber(double value, int decimals);
 
 } // namespace qor

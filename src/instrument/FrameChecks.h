@@ -30,12 +30,13 @@ class CFrameChecks {
     std::int32_t CounterIndex = -1; ///< sensor index, -1 = none
     std::int32_t ChecksumIndex = -1;
     std::int32_t ExpectedCounter = 0;
-    bool Resynchronise = true; ///< set after every error: the next frame only sets the counter
-    std::int32_t ErrorCount = 0;
+    bool Resynchronise = true;   ///< set after every error: the next frame only sets the counter
+    std::int32_t ErrorCount = 0; ///< a frame with two errors counts twice
     std::uint64_t DroppedCount = 0, ChecksumErrorCount = 0, ValueErrorCount = 0; ///< by kind
 
-    /// Recognises the role sensors, reports a missing one, and starts checking afresh. `names` are
-    /// the instrument's and the resource's for the texts.
+    /// Recognises the role sensors, reports a missing one, and starts checking afresh; the counts
+    /// stay. `names` are the instrument's and the resource's for the texts. Instrument and sink are
+    /// borrowed until the next call.
     void SetUp(const CInstrument& instrument, const std::string& instrumentName,
                const std::string& resourceName, CMessageSink& sink);
 
@@ -43,10 +44,20 @@ class CFrameChecks {
     FrameCheckResult Check(ByteSpan frame);
 
   private:
+    bool Read(std::int32_t index, ByteSpan frame, std::int64_t& value, FrameCheckResult& result);
+    void CheckCounter(std::int64_t received, FrameCheckResult& result);
+    void CheckSum(ByteSpan frame, FrameCheckResult& result);
+    void CountError(std::uint64_t& count);
+    void Tell(const char* what, std::string_view detail);
+
     const CInstrument* Instrument = nullptr;
     CMessageSink* Sink = nullptr;
     std::string InstrumentName, ResourceName;
 };
+
+/// The instrument's frame counter and checksum sensor by type and id, or -1.
+std::int32_t FrameCounterIndex(const CInstrument& instrument);
+std::int32_t ChecksumIndexOf(const CInstrument& instrument);
 
 /// The instrument's nominal frame rate in Hz from its RATE sensor; 6.0 without one. An invalid RATE
 /// sensor is reported and gives 6.0.
