@@ -73,15 +73,15 @@ class CDefinitionLines {
 /// every system.
 inline std::string_view NextToken(std::string_view& text) {
     constexpr auto separates = [](char c) { return c == ' ' || c == '\t' || c == '\r'; };
-    std::size_t begin = 0;
-    while (begin < text.size() && separates(text[begin]))
-        ++begin;
-    std::size_t end = begin;
-    while (end < text.size() && !separates(text[end]))
-        ++end;
-    const std::string_view token = text.substr(begin, end - begin);
-    text.remove_prefix(end);
-    return token;
+    const char* const end = text.data() + text.size();
+    const char* first = text.data();
+    while (first != end && separates(*first))
+        ++first;
+    const char* last = first;
+    while (last != end && !separates(*last))
+        ++last;
+    text = {last, static_cast<std::size_t>(end - last)};
+    return {first, static_cast<std::size_t>(last - first)};
 }
 
 } // namespace qor

@@ -12,14 +12,15 @@ namespace qor {
 
 namespace {
 
-constexpr const char* DataTypeKeywords[] = {"BU", "BS", "BF", "BD", "HU", "HS", "AI", "AF", "AS"};
+constexpr std::string_view DataTypeKeywords[] = {"BU", "BS", "BF", "BD", "HU",
+                                                 "HS", "AI", "AF", "AS"};
 
-constexpr const char* FitTypeKeywords[] = {"NONE",   "COUNT",  "DELIMITER", "OPTIC1",
-                                           "OPTIC2", "OPTIC3", "POLYF",     "POLYU",
-                                           "DDMM",   "HHMMSS", "DDMMYY",    "TIME2"};
+constexpr std::string_view FitTypeKeywords[] = {"NONE",   "COUNT",  "DELIMITER", "OPTIC1",
+                                                "OPTIC2", "OPTIC3", "POLYF",     "POLYU",
+                                                "DDMM",   "HHMMSS", "DDMMYY",    "TIME2"};
 
 template <class Enum, std::size_t Count>
-std::optional<Enum> Find(const char* const (&keywords)[Count], std::string_view keyword) {
+std::optional<Enum> Find(const std::string_view (&keywords)[Count], std::string_view keyword) {
     for (std::size_t place = 0; place < Count; ++place)
         if (EqualsNoCase(keywords[place], keyword))
             return static_cast<Enum>(place);
@@ -29,11 +30,11 @@ std::optional<Enum> Find(const char* const (&keywords)[Count], std::string_view 
 } // namespace
 
 const char* KeywordOf(DataType type) {
-    return DataTypeKeywords[static_cast<std::size_t>(type)];
+    return DataTypeKeywords[static_cast<std::size_t>(type)].data();
 }
 
 const char* KeywordOf(FitType fit) {
-    return FitTypeKeywords[static_cast<std::size_t>(fit)];
+    return FitTypeKeywords[static_cast<std::size_t>(fit)].data();
 }
 
 std::optional<DataType> DataTypeOf(std::string_view keyword) {

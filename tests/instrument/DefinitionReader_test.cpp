@@ -4,8 +4,8 @@
 // CR LF, "@FILE@" for the path that was loaded.
 #include "instrument/DefinitionReader.h"
 
-#include "base/MessageSink.h"
 #include "base/Text.h"
+#include "fakes/CollectingSink.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -368,12 +368,6 @@ TEST(DefinitionReader, AnEndlessLineAndAFloodOfDiagnosticsAreRead) {
                 testing::EndsWith("\tFurther errors are counted, not listed.\r\n"));
 }
 
-class CCollectingSink : public CMessageSink {
-  public:
-    void Report(std::string message) override { Messages.push_back(std::move(message)); }
-    std::vector<std::string> Messages;
-};
-
 TEST(Instrument, SensorsAreFoundByIndexAndByType) {
     const Loaded loaded =
         Load(Fixed + "A 1 '' 2 BU 0 COUNT\nB 2 '' 2 BU 0 COUNT\na 3 '' 2 BU 0 COUNT\n");
@@ -381,8 +375,8 @@ TEST(Instrument, SensorsAreFoundByIndexAndByType) {
     EXPECT_EQ(loaded->Sensor(2, &sink)->Id, "3");
     EXPECT_EQ(loaded->Sensor(3, &sink), nullptr);
     EXPECT_EQ(loaded->Sensor(-1, &sink), nullptr);
-    EXPECT_THAT(sink.Messages, ElementsAre("Cannot access instrument sensors.\r\n",
-                                           "Cannot access instrument sensors.\r\n"));
+    EXPECT_THAT(sink.Messages(), ElementsAre("Cannot access instrument sensors.\r\n",
+                                             "Cannot access instrument sensors.\r\n"));
     EXPECT_EQ(loaded->NextSensor("A"), loaded->Sensor(0));
     EXPECT_EQ(loaded->NextSensor("A", 0), loaded->Sensor(2));
     EXPECT_EQ(loaded->NextSensor("A", 2), nullptr);
