@@ -42,6 +42,11 @@ using OpenFilePointer = std::unique_ptr<OpenFile>;
 /// One request's largest size; larger ones go in several.
 constexpr std::size_t RequestBytes = 16 * 1024 * 1024;
 
+/// Decided: a file that was closed a moment ago may be held a little longer by whoever synchronises
+/// it with the disk, or by a virus scanner; only what stays taken beyond half a second is taken.
+constexpr int ReleaseAttempts = 25;
+constexpr DWORD ReleaseMilliseconds = 20;
+
 struct OpenRequest {
     DWORD access;
     DWORD sharing;
@@ -163,7 +168,12 @@ FileCause CFile::OpenForReading(const std::string& path) {
 FileCause CFile::CreateExclusive(const std::string& path) {
     Close();
     OpenFilePointer file;
-    if (FileCause cause = OpenHandle(WidePath(path), CreateAlone, file); cause != FileCause::None)
+    FileCause cause = OpenHandle(WidePath(path), CreateAlone, file);
+    for (int i = 0; i < ReleaseAttempts && cause == FileCause::SharingViolation; ++i) {
+        Sleep(ReleaseMilliseconds);
+        cause = OpenHandle(WidePath(path), CreateAlone, file);
+    }
+    if (cause != FileCause::None)
         return cause;
     if (!file->isDisk)
         return FileCause::AccessDenied;
@@ -244,19 +254,19 @@ FileCause CFile::Duplicate(CFile& copy) const {
     const OpenFile* file = OpenedBy(Handle);
     if (file == nullptr)
         return FileCause::InvalidFile;
-    auto* second = new (std::nothrow) OpenFile{};
-    if (second == nullptr)
+    OpenFilePointer second(new (std::nothrow) OpenFile);
+    if (!second)
         return FileCause::Generic;
+    second->done = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     HANDLE process = GetCurrentProcess();
-    if (!DuplicateHandle(process, file->handle, process, &second->handle, 0, FALSE,
-                         DUPLICATE_SAME_ACCESS)) {
-        FileCause cause = LastCause();
-        second->handle = INVALID_HANDLE_VALUE;
-        CloseOpened(second);
-        return cause;
-    }
+    HANDLE handle = nullptr;
+    if (second->done == nullptr ||
+        !DuplicateHandle(process, file->handle, process, &handle, 0, FALSE, DUPLICATE_SAME_ACCESS))
+        return LastCause();
+    second->handle = handle;
+    second->position = file->position;
     second->isDisk = file->isDisk;
-    copy.Handle = reinterpret_cast<std::intptr_t>(second);
+    copy.Handle = reinterpret_cast<std::intptr_t>(second.release());
     copy.OpenedPath = OpenedPath;
     copy.OpenedFullPath = OpenedFullPath;
     return FileCause::None;

@@ -132,6 +132,17 @@ TEST_F(AFile, SyncBesideWritesLosesNothing) {
     EXPECT_EQ(Content("raw").size(), Records * 10u);
 }
 
+TEST_F(AFile, ClosedLogCanBeReplacedAsSoonAsItsDuplicateCloses) {
+    CFile duplicate;
+    ASSERT_EQ(File.CreateExclusive(Folder + "log"), FileCause::None);
+    ASSERT_EQ(File.Duplicate(duplicate), FileCause::None);
+    File.Close();
+    EXPECT_EQ(duplicate.Sync(), FileCause::None);
+    std::thread synchroniser([&] { duplicate.Close(); });
+    EXPECT_EQ(File.CreateExclusive(Folder + "log"), FileCause::None);
+    synchroniser.join();
+}
+
 TEST_F(AFile, ReadsToTheEndAndMovesWithItsHandle) {
     Put("in", "abcdef");
     ASSERT_EQ(File.OpenForReading(Folder + "in"), FileCause::None);
