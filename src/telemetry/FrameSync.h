@@ -10,7 +10,9 @@
 #include "telemetry/FrameData.h"
 
 #include <memory>
+#include <span>
 #include <string>
+#include <vector>
 
 namespace qor {
 
@@ -64,7 +66,8 @@ class CFrameSync {
     /// Room for up to `bytes` at the queue's end, to read into; Commit says how many came.
     std::span<std::uint8_t> Prepare(std::size_t bytes);
     void Commit(std::size_t bytes);
-    /// The stream is over: what waits for more bytes is settled without them.
+    /// The stream is over: what waits for more bytes is settled without them, by the next Process.
+    /// Bytes that come all the same take it back.
     void EndOfStream();
 
     /// Synchronises and cuts until no more can be cut, or `frameLimit` frames are queued (replay).
@@ -75,7 +78,8 @@ class CFrameSync {
     CFrameQueue& Frames();
     std::uint64_t BytesDiscarded() const;
     void ResetBytesDiscarded();
-    /// Idle: back to searching, found-reported flags cleared; bytes and queued frames stay.
+    /// Idle: back to searching, found-reported flags cleared; bytes and queued frames stay. A
+    /// global string that has passed is not waited for again.
     void ResetSync();
     /// Disconnection: as ResetSync, and every queued byte and frame goes.
     void Clear();

@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// The byte queue's memory: the unread rest is moved to the front only when it is no longer than
+// what was read since, and the memory grows by doubling, so a byte costs constant time on average.
+#include "telemetry/ByteQueue.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace qor {
+
+namespace {
+
+constexpr std::size_t SmallestMemory = 4096;
+constexpr std::size_t MemoryToKeep = 4U
+                                     << 20; // more than this is given back when the queue is empty
+
+} // namespace
+
+void CByteQueue::Append(ByteSpan bytes) {
+    if (bytes.empty())
+        return;
+    std::memcpy(Prepare(bytes.size()).data(), bytes.data(), bytes.size());
+    Commit(bytes.size());
+}
+
+std::span<std::uint8_t> CByteQueue::Prepare(std::size_t bytes) {
+    std::size_t size = Size();
+    if (Capacity - End < bytes) {
+        if (Begin >= size && Capacity - size >= bytes) {
+            if (size != 0)
+                std::memcpy(Memory.get(), Memory.get() + Begin, size);
+        } else {
+            std::size_t capacity = std::max({size + bytes, size * 2, SmallestMemory});
+            auto larger = std::make_unique_for_overwrite<std::uint8_t[]>(capacity);
+            if (size != 0)
+                std::memcpy(larger.get(), Memory.get() + Begin, size);
+            Memory = std::move(larger);
+            Capacity = capacity;
+        }
+        Begin = 0;
+        End = size;
+    }
+    return {Memory.get() + End, bytes};
+}
+
+void CByteQueue::Consume(std::size_t bytes) {
+    Begin += bytes;
+    HeadOffset += bytes;
+    if (Begin != End)
+        return;
+    Begin = End = 0;
+    if (Capacity > MemoryToKeep) {
+        Memory.reset();
+        Capacity = 0;
+    }
+}
+
+void CByteQueue::Clear() {
+    Consume(Size());
+    HeadOffset = 0;
+}
+
+} // namespace qor

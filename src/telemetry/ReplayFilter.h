@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// What a played-back raw log holds besides frames: header records and time-stamp sentences between
+// them, a time tag behind most of them. A stream that does not begin with a header record is a
+// plain capture and holds none of it. Called by CFrameSync on the thread that processes the file.
+#pragma once
+
+#include "telemetry/RawLogFormat.h"
+
+#include <vector>
+
+namespace qor {
+
+class CReplayFilter {
+  public:
+    /// Whether the stream is a raw log, told from its first bytes; false until it is known to be
+    /// one.
+    bool IsRawLog() const { return Kind == StreamKind::RawLog; }
+    /// Looks at the first bytes of the stream; false when more are needed to tell.
+    bool Determine(ByteSpan bytes, bool ended);
+    /// The length of the header record or time-stamp sentence at a place where a frame could begin;
+    /// 0 when there is none, empty when more bytes are needed to tell.
+    std::optional<std::size_t> Skippable(ByteSpan bytes, bool ended);
+    /// The time that a tag says, when the bytes are one.
+    std::optional<FrameTime> Tag(ByteSpan bytes) { return Tags.Read(bytes); }
+    /// True when the log's own NMEA records name this sync header: its frames carry no tag.
+    bool NamesUntagged(std::string_view syncHeader) const;
+    /// Grows with every sync header that NMEA records name.
+    std::size_t NamedCount() const { return NmeaHeaders.size(); }
+    /// A new stream.
+    void Reset() { *this = {}; }
+
+  private:
+    enum class StreamKind { Unknown, RawLog, Capture };
+
+    void TakeRecord(ByteSpan record);
+
+    StreamKind Kind = StreamKind::Unknown;
+    std::vector<std::string> NmeaHeaders;
+    CTimeTagReader Tags;
+};
+
+} // namespace qor

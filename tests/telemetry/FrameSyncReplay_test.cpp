@@ -1,0 +1,202 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// Playing back raw logs and captures: the same frames at every read size, those that the plainest
+// code cuts.
+#include "telemetry/StreamRun.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+namespace qor {
+namespace {
+
+std::string Tag(std::int64_t seconds, std::uint16_t milliseconds = 0) {
+    auto tag = MakeTimeTag({.seconds = seconds, .milliseconds = milliseconds});
+    return std::string(AsText(tag));
+}
+
+std::string Record(HeaderTag tag, std::string_view value) {
+    auto record = MakeHeaderRecord(FormatHeaderLine(static_cast<int>(tag), value));
+    return std::string(AsText(record));
+}
+
+const std::int64_t Noon = SecondsFromCalendar(2024, 2, 29, 12, 0, 0);
+const std::string Stamp = MakeTimeStamp(CalendarFromSeconds(Noon));
+const std::string RawBegin = Record(HeaderTag::Mode, "NONE");
+
+PlainFrame Frame(const char* instrument, const char* bytes, std::uint64_t offset,
+                 std::optional<std::int64_t> seconds = {}) {
+    if (seconds)
+        *seconds *= 1000;
+    return {instrument, bytes, offset, seconds};
+}
+
+void ExpectPlayed(const std::vector<AttachRequest>& instruments, const std::string& stream,
+                  const PlainResult& expected, const char* why) {
+    for (std::size_t chunk = 1; chunk <= stream.size(); chunk += 1 + chunk / 8)
+        ASSERT_EQ(Play(instruments, stream, [chunk] { return chunk; }), expected)
+            << why << ", chunks of " << chunk;
+}
+
+TEST(FrameSyncReplay, RawLogsComeBackAsTheyWereLogged) {
+    auto two = {Fixed("A", "AA", 4), Text("G", "$GPGGA,")};
+    const std::string taggedA = "AA12" + Tag(Noon);
+    const struct {
+        std::string stream;
+        PlainResult expected;
+        const char* why;
+    } cases[] = {
+        {RawBegin + taggedA + Stamp + Stamp + taggedA,
+         {{Frame("A", "AA12", 128, Noon), Frame("A", "AA12", 201, Noon)}, 0},
+         "sentences between frames are not frame data"},
+        {RawBegin + Record(HeaderTag::Nmea, "$GPGGA") + "$GPGGA,1\r\n" + taggedA + "$GPGGA,2\r\n",
+         {{Frame("G", "$GPGGA,1\r\n", 256), Frame("A", "AA12", 266, Noon),
+           Frame("G", "$GPGGA,2\r\n", 277)},
+          0},
+         "the GPS of the NMEA records has no tags"},
+        {RawBegin + "$GPGGA,1\r\n" + Tag(Noon),
+         {{Frame("G", "$GPGGA,1\r\n", 128, Noon)}, 0},
+         "a GPS that they do not name has"},
+        {RawBegin + "AA12" + "AA34" + Tag(Noon) + "AA56",
+         {{Frame("A", "AA12", 128), Frame("A", "AA34", 132, Noon), Frame("A", "AA56", 143)}, 0},
+         "what is no tag is not removed"},
+        {RawBegin + "AA12" + Tag(Noon).substr(0, 6),
+         {{Frame("A", "AA12", 128)}, 6},
+         "half a tag at the end is no tag"},
+        {RawBegin + "??" + Stamp + taggedA,
+         {{Frame("A", "AA12", 161, Noon)}, 33},
+         "a sentence in junk is junk"},
+        {RawBegin + "$PCZDA,AA12" + std::string(80, '.'),
+         {{Frame("A", "AA12", 135)}, 87},
+         "a sentence without its end is none"},
+        {RawBegin + taggedA + RawBegin + RawBegin + taggedA,
+         {{Frame("A", "AA12", 128, Noon), Frame("A", "AA12", 395, Noon)}, 0},
+         "records stand wherever a frame could begin"},
+        {taggedA + RawBegin + "AA12",
+         {{Frame("A", "AA12", 0), Frame("A", "AA12", 139)}, 135},
+         "a plain capture has neither tags nor records"},
+        {"QORHDR", {{}, 6}, "a capture of a few bytes"},
+        {RawBegin.substr(0, 100), {{}, 100}, "half a record"},
+    };
+    for (const auto& c : cases)
+        ExpectPlayed(two, c.stream, c.expected, c.why);
+}
+
+TEST(FrameSyncReplay, TheCallersUntaggedInstrumentHasNoTags) {
+    // Every frame would pass as the tag of the one before.
+    std::string bytes = Tag(Noon);
+    auto instruments = {Fixed("A", bytes.substr(0, 2), 7)};
+    std::string stream = RawBegin + bytes + bytes + bytes;
+    EXPECT_EQ(Play(instruments, stream, [] { return 1; }).frames.size(), 2U);
+    EXPECT_EQ(Play(instruments, stream, [] { return 1; }, {"A"}).frames.size(), 3U);
+}
+
+TEST(FrameSyncReplay, AnUnfinishedFrameHidesNothingBehindIt) {
+    auto instruments = {Fixed("L", "LL", 1000), Fixed("S", "SS", 4), Text("T", "T:", "\r\n", 500)};
+    ExpectPlayed(instruments, "LL..SS12T:x\r\nLLSS34T:open SS56",
+                 {{Frame("S", "SS12", 4), Frame("T", "T:x\r\n", 8), Frame("S", "SS34", 15),
+                   Frame("S", "SS56", 26)},
+                  13},
+                 "fixed and text frames that never end");
+}
+
+TEST(FrameSyncReplay, TheQueueDepthNeverCutsAFileShort) {
+    CCollectingSink sink;
+    CFrameSync sync(sink, "f.raw", false);
+    sync.SetReplay(true);
+    sync.SetMaxFrameDepth(2);
+    EXPECT_EQ(sync.Attach(Fixed("A", "A", 2)), CommResult::Success);
+    EXPECT_EQ(sync.SetAcquisition("A", true), CommResult::Success);
+    std::string stream;
+    for (int i = 0; i < 500; ++i)
+        stream += "A.";
+    sync.Append(AsBytes(stream));
+    PassResult pass = sync.Process({}, false, 64);
+    EXPECT_TRUE(pass.moreReady);
+    EXPECT_EQ(sync.Frames().Size(), 64U);
+    EXPECT_EQ(TakeFrames(sync.Frames())[63].offset, 126U);
+    EXPECT_FALSE(sync.Process({}).moreReady);
+    EXPECT_EQ(sync.Frames().Size(), 436U);
+    EXPECT_EQ(sink.Messages(), std::vector<std::string>{"A found on f.raw.\r\n"});
+}
+
+/// Instruments with headers that share much, and a stream of pieces that nearly are frames.
+struct RandomCase {
+    std::vector<AttachRequest> instruments;
+    std::set<std::string> untagged;
+    std::string stream;
+
+    explicit RandomCase(std::mt19937& random) {
+        const char* terminators[] = {"", "", "\r\n", "B", "AAB"};
+        std::set<std::string> headers;
+        while (headers.size() < 1 + random() % 5)
+            headers.insert(Letters(random, 1 + random() % 4));
+        for (const std::string& header : headers) {
+            AttachRequest request = Text("I" + header, header, terminators[random() % 5],
+                                         static_cast<std::int32_t>(random() % 9));
+            instruments.insert(instruments.begin() +
+                                   static_cast<std::ptrdiff_t>(random() % (instruments.size() + 1)),
+                               request);
+            if (random() % 4 == 0)
+                untagged.insert(request.instrumentName);
+        }
+        if (random() % 3 != 0)
+            stream = RawBegin;
+        for (std::size_t pieces = random() % 40; pieces-- > 0;)
+            stream += Piece(random);
+    }
+
+    static std::string Letters(std::mt19937& random, std::size_t length) {
+        std::string text;
+        while (text.size() < length)
+            text += static_cast<char>('A' + random() % 2);
+        return text;
+    }
+
+    std::string Piece(std::mt19937& random) const {
+        const AttachRequest& instrument = instruments[random() % instruments.size()];
+        switch (random() % 8) {
+        case 0:
+            return Tag(Noon + random() % 100);
+        case 1:
+            return random() % 2 == 0 ? Stamp : Stamp.substr(0, random() % 12);
+        case 2:
+            return random() % 3 == 0 ? RawBegin : RawBegin.substr(0, random() % 9);
+        case 3:
+            return "\r\n";
+        case 4:
+            return instrument.syncHeader;
+        default: {
+            std::size_t size = static_cast<std::size_t>(instrument.frameSize);
+            std::string frame = instrument.syncHeader + Letters(random, random() % 9);
+            if (instrument.terminator.empty())
+                frame.resize(std::max(size, instrument.syncHeader.size()), '.');
+            return frame + instrument.terminator + (random() % 2 == 0 ? Tag(Noon) : "");
+        }
+        }
+    }
+};
+
+TEST(FrameSyncReplay, AnyStreamGivesThePlainFramesAtEveryReadSize) {
+    std::mt19937 random(11);
+    std::size_t frames = 0, tags = 0;
+    for (int round = 0; round < 6000; ++round) {
+        RandomCase c(random);
+        PlainResult expected = CPlainSync(c.instruments, c.stream, c.untagged).Run();
+        frames += expected.frames.size();
+        for (const PlainFrame& frame : expected.frames)
+            tags += frame.milliseconds ? 1 : 0;
+        for (std::size_t longest : {1, 8, 1000})
+            ASSERT_EQ(
+                Play(
+                    c.instruments, c.stream, [&] { return 1 + random() % longest; }, c.untagged),
+                expected)
+                << round << " at most " << longest;
+    }
+    EXPECT_GT(frames, 30000U);
+    EXPECT_GT(tags, 5000U);
+}
+
+} // namespace
+} // namespace qor
