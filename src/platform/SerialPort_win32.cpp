@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <new>
 #include <utility>
-#include <vector>
 
 #include <windows.h>
 
@@ -30,6 +29,8 @@ static_assert(LineTransmitFull == 0x0100 && LineIoError == 0x0400 && LineModeErr
 constexpr ULONGLONG StatusRestMilliseconds = 1000;
 /// The same for a read that ended without a byte: short, because bytes may follow.
 constexpr ULONGLONG ReadRestMilliseconds = 20;
+/// The most that one read asks for, however large the caller's buffer is.
+constexpr std::size_t LargestRead = 1024 * 1024;
 /// How long closing waits for the system to give back the memory of a cancelled operation.
 constexpr DWORD CancelMilliseconds = 1000;
 
@@ -38,7 +39,8 @@ constexpr DWORD CancelMilliseconds = 1000;
 struct Operation {
     const WaitResult name; ///< what Wait says when it has ended
     OVERLAPPED request{};
-    std::vector<std::uint8_t> bytes;
+    std::unique_ptr<std::uint8_t[]> bytes;
+    std::size_t capacity = 0;
     DWORD mask = 0;
     bool running = false;  ///< with the system
     bool resting = false;  ///< pending for the caller, but not issued before restEnd
@@ -57,6 +59,13 @@ struct Operation {
         if (request.hEvent == nullptr)
             request.hEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr);
         return request.hEvent != nullptr;
+    }
+    bool Reserve(std::size_t size) {
+        if (size <= capacity)
+            return true;
+        bytes.reset(new (std::nothrow) std::uint8_t[size]);
+        capacity = bytes ? size : 0;
+        return capacity != 0;
     }
     bool MustRest() const { return GetTickCount64() < restEnd; }
     void RestFor(ULONGLONG milliseconds) { restEnd = GetTickCount64() + milliseconds; }
@@ -201,10 +210,13 @@ IssueResult CWin32SerialPort::IssueRead(std::span<std::uint8_t> buffer, std::siz
     Read->resting = Read->MustRest();
     if (Read->resting)
         return IssueResult::Pending;
-    Read->bytes.resize(buffer.size());
+    std::size_t size = std::min(buffer.size(), LargestRead);
+    if (!Read->Reserve(size)) {
+        IssueError = ERROR_NOT_ENOUGH_MEMORY;
+        return IssueResult::Failed;
+    }
     DWORD count = 0;
-    BOOL done = ReadFile(Port, Read->bytes.data(), static_cast<DWORD>(buffer.size()), &count,
-                         &Read->request);
+    BOOL done = ReadFile(Port, Read->bytes.get(), static_cast<DWORD>(size), &count, &Read->request);
     IssueResult result = Issued(*Read, done != FALSE);
     if (result != IssueResult::Done)
         return result;
@@ -214,7 +226,7 @@ IssueResult CWin32SerialPort::IssueRead(std::span<std::uint8_t> buffer, std::siz
         return IssueResult::Pending;
     }
     got = std::min<std::size_t>(count, buffer.size());
-    std::copy_n(Read->bytes.begin(), got, buffer.begin());
+    std::copy_n(Read->bytes.get(), got, buffer.begin());
     return IssueResult::Done;
 }
 
@@ -274,7 +286,7 @@ SystemError CWin32SerialPort::CollectRead(std::size_t& got) {
     if (count == 0)
         Read->RestFor(ReadRestMilliseconds);
     got = std::min<std::size_t>(count, Read->target.size());
-    std::copy_n(Read->bytes.begin(), got, Read->target.begin());
+    std::copy_n(Read->bytes.get(), got, Read->target.begin());
     return 0;
 }
 
