@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
 // Result codes of resources (0x1000....) and of the controller (0x4000....), with the fixed part of
-// their detail lines. The resource codes count in decimal digits: the gaps are part of the interface.
+// their detail lines. The resource codes count in decimal digits: the gaps are part of the
+// interface.
 #pragma once
 
 #include <cstdint>
@@ -9,7 +10,7 @@
 
 namespace qor {
 
-enum class [[nodiscard]] CommResult : std::uint32_t {
+enum class [[nodiscard]] CommResult : std::uint32_t{
     Success = 0,
     ReadNotIssued = 0x10000001,
     StatusWaitNotIssued = 0x10000002,

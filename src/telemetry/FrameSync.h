@@ -31,6 +31,7 @@ struct AttachRequest {
 struct PassResult {
     bool framesQueued = false;
     bool globalSyncFound = false; ///< "Telemetry synchronized" was reported in this pass
+    std::uint32_t framesCut = 0;  ///< frames queued in this pass, dropped ones included
     bool moreReady = false;       ///< stopped at the frame limit with bytes left to process
 };
 
@@ -41,6 +42,8 @@ class CFrameSync {
     CFrameSync(CMessageSink& sink, std::string resourceName, bool live);
     ~CFrameSync();
 
+    /// Another stream of another name: bytes and frames of the one before go, instruments stay.
+    void Restart(std::string resourceName);
     void SetSearchBound(std::uint32_t bytes);
     void SetGlobalSync(const std::string& text);
     void SetMaxFrameDepth(std::int32_t frames);
