@@ -39,7 +39,7 @@ class APort : public testing::Test {
         ASSERT_EQ(::write(Instrument, bytes.data(), bytes.size()),
                   static_cast<ssize_t>(bytes.size()));
     }
-    SystemError SetUp(CSerialPort& port) {
+    SystemError Configure(CSerialPort& port) {
         for (SystemError error :
              {port.SaveTimeouts(), port.ReadSettings(), port.WriteSettings({250000, 8, 0, 0}),
               port.SetReadInterval(6), port.SetQueues(1024, 0), port.SetEventMask(0xC0),
@@ -76,7 +76,7 @@ class APort : public testing::Test {
 
 TEST_F(APort, BytesArriveUnchangedInReadsOfAnySize) {
     ASSERT_EQ(Port->Open(Name), 0u);
-    ASSERT_EQ(SetUp(*Port), 0u);
+    ASSERT_EQ(Configure(*Port), 0u);
     std::string all;
     for (int i = 0; i < 256; ++i)
         all += static_cast<char>(i);
@@ -90,7 +90,7 @@ TEST_F(APort, BytesArriveUnchangedInReadsOfAnySize) {
 
 TEST_F(APort, ReadReturnsAsSoonAsBytesAreThere) {
     ASSERT_EQ(Port->Open(Name), 0u);
-    ASSERT_EQ(SetUp(*Port), 0u);
+    ASSERT_EQ(Configure(*Port), 0u);
     std::size_t got = 0;
     std::uint32_t mask = 0;
     EXPECT_EQ(Port->IssueRead(Buffer, got), IssueResult::Pending);
@@ -106,7 +106,7 @@ TEST_F(APort, ReadReturnsAsSoonAsBytesAreThere) {
 
 TEST_F(APort, WaitingTakesNoProcessorTime) {
     ASSERT_EQ(Port->Open(Name), 0u);
-    ASSERT_EQ(SetUp(*Port), 0u);
+    ASSERT_EQ(Configure(*Port), 0u);
     std::size_t got = 0;
     ASSERT_EQ(Port->IssueRead(Buffer, got), IssueResult::Pending);
     rusage before{}, after{};
@@ -130,7 +130,7 @@ TEST_F(APort, IsOursAloneUntilClosed) {
 TEST_F(APort, ClosePutsTheSettingsBack) {
     termios before = Settings();
     ASSERT_EQ(Port->Open(Name), 0u);
-    ASSERT_EQ(SetUp(*Port), 0u);
+    ASSERT_EQ(Configure(*Port), 0u);
     EXPECT_EQ(Settings().c_lflag & static_cast<tcflag_t>(ICANON | ECHO), 0u);
     EXPECT_EQ(Port->RestoreTimeouts(), 0u);
     EXPECT_EQ(Port->Purge(), 0u);
@@ -145,7 +145,7 @@ TEST_F(APort, ClosePutsTheSettingsBack) {
 
 TEST_F(APort, LineThatIsGoneFailsTheReadAfterItsLastBytes) {
     ASSERT_EQ(Port->Open(Name), 0u);
-    ASSERT_EQ(SetUp(*Port), 0u);
+    ASSERT_EQ(Configure(*Port), 0u);
     std::size_t got = 0;
     std::uint32_t errors = 9;
     ASSERT_EQ(Port->IssueRead(Buffer, got), IssueResult::Pending);
