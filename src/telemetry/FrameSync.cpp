@@ -53,7 +53,7 @@ struct CFrameSync::Impl {
     void Cut(AttachedInstrument& instrument, std::size_t length, const FrameTime& time);
 
     CMessageSink& Sink;
-    const std::string ResourceName;
+    std::string ResourceName;
     const bool Live;
     bool Replay = false;
     std::size_t SearchBound = 1024;
@@ -89,6 +89,12 @@ CFrameSync::CFrameSync(CMessageSink& sink, std::string resourceName, bool live)
     : State(std::make_unique<Impl>(sink, std::move(resourceName), live)) {}
 
 CFrameSync::~CFrameSync() = default;
+
+void CFrameSync::Restart(std::string resourceName) {
+    State->ResourceName = std::move(resourceName);
+    Clear();
+    State->Synchronised = State->GlobalString.empty();
+}
 
 void CFrameSync::SetSearchBound(std::uint32_t bytes) {
     State->SearchBound = std::max<std::uint32_t>(bytes, 1);
@@ -435,6 +441,7 @@ void CFrameSync::Impl::Cut(AttachedInstrument& instrument, std::size_t length,
     }
     Frames.PushSlot().Assign(info, Queue.Bytes().first(length), Queue.Offset());
     Pass.framesQueued = true;
+    ++Pass.framesCut;
     BytesCut += length;
 }
 
