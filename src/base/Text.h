@@ -9,7 +9,11 @@
 #include <string>
 #include <string_view>
 
-#if defined(__GNUC__)
+#if defined(__MINGW32__) && !defined(__clang__)
+// The C++ library brings the standard's printf along; the compiler would check for Microsoft's.
+#define QOR_PRINTF(formatIndex, firstArgument)                                                     \
+    __attribute__((format(gnu_printf, formatIndex, firstArgument)))
+#elif defined(__GNUC__)
 #define QOR_PRINTF(formatIndex, firstArgument)                                                     \
     __attribute__((format(printf, formatIndex, firstArgument)))
 #else
