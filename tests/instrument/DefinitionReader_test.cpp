@@ -346,7 +346,7 @@ TEST(DefinitionReader, PiecesOfAnySizeGiveTheSameInstrument) {
                              "tests/golden/definitions/delimiters.tdf"}) {
         const std::string text = Replace(ReadText(root + name), "\n", "\r\n");
         const Loaded whole = Load(text);
-        for (std::size_t size : {1, 2, 3, 7, 64}) {
+        for (std::size_t size : {1U, 2U, 3U, 7U, 64U}) {
             const Loaded pieces = Load(text, size);
             EXPECT_EQ(pieces->ParseLog(), whole->ParseLog()) << name << " by " << size;
             EXPECT_EQ(Sensors(pieces), Sensors(whole)) << name << " by " << size;
