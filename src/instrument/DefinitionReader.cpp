@@ -9,6 +9,7 @@
 
 #include <cmath>
 #include <limits>
+#include <span>
 
 namespace qor {
 
@@ -31,6 +32,17 @@ std::optional<std::string_view> UnitsOf(std::string_view token) {
     if (token.empty() || token.find('\'') != token.size() - 1)
         return std::nullopt;
     return token.substr(0, token.size() - 1);
+}
+
+/// The line's tokens and their number, which counts no further than one more than there is place.
+std::size_t Split(std::string_view text, std::span<std::string_view> tokens) {
+    std::size_t count = 0;
+    for (std::string_view token = NextToken(text); !token.empty(); token = NextToken(text)) {
+        if (count == tokens.size())
+            return count + 1;
+        tokens[count++] = token;
+    }
+    return count;
 }
 
 struct CoefficientRule {
@@ -124,48 +136,43 @@ bool CDefinitionReader::TakeLine(std::string_view text) {
 
 DefinitionStatus CDefinitionReader::ReadDefinition(std::string_view text) {
     Tokens tokens;
-    std::size_t count = 0;
-    for (std::string_view token = NextToken(text); !token.empty(); token = NextToken(text)) {
-        if (count++ == tokens.size())
-            break;
-        tokens[count - 1] = token;
+    const std::size_t count = Split(text, tokens);
+    if (count != tokens.size() && ++Target.BadLines == BadLineLimit)
+        return Fail(ReadingMessage("reading"), DefinitionStatus::FileCorrupted);
+    if (count < tokens.size()) {
+        Drop(DefinitionStatus::LineFormat);
+        return DefinitionStatus::NoError;
     }
-    if (count != tokens.size()) {
-        if (++Target.BadLines == BadLineLimit)
-            return Fail(ReadingMessage("reading"), DefinitionStatus::FileCorrupted);
-        const bool tooFew = count < tokens.size();
-        Log.Diagnostic(DefinitionStatus::LineFormat,
-                       tooFew ? CorrectiveAction::SensorIgnored
-                              : CorrectiveAction::ExtraParametersIgnored);
-        if (tooFew)
-            return DefinitionStatus::NoError;
-    }
+    if (count > tokens.size())
+        Log.Diagnostic(DefinitionStatus::LineFormat, CorrectiveAction::ExtraParametersIgnored);
 
     CSensor sensor;
     if (!ReadTokens(tokens, sensor))
         return DefinitionStatus::NoError;
-    if (const DefinitionStatus status = CheckHeader(sensor);
-        status != DefinitionStatus::NotHeaderLine)
+    const DefinitionStatus status = CheckHeader(sensor);
+    if (status != DefinitionStatus::NotHeaderLine)
         return status;
-    if (sensor.Fit == FitType::OPTIC3 && !FindIntegrationTime(sensor)) {
-        DropKeepingSpace(DefinitionStatus::NoIntegrationTime, sensor.FieldLength);
+    if (!AcceptSensor(sensor))
         return DefinitionStatus::NoError;
-    }
-    // Decided: a field that no frame size can hold has an invalid length.
-    if (!Grow(sensor.FieldLength)) {
-        Drop(DefinitionStatus::FieldLength);
-        return DefinitionStatus::NoError;
-    }
-    // The frame grew by the length as written: that is what the instrument sends.
-    NormaliseField(sensor, Target.Frame, Log);
-    LinesToSkip = 0;
-    if (!ApplyDelimiterRules(sensor))
-        LinesToSkip = sensor.GainRanges;
-    else if (sensor.GainRanges == 0)
+    if (sensor.GainRanges == 0)
         Append(std::move(sensor));
     else
         Waiting = std::move(sensor);
     return DefinitionStatus::NoError;
+}
+
+/// Adds the sensor's field to the frame and repairs the sensor; false when it is not kept.
+bool CDefinitionReader::AcceptSensor(CSensor& sensor) {
+    if (sensor.Fit == FitType::OPTIC3 && !FindIntegrationTime(sensor))
+        return DropKeepingSpace(DefinitionStatus::NoIntegrationTime, sensor.FieldLength);
+    // Decided: a field that no frame size can hold has an invalid length.
+    if (!Grow(sensor.FieldLength))
+        return Drop(DefinitionStatus::FieldLength);
+    // Kept: the frame grows by the length as written, also when the sensor's length is repaired.
+    NormaliseField(sensor, Target.Frame, Log);
+    const bool keep = ApplyDelimiterRules(sensor);
+    LinesToSkip = keep ? 0 : sensor.GainRanges;
+    return keep;
 }
 
 /// Fills the sensor from the tokens of its line; false when the line is dropped.

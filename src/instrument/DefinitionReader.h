@@ -37,6 +37,7 @@ class CDefinitionReader {
     bool TakeLine(std::string_view text);
     DefinitionStatus ReadDefinition(std::string_view text);
     bool ReadTokens(const Tokens& tokens, CSensor& sensor);
+    bool AcceptSensor(CSensor& sensor);
     void ReadCoefficients(std::string_view text);
     void Append(CSensor&& sensor);
     bool Drop(DefinitionStatus fault);
