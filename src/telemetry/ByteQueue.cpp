@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
 // The byte queue's memory: the unread rest is moved to the front only when it is no longer than
-// what was read since, and the memory grows by doubling, so a byte costs constant time on average.
+// what was read since, and the memory grows by half, so a byte costs constant time on average.
 #include "telemetry/ByteQueue.h"
 
 #include <algorithm>
@@ -31,7 +31,8 @@ std::span<std::uint8_t> CByteQueue::Prepare(std::size_t bytes) {
             if (size != 0)
                 std::memcpy(Memory.get(), Memory.get() + Begin, size);
         } else {
-            std::size_t capacity = std::max({size + bytes, size * 2, SmallestMemory});
+            std::size_t needed = size + bytes;
+            std::size_t capacity = std::max(needed + needed / 2, SmallestMemory);
             auto larger = std::make_unique_for_overwrite<std::uint8_t[]>(capacity);
             if (size != 0)
                 std::memcpy(larger.get(), Memory.get() + Begin, size);
@@ -44,11 +45,8 @@ std::span<std::uint8_t> CByteQueue::Prepare(std::size_t bytes) {
     return {Memory.get() + End, bytes};
 }
 
-void CByteQueue::Consume(std::size_t bytes) {
-    Begin += bytes;
-    HeadOffset += bytes;
-    if (Begin != End)
-        return;
+/// All bytes are consumed: the memory is used from its start again.
+void CByteQueue::Rewind() {
     Begin = End = 0;
     if (Capacity > MemoryToKeep) {
         Memory.reset();

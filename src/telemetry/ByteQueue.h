@@ -26,11 +26,18 @@ class CByteQueue {
     std::span<std::uint8_t> Prepare(std::size_t bytes);
     void Commit(std::size_t bytes) { End += bytes; }
     /// Removes bytes from the front; there must be so many.
-    void Consume(std::size_t bytes);
+    void Consume(std::size_t bytes) {
+        Begin += bytes;
+        HeadOffset += bytes;
+        if (Begin == End)
+            Rewind();
+    }
     /// Forgets all bytes; the stream begins anew at offset 0.
     void Clear();
 
   private:
+    void Rewind();
+
     std::unique_ptr<std::uint8_t[]> Memory;
     std::size_t Capacity = 0;
     std::size_t Begin = 0;

@@ -1,0 +1,274 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// The synchroniser on a live port: attaching, global synchronisation, stamps, queue depth, loss of
+// synchronisation, and definitions that mean harm.
+#include "base/Text.h"
+#include "telemetry/StreamRun.h"
+
+#include <gtest/gtest.h>
+
+namespace qor {
+namespace {
+
+class FrameSync : public testing::Test {
+  protected:
+    void Add(const AttachRequest& request) {
+        ASSERT_EQ(Sync.Attach(request), CommResult::Success);
+        ASSERT_EQ(Sync.SetAcquisition(request.instrumentName, true), CommResult::Success);
+    }
+    /// Bytes that arrive now, a second after the ones before.
+    PassResult Feed(std::string_view bytes, bool waiting = false) {
+        Now.seconds += 1;
+        Sync.Append(AsBytes(bytes));
+        return Sync.Process(Now, waiting);
+    }
+    /// The frames cut since the last look, as one text: "name:bytes name:bytes".
+    std::string Cut() {
+        std::string text;
+        Stamps.clear();
+        for (const PlainFrame& frame : TakeFrames(Sync.Frames())) {
+            text += (text.empty() ? "" : " ") + frame.instrument + ":" + frame.bytes;
+            Stamps.push_back(frame.milliseconds.value_or(-1) / 1000);
+        }
+        return text;
+    }
+
+    CCollectingSink Sink;
+    CFrameSync Sync{Sink, "COM1", true};
+    FrameTime Now{.known = true};
+    std::vector<std::int64_t> Stamps;
+};
+
+AttachRequest NoSync(AttachRequest request, const char* type, std::string_view pairs = {}) {
+    request.noSync = true;
+    request.typeName = type;
+    request.syncBytes.assign(pairs.begin(), pairs.end());
+    return request;
+}
+
+TEST_F(FrameSync, AttachRefusesByItsRules) {
+    auto lines = NoSync(Text("L", ""), "HEITRONICS_IRC");
+    EXPECT_EQ(Sync.Attach(NoSync(Fixed("B", "b", 9), "BSI", "abc")), CommResult::BsiWithoutPairs);
+    EXPECT_EQ(Sync.Attach(NoSync(Fixed("B", "b", 9), "BSI")), CommResult::BsiWithoutPairs);
+    EXPECT_EQ(Sync.Attach(lines), CommResult::Success);
+    EXPECT_EQ(Sync.Attach(Fixed("A", "A", 2)), CommResult::SecondWithoutSync);
+    EXPECT_EQ(Sync.Detach("L"), CommResult::Success);
+    EXPECT_EQ(Sync.Detach("L"), CommResult::InstrumentNotAttached);
+    EXPECT_EQ(Sync.Attach(Fixed("A", "A", 2)), CommResult::Success);
+    EXPECT_EQ(Sync.Attach(Fixed("A2", "A", 3)), CommResult::InstrumentAlreadyAttached);
+    EXPECT_EQ(Sync.Attach(lines), CommResult::WithoutSyncRefused);
+    EXPECT_EQ(Sync.SetAcquisition("A2", true), CommResult::InstrumentNotAttached);
+
+    CFrameSync file(Sink, "f.raw", false);
+    EXPECT_EQ(file.Attach(Fixed("A", "A", 2)), CommResult::Success);
+    EXPECT_EQ(file.Attach(lines), CommResult::Success) << "only live ports know the flag";
+    EXPECT_NE(file.IdentityOf("A"), Sync.IdentityOf("A"));
+    EXPECT_EQ(file.IdentityOf("nobody"), 0U);
+}
+
+TEST_F(FrameSync, InterleavedInstrumentsAreCutAndNamedOnce) {
+    Add(Fixed("A", "AA", 4));
+    Add(Text("T", "T:"));
+    PassResult pass = Feed("??AA12T:x\r\nAA34T:y");
+    EXPECT_TRUE(pass.framesQueued);
+    EXPECT_EQ(Cut(), "A:AA12 T:T:x\r\n A:AA34");
+    EXPECT_FALSE(Feed("z").framesQueued);
+    Feed("\r\n");
+    EXPECT_EQ(Cut(), "T:T:yz\r\n");
+    EXPECT_EQ(Sync.BytesDiscarded(), 2U);
+    EXPECT_EQ(Sink.Take(),
+              (std::vector<std::string>{"AA found on COM1.\r\n", "T: found on COM1.\r\n"}));
+}
+
+TEST_F(FrameSync, FoundIsReportedAgainOnlyAfterALossAndNotWhileWaiting) {
+    Add(Fixed("A", "A", 2));
+    Feed("A1", true);
+    EXPECT_TRUE(Sink.Messages().empty());
+    Feed("A2A3");
+    Sync.ResetSync();
+    Feed("A4");
+    EXPECT_EQ(Sink.Count("A found on COM1.\r\n"), 2U);
+    EXPECT_EQ(Cut(), "A:A1 A:A2 A:A3 A:A4") << "a loss of synchronisation costs no queued frame";
+}
+
+TEST_F(FrameSync, NothingIsCutUntilTheGlobalStringHasPassed) {
+    Sync.SetGlobalSync("SYNC");
+    Add(Fixed("A", "A", 2));
+    EXPECT_FALSE(Feed("A1SY").globalSyncFound);
+    Sync.ResetSync();
+    Feed("A2S");
+    EXPECT_EQ(Cut(), "");
+    EXPECT_TRUE(Feed("YNCA3").globalSyncFound);
+    EXPECT_EQ(Cut(), "A:A1 A:A2 A:A3") << "a global search removes nothing";
+    Sync.ResetSync();
+    Feed("A4");
+    EXPECT_EQ(Cut(), "A:A4");
+    EXPECT_EQ(Sink.Count("Telemetry synchronized on COM1.\r\n"), 1U);
+}
+
+TEST_F(FrameSync, AGlobalStringThatIsLateCostsOneMegabyte) {
+    Sync.SetGlobalSync("SYNC");
+    Add(Fixed("A", "A", 2));
+    for (int i = 0; i < 300; ++i)
+        Feed(std::string(10000, '.'));
+    Feed("SYNCA1");
+    EXPECT_EQ(Cut(), "A:A1");
+    EXPECT_EQ(Sync.BytesDiscarded(), 3000000U + 4);
+}
+
+TEST_F(FrameSync, AFrameIsStampedWithTheReadOfItsLastByte) {
+    Add(Text("T", "T", "\r\n", 8));
+    Add(Fixed("A", "A", 4));
+    Feed("A123A1"); // second 1
+    Feed("23T\r");  // second 2
+    Feed("\nA12");  // second 3 ends the text frame, whose declared size comes later
+    Feed("3");      // second 4
+    Feed("..");     // second 5
+    EXPECT_EQ(Cut(), "A:A123 A:A123 T:T\r\n A:A123");
+    EXPECT_EQ(Stamps, (std::vector<std::int64_t>{1, 2, 3, 4}));
+}
+
+TEST_F(FrameSync, ADepthBeyondTheLimitDropsTheOldest) {
+    Add(Fixed("A", "A", 3));
+    for (int i = 0; i < 201; ++i)
+        Feed(Format("A%02d", i % 100));
+    EXPECT_EQ(Sink.Count("COM1 frame buffer exceeded maximum depth.\r\n"), 0U);
+    Feed("Axx");
+    Feed("Ayy");
+    EXPECT_EQ(Sink.Count("COM1 frame buffer exceeded maximum depth.\r\n"), 2U);
+    EXPECT_EQ(Sync.BytesDiscarded(), 6U);
+    EXPECT_EQ(Sync.Frames().Size(), 201U);
+    EXPECT_EQ(Sync.Frames().Front().Text(), "A02");
+    EXPECT_EQ(Sync.Frames().Front().Info.frameCounter, 3U);
+}
+
+TEST_F(FrameSync, DisabledInstrumentsTakeNoPart) {
+    Add(Fixed("A", "A", 4));
+    Add(Fixed("B", "B", 2));
+    Feed("A1");
+    EXPECT_EQ(Sync.SetAcquisition("A", false), CommResult::Success);
+    Feed("B1");
+    EXPECT_EQ(Cut(), "B:B1") << "the stream is searched afresh";
+    EXPECT_EQ(Sync.SetAcquisition("B", false), CommResult::Success);
+    Feed("B2");
+    EXPECT_EQ(Sync.BytesDiscarded(), 4U);
+    EXPECT_EQ(Sync.SetAcquisition("B", true), CommResult::Success);
+    Feed("B3");
+    EXPECT_EQ(Cut(), "B:B3");
+}
+
+TEST_F(FrameSync, DetachingBetweenBytesOfAFrameSearchesAfresh) {
+    Add(Fixed("A", "A", 2));
+    Add(Fixed("B", "B", 4));
+    Feed("A1B1");
+    EXPECT_EQ(Sync.Detach("A"), CommResult::Success);
+    Feed("23A2B456");
+    EXPECT_EQ(Cut(), "A:A1 B:B123 B:B456");
+    EXPECT_EQ(Sync.BytesDiscarded(), 2U);
+}
+
+TEST_F(FrameSync, ClearForgetsBytesAndFrames) {
+    Add(Fixed("A", "A", 4));
+    Feed("A123A1");
+    Sync.Clear();
+    Feed("23A456");
+    EXPECT_EQ(Cut(), "A:A456");
+    Feed("A7");
+    Sync.EndOfStream();
+    EXPECT_FALSE(Sync.Process(Now).framesQueued);
+    Feed("A789");
+    EXPECT_EQ(Cut(), "A:A789");
+}
+
+TEST_F(FrameSync, DefinitionsThatMeanHarmNeitherLoopNorAllocate) {
+    Add(Fixed("Z", "Z", 0));
+    Add(Fixed("N", "NN", INT32_MIN));
+    Add(Fixed("E", "", INT32_MAX));
+    Add(Fixed("Short", "SHORT", 2));
+    Feed("ZNNSHORT.");
+    EXPECT_EQ(Cut(), "Z:Z N:NN Short:SH");
+    Add(Fixed("Huge", "H", INT32_MAX));
+    Feed("H" + std::string(100000, 'Z'));
+    EXPECT_EQ(Cut(), "");
+    Sync.EndOfStream();
+    Sync.Process(Now);
+    EXPECT_EQ(Sync.Frames().Size(), 201U);
+}
+
+TEST_F(FrameSync, ATerminatorComesWithinAMegabyteOrNotAtAll) {
+    Add(Text("T", "T", "\r\n", INT32_MAX));
+    std::string endless = "T" + std::string((1U << 20) - 1, '.');
+    for (std::size_t at = 0; at < endless.size(); at += 99999)
+        Feed(std::string_view(endless).substr(at, 99999));
+    EXPECT_EQ(Sync.BytesDiscarded(), endless.size());
+    EXPECT_EQ(Sink.Messages().size(), 1U);
+    // The frame itself may be as long as that, and its declared size is waited for no longer.
+    endless.replace(endless.size() - 2, 2, "\r\n");
+    Feed(endless);
+    EXPECT_EQ(Sync.Frames().Size(), 1U);
+    EXPECT_EQ(Sync.Frames().Front().Bytes.size(), 1U << 20);
+}
+
+TEST_F(FrameSync, LinesWithoutHeaderBeginBehindTheFirstTerminator) {
+    Add(NoSync(Text("L", ""), "AOS_EZCOMPASS_3"));
+    Feed("tial\r");
+    Feed("\n$C1\r\n$C2");
+    EXPECT_EQ(Cut(), "L:$C1\r\n");
+    EXPECT_EQ(Sync.BytesDiscarded(), 6U);
+    Feed("x\r\n");
+    EXPECT_EQ(Cut(), "L:$C2x\r\n");
+    Sync.ResetSync();
+    Feed("$C3\r\n$C");
+    EXPECT_EQ(Cut(), "L:$C3\r\n") << "silence between lines takes none away";
+    Sync.ResetSync();
+    Feed("4\r\n$C5\r\n");
+    EXPECT_EQ(Cut(), "L:$C5\r\n") << "silence within a line does";
+}
+
+TEST_F(FrameSync, PacketsAreFoundWhereEveryPairStands) {
+    // Packets of 3 + 2 x 1 and 3 + 2 x 0 bytes.
+    Add(NoSync(Fixed("B", "BSI", 99), "BSI", {"\x51\x01\x52\x00", 4}));
+    const std::string frame("\x51\x01..+\x52\x00+", 8);
+    EXPECT_FALSE(Feed(frame.substr(0, 7)).framesQueued);
+    Feed(frame.substr(7) + "\x51\x01..+\x51" + frame + frame);
+    EXPECT_EQ(Sync.Frames().Size(), 3U);
+    EXPECT_EQ(Sync.BytesDiscarded(), 6U);
+    EXPECT_EQ(Sync.Frames().Front().Bytes.size(), 8U);
+    EXPECT_EQ(Sync.Frames().Front().Length(), 8U);
+}
+
+TEST_F(FrameSync, ABackscatterFrameHasItsDeclaredSize) {
+    Add(NoSync(Text("H", "H2", "\r\n", 6), "HOBILABS_HS2_D"));
+    Feed("..H2\r\n12H234");
+    EXPECT_EQ(Cut(), "H:H2\r\n12");
+}
+
+// What has come without a header, in chunks of every size.
+TEST_F(FrameSync, NoSyncFramesDoNotDependOnTheChunks) {
+    const std::string packets("xQ\1..+R\0+Q\1Q\1Q\1..+R\0+Q\1..+R\0+", 32);
+    const std::string lines = "a\r\r\nb\r\nc\r\r\nd\r\n\r\ne";
+    auto bsi = NoSync(Fixed("B", "", 8), "BSI", {"Q\1R\0", 4});
+    auto compass = NoSync(Text("L", ""), "AOS_EZCOMPASS_3");
+    for (const auto& [request, stream] : {std::pair(bsi, packets), std::pair(compass, lines)}) {
+        std::string whole;
+        for (std::size_t chunk = stream.size(); chunk > 0; --chunk) {
+            CFrameSync sync(Sink, "COM2", true);
+            ASSERT_EQ(sync.Attach(request), CommResult::Success);
+            ASSERT_EQ(sync.SetAcquisition(request.instrumentName, true), CommResult::Success);
+            for (std::size_t at = 0; at < stream.size(); at += chunk) {
+                sync.Append(AsBytes(stream).subspan(at, std::min(chunk, stream.size() - at)));
+                sync.Process(Now);
+            }
+            std::string frames = Format("%zu ", static_cast<std::size_t>(sync.BytesDiscarded()));
+            for (const PlainFrame& frame : TakeFrames(sync.Frames()))
+                frames += frame.bytes + "|";
+            if (whole.empty())
+                whole = frames;
+            EXPECT_EQ(frames, whole) << chunk;
+        }
+        EXPECT_GE(std::count(whole.begin(), whole.end(), '|'), 2) << whole;
+    }
+}
+
+} // namespace
+} // namespace qor
