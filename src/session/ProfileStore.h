@@ -31,7 +31,7 @@ class CMemoryProfileStore : public CProfileStore {
     void WriteText(const std::string& section, const std::string& key,
                    const std::string& value) override;
 
-  private:
+  protected:
     std::map<std::pair<std::string, std::string>, std::string> Values;
 };
 

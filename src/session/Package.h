@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// Instrument packages: a zip archive with a properties file and the definitions of instruments that
+// work together. This room reads one; CPackageList keeps those of the session. Called on the thread
+// that commands the document, without the document's lock: messages may be shown.
+#pragma once
+
+#include "base/MessageSink.h"
+#include "instrument/Instrument.h"
+#include "session/UserService.h"
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace qor {
+
+/// What the operator sets for a package in the session; not in the package file.
+struct PackageSettings {
+    bool UseDefSalinity = false;       ///< scattering starts from DefaultSalinity
+    double DefaultSalinity = 35.0;     ///< practical salinity
+    double SaturationIrradiance = 0.0; ///< Ek, umol photons m^-2 s^-1; 0 = not set
+    double AttenuationWindow = 5.0;    ///< m of depth over which K is taken
+};
+
+/// The keys of "Properties.txt".
+struct PackageProperties {
+    std::string name;
+    std::string baudRate = "19200";
+    bool baudRateFound = false;
+};
+
+/// Reads the lines of "Properties.txt".
+PackageProperties ParseProperties(std::string_view text);
+
+/// A definition of the package that was loaded.
+struct PackageMember {
+    std::string name; ///< the member's name in the archive
+    std::unique_ptr<CInstrument> instrument;
+};
+
+/// What reading a package gave.
+struct LoadedPackage {
+    bool ok = false; ///< the properties could be read and some instrument was loaded
+    std::string path;
+    std::string name;
+    std::string baudRate = "19200";
+    std::vector<std::string> messages;  ///< shown to the operator, in order
+    std::vector<PackageMember> members; ///< in archive order; refused members are not among them
+};
+
+/// Bounds of what a package may hold, tested before anything is inflated.
+struct PackageLimits {
+    static constexpr std::uint64_t ArchiveBytes = 64U << 20;
+    static constexpr std::size_t Members = 1024;
+    static constexpr std::uint64_t DirectoryBytes = 2U << 20; ///< the archive's own directory
+    static constexpr std::uint64_t PropertiesBytes = 1U << 20;
+    static constexpr std::uint64_t DefinitionBytes = 16U << 20;
+    static constexpr std::uint64_t AllDefinitionsBytes = 32U << 20;
+    /// Bytes of all definitions outside of comments: what loading them takes memory for.
+    static constexpr std::uint64_t AllContentBytes = 2U << 20;
+    static constexpr std::uint64_t LineBytes = 1U << 20;
+};
+
+/// Reads a package file: shows the messages to the user, sends the parse logs of definitions that
+/// fail to the sink. Definitions are loaded as they are inflated; nothing is written to the disk.
+LoadedPackage LoadPackage(const std::string& path, CUserService& user, CMessageSink& sink);
+
+} // namespace qor

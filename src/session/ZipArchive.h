@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// Reading zip archives that nobody vouches for. The archive is held in memory, its directory is
+// bounded before the zip library sees it, and members are handed out in small pieces, never more
+// than they declare. It writes nothing and judges no names: that is its caller's business.
+#pragma once
+
+#include "base/Bytes.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace qor {
+
+enum class [[nodiscard]] ArchiveStatus : std::uint8_t{
+    Good,
+    CannotOpen,     ///< no such file, not an archive, damaged, or put together to deceive
+    TooLarge,       ///< the file or its directory is beyond the limit
+    TooManyMembers, ///< beyond the limit
+};
+
+struct ArchiveLimits {
+    std::uint64_t fileBytes = 0;
+    std::uint64_t directoryBytes = 0;
+    std::size_t members = 0;
+};
+
+struct ArchiveMember {
+    std::string name;             ///< bytes as stored
+    std::uint64_t size = 0;       ///< as declared
+    std::uint64_t packedSize = 0; ///< as declared
+    bool readable = false;        ///< sizes declared, not encrypted, stored or deflated
+};
+
+class CZipArchive {
+  public:
+    CZipArchive();
+    ~CZipArchive();
+    CZipArchive(const CZipArchive&) = delete;
+    CZipArchive& operator=(const CZipArchive&) = delete;
+
+    ArchiveStatus Open(const std::string& path, const ArchiveLimits& limits);
+    /// The same over bytes that are already in memory.
+    ArchiveStatus OpenBytes(std::vector<std::uint8_t> bytes, const ArchiveLimits& limits);
+
+    /// In archive order.
+    const std::vector<ArchiveMember>& Members() const { return List; }
+
+    /// Takes a piece of a member; false stops the extraction.
+    using Taker = std::function<bool(ByteSpan)>;
+
+    /// Hands a readable member to `take` in pieces. False when the data are damaged, do not match
+    /// the checksum, are more or less than declared, or were not taken.
+    bool Extract(std::size_t index, const Taker& take);
+
+  private:
+    ArchiveStatus OpenHeld(const ArchiveLimits& limits);
+
+    struct Library;
+    std::vector<std::uint8_t> Bytes;
+    std::unique_ptr<Library> Zip;
+    std::vector<ArchiveMember> List;
+};
+
+} // namespace qor
