@@ -1,0 +1,166 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// The ancillary display of one instrument: which sensors have a row, and the text and colours of
+// the cells.
+#include "views/AncView.h"
+
+#include "base/Text.h"
+#include "instrument/FieldText.h"
+
+namespace qor {
+
+namespace {
+
+constexpr const char* WindowName = "Ancillary View";
+constexpr const char* SectionName = "\\Ancillary";
+constexpr int TimeDecimals = 2;
+constexpr int ValueDecimals = 4;
+
+/// The role sensors as the frame checks recognise them, whether they are checked or not.
+CFrameChecks RolesOf(const CInstrument& instrument) {
+    struct CIgnoringSink : CMessageSink {
+        void Report(std::string) override {}
+    } ignored; // a missing role sensor has been reported when the session's own checks were set up
+    CFrameChecks roles;
+    roles.SetUp(instrument, instrument.Name(), {}, ignored);
+    return roles;
+}
+
+bool HasSensorRow(const CSensor& sensor, const CFrameChecks& roles) {
+    return sensor.Fit != FitType::NONE && sensor.Fit != FitType::DELIMITER &&
+           !IsOptic(sensor.Fit) && sensor.Index != roles.CounterIndex &&
+           sensor.Index != roles.ChecksumIndex;
+}
+
+FieldView ViewOf(int viewType) {
+    return viewType == 1   ? FieldView::RawCounts
+           : viewType == 2 ? FieldView::HexCounts
+                           : FieldView::Calibrated;
+}
+
+} // namespace
+
+bool CAncViewSettings::Save(CProfileStore& store, const std::string& prefix) const {
+    if (prefix.empty())
+        return false;
+    const std::string section = prefix + SectionName;
+    store.WriteInteger(section, "XPosition", XPosition);
+    store.WriteInteger(section, "YPosition", YPosition);
+    store.WriteInteger(section, "ShowCmd", ShowCmd);
+    store.WriteInteger(section, "ViewType", ViewType);
+    store.WriteInteger(section, "PageIndex", PageIndex);
+    SaveRanges(store, section, "TiltWarnings", TiltWarnings);
+    return true;
+}
+
+bool CAncViewSettings::Load(const CProfileStore& store, const std::string& prefix) {
+    if (prefix.empty())
+        return false;
+    const std::string section = prefix + SectionName;
+    LoadInteger(store, section, "XPosition", XPosition);
+    LoadInteger(store, section, "YPosition", YPosition);
+    LoadInteger(store, section, "ShowCmd", ShowCmd);
+    LoadInteger(store, section, "ViewType", ViewType);
+    LoadInteger(store, section, "PageIndex", PageIndex);
+    LoadRanges(store, section, "TiltWarnings", TiltWarnings);
+    return true;
+}
+
+CAncViewDlg::CAncViewDlg(CUserService& user, bool alarmSound) : User(user) {
+    Signal.sound = alarmSound;
+}
+
+void CAncViewDlg::Initialise(const CQorViewIns& instrument, int packageIndex, int instrumentIndex) {
+    Package = packageIndex;
+    Instrument = instrumentIndex;
+    LastFrame = -1;
+    Signal.blinkPhase = false;
+    Visible = {};
+    const std::string title = instrument.Title.empty()
+                                  ? WindowName
+                                  : Format("%s - %s", WindowName, instrument.Title.c_str());
+    Sensors = {title, {}};
+    Derived = {title, {}};
+    BuildSensorPage(instrument);
+    Products = CInstrumentRows(instrument);
+    for (const DerivedRow& row : Products.Rows())
+        Derived.rows.push_back({row.label, row.units, {}});
+}
+
+void CAncViewDlg::BuildSensorPage(const CQorViewIns& instrument) {
+    const CInstrument& definition = instrument.Definition();
+    const CFrameChecks roles = RolesOf(definition);
+    const CSensor* timer = definition.NextSensor("TIMER");
+    const CSensor* strain = definition.NextSensor("STRAIN");
+    SensorRows.clear();
+    for (const CSensor& sensor : definition.Sensors()) {
+        if (!HasSensorRow(sensor, roles))
+            continue;
+        const bool fewDecimals = &sensor == timer || &sensor == strain;
+        SensorRows.push_back({sensor.Index, fewDecimals ? TimeDecimals : ValueDecimals});
+        Sensors.rows.push_back(
+            {SensorName(sensor), sensor.Units.empty() ? "" : "(" + sensor.Units + ")", {}});
+    }
+}
+
+int CAncViewDlg::Update(const CQorViewIns* instrument) {
+    if (!instrument || !instrument->CurrentFrame() || instrument->FrameNumber() == LastFrame)
+        return 0;
+    LastFrame = instrument->FrameNumber();
+    if (Settings.PageIndex == CAncViewSettings::SensorPage)
+        UpdateSensorPage(*instrument);
+    if (Settings.PageIndex == CAncViewSettings::DerivedPage)
+        UpdateDerivedPage(*instrument);
+    return 1;
+}
+
+void CAncViewDlg::UpdateSensorPage(const CQorViewIns& instrument) {
+    const FieldView view = ViewOf(Settings.ViewType);
+    for (std::size_t i = Visible.first; i < Sensors.rows.size() && Visible.Contains(i); ++i) {
+        const CSensor* sensor = instrument.Definition().Sensor(SensorRows[i].sensor);
+        if (!sensor)
+            continue;
+        // A failure leaves the text of its status in the cell.
+        static_cast<void>(FormatField(*sensor, instrument.CurrentFrame()->Span(),
+                                      instrument.Immersed, view, SensorRows[i].decimals,
+                                      Sensors.rows[i].value.text));
+    }
+}
+
+void CAncViewDlg::UpdateDerivedPage(const CQorViewIns& instrument) {
+    Signal.blinkPhase = !Signal.blinkPhase;
+    const std::vector<DerivedRow>& products = Products.Compute(instrument);
+    for (std::size_t i = Visible.first; i < products.size() && Visible.Contains(i); ++i) {
+        GridCell& cell = Derived.rows[i].value;
+        cell.text = DerivedText(products[i]);
+        if (products[i].kind == ANCDATATYPE::Tilt && products[i].value)
+            PaintWatched(Settings.TiltWarnings, *products[i].value, Signal, User, cell);
+    }
+}
+
+void CAncViewDlg::SetPage(int pageIndex) {
+    Settings.PageIndex = pageIndex;
+    LastFrame = -1;
+}
+
+void CAncViewDlg::SetViewType(int viewType) {
+    Settings.ViewType = viewType;
+    LastFrame = -1;
+}
+
+void CAncViewDlg::SetVisibleRows(VisibleRows rows) {
+    Visible = rows;
+    LastFrame = -1;
+}
+
+const GridPage& CAncViewDlg::Page() const {
+    return Settings.PageIndex == CAncViewSettings::DerivedPage ? Derived : Sensors;
+}
+
+WarningRanges* CAncViewDlg::RangesOfRow(std::size_t row) {
+    const bool watched =
+        row < Products.Rows().size() && Products.Rows()[row].kind == ANCDATATYPE::Tilt;
+    return watched ? &Settings.TiltWarnings : nullptr;
+}
+
+} // namespace qor

@@ -1,0 +1,247 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// The optical systems reality check: settings, selectors, charts, and how it is opened.
+#include "views/RealityCheck.h"
+
+#include "base/Text.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace qor {
+
+namespace {
+
+constexpr const char* Section = "OSRC";
+constexpr std::int64_t NoFrame = -1;
+constexpr std::int64_t NothingDrawn = -2; ///< as the last frame: draw at the next update
+constexpr const char* ComparisonTitle = "DUT/REF Normalized [%]";
+
+struct IntegerSetting {
+    const char* key;
+    int COSRCViewSettings::*field;
+};
+
+constexpr IntegerSetting IntegerSettings[] = {
+    {"XPosition", &COSRCViewSettings::XPosition},
+    {"YPosition", &COSRCViewSettings::YPosition},
+    {"Width", &COSRCViewSettings::Width},
+    {"Height", &COSRCViewSettings::Height},
+    {"ShowCmd", &COSRCViewSettings::ShowCmd},
+    {"REFEnabled", &COSRCViewSettings::REFEnabled},
+    {"DUTEnabled", &COSRCViewSettings::DUTEnabled},
+    {"DREnabled", &COSRCViewSettings::DREnabled},
+    {"REFSelection", &COSRCViewSettings::REFSelection},
+    {"DUTSelection", &COSRCViewSettings::DUTSelection},
+};
+
+constexpr int COSRCViewSettings::*Switches[] = {
+    &COSRCViewSettings::REFEnabled, &COSRCViewSettings::DUTEnabled, &COSRCViewSettings::DREnabled};
+
+constexpr OsrcDisplay Displays[] = {OsrcDisplay::Reference, OsrcDisplay::DeviceUnderTest,
+                                    OsrcDisplay::Comparison};
+
+std::size_t PlaceOf(OsrcDisplay display) {
+    return static_cast<std::size_t>(display);
+}
+
+} // namespace
+
+void COSRCViewSettings::Save(CProfileStore& store) const {
+    for (const IntegerSetting& setting : IntegerSettings)
+        store.WriteInteger(Section, setting.key, this->*setting.field);
+    store.WriteText(Section, "MaxValues",
+                    Format("%04.4f %04.4f %04.4f", MaxValues[0], MaxValues[1], MaxValues[2]));
+}
+
+void COSRCViewSettings::Load(const CProfileStore& store) {
+    constexpr int Absent = -1;
+    for (const IntegerSetting& setting : IntegerSettings) {
+        const int stored = store.ReadInteger(Section, setting.key, Absent);
+        if (stored != Absent)
+            this->*setting.field = stored;
+    }
+    const std::string text = store.ReadText(Section, "MaxValues");
+    std::string_view left = text;
+    for (double& limit : MaxValues) {
+        left = TrimLeft(left);
+        const std::string_view word = left.substr(0, left.find(' '));
+        left.remove_prefix(word.size());
+        const std::optional<double> number = WholeNumber(word);
+        if (number && std::isfinite(*number))
+            limit = *number;
+    }
+}
+
+bool COSRCViewSettings::Enabled(OsrcDisplay display) const {
+    return this->*Switches[PlaceOf(display)] != 0;
+}
+
+std::optional<OsrcDisplay> COSRCViewSettings::Leading() const {
+    for (const OsrcDisplay display : Displays)
+        if (Enabled(display))
+            return display;
+    return {};
+}
+
+ValueRange WidenedRange(ValueRange range) {
+    if (!(range.upper > range.lower))
+        range.upper = range.lower + 100.0;
+    return range;
+}
+
+bool COSRCViewDlg::Initialise(const CQorViewIns& dut, const CQorViewIns& reference,
+                              CMessageSink& sink) {
+    DutSeries = SeriesOf(dut.Definition());
+    ReferenceSeries = SeriesOf(reference.Definition());
+    LastDutFrame = LastReferenceFrame = NoFrame;
+    for (const auto& [series, instrument] :
+         {std::pair{&DutSeries, &dut}, std::pair{&ReferenceSeries, &reference}})
+        if (series->empty()) {
+            sink.Report(Format("Cannot initialize Optical Systems Reality Check.\r\n"
+                               "\tThe instrument %s has no optical sensors.\r\n",
+                               instrument->Name().c_str()));
+            return false;
+        }
+    return true;
+}
+
+const std::vector<OpticalSeries>& COSRCViewDlg::SeriesFor(OsrcDisplay display) const {
+    return display == OsrcDisplay::Reference ? ReferenceSeries : DutSeries;
+}
+
+int& COSRCViewDlg::SelectionFor(OsrcDisplay display) {
+    return display == OsrcDisplay::Reference ? Settings.REFSelection : Settings.DUTSelection;
+}
+
+/// A stored selection may be of another instrument: what is out of range means the first series.
+const OpticalSeries& COSRCViewDlg::Chosen(OsrcDisplay display) const {
+    const auto& series = SeriesFor(display);
+    const int index =
+        display == OsrcDisplay::Reference ? Settings.REFSelection : Settings.DUTSelection;
+    const bool inRange = index >= 0 && static_cast<std::size_t>(index) < series.size();
+    return series[inRange ? static_cast<std::size_t>(index) : 0];
+}
+
+int COSRCViewDlg::Update(const CQorViewIns* dut, const CQorViewIns* reference) {
+    if (!dut || !reference || DutSeries.empty() || ReferenceSeries.empty())
+        return 0;
+    const std::int64_t dutFrame = dut->CurrentFrame() ? dut->FrameNumber() : NoFrame;
+    const std::int64_t referenceFrame =
+        reference->CurrentFrame() ? reference->FrameNumber() : NoFrame;
+    if (dutFrame == LastDutFrame && referenceFrame == LastReferenceFrame)
+        return 0;
+    LastDutFrame = dutFrame;
+    LastReferenceFrame = referenceFrame;
+    for (const OsrcDisplay display : Displays)
+        Draw(display, *dut, *reference);
+    return 1;
+}
+
+void COSRCViewDlg::Draw(OsrcDisplay display, const CQorViewIns& dut, const CQorViewIns& reference) {
+    PlotPage& page = Pages[PlaceOf(display)];
+    page.curves.clear();
+    if (!Settings.Enabled(display))
+        return;
+    const OpticalSeries& series = Chosen(display);
+    const char *type = series.type.c_str(), *units = series.units.c_str();
+    page.title = display == OsrcDisplay::Comparison  ? ComparisonTitle
+                 : display == OsrcDisplay::Reference ? Format("REF: %s [%s]", type, units)
+                                                     : Format("DUT: %s [%s]", type, units);
+    page.xLabel = "Wavelength [nm]";
+    page.yLabel = display == OsrcDisplay::Comparison ? "%" : series.units;
+
+    const double limit = Settings.MaxValues[PlaceOf(display)];
+    // Decided: spectra begin at 0; the deviation may fall to either side by as much.
+    const double lower = display == OsrcDisplay::Comparison ? -std::fabs(limit) : 0.0;
+    const ValueRange range = WidenedRange({lower, limit});
+    page.yMinimum = range.lower;
+    page.yMaximum = range.upper;
+
+    PlotCurve curve;
+    curve.title = page.title;
+    if (display == OsrcDisplay::Comparison) {
+        for (const ComparisonPoint& point : CompareSpectra(
+                 SpectrumOf(dut, series), SpectrumOf(reference, Chosen(OsrcDisplay::Reference)))) {
+            const double percent = point.percent.value_or(0.0);
+            // Unmatched channels keep their place and are marked; so are those over a reference of
+            // 0.
+            curve.points.push_back(
+                {point.wavelength, percent, point.percent.has_value() && std::isfinite(percent)});
+        }
+    } else {
+        const CQorViewIns& shown = display == OsrcDisplay::Reference ? reference : dut;
+        for (const SpectrumPoint& point : SpectrumOf(shown, series))
+            curve.points.push_back({point.wavelength, point.value, true});
+    }
+    page.curves.push_back(std::move(curve));
+}
+
+void COSRCViewDlg::Enable(OsrcDisplay display, bool on) {
+    Settings.*Switches[PlaceOf(display)] = on ? 1 : 0;
+    LastDutFrame = LastReferenceFrame = NothingDrawn;
+}
+
+std::vector<std::string> COSRCViewDlg::SelectorEntries() const {
+    std::vector<std::string> entries;
+    if (const auto leading = Settings.Leading())
+        for (const OpticalSeries& series : SeriesFor(*leading))
+            entries.push_back(Format("%s [%s]", series.type.c_str(), series.units.c_str()));
+    return entries;
+}
+
+int COSRCViewDlg::Selection() const {
+    const auto leading = Settings.Leading();
+    if (!leading)
+        return -1;
+    return static_cast<int>(&Chosen(*leading) - SeriesFor(*leading).data());
+}
+
+void COSRCViewDlg::Select(int index) {
+    const auto leading = Settings.Leading();
+    if (!leading || index < 0 || static_cast<std::size_t>(index) >= SeriesFor(*leading).size())
+        return;
+    SelectionFor(*leading) = index;
+    LastDutFrame = LastReferenceFrame = NothingDrawn;
+}
+
+std::string COSRCViewDlg::LimitText() const {
+    const auto leading = Settings.Leading();
+    return leading ? Format("%.4g", Settings.MaxValues[PlaceOf(*leading)]) : std::string();
+}
+
+bool COSRCViewDlg::SetLimit(std::string_view text) {
+    const auto leading = Settings.Leading();
+    const std::optional<double> number = WholeNumber(Trim(text));
+    if (!leading || !number || !std::isfinite(*number))
+        return false;
+    Settings.MaxValues[PlaceOf(*leading)] = *number;
+    LastDutFrame = LastReferenceFrame = NothingDrawn;
+    return true;
+}
+
+COSRCViewDlg* OpenRealityCheck(std::unique_ptr<COSRCViewDlg>& view, const CQorViewIns* dut,
+                               const CQorViewIns* reference, CUserService& user,
+                               CMessageSink& sink) {
+    if (!dut) {
+        user.ShowMessage("Unable to initialize Optical Systems Reality Check.\r\n"
+                         "No DUT instrument has been specified.");
+        return nullptr;
+    }
+    if (!reference) {
+        user.ShowMessage("Unable to initialize Optical Systems Reality Check.\r\n"
+                         "No REFERENCE instrument has been specified.");
+        return nullptr;
+    }
+    if (view)
+        return view.get();
+    view = std::make_unique<COSRCViewDlg>();
+    if (!view->Initialise(*dut, *reference, sink)) {
+        view.reset();
+        user.ShowMessage("Unable to initialize Optical Systems Reality Check.\r\n"
+                         "See the session log for details.");
+    }
+    return view.get();
+}
+
+} // namespace qor

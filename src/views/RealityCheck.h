@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// The optical systems reality check, apart from its window: the spectra of a device under test and
+// of a reference, and the first relative to the second. The comparison is a pure function that the
+// command line uses as well. Displays call it on the user-interface thread under the document's
+// lock.
+#pragma once
+
+#include "base/MessageSink.h"
+#include "session/ProfileStore.h"
+#include "session/UserService.h"
+#include "views/PlotPage.h"
+#include "views/Spectrum.h"
+
+#include <array>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace qor {
+
+/// What the check can show; the numbers are the precedence and the order of the stored limits.
+enum class OsrcDisplay : std::uint8_t { Reference, DeviceUnderTest, Comparison };
+
+/// Kept in the section "OSRC".
+struct COSRCViewSettings {
+    int XPosition = -1; ///< -1: never placed
+    int YPosition = -1;
+    int Width = -1;
+    int Height = -1;
+    int ShowCmd = 1;
+    int REFEnabled = 1;
+    int DUTEnabled = 0;
+    int DREnabled = 0;
+    int REFSelection = 0;
+    int DUTSelection = 0;
+    std::array<double, 3> MaxValues{1.0, 1.0, 10.0}; ///< by OsrcDisplay
+
+    void Save(CProfileStore& store) const;
+    /// Absent keys leave their fields alone.
+    void Load(const CProfileStore& store);
+
+    bool Enabled(OsrcDisplay display) const;
+    /// The display that decides for the selector and the limit field; empty when none is on.
+    std::optional<OsrcDisplay> Leading() const;
+};
+
+struct ValueRange {
+    double lower;
+    double upper;
+};
+
+/// The range as a chart can take it: an upper end not above the lower one becomes lower + 100.
+ValueRange WidenedRange(ValueRange range);
+
+class COSRCViewDlg {
+  public:
+    COSRCViewSettings Settings;
+
+    /// Finds the series of both instruments. False (reported) when one has none.
+    bool Initialise(const CQorViewIns& dut, const CQorViewIns& reference, CMessageSink& sink);
+
+    /// Draws the displays that are on from the current frames. 1 when something was drawn; 0 when
+    /// an instrument is gone (null) or neither has a new frame.
+    int Update(const CQorViewIns* dut, const CQorViewIns* reference);
+
+    /// A display's chart; empty of curves while its switch is off.
+    const PlotPage& Page(OsrcDisplay display) const {
+        return Pages[static_cast<std::size_t>(display)];
+    }
+
+    /// Turns a display on or off; the next update draws it.
+    void Enable(OsrcDisplay display, bool on);
+
+    /// The series selector, of the leading display: its entries (empty: disabled) and its choice.
+    std::vector<std::string> SelectorEntries() const;
+    int Selection() const;
+    void Select(int index);
+
+    /// The limit field, of the leading display; empty: disabled.
+    std::string LimitText() const;
+    /// Takes an edited limit. False when it is no number; then nothing changes.
+    bool SetLimit(std::string_view text);
+
+  private:
+    const std::vector<OpticalSeries>& SeriesFor(OsrcDisplay display) const;
+    int& SelectionFor(OsrcDisplay display);
+    const OpticalSeries& Chosen(OsrcDisplay display) const;
+    void Draw(OsrcDisplay display, const CQorViewIns& dut, const CQorViewIns& reference);
+
+    std::vector<OpticalSeries> DutSeries, ReferenceSeries;
+    std::array<PlotPage, 3> Pages;
+    std::int64_t LastDutFrame = -1, LastReferenceFrame = -1;
+};
+
+/// Opens the check: the window that is there already, or a new one in `view` for the two
+/// instruments (null when nobody has the role). Null when it cannot be opened; the operator was
+/// told.
+COSRCViewDlg* OpenRealityCheck(std::unique_ptr<COSRCViewDlg>& view, const CQorViewIns* dut,
+                               const CQorViewIns* reference, CUserService& user,
+                               CMessageSink& sink);
+
+} // namespace qor

@@ -1,0 +1,152 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "fakes/ScriptedUser.h"
+#include "fakes/ViewedInstrument.h"
+#include "views/AncView.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace qor {
+namespace {
+
+using testing::ElementsAre;
+
+std::vector<std::string> Column(const GridPage& page, std::string GridRow::*column) {
+    std::vector<std::string> texts;
+    for (const GridRow& row : page.rows)
+        texts.push_back(row.*column);
+    return texts;
+}
+
+std::vector<std::string> Values(const GridPage& page) {
+    std::vector<std::string> texts;
+    for (const GridRow& row : page.rows)
+        texts.push_back(row.value.text);
+    return texts;
+}
+
+class AncViewTest : public testing::Test {
+  protected:
+    CViewedInstrument Instrument{
+        {"TIMER NONE sec", "TILT X deg", "TILT Y deg", "STRAIN NONE V", "VOLTAGE 2 ",
+         "ES 500 uW/cm^2/nm"},
+        "SILENT NONE '' 1 BU 0 NONE\nFRAME COUNTER '' 1 BU 0 COUNT\nCHECK SUM '' 1 BU 0 COUNT\n"};
+    CScriptedUser User;
+    CAncViewDlg View{User, true};
+
+    void Send(double timer, double x, double y) {
+        // The three one-byte fields travel in one more number.
+        Instrument.Send({timer, x, y, 2, 3, 100, 0});
+    }
+};
+
+TEST_F(AncViewTest, ShowsTheSensorsThatAreNeitherOpticalNorRoles) {
+    Instrument.Ins().Title = "Profiler 7";
+    View.Initialise(Instrument.Ins(), 1, 2);
+    EXPECT_EQ(View.Page().title, "Ancillary View - Profiler 7");
+    EXPECT_THAT(Column(View.Page(), &GridRow::label),
+                ElementsAre("TIMER", "TILT(X)", "TILT(Y)", "STRAIN", "VOLTAGE(2)"));
+    EXPECT_THAT(Column(View.Page(), &GridRow::units),
+                ElementsAre("(sec)", "(deg)", "(deg)", "(V)", ""));
+    EXPECT_THAT(Column(View.DerivedPage(), &GridRow::label), ElementsAre("TILT", "PAR(0+)"));
+    EXPECT_EQ(View.Update(&Instrument.Ins()), 0);
+    EXPECT_EQ(View.Update(nullptr), 0);
+    Send(1.5, 3, NAN);
+    EXPECT_EQ(View.Update(&Instrument.Ins()), 1);
+    EXPECT_EQ(View.Update(&Instrument.Ins()), 0);
+    EXPECT_THAT(Values(View.Page()),
+                ElementsAre("1.50", "3.0000",
+                            std::string(ConversionStatusText(ConversionStatus::NotFinite)), "2.00",
+                            "3.0000"));
+    View.SetViewType(2);
+    EXPECT_EQ(View.Update(&Instrument.Ins()), 1);
+    EXPECT_NE(Values(View.Page())[0], "1.50");
+}
+
+TEST_F(AncViewTest, RefreshesOnlyVisibleRows) {
+    View.Initialise(Instrument.Ins(), 0, 0);
+    View.SetVisibleRows({1, 2});
+    Send(1, 2, 3);
+    View.Update(&Instrument.Ins());
+    EXPECT_THAT(Values(View.Page()), ElementsAre("", "2.0000", "", "", ""));
+}
+
+TEST_F(AncViewTest, ATiltAlarmBlinksAtEveryUpdateAndParKeepsItsColours) {
+    View.Settings.TiltWarnings.AlarmEnabled = 1;
+    View.Initialise(Instrument.Ins(), 0, 0);
+    View.SetPage(CAncViewSettings::DerivedPage);
+    const GridCell& tilt = View.Page().rows[0].value;
+    std::vector<Colour> backgrounds;
+    for (int i = 0; i < 3; ++i) {
+        Send(0, 50, 0);
+        View.Update(&Instrument.Ins());
+        backgrounds.push_back(tilt.background);
+    }
+    EXPECT_THAT(backgrounds, ElementsAre(Red, Black, Red));
+    EXPECT_EQ(tilt.text, "50.00");
+    EXPECT_EQ(User.Asterisks, 2);
+    EXPECT_EQ(View.Page().rows[1].value.textColour, Yellow);
+    EXPECT_NE(View.Page().rows[1].value.text, "");
+    View.SetAlarmSound(false);
+    Send(0, 45, 0);
+    View.Update(&Instrument.Ins());
+    EXPECT_EQ(tilt.background, Black);
+    EXPECT_EQ(tilt.textColour, Yellow);
+
+    Send(0, 1, NAN);
+    View.Update(&Instrument.Ins());
+    EXPECT_EQ(tilt.text, ConversionStatusText(ConversionStatus::NotFinite));
+    EXPECT_EQ(View.RangesOfRow(0), &View.Settings.TiltWarnings);
+    EXPECT_EQ(View.RangesOfRow(1), nullptr);
+}
+
+TEST(AncView, ShowsNoTiltWithoutBothAxesAndNoParOfAnUnusableInstrument) {
+    CViewedInstrument half({"TILT X deg", "ED 500 uW/cm^2/nm", "ES 500 W/m^2/nm"});
+    CInstrumentRows rows(half.Ins());
+    ASSERT_EQ(rows.Rows().size(), 1u);
+    EXPECT_EQ(rows.Rows()[0].label, "PAR(Z)");
+    half.Ins().Unusable = true;
+    EXPECT_TRUE(CInstrumentRows(half.Ins()).Rows().empty());
+}
+
+TEST(AncView, BothParRowsShowTheSurfaceValue) {
+    CViewedInstrument both(
+        {"ED 400 uW/cm^2/nm", "ED 700 uW/cm^2/nm", "ES 400 uW/cm^2/nm", "ES 700 uW/cm^2/nm"});
+    both.Send({1, 1, 10, 10});
+    CInstrumentRows rows(both.Ins());
+    const auto& list = rows.Compute(both.Ins());
+    EXPECT_EQ(list[0].value, list[1].value);
+    // Two points of 10 over half of the band each.
+    EXPECT_NEAR(*list[0].value, 10 * (400 + 700) * 150 / 11968.725, 1e-9);
+}
+
+TEST(AncViewSettings, AreKeptByKeyAndAbsentKeysChangeNothing) {
+    CMemoryProfileStore store;
+    CAncViewSettings settings;
+    EXPECT_TRUE(settings.Load(store, "View1"));
+    EXPECT_EQ(settings.XPosition, -1);
+    EXPECT_EQ(settings.PageIndex, 1);
+    EXPECT_FALSE(settings.Load(store, ""));
+    settings.XPosition = 12;
+    settings.ViewType = 2;
+    settings.PageIndex = 0;
+    settings.TiltWarnings.AlarmEnabled = 1;
+    settings.Save(store, "View1");
+    const std::string section = "View1\\Ancillary";
+    EXPECT_EQ(store.ReadText(section, "TiltWarnings"),
+              "000020.00 000045.00 000045.00 000180.00 0 1");
+    EXPECT_EQ(store.ReadInteger(section, "YPosition", 5), -1);
+    CAncViewSettings loaded;
+    loaded.YPosition = 3;
+    EXPECT_TRUE(loaded.Load(store, "View1"));
+    EXPECT_EQ(loaded.XPosition, 12);
+    EXPECT_EQ(loaded.YPosition, 3); // a stored -1 reads like an absent key
+    EXPECT_EQ(loaded.ViewType, 2);
+    EXPECT_EQ(loaded.PageIndex, 0);
+    EXPECT_EQ(loaded.TiltWarnings, settings.TiltWarnings);
+}
+
+} // namespace
+} // namespace qor

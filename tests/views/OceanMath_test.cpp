@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "views/Attenuation.h"
+#include "views/OceanMath.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace qor {
+namespace {
+
+TEST(OceanMath, TiltIsSymmetricAndNeverNegative) {
+    EXPECT_EQ(TiltDegrees(0, 0), 0.0);
+    EXPECT_NEAR(TiltDegrees(30, 40), 45.52620835436852, 1e-12);
+    EXPECT_NEAR(TiltDegrees(-3, 4), 4.994169393304228, 1e-12);
+    EXPECT_EQ(TiltDegrees(-3, 4), TiltDegrees(4, 3));
+}
+
+TEST(OceanMath, SalinityAgreesWithTheCheckValuesOfTheScale) {
+    constexpr double Standard = 42.914; // mS/cm
+    EXPECT_NEAR(PracticalSalinity(Standard, 15, 0), 35.0, 1e-6);
+    EXPECT_NEAR(PracticalSalinity(1.2 * Standard, 20, 2000), 37.245628, 1e-6);
+    EXPECT_NEAR(PracticalSalinity(0.65 * Standard, 5, 1500), 27.995347, 1e-6);
+}
+
+TEST(OceanMath, SalinityThatIsNotFiniteIsZero) {
+    EXPECT_EQ(PracticalSalinity(-1, 15, 0), 0.0);
+    EXPECT_EQ(PracticalSalinity(NAN, 15, 0), 0.0);
+    EXPECT_EQ(PracticalSalinity(INFINITY, 15, 0), 0.0);
+}
+
+TEST(OceanMath, ScatteringUsesBothExponents) {
+    EXPECT_NEAR(SeawaterScattering(500, 0),
+                1.38e-4 * (1 + 0.8348623853211009 * 0.20610734567297942), 1e-17);
+    EXPECT_NEAR(SeawaterScattering(500, 37) / SeawaterScattering(500, 0), 1.3, 1e-12);
+    EXPECT_NEAR(SeawaterScattering(470, 35) / SeawaterScattering(500, 35), std::pow(0.94, -4.23),
+                1e-12);
+    EXPECT_NEAR(WaterBackscattering(470) / WaterBackscattering(500), std::pow(0.94, -4.24), 1e-12);
+    EXPECT_EQ(WaterBackscattering(500), 0.0014654);
+    EXPECT_EQ(ParticulateBackscattering(1.0), 6.911503720000001);
+}
+
+/// A display over a descent: pressures arrive, velocities come out.
+struct Descent {
+    VelocityState& shared;
+    PressureHistory history{};
+    double Pass(double pressure, std::optional<double> timer, std::uint32_t frame = 0) {
+        if (PressureMoved(history, pressure))
+            ComputeVelocity(history, shared, pressure, timer, frame, 4.0);
+        return shared.velocity;
+    }
+};
+
+TEST(OceanMath, VelocityWaitsForAQuarterOfAUnit) {
+    VelocityState shared;
+    Descent descent{shared};
+    EXPECT_EQ(descent.Pass(10.0, 100.0), 0.0);
+    EXPECT_EQ(descent.Pass(10.2, 190.0), 0.0);   // however much time passes
+    EXPECT_EQ(descent.Pass(10.25, 200.0), 0.25); // the first one takes one second
+    EXPECT_EQ(descent.Pass(11.25, 202.0), 0.5);
+    EXPECT_EQ(descent.Pass(11.0, 203.0), -0.25);
+}
+
+TEST(OceanMath, VelocityCountsFramesWhereThereIsNoTimer) {
+    VelocityState shared;
+    Descent descent{shared};
+    descent.Pass(1.0, {}, 1);
+    EXPECT_EQ(descent.Pass(2.0, {}, 5), 1.0);
+    EXPECT_EQ(descent.Pass(4.0, {}, 13), 1.0); // 8 frames at 4 Hz
+}
+
+TEST(OceanMath, TwoDisplaysShareTheVelocity) {
+    VelocityState shared;
+    Descent first{shared}, second{shared};
+    first.Pass(1.0, 0.0);
+    first.Pass(3.0, 1.0);
+    EXPECT_EQ(second.Pass(3.0, 1.0), 2.0);
+    // The same frame seen by both: no time lies between, so the velocity stands.
+    EXPECT_EQ(first.Pass(4.0, 2.0), 1.0);
+    EXPECT_EQ(second.Pass(4.0, 2.0), 1.0);
+    EXPECT_EQ(second.Pass(6.0, 3.0), 2.0);
+}
+
+TEST(Attenuation, IsTheSlopeOverTheWindow) {
+    CAttenuation attenuation;
+    for (int i = 0; i <= 60; ++i) {
+        const double depth = 0.25 * i;
+        // Clear water below 6 m: once the window has left the surface layer only that counts.
+        const double logLight = depth < 6 ? -0.2 * depth : -1.2 - 0.05 * (depth - 6);
+        attenuation.Add(depth, std::exp(logLight), 5.0);
+        EXPECT_EQ(attenuation.Coefficient().has_value(), depth >= 5.0) << depth;
+        if (depth == 5.75) {
+            EXPECT_NEAR(attenuation.Coefficient().value_or(0), 0.2, 1e-12);
+        }
+    }
+    EXPECT_NEAR(attenuation.Coefficient().value_or(0), 0.05, 1e-12);
+}
+
+TEST(Attenuation, PassesOverDarknessAndMissingDepths) {
+    CAttenuation attenuation;
+    for (int i = 0; i <= 10; ++i) {
+        attenuation.Add(i, std::exp(-0.1 * i), 5.0);
+        attenuation.Add(i, 0.0, 5.0);
+        attenuation.Add(i, -1.0, 5.0);
+        attenuation.Add(NAN, 1.0, 5.0);
+    }
+    EXPECT_NEAR(attenuation.Coefficient().value_or(0), 0.1, 1e-12);
+}
+
+TEST(Attenuation, HangingAtOneDepthEmptiesTheWindow) {
+    CAttenuation attenuation;
+    for (int i = 0; i <= 10; ++i)
+        attenuation.Add(i, std::exp(-0.1 * i), 5.0);
+    for (int i = 0; i < 2100; ++i)
+        attenuation.Add(10.0, 0.3, 5.0);
+    EXPECT_FALSE(attenuation.Coefficient());
+}
+
+} // namespace
+} // namespace qor

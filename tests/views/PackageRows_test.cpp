@@ -1,0 +1,207 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "base/Text.h"
+#include "fakes/ScriptedUser.h"
+#include "fakes/ViewedInstrument.h"
+#include "views/PackageRows.h"
+#include "views/PkgAncView.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace qor {
+namespace {
+
+using testing::ElementsAre;
+
+/// A profiler, a radiometer and a reference in one package.
+class PackageRowsTest : public testing::Test {
+  protected:
+    CViewedInstrument Profiler{{"TILT x deg", "TILT Y deg", "PRES NONE dbar", "TIMER NONE sec",
+                                "TEMP AIR C", "TEMPERATURE w C", "COND NONE mS/cm", "CDOM 1 ppb",
+                                "NO3 NONE uM", "BETA NONE x", "BETA 470 x", "VSF 532 x",
+                                "BETA 660 x"}};
+    CViewedInstrument Radiometer{
+        {"ED 400 uW/cm^2/nm", "ED 489 uW/cm^2/nm", "ED 700 uW/cm^2/nm", "LU 520 r"}};
+    CViewedInstrument Surface{{"ES 400 uW/cm^2/nm", "ES 700 uW/cm^2/nm"}};
+    std::vector<const CQorViewIns*> All{&Profiler.Ins(), &Radiometer.Ins(), &Surface.Ins()};
+    PackageSettings Settings;
+    VelocityState Velocity;
+    CPackageRows Rows{All, Settings};
+
+    const DerivedRow& Row(const std::string& label) {
+        for (const DerivedRow& row : Rows.Compute(All, Settings, 0.5, Velocity))
+            if (row.label == label)
+                return row;
+        ADD_FAILURE() << "no row " << label;
+        return Rows.Rows().front();
+    }
+    void Cast(double pressure, double timer) {
+        Profiler.Send({3, 4, pressure, timer, 25, 15, 42.914, 1.5, 7, 0, 0.002, 0.003, 0.004});
+        Radiometer.Send({1, std::exp(-0.1 * pressure), 2, 3});
+    }
+};
+
+TEST_F(PackageRowsTest, StandInDisplayOrderForTheSensorsThatAreThere) {
+    std::vector<std::string> labels, units;
+    for (const DerivedRow& row : Rows.Rows()) {
+        labels.push_back(row.label);
+        units.push_back(row.units);
+    }
+    EXPECT_THAT(labels, ElementsAre("TILT", "DEPTH", "VELOCITY", "T (W)", "SALINITY", "CDOM(1)",
+                                    "[NO3-]", "PAR(Z)", "PAR(0+)", "LIGHT SATURATION", "BETAp(470)",
+                                    "bbp(470)", "bb(470)", "BETAp(532)", "bbp(532)", "bb(532)",
+                                    "K Ed(490)", "K Lu(490)"));
+    EXPECT_THAT(units,
+                ElementsAre("deg", "dbar", "m/s",
+                            "\xB0"
+                            "C",
+                            "psu", "ppb/l", "uMolar", "uMol/m^2/s", "uMol/m^2/s", "%", "1/(m*sr)",
+                            "1/m", "1/m", "1/(m*sr)", "1/m", "1/m", "1/m", "1/m"));
+    EXPECT_TRUE(CPackageRows({}, Settings).Rows().empty());
+}
+
+TEST_F(PackageRowsTest, HaveNoValueBeforeTheInstrumentsFirstFrame) {
+    Settings.UseDefSalinity = true;
+    for (const DerivedRow& row : Rows.Compute(All, Settings, 0, Velocity)) {
+        EXPECT_FALSE(row.value) << row.label;
+        EXPECT_EQ(DerivedText(row), "--");
+    }
+}
+
+TEST_F(PackageRowsTest, ComputeFromTheLatestFrames) {
+    Cast(10, 100);
+    EXPECT_EQ(Row("DEPTH").value, 9.5);
+    EXPECT_EQ(Row("T (W)").value, 15.0);
+    EXPECT_NEAR(Row("SALINITY").value.value_or(0), PracticalSalinity(42.914, 15, 10), 1e-12);
+    EXPECT_EQ(Row("VELOCITY").value, 0.0);
+    EXPECT_FALSE(Row("LIGHT SATURATION").value);
+    EXPECT_FALSE(Row("PAR(0+)").value);
+    Settings.SaturationIrradiance = 100;
+    const double par = Row("PAR(Z)").value.value_or(0);
+    EXPECT_GT(par, 0);
+    EXPECT_EQ(Row("LIGHT SATURATION").value, 100 * std::tanh(par / 100));
+
+    const double salinity = *Row("SALINITY").value;
+    const double beta = 0.002 - SeawaterScattering(470, salinity);
+    EXPECT_EQ(Row("BETAp(470)").value, beta);
+    EXPECT_EQ(Row("bbp(470)").value, 6.911503720000001 * beta);
+    EXPECT_EQ(Row("bb(470)").value, 6.911503720000001 * beta + WaterBackscattering(470));
+}
+
+TEST_F(PackageRowsTest, AFailedSensorTakesOnlyItsOwnProductsAlong) {
+    Profiler.Send({3, NAN, 10, 0, 25, 15, NAN, 1.5, 7, 0, 0.002, 0.003, 0.004});
+    for (const char* label : {"TILT", "SALINITY", "BETAp(470)", "bb(532)"})
+        EXPECT_EQ(Row(label).status, ConversionStatus::NotFinite) << label;
+    for (const char* label : {"DEPTH", "T (W)", "CDOM(1)", "[NO3-]"})
+        EXPECT_TRUE(Row(label).value) << label;
+}
+
+TEST_F(PackageRowsTest, AttenuationFollowsTheRadiometersFramesDownTheCast) {
+    for (int i = 0; i <= 20; ++i) {
+        Cast(i, i);
+        Row("K Ed(490)");
+        EXPECT_EQ(Row("K Ed(490)").value.has_value(), i >= 5) << i;
+    }
+    EXPECT_NEAR(Row("K Ed(490)").value.value_or(0), 0.1, 1e-12);
+    EXPECT_EQ(Row("VELOCITY").value, 1.0);
+    EXPECT_FALSE(Row("K Lu(490)").value); // no channel within 10 nm
+}
+
+TEST_F(PackageRowsTest, AnInstrumentThatIsGoneLeavesItsRowsWithoutValues) {
+    Cast(10, 100);
+    All[0] = nullptr;
+    EXPECT_FALSE(Row("DEPTH").value);
+    EXPECT_TRUE(Row("PAR(Z)").value);
+    All.clear();
+    EXPECT_FALSE(Row("PAR(Z)").value);
+}
+
+TEST(PackageRows, ScatteringWithoutSalinitySensorsTakesTheDefaultOrNothing) {
+    CViewedInstrument meter({"BETA 500 x"});
+    const std::vector<const CQorViewIns*> all{&meter.Ins()};
+    PackageSettings settings;
+    VelocityState velocity;
+    meter.Send({0.01});
+    EXPECT_TRUE(CPackageRows(all, settings).LacksSalinity());
+    EXPECT_FALSE(CPackageRows(all, settings).Compute(all, settings, 0, velocity)[0].value);
+    settings.UseDefSalinity = true;
+    settings.DefaultSalinity = 30;
+    EXPECT_FALSE(CPackageRows(all, settings).LacksSalinity());
+    EXPECT_EQ(CPackageRows(all, settings).Compute(all, settings, 0, velocity)[0].value,
+              0.01 - SeawaterScattering(500, 30));
+
+    CScriptedUser user;
+    CPkgAncViewDlg view(user, velocity, false);
+    view.Initialise("P", all, settings);
+    view.ReportMissingSalinity();
+    EXPECT_TRUE(user.TakeMessages().empty());
+    settings.UseDefSalinity = false;
+    view.Initialise("P", all, settings);
+    view.ReportMissingSalinity();
+    EXPECT_THAT(
+        user.TakeMessages(),
+        ElementsAre("The Instrument Package Ancillary View requires Salinity to calculate "
+                    "BETAp(x), bbp(x) and bb(x).\r\nThe sensors required for calculating "
+                    "Salinity were not found.\r\n\r\nPlease select the Instrument Package's "
+                    "Properties menu to specify a Salinity value."));
+}
+
+TEST_F(PackageRowsTest, TheDisplayWatchesFiveRowsAndDrawsAFrameOnce) {
+    CScriptedUser user;
+    CPkgAncViewDlg view(user, Velocity, true);
+    view.Settings.DepthWarnings.AlarmEnabled = 1;
+    view.Initialise("Cast", All, Settings);
+    EXPECT_EQ(view.Page().title, "Package Cast - Ancillary View");
+    EXPECT_EQ(view.Update(All, Settings, 0), 0);
+    Cast(300, 0);
+    EXPECT_EQ(view.Update(All, Settings, 0), 1);
+    EXPECT_EQ(view.Update(All, Settings, 0), 0);
+    EXPECT_EQ(view.Page().rows[1].value, (GridCell{"300.00", Cyan, Red}));
+    EXPECT_EQ(view.Page().rows[0].value.text, "4.99");
+    EXPECT_EQ(view.Page().rows[10].value.text, Format("%.6f", *Row("BETAp(470)").value));
+    EXPECT_EQ(user.Asterisks, 1);
+    Cast(300, 1);
+    view.Update(All, Settings, 0);
+    EXPECT_EQ(view.Page().rows[1].value, (GridCell{"300.00", Cyan, Black}));
+    EXPECT_EQ(user.Asterisks, 1);
+
+    // The radiometer alone has news: that is an update too. Rows out of sight keep what they
+    // showed.
+    view.SetVisibleRows({7, 8});
+    Radiometer.Send({NAN, 1, 1, 1});
+    EXPECT_EQ(view.Update(All, Settings, 0), 1);
+    EXPECT_EQ(view.Page().rows[7].value.text, ConversionStatusText(ConversionStatus::NotFinite));
+    EXPECT_EQ(view.Page().rows[1].value.background, Black);
+    EXPECT_EQ(user.Asterisks, 1);
+
+    for (const std::size_t row : {0, 1, 2, 3, 4})
+        EXPECT_NE(view.RangesOfRow(row), nullptr) << row;
+    EXPECT_EQ(view.RangesOfRow(1), &view.Settings.DepthWarnings);
+    EXPECT_EQ(view.RangesOfRow(5), nullptr);
+    EXPECT_EQ(view.RangesOfRow(99), nullptr);
+}
+
+TEST(PkgAncViewSettings, KeepFiveRangesAndNoPage) {
+    CMemoryProfileStore store;
+    CPkgAncViewSettings settings;
+    EXPECT_FALSE(settings.Save(store, ""));
+    settings.XPosition = 7;
+    settings.SalWarnings.WarnEnabled = 1;
+    EXPECT_TRUE(settings.Save(store, "Package1"));
+    const std::string section = "Package1\\Ancillary";
+    EXPECT_EQ(store.ReadText(section, "VelWarnings"),
+              "000002.00 000004.00 000004.00 000020.00 0 0");
+    EXPECT_EQ(store.ReadText(section, "SalWarnings"),
+              "000036.00 000040.00 000040.00 000100.00 1 0");
+    EXPECT_EQ(store.ReadText(section, "PageIndex"), "");
+    CPkgAncViewSettings loaded;
+    EXPECT_TRUE(loaded.Load(store, "Package1"));
+    EXPECT_EQ(loaded.XPosition, 7);
+    EXPECT_EQ(loaded.SalWarnings, settings.SalWarnings);
+    EXPECT_EQ(loaded.DepthWarnings, (WarningRanges{100, 200, 200, 750, 0, 0}));
+}
+
+} // namespace
+} // namespace qor

@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "fakes/ViewedInstrument.h"
+#include "views/Spectrum.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+namespace qor {
+namespace {
+
+using testing::ElementsAre;
+
+/// Reference values are their wavelengths, so the accepted channel can be read off; -1 = unmatched.
+std::vector<double> Matches(const std::vector<double>& dut, const std::vector<double>& reference) {
+    std::vector<SpectrumPoint> dutPoints, referencePoints;
+    for (const double wavelength : dut)
+        dutPoints.push_back({wavelength, 1.0});
+    for (const double wavelength : reference)
+        referencePoints.push_back({wavelength, wavelength});
+    std::vector<double> matches;
+    for (const ComparisonPoint& point : CompareSpectra(dutPoints, referencePoints))
+        matches.push_back(point.reference.value_or(-1));
+    return matches;
+}
+
+TEST(Spectrum, MatchesOnlyStrictlyInsideTheWindow) {
+    EXPECT_THAT(Matches({500}, {498.5, 501.5}), ElementsAre(-1));
+    EXPECT_THAT(Matches({500}, {498.6}), ElementsAre(498.6));
+    EXPECT_THAT(Matches({500}, {501.4}), ElementsAre(501.4));
+    EXPECT_THAT(Matches({500, 510}, {}), ElementsAre(-1, -1));
+}
+
+TEST(Spectrum, ALaterCandidateIsMeasuredAgainstTheOneBefore) {
+    // 499.9 is nearer, but 501.2 lies nearer to 500 than to 499.9.
+    EXPECT_THAT(Matches({500}, {499.9, 501.2}), ElementsAre(501.2));
+    // 500.1 is nearer than 499.8 but no nearer to the channel than to 499.8... it is: accepted.
+    EXPECT_THAT(Matches({500}, {499.8, 500.1}), ElementsAre(500.1));
+    // The second lies nearer to the first than to the channel: the scan stops at the worse one.
+    EXPECT_THAT(Matches({500}, {498.7, 499.2, 500.0}), ElementsAre(498.7));
+    // Behind a point at or beyond the channel nothing is looked at.
+    EXPECT_THAT(Matches({500}, {500.4, 500.45}), ElementsAre(500.4));
+}
+
+TEST(Spectrum, EachChannelGoesOnWhereTheLastOneStopped) {
+    // A point at or beyond its channel stays for the next one; a point before it does not.
+    EXPECT_THAT(Matches({500, 501}, {500.6}), ElementsAre(500.6, 500.6));
+    EXPECT_THAT(Matches({500, 500.5}, {499.9}), ElementsAre(499.9, -1));
+    // The point at which the scan stopped is the next channel's first candidate.
+    EXPECT_THAT(Matches({500, 500.5}, {498.7, 499.2, 500.0}), ElementsAre(498.7, 500.0));
+}
+
+TEST(Spectrum, ThePercentIsTheDeviationAndNothingGuardsAReferenceOfZero) {
+    const std::vector<SpectrumPoint> dut = {{400, 2.0}, {410, 3.0}, {420, 3.0}};
+    const std::vector<SpectrumPoint> reference = {{400, 2.0}, {411, 4.0}, {420, 0.0}};
+    const auto points = CompareSpectra(dut, reference);
+    EXPECT_EQ(points[0].percent, 0.0);
+    EXPECT_EQ(points[1].percent, -25.0);
+    EXPECT_EQ(points[2].percent, std::numeric_limits<double>::infinity());
+}
+
+TEST(Spectrum, ASeriesHoldsTheOpticalChannelsOfOneTypeAndUnits) {
+    CViewedInstrument radiometer(
+        {"TILT X deg", "LU 510 r", "LU 443.5 r", "LU DARK r", "ED 490 i", "LU 443 other"});
+    const auto series = SeriesOf(radiometer.Ins().Definition());
+    ASSERT_EQ(series.size(), 3u);
+    EXPECT_EQ(series[0].type + series[0].units, "LUr");
+    EXPECT_EQ(series[1].type + series[1].units, "EDi");
+    EXPECT_TRUE(SpectrumOf(radiometer.Ins(), series[0]).empty());
+    radiometer.Send({1, 2, 3, 4, 5, 6});
+    const auto spectrum = SpectrumOf(radiometer.Ins(), series[0]);
+    ASSERT_EQ(spectrum.size(), 2u);
+    EXPECT_EQ(spectrum[0].wavelength, 443.5);
+    EXPECT_EQ(spectrum[0].value, 3.0);
+    radiometer.Send({1, 2, NAN, 4, 5, 6});
+    EXPECT_EQ(SpectrumOf(radiometer.Ins(), series[0]).size(), 1u);
+
+    EXPECT_EQ(ChooseSeries(series, ""), 0);
+    EXPECT_EQ(ChooseSeries(series, "ed"), 1);
+    EXPECT_EQ(ChooseSeries(series, "EU"), -1);
+    EXPECT_EQ(ChooseSeries({series[1]}, "LU"), 0);
+    EXPECT_EQ(ChooseSeries({}, ""), -1);
+}
+
+} // namespace
+} // namespace qor

@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "fakes/ScriptedUser.h"
+#include "views/WarningRanges.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace qor {
+namespace {
+
+using testing::ElementsAre;
+
+WarningRanges Parsed(std::string_view text) {
+    WarningRanges ranges{1, 2, 3, 4, 1, 1};
+    ParseWarningRanges(text, ranges);
+    return ranges;
+}
+
+TEST(WarningRanges, AreStoredAtFixedPositions) {
+    const WarningRanges ranges{-5.25, 45, 45.125, 180, 0, 1};
+    const std::string text = FormatWarningRanges(ranges);
+    EXPECT_EQ(text, "-00005.25 000045.00 000045.12 000180.00 0 1");
+    EXPECT_EQ(Parsed(text), (WarningRanges{-5.25, 45, 45.12, 180, 0, 1}));
+    EXPECT_EQ(Parsed(""), (WarningRanges{1, 2, 3, 4, 1, 1}));
+}
+
+TEST(WarningRanges, AreReadByPositionEvenWhereThatMisreads) {
+    // Two numbers of ten characters: what follows has moved by two.
+    EXPECT_EQ(Parsed("1234567.89 1234567.89 000045.00 000180.00 1 1"),
+              (WarningRanges{1234567.89, 1234567.89, 9, 0, 0, 1}));
+    EXPECT_EQ(Parsed("000020.00"), (WarningRanges{20, 0, 0, 0, 0, 0}));
+    EXPECT_EQ(Parsed("nonsense"), (WarningRanges{}));
+}
+
+TEST(WarningRanges, ClassifyTheAlarmFirstAndBoundsAsOutside) {
+    const WarningRanges both{20, 45, 40, 180, 1, 1};
+    const WarningRanges disabled{20, 45, 40, 180, 0, 0};
+    const struct {
+        WarningRanges ranges;
+        double value;
+        WatchState state;
+    } cases[] = {
+        {both, 20, WatchState::Normal},
+        {both, 20.01, WatchState::Warning},
+        {both, 40, WatchState::Warning},
+        {both, 40.01, WatchState::Alarm},
+        {both, 180, WatchState::Normal},
+        {disabled, 100, WatchState::Normal},
+        {{20, 45, 45, 180, 1, 1}, 45, WatchState::Normal},
+    };
+    for (const auto& one : cases)
+        EXPECT_EQ(Classify(one.ranges, one.value), one.state) << one.value;
+}
+
+TEST(WarningRanges, AnAlarmBlinksAndBeepsInTheLitPhase) {
+    const WarningRanges ranges{20, 45, 45, 180, 1, 1};
+    const struct {
+        double value;
+        AlarmSignal signal;
+        Colour background, text;
+        int beeps;
+    } cases[] = {
+        {50, {true, true}, 0x0000FF, 0xFFFF00, 1},  {50, {true, false}, 0x0000FF, 0xFFFF00, 0},
+        {50, {false, true}, 0x000000, 0xFFFF00, 0}, {30, {true, true}, 0x00FFFF, 0x000000, 0},
+        {10, {true, true}, 0x000000, 0x00FFFF, 0},
+    };
+    for (const auto& one : cases) {
+        CScriptedUser user;
+        GridCell cell;
+        PaintWatched(ranges, one.value, one.signal, user, cell);
+        EXPECT_EQ(cell.background, one.background);
+        EXPECT_EQ(cell.textColour, one.text);
+        EXPECT_EQ(user.Asterisks, one.beeps);
+    }
+}
+
+TEST(AncWarningsDialog, RefusesRangesWhoseMinimumIsNotBelowTheMaximum) {
+    constexpr const char* Warning =
+        "The Warning Range minimum value cannot\nbe greater than the maximum value.";
+    constexpr const char* Alarm =
+        "The Alarm Range minimum value cannot be\ngreater than the maximum value.";
+    const struct {
+        const char *warnMin, *warnMax, *alarmMin, *alarmMax;
+        std::vector<std::string> shown;
+    } cases[] = {
+        {"2", "2", "5", "4", {Warning}},
+        {"1", "2", "4", "4", {Alarm}},
+        {"1", "", "4", "5", {Warning}},
+        {" 1.5", "2 deg", "4", "5e1", {}},
+    };
+    for (const auto& one : cases) {
+        WarningRanges ranges{20, 45, 45, 180, 1, 0};
+        CAncWarningsDlg dialog(ranges, "TILT");
+        EXPECT_EQ(dialog.Caption(), "Ancillary Data Alarms -TILT");
+        EXPECT_TRUE(dialog.WarnEnabled && !dialog.AlarmEnabled);
+        dialog.WarnMin = one.warnMin;
+        dialog.WarnMax = one.warnMax;
+        dialog.AlarmMin = one.alarmMin;
+        dialog.AlarmMax = one.alarmMax;
+        CScriptedUser user;
+        const bool accepted = dialog.Accept(user, ranges);
+        EXPECT_EQ(user.TakeMessages(), one.shown);
+        EXPECT_EQ(accepted, one.shown.empty());
+        EXPECT_EQ(ranges, accepted ? (WarningRanges{1.5, 2, 4, 50, 1, 0})
+                                   : (WarningRanges{20, 45, 45, 180, 1, 0}));
+    }
+}
+
+} // namespace
+} // namespace qor
