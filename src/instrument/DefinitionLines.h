@@ -3,6 +3,8 @@
 // Cuts the text of a definition file, which arrives in pieces of any size, into lines, and the
 // lines into tokens. A line that ends in the piece it began in is never copied; of a longer one
 // only what counts is kept, so a comment without end takes no memory. Knows nothing of sensors.
+// Decided: a line ends in LF and the CRs before it, or in the CRs before the file's end; so a file
+// reads the same on every system, also one whose line ends were translated twice.
 #pragma once
 
 #include "base/Text.h"
@@ -38,7 +40,14 @@ class CDefinitionLines {
   private:
     static std::string_view Meaning(std::string_view line) {
         line = TrimLeft(line);
-        return line.substr(0, line.find('#'));
+        const std::size_t comment = line.find('#');
+        return comment == std::string_view::npos ? WithoutLineEnd(line) : line.substr(0, comment);
+    }
+
+    static std::string_view WithoutLineEnd(std::string_view line) {
+        while (line.ends_with('\r'))
+            line.remove_suffix(1);
+        return line;
     }
 
     void Keep(std::string_view part) {
@@ -55,7 +64,7 @@ class CDefinitionLines {
     template <class Take> bool EndLine(std::string_view part, Take&& take) {
         constexpr std::size_t WorthKeeping = 65536;
         Keep(part);
-        const bool goOn = take(std::string_view(Kept));
+        const bool goOn = take(InComment ? std::string_view(Kept) : WithoutLineEnd(Kept));
         Kept.clear();
         if (Kept.capacity() > WorthKeeping)
             Kept.shrink_to_fit();
@@ -69,10 +78,9 @@ class CDefinitionLines {
 };
 
 /// Cuts the next token off the front of the text; empty when there is none left. Tokens are
-/// separated by blanks and tabs, and by CR, so that a file with CR LF line ends reads the same on
-/// every system.
+/// separated by blanks and tabs.
 inline std::string_view NextToken(std::string_view& text) {
-    constexpr auto separates = [](char c) { return c == ' ' || c == '\t' || c == '\r'; };
+    constexpr auto separates = [](char c) { return c == ' ' || c == '\t'; };
     const char* const end = text.data() + text.size();
     const char* first = text.data();
     while (first != end && separates(*first))

@@ -329,15 +329,18 @@ TEST(DefinitionReader, AFrameSizeNeverOverflows) {
 }
 
 TEST(DefinitionReader, LinesMayEndAsTheyLikeAndHoldAnyByte) {
-    const Loaded loaded = Load("\n \t\r\n# only a comment\r\n\v\f " + Fixed +
-                               "A\t1  '' 2 BU\t\t0 COUNT \r\r\n"
-                               "A \0\x1a\xff '' 2 BU 1 POLYU#comment # again\r\n"
-                               "0\t1\r\n"
-                               "A 3 '' 2 BU 0 COUNT"s);
-    EXPECT_EQ(loaded->LinesRead(), 8);
-    EXPECT_EQ(loaded->SensorCount(), 3);
-    EXPECT_EQ(loaded->DiagnosticCount(), 0);
-    EXPECT_EQ(loaded->Sensor(1)->Id, "\0\x1a\xff"s);
+    const std::string text = "\n \t\r\n# only a comment\r\n\v\f " + Fixed +
+                             "A\t1  '' 2 BU\t\t0 COUNT \r\r\n"
+                             "A \0\x1a\r\xff '' 2 BU 1 POLYU#comment # again\r\n"
+                             "0\t1\r\n"
+                             "A 3 '' 2 BU 0 COUNT\r\r"s;
+    for (std::size_t pieceSize : {std::size_t{1}, text.size()}) {
+        const Loaded loaded = Load(text, pieceSize);
+        EXPECT_EQ(loaded->LinesRead(), 8);
+        EXPECT_EQ(loaded->SensorCount(), 3);
+        EXPECT_EQ(loaded->DiagnosticCount(), 0);
+        EXPECT_EQ(loaded->Sensor(1)->Id, "\0\x1a\r\xff"s);
+    }
 }
 
 TEST(DefinitionReader, PiecesOfAnySizeGiveTheSameInstrument) {
