@@ -1,0 +1,185 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// qorview-cli decode: plays raw logs through the acquisition engine and prints every frame with its
+// values.
+#include "cli/Commands.h"
+#include "cli/FrameText.h"
+#include "cli/Playback.h"
+
+#include "base/Text.h"
+
+#include <CLI/CLI.hpp>
+
+#include <map>
+
+namespace qor {
+
+namespace {
+
+enum class DecodeFormat { Csv, Jsonl, None };
+
+struct DecodeOptions {
+    InstrumentOptions instruments;
+    std::vector<std::string> files;
+    DecodeFormat format = DecodeFormat::Csv;
+    std::string output;
+    bool rawCounts = false;
+    bool hex = false;
+    std::uint32_t chunk = 0;
+
+    ValueView View() const {
+        return hex ? ValueView::HexCounts : rawCounts ? ValueView::RawCounts : ValueView::Calibrated;
+    }
+};
+
+/// The CSV tables of a call: one on standard output or in the named file, or one file an instrument.
+class CCsvTables {
+  public:
+    explicit CCsvTables(const DecodeOptions& options) : Options(options) {}
+
+    /// Makes the table of every instrument that has none yet. False when a file cannot be written.
+    bool AddTables(const CPlayback& playback);
+    void WriteFrame(const CQorViewIns& instrument) { Tables.at(&instrument)->WriteFrame(instrument); }
+    /// The next raw log brings instruments of its own: the tables with the same name go on.
+    void NextFile() { Tables.clear(); }
+    bool Good() const;
+    bool Finish();
+
+  private:
+    COutput* OutputFor(const std::string& name, bool only);
+
+    const DecodeOptions& Options;
+    std::map<std::string, std::unique_ptr<COutput>> Outputs; ///< by instrument name
+    std::vector<std::unique_ptr<CFrameCsv>> Owned;
+    std::map<const CQorViewIns*, CFrameCsv*> Tables;
+};
+
+/// An instrument's name as part of a file name.
+std::string FileNameOf(const std::string& instrument) {
+    std::string name = instrument.empty() ? "instrument" : instrument;
+    for (char& c : name)
+        if (!(c >= '0' && c <= '9') && !(ToLower({&c, 1})[0] >= 'a' && ToLower({&c, 1})[0] <= 'z') &&
+            c != '-' && c != '.')
+            c = '_';
+    return name + ".csv";
+}
+
+COutput* CCsvTables::OutputFor(const std::string& name, bool only) {
+    auto output = std::make_unique<COutput>();
+    std::string path = Options.output;
+    if (!only || IsDirectory(path))
+        path += (path.ends_with('/') || path.ends_with(PathSeparator()) ? "" : std::string(1, PathSeparator())) +
+                FileNameOf(name);
+    if (!Options.output.empty() && !output->OpenFile(path))
+        return nullptr;
+    return (Outputs[name] = std::move(output)).get();
+}
+
+bool CCsvTables::AddTables(const CPlayback& playback) {
+    const std::vector<CQorViewIns*>& instruments = playback.Instruments();
+    for (CQorViewIns* instrument : instruments) {
+        auto known = Outputs.find(instrument->Name());
+        COutput* output = known != Outputs.end() ? known->second.get()
+                                                 : OutputFor(instrument->Name(), instruments.size() == 1);
+        if (!output)
+            return false;
+        Owned.push_back(std::make_unique<CFrameCsv>(*output, instrument->Definition(), Options.View()));
+        Tables[instrument] = Owned.back().get();
+        if (known == Outputs.end())
+            Owned.back()->WriteHeader();
+    }
+    return true;
+}
+
+bool CCsvTables::Good() const {
+    for (const auto& [name, output] : Outputs)
+        if (!output->Good())
+            return false;
+    return true;
+}
+
+bool CCsvTables::Finish() {
+    bool well = true;
+    for (const auto& [name, output] : Outputs)
+        well = (output->Flush() || !output->Failed()) && well;
+    return well;
+}
+
+int DecodeToCsv(const DecodeOptions& options, CommandContext& context) {
+    CCsvTables tables(options);
+    bool well = true;
+    for (const std::string& path : options.files) {
+        CPlayback playback(options.chunk);
+        well = playback.Open(path, options.instruments) && well;
+        if (!playback.IsOpen())
+            continue;
+        if (playback.Instruments().size() > 1 && options.output.empty()) {
+            ReportError("several instruments give several tables: name a folder for them with -o DIR.");
+            return ExitBadCall;
+        }
+        if (!tables.AddTables(playback))
+            return ExitFault;
+        well = playback.Play(context, [&](CQorViewIns& instrument, const FrameCheckResult&) {
+            tables.WriteFrame(instrument);
+        }, [&] { return tables.Good(); }) && well;
+        if (context.stop.Requested() || !tables.Good())
+            break;
+        tables.NextFile();
+    }
+    well = tables.Finish() && well;
+    return context.stop.Requested() ? ExitInterrupted : well ? ExitWell : ExitFault;
+}
+
+int DecodeToJson(const DecodeOptions& options, CommandContext& context) {
+    COutput output;
+    if (!options.output.empty() && !output.OpenFile(options.output))
+        return ExitFault;
+    bool print = options.format == DecodeFormat::Jsonl;
+    bool well = true;
+    for (const std::string& path : options.files) {
+        CPlayback playback(options.chunk);
+        well = playback.Open(path, options.instruments) && well;
+        if (!playback.IsOpen())
+            continue;
+        CFrameJson json(output, path, options.View());
+        well = playback.Play(context, [&](CQorViewIns& instrument, const FrameCheckResult& checks) {
+            if (print) {
+                json.BeginFrame(instrument, checks);
+                json.EndFrame();
+            }
+        }, [&] { return output.Good(); }) && well;
+        if (context.stop.Requested() || !output.Good())
+            break;
+    }
+    well = (output.Flush() || !output.Failed()) && well;
+    return context.stop.Requested() ? ExitInterrupted : well ? ExitWell : ExitFault;
+}
+
+} // namespace
+
+void AddDecodeCommand(CLI::App& app, CommandContext& context) {
+    static DecodeOptions options; // one command runs in a process
+    CLI::App* command = app.add_subcommand(
+        "decode", "Play raw logs through the engine and print every frame with its values");
+    AddInstrumentOptions(*command, options.instruments);
+    command
+        ->add_option("--format", options.format, "csv (a table an instrument), jsonl (an object a frame) or none")
+        ->type_name("csv|jsonl|none")
+        ->transform(CLI::CheckedTransformer(std::map<std::string, DecodeFormat>{
+            {"csv", DecodeFormat::Csv}, {"jsonl", DecodeFormat::Jsonl}, {"none", DecodeFormat::None}}));
+    command->add_option("-o,--output", options.output, "File for the results, or the folder for several tables")
+        ->type_name("PATH");
+    command->add_flag("--raw-counts", options.rawCounts, "Raw counts instead of calibrated values");
+    command->add_flag("--hex", options.hex, "Raw counts in hexadecimal");
+    AddChunkOption(*command, options.chunk);
+    command->add_flag("--quiet", context.quiet, "No progress bar");
+    command->add_option("RAW", options.files, "Raw logs, or any captured byte streams")->required();
+    command->callback([&context] {
+        context.body = [&context] {
+            return options.format == DecodeFormat::Csv ? DecodeToCsv(options, context)
+                                                       : DecodeToJson(options, context);
+        };
+    });
+}
+
+} // namespace qor

@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "cli/LiveStatus.h"
+
+#include "base/Text.h"
+#include "cli/Output.h"
+#include "platform/Console.h"
+
+namespace qor {
+
+namespace {
+
+constexpr std::int64_t DrawMilliseconds = 500, SummaryMilliseconds = 60'000;
+
+} // namespace
+
+CLiveStatus::CLiveStatus(const CQorViewDoc& doc, CClock& clock, bool quiet)
+    : Doc(doc), Clock(clock), Quiet(quiet), Terminal(IsTerminal(StandardStream::Error)),
+      Last(clock.MonotonicMilliseconds()), LastFrames(doc.ResourceCount()) {}
+
+CLiveStatus::~CLiveStatus() { Erase(); }
+
+void CLiveStatus::Erase() {
+    for (; LinesOnScreen > 0; --LinesOnScreen)
+        WriteError("\x1b[A\x1b[2K");
+}
+
+std::string CLiveStatus::Line(int resource, double seconds) {
+    ResourceStatus status = Doc.ResourceState(resource);
+    std::uint64_t& last = LastFrames[static_cast<std::size_t>(resource)];
+    double rate = static_cast<double>(status.frames - last) / seconds;
+    last = status.frames;
+    const char* state = status.figures.abortCode != 0 ? "ABORTED"
+                        : !status.figures.connected   ? "not connected"
+                        : status.figures.waiting      ? "waiting"
+                                                      : "reading";
+    return Format("%-16s %-13s %9llu frames %7.1f/s  %llu dropped  %llu checksum errors  %llu bytes discarded",
+                  status.name.c_str(), state, static_cast<unsigned long long>(status.frames), rate,
+                  static_cast<unsigned long long>(status.dropped),
+                  static_cast<unsigned long long>(status.checksumErrors),
+                  static_cast<unsigned long long>(status.figures.bytesDiscarded));
+}
+
+void CLiveStatus::Update() {
+    if (Quiet)
+        return;
+    std::int64_t now = Clock.MonotonicMilliseconds();
+    std::int64_t since = now - Last;
+    if (since < (Terminal ? DrawMilliseconds : SummaryMilliseconds))
+        return;
+    Last = now;
+    auto columns = static_cast<std::size_t>(TerminalColumns(StandardStream::Error));
+    std::string text;
+    int lines = static_cast<int>(Doc.ResourceCount());
+    for (int resource = 0; resource < lines; ++resource) {
+        std::string line = Line(resource, static_cast<double>(since) / 1000.0);
+        text += (Terminal ? line.substr(0, columns - 1) : line) + "\n";
+    }
+    Erase();
+    WriteError(text);
+    if (Terminal)
+        LinesOnScreen = lines;
+}
+
+} // namespace qor

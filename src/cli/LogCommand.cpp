@@ -1,0 +1,330 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// qorview-cli log: a long-running acquisition from serial ports into raw logs. The acquisition loop
+// does the work on its own threads; this thread starts, watches, says what happens, and winds up.
+#include "cli/Commands.h"
+#include "cli/LineText.h"
+#include "cli/LiveStatus.h"
+#include "cli/SessionSetup.h"
+
+#include "base/Text.h"
+#include "cli/Output.h"
+#include "session/AcquisitionLoop.h"
+
+#include <CLI/CLI.hpp>
+
+namespace qor {
+
+namespace {
+
+/// A port of the call and the instruments named behind it.
+struct PortOptions {
+    SerialResourceSettings settings;
+    InstrumentOptions instruments;
+};
+
+struct LogCallOptions {
+    std::vector<std::string> portTexts;
+    InstrumentOptions instruments; ///< definitions and packages of all ports; roles and immersion
+    std::vector<PortOptions> ports;
+    std::string directory = ".";
+    std::string name;
+    std::string sessionLogDirectory;
+    std::string durationText, repeatText;
+    LogOptions log;
+    StationInformation station;
+};
+
+constexpr int WatchMilliseconds = 100;
+constexpr int GpsWaitMilliseconds = 3000;
+
+std::string WithSeparator(std::string directory) {
+    if (!directory.empty() && !directory.ends_with('/') && !directory.ends_with(PathSeparator()))
+        directory += PathSeparator();
+    return directory;
+}
+
+/// Gives each port the definitions and packages that were named behind it, in order. Returns what is
+/// wrong with the call, or nothing.
+std::string AssignToPorts(const CLI::App& command, LogCallOptions& options) {
+    std::size_t port = 0, definition = 0, package = 0;
+    for (const CLI::Option* option : command.parse_order()) {
+        bool isDefinition = option->get_name() == "--definition";
+        bool isPackage = option->get_name() == "--package";
+        if (option->get_name() == "--port") {
+            const std::string& text = options.portTexts[port++];
+            std::optional<SerialResourceSettings> settings = ParsePort(text);
+            if (!settings)
+                return "--port " + text + ": give NAME[:BAUD[:8N1]], for example /dev/ttyUSB0:19200:8N1.";
+            options.ports.push_back({*settings, {}});
+        } else if ((isDefinition || isPackage) && options.ports.empty()) {
+            return "name the --port before the -d and -p files of the instruments on it.";
+        } else if (isDefinition) {
+            options.ports.back().instruments.definitions.push_back(options.instruments.definitions[definition++]);
+        } else if (isPackage) {
+            options.ports.back().instruments.packages.push_back(options.instruments.packages[package++]);
+        }
+    }
+    for (const PortOptions& entry : options.ports)
+        if (entry.instruments.definitions.empty() && entry.instruments.packages.empty())
+            return "--port " + entry.settings.portName + ": name its instruments behind it with -d or -p.";
+    return {};
+}
+
+std::string ReadSpans(LogCallOptions& options) {
+    struct {
+        const char* name;
+        const std::string& text;
+        bool& enabled;
+        LogSpan& span;
+    } spans[] = {{"--duration", options.durationText, options.log.durationEnabled, options.log.duration},
+                 {"--repeat", options.repeatText, options.log.repeatEnabled, options.log.repeatInterval}};
+    for (auto& entry : spans) {
+        if (entry.text.empty())
+            continue;
+        std::optional<LogSpan> span = ParseSpan(entry.text);
+        if (!span)
+            return std::string(entry.name) + " " + entry.text + ": give [HH:]MM:SS, more than zero.";
+        entry.enabled = true;
+        entry.span = *span;
+    }
+    if (options.log.repeatEnabled && !options.log.durationEnabled)
+        return "--repeat needs --duration: the length of each log.";
+    return {};
+}
+
+/// The run of one `log` call.
+class CLogRun {
+  public:
+    CLogRun(LogCallOptions& options, CommandContext& context)
+        : Options(options), Context(context), Document(Clock, MakeSystemSerialPort, User, Profile),
+          Loop(Document) {}
+
+    int Run();
+
+  private:
+    void SetUpDocument();
+    bool SetUpPorts();
+    bool ConnectPorts();
+    void WaitForPosition();
+    void Watch();
+    void NoteAborts(CLiveStatus& status);
+    void Summarise();
+
+    LogCallOptions& Options;
+    CommandContext& Context;
+    CSystemClock Clock;
+    CTerminalUser User;
+    CMemoryProfileStore Profile;
+    CQorViewDoc Document;
+    CAcquisitionLoop Loop;
+    std::vector<std::string> LogFiles;
+    std::vector<bool> Aborted;
+    bool Fault = false;
+};
+
+void CLogRun::SetUpDocument() {
+    Document.SessionLog.KeepText = false;
+    Document.SessionLog.SetFile(
+        true, WithSeparator(Options.sessionLogDirectory.empty() ? Options.directory : Options.sessionLogDirectory));
+    CRecursiveLock lock(Document.DocLock);
+    Document.NoDialogs = true;
+    Document.ExitIfDone = true;
+    Document.Options = Options.log;
+    Document.Station = Options.station;
+    Document.Naming.logDirectory = WithSeparator(Options.directory);
+    Document.Naming.logUserFileName = Options.name;
+    Document.Naming.logNamingMode =
+        Options.name.empty() ? LogNamingMode::TimeStamp : LogNamingMode::UserFileName;
+}
+
+bool CLogRun::SetUpPorts() {
+    bool well = true;
+    for (const PortOptions& port : Options.ports) {
+        CommResult result = CommResult::Success;
+        int resource = Document.AddSerialResource(port.settings, &result);
+        if (resource < 0) {
+            ReportError("--port " + port.settings.portName + ": " + OneLine(CommDetail(result)));
+            well = false;
+            continue;
+        }
+        well = SetUpInstruments(Document, resource, port.instruments) && well;
+    }
+    return ApplyWetAndRoles(Document, Options.instruments) && well;
+}
+
+bool CLogRun::ConnectPorts() {
+    bool any = false;
+    for (std::size_t i = 0; i < Document.ResourceCount(); ++i) {
+        int resource = static_cast<int>(i);
+        CommResult result = Document.ConnectResource(resource);
+        if (result == CommResult::Success) {
+            any = true;
+            continue;
+        }
+        Fault = true;
+        ReportError(Document.ResourceState(resource).name + ": could not be connected (" +
+                    Format("0x%08x", static_cast<unsigned>(result)) +
+                    "). Is it there, not in use, and may you open it? The session log has the details.");
+    }
+    return any;
+}
+
+void CLogRun::WaitForPosition() {
+    std::int64_t until = Clock.MonotonicMilliseconds() + GpsWaitMilliseconds;
+    while (Clock.MonotonicMilliseconds() < until && !Context.stopEvent.Wait(WatchMilliseconds)) {
+        CRecursiveLock lock(Document.DocLock);
+        CQorViewIns* gps = Document.RoleInstrument(InstrumentRole::Gps);
+        if (!gps || gps->CurrentFrame())
+            return;
+    }
+}
+
+void CLogRun::NoteAborts(CLiveStatus& status) {
+    for (std::size_t i = 0; i < Aborted.size(); ++i) {
+        ResourceStatus resource = Document.ResourceState(static_cast<int>(i));
+        if (Aborted[i] || resource.figures.abortCode == 0)
+            continue;
+        Aborted[i] = true;
+        Fault = true;
+        status.Erase();
+        ReportError(resource.name + ": telemetry acquisition aborted (" +
+                    Format("0x%08x", resource.figures.abortCode) +
+                    "); is it still plugged in? The other ports go on.");
+    }
+}
+
+void CLogRun::Watch() {
+    CLiveStatus status(Document, Clock, Context.quiet);
+    Aborted.assign(Document.ResourceCount(), false);
+    while (!Context.stopEvent.Wait(WatchMilliseconds) && !User.CloseRequested.IsSet()) {
+        NoteAborts(status);
+        status.Update();
+        bool connected = false;
+        for (std::size_t i = 0; i < Aborted.size(); ++i)
+            connected = Document.ResourceState(static_cast<int>(i)).figures.connected || connected;
+        if (!connected) {
+            status.Erase();
+            ReportError("no port is connected any more; the run ends.");
+            return;
+        }
+        if (!Document.RawLog.Status().loggingActive) {
+            Fault = true; // an end by time closes the program, this one came by a failure
+            return;
+        }
+    }
+    NoteAborts(status);
+}
+
+void CLogRun::Summarise() {
+    COutput output;
+    for (const std::string& path : LogFiles)
+        output.Text("raw log: " + path + "\n");
+    if (std::string path = Document.SessionLog.FilePath(); !path.empty())
+        output.Text("session log: " + path + "\n");
+    for (const InstrumentFigures& figures : Document.InstrumentFiguresOf(-1))
+        output.Text(Format("%s on %s: %llu frames, %llu dropped, %llu checksum errors\n", figures.name.c_str(),
+                           Document.ResourceState(figures.resource).name.c_str(),
+                           static_cast<unsigned long long>(figures.frames),
+                           static_cast<unsigned long long>(figures.dropped),
+                           static_cast<unsigned long long>(figures.checksumErrors)));
+}
+
+int CLogRun::Run() {
+    SetUpDocument();
+    Document.BeginSession();
+    if (!SetUpPorts())
+        return ExitFault;
+    if (!Loop.Start()) {
+        ReportError("the system has no thread to give; close other programs.");
+        return ExitFault;
+    }
+    Document.SessionLog.OnEntry = [this](const std::string& entry) {
+        constexpr std::string_view begin = "Begin log file: \"";
+        std::size_t start = entry.find(begin);
+        if (start != std::string::npos)
+            LogFiles.push_back(entry.substr(start + begin.size(), entry.rfind('"') - start - begin.size()));
+    };
+    // The log is open before the first byte is read, unless its header needs a position first.
+    bool connected = Options.log.gpsHeaderEnabled && ConnectPorts();
+    if (connected)
+        WaitForPosition();
+    if (!Document.RawLog.BeginLogFile()) {
+        ReportError("the raw log could not be begun in " + Options.directory +
+                    "; choose another -o or --name, or give --overwrite.");
+        Document.DisconnectAll();
+        Loop.Stop();
+        return ExitFault;
+    }
+    if (connected || ConnectPorts())
+        Watch();
+    else
+        ReportError("no port could be connected; nothing was acquired.");
+    Document.DisconnectAll();
+    Document.RawLog.EndLogFile(true);
+    Loop.Stop();
+    Summarise();
+    return Fault ? ExitFault : ExitWell;
+}
+
+int RunLog(const CLI::App& command, LogCallOptions& options, CommandContext& context) {
+    std::string wrong = AssignToPorts(command, options);
+    if (wrong.empty())
+        wrong = ReadSpans(options);
+    if (!wrong.empty()) {
+        ReportError(wrong);
+        return ExitBadCall;
+    }
+    return CLogRun(options, context).Run();
+}
+
+void AddStationOptions(CLI::App& command, StationInformation& station) {
+    struct {
+        const char* name;
+        std::string& value;
+        const char* help;
+    } texts[] = {{"--cruise", station.cruiseId, "Cruise identifier"},
+                 {"--operator", station.operatorName, "Operator"},
+                 {"--latitude", station.latitude, "Latitude"},
+                 {"--longitude", station.longitude, "Longitude"},
+                 {"--zone", station.zone, "Time zone"},
+                 {"--comment", station.comment, "Comment"},
+                 {"--station", station.stationId, "Station identifier"},
+                 {"--cast", station.cast, "Cast"}};
+    for (auto& text : texts)
+        command.add_option(text.name, text.value, std::string(text.help) + " for the log's header")
+            ->type_name("TEXT")
+            ->group("Station");
+}
+
+} // namespace
+
+void AddLogCommand(CLI::App& app, CommandContext& context) {
+    static LogCallOptions options; // one command runs in a process
+    CLI::App* command = app.add_subcommand("log", "Acquire from serial ports and write raw logs");
+    command->add_option("--port", options.portTexts,
+                        "Serial port, followed by the -d and -p files of its instruments (repeatable)")
+        ->type_name("NAME[:BAUD[:8N1]]")
+        ->allow_extra_args(false)
+        ->required();
+    AddInstrumentOptions(*command, options.instruments);
+    command->add_option("-o,--output", options.directory, "Folder of the raw logs (.)")->type_name("DIR");
+    command->add_option("--name", options.name, "Name of the raw log instead of the time it begins")
+        ->type_name("FILE");
+    command->add_option("--session-log", options.sessionLogDirectory, "Folder of the session log (that of the raw logs)")
+        ->type_name("DIR");
+    command->add_option("--duration", options.durationText, "Length of a log")->type_name("[HH:]MM:SS");
+    command->add_option("--repeat", options.repeatText, "Begin another log so long after one has ended")
+        ->type_name("[HH:]MM:SS");
+    command->add_flag("--time-stamps", options.log.timeStampEnabled, "Write a time-stamp sentence a second");
+    command->add_flag("--gps-header", options.log.gpsHeaderEnabled,
+                      "Position and sentence list of the instrument in the gps role in the header");
+    command->add_flag("--overwrite", options.log.overwriteExisting, "Replace an existing log of the same name");
+    command->add_flag("--quiet", context.quiet, "No status lines");
+    AddStationOptions(*command, options.station);
+    command->callback([command, &context] {
+        context.body = [command, &context] { return RunLog(*command, options, context); };
+    });
+}
+
+} // namespace qor

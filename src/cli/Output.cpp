@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "cli/Output.h"
+
+#include "platform/Console.h"
+#include "platform/FileErrorText.h"
+
+namespace qor {
+
+namespace {
+constexpr std::size_t BufferSize = 1 << 18;
+} // namespace
+
+COutput::COutput() : Buffer(BufferSize) {}
+
+COutput::~COutput() { Flush(); }
+
+bool COutput::OpenFile(const std::string& path) {
+    FileCause cause = File.OpenForWriting(path);
+    if (cause == FileCause::None)
+        return true;
+    ReportError(path + ": cannot be written. " + std::string(GetFileErrorText(cause)));
+    Usable = false;
+    WriteFailed = true;
+    return false;
+}
+
+bool COutput::MakeRoom(std::string_view text) {
+    if (!Flush())
+        return false;
+    if (text.size() <= Buffer.size())
+        return true;
+    Write(text);
+    return false;
+}
+
+bool COutput::Flush() {
+    std::size_t size = Used;
+    Used = 0;
+    return size == 0 ? Usable : Write({Buffer.data(), size});
+}
+
+bool COutput::Write(std::string_view bytes) {
+    if (!Usable)
+        return false;
+    if (File.IsOpen()) {
+        FileCause cause = File.Write(AsBytes(bytes));
+        if (cause == FileCause::None)
+            return true;
+        ReportError(File.Path() + ": cannot be written. " + std::string(GetFileErrorText(cause)));
+        WriteFailed = true;
+    } else {
+        StreamWrite result = WriteStream(StandardStream::Output, bytes);
+        if (result == StreamWrite::Done)
+            return true;
+        WriteFailed = result == StreamWrite::Failed;
+        if (WriteFailed)
+            ReportError("standard output cannot be written; is the disk full?");
+    }
+    Usable = false;
+    return false;
+}
+
+void WriteError(std::string_view text) {
+    // A standard error that nobody reads is no reason to stop.
+    [[maybe_unused]] StreamWrite result = WriteStream(StandardStream::Error, text);
+}
+
+void ReportError(const std::string& text) { WriteError("qorview-cli: error: " + text + "\n"); }
+
+void ReportWarning(const std::string& text) { WriteError("qorview-cli: warning: " + text + "\n"); }
+
+} // namespace qor

@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "cli/Playback.h"
+
+#include "cli/Output.h"
+#include "cli/Progress.h"
+
+#include <CLI/CLI.hpp>
+
+namespace qor {
+
+namespace {
+
+/// Large enough that the system calls do not count, small enough to stay in the second-level cache.
+constexpr std::uint32_t FastestChunk = 256 * 1024;
+constexpr std::uint32_t LargestChunk = 64 * 1024 * 1024;
+constexpr std::string_view ReadErrorStart = "Error reading file resource";
+
+} // namespace
+
+CPlayback::CPlayback(std::uint32_t chunk)
+    : Document(Clock, MakeSystemSerialPort, User, Profile), Loop(Document),
+      Chunk(chunk != 0 ? chunk : FastestChunk) {
+    // The log of a playback is kept nowhere: a damaged file reports without end.
+    Document.SessionLog.KeepText = false;
+    Document.SessionLog.OnEntry = [this](const std::string& entry) {
+        std::size_t text = entry.find("> ");
+        if (text == std::string::npos || entry.compare(text + 2, ReadErrorStart.size(), ReadErrorStart) != 0)
+            return;
+        ReportError(OneLine(entry.substr(text + 2)));
+        ReadFailed = true;
+    };
+}
+
+bool CPlayback::Open(const std::string& path, const InstrumentOptions& options) {
+    if (!IsReadable(path))
+        return false;
+    Path = path;
+    CFile file;
+    if (file.OpenForReading(path) == FileCause::None && file.Size(Size) != FileCause::None)
+        Size = 0;
+    FileResourceSettings settings;
+    settings.readChunkSize = Chunk;
+    CommResult result = CommResult::Success;
+    int resource = Document.AddFileResource(path, settings, &result);
+    if (resource < 0) {
+        ReportError(path + ": cannot be played. " + OneLine(CommDetail(result)));
+        return false;
+    }
+    bool well = SetUpInstruments(Document, resource, options);
+    CRecursiveLock lock(Document.DocLock);
+    for (const auto& instrument : Document.Resources[static_cast<std::size_t>(resource)]->Instruments)
+        Named.push_back(instrument.get());
+    if (Named.empty()) {
+        ReportError(path + ": no instrument to decode it with; give its definition with -d FILE.");
+        return false;
+    }
+    Resource = resource;
+    return well;
+}
+
+bool CPlayback::Play(CommandContext& context, const FrameFunction& onFrame,
+                     const std::function<bool()>& goOn) {
+    {
+        CRecursiveLock lock(Document.DocLock);
+        Document.OnFrame = [&](int, CQorViewIns& instrument, const FrameCheckResult& checks) {
+            onFrame(instrument, checks);
+        };
+    }
+    CProgress progress(Path, Size, context.quiet);
+    while (!context.stop.Requested() && goOn() && Loop.PlayBatch(Resource) > 0)
+        progress.Update(Figures().bytesReceived);
+    CRecursiveLock lock(Document.DocLock);
+    Document.OnFrame = nullptr;
+    return !ReadFailed;
+}
+
+void AddChunkOption(CLI::App& command, std::uint32_t& chunk) {
+    command.add_option("--chunk", chunk, "Read size in bytes (2048); the frames are the same for every size")
+        ->type_name("BYTES")
+        ->check(CLI::Range(std::uint32_t{1}, LargestChunk));
+}
+
+} // namespace qor

@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// One raw log played through a document of its own: what decode, compare and info have in common.
+#pragma once
+
+#include "cli/Commands.h"
+#include "cli/SessionSetup.h"
+#include "session/AcquisitionLoop.h"
+
+#include <functional>
+#include <memory>
+
+namespace qor {
+
+class CPlayback {
+  public:
+    /// `chunk` is the read size in bytes, 0 for the one that plays fastest.
+    explicit CPlayback(std::uint32_t chunk);
+
+    /// Opens the file and sets up the instruments. Every fault is reported; false when there was
+    /// one. With a fault in some definition the others still play: see IsOpen.
+    bool Open(const std::string& path, const InstrumentOptions& options);
+    bool IsOpen() const { return Resource >= 0; }
+
+    /// The instruments, in the order in which they were named.
+    const std::vector<CQorViewIns*>& Instruments() const { return Named; }
+    CQorViewDoc& Doc() { return Document; }
+    ResourceFigures Figures() const { return Document.ResourceState(Resource).figures; }
+
+    /// Plays to the end, or until the operator stops it or `goOn` says no (asked once a batch).
+    /// `onFrame` sees every frame. False when reading failed (reported).
+    using FrameFunction = std::function<void(CQorViewIns&, const FrameCheckResult&)>;
+    bool Play(CommandContext& context, const FrameFunction& onFrame, const std::function<bool()>& goOn);
+
+  private:
+    CSystemClock Clock;
+    CTerminalUser User;
+    CMemoryProfileStore Profile;
+    CQorViewDoc Document;
+    CAcquisitionLoop Loop;
+    std::uint32_t Chunk;
+    std::string Path;
+    std::uint64_t Size = 0;
+    int Resource = -1;
+    std::vector<CQorViewIns*> Named;
+    bool ReadFailed = false;
+};
+
+/// Adds --chunk.
+void AddChunkOption(CLI::App& command, std::uint32_t& chunk);
+
+} // namespace qor

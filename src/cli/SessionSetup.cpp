@@ -1,0 +1,150 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "cli/SessionSetup.h"
+
+#include "base/Text.h"
+#include "cli/Output.h"
+#include "platform/Console.h"
+#include "platform/FileErrorText.h"
+
+#include <CLI/CLI.hpp>
+
+namespace qor {
+
+namespace {
+
+struct NamedRole {
+    std::string_view name;
+    InstrumentRole role;
+};
+constexpr NamedRole RoleNames[] = {
+    {"profiler", InstrumentRole::Profiler},     {"reference", InstrumentRole::Reference},
+    {"tracker", InstrumentRole::Tracker},       {"sqm", InstrumentRole::SqmInstrument},
+    {"dut", InstrumentRole::DeviceUnderTest},   {"weather", InstrumentRole::WeatherStation},
+    {"gps", InstrumentRole::Gps},
+};
+
+bool AddDefinition(CQorViewDoc& doc, int resource, const std::string& path) {
+    AddedInstrument added = doc.AddInstrument(path, resource);
+    if (added.instrument)
+        return true;
+    if (added.definition != DefinitionStatus::Success)
+        ReportError(path + ": could not be loaded (" +
+                    Format("0x%08x", static_cast<unsigned>(added.definition)) + "). " +
+                    OneLine(added.parseLog) + " See qorview-cli check.");
+    else
+        ReportError(path + ": could not be attached (" +
+                    Format("0x%08x", static_cast<unsigned>(added.comm)) + "). " +
+                    OneLine(CommDetail(added.comm)));
+    return false;
+}
+
+bool ApplyRole(CQorViewDoc& doc, const std::string& assignment) {
+    std::size_t equals = assignment.rfind('=');
+    std::optional<InstrumentRole> role;
+    if (equals != std::string::npos)
+        role = RoleOfName(std::string_view(assignment).substr(equals + 1));
+    if (!role) {
+        ReportError("--role " + assignment +
+                    ": give NAME=ROLE with profiler, reference, tracker, sqm, dut, weather or gps.");
+        return false;
+    }
+    std::string name = assignment.substr(0, equals);
+    RoleHolder place;
+    if (!doc.FindInstrument(name, &place)) {
+        ReportError("--role " + assignment + ": there is no instrument \"" + name + "\".");
+        return false;
+    }
+    doc.SetRole(*role, place.resource, place.instrument);
+    return true;
+}
+
+} // namespace
+
+void CTerminalUser::ShowMessage(const std::string& text) {
+    Messages.push_back(text);
+    if (!Quiet)
+        ReportError(OneLine(text));
+}
+
+bool CTerminalUser::AskYesNo(const std::string& text) {
+    ReportError(OneLine(text) + " Nobody can be asked here: answered No.");
+    return false;
+}
+
+void CTerminalUser::Beep(BeepKind) {
+    if (IsTerminal(StandardStream::Error))
+        WriteError("\a");
+}
+
+bool CTerminalUser::ConfirmLog(const std::string&) { return true; }
+
+void AddInstrumentOptions(CLI::App& command, InstrumentOptions& options) {
+    command.add_option("-d,--definition", options.definitions, "Definition file (.cal, .tdf) of an instrument")
+        ->type_name("FILE")
+        ->allow_extra_args(false);
+    command.add_option("-p,--package", options.packages, "Instrument package file (.sip)")
+        ->type_name("FILE")
+        ->allow_extra_args(false);
+    command
+        .add_option("--wet", options.wet,
+                    "The named instrument is immersed; without a name every instrument is")
+        ->type_name("[=NAME]")
+        ->allow_extra_args(false);
+    command
+        .add_option("--role", options.roles,
+                    "Gives an instrument a role: profiler, reference, tracker, sqm, dut, weather, gps")
+        ->type_name("NAME=ROLE")
+        ->allow_extra_args(false);
+}
+
+std::optional<InstrumentRole> RoleOfName(std::string_view name) {
+    for (const NamedRole& entry : RoleNames)
+        if (EqualsNoCase(entry.name, name))
+            return entry.role;
+    return std::nullopt;
+}
+
+bool SetUpInstruments(CQorViewDoc& doc, int resource, const InstrumentOptions& options) {
+    bool well = true;
+    for (const std::string& path : options.definitions)
+        well = AddDefinition(doc, resource, path) && well;
+    return ApplyWetAndRoles(doc, options) && well;
+}
+
+bool ApplyWetAndRoles(CQorViewDoc& doc, const InstrumentOptions& options) {
+    bool well = true;
+    for (const std::string& name : options.wet) {
+        bool all = name == EveryInstrument;
+        if (doc.SetImmersed(all ? std::string() : name, true) > 0 || all)
+            continue;
+        ReportError("--wet=" + name + ": there is no instrument of that name.");
+        well = false;
+    }
+    for (const std::string& assignment : options.roles)
+        well = ApplyRole(doc, assignment) && well;
+    return well;
+}
+
+std::string OneLine(std::string_view message) {
+    std::string line;
+    for (char c : message) {
+        bool space = IsSpace(c);
+        if (space && (line.empty() || line.back() == ' '))
+            continue;
+        line += space ? ' ' : c;
+    }
+    while (!line.empty() && line.back() == ' ')
+        line.pop_back();
+    return line;
+}
+
+bool IsReadable(const std::string& path) {
+    CFile file;
+    FileCause cause = file.OpenForReading(path);
+    if (cause == FileCause::None)
+        return true;
+    ReportError(path + ": cannot be read. " + std::string(GetFileErrorText(cause)));
+    return false;
+}
+
+} // namespace qor

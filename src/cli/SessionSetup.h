@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// What the commands that work with instruments share: the options that name definitions, packages,
+// roles and immersion, and how a document is set up from them. Also the operator's seat of the
+// command line: messages go to standard error, nothing is ever asked.
+#pragma once
+
+#include "session/QorViewDoc.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+}
+
+namespace qor {
+
+/// Shows messages as one-line errors, answers no question, and hears a request to close.
+class CTerminalUser : public CUserService {
+  public:
+    void ShowMessage(const std::string& text) override;
+    bool AskYesNo(const std::string& text) override;
+    void Beep(BeepKind kind) override;
+    bool ConfirmLog(const std::string& displayName) override;
+    void RequestClose() override { CloseRequested.Set(); }
+
+    CEvent CloseRequested;
+    bool Quiet = false;     ///< messages are not shown, only kept
+    std::vector<std::string> Messages;
+};
+
+/// What main makes of a --wet without a name.
+inline constexpr const char* EveryInstrument = "*";
+
+/// The instruments of a call and what is said of them.
+struct InstrumentOptions {
+    std::vector<std::string> definitions; ///< -d
+    std::vector<std::string> packages;    ///< -p
+    std::vector<std::string> wet;         ///< --wet[=NAME], or EveryInstrument
+    std::vector<std::string> roles;       ///< --role NAME=ROLE
+};
+
+/// Adds -d, -p, --wet and --role to a command.
+void AddInstrumentOptions(CLI::App& command, InstrumentOptions& options);
+
+/// Role names of the command line; empty when unknown.
+std::optional<InstrumentRole> RoleOfName(std::string_view name);
+
+/// Loads the definitions and packages onto a resource of the document, then applies immersion and
+/// roles. Every fault is reported as an error; false when there was one.
+bool SetUpInstruments(CQorViewDoc& doc, int resource, const InstrumentOptions& options);
+/// Only the second half: immersion and roles over all resources.
+bool ApplyWetAndRoles(CQorViewDoc& doc, const InstrumentOptions& options);
+
+/// A message of several lines as one line.
+std::string OneLine(std::string_view message);
+
+/// Opens a file only to learn why it cannot be read; reports that and returns false.
+bool IsReadable(const std::string& path);
+
+} // namespace qor
