@@ -57,6 +57,12 @@ std::optional<Pace> ParseRate(const std::string& text) {
     return Pace{false, *rate};
 }
 
+/// What is odd about a definition is said, and no reason to stop.
+class CWarningSink : public CMessageSink {
+  public:
+    void Report(std::string message) override { ReportWarning(OneLine(message)); }
+};
+
 /// Where simulated bytes go: a virtual port, or an output.
 class CSimulatedLine {
   public:
@@ -257,14 +263,14 @@ int CSimulation::Run() {
         ReportError("a file has to end: give --frames N.");
         return ExitBadCall;
     }
-    CCollectedMessages messages;
+    CWarningSink warnings;
     CSimulator simulator(Options.seed, static_cast<double>(Start.seconds) + Start.milliseconds / 1000.0,
                          Options.faults);
     for (const std::unique_ptr<CInstrument>& instrument : Instruments) {
-        double rate = pace->rate.value_or(NominalFrameRate(*instrument, messages));
+        double rate = pace->rate.value_or(NominalFrameRate(*instrument, warnings));
         CFrameMaker::ValueSource values;
         if (Options.castDepth > 0.0)
-            values = CastValues(Options.castDepth, [&simulator] { return simulator.NextDue(); });
+            values = CastValues(Options.castDepth, [&simulator] { return simulator.Current(); });
         simulator.Add(*instrument, rate > 0.0 ? rate : 1.0, std::move(values));
     }
     if (!Line.WaitForListener(Context))

@@ -34,7 +34,7 @@ SimulatedFrame CSimulator::Next() {
     Player& player = const_cast<Player&>(NextPlayer()); // one of ours
     SimulatedFrame frame;
     frame.instrument = player.instrument;
-    frame.seconds = player.Due();
+    frame.seconds = CurrentSeconds = player.Due();
     ++player.sent;
     for (std::size_t i = 0; i < Faults.noise; ++i)
         frame.noise.push_back(static_cast<std::uint8_t>(Random()));

@@ -37,6 +37,8 @@ class CSimulator {
 
     /// Seconds since the start at which the next frame is due.
     double NextDue() const;
+    /// Seconds since the start of the frame that is being made, for a source of values.
+    double Current() const { return CurrentSeconds; }
     /// Makes the next frame, in order of time.
     SimulatedFrame Next();
 
@@ -56,6 +58,7 @@ class CSimulator {
     std::mt19937_64 Random;
     std::uint64_t Seed;
     double Start;
+    double CurrentSeconds = 0.0;
     SimulatedFaults Faults;
 };
 

@@ -77,6 +77,9 @@ class CFile {
     std::string OpenedFullPath;
 };
 
+/// True for an existing directory, and for an existing device, pipe or socket.
+bool IsDirectory(const std::string& path);
+bool IsDevice(const std::string& path);
 bool FileExists(const std::string& path);
 FileCause SetReadOnly(const std::string& path, bool readOnly);
 FileCause IsReadOnly(const std::string& path, bool& readOnly);

@@ -312,6 +312,16 @@ FileCause CFile::SeekTo(std::uint64_t position) {
     return errno == EBADF ? FileCause::InvalidFile : FileCause::BadSeek;
 }
 
+bool IsDirectory(const std::string& path) {
+    struct stat status {};
+    return ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+bool IsDevice(const std::string& path) {
+    struct stat status {};
+    return ::stat(path.c_str(), &status) == 0 && !S_ISDIR(status.st_mode) && !S_ISREG(status.st_mode);
+}
+
 bool FileExists(const std::string& path) {
     struct stat status {};
     return ::stat(path.c_str(), &status) == 0;

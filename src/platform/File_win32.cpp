@@ -301,6 +301,20 @@ FileCause CFile::SeekTo(std::uint64_t position) {
     return FileCause::None;
 }
 
+bool IsDirectory(const std::string& path) {
+    std::wstring wide;
+    DWORD attributes = 0;
+    return Attributes(path, wide, attributes) == FileCause::None &&
+           (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+bool IsDevice(const std::string& path) {
+    CFile file;
+    std::uint64_t size = 0;
+    return !IsDirectory(path) && file.OpenForReading(path) == FileCause::None &&
+           file.Size(size) != FileCause::None;
+}
+
 bool FileExists(const std::string& path) {
     std::wstring wide;
     DWORD attributes = 0;

@@ -1,0 +1,244 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// qorview-cli info: what a raw log holds. The header and the time stamps are read from the file's
+// bytes; with definitions the file is played and its frames are counted.
+#include "cli/Commands.h"
+#include "cli/FrameText.h"
+#include "cli/Playback.h"
+
+#include "base/Text.h"
+#include "platform/FileErrorText.h"
+#include "telemetry/RawLogFormat.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+
+namespace qor {
+
+namespace {
+
+struct InfoOptions {
+    InstrumentOptions instruments;
+    std::vector<std::string> files;
+    std::uint32_t chunk = 0;
+    bool json = false;
+};
+
+/// What the bytes of a file say without any definition.
+struct LogFacts {
+    std::uint64_t size = 0;
+    std::vector<HeaderRecord> records;
+    std::uint64_t timeStamps = 0;
+    FrameTime firstTimeStamp, lastTimeStamp;
+};
+
+/// What playing it with definitions adds.
+struct PlayFacts {
+    struct Instrument {
+        std::string name;
+        std::uint64_t frames = 0, dropped = 0, checksumErrors = 0;
+    };
+    std::vector<Instrument> instruments;
+    FrameTime firstTag, lastTag;
+    std::uint64_t bytesDiscarded = 0;
+};
+
+/// Reads the header block and counts the time-stamp sentences, a piece of the file at a time.
+class CLogReader {
+  public:
+    bool Read(const std::string& path, const CommandContext& context, LogFacts& facts);
+
+  private:
+    void ReadHeader();
+    void CountTimeStamps(bool last);
+
+    LogFacts* Facts = nullptr;
+    std::vector<std::uint8_t> Piece;
+};
+
+bool CLogReader::Read(const std::string& path, const CommandContext& context, LogFacts& facts) {
+    constexpr std::size_t pieceSize = 1 << 18;
+    Facts = &facts;
+    CFile file;
+    FileCause cause = file.OpenForReading(path);
+    bool header = true;
+    for (std::size_t got = 1; cause == FileCause::None && got > 0 && !context.stop.Requested();) {
+        std::size_t kept = Piece.size();
+        Piece.resize(kept + pieceSize);
+        cause = file.Read(std::span(Piece).subspan(kept), got);
+        Piece.resize(kept + got);
+        facts.size += got;
+        if (header)
+            ReadHeader();
+        header = header && BeginsHeaderRecord(Piece);
+        CountTimeStamps(got == 0);
+    }
+    if (cause == FileCause::None)
+        return true;
+    ReportError(path + ": cannot be read. " + std::string(GetFileErrorText(cause)));
+    return false;
+}
+
+void CLogReader::ReadHeader() {
+    std::size_t place = 0;
+    while (Piece.size() - place >= HeaderRecordSize && BeginsHeaderRecord(ByteSpan(Piece).subspan(place))) {
+        if (auto record = ParseHeaderRecord(ByteSpan(Piece).subspan(place, HeaderRecordSize)))
+            Facts->records.push_back(std::move(*record));
+        place += HeaderRecordSize;
+    }
+    Piece.erase(Piece.begin(), Piece.begin() + static_cast<std::ptrdiff_t>(place));
+}
+
+void CLogReader::CountTimeStamps(bool last) {
+    std::string_view text = AsText(Piece);
+    std::size_t place = 0;
+    for (;;) {
+        std::size_t found = text.find(TimeStampStart, place);
+        if (found == std::string_view::npos || (!last && text.size() - found < MaxTimeStampSize)) {
+            place = found == std::string_view::npos
+                        ? text.size() - std::min(text.size() - place, TimeStampStart.size() - 1)
+                        : found;
+            break;
+        }
+        std::size_t length = TimeStampLength(ByteSpan(Piece).subspan(found)).value_or(0);
+        std::optional<FrameTime> time = ParseTimeStamp(text.substr(found, length));
+        if (time) {
+            if (Facts->timeStamps++ == 0)
+                Facts->firstTimeStamp = *time;
+            Facts->lastTimeStamp = *time;
+        }
+        place = found + std::max<std::size_t>(length, 1);
+    }
+    Piece.erase(Piece.begin(), Piece.begin() + static_cast<std::ptrdiff_t>(place));
+}
+
+bool PlayLog(const std::string& path, const InfoOptions& options, CommandContext& context, PlayFacts& facts) {
+    CPlayback playback(options.chunk);
+    bool well = playback.Open(path, options.instruments);
+    if (!playback.IsOpen())
+        return false;
+    well = playback.Play(context, [&](CQorViewIns& instrument, const FrameCheckResult&) {
+        const FrameTime& time = instrument.CurrentFrame()->Info.time;
+        if (!time.known)
+            return;
+        if (!facts.firstTag.known)
+            facts.firstTag = time;
+        facts.lastTag = time;
+    }, [] { return true; }) && well;
+    for (const InstrumentFigures& figures : playback.Doc().InstrumentFiguresOf(-1))
+        facts.instruments.push_back({figures.name, figures.frames, figures.dropped, figures.checksumErrors});
+    facts.bytesDiscarded = playback.Figures().bytesDiscarded;
+    return well;
+}
+
+void WriteJson(COutput& output, const std::string& path, const LogFacts& facts, const PlayFacts* play) {
+    CJsonWriter json(output);
+    auto time = [&](const char* key, const FrameTime& value) {
+        json.Key(key);
+        if (!value.known)
+            return json.Null();
+        output.Char('"');
+        WriteTime(output, value);
+        output.Char('"');
+        json.ValueWritten();
+    };
+    json.BeginObject();
+    json.Key("file"), json.Path(path);
+    json.Key("size"), json.Integer(static_cast<std::int64_t>(facts.size));
+    json.Key("raw_log"), json.Bool(!facts.records.empty());
+    json.Key("header"), json.BeginArray();
+    for (const HeaderRecord& record : facts.records) {
+        json.BeginArray();
+        json.Text(record.tag);
+        json.Text(record.value);
+        json.EndArray();
+    }
+    json.EndArray();
+    json.Key("time_stamps"), json.Integer(static_cast<std::int64_t>(facts.timeStamps));
+    time("first_time_stamp", facts.firstTimeStamp);
+    time("last_time_stamp", facts.lastTimeStamp);
+    if (play) {
+        time("first_time_tag", play->firstTag);
+        time("last_time_tag", play->lastTag);
+        json.Key("instruments"), json.BeginArray();
+        for (const PlayFacts::Instrument& instrument : play->instruments) {
+            json.BeginObject();
+            json.Key("instrument"), json.Text(instrument.name);
+            json.Key("frames"), json.Integer(static_cast<std::int64_t>(instrument.frames));
+            json.Key("dropped"), json.Integer(static_cast<std::int64_t>(instrument.dropped));
+            json.Key("checksum_errors"), json.Integer(static_cast<std::int64_t>(instrument.checksumErrors));
+            json.EndObject();
+        }
+        json.EndArray();
+        json.Key("bytes_discarded"), json.Integer(static_cast<std::int64_t>(play->bytesDiscarded));
+    }
+    json.EndObject();
+    json.EndLine();
+}
+
+void WriteText(COutput& output, const std::string& path, const LogFacts& facts, const PlayFacts* play) {
+    auto time = [&](const char* label, const FrameTime& value) {
+        if (!value.known)
+            return;
+        output.Text(label);
+        WriteTime(output, value);
+        output.Char('\n');
+    };
+    output.Text(path + "\n");
+    output.Text(Format("  size              %llu bytes\n", static_cast<unsigned long long>(facts.size)));
+    if (facts.records.empty())
+        output.Text("  no header: a plain capture, not a raw log\n");
+    for (const HeaderRecord& record : facts.records)
+        output.Text(Format("  %-17s %s\n", record.tag.c_str(), record.value.c_str()));
+    output.Text(Format("  time stamps       %llu\n", static_cast<unsigned long long>(facts.timeStamps)));
+    time("  first time stamp  ", facts.firstTimeStamp);
+    time("  last time stamp   ", facts.lastTimeStamp);
+    if (!play)
+        return;
+    time("  first time tag    ", play->firstTag);
+    time("  last time tag     ", play->lastTag);
+    for (const PlayFacts::Instrument& instrument : play->instruments)
+        output.Text(Format("  %-17s %llu frames, %llu dropped, %llu checksum errors\n", instrument.name.c_str(),
+                           static_cast<unsigned long long>(instrument.frames),
+                           static_cast<unsigned long long>(instrument.dropped),
+                           static_cast<unsigned long long>(instrument.checksumErrors)));
+    output.Text(Format("  bytes discarded   %llu\n", static_cast<unsigned long long>(play->bytesDiscarded)));
+}
+
+int RunInfo(const InfoOptions& options, CommandContext& context) {
+    COutput output;
+    bool well = true;
+    bool plays = !options.instruments.definitions.empty() || !options.instruments.packages.empty();
+    for (const std::string& path : options.files) {
+        LogFacts facts;
+        PlayFacts play;
+        if (!CLogReader().Read(path, context, facts)) {
+            well = false;
+            continue;
+        }
+        if (plays)
+            well = PlayLog(path, options, context, play) && well;
+        for (const PlayFacts::Instrument& instrument : play.instruments)
+            well = well && instrument.checksumErrors == 0;
+        (options.json ? WriteJson : WriteText)(output, path, facts, plays ? &play : nullptr);
+        if (context.stop.Requested())
+            return ExitInterrupted;
+    }
+    return (output.Flush() || !output.Failed()) && well ? ExitWell : ExitFault;
+}
+
+} // namespace
+
+void AddInfoCommand(CLI::App& app, CommandContext& context) {
+    static InfoOptions options; // one command runs in a process
+    CLI::App* command = app.add_subcommand("info", "Say what a raw log holds");
+    AddInstrumentOptions(*command, options.instruments);
+    AddChunkOption(*command, options.chunk);
+    command->add_flag("--json", options.json, "One JSON object a file");
+    command->add_flag("--quiet", context.quiet, "No progress bar");
+    command->add_option("RAW", options.files, "Raw logs")->required();
+    command->callback([&context] { context.body = [&context] { return RunInfo(options, context); }; });
+}
+
+} // namespace qor
