@@ -3,6 +3,7 @@
 // qorview-cli decode: plays raw logs through the acquisition engine and prints every frame with its
 // values.
 #include "cli/Commands.h"
+#include "cli/FrameSummary.h"
 #include "cli/FrameText.h"
 #include "cli/Playback.h"
 
@@ -16,7 +17,7 @@ namespace qor {
 
 namespace {
 
-enum class DecodeFormat { Csv, Jsonl, None };
+enum class DecodeFormat { Csv, Jsonl, None, Summary };
 
 struct DecodeOptions {
     InstrumentOptions instruments;
@@ -130,24 +131,54 @@ int DecodeToCsv(const DecodeOptions& options, CommandContext& context) {
     return context.stop.Requested() ? ExitInterrupted : well ? ExitWell : ExitFault;
 }
 
-int DecodeToJson(const DecodeOptions& options, CommandContext& context) {
+/// JSON Lines, a summary, or nothing: one output whatever the number of instruments.
+class CFrameStream {
+  public:
+    CFrameStream(COutput& output, const DecodeOptions& options, const std::string& path)
+        : Out(output), Shown(options.format), Json(output, path, options.View()) {}
+
+    void AddInstrument(const CQorViewIns& instrument) {
+        if (Shown == DecodeFormat::Summary)
+            Summaries.emplace_back(&instrument, instrument.Definition());
+    }
+    void WriteFrame(const CQorViewIns& instrument, const FrameCheckResult& checks) {
+        if (Shown == DecodeFormat::Jsonl) {
+            Json.BeginFrame(instrument, checks);
+            Json.EndFrame();
+        }
+        for (auto& [owner, summary] : Summaries)
+            if (owner == &instrument)
+                summary.AddFrame(instrument);
+    }
+    void Finish() {
+        for (const auto& [owner, summary] : Summaries)
+            summary.Write(Out);
+    }
+
+  private:
+    COutput& Out;
+    DecodeFormat Shown;
+    CFrameJson Json;
+    std::vector<std::pair<const CQorViewIns*, CFrameSummary>> Summaries;
+};
+
+int DecodeToStream(const DecodeOptions& options, CommandContext& context) {
     COutput output;
     if (!options.output.empty() && !output.OpenFile(options.output))
         return ExitFault;
-    bool print = options.format == DecodeFormat::Jsonl;
     bool well = true;
     for (const std::string& path : options.files) {
         CPlayback playback(options.chunk);
         well = playback.Open(path, options.instruments) && well;
         if (!playback.IsOpen())
             continue;
-        CFrameJson json(output, path, options.View());
+        CFrameStream stream(output, options, path);
+        for (const CQorViewIns* instrument : playback.Instruments())
+            stream.AddInstrument(*instrument);
         well = playback.Play(context, [&](CQorViewIns& instrument, const FrameCheckResult& checks) {
-            if (print) {
-                json.BeginFrame(instrument, checks);
-                json.EndFrame();
-            }
+            stream.WriteFrame(instrument, checks);
         }, [&] { return output.Good(); }) && well;
+        stream.Finish();
         if (context.stop.Requested() || !output.Good())
             break;
     }
@@ -163,10 +194,11 @@ void AddDecodeCommand(CLI::App& app, CommandContext& context) {
         "decode", "Play raw logs through the engine and print every frame with its values");
     AddInstrumentOptions(*command, options.instruments);
     command
-        ->add_option("--format", options.format, "csv (a table an instrument), jsonl (an object a frame) or none")
-        ->type_name("csv|jsonl|none")
+        ->add_option("--format", options.format, "csv (a table an instrument), jsonl (an object a frame), summary (for people) or none")
+        ->type_name("csv|jsonl|summary|none")
         ->transform(CLI::CheckedTransformer(std::map<std::string, DecodeFormat>{
-            {"csv", DecodeFormat::Csv}, {"jsonl", DecodeFormat::Jsonl}, {"none", DecodeFormat::None}}));
+            {"csv", DecodeFormat::Csv}, {"jsonl", DecodeFormat::Jsonl}, {"none", DecodeFormat::None},
+            {"summary", DecodeFormat::Summary}}));
     command->add_option("-o,--output", options.output, "File for the results, or the folder for several tables")
         ->type_name("PATH");
     command->add_flag("--raw-counts", options.rawCounts, "Raw counts instead of calibrated values");
@@ -177,7 +209,7 @@ void AddDecodeCommand(CLI::App& app, CommandContext& context) {
     command->callback([&context] {
         context.body = [&context] {
             return options.format == DecodeFormat::Csv ? DecodeToCsv(options, context)
-                                                       : DecodeToJson(options, context);
+                                                       : DecodeToStream(options, context);
         };
     });
 }

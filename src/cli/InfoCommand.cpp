@@ -126,7 +126,7 @@ bool PlayLog(const std::string& path, const InfoOptions& options, CommandContext
             facts.firstTag = time;
         facts.lastTag = time;
     }, [] { return true; }) && well;
-    for (const InstrumentFigures& figures : playback.Doc().InstrumentFiguresOf(-1))
+    for (const InstrumentFigures& figures : playback.Doc().FiguresOf(-1))
         facts.instruments.push_back({figures.name, figures.frames, figures.dropped, figures.checksumErrors});
     facts.bytesDiscarded = playback.Figures().bytesDiscarded;
     return well;

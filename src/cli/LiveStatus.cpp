@@ -25,7 +25,7 @@ void CLiveStatus::Erase() {
 }
 
 std::string CLiveStatus::Line(int resource, double seconds) {
-    ResourceStatus status = Doc.ResourceState(resource);
+    ResourceStatus status = Doc.StatusOf(resource);
     std::uint64_t& last = LastFrames[static_cast<std::size_t>(resource)];
     double rate = static_cast<double>(status.frames - last) / seconds;
     last = status.frames;

@@ -163,7 +163,7 @@ bool CLogRun::ConnectPorts() {
             continue;
         }
         Fault = true;
-        ReportError(Document.ResourceState(resource).name + ": could not be connected (" +
+        ReportError(Document.StatusOf(resource).name + ": could not be connected (" +
                     Format("0x%08x", static_cast<unsigned>(result)) +
                     "). Is it there, not in use, and may you open it? The session log has the details.");
     }
@@ -182,7 +182,7 @@ void CLogRun::WaitForPosition() {
 
 void CLogRun::NoteAborts(CLiveStatus& status) {
     for (std::size_t i = 0; i < Aborted.size(); ++i) {
-        ResourceStatus resource = Document.ResourceState(static_cast<int>(i));
+        ResourceStatus resource = Document.StatusOf(static_cast<int>(i));
         if (Aborted[i] || resource.figures.abortCode == 0)
             continue;
         Aborted[i] = true;
@@ -202,7 +202,7 @@ void CLogRun::Watch() {
         status.Update();
         bool connected = false;
         for (std::size_t i = 0; i < Aborted.size(); ++i)
-            connected = Document.ResourceState(static_cast<int>(i)).figures.connected || connected;
+            connected = Document.StatusOf(static_cast<int>(i)).figures.connected || connected;
         if (!connected) {
             status.Erase();
             ReportError("no port is connected any more; the run ends.");
@@ -222,9 +222,9 @@ void CLogRun::Summarise() {
         output.Text("raw log: " + path + "\n");
     if (std::string path = Document.SessionLog.FilePath(); !path.empty())
         output.Text("session log: " + path + "\n");
-    for (const InstrumentFigures& figures : Document.InstrumentFiguresOf(-1))
+    for (const InstrumentFigures& figures : Document.FiguresOf(-1))
         output.Text(Format("%s on %s: %llu frames, %llu dropped, %llu checksum errors\n", figures.name.c_str(),
-                           Document.ResourceState(figures.resource).name.c_str(),
+                           Document.StatusOf(figures.resource).name.c_str(),
                            static_cast<unsigned long long>(figures.frames),
                            static_cast<unsigned long long>(figures.dropped),
                            static_cast<unsigned long long>(figures.checksumErrors)));

@@ -25,7 +25,7 @@ class CPlayback {
     /// The instruments, in the order in which they were named.
     const std::vector<CQorViewIns*>& Instruments() const { return Named; }
     CQorViewDoc& Doc() { return Document; }
-    ResourceFigures Figures() const { return Document.ResourceState(Resource).figures; }
+    ResourceFigures Figures() const { return Document.StatusOf(Resource).figures; }
 
     /// Plays to the end, or until the operator stops it or `goOn` says no (asked once a batch).
     /// `onFrame` sees every frame. False when reading failed (reported).

@@ -1,0 +1,278 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""The command line from outside: exit statuses, playback at every read size, and real acquisition
+over pseudo-terminals. Usage: cli_test.py QORVIEW-CLI SOURCE-FOLDER"""
+import csv
+import io
+import json
+import os
+import pathlib
+import pty
+import select
+import signal
+import stat
+import subprocess
+import sys
+import tempfile
+import termios
+import time
+import tty
+import unittest
+
+CLI, SOURCE = sys.argv[1], pathlib.Path(sys.argv[2])
+RADIOMETER, PROFILER, GPS = (str(SOURCE / "examples" / name) for name in
+                             ("radiometer.cal", "profiler.cal", "gps.tdf"))
+TAG = 7
+RECORD = 128
+
+
+def run(*arguments, **options):
+    return subprocess.run([CLI, *arguments], capture_output=True, timeout=60, **options)
+
+
+def definition(path):
+    return json.loads(run("check", "--json", path).stdout)
+
+
+def wait_for(condition, what, seconds=15):
+    """Polls a condition of the world outside (a file, another process) until it holds."""
+    deadline = time.monotonic() + seconds
+    while time.monotonic() < deadline:
+        value = condition()
+        if value:
+            return value
+        select.select([], [], [], 0.02)
+    raise AssertionError(f"{what} did not come to pass")
+
+
+class Folder(unittest.TestCase):
+    def setUp(self):
+        holder = tempfile.TemporaryDirectory()
+        self.addCleanup(holder.cleanup)
+        self.folder = pathlib.Path(holder.name)
+
+    def simulated(self, *options):
+        path = self.folder / "simulated.raw"
+        done = run("simulate", "-o", str(path), *options)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        return path
+
+
+class Calls(Folder):
+    def test_exit_statuses_and_one_line_errors(self):
+        (self.folder / "bad.cal").write_text("SENSOR NONE '' 2 BU 0 COUNT\n")
+        (self.folder / "empty.raw").write_bytes(b"")
+        bad, empty, missing = (str(self.folder / name) for name in ("bad.cal", "empty.raw", "missing"))
+        cases = [
+            (("--version",), 0), (("--help",), 0), (("decode", "--help"), 0),
+            ((), 2), (("frobnicate",), 2), (("check",), 2), (("check", "--frobnicate", GPS), 2),
+            (("decode", "-d", GPS), 2), (("decode", "-d", GPS, "--chunk", "0", empty), 2),
+            (("decode", "-d", GPS, "--format", "xml", empty), 2), (("log", "-d", GPS), 2),
+            (("log", "--port", "x:0", "-d", GPS), 2), (("simulate", "-d", GPS, "--rate", "fast"), 2),
+            (("check", GPS), 0), (("check", bad), 1), (("check", missing), 1), (("check", str(self.folder)), 1),
+            (("decode", "-d", GPS, empty), 0), (("decode", "-d", GPS, missing), 1), (("decode", "-d", bad, empty), 1),
+            (("decode", "-d", GPS, str(self.folder)), 1), (("decode", empty), 1),
+            (("decode", "-d", GPS, "--role", "NOBODY=gps", empty), 1), (("info", empty), 0), (("info", missing), 1),
+            (("log", "--port", str(self.folder), "-d", GPS, "-o", str(self.folder)), 1),
+            (("log", "--port", missing, "-d", GPS, "-o", missing), 1),
+        ]
+        for call, status in cases:
+            with self.subTest(call=call):
+                done = run(*call)
+                self.assertEqual(done.returncode, status, done.stderr)
+                if status != 0:
+                    lines = done.stderr.decode().splitlines()
+                    self.assertTrue(lines and all(line.startswith("qorview-cli: ") for line in lines), lines)
+
+    def test_a_reader_that_goes_away_ends_the_command_quietly(self):
+        raw = self.simulated("--raw-log", "-d", RADIOMETER, "--frames", "3000")
+        command = subprocess.Popen([CLI, "decode", "-d", RADIOMETER, str(raw)], stdout=subprocess.PIPE,
+                                   stderr=subprocess.PIPE)
+        command.stdout.readline()
+        command.stdout.close()
+        self.assertEqual(command.stderr.read(), b"")
+        command.stderr.close()
+        self.assertEqual(command.wait(30), 0)
+
+
+class Playback(Folder):
+    OPTIONS = ("-d", RADIOMETER, "-d", PROFILER, "-d", GPS)
+
+    def test_every_read_size_gives_the_same_frames(self):
+        raw = self.simulated("--raw-log", *self.OPTIONS, "--frames", "60", "--noise", "23", "--drop", "0.1",
+                             "--corrupt", "0.1", "--rate", "10", "--seed", "7")
+        expected = run("decode", *self.OPTIONS, "--format", "jsonl", str(raw)).stdout
+        frames = [json.loads(line) for line in expected.splitlines()]
+        self.assertGreater(len(frames), 40)
+        self.assertTrue(any(frame["checksum_error"] for frame in frames))
+        self.assertTrue(any(frame["dropped"] for frame in frames))
+        for chunk in ("1", "3", "7", "128", "2048", "1000000"):
+            got = run("decode", *self.OPTIONS, "--format", "jsonl", "--chunk", chunk, str(raw)).stdout
+            self.assertEqual(got, expected, f"chunk {chunk}")
+        data = raw.read_bytes()
+        headers = {shape["instrument"]: shape["sync_header"].encode("latin-1")
+                   for shape in map(definition, (RADIOMETER, PROFILER, GPS))}
+        for frame in frames:
+            self.assertTrue(data[frame["offset"]:].startswith(headers[frame["instrument"]]))
+
+    def test_csv_and_json_hold_the_same_numbers(self):
+        raw = self.simulated("--raw-log", "-d", PROFILER, "--frames", "20", "--start", "2026-06-21T12:00:00")
+        frames = [json.loads(line) for line in
+                  run("decode", "-d", PROFILER, "--format", "jsonl", str(raw)).stdout.splitlines()]
+        table = list(csv.reader(io.StringIO(run("decode", "-d", PROFILER, str(raw)).stdout.decode("latin-1"))))
+        self.assertEqual(len(table), 21)
+        self.assertEqual(table[0][:2], ["time", "frame"])
+        for row, frame in zip(table[1:], frames):
+            self.assertEqual(row[0], frame["time"])
+            numbers = [value for value in frame["values"] if isinstance(value, (int, float))]
+            self.assertEqual([float(cell) for cell in row[2:] if cell], numbers)
+        self.assertTrue(table[1][0].startswith("2026-06-21T12:00:00."))
+
+    def test_a_log_cut_anywhere_gives_the_frames_before_the_cut(self):
+        raw = self.simulated("--raw-log", "-d", PROFILER, "--frames", "12")
+        data = raw.read_bytes()
+        whole = run("decode", "-d", PROFILER, "--format", "jsonl", str(raw)).stdout.splitlines()
+        size = definition(PROFILER)["frame_size"]
+        start = data.index(definition(PROFILER)["sync_header"].encode("latin-1"))
+        for cut in range(start, len(data), 13):
+            raw.write_bytes(data[:cut])
+            done = run("decode", "-d", PROFILER, "--format", "jsonl", str(raw))
+            self.assertEqual(done.returncode, 0)
+            frames = done.stdout.splitlines()
+            self.assertEqual(len(frames), (cut - start + TAG) // (size + TAG), f"cut at {cut}")
+            complete = frames[:-1] if frames and json.loads(frames[-1])["time"] is None else frames
+            self.assertEqual(complete, whole[:len(complete)])
+
+
+class Line:
+    """One end of a pseudo-terminal; the command has the other."""
+
+    def __init__(self):
+        self.master, slave = pty.openpty()
+        tty.setraw(slave)
+        self.name = os.ttyname(slave)
+        self.slave = slave
+
+    def send(self, data):
+        while data:
+            data = data[os.write(self.master, data[:512]):]
+
+    def unplug(self):
+        os.close(self.slave)
+        os.close(self.master)
+
+
+class Acquisition(Folder):
+    def setUp(self):
+        super().setUp()
+        self.processes = []
+        self.addCleanup(lambda: [process.kill() for process in self.processes if process.poll() is None])
+
+    def frames_of(self, path, count, seed=1):
+        target = self.folder / "frames.bin"
+        self.assertEqual(run("simulate", "-d", path, "--frames", str(count), "--seed", str(seed), "-o",
+                             str(target)).returncode, 0)
+        data, shape = target.read_bytes(), definition(path)
+        if shape["frame_type"] == "Variable":
+            return data.splitlines(keepends=True)
+        return [data[i:i + shape["frame_size"]] for i in range(0, len(data), shape["frame_size"])]
+
+    def start(self, *options):
+        process = subprocess.Popen([CLI, "log", "-o", str(self.folder), "--name", "run.raw", *options],
+                                   stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        self.processes.append(process)
+        self.raw = self.folder / "run.raw"
+        wait_for(lambda: self.session_log().count("connection successful") == options.count("--port")
+                 or process.poll() is not None, "the connection")
+        return process
+
+    def session_log(self, name="QorView.log"):
+        path = self.folder / name
+        return path.read_text("latin-1") if path.exists() else ""
+
+    def finish(self, process, number=signal.SIGINT):
+        process.send_signal(number)
+        output, errors = process.communicate(timeout=30)
+        return process.returncode, output.decode(), errors.decode()
+
+    def logged(self):
+        """The bytes behind the header records."""
+        data = self.raw.read_bytes() if self.raw.exists() else b""
+        while data.startswith(b"QORHDR "):
+            data = data[RECORD:]
+        return data
+
+    def test_bursts_and_pauses_inside_frames_are_logged_byte_for_byte(self):
+        line = Line()
+        process = self.start("--port", line.name, "-d", RADIOMETER, "-d", PROFILER)
+        radiometer, profiler = self.frames_of(RADIOMETER, 40), self.frames_of(PROFILER, 40)
+        sent = [frame for pair in zip(radiometer, profiler) for frame in pair]
+        for i, frame in enumerate(sent[:20]):
+            middle = len(frame) * (i % 5) // 5
+            line.send(b"\x00junk"[:i % 6] + frame[:middle])
+            select.select([], [], [], 0.02)  # the instrument pauses
+            line.send(frame[middle:])
+        line.send(b"".join(sent[20:]))
+        size = sum(len(frame) + TAG for frame in sent)
+        wait_for(lambda: len(self.logged()) >= size, "the last frame in the log")
+        status, output, errors = self.finish(process)
+        self.assertEqual((status, errors), (0, ""))
+        data, year = self.logged(), time.localtime().tm_year
+        for frame in sent:
+            self.assertEqual(data[:len(frame)], frame)
+            self.assertEqual(int.from_bytes(data[len(frame):len(frame) + 3], "big") // 1000, year)
+            data = data[len(frame) + TAG:]
+        self.assertEqual(data, b"")
+        self.assertIn("40 frames, 0 dropped, 0 checksum errors", output)
+        self.assertEqual(stat.S_IMODE(self.raw.stat().st_mode) & 0o222, 0)
+        log = self.session_log()
+        for text in ("Beginning new session.", f"Begin log file: \"{self.raw}\".", f"{line.name} connection successful.",
+                     f"found on {line.name}.", f"End log file: \"{self.raw}\"."):
+            self.assertIn(text, log)
+
+    def test_frames_of_a_killed_program_are_in_the_log(self):
+        line = Line()
+        process = self.start("--port", line.name, "-d", PROFILER)
+        frames = self.frames_of(PROFILER, 30)
+        line.send(b"".join(frames))
+        size = sum(len(frame) + TAG for frame in frames)
+        wait_for(lambda: len(self.logged()) == size, "the frames in the file")
+        process.kill()
+        process.communicate()
+        decoded = run("decode", "-d", PROFILER, "--format", "jsonl", str(self.raw)).stdout.splitlines()
+        self.assertEqual(len(decoded), 30)
+
+    def test_an_unplugged_port_aborts_and_the_others_go_on(self):
+        first, second = Line(), Line()
+        process = self.start("--port", first.name, "-d", PROFILER, "--port", second.name, "-d", GPS)
+        first.unplug()
+        wait_for(lambda: "Telemetry acquisition aborted on " + first.name in self.session_log(), "the abort")
+        sentences = self.frames_of(GPS, 5)
+        second.send(b"".join(sentences))
+        wait_for(lambda: self.logged().count(sentences[0][:6]) == 5, "the other port's frames")
+        status, output, errors = self.finish(process, signal.SIGTERM)
+        self.assertEqual(status, 1)
+        self.assertIn(f"qorview-cli: error: {first.name}: telemetry acquisition aborted", errors)
+
+    def test_a_port_is_not_shared_and_is_left_as_it_was(self):
+        line = Line()
+        before = termios.tcgetattr(line.slave)
+        process = self.start("--port", line.name + ":57600:8E2", "-d", PROFILER)
+        other = run("log", "--port", line.name, "-d", PROFILER, "-o", str(self.folder), "--name", "other.raw")
+        self.assertEqual(other.returncode, 1)
+        self.assertTrue((self.folder / "QorView2.log").exists())
+        self.assertEqual(self.finish(process)[0], 0)
+        self.assertEqual(termios.tcgetattr(line.slave), before)
+
+    def test_an_existing_log_is_left_alone_without_consent(self):
+        line = Line()
+        self.folder.joinpath("run.raw").write_bytes(b"precious")
+        os.chmod(self.folder / "run.raw", 0o444)
+        done = run("log", "-o", str(self.folder), "--name", "run.raw", "--port", line.name, "-d", PROFILER)
+        self.assertEqual(done.returncode, 1)
+        self.assertEqual((self.folder / "run.raw").read_bytes(), b"precious")
+        process = self.start("--overwrite", "--port", line.name, "-d", PROFILER)
+        self.assertEqual(self.finish(process)[0], 0)
+        self.assertTrue((self.folder / "run.raw").read_bytes().startswith(b"QORHDR "))
+
+
+unittest.main(argv=[sys.argv[0], *sys.argv[3:]], verbosity=2)
