@@ -59,6 +59,15 @@ void WriteTime(COutput& output, const FrameTime& time) {
     output.Text({text, sizeof text - 1});
 }
 
+void WriteTimeValue(CJsonWriter& json, COutput& output, const FrameTime& time) {
+    if (!time.known)
+        return json.Null();
+    output.Char('"');
+    WriteTime(output, time);
+    output.Char('"');
+    json.ValueWritten();
+}
+
 void WriteCsvField(COutput& output, std::string_view text) {
     if (text.find_first_of("\",\r\n") == std::string_view::npos) {
         output.Text(text);
@@ -124,15 +133,7 @@ void CFrameJson::BeginFrame(const CQorViewIns& instrument, const FrameCheckResul
     Json.Key("frame"), Json.Integer(instrument.FrameNumber());
     Json.Key("offset"), Json.Integer(static_cast<std::int64_t>(frame.StreamOffset));
     Json.Key("length"), Json.Integer(static_cast<std::int64_t>(frame.Bytes.size()));
-    Json.Key("time");
-    if (frame.Info.time.known) {
-        Out.Char('"');
-        WriteTime(Out, frame.Info.time);
-        Out.Char('"');
-        Json.ValueWritten();
-    } else {
-        Json.Null();
-    }
+    Json.Key("time"), WriteTimeValue(Json, Out, frame.Info.time);
     Json.Key("dropped"), Json.Bool(checks.dropped);
     Json.Key("checksum_error"), Json.Bool(checks.checksumError);
     Json.Key("value_error"), Json.Bool(checks.valueError);

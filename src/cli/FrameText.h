@@ -18,6 +18,9 @@ enum class ValueView { Calibrated, RawCounts, HexCounts };
 /// "2005-05-03T14:23:05.250", the local time of a stamp; nothing when it is not known.
 void WriteTime(COutput& output, const FrameTime& time);
 
+/// The same as a JSON text; null when it is not known.
+void WriteTimeValue(CJsonWriter& json, COutput& output, const FrameTime& time);
+
 /// The CSV table of one instrument: a header row, then a row a frame with a column for every sensor
 /// that has a value.
 class CFrameCsv {

@@ -134,15 +134,7 @@ bool PlayLog(const std::string& path, const InfoOptions& options, CommandContext
 
 void WriteJson(COutput& output, const std::string& path, const LogFacts& facts, const PlayFacts* play) {
     CJsonWriter json(output);
-    auto time = [&](const char* key, const FrameTime& value) {
-        json.Key(key);
-        if (!value.known)
-            return json.Null();
-        output.Char('"');
-        WriteTime(output, value);
-        output.Char('"');
-        json.ValueWritten();
-    };
+    auto time = [&](const char* key, const FrameTime& value) { json.Key(key), WriteTimeValue(json, output, value); };
     json.BeginObject();
     json.Key("file"), json.Path(path);
     json.Key("size"), json.Integer(static_cast<std::int64_t>(facts.size));
