@@ -11,7 +11,7 @@ namespace qor {
 CFrameSummary::CFrameSummary(const CInstrument& instrument) : Instrument(instrument) {
     for (const CSensor& sensor : instrument.Sensors())
         if (ValueKind kind = KindOfValue(sensor); kind != ValueKind::None)
-            Rows.push_back({&sensor, kind == ValueKind::Text});
+            Rows.push_back({&sensor, kind == ValueKind::Text, 0, 0.0, 0.0, 0.0, 0.0, {}});
 }
 
 void CFrameSummary::AddFrame(const CQorViewIns& instrument) {
