@@ -1,0 +1,194 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// The loop that brings frames from ports and files to the log and messages to the session log.
+#include "SessionFixture.h"
+#include "fakes/ScriptedPort.h"
+#include "session/AcquisitionLoop.h"
+
+namespace qor {
+namespace {
+
+using testing::HasSubstr;
+
+class ALoop : public ASession {
+  protected:
+    ALoop() : ASession(Script.Factory()), Loop(Doc) {}
+    ~ALoop() override { Loop.Stop(); }
+
+    static std::string Frames(const std::string& name, int first, int count) {
+        std::string all;
+        for (int i = first; i < first + count; ++i)
+            all += CounterFrame(name, i % 256);
+        return all;
+    }
+    /// The data of a log without its time tags, where every frame has one.
+    static std::string Untagged(const std::string& path, std::size_t frameSize) {
+        std::string data = Data(path), frames;
+        for (std::size_t at = 0; at < data.size(); at += frameSize + TimeTagSize)
+            frames += data.substr(at, frameSize);
+        return frames;
+    }
+
+    CPortScript Script;
+    CAcquisitionLoop Loop;
+};
+
+TEST_F(ALoop, EveryFrameOfALivePortIsInTheLogInOrder) {
+    Add("PRO", Port);
+    ASSERT_TRUE(Begin());
+    ASSERT_TRUE(Loop.Start());
+    ASSERT_TRUE(Doc.ConnectAll());
+    for (int i = 0; i < 1000; i += 50)
+        Script.Bytes(Frames("PRO", i, 50));
+    Script.Played();
+    Doc.DisconnectAll();
+    ASSERT_TRUE(Doc.RawLog.EndLogFile(true));
+    Loop.Stop();
+    EXPECT_EQ(Untagged(Folder + "cast.raw", 6), Frames("PRO", 0, 1000));
+    ResourceStatus status = Doc.StatusOf(Port);
+    EXPECT_EQ(status.frames, 1000u);
+    EXPECT_EQ(status.dropped, 0u);
+    EXPECT_FALSE(status.figures.connected);
+    const std::string session = Reported();
+    EXPECT_LT(session.find("PORT1 connection successful."), session.find("PRO found on PORT1."));
+    EXPECT_LT(session.find("PORT1 disconnection successful."), session.find("End log file"));
+}
+
+TEST_F(ALoop, DisconnectionTakesTheFramesThatNobodyHasTakenYet) {
+    Add("PRO", Port);
+    ASSERT_TRUE(Begin());
+    ASSERT_EQ(Doc.ConnectResource(Port), CommResult::Success);
+    Script.Bytes(Frames("PRO", 0, 20));
+    Script.Played();
+    EXPECT_EQ(Doc.DisconnectResource(Port), CommResult::Success);
+    EXPECT_EQ(Untagged(Folder + "cast.raw", 6), Frames("PRO", 0, 20));
+}
+
+TEST_F(ALoop, LostNoticeLosesNoFrame) {
+    CQorViewIns* pro = Add("PRO", Port);
+    ASSERT_TRUE(Doc.ConnectAll());
+    Script.Bytes(Frames("PRO", 0, 20));
+    Script.Played();
+    std::vector<ProcessCommand> lost;
+    Doc.Controller()->Commands().Drain(lost, 0);
+    EXPECT_TRUE(Loop.Step(0));
+    EXPECT_EQ(pro->FramesReceived, 20u);
+    Doc.DisconnectAll();
+}
+
+TEST_F(ALoop, FailedConnectionAndAbortAreReportedAndRepairable) {
+    Script.Fail("Open", 2);
+    EXPECT_FALSE(Doc.ConnectAll());
+    Script.Repair();
+    EXPECT_TRUE(Doc.ConnectAll());
+    Script.ThenFail("CollectRead", 995);
+    while (Doc.StatusOf(Port).figures.abortCode == 0)
+        Loop.Step(10);
+    EXPECT_EQ(Doc.DisconnectResource(Port), CommResult::Success);
+    Script.Repair();
+    EXPECT_EQ(Doc.ConnectResource(Port), CommResult::AbortCodeSet);
+    std::uint32_t code = 0;
+    EXPECT_EQ(Doc.ResetAbort(Port, code), CommResult::Success);
+    EXPECT_EQ(code, static_cast<std::uint32_t>(CommResult::ReadNotCollected));
+    EXPECT_EQ(Doc.ConnectResource(Port), CommResult::Success);
+    EXPECT_THAT(Reported(), HasSubstr("Telemetry acquisition aborted on PORT1."));
+}
+
+TEST_F(ALoop, StepTicksOnceASecondOfTheMonotonicClock) {
+    Set([](LogOptions& options) {
+        options.durationEnabled = options.timeStampEnabled = true;
+        options.duration = {0, 0, 3};
+    });
+    ASSERT_TRUE(Begin());
+    for (int i = 0; i < 80; ++i) {
+        Loop.Step(0);
+        Clock.Advance(50);
+    }
+    EXPECT_FALSE(Doc.RawLog.Status().loggingActive);
+    EXPECT_EQ(Data(Folder + "cast.raw"), "$PCZDA,142306.00,03,05,2005,,\r\n"
+                                         "$PCZDA,142307.00,03,05,2005,,\r\n"
+                                         "$PCZDA,142308.00,03,05,2005,,\r\n");
+}
+
+class APlayback : public ALoop {
+  protected:
+    /// Two tagged instruments and an untagged GPS on one resource, with time stamps between.
+    void SetUpInstruments(CQorViewDoc& doc, int resource) {
+        for (const char* name : {"PRO", "REF", "GPS"})
+            ASSERT_NE(doc.AddInstrument(Put(std::string(name) + ".cal", CounterDefinition(name)),
+                                        resource)
+                          .instrument,
+                      nullptr);
+        doc.SetRole(InstrumentRole::Gps, resource, 2);
+    }
+    std::string WriteLog(int rounds) {
+        SetUpInstruments(Doc, Port);
+        EXPECT_TRUE(Begin("first.raw"));
+        for (int i = 0; i < rounds; ++i) {
+            Offer(*Doc.FindInstrument("PRO"), {CounterFrame("PRO", i % 256)});
+            Offer(*Doc.FindInstrument("GPS"), {CounterFrame("GPS", i % 256)});
+            Clock.Advance(7);
+            Offer(*Doc.FindInstrument("REF"), {CounterFrame("REF", i % 256)});
+        }
+        EXPECT_TRUE(Doc.RawLog.EndLogFile(true));
+        return Folder + "first.raw";
+    }
+};
+
+TEST_F(APlayback, LogReplayLogGivesTheSameBytes) {
+    const std::string first = WriteLog(300);
+    CQorViewDoc replay(Clock, Script.Factory(), User, Profile);
+    int file = replay.AddFileResource(first);
+    ASSERT_EQ(file, 0);
+    SetUpInstruments(replay, file);
+    {
+        CRecursiveLock lock(replay.DocLock);
+        replay.NoDialogs = true;
+        replay.Naming = {.logNamingMode = LogNamingMode::UserFileName,
+                         .logDirectory = Folder,
+                         .logUserFileName = "second.raw"};
+    }
+    ASSERT_TRUE(replay.RawLog.BeginLogFile());
+    CAcquisitionLoop loop(replay);
+    EXPECT_EQ(loop.PlayFile(file), 900u);
+    EXPECT_EQ(loop.PlayBatch(file), 0u);
+    ASSERT_TRUE(replay.RawLog.EndLogFile(true));
+    EXPECT_EQ(Data(Folder + "second.raw"), Data(first));
+    EXPECT_EQ(replay.StatusOf(file).dropped, 0u);
+    EXPECT_EQ(replay.StatusOf(file).figures.bytesDiscarded, 0u);
+}
+
+TEST_F(APlayback, PlayingFileAndLivePortRunInOneLoop) {
+    const std::string first = WriteLog(50);
+    int file = Doc.AddFileResource(first);
+    CQorViewIns* old = nullptr;
+    ASSERT_EQ(Doc.RemoveInstrument(Port, 0), CommResult::Success);
+    old = Add("PRO", file);
+    ASSERT_NE(old, nullptr);
+    {
+        CRecursiveLock lock(Doc.DocLock);
+        Doc.Resources[static_cast<std::size_t>(file)]->Playing = true;
+    }
+    while (Loop.Step(0)) {
+    }
+    EXPECT_EQ(old->FramesReceived, 50u);
+    CRecursiveLock lock(Doc.DocLock);
+    EXPECT_FALSE(Doc.Resources[static_cast<std::size_t>(file)]->Playing);
+}
+
+TEST_F(APlayback, PlayingStopsWhenAsked) {
+    const std::string first = WriteLog(3000);
+    CQorViewDoc replay(Clock, Script.Factory(), User, Profile);
+    int file = replay.AddFileResource(first);
+    SetUpInstruments(replay, file);
+    std::atomic<bool> stop = false;
+    {
+        CRecursiveLock lock(replay.DocLock);
+        replay.OnFrame = [&](int, CQorViewIns&, const FrameCheckResult&) { stop = true; };
+    }
+    CAcquisitionLoop loop(replay);
+    EXPECT_LT(loop.PlayFile(file, &stop), 9000u);
+}
+
+} // namespace
+} // namespace qor

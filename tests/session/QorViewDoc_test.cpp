@@ -1,0 +1,114 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// The document's lists: what can be added and removed, what is refused and reported, and how roles
+// and frames follow.
+#include "SessionFixture.h"
+
+namespace qor {
+namespace {
+
+using testing::HasSubstr;
+
+class ADocument : public ASession {};
+
+TEST_F(ADocument, RefusedAdditionsAreReportedAndChangeNothing) {
+    Add("PRO", Port);
+    Reported();
+    CommResult result{};
+    EXPECT_EQ(Doc.AddSerialResource({.portName = "PORT1", .globalSyncString = ""}, &result), -1);
+    EXPECT_EQ(result, CommResult::ResourceAlreadyDefined);
+    EXPECT_THAT(Reported(), HasSubstr("Unable to add communications resource: PORT1.|"
+                                      "\tThe communications resource has already been defined.|"));
+    EXPECT_EQ(Doc.AddFileResource(Folder + "none.raw", {}, &result), -1);
+    EXPECT_EQ(result, CommResult::FileError);
+    EXPECT_EQ(Reported(), "Unable to add communications resource: " + Folder +
+                              "none.raw.|\tThe file could not be found.|");
+
+    struct {
+        std::string path;
+        int resource;
+        DefinitionStatus definition;
+        CommResult comm;
+        std::string line;
+    } cases[] = {
+        {Folder + "none.cal", Port, DefinitionStatus::OpenFailed, CommResult::Success, "none.cal"},
+        {Folder + "PRO.cal", Port, DefinitionStatus::Success, CommResult::InstrumentAlreadyDefined,
+         "\tThe instrument has already been defined.|"},
+        {Put("NEW.cal", CounterDefinition("NEW")), 5, DefinitionStatus::Success,
+         CommResult::ResourceReference, "\tThe communications resource reference is invalid.|"},
+    };
+    for (const auto& row : cases) {
+        AddedInstrument added = Doc.AddInstrument(row.path, row.resource);
+        EXPECT_EQ(added.instrument, nullptr);
+        EXPECT_EQ(added.definition, row.definition) << row.path;
+        EXPECT_EQ(added.comm, row.comm) << row.path;
+        EXPECT_THAT(Reported(), HasSubstr(row.line));
+    }
+    EXPECT_EQ(Doc.FiguresOf(-1).size(), 1u);
+    EXPECT_EQ(Doc.ResourceCount(), 1u);
+}
+
+TEST_F(ADocument, RolesAndFramesFollowWhenOthersAreRemoved) {
+    Add("A", Port);
+    CQorViewIns* b = Add("B", Port);
+    int second = Doc.AddSerialResource({.portName = "PORT2", .globalSyncString = ""});
+    CQorViewIns* c = Add("C", second);
+    Doc.SetRole(InstrumentRole::Profiler, Port, 1);
+    Doc.SetRole(InstrumentRole::Reference, second, 0);
+    Doc.SetRole(InstrumentRole::Tracker, Port, 0);
+    EXPECT_EQ(Doc.RemoveInstrument(Port, 0), CommResult::Success);
+    EXPECT_EQ(Doc.Role(InstrumentRole::Profiler).instrument, 0);
+    EXPECT_FALSE(Doc.Role(InstrumentRole::Tracker).Assigned());
+    Offer(*b, {CounterFrame("B", 1)});
+    EXPECT_EQ(b->FramesReceived, 1u);
+
+    EXPECT_EQ(Doc.RemoveResource(Port), CommResult::Success);
+    EXPECT_EQ(Doc.Role(InstrumentRole::Reference).resource, 0);
+    EXPECT_FALSE(Doc.Role(InstrumentRole::Profiler).Assigned());
+    RoleHolder place;
+    EXPECT_EQ(Doc.FindInstrument("C", &place), c);
+    EXPECT_EQ(place.resource, 0);
+    EXPECT_EQ(Doc.FindInstrument("B"), nullptr);
+    Offer(*c, {CounterFrame("C", 1), CounterFrame("C", 3)});
+    EXPECT_EQ(Doc.StatusOf(0).frames, 2u);
+    EXPECT_EQ(Doc.StatusOf(0).dropped, 1u);
+    EXPECT_EQ(Doc.RemoveResource(1), CommResult::ResourceReference);
+    EXPECT_EQ(Doc.RemoveInstrument(0, 1), CommResult::InstrumentReference);
+}
+
+TEST_F(ADocument, ImmersionIsSetByNameOrForAll) {
+    CQorViewIns* a = Add("A", Port);
+    CQorViewIns* b = Add("B", Port);
+    EXPECT_EQ(Doc.SetImmersed("B", true), 1);
+    EXPECT_EQ(Doc.SetImmersed("none", true), 0);
+    EXPECT_TRUE(!a->Immersed && b->Immersed);
+    EXPECT_EQ(Doc.SetImmersed("", true), 2);
+    EXPECT_TRUE(a->Immersed);
+}
+
+TEST_F(ADocument, CurrentFrameAndItsValuesAreTheLatestOnes) {
+    CQorViewIns* a = Add("A", Port);
+    const CSensor& value = *a->Definition().NextSensor("VALUE");
+    double number = 0;
+    EXPECT_EQ(a->Value(value, number), ConversionStatus::MissingArgument);
+    EXPECT_EQ(a->Par(number), ConversionStatus::MissingArgument);
+    Offer(*a, {CounterFrame("A", 1)});
+    EXPECT_EQ(a->Value(value, number), ConversionStatus::Good);
+    EXPECT_EQ(number, 258.0);
+    EXPECT_EQ(a->CurrentFrame()->Text(), CounterFrame("A", 1));
+    EXPECT_EQ(a->Par(number), ConversionStatus::NotUsable);
+    CQorViewIns* b = Add("B", Port);
+    EXPECT_EQ(a->Value(*b->Definition().NextSensor("VALUE"), number), ConversionStatus::NotUsable);
+    Offer(*a, {"A"});
+    EXPECT_EQ(a->Value(value, number), ConversionStatus::FrameTooShort);
+    EXPECT_EQ(number, 258.0);
+}
+
+TEST_F(ADocument, WithoutAControllerNothingIsReported) {
+    CQorTelemetryDoc bare;
+    bare.ReportMessage("nobody hears\r\n");
+    EXPECT_EQ(bare.Controller(), nullptr);
+}
+
+} // namespace
+} // namespace qor

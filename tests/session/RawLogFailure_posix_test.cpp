@@ -1,0 +1,161 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// What the disk can do to a raw log: no folder, no right, a file held elsewhere, no room. A limit
+// on the size of files stands in for a full disk.
+#if !defined(_WIN32)
+#include "SessionFixture.h"
+#include "fakes/CollectingSink.h"
+
+#include <csignal>
+#include <sys/resource.h>
+
+namespace qor {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+class AFailingDisk : public ASession {
+  protected:
+    AFailingDisk() { std::signal(SIGXFSZ, SIG_IGN); }
+    ~AFailingDisk() override { LimitFiles(RLIM_INFINITY); }
+
+    static void LimitFiles(rlim_t bytes) {
+        rlimit limit{};
+        ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &limit), 0);
+        limit.rlim_cur = bytes == RLIM_INFINITY ? limit.rlim_max : bytes;
+        ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+    }
+    std::string Opening(const std::string& cause) {
+        return "An error occured opening the file\r\n\"" + Folder + "cast.raw\".\r\n" + cause;
+    }
+};
+
+TEST_F(AFailingDisk, FailureToOpenIsToldAndLeavesNoRun) {
+    std::filesystem::create_directory(Folder + "cast.raw");
+    Set([](LogOptions& options) { options.overwriteExisting = true; });
+    EXPECT_FALSE(Begin());
+    auto told = User.TakeMessages();
+    ASSERT_FALSE(told.empty());
+    EXPECT_EQ(told.back(), Opening("The file could not be accessed."));
+    EXPECT_FALSE(Doc.RawLog.Status().loggingActive);
+    ASSERT_EQ(std::filesystem::remove(Folder + "cast.raw"), true);
+    EXPECT_TRUE(Doc.RawLog.BeginLogFile());
+}
+
+TEST_F(AFailingDisk, LogThatAnotherProgramWritesIsNotTouched) {
+    CFile other;
+    ASSERT_EQ(other.CreateExclusive(Folder + "cast.raw"), FileCause::None);
+    ASSERT_EQ(other.Write(AsBytes("theirs")), FileCause::None);
+    Set([](LogOptions& options) { options.overwriteExisting = true; });
+    EXPECT_FALSE(Begin());
+    EXPECT_THAT(
+        User.TakeMessages(),
+        ElementsAre(Opening("A sharing violation occured, or a shared region was locked.")));
+    EXPECT_EQ(Content(Folder + "cast.raw"), "theirs");
+}
+
+TEST_F(AFailingDisk, DiskFullInTheHeaderAbandonsTheLog) {
+    LimitFiles(1000);
+    EXPECT_FALSE(Begin());
+    LimitFiles(RLIM_INFINITY);
+    EXPECT_THAT(User.TakeMessages(),
+                ElementsAre("An error occured creating the log file headers.\r\nLogging has been "
+                            "aborted.\r\nSee the session log for details."));
+    EXPECT_THAT(Reported(), testing::EndsWith("|Error writing to log file: The disk is full..|"));
+    EXPECT_FALSE(Doc.RawLog.Status().logOpen);
+}
+
+TEST_F(AFailingDisk, DiskFullEndsTheLogWithAWholeRecordAndStopsTheRun) {
+    CQorViewIns* pro = Add("PRO", Port);
+    Set([](LogOptions& options) {
+        options.durationEnabled = options.repeatEnabled = true;
+        options.duration = {1, 0, 0};
+    });
+    ASSERT_TRUE(Begin());
+    Reported();
+    // One record is 13 bytes; two and a half have room.
+    LimitFiles(2304 + 2 * 13 + 6);
+    Offer(*pro, {CounterFrame("PRO", 1)});
+    std::vector<std::string> batch;
+    for (int i = 2; i < 6; ++i)
+        batch.push_back(CounterFrame("PRO", i));
+    Offer(*pro, batch);
+    Offer(*pro, {CounterFrame("PRO", 6)});
+    LimitFiles(RLIM_INFINITY);
+    EXPECT_EQ(Content(Folder + "cast.raw").size(), 2304u + 2 * 13);
+    EXPECT_EQ(Reported(), "Error writing to log file: The disk is full..|End log file: \"" +
+                              Folder + "cast.raw\".|");
+    LogStatus status = Doc.RawLog.Status();
+    EXPECT_FALSE(status.loggingActive || status.intervalRun || status.waitingForNextLog);
+    EXPECT_EQ(status.framesLogged, 2u);
+    EXPECT_EQ(status.framesOffered, 3u);
+    EXPECT_EQ(pro->FramesThisLog, 3u);
+    EXPECT_EQ(pro->FramesReceived, 6u);
+}
+
+TEST_F(AFailingDisk, DiskFullAtATimeStampEndsTheLog) {
+    Set([](LogOptions& options) { options.timeStampEnabled = true; });
+    ASSERT_TRUE(Begin());
+    LimitFiles(2304 + 128 + 10);
+    Clock.Advance(1000);
+    Doc.RawLog.OnLogTick();
+    LimitFiles(RLIM_INFINITY);
+    EXPECT_EQ(Content(Folder + "cast.raw").size(), 2304u + 128);
+    EXPECT_FALSE(Doc.RawLog.Status().loggingActive);
+}
+
+TEST_F(AFailingDisk, FailedNextFileEndsAnIntervalRun) {
+    Set([](LogOptions& options) {
+        options.durationEnabled = options.repeatEnabled = true;
+        options.duration = options.repeatInterval = {0, 0, 1};
+    });
+    ASSERT_TRUE(Begin());
+    for (int i = 0; i < 3; ++i) {
+        Clock.Advance(1000);
+        Doc.RawLog.OnLogTick(); // ends the first file, then may not replace it
+    }
+    EXPECT_FALSE(Doc.RawLog.Status().loggingActive);
+}
+
+TEST_F(AFailingDisk, RemovedLogIsToldAtItsEnd) {
+    ASSERT_TRUE(Begin());
+    std::filesystem::remove(Folder + "cast.raw");
+    EXPECT_TRUE(Doc.RawLog.EndLogFile(true));
+    EXPECT_THAT(User.TakeMessages(),
+                ElementsAre("An error occured while accessing the log file\r\n\"" + Folder +
+                            "cast.raw\"."));
+}
+
+TEST_F(AFailingDisk, SessionLogGoesOnInMemoryAfterAWriteFailure) {
+    Doc.SessionLog.SetFile(true, Folder);
+    Doc.SessionLog.OpenSessionLog();
+    LimitFiles(10);
+    Doc.AddSessionLogEntry("A\r\n");
+    Doc.AddSessionLogEntry("B\r\n");
+    LimitFiles(RLIM_INFINITY);
+    EXPECT_THAT(User.TakeMessages(),
+                ElementsAre("An error occured while writing to the session log file:\r\n\"" +
+                            Folder +
+                            "QorView.log\".\r\nThe disk is full.\r\nSession log aborted."));
+    EXPECT_THAT(Doc.SessionLog.SessionLogText(), HasSubstr("B\r\n"));
+    EXPECT_EQ(Doc.SessionLog.FilePath(), "");
+}
+
+TEST_F(AFailingDisk, FailedSynchronisationIsReportedOncePerFile) {
+    CCollectingSink sink;
+    CDiskSync sync(sink);
+    CFile closed, good;
+    ASSERT_EQ(good.CreateExclusive(Folder + "good"), FileCause::None);
+    sync.Watch(closed);
+    sync.Watch(good);
+    sync.Finish();
+    sync.Stop();
+    ASSERT_EQ(sink.Messages().size(), 1u);
+    EXPECT_THAT(sink.Messages()[0],
+                testing::StartsWith("Error synchronizing log file with the disk"));
+}
+
+} // namespace
+} // namespace qor
+#endif

@@ -1,0 +1,305 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// Raw logs: names and questions, the header block to the byte, frames and their tags, interval
+// runs.
+#include "SessionFixture.h"
+
+namespace qor {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+// 2005-05-03 14:23:05.250: year and day 2005123, time 142305250.
+const std::string Tag("\x1E\x98\x83\x08\x7B\x67\xE2", 7);
+
+class ARawLog : public ASession {
+  protected:
+    /// The header's lines as "value (TAG)|"; each record is 128 bytes, filled up with NUL.
+    static std::string Header(const std::string& path) {
+        std::string content = Content(path), lines;
+        for (std::size_t at = 0; content.compare(at, 7, "QORHDR ") == 0; at += 128) {
+            std::string record = content.substr(at, 128);
+            std::size_t end = record.find("\r\n");
+            EXPECT_EQ(record.substr(end + 2), std::string(128 - end - 2, '\0'));
+            lines += record.substr(7, end - 7) + "|";
+        }
+        return lines;
+    }
+    void Ticks(int seconds) {
+        for (int i = 0; i < seconds; ++i) {
+            Clock.Advance(1000);
+            Doc.RawLog.OnLogTick();
+        }
+    }
+    std::string Log(const std::string& name = "cast.raw") { return Folder + name; }
+};
+
+TEST_F(ARawLog, HeaderWithoutRolesAndOptionsHasEighteenRecords) {
+    {
+        CRecursiveLock lock(Doc.DocLock);
+        Doc.Station = {std::string(200, 'c'), "op", "44 N", "63 W", "GMT", "calm", "ST1", "AA"};
+    }
+    ASSERT_TRUE(Begin());
+    EXPECT_EQ(Content(Log()).size(), 2304u);
+    EXPECT_EQ(Header(Log()),
+              std::string(107, 'c') +
+                  " (CRUISE-ID)|op (OPERATOR)|44 N (LATITUDE)|63 W (LONGITUDE)|GMT (ZONE)|"
+                  "calm (COMMENT)|ST1 (STATION-ID)|AA (CAST)|Tue May 03 14:23:05 2005 (TIME-STAMP)|"
+                  "NONE (MODE)|OFF (PRESSURE-TARE)|OFF (TIMETAG)|ON (DATETAG)|ON (TIMETAG2)|"
+                  "OFF (PROFILER)|OFF (REFERENCE)|OFF (PRO-DARK)|OFF (REF-DARK)|");
+}
+
+TEST_F(ARawLog, RolesAndOptionsAddTheirRecordsInFileOrder) {
+    Add("PRO", Port), Add("REF", Port), Add("TRK", Port), Add("SQM", Port), Add("DUT", Port);
+    AddedInstrument gps =
+        Doc.AddInstrument(std::string(QORVIEW_SOURCE_DIR) + "/examples/gps.tdf", Port);
+    ASSERT_NE(gps.instrument, nullptr) << gps.parseLog;
+    int place = 0;
+    for (auto role :
+         {InstrumentRole::Profiler, InstrumentRole::Reference, InstrumentRole::Tracker,
+          InstrumentRole::SqmInstrument, InstrumentRole::DeviceUnderTest, InstrumentRole::Gps})
+        Doc.SetRole(role, Port, place++);
+    Doc.SetRole(InstrumentRole::WeatherStation, Port, 0);
+    Doc.SetImmersed("PRO", true);
+    Set([](LogOptions& options) { options.timeStampEnabled = options.gpsHeaderEnabled = true; });
+    {
+        CRecursiveLock lock(Doc.DocLock);
+        Doc.PressureTare = 0.1;
+        Doc.Station.latitude = "typed";
+    }
+    ASSERT_TRUE(Begin("before.raw"));
+    EXPECT_THAT(Header(Log("before.raw")), HasSubstr("|typed (LATITUDE)|"));
+    Offer(*gps.instrument,
+          {"$GPRMC,092204.00,A,4436.1234,S,06334.5678,W,5.2,123.4,130705,018.2,W*00"
+           "\r\n"});
+    ASSERT_TRUE(Doc.RawLog.EndLogFile(true));
+    ASSERT_TRUE(Begin());
+    EXPECT_THAT(Header(Log()), HasSubstr("|44 36' 07\" S (LATITUDE)|63 34' 34\" W (LONGITUDE)|"));
+    EXPECT_THAT(Header(Log()),
+                testing::EndsWith(
+                    "|0.100000 (PRESSURE-TARE)|OFF (TIMETAG)|ON (DATETAG)|ON (TIMETAG2)|"
+                    "$PCZDA (NMEA)|WET (PROFILER)|DRY (REFERENCE)|OFF (PRO-DARK)|OFF (REF-DARK)|"
+                    "PRO (PRO-ID)|REF (REF-ID)|TRK (TRK-ID)|ON (WEATHER)|$GPRMC (NMEA)|"
+                    "SQM (SQM-ID)|DUT (DUT-ID)|"));
+}
+
+TEST_F(ARawLog, RoleWhoseInstrumentIsNotThereReadsAsOff) {
+    Doc.SetRole(InstrumentRole::Profiler, 7, 3);
+    EXPECT_EQ(Doc.Role(1).resource, 7);
+    EXPECT_EQ(Doc.Role(9).resource, -1);
+    EXPECT_EQ(Doc.Role(-1).instrument, -1);
+    ASSERT_TRUE(Begin());
+    EXPECT_THAT(Header(Log()), HasSubstr("|0.000000 (PRESSURE-TARE)|"));
+    EXPECT_THAT(Header(Log()), testing::EndsWith("|OFF (PROFILER)|OFF (REFERENCE)|OFF (PRO-DARK)|"
+                                                 "OFF (REF-DARK)|"));
+}
+
+TEST_F(ARawLog, FramesAreFollowedByTheirArrivalTimeButThoseOfTheGps) {
+    CQorViewIns* pro = Add("PRO", Port);
+    CQorViewIns* gps = Add("GPS", Port);
+    Doc.SetRole(InstrumentRole::Gps, Port, 1);
+    ASSERT_TRUE(Begin());
+    Offer(*pro, {CounterFrame("PRO", 1), CounterFrame("PRO", 2)});
+    Offer(*gps, {CounterFrame("GPS", 9)});
+    EXPECT_EQ(Data(Log()),
+              CounterFrame("PRO", 1) + Tag + CounterFrame("PRO", 2) + Tag + CounterFrame("GPS", 9));
+    LogStatus status = Doc.RawLog.Status();
+    EXPECT_EQ(status.framesLogged, 3u);
+    EXPECT_EQ(status.fileSize, Content(Log()).size());
+    EXPECT_TRUE(status.dataLogged);
+    EXPECT_EQ(pro->FramesThisLog, 2u);
+}
+
+TEST_F(ARawLog, OnlyUnusableFramesAndThoseOfSilencedInstrumentsAreLeftOut) {
+    CQorViewIns* pro = Add("PRO", Port);
+    CQorViewIns* off = Add("OFF", Port);
+    std::vector<std::uint64_t> seen;
+    {
+        CRecursiveLock lock(Doc.DocLock);
+        off->LoggingEnabled = false;
+        Doc.OnFrame = [&](int resource, CQorViewIns& instrument, const FrameCheckResult& found) {
+            EXPECT_EQ(resource, Port);
+            EXPECT_NE(instrument.CurrentFrame(), nullptr);
+            seen.push_back(found.dropped);
+        };
+    }
+    Offer(*pro, {CounterFrame("PRO", 1)});
+    EXPECT_FALSE(std::filesystem::exists(Log()));
+    ASSERT_TRUE(Begin());
+    Offer(*pro, {CounterFrame("PRO", 2)}, true);
+    Offer(*off, {CounterFrame("OFF", 1)});
+    Offer(*pro, {CounterFrame("PRO", 9)}); // dropped frames before it: a check error, and logged
+    EXPECT_EQ(Data(Log()), CounterFrame("PRO", 9) + Tag);
+    EXPECT_THAT(seen, ElementsAre(0, 0, 0, 1));
+    EXPECT_EQ(pro->FramesThisLog, 1u);
+    EXPECT_EQ(Doc.RawLog.Status().framesOffered, 2u);
+    CFrameQueue stray;
+    CFrameInfo nobodys;
+    nobodys.identity = 4000000000;
+    stray.PushSlot().Assign(nobodys, AsBytes("stray"), 0);
+    stray.PushSlot().Assign(CFrameInfo{}, AsBytes("stray"), 0);
+    EXPECT_EQ(Doc.RawLog.LogFrames(stray), 0u);
+    EXPECT_TRUE(stray.Empty());
+}
+
+TEST_F(ARawLog, FinishedLogIsReadOnlyAndReplacedOnlyWithConsent) {
+    {
+        CRecursiveLock lock(Doc.DocLock);
+        Doc.NoDialogs = false;
+    }
+    ASSERT_TRUE(Begin("cast"));
+    ASSERT_TRUE(Doc.RawLog.EndLogFile(true));
+    bool readOnly = false;
+    ASSERT_EQ(IsReadOnly(Log(), readOnly), FileCause::None);
+    EXPECT_TRUE(readOnly);
+    EXPECT_EQ(Reported().substr(Reported().size()), "");
+
+    User.AnswersYes = false;
+    EXPECT_FALSE(Doc.RawLog.BeginLogFile());
+    EXPECT_FALSE(Doc.RawLog.BeginLogFile());
+    EXPECT_THAT(User.TakeQuestions(),
+                ElementsAre("The log file \"" + Log() +
+                            "\"\r\nalready exists. Do you want to replace this file on the next "
+                            "log?"));
+    User.AnswersYes = true;
+    Clock.Advance(1000);
+    ASSERT_TRUE(Begin("cast"));
+    EXPECT_THAT(Header(Log()), HasSubstr("14:23:06 2005"));
+    EXPECT_FALSE(Doc.RawLog.BeginLogFile());
+    EXPECT_THAT(User.TakeMessages(), IsEmpty());
+}
+
+TEST_F(ARawLog, WhereNobodyCanBeAskedAnExistingLogStays) {
+    Put("cast.raw", "precious");
+    EXPECT_FALSE(Begin());
+    EXPECT_EQ(Content(Log()), "precious");
+    EXPECT_THAT(Reported(),
+                HasSubstr("already exists and is not replaced.|\tLogging has not begun."));
+    Set([](LogOptions& options) { options.overwriteExisting = true; });
+    EXPECT_TRUE(Begin());
+    EXPECT_THAT(User.TakeQuestions(), IsEmpty());
+}
+
+TEST_F(ARawLog, ConfirmationIsAskedOnceARunWithTheLockReleased) {
+    {
+        CRecursiveLock lock(Doc.DocLock);
+        Doc.NoDialogs = false;
+    }
+    User.WhileAsked = [this] {
+        // A frame or a display on another thread is not held up, and a second start is refused.
+        std::thread([this] { EXPECT_FALSE(Doc.RawLog.Status().logOpen); }).join();
+        EXPECT_FALSE(Doc.RawLog.BeginLogFile());
+        EXPECT_FALSE(Doc.RawLog.EndLogFile(true));
+    };
+    User.Confirms = false;
+    EXPECT_FALSE(Begin());
+    EXPECT_FALSE(std::filesystem::exists(Log()));
+    User.Confirms = true;
+    Set([](LogOptions& options) {
+        options.durationEnabled = options.repeatEnabled = true;
+        options.duration = {0, 0, 2};
+    });
+    SetMode(LogNamingMode::TimeStamp);
+    ASSERT_TRUE(Doc.RawLog.BeginLogFile());
+    Ticks(6);
+    EXPECT_GE(std::distance(std::filesystem::directory_iterator(Folder), {}), 2);
+    EXPECT_THAT(User.TakeDialogs(), ElementsAre("cast.raw", "(TIME STAMP)"));
+    EXPECT_TRUE(Doc.RawLog.EndLogFile(true));
+    SetMode(LogNamingMode::TimeStamp);
+    Clock.Advance(60000);
+    ASSERT_TRUE(Doc.RawLog.BeginLogFile());
+    EXPECT_THAT(User.TakeDialogs(), ElementsAre("(TIME STAMP)"));
+}
+
+TEST_F(ARawLog, IntervalRunOpensFilesByItsTimers) {
+    Set([](LogOptions& options) {
+        options.durationEnabled = options.repeatEnabled = options.loggingSounds = true;
+        options.duration = {0, 0, 10};
+        options.repeatInterval = {0, 1, 0};
+    });
+    {
+        CRecursiveLock lock(Doc.DocLock);
+        Doc.ExitIfDone = true;
+    }
+    SetMode(LogNamingMode::TimeStamp);
+    ASSERT_TRUE(Doc.RawLog.BeginLogFile());
+    Ticks(9);
+    EXPECT_TRUE(Doc.RawLog.Status().logOpen);
+    EXPECT_EQ(Doc.RawLog.Status().logElapsed, 9);
+    Ticks(1);
+    EXPECT_TRUE(Doc.RawLog.Status().waitingForNextLog);
+    EXPECT_FALSE(Doc.RawLog.Status().logOpen);
+    Ticks(59);
+    EXPECT_FALSE(Doc.RawLog.Status().logOpen);
+    Ticks(1);
+    EXPECT_TRUE(Doc.RawLog.Status().logOpen);
+    const std::string first = Folder + "2005-123-142305.raw",
+                      second = Folder + "2005-123-142415.raw";
+    EXPECT_EQ(Reported(), "Initializing serial communications on PORT1.|"
+                          "\tGlobal synchronization has been deactivated.|"
+                          "Begin log file: \"" +
+                              first + "\".|End log file: \"" + first + "\".|Begin log file: \"" +
+                              second + "\".|");
+    EXPECT_EQ(User.Asterisks, 3);
+    EXPECT_TRUE(Doc.RawLog.EndLogFile(true));
+    EXPECT_FALSE(Doc.RawLog.Status().loggingActive);
+    EXPECT_EQ(User.CloseRequests, 0);
+    Set([](LogOptions& options) { options.repeatEnabled = false; });
+    Ticks(60);
+    ASSERT_TRUE(Doc.RawLog.BeginLogFile());
+    Ticks(10);
+    EXPECT_FALSE(Doc.RawLog.Status().loggingActive);
+    EXPECT_EQ(User.CloseRequests, 1);
+}
+
+TEST_F(ARawLog, StepOfTheWallClockIsNotedAndMovesNoTimer) {
+    Set([](LogOptions& options) {
+        options.durationEnabled = true;
+        options.duration = {0, 0, 10};
+    });
+    ASSERT_TRUE(Begin());
+    Ticks(2);
+    Clock.SetLocal(2005, 5, 3, 15, 23, 7, 250);
+    Ticks(1);
+    Clock.SetLocal(2005, 5, 3, 14, 23, 8, 250);
+    Ticks(6);
+    EXPECT_THAT(Reported(), HasSubstr("The system clock was set forward by 3600.000 seconds.|"
+                                      "The system clock was set back by 3600.000 seconds.|"));
+    EXPECT_TRUE(Doc.RawLog.Status().logOpen);
+    Ticks(1);
+    EXPECT_FALSE(Doc.RawLog.Status().logOpen);
+    EXPECT_THAT(Reported(), testing::StartsWith("End log file"));
+}
+
+TEST_F(ARawLog, TimeStampIsWrittenOnceASecondBetweenFrames) {
+    CQorViewIns* pro = Add("PRO", Port);
+    Set([](LogOptions& options) { options.timeStampEnabled = true; });
+    ASSERT_TRUE(Begin());
+    Doc.RawLog.OnLogTick(); // the second in which the log began
+    Offer(*pro, {CounterFrame("PRO", 1)});
+    Clock.Advance(800);
+    Doc.RawLog.OnLogTick();
+    Doc.RawLog.OnLogTick();
+    EXPECT_EQ(Data(Log()), CounterFrame("PRO", 1) + Tag + "$PCZDA,142306.00,03,05,2005,,\r\n");
+}
+
+TEST_F(ARawLog, ViewUpdatesAreDeliveredByTheNextTick) {
+    int updates = 0;
+    Doc.OnViewsUpdate = [&] { ++updates; };
+    Doc.RawLog.OnLogTick();
+    const int before = updates;
+    ASSERT_TRUE(Begin());
+    EXPECT_EQ(updates, before);
+    Ticks(3);
+    EXPECT_EQ(updates, before + 1);
+}
+
+TEST_F(ARawLog, EndingWithoutALogOnlyAborts) {
+    EXPECT_FALSE(Doc.RawLog.EndLogFile(false));
+    EXPECT_TRUE(Doc.RawLog.EndLogFile(true));
+}
+
+} // namespace
+} // namespace qor

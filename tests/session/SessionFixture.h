@@ -1,0 +1,177 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// A session on a bench: a document with a manual clock, a scripted operator and a folder of its
+// own. Frames are offered to the log as if a port had cut them.
+#pragma once
+
+#include "base/Text.h"
+#include "fakes/ScriptedUser.h"
+#include "session/QorViewDoc.h"
+
+#include <filesystem>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sstream>
+#include <thread>
+
+namespace qor {
+
+/// Both clocks, moved by hand; local time is three hours behind UTC.
+class CBenchClock : public CClock {
+  public:
+    FrameTime Now() override {
+        CLock held(Guard);
+        return Wall;
+    }
+    std::int64_t MonotonicMilliseconds() override {
+        CLock held(Guard);
+        return Monotonic;
+    }
+    void Sleep(int milliseconds) override { Advance(milliseconds); }
+
+    void SetLocal(int year, int month, int day, int hour, int minute, int second, int ms = 0) {
+        CLock held(Guard);
+        Wall.seconds = SecondsFromCalendar(year, month, day, hour, minute, second) + 3 * 3600;
+        Wall.milliseconds = static_cast<std::uint16_t>(ms);
+        Wall.utcOffsetMinutes = -180;
+        Wall.known = true;
+    }
+    void Advance(std::int64_t ms) {
+        CLock held(Guard);
+        Monotonic += ms;
+        std::int64_t all = Wall.seconds * 1000 + Wall.milliseconds + ms;
+        Wall.seconds = all / 1000;
+        Wall.milliseconds = static_cast<std::uint16_t>(all % 1000);
+    }
+
+  private:
+    CMutex Guard;
+    FrameTime Wall GUARDED_BY(Guard);
+    std::int64_t Monotonic GUARDED_BY(Guard) = 5000;
+};
+
+/// A definition of fixed frames: sync header, two-byte value, frame counter.
+inline std::string CounterDefinition(const std::string& name) {
+    return Format("INSTRUMENT %s '' %zu AS 0 NONE\nVALUE NONE '' 2 BU 0 COUNT\n"
+                  "FRAME COUNTER '' 1 BU 0 COUNT\n",
+                  name.c_str(), name.size());
+}
+inline std::string CounterFrame(const std::string& name, int counter) {
+    return name + "\x01\x02" + static_cast<char>(counter);
+}
+
+class ASession : public testing::Test {
+  protected:
+    explicit ASession(SerialPortFactory makePort = [] { return nullptr; })
+        : Folder(MakeFolder()), Doc(Clock, std::move(makePort), User, Profile) {
+        Clock.SetLocal(2005, 5, 3, 14, 23, 5, 250);
+        CRecursiveLock lock(Doc.DocLock);
+        Doc.NoDialogs = true;
+        Doc.Naming.logDirectory = Folder;
+        Port = Doc.AddSerialResource({.portName = "PORT1", .globalSyncString = ""});
+    }
+    ~ASession() override {
+        std::error_code ignored;
+        std::filesystem::remove_all(Folder, ignored);
+    }
+
+    static std::string MakeFolder() {
+        static int made = 0;
+        std::filesystem::path folder = std::filesystem::path(testing::TempDir()) /
+                                       Format("qorsession%lld-%d", RunNumber(), made++);
+        std::filesystem::create_directories(folder);
+        return folder.string() + PathSeparator();
+    }
+    static long long RunNumber() {
+        static const long long number = std::chrono::steady_clock::now().time_since_epoch().count();
+        return number;
+    }
+
+    std::string Put(const std::string& name, const std::string& content) {
+        std::ofstream(Folder + name, std::ios::binary) << content;
+        return Folder + name;
+    }
+    static std::string Content(const std::string& path) {
+        std::ostringstream text;
+        text << std::ifstream(path, std::ios::binary).rdbuf();
+        return text.str();
+    }
+    CQorViewIns* Add(const std::string& name, int resource) {
+        return Doc.AddInstrument(Put(name + ".cal", CounterDefinition(name)), resource).instrument;
+    }
+
+    /// Hands frames to the raw log, stamped with now.
+    void Offer(const CQorViewIns& instrument, const std::vector<std::string>& frames,
+               bool error = false) {
+        CFrameQueue queue;
+        RoleHolder place;
+        Doc.FindInstrument(instrument.Name(), &place);
+        CFrameInfo info;
+        {
+            CRecursiveLock lock(Doc.DocLock);
+            info.identity =
+                Doc.Resources[static_cast<std::size_t>(place.resource)]->Comm.IdentityOf(
+                    instrument.Name());
+        }
+        info.time = Clock.Now();
+        for (const std::string& bytes : frames) {
+            CFrameData& slot = queue.PushSlot();
+            slot.Assign(info, AsBytes(bytes), 0);
+            slot.Error = error;
+        }
+        Doc.RawLog.LogFrames(queue);
+        Doc.RawLog.ShowPending();
+    }
+    /// Begins a log of this user file name.
+    bool Begin(const std::string& name = "cast.raw") {
+        SetMode(LogNamingMode::UserFileName, name);
+        return Doc.RawLog.BeginLogFile();
+    }
+    void SetMode(LogNamingMode mode, const std::string& userName = "") {
+        LogNaming naming;
+        naming.logNamingMode = mode;
+        naming.logDirectory = Folder;
+        naming.logUserFileName = userName;
+        naming.sqmBaseName = "sqm";
+        Doc.RawLog.SetNaming(naming);
+    }
+    /// Changes options under the lock.
+    template <class Change> void Set(Change change) {
+        CRecursiveLock lock(Doc.DocLock);
+        change(Doc.Options);
+    }
+    /// The session log's lines so far without stamps, each followed by "|".
+    std::string Reported() {
+        while (Doc.TakeCommands(0)) {
+        }
+        std::string text = Doc.SessionLog.SessionLogText(Read), lines;
+        Read += text.size();
+        std::istringstream stream(text);
+        for (std::string line; std::getline(stream, line);) {
+            if (!line.empty() && line.back() == '\r')
+                line.pop_back();
+            std::size_t stamp = line.find("> ");
+            lines += (stamp == 20 ? line.substr(22) : line) + "|";
+        }
+        return lines;
+    }
+    /// The frames of a log behind its header block.
+    static std::string Data(const std::string& path) {
+        std::string content = Content(path);
+        std::size_t at = 0;
+        while (content.compare(at, 7, "QORHDR ") == 0)
+            at += 128;
+        return content.substr(at);
+    }
+
+    CBenchClock Clock;
+    CScriptedUser User;
+    CMemoryProfileStore Profile;
+    std::string Folder;
+    CQorViewDoc Doc;
+    int Port = -1;
+    std::size_t Read = 0;
+};
+
+} // namespace qor

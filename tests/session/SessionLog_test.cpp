@@ -1,0 +1,136 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// Stamping of session-log entries and the choice of the session log's file.
+#include "SessionFixture.h"
+
+namespace qor {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+const std::string Stamp = "2026-11-13  07:05:44> ";
+
+TEST(SessionLogEntry, EveryLineIsStampedButContinuationsAndEmptyOnes) {
+    CalendarTime local = CalendarFromSeconds(SecondsFromCalendar(2026, 11, 13, 7, 5, 44));
+    struct {
+        std::string message, expected;
+    } cases[] = {
+        {"A\r\n", Stamp + "A\r\n"},
+        {"A\r\n\tB\r\n", Stamp + "A\r\n\tB\r\n"},
+        {"A\r\n\tB\r\nC\r\n", Stamp + "A\r\n\tB\r\n" + Stamp + "C\r\n"},
+        {"A\r\n\r\nC\r\n", Stamp + "A\r\n\r\n" + Stamp + "C\r\n"},
+        {"\tA\r\n", Stamp + "\tA\r\n"},
+        {"\r\n", Stamp + "\r\n"},
+        {"A\r\nlost", Stamp + "A\r\n"},
+        {"A\nB\r\n", Stamp + "A\nB\r\n"},
+        {"lost", ""},
+        {"lost\n", ""},
+        {"", ""},
+    };
+    for (const auto& row : cases)
+        EXPECT_EQ(FormatSessionLogEntry(row.message, local), row.expected);
+}
+
+class ASessionLog : public ASession {
+  protected:
+    void Open(bool enabled = true) {
+        Doc.SessionLog.SetFile(enabled, Folder);
+        Doc.SessionLog.OpenSessionLog();
+    }
+};
+
+TEST_F(ASessionLog, KeepsTheTextAndWritesTheSameBytes) {
+    Open();
+    EXPECT_EQ(Doc.SessionLog.FilePath(), Folder + "QorView.log");
+    Doc.AddSessionLogEntry("A\r\n\tB\r\n");
+    Doc.AddSessionLogEntry("no line end");
+    Doc.AddSessionLogEntry("C\r\n");
+    const std::string stamp = "2005-05-03  14:23:05> ";
+    const std::string text = stamp + "A\r\n\tB\r\n" + stamp + "C\r\n";
+    EXPECT_EQ(Doc.SessionLog.SessionLogText(), text);
+    EXPECT_EQ(Content(Folder + "QorView.log"), text);
+    EXPECT_EQ(Doc.SessionLog.SessionLogText(text.size()), "");
+}
+
+TEST_F(ASessionLog, ReportsArriveInTheOrderReported) {
+    Doc.BeginSession();
+    Doc.ReportMessage("first\r\n");
+    Doc.Report("second");
+    Doc.BeginSession("cast.qor");
+    EXPECT_THAT(Reported(), testing::EndsWith("Beginning new session.|first|second|"
+                                              "Beginning session \"cast.qor\".|"));
+}
+
+TEST_F(ASessionLog, NinthNameIsTheLastAndATenthUserIsTold) {
+    std::vector<CFile> others(8);
+    for (int i = 0; i < 8; ++i)
+        ASSERT_EQ(others[static_cast<std::size_t>(i)].CreateExclusive(
+                      Folder + (i == 0 ? "QorView.log" : Format("QorView%d.log", i + 1))),
+                  FileCause::None);
+    Open();
+    EXPECT_EQ(Doc.SessionLog.FilePath(), Folder + "QorView9.log");
+    CScriptedUser late;
+    SessionState session(Clock, late, Profile);
+    CSessionLog log(session);
+    log.SetFile(true, Folder);
+    log.OpenSessionLog();
+    EXPECT_EQ(log.FilePath(), "");
+    EXPECT_THAT(late.TakeMessages(),
+                ElementsAre("The maximum number of available session log files has been exceeded."
+                            "\r\nNo session log file will be recorded."));
+    log.AddSessionLogEntry("A\r\n");
+    EXPECT_NE(log.SessionLogText(), "");
+}
+
+TEST_F(ASessionLog, ReadOnlyNameIsPassedOverAndAFreeOneTruncated) {
+    Put("QorView.log", "old");
+    Put("QorView2.log", "old");
+    ASSERT_EQ(SetReadOnly(Folder + "QorView.log", true), FileCause::None);
+    Open();
+    EXPECT_EQ(Doc.SessionLog.FilePath(), Folder + "QorView2.log");
+    EXPECT_EQ(Content(Folder + "QorView2.log"), "");
+    EXPECT_EQ(Content(Folder + "QorView.log"), "old");
+}
+
+TEST_F(ASessionLog, OtherFailureNamesThePathAndTheCause) {
+    Doc.SessionLog.SetFile(true, Folder + "none" + PathSeparator());
+    Doc.SessionLog.OpenSessionLog();
+    EXPECT_THAT(User.TakeMessages(),
+                ElementsAre("An error occured while opening the session log file\r\n\"" + Folder +
+                            "none" + PathSeparator() +
+                            "QorView.log\".\r\nAll or part of the path is invalid.\r\nNo session "
+                            "log file will be recorded."));
+}
+
+TEST_F(ASessionLog, SwitchingOffKeepsTheFileUntilTheDirectoryChanges) {
+    Open();
+    Doc.AddSessionLogEntry("A\r\n");
+    Open(false);
+    Doc.AddSessionLogEntry("B\r\n");
+    EXPECT_THAT(Content(Folder + "QorView.log"), testing::HasSubstr("B\r\n"));
+    std::filesystem::create_directory(Folder + "other");
+    Doc.SessionLog.SetFile(true, Folder + "other" + PathSeparator());
+    Doc.SessionLog.OpenSessionLog();
+    Doc.AddSessionLogEntry("C\r\n");
+    EXPECT_THAT(Content(Folder + "QorView.log"), testing::Not(testing::HasSubstr("C\r\n")));
+    EXPECT_THAT(Content(Folder + "other" + PathSeparator() + "QorView.log"),
+                testing::EndsWith("C\r\n"));
+    EXPECT_THAT(User.TakeMessages(), IsEmpty());
+}
+
+TEST_F(ASessionLog, SettingsOutliveTheDocument) {
+    Open();
+    Set([](LogOptions& options) { options.loggingSounds = true; });
+    Doc.SaveSettings();
+    CQorViewDoc next(
+        Clock, [] { return nullptr; }, User, Profile);
+    next.LoadSettings();
+    EXPECT_TRUE(next.SessionLog.SessionLogEnabled());
+    EXPECT_EQ(next.SessionLog.SessionLogDirectory(), Folder);
+    CRecursiveLock lock(next.DocLock);
+    EXPECT_TRUE(next.Options.loggingSounds);
+}
+
+} // namespace
+} // namespace qor
