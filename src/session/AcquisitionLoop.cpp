@@ -10,8 +10,6 @@ namespace {
 
 /// Frames are looked for at least this often, also when a notice has been lost.
 constexpr int RoundMilliseconds = 100;
-/// A tick at the earliest this long after the one before.
-constexpr std::int64_t LeastTickDistance = 500;
 
 } // namespace
 
@@ -62,14 +60,16 @@ bool CAcquisitionLoop::Take(int milliseconds) {
     return Doc.TakeFrames() > 0 || commands;
 }
 
-/// Ticks once a second, just behind the start of the wall clock's second, so that each second has
-/// its time stamp; the waiting itself runs on the monotonic clock.
+/// Ticks just behind the start of each second of the wall clock, so that each has its time stamp,
+/// and at the moment at which a log is to begin or end; the waiting runs on the monotonic clock.
 bool CAcquisitionLoop::TickIfDue() {
     if (TickPlanned && Doc.Clock.MonotonicMilliseconds() < NextTick)
         return false;
     Doc.RawLog.OnLogTick();
-    std::int64_t rest = 1000 - Doc.Clock.Now().milliseconds;
-    NextTick = Doc.Clock.MonotonicMilliseconds() + (rest < LeastTickDistance ? rest + 1000 : rest);
+    const std::int64_t now = Doc.Clock.MonotonicMilliseconds();
+    const std::int64_t nextSecond = now + 1000 - Doc.Clock.Now().milliseconds;
+    const std::int64_t timer = Doc.RawLog.NextTimer();
+    NextTick = timer > now ? std::min(nextSecond, timer) : nextSecond;
     TickPlanned = true;
     return true;
 }

@@ -9,6 +9,7 @@
 #include "session/LogHeader.h"
 #include "telemetry/RawLogFormat.h"
 
+#include <limits>
 #include <utility>
 
 namespace qor {
@@ -293,6 +294,15 @@ bool CRawLog::TickLocked() {
     if (Session.Options.durationEnabled && State.logOpen && monotonic >= EndMonotonic)
         EndLocked(false);
     return false;
+}
+
+std::int64_t CRawLog::NextTimer() const {
+    CRecursiveLock lock(Session.DocLock);
+    if (State.waitingForNextLog)
+        return StartMonotonic;
+    if (State.logOpen && Session.Options.durationEnabled)
+        return EndMonotonic;
+    return std::numeric_limits<std::int64_t>::max();
 }
 
 void CRawLog::WriteTimeStamp(const FrameTime& now) {

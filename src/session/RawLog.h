@@ -47,6 +47,10 @@ class CRawLog {
     /// Once a second: elapsed time, time stamp, begin and end by the timers, view updates.
     void OnLogTick();
 
+    /// When the next log is to begin or this one to end, on the monotonic clock in milliseconds;
+    /// the largest number when no timer runs.
+    std::int64_t NextTimer() const;
+
     /// Processes and logs every frame of the queue and leaves it empty: one lock, and one write,
     /// for all of them. Returns how many an instrument claimed. The caller calls ShowPending once
     /// it holds the lock no more.

@@ -4,17 +4,21 @@
 #include "SessionFixture.h"
 #include "fakes/ScriptedPort.h"
 #include "session/AcquisitionLoop.h"
+#include "telemetry/RawLogFormat.h"
 
 namespace qor {
 namespace {
 
 using testing::HasSubstr;
 
-class ALoop : public ASession {
+/// Outlives the document whose ports it makes.
+struct AScript {
+    CPortScript Script;
+};
+
+class ALoop : public AScript, public ASession {
   protected:
     ALoop() : ASession(Script.Factory()), Loop(Doc) {}
-    ~ALoop() override { Loop.Stop(); }
-
     static std::string Frames(const std::string& name, int first, int count) {
         std::string all;
         for (int i = first; i < first + count; ++i)
@@ -29,7 +33,6 @@ class ALoop : public ASession {
         return frames;
     }
 
-    CPortScript Script;
     CAcquisitionLoop Loop;
 };
 
@@ -144,9 +147,9 @@ TEST_F(APlayback, LogReplayLogGivesTheSameBytes) {
     {
         CRecursiveLock lock(replay.DocLock);
         replay.NoDialogs = true;
-        replay.Naming = {.logNamingMode = LogNamingMode::UserFileName,
-                         .logDirectory = Folder,
-                         .logUserFileName = "second.raw"};
+        replay.Naming.logNamingMode = LogNamingMode::UserFileName;
+        replay.Naming.logDirectory = Folder;
+        replay.Naming.logUserFileName = "second.raw";
     }
     ASSERT_TRUE(replay.RawLog.BeginLogFile());
     CAcquisitionLoop loop(replay);

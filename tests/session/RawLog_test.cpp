@@ -154,8 +154,6 @@ TEST_F(ARawLog, FinishedLogIsReadOnlyAndReplacedOnlyWithConsent) {
     bool readOnly = false;
     ASSERT_EQ(IsReadOnly(Log(), readOnly), FileCause::None);
     EXPECT_TRUE(readOnly);
-    EXPECT_EQ(Reported().substr(Reported().size()), "");
-
     User.AnswersYes = false;
     EXPECT_FALSE(Doc.RawLog.BeginLogFile());
     EXPECT_FALSE(Doc.RawLog.BeginLogFile());
@@ -261,9 +259,9 @@ TEST_F(ARawLog, StepOfTheWallClockIsNotedAndMovesNoTimer) {
     });
     ASSERT_TRUE(Begin());
     Ticks(2);
-    Clock.SetLocal(2005, 5, 3, 15, 23, 7, 250);
+    Clock.StepWall(3600 * 1000);
     Ticks(1);
-    Clock.SetLocal(2005, 5, 3, 14, 23, 8, 250);
+    Clock.StepWall(-3600 * 1000);
     Ticks(6);
     EXPECT_THAT(Reported(), HasSubstr("The system clock was set forward by 3600.000 seconds.|"
                                       "The system clock was set back by 3600.000 seconds.|"));

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "base/Text.h"
+#include "fakes/ManualClock.h"
 #include "fakes/ScriptedUser.h"
 #include "session/QorViewDoc.h"
 
@@ -16,40 +17,6 @@
 #include <thread>
 
 namespace qor {
-
-/// Both clocks, moved by hand; local time is three hours behind UTC.
-class CBenchClock : public CClock {
-  public:
-    FrameTime Now() override {
-        CLock held(Guard);
-        return Wall;
-    }
-    std::int64_t MonotonicMilliseconds() override {
-        CLock held(Guard);
-        return Monotonic;
-    }
-    void Sleep(int milliseconds) override { Advance(milliseconds); }
-
-    void SetLocal(int year, int month, int day, int hour, int minute, int second, int ms = 0) {
-        CLock held(Guard);
-        Wall.seconds = SecondsFromCalendar(year, month, day, hour, minute, second) + 3 * 3600;
-        Wall.milliseconds = static_cast<std::uint16_t>(ms);
-        Wall.utcOffsetMinutes = -180;
-        Wall.known = true;
-    }
-    void Advance(std::int64_t ms) {
-        CLock held(Guard);
-        Monotonic += ms;
-        std::int64_t all = Wall.seconds * 1000 + Wall.milliseconds + ms;
-        Wall.seconds = all / 1000;
-        Wall.milliseconds = static_cast<std::uint16_t>(all % 1000);
-    }
-
-  private:
-    CMutex Guard;
-    FrameTime Wall GUARDED_BY(Guard);
-    std::int64_t Monotonic GUARDED_BY(Guard) = 5000;
-};
 
 /// A definition of fixed frames: sync header, two-byte value, frame counter.
 inline std::string CounterDefinition(const std::string& name) {
@@ -65,11 +32,14 @@ class ASession : public testing::Test {
   protected:
     explicit ASession(SerialPortFactory makePort = [] { return nullptr; })
         : Folder(MakeFolder()), Doc(Clock, std::move(makePort), User, Profile) {
-        Clock.SetLocal(2005, 5, 3, 14, 23, 5, 250);
+        // It is 14:23:05.250 on 3 May 2005, three hours behind UTC.
+        Clock.StepWall(3 * 3600 * 1000);
+        Clock.UtcOffsetMinutes = -180;
         CRecursiveLock lock(Doc.DocLock);
         Doc.NoDialogs = true;
         Doc.Naming.logDirectory = Folder;
-        Port = Doc.AddSerialResource({.portName = "PORT1", .globalSyncString = ""});
+        Port = Doc.AddSerialResource(
+            {.portName = "PORT1", .globalSyncString = "", .maxFrameDepth = 2000});
     }
     ~ASession() override {
         std::error_code ignored;
@@ -165,7 +135,7 @@ class ASession : public testing::Test {
         return content.substr(at);
     }
 
-    CBenchClock Clock;
+    CManualClock Clock;
     CScriptedUser User;
     CMemoryProfileStore Profile;
     std::string Folder;
