@@ -19,6 +19,7 @@ class CManualClock : public CClock {
         FrameTime time;
         time.seconds = now / 1000;
         time.milliseconds = static_cast<std::uint16_t>(now % 1000);
+        time.utcOffsetMinutes = UtcOffsetMinutes;
         time.known = true;
         return time;
     }
@@ -31,6 +32,9 @@ class CManualClock : public CClock {
     }
     /// A step of the wall clock alone, as somebody sets it.
     void StepWall(std::int64_t milliseconds) { Wall += milliseconds; }
+
+    /// Local time minus UTC.
+    std::atomic<std::int16_t> UtcOffsetMinutes = 0;
 
   private:
     std::atomic<std::int64_t> Wall;
