@@ -25,10 +25,12 @@ class CPortScript {
     CPortScript& BytesAtOnce(std::string bytes) {
         return Add({Step::ReadAtOnce, std::move(bytes)});
     }
-    /// Waits that bring nothing.
+    /// Waits in a row that bring nothing.
     CPortScript& Silence(int waits) {
+        CLock lock(Guard);
         for (int i = 0; i < waits; ++i)
-            Add({Step::Silence, {}});
+            Steps.push_back({Step::Silence, {}, 0, 0, {}});
+        Exhausted = false;
         return *this;
     }
     /// A communications event, and the line errors that are found then.
@@ -51,8 +53,10 @@ class CPortScript {
         Then([this, function, error] { Fail(function, error); });
         return function == "CollectStatus" ? Status(EventLineError, 0) : Bytes("?");
     }
+    /// Nothing fails any more, and what the transcript still held is forgotten.
     void Repair() {
         CLock lock(Guard);
+        Steps.clear();
         Failures.clear();
     }
 

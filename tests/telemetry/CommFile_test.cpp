@@ -1,0 +1,163 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// A file played as a resource: the same frames at every read size, one end, one failure.
+#include "fakes/CollectingSink.h"
+#include "fakes/ManualClock.h"
+#include "telemetry/TelemComm.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <fstream>
+
+namespace qor {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+class APlayback : public testing::Test {
+  protected:
+    ~APlayback() override { std::ignore = RemoveFile(Path); }
+
+    CFile Opened(const std::string& content) {
+        std::ofstream(Path, std::ios::binary) << content;
+        CFile file;
+        EXPECT_EQ(file.OpenForReading(Path), FileCause::None);
+        return file;
+    }
+    std::unique_ptr<CTelemComm> Play(CFile file, std::uint32_t chunk = 2048) {
+        auto comm = std::make_unique<CTelemComm>(Sink, &Queue, Clock, nullptr);
+        EXPECT_EQ(comm->InitialiseFile({7, chunk}, std::move(file)), CommResult::Success);
+        AttachRequest request;
+        request.instrumentName = "RAD";
+        request.syncHeader = "$R";
+        request.frameSize = 6;
+        EXPECT_EQ(comm->Attach(request), CommResult::Success);
+        EXPECT_EQ(comm->EnableAcquisition("RAD"), CommResult::Success);
+        return comm;
+    }
+    static Lines Frames(CTelemComm& comm) {
+        Lines texts;
+        CFrameQueue frames;
+        while (!comm.AtEnd()) {
+            EXPECT_EQ(comm.RetrieveFrames(frames), CommResult::Success);
+            for (CFrameData frame; frames.Pop(frame);)
+                texts.push_back(std::to_string(frame.StreamOffset) + ":" +
+                                std::string(frame.Text()));
+        }
+        return texts;
+    }
+    std::size_t EndNotices() {
+        std::vector<ProcessCommand> commands;
+        Queue.Drain(commands, 0);
+        return static_cast<std::size_t>(
+            std::count_if(commands.begin(), commands.end(), [](const ProcessCommand& command) {
+                return command.notice == NoticeCode::EndOfFile;
+            }));
+    }
+
+    const std::string Path = testing::TempDir() + "qor_playback_" +
+                             testing::UnitTest::GetInstance()->current_test_info()->name() + ".raw";
+    CCollectingSink Sink;
+    CProcessCommand Queue;
+    CManualClock Clock;
+};
+
+TEST_F(APlayback, EveryReadSizeGivesTheSameFramesAndOneEnd) {
+    std::string content = "xx";
+    Lines expected;
+    for (int i = 0; i < 300; ++i) {
+        expected.push_back(std::to_string(content.size()) + ":$R" + std::to_string(1000 + i));
+        content += "$R" + std::to_string(1000 + i) + (i % 3 == 0 ? "$j" : "");
+    }
+    content += "$Rcut";
+    for (std::uint32_t chunk : {1u, 2u, 5u, 6u, 7u, 64u, 1000u, 2048u, 65536u, 0u, 0xFFFFFFFFu}) {
+        auto comm = Play(Opened(content), chunk);
+        EXPECT_EQ(Frames(*comm), expected) << chunk;
+        CFrameData frame;
+        bool found = true;
+        EXPECT_EQ(comm->RetrieveFrame(frame, found), CommResult::Success);
+        EXPECT_FALSE(found);
+        EXPECT_EQ(EndNotices(), 1u);
+        Lines messages = Sink.Take();
+        EXPECT_EQ(messages.front(), "Initializing file resource: " + Path + ".\r\n");
+        EXPECT_EQ(messages.back(), "End of file resource reached for " + Path + ".\r\n");
+        EXPECT_EQ(std::count(messages.begin(), messages.end(), messages.back()), 1);
+        EXPECT_EQ(comm->Figures().framesCut, 300u);
+        EXPECT_EQ(comm->Figures().bytesReceived, content.size());
+        EXPECT_EQ(comm->QueryFileSettings()->readChunkSize, chunk);
+        EXPECT_EQ(comm->QueryFileSettings()->fileValue, 7u);
+    }
+}
+
+TEST_F(APlayback, FramesOfAPlainCaptureHaveNoTime) {
+    auto comm = Play(Opened("$Rabcd"));
+    CFrameData frame;
+    bool found = false;
+    EXPECT_EQ(comm->RetrieveFrame(frame, found), CommResult::Success);
+    ASSERT_TRUE(found);
+    EXPECT_FALSE(frame.Info.time.known);
+    EXPECT_FALSE(comm->AtEnd()) << "the end is reported behind the last frame";
+}
+
+TEST_F(APlayback, UnopenedFileIsToldOnceAndEndsThePlayback) {
+    CFile file = Opened("$Rabcd");
+    file.Close();
+    auto comm = Play(std::move(file));
+    Sink.Take();
+    CFrameQueue frames;
+    for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(comm->RetrieveFrames(frames), CommResult::FileNotOpen);
+    EXPECT_EQ(Sink.Take(), Lines{"Error reading file resource " + Path +
+                                 ".\r\n\tThe file resource is not open.\r\n"});
+    EXPECT_TRUE(comm->AtEnd());
+    EXPECT_EQ(EndNotices(), 1u);
+}
+
+#if defined(__linux__)
+TEST_F(APlayback, ReadFailureIsToldWithItsCause) {
+    CFile unreadable;
+    ASSERT_EQ(unreadable.OpenForReading("/proc/self/mem"), FileCause::None);
+    auto comm = Play(std::move(unreadable));
+    Sink.Take();
+    CFrameQueue frames;
+    EXPECT_EQ(comm->RetrieveFrames(frames), CommResult::FileError);
+    EXPECT_EQ(Sink.Take(), Lines{"Error reading file resource /proc/self/mem.\r\n"
+                                 "\tThere was a hardware error.\r\n"});
+}
+#endif
+
+TEST_F(APlayback, FileInUseIsNotReplacedAndAFinishedOneIs) {
+    auto comm = Play(Opened("$Rabcd$Refgh"));
+    CFrameData frame;
+    bool found = false;
+    EXPECT_EQ(comm->RetrieveFrame(frame, found), CommResult::Success);
+    Sink.Take();
+    CFile again;
+    ASSERT_EQ(again.OpenForReading(Path), FileCause::None);
+    EXPECT_EQ(comm->InitialiseFile({}, std::move(again)), CommResult::FileError);
+    EXPECT_EQ(Sink.Take(), Lines{"Unable to reinitialize file resource.\r\n"
+                                 "\tSHARE.EXE was not loaded, or a shared region was locked.\r\n"});
+    EXPECT_EQ(Frames(*comm).size(), 1u);
+    EXPECT_EQ(comm->InitialiseFile({}, Opened("$R1234")), CommResult::Success);
+    EXPECT_EQ(Frames(*comm), Lines{"0:$R1234"}) << "instruments stay attached";
+}
+
+TEST_F(APlayback, KindsOfResourceAreNotMixed) {
+    CTelemComm comm(Sink, nullptr, Clock, nullptr);
+    EXPECT_EQ(comm.InitialiseFile({}, CFile()), CommResult::FileError);
+    EXPECT_EQ(comm.InitialiseFile({}, Opened("x")), CommResult::Success);
+    EXPECT_EQ(comm.State(), ResourceState::File);
+    Sink.Take();
+    SerialResourceSettings serial;
+    serial.portName = "COM1";
+    EXPECT_NE(comm.InitialiseSerial(serial), CommResult::Success);
+    EXPECT_EQ(Sink.Take(), Lines{"Unable to reinitialize serial communications.\r\n"});
+    EXPECT_EQ(comm.Name(), Path);
+    EXPECT_EQ(comm.Connect(), CommResult::Success);
+    EXPECT_EQ(comm.Disconnect(), CommResult::Success);
+    EXPECT_FALSE(comm.QuerySerialSettings());
+}
+
+} // namespace
+} // namespace qor

@@ -1,0 +1,374 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// A serial resource from initialisation to disconnection, against a scripted port: which steps,
+// which codes, which log entries, and that no received frame is lost or stamped wrongly.
+#include "telemetry/TelemComm.h"
+
+#include "fakes/CollectingSink.h"
+#include "fakes/ManualClock.h"
+#include "fakes/ScriptedPort.h"
+#include "platform/SystemText.h"
+
+#include <gtest/gtest.h>
+
+namespace qor {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+class AResource : public testing::Test {
+  protected:
+    AResource() {
+        Settings.portName = "COM1";
+        Settings.globalSyncString.clear();
+    }
+    void Initialise() {
+        ASSERT_EQ(Comm.InitialiseSerial(Settings), CommResult::Success);
+        Sink.Take();
+    }
+    static AttachRequest Radiometer() {
+        AttachRequest request;
+        request.instrumentName = "RAD";
+        request.syncHeader = "$R";
+        request.frameSize = 6;
+        return request;
+    }
+    void Attach() {
+        ASSERT_EQ(Comm.Attach(Radiometer()), CommResult::Success);
+        ASSERT_EQ(Comm.EnableAcquisition("RAD"), CommResult::Success);
+        Sink.Take();
+    }
+    void Connect() {
+        ASSERT_EQ(Comm.Connect(), CommResult::Success);
+        Sink.Take();
+    }
+    /// The notices posted since the last call.
+    std::vector<NoticeCode> Notices() {
+        std::vector<ProcessCommand> commands;
+        Queue.Drain(commands, 0);
+        std::vector<NoticeCode> notices;
+        for (const ProcessCommand& command : commands)
+            notices.push_back(command.notice);
+        return notices;
+    }
+    Lines Frames() {
+        Lines texts;
+        CFrameQueue frames;
+        EXPECT_EQ(Comm.RetrieveFrames(frames), CommResult::Success);
+        for (CFrameData frame; frames.Pop(frame);)
+            texts.emplace_back(frame.Text());
+        return texts;
+    }
+    bool Connected() { return Comm.Figures().connected; }
+
+    CPortScript Script;
+    CCollectingSink Sink;
+    CProcessCommand Queue;
+    CManualClock Clock;
+    SerialResourceSettings Settings;
+    CTelemComm Comm{Sink, &Queue, Clock, Script.Factory()};
+};
+
+TEST_F(AResource, InitialisationRefusesWhatItMust) {
+    SerialResourceSettings nameless = Settings, other = Settings;
+    nameless.portName.clear();
+    other.portName = "COM2";
+    const std::string again = "Unable to reinitialize serial communications.\r\n";
+    const std::string badName = "\tInvalid serial port identification.\r\n";
+
+    EXPECT_EQ(Comm.InitialiseSerial(nameless), CommResult::InvalidPortName);
+    EXPECT_EQ(Comm.Connect(), CommResult::NotInitialised);
+    EXPECT_EQ(Comm.InitialiseSerial(Settings), CommResult::Success);
+    EXPECT_EQ(Comm.InitialiseSerial(other), CommResult::InvalidPortName);
+    Connect();
+    EXPECT_EQ(Comm.InitialiseSerial(Settings), CommResult::StillConnected);
+    EXPECT_EQ(Sink.Take(), Lines{again + "\tThe serial port is still connected.\r\n"});
+    EXPECT_EQ(Comm.Disconnect(), CommResult::Success);
+    Sink.Take();
+    Settings.globalSyncString = "SYNC";
+    Settings.baudRate = 57600;
+    EXPECT_EQ(Comm.InitialiseSerial(Settings), CommResult::Success);
+    EXPECT_EQ(Sink.Take(), Lines{"Initializing serial communications on COM1.\r\n"});
+    EXPECT_EQ(Comm.QuerySerialSettings()->baudRate, 57600u);
+    EXPECT_FALSE(Comm.QueryFileSettings());
+}
+
+TEST_F(AResource, InitialisationAndRefusalsReadAsWritten) {
+    std::ignore = Comm.InitialiseSerial({});
+    std::ignore = Comm.Connect();
+    std::ignore = Comm.InitialiseSerial(Settings);
+    CFrameData frame;
+    EXPECT_EQ(Sink.Take(), (Lines{"Unable to initialize serial communications.\r\n"
+                                  "\tInvalid serial port identification.\r\n",
+                                  "Unable to open serial port communications.\r\n"
+                                  "\tThe communications resource has not been initialized.\r\n",
+                                  "Initializing serial communications on COM1.\r\n"
+                                  "\tGlobal synchronization has been deactivated.\r\n"}));
+    EXPECT_EQ(Comm.State(), ResourceState::SerialReporting);
+    EXPECT_EQ(Notices(), std::vector{NoticeCode::StatusChanged});
+}
+
+TEST_F(AResource, ConnectsInOrderAndTwiceIsOnce) {
+    Initialise();
+    EXPECT_EQ(Comm.Connect(), CommResult::Success);
+    Lines calls = Script.TakeCalls();
+    calls.resize(10);
+    EXPECT_EQ(calls,
+              (Lines{"Open", "SaveTimeouts", "ReadSettings", "WriteSettings", "SetReadInterval",
+                     "SetQueues", "SetEventMask", "CreateInput", "ReadLineErrors", "IssueRead"}));
+    EXPECT_EQ(Comm.Connect(), CommResult::Success);
+    EXPECT_EQ(Sink.Take(), Lines{"COM1 connection successful.\r\n"});
+}
+
+TEST_F(AResource, ReadIntervalIsOneCharacterAndSixMilliseconds) {
+    for (auto [baud, milliseconds] : {std::pair{9600u, 7u}, {256000u, 6u}, {300u, 39u}}) {
+        Settings.baudRate = baud;
+        Initialise();
+        Connect();
+        EXPECT_EQ(Script.ReadInterval, milliseconds) << baud;
+        EXPECT_EQ(Script.Line.baudRate, baud);
+        EXPECT_EQ(Comm.Disconnect(), CommResult::Success);
+    }
+}
+
+TEST_F(AResource, EveryFailingStepHasItsCodeAndClosesThePort) {
+    Initialise();
+    const std::string unopened = "Unable to open serial port communications on COM1.\r\n";
+    const std::string detail = "\t" + SystemErrorText(5);
+    struct {
+        const char* step;
+        CommResult code;
+        std::string entry;
+    } cases[] = {
+        {"Open", CommResult::PortNotOpened, unopened},
+        {"SaveTimeouts", CommResult::TimeoutsNotRead,
+         "Unable to get serial port timeouts for COM1.\r\n" + detail},
+        {"ReadSettings", CommResult::SettingsNotRead,
+         "Unable to get serial port settings for COM1.\r\n" + detail},
+        {"WriteSettings", CommResult::SettingsNotWritten,
+         "Unable to set serial port settings for COM1.\r\n" + detail},
+        {"SetReadInterval", CommResult::TimeoutsNotSet,
+         "Unable to set serial port timeouts for COM1.\r\n" + detail},
+        {"SetQueues", CommResult::QueueSizeNotSet,
+         "Unable to set serial communications buffer for COM1.\r\n" + detail},
+        {"SetEventMask", CommResult::EventMaskNotSet,
+         "Unable to set serial communications mask for COM1.\r\n" + detail},
+    };
+    for (const auto& row : cases) {
+        Script.Fail(row.step, 5);
+        EXPECT_EQ(Comm.Connect(), row.code) << row.step;
+        EXPECT_EQ(Sink.Take(), Lines{row.entry});
+        EXPECT_FALSE(Connected());
+        EXPECT_EQ(Comm.Figures().abortCode, 0u);
+        Lines calls = Script.TakeCalls();
+        EXPECT_EQ(calls.back(), row.code == CommResult::PortNotOpened ? "Open" : "Close");
+        Script.Repair();
+    }
+    Connect();
+}
+
+TEST_F(AResource, WorkerThatAbortsBeforeItRunsFailsTheConnect) {
+    Initialise();
+    struct {
+        const char* step;
+        CommResult abort;
+        std::string detail;
+    } cases[] = {
+        {"CreateInput", CommResult::InputEventNotCreated, "Overlapped read initialization error:"},
+        {"IssueRead", CommResult::ReadNotIssued, "Read error:"},
+        {"IssueStatusWait", CommResult::StatusWaitNotIssued, "Status event error:"},
+    };
+    for (const auto& row : cases) {
+        Script.Fail(row.step, 6);
+        EXPECT_EQ(Comm.Connect(), CommResult::WorkerNotStarted) << row.step;
+        EXPECT_EQ(Sink.Take(), (Lines{"Telemetry acquisition aborted on COM1.\r\n\t" + row.detail +
+                                          SystemErrorText(6),
+                                      "Unable to open serial port communications on COM1.\r\n"}));
+        EXPECT_FALSE(Connected());
+        EXPECT_EQ(Script.TakeCalls().back(), "Close");
+        std::uint32_t code = 0;
+        EXPECT_EQ(Comm.ResetAbortCode(code), CommResult::Success);
+        EXPECT_EQ(code, static_cast<std::uint32_t>(row.abort));
+        Script.Repair();
+    }
+}
+
+TEST_F(AResource, AbortClosesThePortAndHasToBeResetBeforeConnecting) {
+    struct {
+        const char* function;
+        CommResult code;
+        std::string detail;
+    } cases[] = {
+        {"CollectRead", CommResult::ReadNotCollected, "\tOverlapped read error:"},
+        {"CollectStatus", CommResult::StatusNotCollected, "\tOverlapped status event error:"},
+        {"ReadLineErrors", CommResult::LineStatusNotRead, "\tCommunications status error:"},
+    };
+    Initialise();
+    for (const auto& row : cases) {
+        Connect();
+        Script.ThenFail(row.function, 995);
+        if (row.code == CommResult::LineStatusNotRead)
+            Script.Status(EventLineError, 0);
+        // The worker closes the port itself; a disconnection waits for that.
+        while (Comm.Figures().abortCode == 0)
+            std::this_thread::yield();
+        EXPECT_EQ(Comm.Disconnect(), CommResult::Success);
+        EXPECT_FALSE(Connected());
+        EXPECT_EQ(Sink.Take(), Lines{"Telemetry acquisition aborted on COM1.\r\n" + row.detail +
+                                     SystemErrorText(995)});
+        EXPECT_EQ(Script.TakeCalls().back(), "Close");
+        EXPECT_EQ(Comm.Connect(), CommResult::AbortCodeSet);
+        EXPECT_EQ(Sink.Take(), Lines{"Unable to open serial port communications on COM1.\r\n"
+                                     "\tThe telemetry abort code has not been reset.\r\n"});
+        std::uint32_t code = 0;
+        EXPECT_EQ(Comm.ResetAbortCode(code), CommResult::Success);
+        EXPECT_EQ(code, static_cast<std::uint32_t>(row.code));
+        Script.Repair();
+    }
+}
+
+TEST_F(AResource, FramesAreCutStampedAndAnnounced) {
+    Initialise();
+    Attach();
+    Connect();
+    Notices();
+    FrameTime first, second;
+    Script.Then([&] { first = Clock.Now(); }).Bytes("junk$Rabcd$R");
+    Script.Then([&] {
+        Clock.Advance(100);
+        second = Clock.Now();
+    });
+    Script.BytesAtOnce("wxyz").Bytes("$R12").Played();
+    EXPECT_EQ(Notices(), (std::vector{NoticeCode::StatusChanged, NoticeCode::FramesAvailable}));
+    CFrameData frame;
+    bool found = false;
+    for (const auto& [text, time] : {std::pair{"$Rabcd", first}, {"$Rwxyz", second}}) {
+        EXPECT_EQ(Comm.RetrieveFrame(frame, found), CommResult::Success);
+        ASSERT_TRUE(found);
+        EXPECT_EQ(frame.Text(), text);
+        EXPECT_EQ(frame.Info.time, time);
+        EXPECT_EQ(frame.Info.identity, Comm.IdentityOf("RAD"));
+    }
+    EXPECT_EQ(Comm.RetrieveFrame(frame, found), CommResult::Success);
+    EXPECT_FALSE(found);
+    ResourceFigures figures = Comm.Figures();
+    EXPECT_EQ(figures.framesCut, 2u);
+    EXPECT_EQ(figures.bytesReceived, 20u);
+    EXPECT_EQ(figures.bytesDiscarded, 4u);
+}
+
+TEST_F(AResource, SilenceIsReportedOnceUntilBytesCome) {
+    Initialise();
+    Attach();
+    const std::string waiting = "COM1 waiting for telemetry.\r\n";
+    Script.Silence(15);
+    Connect();
+    Script.Played();
+    EXPECT_EQ(Sink.Take(), Lines{});
+    Script.Bytes("$R").Silence(40).Played();
+    EXPECT_EQ(Sink.Take(), Lines{waiting});
+    EXPECT_TRUE(Comm.Figures().waiting);
+    Script.Bytes("$Rabcd").Played();
+    EXPECT_EQ(Sink.Take(), (Lines{"COM1 reading telemetry.\r\n", "$R found on COM1.\r\n"}));
+    EXPECT_FALSE(Comm.Figures().waiting);
+}
+
+TEST_F(AResource, LineErrorsAreReportedAndNeverEndAcquisition) {
+    Initialise();
+    Attach();
+    Connect();
+    Script.Bytes("$Rab").FramingError().Status(EventBreak, LineBreak).Bytes("cd").Played();
+    EXPECT_EQ(Sink.Take(), (Lines{"Hardware framing error on COM1.\r\n",
+                                  "Unknown status event (0x00000040) on COM1.\n",
+                                  "Break error on COM1.\r\n", "$R found on COM1.\r\n"}));
+    EXPECT_EQ(Frames(), Lines{"$Rabcd"});
+}
+
+TEST_F(AResource, DisconnectionHandsOverWhatIsQueuedAndClosesInOrder) {
+    Initialise();
+    Attach();
+    Connect();
+    Script.Bytes("$Rabcd$Refgh$R12").Played();
+    Script.TakeCalls();
+    Sink.Take();
+    CFrameQueue left;
+    Comm.RequestStop();
+    EXPECT_EQ(Comm.Disconnect(&left), CommResult::Success);
+    EXPECT_EQ(left.Size(), 2u);
+    EXPECT_EQ(Frames(), Lines{});
+    EXPECT_EQ(Sink.Take(), Lines{"COM1 disconnection successful.\r\n"});
+    Lines calls = Script.TakeCalls();
+    EXPECT_EQ(Lines(calls.end() - 3, calls.end()), (Lines{"RestoreTimeouts", "Purge", "Close"}));
+    EXPECT_EQ(Comm.Disconnect(), CommResult::Success);
+    Connect();
+    Script.Bytes("34$Rijkl").Played();
+    EXPECT_EQ(Frames(), Lines{"$Rijkl"}) << "bytes from before the disconnection are gone";
+}
+
+TEST_F(AResource, FrameThatTheStopFindsReceivedIsStillCut) {
+    Initialise();
+    Attach();
+    Script.Then([this] { Comm.RequestStop(); }).Bytes("$Rlast");
+    Connect();
+    CFrameQueue left;
+    EXPECT_EQ(Comm.Disconnect(&left), CommResult::Success);
+    EXPECT_EQ(left.Size(), 1u);
+}
+
+TEST_F(AResource, FailuresWhileClosingAreAllReported) {
+    Initialise();
+    Connect();
+    Script.Fail("RestoreTimeouts", 5).Fail("Purge", 6);
+    EXPECT_EQ(Comm.Disconnect(), CommResult::NotRestored);
+    EXPECT_EQ(Sink.Take(),
+              (Lines{"COM1 disconnection successful.\r\n",
+                     "Unable to reset serial port timeouts for COM1.\r\n\t" + SystemErrorText(5),
+                     "Unable to purge serial port buffers for COM1.\r\n\t" + SystemErrorText(6)}));
+    EXPECT_FALSE(Connected());
+}
+
+TEST_F(AResource, UnknownInstrumentsAndAttachFailuresAreTold) {
+    CFrameData frame;
+    bool found = true;
+    std::ignore = Comm.Attach(Radiometer());
+    std::ignore = Comm.Detach("RAD");
+    EXPECT_EQ(Comm.RetrieveFrame(frame, found), CommResult::NotInitialised);
+    EXPECT_FALSE(found);
+    const std::string uninitialised = "\tThe communications resource has not been initialized.\r\n";
+    EXPECT_EQ(Sink.Take(), (Lines{"Unable to attach RAD.\r\n" + uninitialised,
+                                  "Unable to detach instrument.\r\n" + uninitialised,
+                                  "Unable to retrieve frames.\r\n" + uninitialised}));
+    Initialise();
+    std::ignore = Comm.EnableAcquisition("RAD");
+    std::ignore = Comm.DisableAcquisition("RAD");
+    std::ignore = Comm.Detach("RAD");
+    std::ignore = Comm.Attach(Radiometer());
+    std::ignore = Comm.Attach(Radiometer());
+    std::ignore = Comm.EnableAcquisition("RAD");
+    std::ignore = Comm.DisableAcquisition("RAD");
+    std::ignore = Comm.Detach("RAD");
+    const std::string unattached = "\tThe instrument has not been attached or defined.\r\n";
+    EXPECT_EQ(Sink.Take(),
+              (Lines{"Unable to enable telemetry acquisition on COM1.\r\n" + unattached,
+                     "Unable to disable telemetry acquisition on COM1.\r\n" + unattached,
+                     "Unable to detach RAD.\r\n" + unattached, "Attaching RAD to COM1.\r\n",
+                     "Unable to attach RAD to COM1.\r\n"
+                     "\tThe instrument has already been attached.\r\n",
+                     "Enabling telemetry acquisition for RAD on COM1.\r\n",
+                     "Disabling telemetry acquisition for RAD on COM1.\r\n",
+                     "Detaching RAD from COM1.\r\n"}));
+}
+
+TEST_F(AResource, WithoutCommandQueueSilenceIsNotReported) {
+    CTelemComm quiet(Sink, nullptr, Clock, Script.Factory());
+    ASSERT_EQ(quiet.InitialiseSerial(Settings), CommResult::Success);
+    EXPECT_EQ(quiet.State(), ResourceState::Serial);
+    Script.Silence(30);
+    ASSERT_EQ(quiet.Connect(), CommResult::Success);
+    Script.Played();
+    EXPECT_FALSE(Sink.Has("COM1 waiting for telemetry.\r\n"));
+    EXPECT_TRUE(quiet.Figures().waiting);
+}
+
+} // namespace
+} // namespace qor
