@@ -122,18 +122,6 @@ QOR_CLONES void LoadSigned16(const std::uint8_t* bytes, std::size_t count, doubl
             static_cast<double>(std::int32_t{static_cast<std::int16_t>(Load16(bytes + 2 * i))});
 }
 
-/// The widths and signs that no instrument sends in numbers.
-void LoadOthers(const std::uint8_t* bytes, std::size_t width, bool isSigned, std::size_t count,
-                double* values) {
-    const std::int64_t sign = isSigned && width > 0 ? std::int64_t{1} << (8 * width - 1) : 0;
-    for (std::size_t i = 0; i < count; ++i) {
-        std::int64_t value = 0;
-        for (std::size_t k = 0; k < width; ++k)
-            value = value << 8 | *bytes++;
-        values[i] = static_cast<double>((value ^ sign) - sign);
-    }
-}
-
 } // namespace
 
 bool ConvertOptic16(const std::uint8_t* bytes, std::size_t count, const OpticCoefficients& c,
@@ -162,17 +150,12 @@ bool ConvertOptic(std::size_t count, const OpticCoefficients& c, double* values)
 
 void LoadIntegers(const std::uint8_t* bytes, std::size_t width, bool isSigned, std::size_t count,
                   double* values) {
-    // One field alone is the rule among ancillary sensors: no call to a clone for it.
-    if (count < 4)
-        LoadOthers(bytes, width, isSigned, count, values);
-    else if (width == 1 && !isSigned)
-        LoadUnsigned8(bytes, count, values);
-    else if (width == 2 && isSigned)
-        LoadSigned16(bytes, count, values);
-    else if (width == 2)
-        LoadUnsigned16(bytes, count, values);
-    else
-        LoadOthers(bytes, width, isSigned, count, values);
+    if (width == 1 && !isSigned)
+        return LoadUnsigned8(bytes, count, values);
+    if (width == 2)
+        return isSigned ? LoadSigned16(bytes, count, values) : LoadUnsigned16(bytes, count, values);
+    for (std::size_t i = 0; i < count; ++i)
+        values[i] = LoadInteger(bytes + i * width, width, isSigned);
 }
 
 bool LoadFloats(const std::uint8_t* bytes, std::size_t width, std::size_t count, double* values) {

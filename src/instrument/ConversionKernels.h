@@ -5,6 +5,8 @@
 // finiteness; the plan sorts out failures one by one.
 #pragma once
 
+#include "base/Bytes.h"
+
 #include <cstddef>
 #include <cstdint>
 
@@ -25,7 +27,31 @@ bool ConvertOptic16(const std::uint8_t* bytes, std::size_t count,
 /// The same with x in place of the values.
 bool ConvertOptic(std::size_t count, const OpticCoefficients& coefficients, double* values);
 
-/// Big-endian integers of `width` bytes (0 to 4), signed by two's complement or not.
+/// One big-endian integer of 0 to 4 bytes, signed by two's complement or not.
+inline double LoadInteger(const std::uint8_t* bytes, std::size_t width, bool isSigned) {
+    std::uint32_t bits = 0;
+    switch (width) {
+    case 0:
+        return 0.0;
+    case 1:
+        bits = std::uint32_t{bytes[0]} << 24;
+        break;
+    case 2:
+        bits = std::uint32_t{bytes[0]} << 24 | std::uint32_t{bytes[1]} << 16;
+        break;
+    case 3:
+        bits = static_cast<std::uint32_t>(GetBigEndian({bytes, 3}) << 8);
+        break;
+    default:
+        bits = static_cast<std::uint32_t>(GetBigEndian({bytes, 4}));
+        break;
+    }
+    const auto unused = 32 - 8 * static_cast<unsigned>(width);
+    return isSigned ? static_cast<double>(static_cast<std::int32_t>(bits) >> unused)
+                    : static_cast<double>(bits >> unused);
+}
+
+/// Neighbouring integers as LoadInteger's.
 void LoadIntegers(const std::uint8_t* bytes, std::size_t width, bool isSigned, std::size_t count,
                   double* values);
 

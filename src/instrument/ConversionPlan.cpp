@@ -160,8 +160,9 @@ struct CConversionPlan::Impl {
     bool usualFails = false;
     // Coefficients of the OPTIC2 and OPTIC3 runs, one array a role.
     std::vector<double> offsets, factors, immersions, numerators;
-    std::vector<GainCoefficients> gains; ///< of the OPTIC1 runs
-    std::size_t times = 0;               ///< OPTIC3 runs
+    std::vector<GainCoefficients> gains;              ///< of the OPTIC1 runs
+    std::vector<std::span<const double>> polynomials; ///< of the POLYF and POLYU runs
+    std::size_t times = 0;                            ///< OPTIC3 runs
     std::string delimiters, terminator;
 
     void AddCoefficients(const CSensor& sensor);
@@ -191,6 +192,8 @@ void CConversionPlan::Impl::AddCoefficients(const CSensor& sensor) {
             all.immersion[g] = there ? sensor.Coefficients[g][2] : Missing;
         }
         gains.push_back(all);
+    } else if (sensor.Fit == FitType::POLYF || sensor.Fit == FitType::POLYU) {
+        polynomials.push_back(sensor.Coefficients[0]);
     } else if (IsOptic(sensor.Fit)) {
         const std::vector<double>& c = sensor.Coefficients[0];
         offsets.push_back(c[0]);
@@ -216,7 +219,9 @@ CConversionPlan::CConversionPlan(const CInstrument& instrument)
             ++plan.runs.back().count;
             plan.runs.back().end = next.end;
         } else {
-            next.pool = next.fit == FitType::OPTIC1 ? plan.gains.size() : plan.offsets.size();
+            next.pool = IsOptic(next.fit) ? plan.offsets.size() : plan.polynomials.size();
+            if (next.fit == FitType::OPTIC1)
+                next.pool = plan.gains.size();
             if (next.fit == FitType::OPTIC3 && next.work == Work::Numbers)
                 next.slot = plan.times++;
             plan.runs.push_back(next);
@@ -279,7 +284,11 @@ bool CConversionPlan::Impl::Load(const Run& run, ByteSpan frame, double* numbers
     switch (run.data) {
     case DataType::BU:
     case DataType::BS:
-        LoadIntegers(bytes, run.width, run.data == DataType::BS, run.count, numbers);
+        // One field alone is the rule among ancillary sensors.
+        if (run.count == 1)
+            *numbers = LoadInteger(bytes, run.width, run.data == DataType::BS);
+        else
+            LoadIntegers(bytes, run.width, run.data == DataType::BS, run.count, numbers);
         return true;
     case DataType::BF:
     case DataType::BD:
@@ -330,7 +339,7 @@ bool CConversionPlan::Impl::ApplyGains(const Run& run, bool immersed, double* nu
 bool CConversionPlan::Impl::ApplyPolynomials(const Run& run, double* numbers) const {
     bool finite = true;
     for (std::size_t i = 0; i < run.count; ++i) {
-        const std::vector<double>& c = sensors[run.first + i]->Coefficients[0];
+        const std::span<const double> c = polynomials[run.pool + i];
         numbers[i] = run.fit == FitType::POLYF ? FactoredPolynomial(c, numbers[i])
                                                : UnfactoredPolynomial(c, numbers[i]);
         finite = finite && std::isfinite(numbers[i]);
