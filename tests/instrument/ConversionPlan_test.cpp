@@ -25,8 +25,9 @@ class CDice {
     }
 
     std::string Definition(bool delimited) {
-        std::string lines =
-            "INTTIME ES 'sec' " + std::string(delimited ? "0" : "2") + " BU 1 POLYU\n0.5 0.001\n";
+        const std::string length = delimited ? "0" : "2";
+        std::string lines = "INTTIME ES 'sec' " + length + " BU 1 POLYU\n0.5 0.001\n" +
+                            "INTTIME LU 'sec' " + length + " BU 1 OPTIC2\n-2 1 2\n";
         const int runs = 1 + Roll(8);
         for (int i = 0; i < runs; ++i)
             lines += Run(delimited);
@@ -72,8 +73,8 @@ class CDice {
             const int gains = fit.starts_with("POLY") || fit == "OPTIC2" || fit == "OPTIC3" ? 1
                               : fit == "OPTIC1" ? 1 + Roll(4)
                                                 : 0;
-            lines +=
-                "ES 1 '' " + length + " " + type + " " + std::to_string(gains) + " " + fit + "\n";
+            lines += std::string(Chance(80) ? "ES" : "LU") + " 1 '' " + length + " " + type + " " +
+                     std::to_string(gains) + " " + fit + "\n";
             for (int g = 0; g < gains; ++g)
                 lines += Coefficients(fit);
         }
@@ -81,7 +82,7 @@ class CDice {
     }
 
     std::string Coefficients(const std::string& fit) {
-        static const char* const values[] = {"0", "1", "-1.7", "0.0013", "123.25", "1e300", "2"};
+        static const char* const values[] = {"0", "1", "-1.7", "0.0013", "123.25", "2"};
         std::string line;
         for (int n = fit.starts_with("POLY") ? 1 + Roll(5) : 4; n > 0; --n)
             line += std::string(Chance(4) ? "1e300" : Pick(values)) + " ";
@@ -147,6 +148,17 @@ TEST(ConversionPlan, SaysOfNoFrameThatItIsMissing) {
     FrameValues values;
     CConversionPlan(*instrument).Convert({}, false, values);
     EXPECT_THAT(values.statuses, testing::Each(ConversionStatus::MissingArgument));
+}
+
+TEST(ConversionPlan, KeepsNothingOfAnotherPlan) {
+    const std::string time = "INTTIME ES 'sec' 1 BU 1 POLYU\n0 1\n";
+    const auto eight = DefineFixed(time + "ES 1 '' 2 BU 1 OPTIC3\n1 1 1 8\n");
+    const auto two = DefineFixed(time + "ES 1 '' 2 BU 1 OPTIC3\n1 1 1 2\n");
+    const std::string_view frame("HDR\2\0\5", 6);
+    FrameValues values;
+    CConversionPlan(*eight).Convert(AsBytes(frame), false, values);
+    CConversionPlan(*two).Convert(AsBytes(frame), false, values);
+    EXPECT_EQ(values.numbers[1], 4.0);
 }
 
 TEST(ConversionPlan, ConvertsFieldsThatFollowAFailedFrame) {

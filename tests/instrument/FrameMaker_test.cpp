@@ -41,8 +41,8 @@ const std::string Profiler = "INTTIME ED 'sec' 2 BU 1 POLYU\n0 0.001\n" +
 const std::string Position =
     Delimited(",", "TIME NONE '' V AF 0 HHMMSS\n") + Delimited(",", "LAT NONE '' V AF 0 DDMM\n") +
     Delimited(",", "LATHEMI NONE '' V AS 0 NONE\n") + Delimited(",", "LON NONE '' V AF 0 DDMM\n") +
-    Delimited(";", "LONHEMI NONE '' V AS 0 NONE\n") +
-    Delimited(".", "SPEED NONE 'm/s' V AF 0 COUNT\n") +
+    Delimited(".", "LONHEMI NONE '' V AS 0 NONE\n") +
+    Delimited(";", "SPEED NONE 'm/s' V AF 0 COUNT\n") +
     Delimited("-", "DRIFT NONE '' V AI 1 POLYU\n-500 1\n") +
     Delimited("\\x20", "DATE NONE '' V AI 0 DDMMYY\n") +
     Delimited("*", "FRAME NONE '' V AI 0 COUNT\n");
@@ -156,7 +156,7 @@ TEST(FrameMaker, TimesSeedsAndSkippedFramesShowInTheBytes) {
     };
     CFrameMaker one(*gps, 1), same(*gps, 1), other(*gps, 2);
     const std::string first = text(one.Next(Noon));
-    EXPECT_TRUE(first.starts_with("$TXT,122005.25,4438.7,N,")) << first;
+    EXPECT_TRUE(first.starts_with("$TXT,122005.25,4438.7,N,6335.W;")) << first;
     EXPECT_TRUE(first.ends_with(" 30505*0\r\n")) << first;
     EXPECT_EQ(text(same.Next(Noon)), first);
     EXPECT_NE(text(other.Next(Noon)), first);
