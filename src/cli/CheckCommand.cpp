@@ -6,6 +6,7 @@
 #include "cli/SessionSetup.h"
 
 #include "base/Text.h"
+#include "session/MemberName.h"
 
 #include <CLI/CLI.hpp>
 
@@ -30,6 +31,45 @@ void WriteLog(COutput& output, std::string_view log) {
     }
 }
 
+/// The parse logs of members that failed; a package's messages already name them.
+class CIgnoredLogs : public CMessageSink {
+  public:
+    void Report(std::string) override {}
+};
+
+void WritePackage(COutput& output, const LoadedPackage& package) {
+    CJsonWriter json(output);
+    json.BeginObject();
+    json.Key("file"), json.Path(package.path);
+    json.Key("ok"), json.Bool(package.ok);
+    json.Key("kind"), json.Text("Instrument Package File");
+    json.Key("name"), json.Text(package.name);
+    json.Key("baud_rate"), json.Text(package.baudRate);
+    json.Key("messages"), json.BeginArray();
+    for (const std::string& message : package.messages)
+        json.Text(message);
+    json.EndArray();
+    json.Key("instruments"), json.BeginArray();
+    for (const PackageMember& member : package.members)
+        WriteDefinition(json, member.name, *member.instrument, DefinitionStatus::Success);
+    json.EndArray();
+    json.EndObject();
+    json.EndLine();
+}
+
+void PrintPackage(COutput& output, const LoadedPackage& package) {
+    output.Text("Instrument Package File: \"" + package.path + "\"\n\tName: " + package.name +
+                "\n\tBaud rate: " + package.baudRate + "\n");
+    for (const std::string& message : package.messages) {
+        WriteLog(output, message);
+        output.Text(NativeLineEnd());
+    }
+    for (const PackageMember& member : package.members) {
+        output.Text("\n" + member.name + "\n");
+        WriteLog(output, member.instrument->ParseLog());
+    }
+}
+
 bool CheckDefinition(COutput& output, const std::string& path, bool json) {
     CInstrument instrument;
     DefinitionStatus status = instrument.Load(path);
@@ -48,13 +88,30 @@ bool CheckDefinition(COutput& output, const std::string& path, bool json) {
     return false;
 }
 
+bool CheckPackage(COutput& output, const std::string& path, bool json) {
+    CTerminalUser user;
+    user.Quiet = true; // the messages are part of the result
+    CIgnoredLogs ignored;
+    LoadedPackage package = LoadPackage(path, user, ignored);
+    if (json)
+        WritePackage(output, package);
+    else
+        PrintPackage(output, package);
+    if (package.ok)
+        return true;
+    output.Flush();
+    ReportError(path + ": no instrument could be loaded from the package; its messages say why.");
+    return false;
+}
+
 int RunCheck(const CheckOptions& options, CommandContext& context) {
     COutput output;
     bool well = true;
     for (const std::string& path : options.files) {
         if (context.stop.Requested())
             return ExitInterrupted;
-        well = CheckDefinition(output, path, options.json) && well;
+        bool isPackage = ExtensionOf(path) == "sip";
+        well = (isPackage ? CheckPackage : CheckDefinition)(output, path, options.json) && well;
         if (!output.Good())
             break;
     }

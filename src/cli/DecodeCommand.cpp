@@ -3,6 +3,7 @@
 // qorview-cli decode: plays raw logs through the acquisition engine and prints every frame with its
 // values.
 #include "cli/Commands.h"
+#include "cli/DerivedColumns.h"
 #include "cli/FrameSummary.h"
 #include "cli/FrameText.h"
 #include "cli/Playback.h"
@@ -26,6 +27,7 @@ struct DecodeOptions {
     std::string output;
     bool rawCounts = false;
     bool hex = false;
+    bool derived = false;
     std::uint32_t chunk = 0;
 
     ValueView View() const {
@@ -40,19 +42,23 @@ class CCsvTables {
 
     /// Makes the table of every instrument that has none yet. False when a file cannot be written.
     bool AddTables(const CPlayback& playback);
-    void WriteFrame(const CQorViewIns& instrument) { Tables.at(&instrument)->WriteFrame(instrument); }
+    void WriteFrame(const CQorViewIns& instrument);
     /// The next raw log brings instruments of its own: the tables with the same name go on.
     void NextFile() { Tables.clear(); }
     bool Good() const;
     bool Finish();
 
   private:
+    struct Table {
+        COutput* output;
+        CFrameCsv rows;
+    };
     COutput* OutputFor(const std::string& name, bool only);
 
     const DecodeOptions& Options;
     std::map<std::string, std::unique_ptr<COutput>> Outputs; ///< by instrument name
-    std::vector<std::unique_ptr<CFrameCsv>> Owned;
-    std::map<const CQorViewIns*, CFrameCsv*> Tables;
+    std::map<const CQorViewIns*, Table> Tables;
+    std::optional<CDerivedColumns> Derived;
 };
 
 /// An instrument's name as part of a file name.
@@ -78,18 +84,32 @@ COutput* CCsvTables::OutputFor(const std::string& name, bool only) {
 
 bool CCsvTables::AddTables(const CPlayback& playback) {
     const std::vector<CQorViewIns*>& instruments = playback.Instruments();
+    if (Options.derived)
+        Derived.emplace(playback);
     for (CQorViewIns* instrument : instruments) {
         auto known = Outputs.find(instrument->Name());
         COutput* output = known != Outputs.end() ? known->second.get()
                                                  : OutputFor(instrument->Name(), instruments.size() == 1);
         if (!output)
             return false;
-        Owned.push_back(std::make_unique<CFrameCsv>(*output, instrument->Definition(), Options.View()));
-        Tables[instrument] = Owned.back().get();
-        if (known == Outputs.end())
-            Owned.back()->WriteHeader();
+        CFrameCsv rows(*output, instrument->Definition(), Options.View());
+        if (known == Outputs.end()) {
+            rows.WriteHeader();
+            if (Derived)
+                Derived->WriteCsvHeader(*output, *instrument);
+            rows.EndRow();
+        }
+        Tables.emplace(instrument, Table{output, std::move(rows)});
     }
     return true;
+}
+
+void CCsvTables::WriteFrame(const CQorViewIns& instrument) {
+    Table& table = Tables.at(&instrument);
+    table.rows.WriteFrame(instrument);
+    if (Derived)
+        Derived->WriteCsv(*table.output, instrument);
+    table.rows.EndRow();
 }
 
 bool CCsvTables::Good() const {
@@ -134,16 +154,19 @@ int DecodeToCsv(const DecodeOptions& options, CommandContext& context) {
 /// JSON Lines, a summary, or nothing: one output whatever the number of instruments.
 class CFrameStream {
   public:
-    CFrameStream(COutput& output, const DecodeOptions& options, const std::string& path)
-        : Out(output), Shown(options.format), Json(output, path, options.View()) {}
-
-    void AddInstrument(const CQorViewIns& instrument) {
+    CFrameStream(COutput& output, const DecodeOptions& options, const std::string& path, const CPlayback& playback)
+        : Out(output), Shown(options.format), Json(output, path, options.View()) {
+        if (options.derived && Shown == DecodeFormat::Jsonl)
+            Derived.emplace(playback);
         if (Shown == DecodeFormat::Summary)
-            Summaries.emplace_back(&instrument, instrument.Definition());
+            for (const CQorViewIns* instrument : playback.Instruments())
+                Summaries.emplace_back(instrument, instrument->Definition());
     }
     void WriteFrame(const CQorViewIns& instrument, const FrameCheckResult& checks) {
         if (Shown == DecodeFormat::Jsonl) {
             Json.BeginFrame(instrument, checks);
+            if (Derived)
+                Derived->WriteJson(Json.Writer(), instrument);
             Json.EndFrame();
         }
         for (auto& [owner, summary] : Summaries)
@@ -159,6 +182,7 @@ class CFrameStream {
     COutput& Out;
     DecodeFormat Shown;
     CFrameJson Json;
+    std::optional<CDerivedColumns> Derived;
     std::vector<std::pair<const CQorViewIns*, CFrameSummary>> Summaries;
 };
 
@@ -172,9 +196,7 @@ int DecodeToStream(const DecodeOptions& options, CommandContext& context) {
         well = playback.Open(path, options.instruments) && well;
         if (!playback.IsOpen())
             continue;
-        CFrameStream stream(output, options, path);
-        for (const CQorViewIns* instrument : playback.Instruments())
-            stream.AddInstrument(*instrument);
+        CFrameStream stream(output, options, path, playback);
         well = playback.Play(context, [&](CQorViewIns& instrument, const FrameCheckResult& checks) {
             stream.WriteFrame(instrument, checks);
         }, [&] { return output.Good(); }) && well;
@@ -193,6 +215,7 @@ void AddDecodeCommand(CLI::App& app, CommandContext& context) {
     CLI::App* command = app.add_subcommand(
         "decode", "Play raw logs through the engine and print every frame with its values");
     AddInstrumentOptions(*command, options.instruments);
+    AddPackageOptions(*command, options.instruments.packageSettings);
     command
         ->add_option("--format", options.format, "csv (a table an instrument), jsonl (an object a frame), summary (for people) or none")
         ->type_name("csv|jsonl|summary|none")
@@ -203,6 +226,8 @@ void AddDecodeCommand(CLI::App& app, CommandContext& context) {
         ->type_name("PATH");
     command->add_flag("--raw-counts", options.rawCounts, "Raw counts instead of calibrated values");
     command->add_flag("--hex", options.hex, "Raw counts in hexadecimal");
+    command->add_flag("--derived", options.derived,
+                      "Derived products too: those of a package for its frames, else tilt and PAR");
     AddChunkOption(*command, options.chunk);
     command->add_flag("--quiet", context.quiet, "No progress bar");
     command->add_option("RAW", options.files, "Raw logs, or any captured byte streams")->required();

@@ -98,7 +98,6 @@ void CFrameCsv::WriteHeader() {
         Out.Char(',');
         WriteCsvField(Out, column.sensor->Type + "(" + column.sensor->Id + ") [" + column.sensor->Units + "]");
     }
-    Out.Text("\r\n");
 }
 
 void CFrameCsv::WriteFrame(const CQorViewIns& instrument) {
@@ -122,7 +121,6 @@ void CFrameCsv::WriteFrame(const CQorViewIns& instrument) {
         else
             Out.Number(value.number);
     }
-    Out.Text("\r\n");
 }
 
 void CFrameJson::BeginFrame(const CQorViewIns& instrument, const FrameCheckResult& checks) {

@@ -26,8 +26,10 @@ void WriteTimeValue(CJsonWriter& json, COutput& output, const FrameTime& time);
 class CFrameCsv {
   public:
     CFrameCsv(COutput& output, const CInstrument& instrument, ValueView view);
+    /// The header row and a frame's row, without their line end: the caller may add columns.
     void WriteHeader();
     void WriteFrame(const CQorViewIns& instrument);
+    void EndRow() { Out.Text("\r\n"); }
 
   private:
     struct Column {

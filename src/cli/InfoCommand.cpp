@@ -5,6 +5,7 @@
 #include "cli/Commands.h"
 #include "cli/FrameText.h"
 #include "cli/Playback.h"
+#include "cli/RawHeader.h"
 
 #include "base/Text.h"
 #include "platform/FileErrorText.h"
@@ -44,13 +45,12 @@ struct PlayFacts {
     std::uint64_t bytesDiscarded = 0;
 };
 
-/// Reads the header block and counts the time-stamp sentences, a piece of the file at a time.
+/// Reads the header block, then counts the time-stamp sentences, a piece of the file at a time.
 class CLogReader {
   public:
     bool Read(const std::string& path, const CommandContext& context, LogFacts& facts);
 
   private:
-    void ReadHeader();
     void CountTimeStamps(bool last);
 
     LogFacts* Facts = nullptr;
@@ -62,32 +62,23 @@ bool CLogReader::Read(const std::string& path, const CommandContext& context, Lo
     Facts = &facts;
     CFile file;
     FileCause cause = file.OpenForReading(path);
-    bool header = true;
+    if (cause == FileCause::None)
+        cause = ReadHeaderRecords(file, facts.records);
+    // What a record does not tell apart is its own length: malformed ones count as well.
+    std::uint64_t whole = 0;
+    if (cause == FileCause::None && file.Size(whole) == FileCause::None)
+        facts.size = whole;
     for (std::size_t got = 1; cause == FileCause::None && got > 0 && !context.stop.Requested();) {
         std::size_t kept = Piece.size();
         Piece.resize(kept + pieceSize);
         cause = file.Read(std::span(Piece).subspan(kept), got);
         Piece.resize(kept + got);
-        facts.size += got;
-        if (header)
-            ReadHeader();
-        header = header && BeginsHeaderRecord(Piece);
         CountTimeStamps(got == 0);
     }
     if (cause == FileCause::None)
         return true;
     ReportError(path + ": cannot be read. " + std::string(GetFileErrorText(cause)));
     return false;
-}
-
-void CLogReader::ReadHeader() {
-    std::size_t place = 0;
-    while (Piece.size() - place >= HeaderRecordSize && BeginsHeaderRecord(ByteSpan(Piece).subspan(place))) {
-        if (auto record = ParseHeaderRecord(ByteSpan(Piece).subspan(place, HeaderRecordSize)))
-            Facts->records.push_back(std::move(*record));
-        place += HeaderRecordSize;
-    }
-    Piece.erase(Piece.begin(), Piece.begin() + static_cast<std::ptrdiff_t>(place));
 }
 
 void CLogReader::CountTimeStamps(bool last) {

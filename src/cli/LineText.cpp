@@ -41,8 +41,9 @@ std::string_view TakeLastPart(std::string_view& text) {
 
 } // namespace
 
-std::optional<SerialResourceSettings> ParsePort(std::string_view text) {
-    SerialResourceSettings settings;
+std::optional<PortText> ParsePort(std::string_view text) {
+    PortText port;
+    SerialResourceSettings& settings = port.settings;
     std::string_view name = text;
     std::string_view last = TakeLastPart(name);
     if (ParseLineFormat(last, settings))
@@ -54,11 +55,12 @@ std::optional<SerialResourceSettings> ParsePort(std::string_view text) {
         if (!baudRate || *baudRate == 0)
             return std::nullopt;
         settings.baudRate = *baudRate;
+        port.baudGiven = true;
     }
     if (name.empty())
         return std::nullopt;
     settings.portName = name;
-    return settings;
+    return port;
 }
 
 std::optional<LogSpan> ParseSpan(std::string_view text) {

@@ -13,7 +13,11 @@ namespace qor {
 
 /// NAME[:BAUD[:8N1]]: data bits 5..8, parity N, O, E, M or S, stop bits 1, 1.5 or 2. The name may hold
 /// colons itself. Empty when there is no name or a number is out of range.
-std::optional<SerialResourceSettings> ParsePort(std::string_view text);
+struct PortText {
+    SerialResourceSettings settings;
+    bool baudGiven = false;
+};
+std::optional<PortText> ParsePort(std::string_view text);
 
 /// [HH:]MM:SS, or plain seconds. Empty when malformed or zero.
 std::optional<LogSpan> ParseSpan(std::string_view text);

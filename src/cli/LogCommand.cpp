@@ -19,7 +19,7 @@ namespace {
 
 /// A port of the call and the instruments named behind it.
 struct PortOptions {
-    SerialResourceSettings settings;
+    PortText port;
     InstrumentOptions instruments;
 };
 
@@ -53,10 +53,10 @@ std::string AssignToPorts(const CLI::App& command, LogCallOptions& options) {
         bool isPackage = option->get_name() == "--package";
         if (option->get_name() == "--port") {
             const std::string& text = options.portTexts[port++];
-            std::optional<SerialResourceSettings> settings = ParsePort(text);
-            if (!settings)
+            std::optional<PortText> parsed = ParsePort(text);
+            if (!parsed)
                 return "--port " + text + ": give NAME[:BAUD[:8N1]], for example /dev/ttyUSB0:19200:8N1.";
-            options.ports.push_back({*settings, {}});
+            options.ports.push_back({*parsed, {}});
         } else if ((isDefinition || isPackage) && options.ports.empty()) {
             return "name the --port before the -d and -p files of the instruments on it.";
         } else if (isDefinition) {
@@ -67,7 +67,7 @@ std::string AssignToPorts(const CLI::App& command, LogCallOptions& options) {
     }
     for (const PortOptions& entry : options.ports)
         if (entry.instruments.definitions.empty() && entry.instruments.packages.empty())
-            return "--port " + entry.settings.portName + ": name its instruments behind it with -d or -p.";
+            return "--port " + entry.port.settings.portName + ": name its instruments behind it with -d or -p.";
     return {};
 }
 
@@ -105,6 +105,7 @@ class CLogRun {
   private:
     void SetUpDocument();
     bool SetUpPorts();
+    bool SetUpPort(const PortOptions& port);
     bool ConnectPorts();
     void WaitForPosition();
     void Watch();
@@ -140,17 +141,38 @@ void CLogRun::SetUpDocument() {
 
 bool CLogRun::SetUpPorts() {
     bool well = true;
-    for (const PortOptions& port : Options.ports) {
-        CommResult result = CommResult::Success;
-        int resource = Document.AddSerialResource(port.settings, &result);
-        if (resource < 0) {
-            ReportError("--port " + port.settings.portName + ": " + OneLine(CommDetail(result)));
-            well = false;
-            continue;
-        }
-        well = SetUpInstruments(Document, resource, port.instruments) && well;
-    }
+    for (const PortOptions& port : Options.ports)
+        well = SetUpPort(port) && well;
     return ApplyWetAndRoles(Document, Options.instruments) && well;
+}
+
+/// A package brings up its port at its baud rate, unless the call names another.
+bool CLogRun::SetUpPort(const PortOptions& port) {
+    SerialResourceSettings settings = port.port.settings;
+    std::vector<LoadedPackage> packages;
+    bool baudKnown = port.port.baudGiven;
+    for (const std::string& path : port.instruments.packages) {
+        packages.push_back(ReadPackage(Document, path));
+        std::optional<std::uint32_t> baudRate = WholeCount(packages.back().baudRate);
+        if (!baudKnown && baudRate && *baudRate > 0)
+            settings.baudRate = *baudRate;
+        else if (!baudKnown)
+            ReportWarning(path + ": \"" + packages.back().baudRate + "\" is no baud rate; " +
+                          std::to_string(settings.baudRate) + " is used.");
+        baudKnown = true;
+    }
+    CommResult result = CommResult::Success;
+    int resource = Document.AddSerialResource(settings, &result);
+    if (resource < 0) {
+        ReportError("--port " + settings.portName + ": " + OneLine(CommDetail(result)));
+        return false;
+    }
+    bool well = AddDefinitions(Document, resource, port.instruments.definitions);
+    for (LoadedPackage& loaded : packages) {
+        SessionPackage package;
+        well = AddPackage(Document, resource, std::move(loaded), package) && well;
+    }
+    return well;
 }
 
 bool CLogRun::ConnectPorts() {
@@ -223,9 +245,10 @@ void CLogRun::Summarise() {
     if (std::string path = Document.SessionLog.FilePath(); !path.empty())
         output.Text("session log: " + path + "\n");
     for (const InstrumentFigures& figures : Document.FiguresOf(-1))
-        output.Text(Format("%s on %s: %llu frames, %llu dropped, %llu checksum errors\n", figures.name.c_str(),
+        output.Text(Format("%s on %s: %llu frames, %u in the last log, %llu dropped, %llu checksum errors\n",
+                           figures.name.c_str(),
                            Document.StatusOf(figures.resource).name.c_str(),
-                           static_cast<unsigned long long>(figures.frames),
+                           static_cast<unsigned long long>(figures.frames), figures.framesThisLog,
                            static_cast<unsigned long long>(figures.dropped),
                            static_cast<unsigned long long>(figures.checksumErrors)));
 }

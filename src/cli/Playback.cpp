@@ -3,6 +3,7 @@
 
 #include "cli/Output.h"
 #include "cli/Progress.h"
+#include "cli/RawHeader.h"
 
 #include <CLI/CLI.hpp>
 
@@ -46,12 +47,19 @@ bool CPlayback::Open(const std::string& path, const InstrumentOptions& options) 
         ReportError(path + ": cannot be played. " + OneLine(CommDetail(result)));
         return false;
     }
-    bool well = SetUpInstruments(Document, resource, options);
+    Tare = PressureTareOf(path);
+    bool well = AddDefinitions(Document, resource, options.definitions);
+    for (const std::string& packagePath : options.packages) {
+        SessionPackage& package = NamedPackages.emplace_back();
+        package.settings = options.packageSettings;
+        well = AddPackage(Document, resource, ReadPackage(Document, packagePath), package) && well;
+    }
+    well = ApplyWetAndRoles(Document, options) && well;
     CRecursiveLock lock(Document.DocLock);
     for (const auto& instrument : Document.Resources[static_cast<std::size_t>(resource)]->Instruments)
         Named.push_back(instrument.get());
     if (Named.empty()) {
-        ReportError(path + ": no instrument to decode it with; give its definition with -d FILE.");
+        ReportError(path + ": no instrument to decode it with; give its definition with -d FILE or its package with -p FILE.");
         return false;
     }
     Resource = resource;

@@ -24,6 +24,10 @@ class CPlayback {
 
     /// The instruments, in the order in which they were named.
     const std::vector<CQorViewIns*>& Instruments() const { return Named; }
+    /// The packages, with the instruments that each brought.
+    const std::vector<SessionPackage>& Packages() const { return NamedPackages; }
+    /// The pressure tare that the log's header states.
+    double PressureTare() const { return Tare; }
     CQorViewDoc& Doc() { return Document; }
     ResourceFigures Figures() const { return Document.StatusOf(Resource).figures; }
 
@@ -43,6 +47,8 @@ class CPlayback {
     std::uint64_t Size = 0;
     int Resource = -1;
     std::vector<CQorViewIns*> Named;
+    std::vector<SessionPackage> NamedPackages;
+    double Tare = 0.0;
     bool ReadFailed = false;
 };
 

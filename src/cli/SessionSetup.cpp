@@ -23,8 +23,8 @@ constexpr NamedRole RoleNames[] = {
     {"gps", InstrumentRole::Gps},
 };
 
-bool AddDefinition(CQorViewDoc& doc, int resource, const std::string& path) {
-    AddedInstrument added = doc.AddInstrument(path, resource);
+/// Says why an instrument was not added; true when it was.
+bool NoteAdded(const AddedInstrument& added, const std::string& path) {
     if (added.instrument)
         return true;
     if (added.definition != DefinitionStatus::Success)
@@ -63,11 +63,11 @@ bool ApplyRole(CQorViewDoc& doc, const std::string& assignment) {
 void CTerminalUser::ShowMessage(const std::string& text) {
     Messages.push_back(text);
     if (!Quiet)
-        ReportError(OneLine(text));
+        ReportWarning(OneLine(text));
 }
 
 bool CTerminalUser::AskYesNo(const std::string& text) {
-    ReportError(OneLine(text) + " Nobody can be asked here: answered No.");
+    ReportWarning(OneLine(text) + " Nobody can be asked here: answered No.");
     return false;
 }
 
@@ -104,11 +104,56 @@ std::optional<InstrumentRole> RoleOfName(std::string_view name) {
     return std::nullopt;
 }
 
-bool SetUpInstruments(CQorViewDoc& doc, int resource, const InstrumentOptions& options) {
+void AddPackageOptions(CLI::App& command, PackageSettings& settings) {
+    command
+        .add_option_function<double>(
+            "--default-salinity",
+            [&settings](double salinity) {
+                settings.UseDefSalinity = true;
+                settings.DefaultSalinity = salinity;
+            },
+            "Salinity of a package until it measures one")
+        ->type_name("PSU")
+        ->check(CLI::Range(0.0, 50.0))
+        ->group("Packages");
+    command
+        .add_option("--saturation-irradiance", settings.SaturationIrradiance,
+                    "PAR at which photosynthesis saturates, for the light saturation of a package")
+        ->type_name("UMOL/M^2/S")
+        ->check(CLI::PositiveNumber)
+        ->group("Packages");
+    command
+        .add_option("--attenuation-window", settings.AttenuationWindow,
+                    "Depth over which a package's attenuation is fitted (5)")
+        ->type_name("METRES")
+        ->check(CLI::PositiveNumber)
+        ->group("Packages");
+}
+
+LoadedPackage ReadPackage(CQorViewDoc& doc, const std::string& path) {
+    LoadedPackage loaded = LoadPackage(path, doc.User, doc);
+    if (!loaded.ok)
+        ReportError(path + ": no instrument could be loaded from the package. See qorview-cli check.");
+    return loaded;
+}
+
+bool AddDefinitions(CQorViewDoc& doc, int resource, const std::vector<std::string>& paths) {
     bool well = true;
-    for (const std::string& path : options.definitions)
-        well = AddDefinition(doc, resource, path) && well;
-    return ApplyWetAndRoles(doc, options) && well;
+    for (const std::string& path : paths)
+        well = NoteAdded(doc.AddInstrument(path, resource), path) && well;
+    return well;
+}
+
+bool AddPackage(CQorViewDoc& doc, int resource, LoadedPackage loaded, SessionPackage& package) {
+    bool well = loaded.ok;
+    package.name = loaded.name;
+    for (PackageMember& member : loaded.members) {
+        AddedInstrument added = doc.AddInstrument(std::move(member.instrument), resource);
+        well = NoteAdded(added, loaded.path + "(" + member.name + ")") && well;
+        if (added.instrument)
+            package.instruments.push_back(added.instrument);
+    }
+    return well;
 }
 
 bool ApplyWetAndRoles(CQorViewDoc& doc, const InstrumentOptions& options) {

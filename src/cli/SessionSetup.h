@@ -5,6 +5,7 @@
 // command line: messages go to standard error, nothing is ever asked.
 #pragma once
 
+#include "session/Package.h"
 #include "session/QorViewDoc.h"
 
 #include <optional>
@@ -40,18 +41,34 @@ struct InstrumentOptions {
     std::vector<std::string> packages;    ///< -p
     std::vector<std::string> wet;         ///< --wet[=NAME], or EveryInstrument
     std::vector<std::string> roles;       ///< --role NAME=ROLE
+    PackageSettings packageSettings;      ///< of every package
+};
+
+/// A package of the call, once its instruments are in the document.
+struct SessionPackage {
+    std::string name;
+    PackageSettings settings;
+    std::vector<CQorViewIns*> instruments; ///< owned by the document
 };
 
 /// Adds -d, -p, --wet and --role to a command.
 void AddInstrumentOptions(CLI::App& command, InstrumentOptions& options);
 
+/// Adds the settings of packages that derived products need.
+void AddPackageOptions(CLI::App& command, PackageSettings& settings);
+
 /// Role names of the command line; empty when unknown.
 std::optional<InstrumentRole> RoleOfName(std::string_view name);
 
-/// Loads the definitions and packages onto a resource of the document, then applies immersion and
-/// roles. Every fault is reported as an error; false when there was one.
-bool SetUpInstruments(CQorViewDoc& doc, int resource, const InstrumentOptions& options);
-/// Only the second half: immersion and roles over all resources.
+/// Reads a package file; the fault is reported when nothing could be loaded from it.
+LoadedPackage ReadPackage(CQorViewDoc& doc, const std::string& path);
+
+/// Adds definition files, or the instruments of a package, to a resource of the document. Every fault
+/// is reported as an error; false when there was one.
+bool AddDefinitions(CQorViewDoc& doc, int resource, const std::vector<std::string>& paths);
+bool AddPackage(CQorViewDoc& doc, int resource, LoadedPackage loaded, SessionPackage& package);
+
+/// Applies immersion and roles over all resources.
 bool ApplyWetAndRoles(CQorViewDoc& doc, const InstrumentOptions& options);
 
 /// A message of several lines as one line.

@@ -222,7 +222,7 @@ class Acquisition(Folder):
             self.assertEqual(int.from_bytes(data[len(frame):len(frame) + 3], "big") // 1000, year)
             data = data[len(frame) + TAG:]
         self.assertEqual(data, b"")
-        self.assertIn("40 frames, 0 dropped, 0 checksum errors", output)
+        self.assertIn("40 frames, 40 in the last log, 0 dropped, 0 checksum errors", output)
         self.assertEqual(stat.S_IMODE(self.raw.stat().st_mode) & 0o222, 0)
         log = self.session_log()
         for text in ("Beginning new session.", f"Begin log file: \"{self.raw}\".", f"{line.name} connection successful.",

@@ -11,6 +11,8 @@ SEES = {layer: set(LAYERS[: i + 1]) for i, layer in enumerate(LAYERS)}
 SEES["app"].discard("cli")
 SYSTEM = re.compile(r"^(windows\.h|winsock2\.h|io\.h|unistd\.h|fcntl\.h|termios\.h|poll\.h|dirent\.h|pthread\.h|"
                     r"signal\.h|csignal|sched\.h|asm/.*|linux/.*|sys/.*)$")
+# main catches what the libraries throw; a thread that the system refuses has no other way to say so.
+MAY_CATCH = {"src/cli/main.cpp", "src/platform/Worker.cpp"}
 faults = []
 
 
@@ -26,8 +28,8 @@ def check_line(path, number, line, layer):
         if re.match(r"Q[A-Z]", target) and layer != "app":
             faults.append(f"{path}:{number}: Qt header <{target}> outside app")
     code = re.sub(r'"(\\.|[^"\\])*"|//.*', "", line)
-    if re.search(r"\b(throw|catch)\b", code) and path.name != "main.cpp":
-        faults.append(f"{path}:{number}: exceptions stay in main")
+    if re.search(r"\b(throw|catch)\b", code) and path.as_posix() not in MAY_CATCH:
+        faults.append(f"{path}:{number}: exceptions are caught in main")
 
 
 def main():

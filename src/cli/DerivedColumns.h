@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// The derived products that `decode --derived` adds to each frame: those of the ancillary display for
+// a lone instrument, those of the package display for a package's frame.
+#pragma once
+
+#include "cli/FrameText.h"
+#include "cli/Playback.h"
+#include "session/VelocityState.h"
+#include "views/PackageRows.h"
+
+#include <map>
+#include <memory>
+
+namespace qor {
+
+class CDerivedColumns {
+  public:
+    explicit CDerivedColumns(const CPlayback& playback);
+
+    /// The rows of the instrument, or of its package, without values yet.
+    const std::vector<DerivedRow>& Rows(const CQorViewIns& instrument) const;
+    /// The rows for the frame that the instrument holds now; once a frame.
+    const std::vector<DerivedRow>& Compute(const CQorViewIns& instrument);
+
+    void WriteCsvHeader(COutput& output, const CQorViewIns& instrument) const;
+    void WriteCsv(COutput& output, const CQorViewIns& instrument);
+    void WriteJson(CJsonWriter& json, const CQorViewIns& instrument);
+
+  private:
+    struct Package {
+        std::vector<const CQorViewIns*> instruments;
+        PackageSettings settings;
+        CPackageRows rows;
+    };
+    std::vector<std::unique_ptr<Package>> Packages;
+    std::map<const CQorViewIns*, Package*> PackageOf;
+    std::map<const CQorViewIns*, CInstrumentRows> LoneRows;
+    VelocityState Velocity;
+    double PressureTare;
+};
+
+} // namespace qor
