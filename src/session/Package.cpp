@@ -86,29 +86,22 @@ bool CPackageReader::OpenArchive() {
     ArchiveStatus status =
         Archive.Open(Loaded.path, {PackageLimits::ArchiveBytes, PackageLimits::DirectoryBytes,
                                    PackageLimits::Members});
-    if (status == ArchiveStatus::CannotOpen) {
-        Show(Format("The Instrument Package file: %s \r\ncould not be opened.", path));
-        return false;
-    }
-    if (status == ArchiveStatus::TooManyMembers) {
-        Show(Format(
-            "The Instrument Package file: %s \r\nholds more than %u files. It was not opened.",
-            path, static_cast<unsigned>(PackageLimits::Members)));
-        return false;
-    }
     std::uint64_t total = 0;
     for (const ArchiveMember& member : Archive.Members())
         if (IsDefinitionName(member.name) && member.size <= PackageLimits::DefinitionBytes)
             total += member.size;
-    if (status == ArchiveStatus::TooLarge || total > PackageLimits::AllDefinitionsBytes) {
-        Show(Format(
-            "The Instrument Package file: %s \r\nis larger than %u MB, or its definition files "
-            "are larger than %u MB. It was not opened.",
-            path, static_cast<unsigned>(PackageLimits::ArchiveBytes / MegaByte),
-            static_cast<unsigned>(PackageLimits::AllDefinitionsBytes / MegaByte)));
-        return false;
-    }
-    return true;
+    if (total > PackageLimits::AllDefinitionsBytes)
+        status = ArchiveStatus::TooLarge;
+    if (status == ArchiveStatus::CannotOpen)
+        Show(Format("The Instrument Package file: %s \r\ncould not be opened.", path));
+    if (status == ArchiveStatus::TooLarge)
+        Show(
+            Format("The Instrument Package file: %s \r\nis larger than a package may be: %u files, "
+                   "%u MB of definition files, %u MB in all. It was not opened.",
+                   path, static_cast<unsigned>(PackageLimits::Members),
+                   static_cast<unsigned>(PackageLimits::AllDefinitionsBytes / MegaByte),
+                   static_cast<unsigned>(PackageLimits::ArchiveBytes / MegaByte)));
+    return status == ArchiveStatus::Good;
 }
 
 bool CPackageReader::ReadProperties() {

@@ -59,7 +59,7 @@ struct PackageLimits {
     static constexpr std::uint64_t DefinitionBytes = 16U << 20;
     static constexpr std::uint64_t AllDefinitionsBytes = 32U << 20;
     /// Bytes of all definitions outside of comments: what loading them takes memory for.
-    static constexpr std::uint64_t AllContentBytes = 2U << 20;
+    static constexpr std::uint64_t AllContentBytes = 1U << 20;
     static constexpr std::uint64_t LineBytes = 1U << 20;
 };
 

@@ -75,9 +75,8 @@ ArchiveStatus CheckDirectories(ByteSpan bytes, const ArchiveLimits& limits) {
         if (++found > MostEndRecords)
             return ArchiveStatus::CannotOpen;
         const auto directory = DirectoryOf(bytes, at);
-        if (directory && directory->members > limits.members)
-            return ArchiveStatus::TooManyMembers;
-        if (directory && directory->size > limits.directoryBytes)
+        if (directory &&
+            (directory->members > limits.members || directory->size > limits.directoryBytes))
             return ArchiveStatus::TooLarge;
     }
     return found > 0 ? ArchiveStatus::Good : ArchiveStatus::CannotOpen;
@@ -154,7 +153,7 @@ ArchiveStatus CZipArchive::OpenHeld(const ArchiveLimits& limits) {
     }
     const zip_int64_t count = zip_get_num_entries(library->Archive, 0);
     if (count < 0 || static_cast<std::uint64_t>(count) > limits.members)
-        return ArchiveStatus::TooManyMembers;
+        return ArchiveStatus::TooLarge;
 
     // Members that share their data would make a small file cost many times its size in work.
     std::uint64_t packed = 0;

@@ -17,9 +17,8 @@ namespace qor {
 
 enum class [[nodiscard]] ArchiveStatus : std::uint8_t{
     Good,
-    CannotOpen,     ///< no such file, not an archive, damaged, or put together to deceive
-    TooLarge,       ///< the file or its directory is beyond the limit
-    TooManyMembers, ///< beyond the limit
+    CannotOpen, ///< no such file, not an archive, damaged, or put together to deceive
+    TooLarge,   ///< the file, its directory or the number of its members is beyond the limits
 };
 
 struct ArchiveLimits {

@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "session/ProfileFile.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+namespace qor {
+namespace {
+
+class ProfileFileTest : public testing::Test {
+  protected:
+    ProfileFileTest() { std::filesystem::create_directories(Folder); }
+    ~ProfileFileTest() override { std::filesystem::remove_all(Folder); }
+
+    std::string Content() const {
+        std::ostringstream text;
+        text << std::ifstream(Path, std::ios::binary).rdbuf();
+        return text.str();
+    }
+    void Put(const std::string& text) const { std::ofstream(Path, std::ios::binary) << text; }
+
+    const std::filesystem::path Folder =
+        std::filesystem::temp_directory_path() / "qorview-test-profile";
+    const std::string Path = (Folder / "settings.ini").string();
+};
+
+TEST_F(ProfileFileTest, WhatWasWrittenIsReadBackByteForByte) {
+    const std::string awkward[] = {"",    " blanks ", "a=b",          "%41",
+                                   "[x]", "\r\n;#",   "\xfc\x01\x7f", "plain"};
+    CFileProfileStore store;
+    ASSERT_EQ(store.Load(Path), FileCause::None);
+    for (const std::string& section : awkward)
+        for (const std::string& key : awkward)
+            store.WriteText(section, key, section + "|" + key + " ");
+    store.WriteInteger("View1\\Ancillary", "XPosition", -17);
+    ASSERT_EQ(store.Flush(), FileCause::None);
+    CFileProfileStore again;
+    ASSERT_EQ(again.Load(Path), FileCause::None);
+    for (const std::string& section : awkward)
+        for (const std::string& key : awkward)
+            EXPECT_EQ(again.ReadText(section, key), section + "|" + key + " ");
+    EXPECT_EQ(again.ReadInteger("View1\\Ancillary", "XPosition", 3), -17);
+    EXPECT_EQ(again.ReadInteger("View1\\Ancillary", "YPosition", 3), 3);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(Folder), {}), 1);
+}
+
+TEST_F(ProfileFileTest, AHandEditedFileIsReadAsFarAsItMakesSense) {
+    Put("; note\r\n\r\n[A]\r\n x = 1 \r\nnonsense\r\n[B\r\ny=2 3\r\nz=99999999999\r\nw=%zz%4");
+    CFileProfileStore store;
+    ASSERT_EQ(store.Load(Path), FileCause::None);
+    EXPECT_EQ(store.ReadInteger("A", "x", -1), 1);
+    EXPECT_EQ(store.ReadText("B", "y"), "2 3");
+    EXPECT_EQ(store.ReadInteger("B", "y", -1), -1);
+    EXPECT_EQ(store.ReadInteger("B", "z", -1), -1);
+    EXPECT_EQ(store.ReadText("B", "w"), "%zz%4");
+}
+
+TEST_F(ProfileFileTest, OnlyAChangeIsWritten) {
+    Put("[A]\nx=1 ; kept as it is\n");
+    CFileProfileStore store;
+    ASSERT_EQ(store.Load(Path), FileCause::None);
+    store.WriteText("A", "x", store.ReadText("A", "x"));
+    ASSERT_EQ(store.Flush(), FileCause::None);
+    EXPECT_EQ(Content(), "[A]\nx=1 ; kept as it is\n");
+    store.WriteInteger("A", "x", 2);
+    ASSERT_EQ(store.Flush(), FileCause::None);
+    EXPECT_EQ(Content(), "[A]\nx=2\n");
+}
+
+TEST_F(ProfileFileTest, SettingsThatCouldNotBeReadAreNotReplaced) {
+    CFileProfileStore store;
+    EXPECT_EQ(store.Flush(), FileCause::InvalidFile); // never loaded
+    std::filesystem::create_directories(Path);        // a folder in the file's place
+    EXPECT_EQ(store.Load(Path), FileCause::AccessDenied);
+    store.WriteInteger("A", "x", 1);
+    EXPECT_EQ(store.Flush(), FileCause::AccessDenied);
+    EXPECT_TRUE(std::filesystem::is_directory(Path));
+
+    CFileProfileStore elsewhere;
+    EXPECT_EQ(elsewhere.Load((Folder / "missing" / "settings.ini").string()), FileCause::None);
+    elsewhere.WriteInteger("A", "x", 1);
+    EXPECT_EQ(elsewhere.Flush(), FileCause::BadPath);
+}
+
+} // namespace
+} // namespace qor
