@@ -1,0 +1,128 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "fakes/ScriptedUser.h"
+
+#include "base/Text.h"
+#include "instrument/DefinitionReader.h"
+#include "platform/Clock.h"
+#include "session/PackageList.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace qor {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class PackageListTest : public testing::Test {
+  protected:
+    PackageListTest() { Resource = Doc.AddSerialResource(Port("COM1")); }
+
+    static SerialResourceSettings Port(const std::string& name) {
+        SerialResourceSettings settings;
+        settings.portName = name;
+        return settings;
+    }
+    /// A package of instruments by these names, as if it had been read.
+    static LoadedPackage Loaded(const std::vector<std::string>& names) {
+        LoadedPackage loaded;
+        loaded.ok = true;
+        loaded.path = "cast.sip";
+        loaded.name = "Cast";
+        for (const std::string& name : names) {
+            PackageMember member{name + ".cal", std::make_unique<CInstrument>()};
+            CDefinitionReader reader(*member.instrument, member.name);
+            reader.Begin(member.name);
+            reader.Feed(Format("INSTRUMENT %s '' %zu AS 0 NONE\nPRES NONE '' 2 BU 0 COUNT\n",
+                               name.c_str(), name.size()));
+            EXPECT_EQ(reader.Finish(), DefinitionStatus::Success);
+            loaded.members.push_back(std::move(member));
+        }
+        return loaded;
+    }
+
+    CSystemClock Clock;
+    CScriptedUser User;
+    CMemoryProfileStore Profile;
+    CQorViewDoc Doc{Clock, [] { return std::unique_ptr<CSerialPort>(); }, User,
+                    Profile};
+    CPackageList List{Doc};
+    int Resource = -1;
+};
+
+TEST_F(PackageListTest, APackageBringsItsInstrumentsAndTakesThemAway) {
+    CPackage* package = List.AddPackage(Loaded({"PRO", "REF"}), Resource);
+    ASSERT_NE(package, nullptr);
+    EXPECT_THAT(package->Instruments, ElementsAre("PRO", "REF"));
+    EXPECT_EQ(List.PackageOf("REF"), package);
+    EXPECT_EQ(List.PackageOf("OTHER"), nullptr);
+    EXPECT_THAT(List.InstrumentsOf(*package),
+                ElementsAre(Doc.FindInstrument("PRO"), Doc.FindInstrument("REF")));
+
+    User.AnswersYes = false;
+    EXPECT_FALSE(List.RemovePackage(package));
+    EXPECT_EQ(List.Count(), 1u);
+    User.AnswersYes = true;
+    EXPECT_TRUE(List.RemovePackage(package));
+    EXPECT_THAT(User.TakeQuestions(),
+                ElementsAre("Are you sure you want to remove the package Cast?",
+                            "Are you sure you want to remove the package Cast?"));
+    EXPECT_EQ(Doc.FindInstrument("PRO"), nullptr);
+    EXPECT_FALSE(
+        List.RemovePackage(package)); // not there: the session log says so, nobody is asked
+    EXPECT_THAT(User.TakeQuestions(), IsEmpty());
+}
+
+TEST_F(PackageListTest, APackageWithoutInstrumentsIsNotKept) {
+    ASSERT_NE(List.AddPackage(Loaded({"PRO"}), Resource), nullptr);
+    EXPECT_EQ(List.AddPackage(Loaded({"PRO"}), Resource), nullptr); // the name is taken
+    EXPECT_THAT(
+        User.TakeMessages(),
+        ElementsAre("The Instrument Package file: cast.sip \r\ncontains no valid Instruments."));
+    EXPECT_EQ(List.Count(), 1u);
+}
+
+TEST_F(PackageListTest, CalibrationModeLocksTheList) {
+    CPackage* package = List.AddPackage(Loaded({"PRO"}), Resource);
+    List.CalibrationMode = true;
+    EXPECT_EQ(List.AddPackage(Loaded({"REF"}), Resource), nullptr);
+    EXPECT_FALSE(List.AddFile("a.sip", Resource));
+    EXPECT_FALSE(List.AddFile("a.cal", Resource));
+    EXPECT_FALSE(List.RemovePackage(package));
+    EXPECT_EQ(List.Count(), 1u);
+    const std::string locked =
+        "The Instrument Package List cannot be modified while in Calibration Mode.";
+    EXPECT_THAT(User.TakeMessages(), ElementsAre(locked, locked, locked, locked));
+}
+
+TEST_F(PackageListTest, AFileIsToldApartByItsExtension) {
+    const struct {
+        const char *path, *message;
+    } cases[] = {
+        {"notes.txt",
+         "The file extension for notes.txt \r\nis not a Package/Calibration/TDF file."},
+        {"missing.SIP", "The Instrument Package file: missing.SIP \r\ncould not be opened."},
+    };
+    for (const auto& one : cases) {
+        EXPECT_FALSE(List.AddFile(one.path, Resource));
+        EXPECT_THAT(User.TakeMessages(), ElementsAre(one.message));
+    }
+    EXPECT_FALSE(List.AddFile("missing.CAL", Resource));
+    EXPECT_THAT(User.TakeMessages(), IsEmpty()); // the load's own log tells
+    const std::string example = QORVIEW_SOURCE_DIR "/examples/package/";
+    EXPECT_TRUE(List.AddFile(example + "profiler.cal", Resource));
+}
+
+TEST_F(PackageListTest, APortRunsAtThePackagesSpeed) {
+    LoadedPackage loaded;
+    loaded.baudRate = "57600";
+    EXPECT_EQ(PackagePort(loaded, "COM7", User).baudRate, 57600u);
+    EXPECT_THAT(User.TakeMessages(), IsEmpty());
+    loaded.baudRate = "UDRATE=9600";
+    EXPECT_EQ(PackagePort(loaded, "COM7", User).baudRate, 19200u);
+    EXPECT_EQ(User.TakeMessages().size(), 1u);
+}
+
+} // namespace
+} // namespace qor
