@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// The door of package archives: any bytes as an archive. What comes out of it is bounded, and names
+// that pass are names that stay where they belong.
+#include "session/MemberName.h"
+#include "session/Package.h"
+#include "session/ZipArchive.h"
+
+#include <cstdlib>
+
+using namespace qor;
+
+namespace {
+
+void Require(bool holds) {
+    if (!holds)
+        std::abort();
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static_cast<void>(ParseProperties({reinterpret_cast<const char*>(data), size}));
+    CZipArchive archive;
+    const ArchiveLimits limits{1 << 20, 1 << 16, 64};
+    if (archive.OpenBytes({data, data + size}, limits) != ArchiveStatus::Good)
+        return 0;
+    Require(archive.Members().size() <= limits.members);
+    for (std::size_t i = 0; i < archive.Members().size(); ++i) {
+        const ArchiveMember& member = archive.Members()[i];
+        for (const std::string& part : CleanMemberName(member.name))
+            Require(part != ".." && part.find_first_of("/\\:") == std::string::npos);
+        if (member.size > limits.fileBytes)
+            continue;
+        std::uint64_t taken = 0;
+        const bool extracted = archive.Extract(i, [&taken](ByteSpan piece) {
+            taken += piece.size();
+            return true;
+        });
+        Require(extracted ? taken == member.size : taken <= member.size);
+    }
+    return 0;
+}
