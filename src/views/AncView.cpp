@@ -16,20 +16,9 @@ constexpr const char* SectionName = "\\Ancillary";
 constexpr int TimeDecimals = 2;
 constexpr int ValueDecimals = 4;
 
-/// The role sensors as the frame checks recognise them, whether they are checked or not.
-CFrameChecks RolesOf(const CInstrument& instrument) {
-    struct CIgnoringSink : CMessageSink {
-        void Report(std::string) override {}
-    } ignored; // a missing role sensor has been reported when the session's own checks were set up
-    CFrameChecks roles;
-    roles.SetUp(instrument, instrument.Name(), {}, ignored);
-    return roles;
-}
-
-bool HasSensorRow(const CSensor& sensor, const CFrameChecks& roles) {
+bool HasSensorRow(const CSensor& sensor, std::int32_t counter, std::int32_t checksum) {
     return sensor.Fit != FitType::NONE && sensor.Fit != FitType::DELIMITER &&
-           !IsOptic(sensor.Fit) && sensor.Index != roles.CounterIndex &&
-           sensor.Index != roles.ChecksumIndex;
+           !IsOptic(sensor.Fit) && sensor.Index != counter && sensor.Index != checksum;
 }
 
 FieldView ViewOf(int viewType) {
@@ -89,12 +78,14 @@ void CAncViewDlg::Initialise(const CQorViewIns& instrument, int packageIndex, in
 
 void CAncViewDlg::BuildSensorPage(const CQorViewIns& instrument) {
     const CInstrument& definition = instrument.Definition();
-    const CFrameChecks roles = RolesOf(definition);
+    // The role sensors, whether they are checked or not.
+    const std::int32_t counter = FrameCounterIndex(definition);
+    const std::int32_t checksum = ChecksumIndexOf(definition);
     const CSensor* timer = definition.NextSensor("TIMER");
     const CSensor* strain = definition.NextSensor("STRAIN");
     SensorRows.clear();
     for (const CSensor& sensor : definition.Sensors()) {
-        if (!HasSensorRow(sensor, roles))
+        if (!HasSensorRow(sensor, counter, checksum))
             continue;
         const bool fewDecimals = &sensor == timer || &sensor == strain;
         SensorRows.push_back({sensor.Index, fewDecimals ? TimeDecimals : ValueDecimals});

@@ -23,6 +23,33 @@ TEST(OceanMath, SalinityAgreesWithTheCheckValuesOfTheScale) {
     EXPECT_NEAR(PracticalSalinity(0.65 * Standard, 5, 1500), 27.995347, 1e-6);
 }
 
+TEST(OceanMath, SalinityAgreesWithAnIndependentImplementationOverTheScalesRange) {
+    // Made with SP_from_C of the GSW oceanographic toolbox (python3-gsw 3.6.16 of Debian 12), its
+    // temperatures turned into those of 1968 by 1.00024.
+    const struct {
+        double conductivity, temperature, pressure, salinity;
+    } references[] = {
+        {2.386, -1.5, 0, 2.499674904},     {3.332, 10, 200, 2.500303507},
+        {4.589, 24, 10, 2.499758448},      {8.415, 2, 4000, 8.000006585},
+        {12.101, 15, 10000, 8.000136293},  {15.387, 30, 1000, 7.999935966},
+        {15.781, 5, 1500, 14.999954920},   {21.551, 18.5, 35, 15.000015919},
+        {29.484, 34.5, 0, 15.000014544},   {16.633, -1.5, 0, 20.000325743},
+        {22.997, 10, 200, 20.000150359},   {31.453, 24, 10, 19.999740236},
+        {26.516, 2, 4000, 28.000495708},   {37.781, 15, 10000, 27.999695733},
+        {48.167, 30, 1000, 27.999718647},  {32.357, 5, 1500, 33.000356002},
+        {44.036, 18.5, 35, 32.999909345},  {59.991, 34.5, 0, 33.000027748},
+        {27.756, -1.5, 0, 35.000359150},   {38.178, 10, 200, 35.000224611},
+        {52.028, 24, 10, 35.000374261},    {34.861, 2, 4000, 37.999811014},
+        {49.503, 15, 10000, 37.999586450}, {63.186, 30, 1000, 37.999903951},
+        {39.720, 5, 1500, 41.500427600},   {53.990, 18.5, 35, 41.499716017},
+        {73.439, 34.5, 0, 41.500059339},
+    };
+    for (const auto& one : references)
+        EXPECT_NEAR(PracticalSalinity(one.conductivity, one.temperature, one.pressure),
+                    one.salinity, 1e-8)
+            << one.conductivity << ' ' << one.temperature << ' ' << one.pressure;
+}
+
 TEST(OceanMath, SalinityThatIsNotFiniteIsZero) {
     EXPECT_EQ(PracticalSalinity(-1, 15, 0), 0.0);
     EXPECT_EQ(PracticalSalinity(NAN, 15, 0), 0.0);
