@@ -25,7 +25,8 @@ class CAcquisitionLoop {
     /// Starts the threads; false when the system has none to give.
     bool Start();
     /// Ends the threads, then takes every frame and message that is still there. Harmless when not
-    /// started. Disconnect first, then end the log, then stop.
+    /// started. Disconnect first, then end the log, then stop. A question to the operator that the
+    /// tick waits for has to be answered or taken away before.
     void Stop();
 
     /// One round on the calling thread instead (not while started): waits at most so long for a

@@ -103,7 +103,7 @@ int CQorViewDoc::AddFileResource(const std::string& path, const FileResourceSett
 
 CommResult CQorViewDoc::RemoveResource(int resource) {
     CommResult disconnected = DisconnectResource(resource);
-    if (disconnected == CommResult::ResourceReference)
+    if (disconnected == CommResult::ResourceReference || disconnected == CommResult::StillConnected)
         return disconnected;
     CRecursiveLock lock(DocLock);
     CQorViewRes* removed = ResourceAt(resource);
@@ -253,13 +253,16 @@ CommResult CQorViewDoc::ResetAbort(int resource, std::uint32_t& abortCode) {
 
 void CQorViewDoc::SetRole(InstrumentRole role, int resource, int instrument) {
     CRecursiveLock lock(DocLock);
+    const auto number = static_cast<std::size_t>(role);
+    if (number >= Roles.size())
+        return;
     auto setUntagged = [this, role](bool untagged) REQUIRES(DocLock) {
         CQorViewIns* holder = RoleInstrument(role);
         if (role == InstrumentRole::Gps && holder)
             ResourceAt(Role(role).resource)->Comm.SetUntagged(holder->Name(), untagged);
     };
     setUntagged(false);
-    Roles[static_cast<std::size_t>(role)] = {resource, instrument};
+    Roles[number] = {resource, instrument};
     setUntagged(true);
 }
 

@@ -139,6 +139,7 @@ bool CRawLog::OpenLogFile() {
             naming.logDirectory + TimeStampFileName(LocalCalendar(Session.Clock.Now()));
     const std::string& path = naming.logFilePath;
     if (FileExists(path)) {
+        // Kept: also a time-stamp log of the same second is replaced.
         FileCause cause = SetReadOnly(path, false);
         if (cause != FileCause::None)
             PendingTexts.push_back(FileErrorMessage("while accessing the file", path, cause));
@@ -223,10 +224,10 @@ bool CRawLog::EndLocked(bool abort) {
         return abort;
     }
     PendingClose = Session.ExitIfDone && !State.intervalRun;
-    const std::string path = Session.Naming.logFilePath;
+    const std::string path = Writer.Path(); // the naming may be the next log's by now
     Sync.Finish();
     Writer.Close();
-    ProtectLogFile();
+    ProtectLogFile(path);
     State.logOpen = false;
     AdvanceLogFileName(Session.Naming, Session.Station);
     Messages.Report("End log file: \"" + path + "\".\r\n");
@@ -250,8 +251,7 @@ void CRawLog::EndRun() {
     ViewsUpdate = true;
 }
 
-void CRawLog::ProtectLogFile() {
-    const std::string& path = Session.Naming.logFilePath;
+void CRawLog::ProtectLogFile(const std::string& path) {
     bool readOnly = false;
     if (IsReadOnly(path, readOnly) != FileCause::None) {
         PendingTexts.push_back("An error occured while accessing the log file\r\n\"" + path +
@@ -354,7 +354,7 @@ LogStatus CRawLog::Status() const {
     CRecursiveLock lock(Session.DocLock);
     LogStatus status = State;
     status.fileSize = Writer.Size();
-    status.logFilePath = Session.Naming.logFilePath;
+    status.logFilePath = State.logOpen ? Writer.Path() : Session.Naming.logFilePath;
     status.logFileDisplayName = Session.Naming.logFileDisplayName;
     return status;
 }

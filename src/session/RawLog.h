@@ -77,7 +77,7 @@ class CRawLog {
     void StartLog() REQUIRES(Session.DocLock);
     bool EndLocked(bool abort) REQUIRES(Session.DocLock);
     void EndRun() REQUIRES(Session.DocLock);
-    void ProtectLogFile() REQUIRES(Session.DocLock);
+    void ProtectLogFile(const std::string& path) REQUIRES(Session.DocLock);
     bool TickLocked() REQUIRES(Session.DocLock);
     void WriteTimeStamp(const FrameTime& now) REQUIRES(Session.DocLock);
     void NoteClockStep() REQUIRES(Session.DocLock);

@@ -39,8 +39,9 @@ class CSessionLog {
     /// Path of the open file; empty when there is none.
     std::string FilePath() const;
 
-    /// Sees every stamped entry, under the document's lock. A caller that keeps no window may also
-    /// turn the keeping of the text off: playing a damaged log reports without end.
+    /// Sees every stamped entry, under the document's lock; set before a loop runs. A caller that
+    /// keeps no window may also turn the keeping of the text off: playing a damaged log reports
+    /// without end.
     std::function<void(const std::string& stamped)> OnEntry;
     bool KeepText = true;
 

@@ -150,7 +150,9 @@ TEST_F(ARawLog, FinishedLogIsReadOnlyAndReplacedOnlyWithConsent) {
         Doc.NoDialogs = false;
     }
     ASSERT_TRUE(Begin("cast"));
+    SetMode(LogNamingMode::UserFileName, "next"); // is for the next log
     ASSERT_TRUE(Doc.RawLog.EndLogFile(true));
+    SetMode(LogNamingMode::UserFileName, "cast");
     bool readOnly = false;
     ASSERT_EQ(IsReadOnly(Log(), readOnly), FileCause::None);
     EXPECT_TRUE(readOnly);
