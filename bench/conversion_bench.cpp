@@ -3,19 +3,35 @@
 // Conversion of whole frames, each beside a decoder written by hand for that very frame: the limit
 // that a compiled definition can come near to. Delimited frames stand beside a search for their
 // delimiters. Single sensors and frame making are here for comparison.
-#include "fakes/DefinedInstrument.h"
 #include "instrument/Calibration.h"
 #include "instrument/ConversionPlan.h"
+#include "instrument/DefinitionReader.h"
 #include "instrument/FrameChecks.h"
 #include "instrument/FrameMaker.h"
 
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
+#include <cstdlib>
+#include <iostream>
+#include <memory>
+#include <string>
 
 using namespace qor;
 
 namespace {
+
+std::unique_ptr<CInstrument> Define(const std::string& text) {
+    auto instrument = std::make_unique<CInstrument>();
+    CDefinitionReader reader(*instrument, "bench.cal");
+    reader.Begin("bench.cal");
+    reader.Feed(text);
+    if (reader.Finish() != DefinitionStatus::Success || instrument->DiagnosticCount() != 0) {
+        std::cerr << instrument->ParseLog();
+        std::exit(1);
+    }
+    return instrument;
+}
 
 /// A hyperspectral radiometer: ten bytes of header, integration time, channels, ancillary fields,
 /// counter and checksum; 330 bytes with 137 channels.
