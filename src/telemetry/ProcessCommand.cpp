@@ -1,15 +1,19 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// The command queue. Port workers post under the status and frame locks, the acquisition loop
-// drains; posting wakes the loop only when it found the queue empty, so a burst of notices costs
-// one wake-up.
+// The command queue. Port workers post, the acquisition loop drains. Switching to the loop costs
+// more than its work on a frame, so it is woken at once only after a quiet moment; under a steady
+// stream of many ports it comes by itself every few milliseconds and takes what there is.
 #include "telemetry/ProcessCommand.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace qor {
 
 namespace {
+
+/// The shortest time between two rounds of the loop; a frame queue holds many times as much.
+constexpr std::chrono::milliseconds Rest{5};
 
 /// How far back a repeated notice is looked for: more than there are ports.
 constexpr std::size_t LookBack = 128;
@@ -35,7 +39,7 @@ void CProcessCommand::Report(std::string message) {
     {
         CLock lock(QueueLock);
         Commands.push_back({NoticeCode::None, std::move(message)});
-        if (Commands.size() > 1)
+        if (!std::exchange(LoopWaits, false))
             return;
     }
     Arrived.NotifyAll();
@@ -44,9 +48,8 @@ void CProcessCommand::Report(std::string message) {
 void CProcessCommand::PostNotice(NoticeCode notice, const std::string& resourceName) {
     {
         CLock lock(QueueLock);
-        bool loopIsWoken = !Commands.empty();
         Add(Commands, notice, resourceName);
-        if (loopIsWoken)
+        if (!std::exchange(LoopWaits, false))
             return;
     }
     Arrived.NotifyAll();
@@ -55,22 +58,29 @@ void CProcessCommand::PostNotice(NoticeCode notice, const std::string& resourceN
 void CProcessCommand::PostFramesQueued(const std::string& resourceName) {
     {
         CLock lock(QueueLock);
-        bool loopIsWoken = !Commands.empty();
         Add(Commands, NoticeCode::StatusChanged, resourceName);
         Add(Commands, NoticeCode::FramesAvailable, resourceName);
-        if (loopIsWoken)
+        if (!std::exchange(LoopWaits, false))
             return;
     }
     Arrived.NotifyAll();
 }
 
 bool CProcessCommand::Drain(std::vector<ProcessCommand>& commands, int milliseconds) {
+    using namespace std::chrono;
     commands.clear();
     CLock lock(QueueLock);
-    Arrived.WaitFor(QueueLock, milliseconds,
+    auto sinceLast = duration_cast<std::chrono::milliseconds>(steady_clock::now() - LastDrained);
+    int rest = std::clamp(static_cast<int>((Rest - std::min(sinceLast, Rest)).count()), 0,
+                          std::max(milliseconds, 0));
+    if (rest > 0)
+        Arrived.WaitFor(QueueLock, rest, [this]() REQUIRES(QueueLock) { return Woken; });
+    LoopWaits = true;
+    Arrived.WaitFor(QueueLock, milliseconds - rest,
                     [this]() REQUIRES(QueueLock) { return Woken || !Commands.empty(); });
-    Woken = false;
+    LoopWaits = Woken = false;
     commands.swap(Commands);
+    LastDrained = steady_clock::now();
     return !commands.empty();
 }
 

@@ -7,6 +7,7 @@
 #include "base/Lock.h"
 #include "base/MessageSink.h"
 
+#include <chrono>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -35,7 +36,9 @@ class CProcessCommand : public CMessageSink {
     /// The notices of a pass that queued frames (status changed, frames available) with one wake-up.
     void PostFramesQueued(const std::string& resourceName);
 
-    /// Waits up to so many milliseconds for a command, then hands over all there are. False: none came.
+    /// Waits up to so many milliseconds for a command, then hands over all there are. False: none
+    /// came. Rounds that follow one another at once rest a few milliseconds, but never longer than
+    /// the given time.
     bool Drain(std::vector<ProcessCommand>& commands, int milliseconds);
     /// Makes a waiting Drain return at once.
     void Wake();
@@ -45,6 +48,8 @@ class CProcessCommand : public CMessageSink {
     CCondition Arrived;
     std::vector<ProcessCommand> Commands GUARDED_BY(QueueLock);
     bool Woken GUARDED_BY(QueueLock) = false;
+    bool LoopWaits GUARDED_BY(QueueLock) = false; ///< for a command, and nobody has woken it yet
+    std::chrono::steady_clock::time_point LastDrained GUARDED_BY(QueueLock);
 };
 
 } // namespace qor
