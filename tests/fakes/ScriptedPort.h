@@ -29,13 +29,13 @@ class CPortScript {
     CPortScript& Silence(int waits) {
         CLock lock(Guard);
         for (int i = 0; i < waits; ++i)
-            Steps.push_back({Step::Silence, {}, 0, 0, {}});
+            Steps.push_back({Step::Quiet, {}, 0, 0, {}});
         Exhausted = false;
         return *this;
     }
     /// A communications event, and the line errors that are found then.
-    CPortScript& Status(std::uint32_t mask, std::uint32_t errors) {
-        return Add({Step::Status, {}, mask, errors});
+    CPortScript& Status(std::uint32_t event, std::uint32_t lineErrors) {
+        return Add({Step::Event, {}, event, lineErrors});
     }
     CPortScript& FramingError() { return Status(EventLineError, LineFraming); }
     /// A moment at which the test does something, on the worker's thread.
@@ -80,7 +80,7 @@ class CPortScript {
   private:
     friend class CScriptedPort;
     struct Step {
-        enum { Read, ReadAtOnce, Silence, Status, Action } kind;
+        enum { Read, ReadAtOnce, Quiet, Event, Action } kind;
         std::string bytes;
         std::uint32_t mask = 0, errors = 0;
         std::function<void()> action = {};
@@ -184,9 +184,9 @@ class CScriptedPort : public CSerialPort {
             return readPending ? WaitResult::ReadDone : WaitResult::TimeOut;
         case CPortScript::Step::ReadAtOnce: // a read that is pending already gets it as any other
             return readPending ? WaitResult::ReadDone : WaitResult::TimeOut;
-        case CPortScript::Step::Status:
+        case CPortScript::Step::Event:
             return WaitResult::StatusDone;
-        case CPortScript::Step::Silence:
+        case CPortScript::Step::Quiet:
             if (readPending)
                 Script.Take();
             return WaitResult::TimeOut;
