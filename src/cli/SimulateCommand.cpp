@@ -165,12 +165,24 @@ bool CSimulation::LoadInstruments() {
             ReportError(path + ": could not be loaded. " + OneLine(instrument->ParseLog()));
             return false;
         }
-        if (instrument->FrameSize() <= 0) {
-            ReportError(path + ": its frames have no bytes; there is nothing to simulate.");
-            return false;
-        }
         Instruments.push_back(std::move(instrument));
     }
+    CTerminalUser user;
+    CWarningSink warnings;
+    for (const std::string& path : Options.instruments.packages) {
+        LoadedPackage package = LoadPackage(path, user, warnings);
+        if (!package.ok) {
+            ReportError(path + ": no instrument could be loaded from the package. See qorview-cli check.");
+            return false;
+        }
+        for (PackageMember& member : package.members)
+            Instruments.push_back(std::move(member.instrument));
+    }
+    for (const std::unique_ptr<CInstrument>& instrument : Instruments)
+        if (instrument->FrameSize() <= 0) {
+            ReportError(instrument->FilePath() + ": its frames have no bytes; there is nothing to simulate.");
+            return false;
+        }
     return true;
 }
 
@@ -250,6 +262,10 @@ bool CSimulation::SendFrame(const SimulatedFrame& frame) {
 }
 
 int CSimulation::Run() {
+    if (Options.instruments.definitions.empty() && Options.instruments.packages.empty()) {
+        ReportError("no instrument to play: give definitions with -d FILE or a package with -p FILE.");
+        return ExitBadCall;
+    }
     std::optional<Pace> pace = ParseRate(Options.rateText);
     if (!pace) {
         ReportError("--rate " + Options.rateText + ": give frames a second, or max.");
@@ -292,8 +308,10 @@ void AddSimulateCommand(CLI::App& app, CommandContext& context) {
     CLI::App* command = app.add_subcommand("simulate", "Play simulated instruments into a port or a file");
     command->add_option("-d,--definition", options.instruments.definitions, "Definition file of an instrument to play")
         ->type_name("FILE")
-        ->allow_extra_args(false)
-        ->required();
+        ->allow_extra_args(false);
+    command->add_option("-p,--package", options.instruments.packages, "Package whose instruments to play")
+        ->type_name("FILE")
+        ->allow_extra_args(false);
     command->add_option("--role", options.instruments.roles, "NAME=gps: its frames carry no time tag in a raw log")
         ->type_name("NAME=ROLE")
         ->allow_extra_args(false);

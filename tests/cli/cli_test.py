@@ -67,7 +67,7 @@ class Calls(Folder):
             ((), 2), (("frobnicate",), 2), (("check",), 2), (("check", "--frobnicate", GPS), 2),
             (("decode", "-d", GPS), 2), (("decode", "-d", GPS, "--chunk", "0", empty), 2),
             (("decode", "-d", GPS, "--format", "xml", empty), 2), (("log", "-d", GPS), 2),
-            (("log", "--port", "x:0", "-d", GPS), 2), (("simulate", "-d", GPS, "--rate", "fast"), 2),
+            (("log", "--port", "x:0", "-d", GPS), 2), (("simulate", "-d", GPS, "--rate", "fast"), 2), (("simulate", "--frames", "1"), 2),
             (("check", GPS), 0), (("check", bad), 1), (("check", missing), 1), (("check", str(self.folder)), 1),
             (("decode", "-d", GPS, empty), 0), (("decode", "-d", GPS, missing), 1), (("decode", "-d", bad, empty), 1),
             (("decode", "-d", GPS, str(self.folder)), 1), (("decode", empty), 1),
