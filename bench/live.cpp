@@ -1,0 +1,240 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// Live figures over pseudo-terminals: the processor time that `qorview-cli log` takes for many ports
+// at full line speed, beside a bare reader of the same bytes, and the time from a frame's last byte
+// to its place in the queue.
+//   live QORVIEW-CLI SOURCE-FOLDER [PORTS [SECONDS]]
+#include "Measure.h"
+
+#include "fakes/CollectingSink.h"
+#include "instrument/FrameMaker.h"
+#include "telemetry/TelemComm.h"
+
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <poll.h>
+#include <signal.h>
+#include <stdlib.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <termios.h>
+#include <thread>
+#include <unistd.h>
+
+namespace qor {
+namespace {
+
+constexpr double BytesPerSecond = 11'520.0; // 115,200 baud, 8N1
+constexpr int PieceMilliseconds = 10;       // what a USB adapter hands over at once
+
+/// A pseudo-terminal in raw mode; this side plays the instrument.
+struct Line {
+    int master = -1;
+    std::string name;
+
+    Line() {
+        master = posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK);
+        grantpt(master);
+        unlockpt(master);
+        name = ptsname(master);
+        int slave = open(name.c_str(), O_RDWR | O_NOCTTY);
+        termios settings{};
+        tcgetattr(slave, &settings);
+        cfmakeraw(&settings);
+        tcsetattr(slave, TCSANOW, &settings);
+        Keep = slave;
+    }
+    ~Line() {
+        close(Keep);
+        close(master);
+    }
+    Line(const Line&) = delete;
+    Line& operator=(const Line&) = delete;
+
+  private:
+    int Keep = -1; ///< so that bytes wait for a reader instead of getting lost
+};
+
+void SleepMilliseconds(int milliseconds) { poll(nullptr, 0, milliseconds); }
+
+/// Sends frames on all lines at the line speed, in pieces, for so long; returns the bytes of a line.
+std::size_t Play(std::vector<std::unique_ptr<Line>>& lines, const std::string& frames, double seconds) {
+    std::size_t sent = 0;
+    double elapsed = 0.0;
+    auto begin = std::chrono::steady_clock::now();
+    while (elapsed < seconds) {
+        elapsed = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+        auto due = static_cast<std::size_t>(elapsed * BytesPerSecond);
+        for (std::unique_ptr<Line>& line : lines)
+            for (std::size_t at = sent; at < due;) {
+                std::size_t place = at % frames.size();
+                ssize_t count = write(line->master, frames.data() + place, std::min(due - at, frames.size() - place));
+                if (count > 0)
+                    at += static_cast<std::size_t>(count);
+                else
+                    SleepMilliseconds(1);
+            }
+        sent = std::max(sent, due);
+        SleepMilliseconds(PieceMilliseconds);
+    }
+    std::size_t rest = (frames.size() - sent % frames.size()) % frames.size();
+    for (std::unique_ptr<Line>& line : lines) // the last frame is a whole one
+        for (std::size_t at = 0; at < rest;) {
+            ssize_t count = write(line->master, frames.data() + sent % frames.size() + at, rest - at);
+            at += count > 0 ? static_cast<std::size_t>(count) : 0;
+        }
+    SleepMilliseconds(300);
+    return sent + rest;
+}
+
+double ChildSeconds(const rusage& usage) {
+    auto seconds = [](const timeval& time) { return static_cast<double>(time.tv_sec) + 1e-6 * static_cast<double>(time.tv_usec); };
+    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
+
+/// Runs a child beside the playing; its processor seconds while the lines were played.
+template <class Child>
+double ProcessorSeconds(std::vector<std::unique_ptr<Line>>& lines, const std::string& frames, double seconds,
+                        std::size_t& bytes, Child child) {
+    pid_t process = fork();
+    if (process == 0) {
+        child();
+        _exit(1);
+    }
+    SleepMilliseconds(1000);
+    bytes = Play(lines, frames, seconds);
+    kill(process, SIGINT);
+    int status = 0;
+    rusage usage{};
+    wait4(process, &status, 0, &usage);
+    return ChildSeconds(usage);
+}
+
+[[noreturn]] void ReadBare(const std::vector<std::unique_ptr<Line>>& lines) {
+    std::vector<pollfd> ports;
+    for (const std::unique_ptr<Line>& line : lines)
+        ports.push_back({open(line->name.c_str(), O_RDONLY | O_NOCTTY | O_NONBLOCK), POLLIN, 0});
+    char buffer[4096];
+    for (;;) {
+        poll(ports.data(), ports.size(), -1);
+        for (pollfd& port : ports)
+            if (port.revents != 0)
+                while (read(port.fd, buffer, sizeof buffer) > 0)
+                    ;
+    }
+}
+
+void Ports(const std::string& cli, const std::string& definition, const std::string& frames, int count,
+           double seconds) {
+    std::filesystem::path folder = std::filesystem::temp_directory_path() / "qorview-live";
+    std::filesystem::remove_all(folder);
+    std::filesystem::create_directories(folder);
+    std::vector<std::unique_ptr<Line>> lines;
+    for (int i = 0; i < count; ++i)
+        lines.push_back(std::make_unique<Line>());
+    std::vector<std::string> words = {cli, "log", "--quiet", "-o", folder.string(), "--name", "live.raw"};
+    for (const std::unique_ptr<Line>& line : lines)
+        words.insert(words.end(), {"--port", line->name + ":115200", "-d", definition});
+    std::vector<char*> arguments;
+    for (std::string& word : words)
+        arguments.push_back(word.data());
+    arguments.push_back(nullptr);
+
+    std::size_t bytes = 0;
+    double bare = ProcessorSeconds(lines, frames, seconds, bytes, [&] {
+        signal(SIGINT, SIG_DFL);
+        ReadBare(lines);
+    });
+    double logged = ProcessorSeconds(lines, frames, seconds, bytes, [&] {
+        int nowhere = open("/dev/null", O_WRONLY);
+        dup2(nowhere, STDOUT_FILENO);
+        execv(cli.c_str(), arguments.data());
+    });
+    std::printf("%d ports at 115,200 baud: %.2f %% of a core; a bare reader %.2f %%: %.2f x\n", count,
+                100.0 * logged / (seconds + 1.3), 100.0 * bare / (seconds + 1.3), logged / bare);
+    std::string info = cli + " info --json -d " + definition + " " + (folder / "live.raw").string();
+    std::printf("  frames sent %zu; in the log: ", bytes / 330 * static_cast<std::size_t>(count));
+    std::fflush(stdout);
+    if (std::system((info + " | sed 's/.*\"instruments\"/instruments/'").c_str()) != 0)
+        std::exit(1);
+    std::filesystem::remove_all(folder);
+}
+
+/// Microseconds from the write of a frame's last byte to the frame in the queue.
+void Latency(const CInstrument& instrument, const std::string& frame, const char* load) {
+    CCollectingSink sink;
+    CProcessCommand commands;
+    CSystemClock clock;
+    Line line;
+    CTelemComm port(sink, &commands, clock, MakeSystemSerialPort);
+    SerialResourceSettings settings;
+    settings.portName = line.name;
+    AttachRequest request;
+    request.instrumentName = request.syncHeader = instrument.SyncHeader();
+    request.frameSize = instrument.FrameSize();
+    if (port.InitialiseSerial(settings) != CommResult::Success || port.Attach(request) != CommResult::Success ||
+        port.EnableAcquisition(instrument.SyncHeader()) != CommResult::Success || port.Connect() != CommResult::Success)
+        std::exit(1);
+    constexpr int frames = 1000;
+    std::vector<double> microseconds;
+    std::vector<ProcessCommand> drained;
+    CFrameData received;
+    for (int i = 0; i < frames; ++i) {
+        SleepMilliseconds(3);
+        auto begin = std::chrono::steady_clock::now();
+        if (write(line.master, frame.data(), frame.size()) != static_cast<ssize_t>(frame.size()))
+            std::exit(1);
+        bool found = false;
+        while (!found) {
+            commands.Drain(drained, 100);
+            drained.clear();
+            if (port.RetrieveFrame(received, found) != CommResult::Success)
+                std::exit(1);
+        }
+        microseconds.push_back(1e6 * std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count());
+    }
+    if (port.Disconnect() != CommResult::Success)
+        std::exit(1);
+    std::sort(microseconds.begin(), microseconds.end());
+    std::printf("last byte to retrieved frame, %s: median %.0f us, p99 %.0f us\n", load, microseconds[frames / 2],
+                microseconds[frames * 99 / 100]);
+}
+
+} // namespace
+} // namespace qor
+
+int main(int argc, char** argv) {
+    if (argc < 3) {
+        std::fprintf(stderr, "usage: live QORVIEW-CLI SOURCE-FOLDER [PORTS [SECONDS]]\n");
+        return 2;
+    }
+    using namespace qor;
+    int ports = argc > 3 ? std::atoi(argv[3]) : 32;
+    double seconds = argc > 4 ? std::atof(argv[4]) : 10.0;
+    std::string definition = std::string(argv[2]) + "/examples/radiometer.cal";
+    CInstrument instrument;
+    if (instrument.Load(definition) != DefinitionStatus::Success)
+        return 1;
+    CFrameMaker maker(instrument);
+    std::string frames;
+    for (int i = 0; i < 256; ++i)
+        frames += AsText(maker.Next(i));
+    Ports(argv[1], definition, frames, ports, seconds);
+    Latency(instrument, frames.substr(0, 330), "idle");
+    std::vector<pid_t> burners;
+    for (int i = 0; i < 2; ++i) {
+        pid_t burner = fork();
+        if (burner == 0)
+            for (volatile unsigned spin = 0;; spin = spin + 1)
+                ;
+        burners.push_back(burner);
+    }
+    Latency(instrument, frames.substr(0, 330), "both cores busy");
+    for (pid_t burner : burners) {
+        kill(burner, SIGKILL);
+        waitpid(burner, nullptr, 0);
+    }
+    return 0;
+}
