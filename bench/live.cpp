@@ -33,6 +33,8 @@ constexpr int PieceMilliseconds = 10;       // what a USB adapter hands over at 
 struct Line {
     int master = -1;
     std::string name;
+    std::string definition; ///< path
+    std::string frames;     ///< played over and over, 256 of them
 
     Line() {
         master = posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK);
@@ -60,7 +62,8 @@ struct Line {
 void SleepMilliseconds(int milliseconds) { poll(nullptr, 0, milliseconds); }
 
 /// Sends frames on all lines at the line speed, in pieces, for so long; returns the bytes of a line.
-std::size_t Play(std::vector<std::unique_ptr<Line>>& lines, const std::string& frames, double seconds) {
+std::size_t Play(std::vector<std::unique_ptr<Line>>& lines, double seconds) {
+    const std::size_t length = lines.front()->frames.size(), frameLength = length / 256;
     std::size_t sent = 0;
     double elapsed = 0.0;
     auto begin = std::chrono::steady_clock::now();
@@ -69,8 +72,8 @@ std::size_t Play(std::vector<std::unique_ptr<Line>>& lines, const std::string& f
         auto due = static_cast<std::size_t>(elapsed * BytesPerSecond);
         for (std::unique_ptr<Line>& line : lines)
             for (std::size_t at = sent; at < due;) {
-                std::size_t place = at % frames.size();
-                ssize_t count = write(line->master, frames.data() + place, std::min(due - at, frames.size() - place));
+                std::size_t place = at % length;
+                ssize_t count = write(line->master, line->frames.data() + place, std::min(due - at, length - place));
                 if (count > 0)
                     at += static_cast<std::size_t>(count);
                 else
@@ -79,10 +82,10 @@ std::size_t Play(std::vector<std::unique_ptr<Line>>& lines, const std::string& f
         sent = std::max(sent, due);
         SleepMilliseconds(PieceMilliseconds);
     }
-    std::size_t rest = (frames.size() - sent % frames.size()) % frames.size();
+    std::size_t rest = (frameLength - sent % frameLength) % frameLength;
     for (std::unique_ptr<Line>& line : lines) // the last frame is a whole one
         for (std::size_t at = 0; at < rest;) {
-            ssize_t count = write(line->master, frames.data() + sent % frames.size() + at, rest - at);
+            ssize_t count = write(line->master, line->frames.data() + sent % length + at, rest - at);
             at += count > 0 ? static_cast<std::size_t>(count) : 0;
         }
     SleepMilliseconds(300);
@@ -96,15 +99,15 @@ double ChildSeconds(const rusage& usage) {
 
 /// Runs a child beside the playing; its processor seconds while the lines were played.
 template <class Child>
-double ProcessorSeconds(std::vector<std::unique_ptr<Line>>& lines, const std::string& frames, double seconds,
-                        std::size_t& bytes, Child child) {
+double ProcessorSeconds(std::vector<std::unique_ptr<Line>>& lines, double seconds, std::size_t& bytes,
+                        Child child) {
     pid_t process = fork();
     if (process == 0) {
         child();
         _exit(1);
     }
     SleepMilliseconds(1000);
-    bytes = Play(lines, frames, seconds);
+    bytes = Play(lines, seconds);
     kill(process, SIGINT);
     int status = 0;
     rusage usage{};
@@ -126,39 +129,58 @@ double ProcessorSeconds(std::vector<std::unique_ptr<Line>>& lines, const std::st
     }
 }
 
-void Ports(const std::string& cli, const std::string& definition, const std::string& frames, int count,
-           double seconds) {
+/// The radiometer with a serial number of its own, for names are unique on a bench.
+void GiveInstrument(Line& line, const std::string& definition, const std::filesystem::path& folder, int number) {
+    std::ifstream source(definition);
+    std::string text((std::istreambuf_iterator<char>(source)), std::istreambuf_iterator<char>());
+    char serial[16];
+    std::snprintf(serial, sizeof serial, "%04d", number);
+    std::size_t place = text.find("0137 ");
+    if (place == std::string::npos)
+        std::exit(1);
+    line.definition = folder / (std::string(serial) + ".cal");
+    std::ofstream(line.definition) << text.replace(place, 4, serial);
+    CInstrument instrument;
+    if (instrument.Load(line.definition) != DefinitionStatus::Success)
+        std::exit(1);
+    CFrameMaker maker(instrument);
+    for (int i = 0; i < 256; ++i)
+        line.frames += AsText(maker.Next(i)); // the counter comes round after 256
+}
+
+void Ports(const std::string& cli, const std::string& definition, int count, double seconds) {
     std::filesystem::path folder = std::filesystem::temp_directory_path() / "qorview-live";
     std::filesystem::remove_all(folder);
     std::filesystem::create_directories(folder);
     std::vector<std::unique_ptr<Line>> lines;
     for (int i = 0; i < count; ++i)
-        lines.push_back(std::make_unique<Line>());
+        GiveInstrument(*lines.emplace_back(std::make_unique<Line>()), definition, folder, 1000 + i);
     std::vector<std::string> words = {cli, "log", "--quiet", "-o", folder.string(), "--name", "live.raw"};
     for (const std::unique_ptr<Line>& line : lines)
-        words.insert(words.end(), {"--port", line->name + ":115200", "-d", definition});
+        words.insert(words.end(), {"--port", line->name + ":115200", "-d", line->definition});
     std::vector<char*> arguments;
     for (std::string& word : words)
         arguments.push_back(word.data());
     arguments.push_back(nullptr);
 
     std::size_t bytes = 0;
-    double bare = ProcessorSeconds(lines, frames, seconds, bytes, [&] {
+    double bare = ProcessorSeconds(lines, seconds, bytes, [&] {
         signal(SIGINT, SIG_DFL);
         ReadBare(lines);
     });
-    double logged = ProcessorSeconds(lines, frames, seconds, bytes, [&] {
+    double logged = ProcessorSeconds(lines, seconds, bytes, [&] {
         int nowhere = open("/dev/null", O_WRONLY);
         dup2(nowhere, STDOUT_FILENO);
         execv(cli.c_str(), arguments.data());
     });
     std::printf("%d ports at 115,200 baud: %.2f %% of a core; a bare reader %.2f %%: %.2f x\n", count,
                 100.0 * logged / (seconds + 1.3), 100.0 * bare / (seconds + 1.3), logged / bare);
-    std::string info = cli + " info --json -d " + definition + " " + (folder / "live.raw").string();
-    std::printf("  frames sent %zu; in the log: ", bytes / 330 * static_cast<std::size_t>(count));
-    std::fflush(stdout);
-    if (std::system((info + " | sed 's/.*\"instruments\"/instruments/'").c_str()) != 0)
-        std::exit(1);
+    std::uintmax_t size = std::filesystem::file_size(folder / "live.raw");
+    constexpr std::uintmax_t record = 337, headerRecord = 128;
+    std::uintmax_t frames = bytes / 330 * static_cast<std::size_t>(count), headerRecords = 0;
+    while (headerRecords < 40 && (size - headerRecords * headerRecord) % record != 0)
+        ++headerRecords;
+    std::printf("  frames sent %ju, in the log %ju\n", frames, (size - headerRecords * headerRecord) / record);
     std::filesystem::remove_all(folder);
 }
 
@@ -217,21 +239,19 @@ int main(int argc, char** argv) {
     CInstrument instrument;
     if (instrument.Load(definition) != DefinitionStatus::Success)
         return 1;
-    CFrameMaker maker(instrument);
-    std::string frames;
-    for (int i = 0; i < 256; ++i)
-        frames += AsText(maker.Next(i));
-    Ports(argv[1], definition, frames, ports, seconds);
-    Latency(instrument, frames.substr(0, 330), "idle");
+    std::vector<std::uint8_t> bytes = CFrameMaker(instrument).Next(0);
+    std::string frame(AsText(bytes));
+    Ports(argv[1], definition, ports, seconds);
+    Latency(instrument, frame, "idle");
     std::vector<pid_t> burners;
     for (int i = 0; i < 2; ++i) {
         pid_t burner = fork();
         if (burner == 0)
-            for (volatile unsigned spin = 0;; spin = spin + 1)
-                ;
+            for (volatile unsigned spin = 0;;)
+                spin = spin + 1;
         burners.push_back(burner);
     }
-    Latency(instrument, frames.substr(0, 330), "both cores busy");
+    Latency(instrument, frame, "both cores busy");
     for (pid_t burner : burners) {
         kill(burner, SIGKILL);
         waitpid(burner, nullptr, 0);
