@@ -123,6 +123,12 @@ void CAttachedInstruments::CompileSearch() {
         CandidatesUpTo.push_back(Positions.size());
     }
     Search.Compile(std::move(headers));
+    for (std::size_t i = 0; i < List.size(); ++i) {
+        List[i].standsAlone = false;
+        List[i].follower = i;
+    }
+    for (std::size_t i = 0; i < Positions.size() && !WithoutHeader.Active(); ++i)
+        List[Positions[i]].standsAlone = Search.StandsAlone(i);
 }
 
 } // namespace qor

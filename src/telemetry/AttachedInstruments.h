@@ -20,6 +20,9 @@ struct AttachedInstrument {
     bool foundReported = false; ///< "found on" was reported since synchronisation was last lost
     bool tagged = true;         ///< its frames in a raw log carry a time tag
     bool endless = false;       ///< the ended stream holds no terminator for it any more
+    /// Where its sync header stands no other enabled instrument's can.
+    bool standsAlone = false;
+    std::size_t follower = 0; ///< the instrument whose frame came after its own last time
 };
 
 class CAttachedInstruments {

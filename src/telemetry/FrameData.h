@@ -57,7 +57,11 @@ class CFrameQueue {
     std::size_t Size() const { return Count; }
     bool Empty() const { return Count == 0; }
     /// The slot for a new last frame; its old content is stale memory to assign to.
-    CFrameData& PushSlot();
+    CFrameData& PushSlot() {
+        if (Count == Slots.size())
+            Grow();
+        return Slots[Wrapped(First + Count++)];
+    }
     /// The oldest frame; the queue must not be empty.
     const CFrameData& Front() const { return Slots[First]; }
     /// The oldest frame in place, to be used and then dropped: cheaper than Pop.

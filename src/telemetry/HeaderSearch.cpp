@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// Header search: a bitmap of first byte pairs passes over junk, a prefix tree settles what stands
+// Header search: a table of first byte pairs passes over junk, a prefix tree settles what stands
 // at the few places left. A path through the tree meets every candidate that agrees with the bytes,
 // and each node knows the first in order among those still possible: that is all the walk over
 // candidates would have told.
@@ -13,8 +13,11 @@ namespace qor {
 
 namespace {
 
-constexpr std::size_t PairIndex(std::uint8_t first, std::uint8_t second) {
-    return static_cast<std::size_t>(first) << 8 | second;
+/// The pair of bytes as a table index, in whatever order this machine loads it fastest.
+inline std::size_t PairAt(const std::uint8_t* bytes) {
+    std::uint16_t pair;
+    std::memcpy(&pair, bytes, sizeof pair);
+    return pair;
 }
 
 /// The number of leading bytes that agree.
@@ -34,7 +37,7 @@ void CHeaderSearch::Compile(std::vector<std::string> candidates) {
     Candidates = std::move(candidates);
     Nodes.clear();
     Tables.clear();
-    Pairs.fill(0);
+    Begins.assign(1U << 16, 0);
     Longest = 0;
     std::vector<Entry> entries;
     for (std::size_t i = 0; i < Candidates.size(); ++i) {
@@ -48,26 +51,27 @@ void CHeaderSearch::Compile(std::vector<std::string> candidates) {
         return a.text != b.text ? a.text < b.text : a.index < b.index;
     });
     Nodes.emplace_back();
-    AddChildren(0, entries, 0);
+    Alone.assign(Candidates.size(), false);
+    AddChildren(0, entries, 0, false);
 }
 
 void CHeaderSearch::MarkPairs(std::string_view header) {
-    auto first = static_cast<std::uint8_t>(header[0]);
-    auto mark = [this, first](std::uint8_t second) {
-        std::size_t index = PairIndex(first, second);
-        Pairs[index / 32] |= 1U << index % 32;
-    };
+    std::uint8_t pair[2] = {static_cast<std::uint8_t>(header[0]), 0};
     if (header.size() > 1) {
-        mark(static_cast<std::uint8_t>(header[1]));
+        pair[1] = static_cast<std::uint8_t>(header[1]);
+        Begins[PairAt(pair)] = 1;
         return;
     }
-    for (unsigned second = 0; second < 256; ++second)
-        mark(static_cast<std::uint8_t>(second));
+    for (unsigned second = 0; second < 256; ++second) {
+        pair[1] = static_cast<std::uint8_t>(second);
+        Begins[PairAt(pair)] = 1;
+    }
 }
 
 /// Makes the node of sorted entries that agree in their first `depth` bytes and in at least one
-/// more.
-std::uint32_t CHeaderSearch::Build(std::span<const Entry> entries, std::size_t depth) {
+/// more. `prefixed`: a candidate ends on the way to it.
+std::uint32_t CHeaderSearch::Build(std::span<const Entry> entries, std::size_t depth,
+                                   bool prefixed) {
     std::string_view first = entries.front().text;
     std::string_view last = entries.back().text;
     std::size_t end = depth + 1;
@@ -81,12 +85,14 @@ std::uint32_t CHeaderSearch::Build(std::span<const Entry> entries, std::size_t d
         Nodes[made].last |= entries.front().index + 1 == Candidates.size();
         entries = entries.subspan(1);
     }
-    AddChildren(made, entries, end);
+    if (Nodes[made].here != NoIndex && entries.empty())
+        Alone[Nodes[made].here] = !prefixed;
+    AddChildren(made, entries, end, prefixed || Nodes[made].here != NoIndex);
     return made;
 }
 
 void CHeaderSearch::AddChildren(std::uint32_t node, std::span<const Entry> entries,
-                                std::size_t depth) {
+                                std::size_t depth, bool prefixed) {
     for (const Entry& entry : entries) {
         Nodes[node].below = std::min(Nodes[node].below, entry.index);
         Nodes[node].last |= entry.index + 1 == Candidates.size();
@@ -100,7 +106,7 @@ void CHeaderSearch::AddChildren(std::uint32_t node, std::span<const Entry> entri
             Nodes[node].table = static_cast<std::uint32_t>(Tables.size());
             Tables.emplace_back().fill(NoIndex);
         }
-        std::uint32_t child = Build(entries.first(count), depth);
+        std::uint32_t child = Build(entries.first(count), depth, prefixed);
         if (Nodes[node].table == NoIndex)
             Nodes[node].child = child;
         else
@@ -114,27 +120,21 @@ inline const CHeaderSearch::Node* CHeaderSearch::Child(const Node& node, std::ui
     return child == NoIndex ? nullptr : &Nodes[child];
 }
 
-inline bool CHeaderSearch::MayBegin(std::uint8_t first, std::uint8_t second) const {
-    std::size_t index = PairIndex(first, second);
-    return (Pairs[index / 32] >> index % 32 & 1) != 0;
-}
-
 /// The first position from `from` on whose pair begins a candidate, or `end`. Byte `end` is
 /// readable.
 std::size_t CHeaderSearch::SkipJunk(const std::uint8_t* bytes, std::size_t from,
                                     std::size_t end) const {
     constexpr std::size_t Stride = 8;
+    const std::uint8_t* begins = Begins.data();
     while (from + Stride <= end) {
-        std::uint32_t any = 0;
-        for (std::size_t i = from; i < from + Stride; ++i) {
-            std::size_t index = PairIndex(bytes[i], bytes[i + 1]);
-            any |= Pairs[index / 32] >> index % 32;
-        }
-        if ((any & 1) != 0)
+        unsigned any = 0;
+        for (std::size_t i = from; i < from + Stride; ++i)
+            any |= begins[PairAt(bytes + i)];
+        if (any != 0)
             break;
         from += Stride;
     }
-    while (from < end && !MayBegin(bytes[from], bytes[from + 1]))
+    while (from < end && begins[PairAt(bytes + from)] == 0)
         ++from;
     return from;
 }
@@ -173,10 +173,12 @@ SearchResult CHeaderSearch::Compare(ByteSpan bytes, bool ended) const {
 
 SearchResult CHeaderSearch::Search(ByteSpan bytes, std::size_t limit, bool ended) const {
     std::size_t end = std::min(limit, bytes.size());
+    if (Longest == 0)
+        return {SearchResult::Outcome::None, end, 0};
     std::size_t position = 0;
     while (position < end) {
         // The last byte of all has no pair yet: the tree decides on it alone.
-        if (position + 1 < bytes.size() && !MayBegin(bytes[position], bytes[position + 1]))
+        if (position + 1 < bytes.size() && Begins[PairAt(bytes.data() + position)] == 0)
             position = SkipJunk(bytes.data(), position + 1, std::min(end, bytes.size() - 1));
         if (position >= end)
             break;

@@ -37,6 +37,9 @@ class CHeaderSearch {
     /// Takes the candidates in their order; an empty one keeps its place and never matches.
     void Compile(std::vector<std::string> candidates);
     std::size_t Count() const { return Candidates.size(); }
+    /// True when no other candidate begins with this one, nor this one with another: where it stands,
+    /// nothing else can.
+    bool StandsAlone(std::size_t candidate) const { return Alone[candidate]; }
 
     /// Walks from the first byte on. At each position the candidates are tried in order and the
     /// first that stands there is found; while it takes more bytes to tell whether an earlier one
@@ -69,21 +72,22 @@ class CHeaderSearch {
         std::uint32_t index;
     };
 
-    std::uint32_t Build(std::span<const Entry> entries, std::size_t depth);
-    void AddChildren(std::uint32_t node, std::span<const Entry> entries, std::size_t depth);
+    std::uint32_t Build(std::span<const Entry> entries, std::size_t depth, bool prefixed);
+    void AddChildren(std::uint32_t node, std::span<const Entry> entries, std::size_t depth,
+                     bool prefixed);
     void MarkPairs(std::string_view header);
     const Node* Child(const Node& node, std::uint8_t byte) const;
-    bool MayBegin(std::uint8_t first, std::uint8_t second) const;
     std::size_t SkipJunk(const std::uint8_t* bytes, std::size_t from, std::size_t end) const;
     SearchResult Compare(ByteSpan bytes, bool ended) const;
     SearchResult MatchInTree(std::size_t first, ByteSpan bytes) const;
 
     std::vector<std::string> Candidates;
+    std::vector<bool> Alone;
     std::size_t Longest = 0;
     std::vector<Node> Nodes{1}; ///< the first is the root
     std::vector<ChildTable> Tables;
-    std::array<std::uint32_t, 2048>
-        Pairs{}; ///< a bit for each pair of bytes that begins a candidate
+    /// For each pair of bytes: 1 when a candidate begins with it.
+    std::vector<std::uint8_t> Begins;
 };
 
 } // namespace qor

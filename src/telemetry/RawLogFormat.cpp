@@ -137,14 +137,17 @@ std::optional<FrameTime> CTimeTagReader::Read(ByteSpan tag) {
         Date = date;
     }
     auto digits = static_cast<std::uint32_t>(GetBigEndian(tag.subspan<3, 4>()));
-    std::uint32_t hour = digits / 10000000;
-    std::uint32_t minute = digits / 100000 % 100;
-    std::uint32_t second = digits / 1000 % 100;
+    std::uint32_t minutes = digits / 100000;
+    std::uint32_t hour = minutes / 100;
+    std::uint32_t minute = minutes - hour * 100;
+    std::uint32_t milliseconds = digits - minutes * 100000;
+    std::uint32_t second = milliseconds / 1000;
+    milliseconds -= second * 1000;
     if (hour > 23 || minute > 59 || second > 59)
         return {};
     FrameTime time;
     time.seconds = DayStart + hour * 3600 + minute * 60 + second;
-    time.milliseconds = static_cast<std::uint16_t>(digits % 1000);
+    time.milliseconds = static_cast<std::uint16_t>(milliseconds);
     time.known = true;
     return time;
 }

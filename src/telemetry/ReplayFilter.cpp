@@ -41,8 +41,6 @@ bool CReplayFilter::Determine(ByteSpan bytes, bool ended) {
 }
 
 std::optional<std::size_t> CReplayFilter::Skippable(ByteSpan bytes, bool ended) {
-    if (bytes.empty())
-        return {};
     if (CouldBegin(bytes, HeaderRecordStart)) {
         if (bytes.size() >= HeaderRecordSize) {
             TakeRecord(bytes.first(HeaderRecordSize));

@@ -18,8 +18,15 @@ class CReplayFilter {
     bool IsRawLog() const { return Kind == StreamKind::RawLog; }
     /// Looks at the first bytes of the stream; false when more are needed to tell.
     bool Determine(ByteSpan bytes, bool ended);
+    /// False when neither a header record nor a time-stamp sentence begins with the byte, or the
+    /// stream is a capture: the quick test for most places.
+    bool MayStandHere(std::uint8_t first) const {
+        return Kind == StreamKind::Unknown ||
+               (Kind == StreamKind::RawLog &&
+                (first == HeaderRecordStart[0] || first == TimeStampStart[0]));
+    }
     /// The length of the header record or time-stamp sentence at a place where a frame could begin;
-    /// 0 when there is none, empty when more bytes are needed to tell.
+    /// 0 when there is none, empty when more bytes are needed to tell. There must be a byte.
     std::optional<std::size_t> Skippable(ByteSpan bytes, bool ended);
     /// The time that a tag says, when the bytes are one.
     std::optional<FrameTime> Tag(ByteSpan bytes) { return Tags.Read(bytes); }
