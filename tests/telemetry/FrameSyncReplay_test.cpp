@@ -158,7 +158,7 @@ struct RandomCase {
         const AttachRequest& instrument = instruments[random() % instruments.size()];
         switch (random() % 8) {
         case 0:
-            return Tag(Noon + random() % 100);
+            return Tag(Noon + static_cast<std::int64_t>(random() % 100));
         case 1:
             return random() % 2 == 0 ? Stamp : Stamp.substr(0, random() % 12);
         case 2:
@@ -187,7 +187,7 @@ TEST(FrameSyncReplay, AnyStreamGivesThePlainFramesAtEveryReadSize) {
         frames += expected.frames.size();
         for (const PlainFrame& frame : expected.frames)
             tags += frame.milliseconds ? 1 : 0;
-        for (std::size_t longest : {1, 8, 1000})
+        for (std::size_t longest : {1U, 8U, 1000U})
             ASSERT_EQ(
                 Play(
                     c.instruments, c.stream, [&] { return 1 + random() % longest; }, c.untagged),

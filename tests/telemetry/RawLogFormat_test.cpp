@@ -13,7 +13,7 @@ namespace {
 TEST(RawLogFormat, EveryHeaderLineFitsItsRecordAndReadsBack) {
     std::set<std::string> tags;
     for (int index = 0; index < 25; ++index) {
-        for (std::size_t length : {0, 1, 90, 100, 107, 112, 500}) {
+        for (std::size_t length : {0U, 1U, 90U, 100U, 107U, 112U, 500U}) {
             std::string value(length, 'v');
             std::string line = FormatHeaderLine(index, value);
             ASSERT_LE(line.size(), HeaderRecordSize);
