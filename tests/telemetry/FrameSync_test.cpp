@@ -10,6 +10,8 @@
 namespace qor {
 namespace {
 
+using namespace std::string_literals;
+
 class FrameSync : public testing::Test {
   protected:
     void Add(const AttachRequest& request) {
@@ -228,7 +230,7 @@ TEST_F(FrameSync, LinesWithoutHeaderBeginBehindTheFirstTerminator) {
 TEST_F(FrameSync, PacketsAreFoundWhereEveryPairStands) {
     // Packets of 3 + 2 x 1 and 3 + 2 x 0 bytes.
     Add(NoSync(Fixed("B", "BSI", 99), "BSI", {"\x51\x01\x52\x00", 4}));
-    const std::string frame("\x51\x01..+\x52\x00+", 8);
+    const std::string frame = "\x51\x01..+\x52\x00+"s;
     EXPECT_FALSE(Feed(frame.substr(0, 7)).framesQueued);
     Feed(frame.substr(7) + "\x51\x01..+\x51" + frame + frame);
     EXPECT_EQ(Sync.Frames().Size(), 3U);
@@ -245,7 +247,7 @@ TEST_F(FrameSync, ABackscatterFrameHasItsDeclaredSize) {
 
 // What has come without a header, in chunks of every size.
 TEST_F(FrameSync, NoSyncFramesDoNotDependOnTheChunks) {
-    const std::string packets("xQ\1..+R\0+Q\1Q\1Q\1..+R\0+Q\1..+R\0+", 32);
+    const std::string packets = "xQ\1..+R\0+Q\1Q\1Q\1..+R\0+Q\1..+R\0+"s;
     const std::string lines = "a\r\r\nb\r\nc\r\r\nd\r\n\r\ne";
     auto bsi = NoSync(Fixed("B", "", 8), "BSI", {"Q\1R\0", 4});
     auto compass = NoSync(Text("L", ""), "AOS_EZCOMPASS_3");
