@@ -148,6 +148,7 @@ class CSimulation {
     bool SendFrame(const SimulatedFrame& frame);
     FrameTime TimeOf(double seconds) const;
     bool IsUntagged(const CInstrument& instrument) const;
+    bool IsWet(const CInstrument& instrument) const;
 
     const SimulateOptions& Options;
     CommandContext& Context;
@@ -222,6 +223,13 @@ bool CSimulation::IsUntagged(const CInstrument& instrument) const {
     return false;
 }
 
+bool CSimulation::IsWet(const CInstrument& instrument) const {
+    const std::vector<std::string>& wet = Options.instruments.wet;
+    return std::any_of(wet.begin(), wet.end(), [&](const std::string& name) {
+        return name == EveryInstrument || name == instrument.Name();
+    });
+}
+
 bool CSimulation::WriteHeaderBlock() {
     CTerminalUser user;
     CMemoryProfileStore profile;
@@ -287,7 +295,7 @@ int CSimulation::Run() {
         CFrameMaker::ValueSource values;
         if (Options.castDepth > 0.0)
             values = CastValues(Options.castDepth, [&simulator] { return simulator.Current(); });
-        simulator.Add(*instrument, rate > 0.0 ? rate : 1.0, std::move(values));
+        simulator.Add(*instrument, rate > 0.0 ? rate : 1.0, IsWet(*instrument), std::move(values));
     }
     if (!Line.WaitForListener(Context))
         return ExitWell;
@@ -311,6 +319,9 @@ void AddSimulateCommand(CLI::App& app, CommandContext& context) {
         ->allow_extra_args(false);
     command->add_option("-p,--package", options.instruments.packages, "Package whose instruments to play")
         ->type_name("FILE")
+        ->allow_extra_args(false);
+    command->add_option("--wet", options.instruments.wet, "The named instrument is in the water, or every instrument")
+        ->type_name("[=NAME]")
         ->allow_extra_args(false);
     command->add_option("--role", options.instruments.roles, "NAME=gps: its frames carry no time tag in a raw log")
         ->type_name("NAME=ROLE")

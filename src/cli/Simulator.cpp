@@ -8,12 +8,13 @@ namespace qor {
 CSimulator::CSimulator(std::uint64_t seed, double startSeconds, SimulatedFaults faults)
     : Random(seed), Seed(seed), Start(startSeconds), Faults(faults) {}
 
-void CSimulator::Add(const CInstrument& instrument, double rate, CFrameMaker::ValueSource values) {
+void CSimulator::Add(const CInstrument& instrument, double rate, bool immersed, CFrameMaker::ValueSource values) {
     double period = 1.0 / rate;
     // Instruments of one rate on one line take turns instead of talking at the same moment.
     double phase = period * (1.0 - 1.0 / static_cast<double>(Players.size() + 1));
     Player& player = Players.emplace_back(
         Player{&instrument, CFrameMaker(instrument, Seed + Players.size()), period, phase});
+    player.maker.SetImmersed(immersed);
     if (values)
         player.maker.SetValues(std::move(values));
 }

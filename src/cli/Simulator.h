@@ -32,8 +32,8 @@ class CSimulator {
     /// Same seed, same bytes. `startSeconds` is the first frame's time (UTC since 1970).
     CSimulator(std::uint64_t seed, double startSeconds, SimulatedFaults faults);
 
-    /// Adds an instrument that sends `rate` frames a second.
-    void Add(const CInstrument& instrument, double rate, CFrameMaker::ValueSource values = {});
+    /// Adds an instrument that sends `rate` frames a second; `immersed` when it is in the water.
+    void Add(const CInstrument& instrument, double rate, bool immersed, CFrameMaker::ValueSource values = {});
 
     /// Seconds since the start at which the next frame is due.
     double NextDue() const;
