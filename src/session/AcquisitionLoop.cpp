@@ -10,6 +10,8 @@ namespace {
 
 /// Frames are looked for at least this often, also when a notice has been lost.
 constexpr int RoundMilliseconds = 100;
+/// The rest between two batches of a playing file, in which others get the document's lock.
+constexpr int PlayingMilliseconds = 1;
 
 } // namespace
 
@@ -42,9 +44,8 @@ void CAcquisitionLoop::Stop() {
 }
 
 void CAcquisitionLoop::RunAcquisition() {
-    bool busy = false;
     while (!Stopping.IsSet())
-        busy = Take(busy ? 1 : RoundMilliseconds);
+        Take(Doc.IsPlaying() ? PlayingMilliseconds : RoundMilliseconds);
 }
 
 void CAcquisitionLoop::RunTicker() {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// The document's lists of resources and instruments, their connection, and the taking of frames and
-// messages. See QorViewDoc.h.
+// The document's life and its lists: settings, resources, instruments, roles. What it does while
+// telemetry flows is DocTelemetry.cpp. See QorViewDoc.h.
 #include "session/QorViewDoc.h"
 
 #include "platform/FileErrorText.h"
@@ -198,59 +198,6 @@ CommResult CQorViewDoc::RemoveInstrument(int resource, int instrument) {
     return result;
 }
 
-/// The name of a resource, empty when there is none of the index.
-std::string CQorViewDoc::NameOf(int resource) const {
-    CRecursiveLock lock(DocLock);
-    const CQorViewRes* found = ResourceAt(resource);
-    return found ? found->Name() : "";
-}
-
-CommResult CQorViewDoc::ConnectResource(int resource) {
-    const std::string name = NameOf(resource);
-    if (name.empty())
-        return NoResource("Unable to connect communications resource.");
-    return Controller()->ConnectResource(name);
-}
-
-CommResult CQorViewDoc::DisconnectResource(int resource) {
-    const std::string name = NameOf(resource);
-    if (name.empty())
-        return NoResource("Unable to disconnect communications resource.");
-    {
-        CRecursiveLock lock(DocLock);
-        if (ResourceAt(resource)->IsFile()) {
-            ResourceAt(resource)->Playing = false;
-            return CommResult::Success;
-        }
-    }
-    CFrameQueue left;
-    CommResult result = Controller()->DisconnectResource(name, &left);
-    RawLog.LogFrames(left);
-    RawLog.ShowPending();
-    return result;
-}
-
-bool CQorViewDoc::ConnectAll() {
-    bool all = true;
-    for (int i = 0; i < static_cast<int>(ResourceCount()); ++i)
-        if (!StatusOf(i).isFile && ConnectResource(i) != CommResult::Success)
-            all = false;
-    return all;
-}
-
-void CQorViewDoc::DisconnectAll() {
-    for (int i = 0; i < static_cast<int>(ResourceCount()); ++i)
-        (void)DisconnectResource(i); // reported where it fails; the others are to go on
-}
-
-CommResult CQorViewDoc::ResetAbort(int resource, std::uint32_t& abortCode) {
-    CRecursiveLock lock(DocLock);
-    const CQorViewRes* found = ResourceAt(resource);
-    if (!found)
-        return NoResource("Unable to retrieve telemetry aquisition abort code.");
-    return Controller()->AbortCode(found->Name(), abortCode);
-}
-
 void CQorViewDoc::SetRole(InstrumentRole role, int resource, int instrument) {
     CRecursiveLock lock(DocLock);
     const auto number = static_cast<std::size_t>(role);
@@ -289,100 +236,6 @@ int CQorViewDoc::SetImmersed(std::string_view name, bool immersed) {
                 ++count;
             }
     return count;
-}
-
-std::size_t CQorViewDoc::ResourceCount() const {
-    CRecursiveLock lock(DocLock);
-    return Resources.size();
-}
-
-ResourceStatus CQorViewDoc::StatusOf(int resource) const {
-    CRecursiveLock lock(DocLock);
-    ResourceStatus status;
-    const CQorViewRes* found = ResourceAt(resource);
-    if (!found)
-        return status;
-    status.name = found->Name();
-    status.isFile = found->IsFile();
-    status.figures = found->Comm.Figures();
-    for (const InstrumentFigures& figures : FiguresOf(resource)) {
-        status.frames += figures.frames;
-        status.dropped += figures.dropped;
-        status.checksumErrors += figures.checksumErrors;
-    }
-    return status;
-}
-
-std::vector<InstrumentFigures> CQorViewDoc::FiguresOf(int resource) const {
-    CRecursiveLock lock(DocLock);
-    std::vector<InstrumentFigures> all;
-    for (std::size_t r = 0; r < Resources.size(); ++r) {
-        if (resource >= 0 && static_cast<std::size_t>(resource) != r)
-            continue;
-        for (const auto& instrument : Resources[r]->Instruments)
-            all.push_back({instrument->Name(), static_cast<int>(r), instrument->FramesReceived,
-                           instrument->Checks.DroppedCount, instrument->Checks.ChecksumErrorCount,
-                           instrument->Checks.ValueErrorCount, instrument->FramesThisLog});
-    }
-    return all;
-}
-
-/// Retrieval and processing stand under one hold of the lock, so that frames that a disconnection
-/// hands over cannot overtake those that were retrieved before.
-std::size_t CQorViewDoc::TakeBatch(CQorViewRes& resource) {
-    std::size_t count = 0;
-    CommResult result;
-    do {
-        result = Controller()->RetrieveFrames(resource.Name(), Batch);
-        count = Batch.Size();
-        RawLog.LogFrames(Batch);
-    } while (count == 0 && result == CommResult::Success && resource.IsFile() &&
-             !resource.Comm.AtEnd());
-    resource.FramesReceived += count;
-    if (count == 0)
-        resource.Playing = false;
-    return count;
-}
-
-std::size_t CQorViewDoc::TakeFrames() {
-    std::size_t total = 0;
-    for (int i = 0;; ++i) {
-        {
-            CRecursiveLock lock(DocLock);
-            CQorViewRes* resource = ResourceAt(i);
-            if (!resource)
-                break;
-            if (resource->IsFile() && !resource->Playing)
-                continue;
-            total += TakeBatch(*resource);
-        }
-        RawLog.ShowPending();
-    }
-    return total;
-}
-
-std::size_t CQorViewDoc::TakeFileFrames(int resource) {
-    std::size_t count = 0;
-    {
-        CRecursiveLock lock(DocLock);
-        CQorViewRes* file = ResourceAt(resource);
-        if (file && file->IsFile())
-            count = TakeBatch(*file);
-    }
-    RawLog.ShowPending();
-    return count;
-}
-
-bool CQorViewDoc::TakeCommands(int milliseconds) {
-    if (!Controller()->Commands().Drain(Taken, milliseconds))
-        return false;
-    for (const ProcessCommand& command : Taken)
-        if (command.notice == NoticeCode::None)
-            AddSessionLogEntry(command.text);
-        else if (OnNotice)
-            OnNotice(command.notice, command.text);
-    Taken.clear();
-    return true;
 }
 
 } // namespace qor

@@ -111,6 +111,8 @@ class CQorViewDoc : public CQorTelemetryDoc, public SessionState {
     /// Takes the frames that wait on every resource and processes and logs them; from a playing
     /// file, one batch. Returns how many there were.
     std::size_t TakeFrames();
+    /// Whether some file is being read on.
+    bool IsPlaying() const;
     /// One batch of one file resource; 0 at the end of the file.
     std::size_t TakeFileFrames(int resource);
     /// Delivers queued messages to the session log, in order, waiting at most so long for the first
