@@ -101,7 +101,6 @@ void CFrameSync::Impl::GiveUp(AttachedInstrument& instrument, Ending ending) {
         header = Queue.Size();
     Discard(std::min(header, Queue.Size()));
     Attached.Special().LoseLine();
-    AtBoundary = false;
     LoseFrame();
 }
 

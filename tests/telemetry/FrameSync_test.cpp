@@ -167,6 +167,11 @@ TEST_F(FrameSync, DetachingBetweenBytesOfAFrameSearchesAfresh) {
     Feed("23A2B456");
     EXPECT_EQ(Cut(), "A:A1 B:B123 B:B456");
     EXPECT_EQ(Sync.BytesDiscarded(), 2U);
+    Add(Fixed("C", "C", 2));
+    Feed("B123C1B123C1");
+    EXPECT_EQ(Sync.Detach("C"), CommResult::Success);
+    Feed("B123C1B456");
+    EXPECT_EQ(Cut(), "B:B123 C:C1 B:B123 C:C1 B:B123 B:B456") << "what followed B is gone";
 }
 
 TEST_F(FrameSync, ClearForgetsBytesAndFrames) {
