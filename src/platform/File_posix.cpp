@@ -319,7 +319,8 @@ bool IsDirectory(const std::string& path) {
 
 bool IsDevice(const std::string& path) {
     struct stat status {};
-    return ::stat(path.c_str(), &status) == 0 && !S_ISDIR(status.st_mode) && !S_ISREG(status.st_mode);
+    return ::stat(path.c_str(), &status) == 0 && !S_ISDIR(status.st_mode) &&
+           !S_ISREG(status.st_mode);
 }
 
 bool FileExists(const std::string& path) {

@@ -17,7 +17,8 @@ class CEvent {
     void Set();
     void Clear();
     bool IsSet() const;
-    /// Waits until set, or for at most so many milliseconds (-1: without limit); returns whether it is set.
+    /// Waits until set, or for at most so many milliseconds (-1: without limit); returns whether it
+    /// is set.
     bool Wait(int milliseconds = -1) const;
 
   private:
@@ -36,8 +37,8 @@ class CWorker {
     CWorker(const CWorker&) = delete;
     CWorker& operator=(const CWorker&) = delete;
 
-    /// Starts the thread; false when the system has none to give. A priority that the system refuses
-    /// (no privilege) is not a failure.
+    /// Starts the thread; false when the system has none to give. A priority that the system
+    /// refuses (no privilege) is not a failure.
     bool Start(ThreadPriority priority, std::function<void()> body);
     /// True from Start until the body has returned.
     bool IsRunning() const;

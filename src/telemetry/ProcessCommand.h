@@ -16,7 +16,7 @@ namespace qor {
 
 enum class NoticeCode : std::uint32_t {
     None = 0,
-    StatusChanged = 1,   ///< initialised, connected, disconnected, waiting for telemetry
+    StatusChanged = 1, ///< initialised, connected, disconnected, waiting for telemetry
     EndOfFile = 2,
     FramesAvailable = 4,
 };
@@ -33,7 +33,8 @@ class CProcessCommand : public CMessageSink {
     void Report(std::string message) override;
     /// A notice that still waits in the queue is not posted again.
     void PostNotice(NoticeCode notice, const std::string& resourceName);
-    /// The notices of a pass that queued frames (status changed, frames available) with one wake-up.
+    /// The notices of a pass that queued frames (status changed, frames available) with one
+    /// wake-up.
     void PostFramesQueued(const std::string& resourceName);
 
     /// Waits up to so many milliseconds for a command, then hands over all there are. False: none

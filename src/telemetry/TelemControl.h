@@ -55,7 +55,8 @@ class CTelemControl {
     CommResult InstrumentSensorCount(const std::string& instrument, std::int32_t& count);
     CommResult FindSensor(const std::string& instrument, std::string_view type, std::int32_t after,
                           const CSensor*& sensor);
-    CommResult AccessSensor(const std::string& instrument, std::int32_t index, const CSensor*& sensor);
+    CommResult AccessSensor(const std::string& instrument, std::int32_t index,
+                            const CSensor*& sensor);
 
     /// One frame of the resource (found tells), or of the file resource at a position of the table.
     CommResult RetrieveFrame(const std::string& resource, CFrameData& frame, bool& found);
