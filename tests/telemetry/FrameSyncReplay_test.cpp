@@ -32,13 +32,6 @@ PlainFrame Frame(const char* instrument, const char* bytes, std::uint64_t offset
     return {instrument, bytes, offset, seconds};
 }
 
-void ExpectPlayed(const std::vector<AttachRequest>& instruments, const std::string& stream,
-                  const PlainResult& expected, const char* why) {
-    for (std::size_t chunk = 1; chunk <= stream.size(); chunk += 1 + chunk / 8)
-        ASSERT_EQ(Play(instruments, stream, [chunk] { return chunk; }), expected)
-            << why << ", chunks of " << chunk;
-}
-
 TEST(FrameSyncReplay, RawLogsComeBackAsTheyWereLogged) {
     auto two = {Fixed("A", "AA", 4), Text("G", "$GPGGA,")};
     const std::string taggedA = "AA12" + Tag(Noon);
@@ -80,25 +73,9 @@ TEST(FrameSyncReplay, RawLogsComeBackAsTheyWereLogged) {
         {RawBegin.substr(0, 100), {{}, 100}, "half a record"},
     };
     for (const auto& c : cases)
-        ExpectPlayed(two, c.stream, c.expected, c.why);
-}
-
-TEST(FrameSyncReplay, TheCallersUntaggedInstrumentHasNoTags) {
-    // Every frame would pass as the tag of the one before.
-    std::string bytes = Tag(Noon);
-    auto instruments = {Fixed("A", bytes.substr(0, 2), 7)};
-    std::string stream = RawBegin + bytes + bytes + bytes;
-    EXPECT_EQ(Play(instruments, stream, [] { return 1; }).frames.size(), 2U);
-    EXPECT_EQ(Play(instruments, stream, [] { return 1; }, {"A"}).frames.size(), 3U);
-}
-
-TEST(FrameSyncReplay, AnUnfinishedFrameHidesNothingBehindIt) {
-    auto instruments = {Fixed("L", "LL", 1000), Fixed("S", "SS", 4), Text("T", "T:", "\r\n", 500)};
-    ExpectPlayed(instruments, "LL..SS12T:x\r\nLLSS34T:open SS56",
-                 {{Frame("S", "SS12", 4), Frame("T", "T:x\r\n", 8), Frame("S", "SS34", 15),
-                   Frame("S", "SS56", 26)},
-                  13},
-                 "fixed and text frames that never end");
+        for (std::size_t chunk = 1; chunk <= c.stream.size(); chunk += 1 + chunk / 8)
+            ASSERT_EQ(Play(two, c.stream, [chunk] { return chunk; }), c.expected)
+                << c.why << ", chunks of " << chunk;
 }
 
 TEST(FrameSyncReplay, TheQueueDepthNeverCutsAFileShort) {
@@ -108,16 +85,11 @@ TEST(FrameSyncReplay, TheQueueDepthNeverCutsAFileShort) {
     sync.SetMaxFrameDepth(2);
     EXPECT_EQ(sync.Attach(Fixed("A", "A", 2)), CommResult::Success);
     EXPECT_EQ(sync.SetAcquisition("A", true), CommResult::Success);
-    std::string stream;
-    for (int i = 0; i < 500; ++i)
-        stream += "A.";
-    sync.Append(AsBytes(stream));
-    PassResult pass = sync.Process({}, false, 64);
-    EXPECT_TRUE(pass.moreReady);
+    sync.Append(AsBytes(std::string(1000, 'A')));
+    EXPECT_TRUE(sync.Process({}, false, 64).moreReady);
     EXPECT_EQ(sync.Frames().Size(), 64U);
-    EXPECT_EQ(TakeFrames(sync.Frames())[63].offset, 126U);
     EXPECT_FALSE(sync.Process({}).moreReady);
-    EXPECT_EQ(sync.Frames().Size(), 436U);
+    EXPECT_EQ(TakeFrames(sync.Frames()).size(), 500U);
     EXPECT_EQ(sink.Messages(), std::vector<std::string>{"A found on f.raw.\r\n"});
 }
 

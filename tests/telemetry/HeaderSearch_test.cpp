@@ -111,41 +111,5 @@ TEST(HeaderSearch, ThePlainWalkItselfKeepsItsRules) {
     }
 }
 
-TEST(HeaderSearch, MatchFromTriesTheCandidatesInOrder) {
-    std::mt19937 random(44);
-    for (int round = 0; round < 20000; ++round) {
-        std::vector<std::string> headers(1 + random() % 6);
-        for (std::string& header : headers) {
-            std::string text = RandomText(random, random() % 4, 2);
-            if (std::find(headers.begin(), headers.end(), text) == headers.end())
-                header = text;
-        }
-        std::string bytes = RandomText(random, random() % 5, 2);
-        std::size_t first = random() % (headers.size() + 1);
-        bool ended = random() % 2 == 0;
-        auto expected = SearchResult::Outcome::None;
-        std::size_t candidate = first;
-        for (; candidate < headers.size(); ++candidate) {
-            const std::string& header = headers[candidate];
-            if (header.empty())
-                continue;
-            if (bytes.starts_with(header))
-                expected = SearchResult::Outcome::Found;
-            else if (!ended && header.starts_with(bytes))
-                expected = SearchResult::Outcome::Pending;
-            else
-                continue;
-            break;
-        }
-        CHeaderSearch search;
-        search.Compile(headers);
-        SearchResult result = search.MatchFrom(first, AsBytes(bytes), ended);
-        ASSERT_EQ(result.outcome, expected) << testing::PrintToString(headers) << bytes << first;
-        if (expected == SearchResult::Outcome::Found) {
-            EXPECT_EQ(result.candidate, candidate);
-        }
-    }
-}
-
 } // namespace
 } // namespace qor

@@ -28,18 +28,14 @@ class ALine : public testing::Test {
 };
 
 TEST_F(ALine, EveryErrorHasItsLineInOrder) {
+    EXPECT_EQ(Decode(0xC0, 0), Lines{});
+    EXPECT_EQ(Decode(0, 0), Lines{});
     EXPECT_EQ(Decode(EventLineError, 0xFFFF),
               (Lines{"Break error on COM1.\r\n", "Hardware framing error on COM1.\r\n",
                      "I/O error on COM1.\r\n", "Mode error on COM1.\r\n",
                      "Input buffer overflow on COM1.\r\n", "Character buffer overrun on COM1.\r\n",
                      "Rx parity error on COM1.\r\n",
                      "Unable to transmit on COM1. The buffer is full.\r\n"}));
-}
-
-TEST_F(ALine, BreakEventAloneIsUnknownAndEndsInABareLineFeed) {
-    EXPECT_EQ(Decode(0x40, 0), Lines{"Unknown status event (0x00000040) on COM1.\n"});
-    EXPECT_EQ(Decode(0xC0, 0), Lines{});
-    EXPECT_EQ(Decode(0, 0), Lines{});
 }
 
 TEST_F(ALine, FiveFramingErrorsInARowSuggestAWrongBaudRate) {
@@ -57,13 +53,6 @@ TEST_F(ALine, FiveFramingErrorsInARowSuggestAWrongBaudRate) {
         Decode(EventLineError, LineBreak);
     EXPECT_EQ(Decode(EventLineError, LineBreak), Lines{"Break error on COM1.\r\n"});
     EXPECT_EQ(Decode(EventLineError, LineBreak), Lines{}) << "the sixth";
-}
-
-TEST_F(ALine, UnreadableStatusGivesItsCodeAndTheSystemsError) {
-    Script.Fail("ReadLineErrors", 995);
-    EXPECT_EQ(Status.Decode(Port, "COM1", EventLineError, Error), CommResult::LineStatusNotRead);
-    EXPECT_EQ(Error, 995u);
-    EXPECT_TRUE(Sink.Take().empty());
 }
 
 } // namespace

@@ -4,10 +4,10 @@
 // which codes, which log entries, and that no received frame is lost or stamped wrongly.
 #include "telemetry/TelemComm.h"
 
-#include "fakes/CollectingSink.h"
 #include "fakes/ManualClock.h"
 #include "fakes/ScriptedPort.h"
 #include "platform/SystemText.h"
+#include "telemetry/StreamRun.h"
 
 #include <gtest/gtest.h>
 
@@ -26,15 +26,8 @@ class AResource : public testing::Test {
         ASSERT_EQ(Comm.InitialiseSerial(Settings), CommResult::Success);
         Sink.Take();
     }
-    static AttachRequest Radiometer() {
-        AttachRequest request;
-        request.instrumentName = "RAD";
-        request.syncHeader = "$R";
-        request.frameSize = 6;
-        return request;
-    }
     void Attach() {
-        ASSERT_EQ(Comm.Attach(Radiometer()), CommResult::Success);
+        ASSERT_EQ(Comm.Attach(Radiometer), CommResult::Success);
         ASSERT_EQ(Comm.EnableAcquisition("RAD"), CommResult::Success);
         Sink.Take();
     }
@@ -61,6 +54,7 @@ class AResource : public testing::Test {
     }
     bool Connected() { return Comm.Figures().connected; }
 
+    const AttachRequest Radiometer = Fixed("RAD", "$R", 6);
     CPortScript Script;
     CCollectingSink Sink;
     CProcessCommand Queue;
@@ -69,35 +63,12 @@ class AResource : public testing::Test {
     CTelemComm Comm{Sink, &Queue, Clock, Script.Factory()};
 };
 
-TEST_F(AResource, InitialisationRefusesWhatItMust) {
-    SerialResourceSettings nameless = Settings, other = Settings;
-    nameless.portName.clear();
+TEST_F(AResource, InitialisationRefusesWhatItMustInItsWords) {
+    SerialResourceSettings other = Settings;
     other.portName = "COM2";
-    const std::string again = "Unable to reinitialize serial communications.\r\n";
-    const std::string badName = "\tInvalid serial port identification.\r\n";
-
-    EXPECT_EQ(Comm.InitialiseSerial(nameless), CommResult::InvalidPortName);
+    EXPECT_EQ(Comm.InitialiseSerial({}), CommResult::InvalidPortName);
     EXPECT_EQ(Comm.Connect(), CommResult::NotInitialised);
     EXPECT_EQ(Comm.InitialiseSerial(Settings), CommResult::Success);
-    EXPECT_EQ(Comm.InitialiseSerial(other), CommResult::InvalidPortName);
-    Connect();
-    EXPECT_EQ(Comm.InitialiseSerial(Settings), CommResult::StillConnected);
-    EXPECT_EQ(Sink.Take(), Lines{again + "\tThe serial port is still connected.\r\n"});
-    EXPECT_EQ(Comm.Disconnect(), CommResult::Success);
-    Sink.Take();
-    Settings.globalSyncString = "SYNC";
-    Settings.baudRate = 57600;
-    EXPECT_EQ(Comm.InitialiseSerial(Settings), CommResult::Success);
-    EXPECT_EQ(Sink.Take(), Lines{"Initializing serial communications on COM1.\r\n"});
-    EXPECT_EQ(Comm.QuerySerialSettings()->baudRate, 57600u);
-    EXPECT_FALSE(Comm.QueryFileSettings());
-}
-
-TEST_F(AResource, InitialisationAndRefusalsReadAsWritten) {
-    std::ignore = Comm.InitialiseSerial({});
-    std::ignore = Comm.Connect();
-    std::ignore = Comm.InitialiseSerial(Settings);
-    CFrameData frame;
     EXPECT_EQ(Sink.Take(), (Lines{"Unable to initialize serial communications.\r\n"
                                   "\tInvalid serial port identification.\r\n",
                                   "Unable to open serial port communications.\r\n"
@@ -106,6 +77,19 @@ TEST_F(AResource, InitialisationAndRefusalsReadAsWritten) {
                                   "\tGlobal synchronization has been deactivated.\r\n"}));
     EXPECT_EQ(Comm.State(), ResourceState::SerialReporting);
     EXPECT_EQ(Notices(), std::vector{NoticeCode::StatusChanged});
+
+    EXPECT_EQ(Comm.InitialiseSerial(other), CommResult::InvalidPortName);
+    Connect();
+    EXPECT_EQ(Comm.InitialiseSerial(Settings), CommResult::StillConnected);
+    EXPECT_EQ(Sink.Take(), Lines{"Unable to reinitialize serial communications.\r\n"
+                                 "\tThe serial port is still connected.\r\n"});
+    EXPECT_EQ(Comm.Disconnect(), CommResult::Success);
+    Sink.Take();
+    Settings.globalSyncString = "SYNC";
+    Settings.baudRate = 57600;
+    EXPECT_EQ(Comm.InitialiseSerial(Settings), CommResult::Success);
+    EXPECT_EQ(Sink.Take(), Lines{"Initializing serial communications on COM1.\r\n"});
+    EXPECT_EQ(Comm.QuerySerialSettings()->baudRate, 57600u);
 }
 
 TEST_F(AResource, ConnectsInOrderAndTwiceIsOnce) {
@@ -134,63 +118,46 @@ TEST_F(AResource, ReadIntervalIsOneCharacterAndSixMilliseconds) {
 TEST_F(AResource, EveryFailingStepHasItsCodeAndClosesThePort) {
     Initialise();
     const std::string unopened = "Unable to open serial port communications on COM1.\r\n";
-    const std::string detail = "\t" + SystemErrorText(5);
+    using enum CommResult;
     struct {
         const char* step;
         CommResult code;
         std::string entry;
-    } cases[] = {
-        {"Open", CommResult::PortNotOpened, unopened},
-        {"SaveTimeouts", CommResult::TimeoutsNotRead,
-         "Unable to get serial port timeouts for COM1.\r\n" + detail},
-        {"ReadSettings", CommResult::SettingsNotRead,
-         "Unable to get serial port settings for COM1.\r\n" + detail},
-        {"WriteSettings", CommResult::SettingsNotWritten,
-         "Unable to set serial port settings for COM1.\r\n" + detail},
-        {"SetReadInterval", CommResult::TimeoutsNotSet,
-         "Unable to set serial port timeouts for COM1.\r\n" + detail},
-        {"SetQueues", CommResult::QueueSizeNotSet,
-         "Unable to set serial communications buffer for COM1.\r\n" + detail},
-        {"SetEventMask", CommResult::EventMaskNotSet,
-         "Unable to set serial communications mask for COM1.\r\n" + detail},
+        CommResult abort = Success; ///< of the worker, before it runs
+    } const cases[] = {
+        {"Open", PortNotOpened, ""},
+        {"SaveTimeouts", TimeoutsNotRead, "Unable to get serial port timeouts for COM1.\r\n\t"},
+        {"ReadSettings", SettingsNotRead, "Unable to get serial port settings for COM1.\r\n\t"},
+        {"WriteSettings", SettingsNotWritten, "Unable to set serial port settings for COM1.\r\n\t"},
+        {"SetReadInterval", TimeoutsNotSet, "Unable to set serial port timeouts for COM1.\r\n\t"},
+        {"SetQueues", QueueSizeNotSet,
+         "Unable to set serial communications buffer for COM1.\r\n\t"},
+        {"SetEventMask", EventMaskNotSet,
+         "Unable to set serial communications mask for COM1.\r\n\t"},
+        {"CreateInput", WorkerNotStarted,
+         "Overlapped read initialization error:", InputEventNotCreated},
+        {"IssueRead", WorkerNotStarted, "Read error:", ReadNotIssued},
+        {"IssueStatusWait", WorkerNotStarted, "Status event error:", StatusWaitNotIssued},
     };
     for (const auto& row : cases) {
         Script.Fail(row.step, 5);
         EXPECT_EQ(Comm.Connect(), row.code) << row.step;
-        EXPECT_EQ(Sink.Take(), Lines{row.entry});
+        const std::string begin =
+            row.abort == Success ? "" : "Telemetry acquisition aborted on COM1.\r\n\t";
+        Lines entries{begin + row.entry + SystemErrorText(5)};
+        if (row.code == PortNotOpened)
+            entries = {unopened};
+        else if (row.code == WorkerNotStarted)
+            entries.push_back(unopened);
+        EXPECT_EQ(Sink.Take(), entries) << row.step;
         EXPECT_FALSE(Connected());
-        EXPECT_EQ(Comm.Figures().abortCode, 0u);
-        Lines calls = Script.TakeCalls();
-        EXPECT_EQ(calls.back(), row.code == CommResult::PortNotOpened ? "Open" : "Close");
+        EXPECT_EQ(Script.TakeCalls().back(), row.code == PortNotOpened ? "Open" : "Close");
+        std::uint32_t code = 0;
+        EXPECT_EQ(Comm.ResetAbortCode(code), Success);
+        EXPECT_EQ(code, static_cast<std::uint32_t>(row.abort)) << row.step;
         Script.Repair();
     }
     Connect();
-}
-
-TEST_F(AResource, WorkerThatAbortsBeforeItRunsFailsTheConnect) {
-    Initialise();
-    struct {
-        const char* step;
-        CommResult abort;
-        std::string detail;
-    } cases[] = {
-        {"CreateInput", CommResult::InputEventNotCreated, "Overlapped read initialization error:"},
-        {"IssueRead", CommResult::ReadNotIssued, "Read error:"},
-        {"IssueStatusWait", CommResult::StatusWaitNotIssued, "Status event error:"},
-    };
-    for (const auto& row : cases) {
-        Script.Fail(row.step, 6);
-        EXPECT_EQ(Comm.Connect(), CommResult::WorkerNotStarted) << row.step;
-        EXPECT_EQ(Sink.Take(), (Lines{"Telemetry acquisition aborted on COM1.\r\n\t" + row.detail +
-                                          SystemErrorText(6),
-                                      "Unable to open serial port communications on COM1.\r\n"}));
-        EXPECT_FALSE(Connected());
-        EXPECT_EQ(Script.TakeCalls().back(), "Close");
-        std::uint32_t code = 0;
-        EXPECT_EQ(Comm.ResetAbortCode(code), CommResult::Success);
-        EXPECT_EQ(code, static_cast<std::uint32_t>(row.abort));
-        Script.Repair();
-    }
 }
 
 TEST_F(AResource, AbortClosesThePortAndHasToBeResetBeforeConnecting) {
@@ -330,7 +297,7 @@ TEST_F(AResource, FailuresWhileClosingAreAllReported) {
 TEST_F(AResource, UnknownInstrumentsAndAttachFailuresAreTold) {
     CFrameData frame;
     bool found = true;
-    std::ignore = Comm.Attach(Radiometer());
+    std::ignore = Comm.Attach(Radiometer);
     std::ignore = Comm.Detach("RAD");
     EXPECT_EQ(Comm.RetrieveFrame(frame, found), CommResult::NotInitialised);
     EXPECT_FALSE(found);
@@ -342,8 +309,8 @@ TEST_F(AResource, UnknownInstrumentsAndAttachFailuresAreTold) {
     std::ignore = Comm.EnableAcquisition("RAD");
     std::ignore = Comm.DisableAcquisition("RAD");
     std::ignore = Comm.Detach("RAD");
-    std::ignore = Comm.Attach(Radiometer());
-    std::ignore = Comm.Attach(Radiometer());
+    std::ignore = Comm.Attach(Radiometer);
+    std::ignore = Comm.Attach(Radiometer);
     std::ignore = Comm.EnableAcquisition("RAD");
     std::ignore = Comm.DisableAcquisition("RAD");
     std::ignore = Comm.Detach("RAD");
@@ -357,17 +324,6 @@ TEST_F(AResource, UnknownInstrumentsAndAttachFailuresAreTold) {
                      "Enabling telemetry acquisition for RAD on COM1.\r\n",
                      "Disabling telemetry acquisition for RAD on COM1.\r\n",
                      "Detaching RAD from COM1.\r\n"}));
-}
-
-TEST_F(AResource, WithoutCommandQueueSilenceIsNotReported) {
-    CTelemComm quiet(Sink, nullptr, Clock, Script.Factory());
-    ASSERT_EQ(quiet.InitialiseSerial(Settings), CommResult::Success);
-    EXPECT_EQ(quiet.State(), ResourceState::Serial);
-    Script.Silence(30);
-    ASSERT_EQ(quiet.Connect(), CommResult::Success);
-    Script.Played();
-    EXPECT_FALSE(Sink.Has("COM1 waiting for telemetry.\r\n"));
-    EXPECT_TRUE(quiet.Figures().waiting);
 }
 
 } // namespace
