@@ -13,6 +13,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
+
 namespace qor {
 
 namespace {
@@ -38,14 +40,26 @@ struct LogCallOptions {
 constexpr int WatchMilliseconds = 100;
 constexpr int GpsWaitMilliseconds = 3000;
 
+/// What of the session log an operator must see at once, and what he can do about it.
+struct Trouble {
+    std::string_view start; ///< of the entry's text
+    bool namesFile;         ///< the text itself says which file
+    std::string_view advice;
+};
+constexpr Trouble Troubles[] = {
+    {"The log file \"", true, "Choose another --name, or give --overwrite."},
+    {"Error writing to log file", false, "The log has ended; make room and begin another."},
+    {"Error synchronizing log file", true, "A power cut now may cost data; look at the disk."}};
+constexpr std::string_view BeginLogStart = "Begin log file: \"";
+
 std::string WithSeparator(std::string directory) {
     if (!directory.empty() && !directory.ends_with('/') && !directory.ends_with(PathSeparator()))
         directory += PathSeparator();
     return directory;
 }
 
-/// Gives each port the definitions and packages that were named behind it, in order. Returns what is
-/// wrong with the call, or nothing.
+/// Gives each port the definitions and packages that were named behind it, in order. Returns what
+/// is wrong with the call, or nothing.
 std::string AssignToPorts(const CLI::App& command, LogCallOptions& options) {
     std::size_t port = 0, definition = 0, package = 0;
     for (const CLI::Option* option : command.parse_order()) {
@@ -55,19 +69,23 @@ std::string AssignToPorts(const CLI::App& command, LogCallOptions& options) {
             const std::string& text = options.portTexts[port++];
             std::optional<PortText> parsed = ParsePort(text);
             if (!parsed)
-                return "--port " + text + ": give NAME[:BAUD[:8N1]], for example /dev/ttyUSB0:19200:8N1.";
+                return "--port " + text +
+                       ": give NAME[:BAUD[:8N1]], for example /dev/ttyUSB0:19200:8N1.";
             options.ports.push_back({*parsed, {}});
         } else if ((isDefinition || isPackage) && options.ports.empty()) {
             return "name the --port before the -d and -p files of the instruments on it.";
         } else if (isDefinition) {
-            options.ports.back().instruments.definitions.push_back(options.instruments.definitions[definition++]);
+            options.ports.back().instruments.definitions.push_back(
+                options.instruments.definitions[definition++]);
         } else if (isPackage) {
-            options.ports.back().instruments.packages.push_back(options.instruments.packages[package++]);
+            options.ports.back().instruments.packages.push_back(
+                options.instruments.packages[package++]);
         }
     }
     for (const PortOptions& entry : options.ports)
         if (entry.instruments.definitions.empty() && entry.instruments.packages.empty())
-            return "--port " + entry.port.settings.portName + ": name its instruments behind it with -d or -p.";
+            return "--port " + entry.port.settings.portName +
+                   ": name its instruments behind it with -d or -p.";
     return {};
 }
 
@@ -77,14 +95,16 @@ std::string ReadSpans(LogCallOptions& options) {
         const std::string& text;
         bool& enabled;
         LogSpan& span;
-    } spans[] = {{"--duration", options.durationText, options.log.durationEnabled, options.log.duration},
-                 {"--repeat", options.repeatText, options.log.repeatEnabled, options.log.repeatInterval}};
+    } spans[] = {
+        {"--duration", options.durationText, options.log.durationEnabled, options.log.duration},
+        {"--repeat", options.repeatText, options.log.repeatEnabled, options.log.repeatInterval}};
     for (auto& entry : spans) {
         if (entry.text.empty())
             continue;
         std::optional<LogSpan> span = ParseSpan(entry.text);
         if (!span)
-            return std::string(entry.name) + " " + entry.text + ": give [HH:]MM:SS, more than zero.";
+            return std::string(entry.name) + " " + entry.text +
+                   ": give [HH:]MM:SS, more than zero.";
         entry.enabled = true;
         entry.span = *span;
     }
@@ -109,6 +129,8 @@ class CLogRun {
     bool ConnectPorts();
     void WaitForPosition();
     void Watch();
+    void NoteEntry(std::string_view entry);
+    bool ReportTroubles(CLiveStatus* status);
     void NoteAborts(CLiveStatus& status);
     void Summarise();
 
@@ -119,15 +141,17 @@ class CLogRun {
     CMemoryProfileStore Profile;
     CQorViewDoc Document;
     CAcquisitionLoop Loop;
-    std::vector<std::string> LogFiles;
+    std::vector<std::string> LogFiles;     ///< under the document's lock, as are:
+    std::vector<std::string> TroublesSeen; ///< not yet reported
     std::vector<bool> Aborted;
     bool Fault = false;
 };
 
 void CLogRun::SetUpDocument() {
     Document.SessionLog.KeepText = false;
-    Document.SessionLog.SetFile(
-        true, WithSeparator(Options.sessionLogDirectory.empty() ? Options.directory : Options.sessionLogDirectory));
+    Document.SessionLog.SetFile(true, WithSeparator(Options.sessionLogDirectory.empty()
+                                                        ? Options.directory
+                                                        : Options.sessionLogDirectory));
     CRecursiveLock lock(Document.DocLock);
     Document.NoDialogs = true;
     Document.ExitIfDone = true;
@@ -185,9 +209,10 @@ bool CLogRun::ConnectPorts() {
             continue;
         }
         Fault = true;
-        ReportError(Document.StatusOf(resource).name + ": could not be connected (" +
-                    Format("0x%08x", static_cast<unsigned>(result)) +
-                    "). Is it there, not in use, and may you open it? The session log has the details.");
+        ReportError(
+            Document.StatusOf(resource).name + ": could not be connected (" +
+            Format("0x%08x", static_cast<unsigned>(result)) +
+            "). Is it there, not in use, and may you open it? The session log has the details.");
     }
     return any;
 }
@@ -200,6 +225,37 @@ void CLogRun::WaitForPosition() {
         if (!gps || gps->CurrentFrame())
             return;
     }
+}
+
+/// Runs wherever entries are made, under the document's lock: it only takes note.
+void CLogRun::NoteEntry(std::string_view entry) {
+    std::string_view text = entry.substr(std::min(entry.find("> "), entry.size() - 2) + 2);
+    if (text.starts_with(BeginLogStart)) {
+        std::size_t start = BeginLogStart.size();
+        LogFiles.emplace_back(text.substr(start, text.rfind('"') - start));
+    }
+    for (const Trouble& trouble : Troubles) {
+        if (!text.starts_with(trouble.start))
+            continue;
+        std::string file = trouble.namesFile ? "" : Document.Naming.logFilePath + ": ";
+        TroublesSeen.push_back(file + OneLine(std::string(text)) + " " +
+                               std::string(trouble.advice));
+    }
+}
+
+/// True when there was any.
+bool CLogRun::ReportTroubles(CLiveStatus* status) {
+    std::vector<std::string> seen;
+    {
+        CRecursiveLock lock(Document.DocLock);
+        seen.swap(TroublesSeen);
+    }
+    if (status && !seen.empty())
+        status->Erase();
+    for (const std::string& trouble : seen)
+        ReportError(trouble);
+    Fault = Fault || !seen.empty();
+    return !seen.empty();
 }
 
 void CLogRun::NoteAborts(CLiveStatus& status) {
@@ -221,6 +277,7 @@ void CLogRun::Watch() {
     Aborted.assign(Document.ResourceCount(), false);
     while (!Context.stopEvent.Wait(WatchMilliseconds) && !User.CloseRequested.IsSet()) {
         NoteAborts(status);
+        ReportTroubles(&status);
         status.Update();
         bool connected = false;
         for (std::size_t i = 0; i < Aborted.size(); ++i)
@@ -245,12 +302,12 @@ void CLogRun::Summarise() {
     if (std::string path = Document.SessionLog.FilePath(); !path.empty())
         output.Text("session log: " + path + "\n");
     for (const InstrumentFigures& figures : Document.FiguresOf(-1))
-        output.Text(Format("%s on %s: %llu frames, %u in the last log, %llu dropped, %llu checksum errors\n",
-                           figures.name.c_str(),
-                           Document.StatusOf(figures.resource).name.c_str(),
-                           static_cast<unsigned long long>(figures.frames), figures.framesThisLog,
-                           static_cast<unsigned long long>(figures.dropped),
-                           static_cast<unsigned long long>(figures.checksumErrors)));
+        output.Text(Format(
+            "%s on %s: %llu frames, %u in the last log, %llu dropped, %llu checksum errors\n",
+            figures.name.c_str(), Document.StatusOf(figures.resource).name.c_str(),
+            static_cast<unsigned long long>(figures.frames), figures.framesThisLog,
+            static_cast<unsigned long long>(figures.dropped),
+            static_cast<unsigned long long>(figures.checksumErrors)));
 }
 
 int CLogRun::Run() {
@@ -262,21 +319,17 @@ int CLogRun::Run() {
         ReportError("the system has no thread to give; close other programs.");
         return ExitFault;
     }
-    Document.SessionLog.OnEntry = [this](const std::string& entry) {
-        constexpr std::string_view begin = "Begin log file: \"";
-        std::size_t start = entry.find(begin);
-        if (start != std::string::npos)
-            LogFiles.push_back(entry.substr(start + begin.size(), entry.rfind('"') - start - begin.size()));
-    };
+    Document.SessionLog.OnEntry = [this](const std::string& entry) { NoteEntry(entry); };
     // The log is open before the first byte is read, unless its header needs a position first.
     bool connected = Options.log.gpsHeaderEnabled && ConnectPorts();
     if (connected)
         WaitForPosition();
     if (!Document.RawLog.BeginLogFile()) {
-        ReportError("the raw log could not be begun in " + Options.directory +
-                    "; choose another -o or --name, or give --overwrite.");
         Document.DisconnectAll();
         Loop.Stop();
+        if (!ReportTroubles(nullptr))
+            ReportError("the raw log could not be begun in " + Options.directory +
+                        "; choose another -o or --name.");
         return ExitFault;
     }
     if (connected || ConnectPorts())
@@ -286,6 +339,7 @@ int CLogRun::Run() {
     Document.DisconnectAll();
     Document.RawLog.EndLogFile(true);
     Loop.Stop();
+    ReportTroubles(nullptr);
     Summarise();
     return Fault ? ExitFault : ExitWell;
 }
@@ -325,24 +379,33 @@ void AddStationOptions(CLI::App& command, StationInformation& station) {
 void AddLogCommand(CLI::App& app, CommandContext& context) {
     static LogCallOptions options; // one command runs in a process
     CLI::App* command = app.add_subcommand("log", "Acquire from serial ports and write raw logs");
-    command->add_option("--port", options.portTexts,
-                        "Serial port, followed by the -d and -p files of its instruments (repeatable)")
+    command
+        ->add_option("--port", options.portTexts,
+                     "Serial port, followed by the -d and -p files of its instruments (repeatable)")
         ->type_name("NAME[:BAUD[:8N1]]")
         ->allow_extra_args(false)
         ->required();
     AddInstrumentOptions(*command, options.instruments);
-    command->add_option("-o,--output", options.directory, "Folder of the raw logs (.)")->type_name("DIR");
+    command->add_option("-o,--output", options.directory, "Folder of the raw logs (.)")
+        ->type_name("DIR");
     command->add_option("--name", options.name, "Name of the raw log instead of the time it begins")
         ->type_name("FILE");
-    command->add_option("--session-log", options.sessionLogDirectory, "Folder of the session log (that of the raw logs)")
+    command
+        ->add_option("--session-log", options.sessionLogDirectory,
+                     "Folder of the session log (that of the raw logs)")
         ->type_name("DIR");
-    command->add_option("--duration", options.durationText, "Length of a log")->type_name("[HH:]MM:SS");
-    command->add_option("--repeat", options.repeatText, "Begin another log so long after one has ended")
+    command->add_option("--duration", options.durationText, "Length of a log")
         ->type_name("[HH:]MM:SS");
-    command->add_flag("--time-stamps", options.log.timeStampEnabled, "Write a time-stamp sentence a second");
+    command
+        ->add_option("--repeat", options.repeatText,
+                     "Begin another log so long after one has ended")
+        ->type_name("[HH:]MM:SS");
+    command->add_flag("--time-stamps", options.log.timeStampEnabled,
+                      "Write a time-stamp sentence a second");
     command->add_flag("--gps-header", options.log.gpsHeaderEnabled,
                       "Position and sentence list of the instrument in the gps role in the header");
-    command->add_flag("--overwrite", options.log.overwriteExisting, "Replace an existing log of the same name");
+    command->add_flag("--overwrite", options.log.overwriteExisting,
+                      "Replace an existing log of the same name");
     command->add_flag("--quiet", context.quiet, "No status lines");
     AddStationOptions(*command, options.station);
     command->callback([command, &context] {

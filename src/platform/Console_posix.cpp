@@ -13,17 +13,16 @@ namespace qor {
 
 namespace {
 
-/// SIGTERM, and those of SIGINT and SIGHUP that whoever started the program did not tell it to
-/// ignore (nohup, a job in the background).
+/// SIGTERM and SIGINT, and SIGHUP unless whoever started the program told it to ignore that
+/// (nohup).
 sigset_t StopSignals() {
     sigset_t signals;
     sigemptyset(&signals);
     sigaddset(&signals, SIGTERM);
-    for (int signal : {SIGINT, SIGHUP}) {
-        struct sigaction action {};
-        if (sigaction(signal, nullptr, &action) == 0 && action.sa_handler != SIG_IGN)
-            sigaddset(&signals, signal);
-    }
+    sigaddset(&signals, SIGINT);
+    struct sigaction action {};
+    if (sigaction(SIGHUP, nullptr, &action) == 0 && action.sa_handler != SIG_IGN)
+        sigaddset(&signals, SIGHUP);
     return signals;
 }
 
@@ -74,9 +73,15 @@ std::string_view NativeLineEnd() {
 }
 
 CStopWatch::CStopWatch(CEvent& stop) : Stop(stop) {
+    // Both come back as an error of the write, which is reported where it happened.
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
     sigset_t signals = StopSignals();
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    // A shell script's background job inherits an ignored SIGINT, which would be lost even though
+    // it is waited for; who sends one to a run by hand wants its log closed.
+    for (int signal : {SIGTERM, SIGINT})
+        std::signal(signal, SIG_DFL);
     // Without a thread to take them the signals keep their default: the process ends.
     if (!Listener.Start(ThreadPriority::Normal, [this] { Listen(); }))
         pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);

@@ -7,6 +7,7 @@ import json
 import os
 import pathlib
 import pty
+import resource
 import select
 import signal
 import stat
@@ -271,6 +272,17 @@ class Acquisition(Folder):
         self.assertEqual(status, 1)
         self.assertIn(f"qorview-cli: error: {first.name}: telemetry acquisition aborted", errors)
 
+    def test_a_full_disk_ends_the_log_with_a_word_and_a_readable_file(self):
+        line = Line()
+        limit = 18 * RECORD + 1000
+        process = self.start("--port", line.name, "-d", PROFILER)
+        resource.prlimit(process.pid, resource.RLIMIT_FSIZE, (limit, limit))
+        line.send(b"".join(self.frames_of(PROFILER, 40)))
+        output, errors = process.communicate(timeout=30)
+        self.assertEqual(process.returncode, 1)
+        self.assertIn(f"error: {self.raw}: Error writing to log file: ", errors.decode())
+        self.assertEqual(len(self.logged()) % (definition(PROFILER)["frame_size"] + TAG), 0)
+
     def test_a_port_is_not_shared_and_is_left_as_it_was(self):
         line = Line()
         before = termios.tcgetattr(line.slave)
@@ -287,6 +299,7 @@ class Acquisition(Folder):
         os.chmod(self.folder / "run.raw", 0o444)
         done = run("log", "-o", str(self.folder), "--name", "run.raw", "--port", line.name, "-d", PROFILER)
         self.assertEqual(done.returncode, 1)
+        self.assertIn(f'error: The log file "{self.folder}/run.raw" already exists', done.stderr.decode())
         self.assertEqual((self.folder / "run.raw").read_bytes(), b"precious")
         process = self.start("--overwrite", "--port", line.name, "-d", PROFILER)
         self.assertEqual(self.finish(process)[0], 0)

@@ -22,6 +22,14 @@ TEST(StopWatch, SetsTheEventOnTheFirstSignalAndHoldsTheProcess) {
     EXPECT_TRUE(watch.Requested());
 }
 
+TEST(StopWatch, HearsAnInterruptThatABackgroundJobInheritsAsIgnored) {
+    std::signal(SIGINT, SIG_IGN);
+    CEvent stop;
+    CStopWatch watch(stop);
+    kill(getpid(), SIGINT);
+    EXPECT_TRUE(stop.Wait(5000));
+}
+
 TEST(StopWatch, LeavesNoRequestBehindWhenItEnds) {
     CEvent stop;
     { CStopWatch watch(stop); }
