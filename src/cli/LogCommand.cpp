@@ -312,6 +312,7 @@ void CLogRun::Summarise() {
 
 int CLogRun::Run() {
     SetUpDocument();
+    Document.SessionLog.OnEntry = [this](const std::string& entry) { NoteEntry(entry); };
     Document.BeginSession();
     if (!SetUpPorts())
         return ExitFault;
@@ -319,7 +320,6 @@ int CLogRun::Run() {
         ReportError("the system has no thread to give; close other programs.");
         return ExitFault;
     }
-    Document.SessionLog.OnEntry = [this](const std::string& entry) { NoteEntry(entry); };
     // The log is open before the first byte is read, unless its header needs a position first.
     bool connected = Options.log.gpsHeaderEnabled && ConnectPorts();
     if (connected)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/Playback.h"
 
+#include "base/Text.h"
 #include "cli/Output.h"
 #include "cli/Progress.h"
 #include "cli/RawHeader.h"
@@ -14,22 +15,13 @@ namespace {
 /// Large enough that the system calls do not count, small enough to stay in the second-level cache.
 constexpr std::uint32_t FastestChunk = 256 * 1024;
 constexpr std::uint32_t LargestChunk = 64 * 1024 * 1024;
-constexpr std::string_view ReadErrorStart = "Error reading file resource";
 
 } // namespace
 
 CPlayback::CPlayback(std::uint32_t chunk)
     : Document(Clock, MakeSystemSerialPort, User, Profile), Loop(Document),
       Chunk(chunk != 0 ? chunk : FastestChunk) {
-    // The log of a playback is kept nowhere: a damaged file reports without end.
-    Document.SessionLog.KeepText = false;
-    Document.SessionLog.OnEntry = [this](const std::string& entry) {
-        std::size_t text = entry.find("> ");
-        if (text == std::string::npos || entry.compare(text + 2, ReadErrorStart.size(), ReadErrorStart) != 0)
-            return;
-        ReportError(OneLine(entry.substr(text + 2)));
-        ReadFailed = true;
-    };
+    Document.SessionLog.KeepText = false; // a damaged file reports without end
 }
 
 bool CPlayback::Open(const std::string& path, const InstrumentOptions& options) {
@@ -56,8 +48,13 @@ bool CPlayback::Open(const std::string& path, const InstrumentOptions& options) 
     }
     well = ApplyWetAndRoles(Document, options) && well;
     CRecursiveLock lock(Document.DocLock);
+    Comm = &Document.Resources[static_cast<std::size_t>(resource)]->Comm;
     for (const auto& instrument : Document.Resources[static_cast<std::size_t>(resource)]->Instruments)
         Named.push_back(instrument.get());
+    for (const CQorViewIns* instrument : Named)
+        if (instrument->Definition().SyncHeader().empty())
+            ReportWarning(instrument->Definition().FilePath() +
+                          ": it has no sync header; its frames cannot be found in a file.");
     if (Named.empty()) {
         ReportError(path + ": no instrument to decode it with; give its definition with -d FILE or its package with -p FILE.");
         return false;
@@ -75,11 +72,18 @@ bool CPlayback::Play(CommandContext& context, const FrameFunction& onFrame,
         };
     }
     CProgress progress(Path, Size, context.quiet);
-    while (!context.stop.Requested() && goOn() && Loop.PlayBatch(Resource) > 0)
-        progress.Update(Figures().bytesReceived);
+    std::size_t frames = 0;
+    while (!context.stop.Requested() && goOn() && Loop.PlayBatch(Resource, frames))
+        progress.Update(Comm->Figures().bytesReceived);
     CRecursiveLock lock(Document.DocLock);
     Document.OnFrame = nullptr;
-    return !ReadFailed;
+    CFrameQueue none;
+    CommResult result = Document.AtEnd(Resource) ? Comm->RetrieveFrames(none) : CommResult::Success;
+    if (result == CommResult::Success)
+        return true;
+    ReportError(Path + ": could not be read to its end (" + Format("0x%08x", static_cast<unsigned>(result)) +
+                "); what was read before was played.");
+    return false;
 }
 
 void AddChunkOption(CLI::App& command, std::uint32_t& chunk) {

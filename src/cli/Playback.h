@@ -29,7 +29,7 @@ class CPlayback {
     /// The pressure tare that the log's header states.
     double PressureTare() const { return Tare; }
     CQorViewDoc& Doc() { return Document; }
-    ResourceFigures Figures() const { return Document.StatusOf(Resource).figures; }
+    ResourceFigures Figures() const { return Comm->Figures(); }
 
     /// Plays to the end, or until the operator stops it or `goOn` says no (asked once a batch).
     /// `onFrame` sees every frame. False when reading failed (reported).
@@ -49,7 +49,7 @@ class CPlayback {
     std::vector<CQorViewIns*> Named;
     std::vector<SessionPackage> NamedPackages;
     double Tare = 0.0;
-    bool ReadFailed = false;
+    CTelemComm* Comm = nullptr; ///< of the file, the document's
 };
 
 /// Adds --chunk.

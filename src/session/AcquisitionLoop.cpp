@@ -81,19 +81,18 @@ bool CAcquisitionLoop::Step(int milliseconds) {
     return taken || ticked;
 }
 
-std::size_t CAcquisitionLoop::PlayBatch(int resource) {
-    std::size_t frames = Doc.TakeFileFrames(resource);
+bool CAcquisitionLoop::PlayBatch(int resource, std::size_t& frames) {
+    frames = Doc.TakeFileFrames(resource);
     Doc.TakeCommands(0);
     TickIfDue();
-    return frames;
+    return !Doc.AtEnd(resource);
 }
 
 std::uint64_t CAcquisitionLoop::PlayFile(int resource, const std::atomic<bool>* stop) {
     std::uint64_t total = 0;
-    while (!(stop && stop->load(std::memory_order_relaxed))) {
-        std::size_t frames = PlayBatch(resource);
-        if (frames == 0)
-            break;
+    for (bool more = true; more && !(stop && stop->load(std::memory_order_relaxed));) {
+        std::size_t frames = 0;
+        more = PlayBatch(resource, frames);
         total += frames;
     }
     return total;

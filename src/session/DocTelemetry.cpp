@@ -69,8 +69,7 @@ std::size_t CQorViewDoc::TakeBatch(CQorViewRes& resource) {
     const std::size_t count = Batch.Size();
     RawLog.LogFrames(Batch);
     resource.FramesReceived += count;
-    // A file gives frames for as long as there are any: none means its end, or a failure.
-    if (count == 0 || result != CommResult::Success)
+    if (result != CommResult::Success || resource.Comm.AtEnd())
         resource.Playing = false;
     return count;
 }
@@ -107,6 +106,12 @@ std::size_t CQorViewDoc::TakeFileFrames(int resource) {
     }
     RawLog.ShowPending();
     return count;
+}
+
+bool CQorViewDoc::AtEnd(int resource) const {
+    CRecursiveLock lock(DocLock);
+    const CQorViewRes* file = ResourceAt(resource);
+    return !file || !file->IsFile() || file->Comm.AtEnd();
 }
 
 bool CQorViewDoc::TakeCommands(int milliseconds) {

@@ -113,8 +113,10 @@ class CQorViewDoc : public CQorTelemetryDoc, public SessionState {
     std::size_t TakeFrames();
     /// Whether some file is being read on.
     bool IsPlaying() const;
-    /// One batch of one file resource; 0 at the end of the file.
+    /// One batch of one file resource; it may be empty before the file's end: see AtEnd.
     std::size_t TakeFileFrames(int resource);
+    /// True when a file resource has given all that it has (and for any other resource).
+    bool AtEnd(int resource) const;
     /// Delivers queued messages to the session log, in order, waiting at most so long for the first
     /// command. True when a command came.
     bool TakeCommands(int milliseconds);

@@ -157,7 +157,13 @@ void CTelemComm::Impl::Abort(CommResult code, SystemError error) {
     }
     std::ignore = Fail(Format("Telemetry acquisition aborted on %s.\r\n", Name.c_str()), code,
                        SystemErrorText(error));
-    std::ignore = ClosePort(nullptr);
+    // What was cut before the failure is still wanted: it stays queued for whoever retrieves.
+    CFrameQueue cut;
+    std::ignore = ClosePort(&cut);
+    {
+        CLock lock(FrameLock);
+        std::swap(cut, Sync->Frames());
+    }
     PostStatus();
 }
 

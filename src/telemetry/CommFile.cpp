@@ -17,6 +17,8 @@ constexpr std::size_t FramesPerBatch = 64;
 /// Bounds the memory that a read takes, whatever the settings say.
 constexpr std::uint32_t MaxReadSize = 64u << 20;
 constexpr std::uint32_t DefaultReadSize = 2048;
+/// What one call reads at the most when no frame comes, so that its caller stays responsive.
+constexpr std::uint64_t BytesPerCall = 16u << 20;
 
 } // namespace
 
@@ -27,7 +29,8 @@ std::uint32_t CTelemComm::Impl::ReadSize() const {
 
 CommResult CTelemComm::Impl::ReadOn() {
     CFrameQueue& frames = Sync->Frames();
-    while (frames.Empty() && !EndReported) {
+    const std::uint64_t begun = BytesReceived;
+    while (frames.Empty() && !EndReported && BytesReceived - begun < BytesPerCall) {
         // No time is known but for what the file's own tags say.
         PassResult pass = Sync->Process(FrameTime{}, false, FramesPerBatch);
         FramesCut += pass.framesCut;

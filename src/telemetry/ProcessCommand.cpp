@@ -75,9 +75,12 @@ bool CProcessCommand::Drain(std::vector<ProcessCommand>& commands, int milliseco
                           std::max(milliseconds, 0));
     if (rest > 0)
         Arrived.WaitFor(QueueLock, rest, [this]() REQUIRES(QueueLock) { return Woken; });
-    LoopWaits = true;
-    Arrived.WaitFor(QueueLock, milliseconds - rest,
-                    [this]() REQUIRES(QueueLock) { return Woken || !Commands.empty(); });
+    // A wait of no length still costs a system call and the timer's slack: a playback asks often.
+    if (milliseconds > rest) {
+        LoopWaits = true;
+        Arrived.WaitFor(QueueLock, milliseconds - rest,
+                        [this]() REQUIRES(QueueLock) { return Woken || !Commands.empty(); });
+    }
     LoopWaits = Woken = false;
     commands.swap(Commands);
     LastDrained = steady_clock::now();

@@ -154,7 +154,9 @@ TEST_F(APlayback, LogReplayLogGivesTheSameBytes) {
     ASSERT_TRUE(replay.RawLog.BeginLogFile());
     CAcquisitionLoop loop(replay);
     EXPECT_EQ(loop.PlayFile(file), 900u);
-    EXPECT_EQ(loop.PlayBatch(file), 0u);
+    std::size_t frames = 1;
+    EXPECT_FALSE(loop.PlayBatch(file, frames));
+    EXPECT_EQ(frames, 0u);
     ASSERT_TRUE(replay.RawLog.EndLogFile(true));
     EXPECT_EQ(Data(Folder + "second.raw"), Data(first));
     EXPECT_EQ(replay.StatusOf(file).dropped, 0u);
