@@ -143,39 +143,23 @@ TEST(ConversionPlan, GivesTheBitsOfTheSingleConversions) {
     }
 }
 
-TEST(ConversionPlan, SaysOfNoFrameThatItIsMissing) {
-    const auto instrument = DefineFixed("X NONE '' 1 BU 0 COUNT\nY NONE '' 1 AS 0 NONE\n");
-    FrameValues values;
-    CConversionPlan(*instrument).Convert({}, false, values);
-    EXPECT_THAT(values.statuses, testing::Each(ConversionStatus::MissingArgument));
-}
-
-TEST(ConversionPlan, KeepsNothingOfAnotherPlan) {
+TEST(ConversionPlan, KeepsNothingOfAFailedFrameAndNothingOfAnotherPlan) {
     const std::string time = "INTTIME ES 'sec' 1 BU 1 POLYU\n0 1\n";
     const auto eight = DefineFixed(time + "ES 1 '' 2 BU 1 OPTIC3\n1 1 1 8\n");
     const auto two = DefineFixed(time + "ES 1 '' 2 BU 1 OPTIC3\n1 1 1 2\n");
-    const std::string_view frame("HDR\2\0\5", 6);
+    const CConversionPlan plan(*eight), other(*two);
     FrameValues values;
-    CConversionPlan(*eight).Convert(AsBytes(frame), false, values);
-    CConversionPlan(*two).Convert(AsBytes(frame), false, values);
-    EXPECT_EQ(values.numbers[1], 4.0);
-}
-
-TEST(ConversionPlan, ConvertsFieldsThatFollowAFailedFrame) {
-    const auto instrument = DefineFixed("INTTIME ES 'sec' 1 BU 1 POLYU\n0 1\n"
-                                        "ES 1 '' 2 BU 1 OPTIC3\n1 1 1 8\n");
-    const CConversionPlan plan(*instrument);
-    FrameValues values;
-    const auto convert = [&](std::string_view frame) {
-        plan.Convert(AsBytes(frame), false, values);
+    const auto convert = [&](const CConversionPlan& with, std::string_view frame) {
+        with.Convert(AsBytes(frame), false, values);
         return values.anyFailed ? -1.0 : values.numbers[1];
     };
-    EXPECT_EQ(convert({"HDR\2\0\5", 6}), 16.0);
-    EXPECT_EQ(convert({"HDR\0\0\5", 6}), -1.0) << "divided by an integration time of nothing";
-    EXPECT_EQ(convert({"HDR\2\0\5", 6}), 16.0);
-    EXPECT_EQ(convert({"HDR\4\0\5", 6}), 8.0);
-    EXPECT_EQ(convert({"HDR\4\0", 5}), -1.0);
-    EXPECT_EQ(convert({"HDR\4\1\1", 6}), 512.0);
+    EXPECT_EQ(convert(plan, {"HDR\2\0\5", 6}), 16.0);
+    EXPECT_EQ(convert(other, {"HDR\2\0\5", 6}), 4.0);
+    EXPECT_EQ(convert(plan, {"HDR\0\0\5", 6}), -1.0) << "divided by a time of nothing";
+    EXPECT_EQ(convert(plan, {"HDR\2\0\5", 6}), 16.0);
+    EXPECT_EQ(convert(plan, {"HDR\4\0\5", 6}), 8.0);
+    EXPECT_EQ(convert(plan, {"HDR\4\0", 5}), -1.0);
+    EXPECT_EQ(convert(plan, {"HDR\4\1\1", 6}), 512.0);
 }
 
 } // namespace

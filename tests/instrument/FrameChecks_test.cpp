@@ -144,7 +144,6 @@ TEST(NominalFrameRate, ComesFromAValidRateSensor) {
         {"RATE -1 'Hz' 0 AS 0 NONE\n", 6.0, true},
         {"RATE 12x 'Hz' 0 AS 0 NONE\n", 6.0, true},
         {"RATE 1e999 'Hz' 0 AS 0 NONE\n", 6.0, true},
-        {"RATE NONE 'Hz' 0 AS 0 NONE\n", 6.0, true},
         {"RATE 12 'Hz/s' 0 AS 0 NONE\n", 6.0, true},
         {"RATE 12 'Hz' 1 AS 0 NONE\n", 6.0, true},
         {"RATE 12 'Hz' 1 BU 0 COUNT\n", 6.0, true},

@@ -29,8 +29,8 @@ std::string Delimited(const std::string& separator, const std::string& sensorLin
     return "FIELD NONE '" + separator + "' 1 AS 0 DELIMITER\n" + sensorLine;
 }
 
-const std::string Profiler = "INTTIME ED 'sec' 2 BU 1 POLYU\n0 0.001\n" +
-                             Channels("ED", 137, "OPTIC3") +
+const std::string IntegrationTime = "INTTIME ED 'sec' 2 BU 1 POLYU\n0 0.001\n";
+const std::string Profiler = IntegrationTime + Channels("ED", 137, "OPTIC3") +
                              "PRES NONE 'm' 2 BU 1 POLYU\n-10.1 0.0071\n"
                              "TEMP NONE 'C' 2 BS 1 POLYU\n10 0.01 -1e-7\n"
                              "TILT X 'deg' 4 BF 0 COUNT\nTILT Y 'deg' 8 BD 1 POLYF\n2 1\n"
@@ -47,31 +47,21 @@ const std::string Position =
     Delimited("\\x20", "DATE NONE '' V AI 0 DDMMYY\n") +
     Delimited("*", "FRAME NONE '' V AI 0 COUNT\n");
 
-struct Kind {
-    const char* name;
-    std::unique_ptr<CInstrument> instrument;
-};
-
-std::vector<Kind> Kinds() {
-    std::vector<Kind> kinds;
-    kinds.push_back({"binary", DefineFixed(Profiler)});
-    kinds.push_back({"delimited", DefineDelimited(Position)});
-    kinds.push_back({"counter and checksum in digits",
-                     DefineFixed("FRAME NONE '' 3 AI 0 COUNT\nX NONE '' 2 BU 0 COUNT\n"
-                                 "CHECKSUM NONE '' 1 AI 0 COUNT\n")});
-    kinds.push_back({"gains", DefineFixed("LU 412 'uW/cm^2/nm' 2 BU 4 OPTIC1\n9 1 1\n9 .1 1\n"
-                                          "9 .01 1\n9 .001 1\nLU 555 '' 1 BU 1 OPTIC1\n1 2 3\n"
-                                          "LU 670 '' 2 BS 2 OPTIC1\n1 2 3\n2 3 4\n")});
-    kinds.push_back({"times too coarse for their unit",
-                     DefineFixed("INTTIME ED 'sec' 1 BU 1 POLYU\n0 1\n" +
-                                 Channels("ED", 3, "OPTIC3") + "CLOCK NONE '' 4 BF 0 HHMMSS\n")});
-    return kinds;
-}
-
 TEST(FrameMaker, FramesConvertAndPassTheChecks) {
-    for (const Kind& kind : Kinds()) {
-        SCOPED_TRACE(kind.name);
-        const CInstrument& instrument = *kind.instrument;
+    std::vector<std::unique_ptr<CInstrument>> kinds;
+    kinds.push_back(DefineFixed(Profiler));
+    kinds.push_back(DefineDelimited(Position));
+    // Counter and checksum in digits; gains; times too coarse for their unit.
+    kinds.push_back(DefineFixed("FRAME NONE '' 3 AI 0 COUNT\nX NONE '' 2 BU 0 COUNT\n"
+                                "CHECKSUM NONE '' 1 AI 0 COUNT\n"));
+    kinds.push_back(DefineFixed("LU 412 'uW/cm^2/nm' 2 BU 4 OPTIC1\n9 1 1\n9 .1 1\n9 .01 1\n"
+                                "9 .001 1\nLU 555 '' 1 BU 1 OPTIC1\n1 2 3\n"
+                                "LU 670 '' 2 BS 2 OPTIC1\n1 2 3\n2 3 4\n"));
+    kinds.push_back(DefineFixed("INTTIME ED 'sec' 1 BU 1 POLYU\n0 1\n" +
+                                Channels("ED", 3, "OPTIC3") + "CLOCK NONE '' 4 BF 0 HHMMSS\n"));
+    for (const auto& kind : kinds) {
+        const CInstrument& instrument = *kind;
+        SCOPED_TRACE(instrument.Sensors()[0].Type);
         CFrameMaker maker(instrument, 7);
         CCollectingSink sink;
         CFrameChecks checks;
@@ -118,6 +108,9 @@ TEST(FrameMaker, WantedValuesComeBackAsNearAsTheFieldAllows) {
         {"X 1 '' 4 HS 0 COUNT\n", -291, 0},
         {"X 1 '' 7 AF 0 COUNT\n", -12.3456, 5e-4},
         {"X 1 '' 6 AI 1 POLYF\n0.1 5\n", -77.7, 1e-12},
+        // Both the time and the irradiance that counts with it.
+        {IntegrationTime + Channels("ED", 1, "OPTIC3"), 0.064, 0.00021 * 0.256 / 0.064},
+        {IntegrationTime + Channels("ED", 1, "OPTIC3"), 0.512, 0.00021 * 0.256 / 0.512},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.line);
@@ -126,26 +119,9 @@ TEST(FrameMaker, WantedValuesComeBackAsNearAsTheFieldAllows) {
         maker.SetImmersed(true);
         maker.SetValues([&c](const CSensor&) { return c.wanted; });
         double value = 0.0;
-        ASSERT_EQ(CalibratedValue(*instrument->Sensor(0), maker.Next(Noon), true, value),
+        ASSERT_EQ(CalibratedValue(instrument->Sensors().back(), maker.Next(Noon), true, value),
                   ConversionStatus::Good);
         EXPECT_NEAR(value, c.wanted, c.tolerance);
-    }
-}
-
-TEST(FrameMaker, IrradiancesCountWithTheFramesIntegrationTime) {
-    const auto instrument =
-        DefineFixed("INTTIME ED 'sec' 2 BU 1 POLYU\n0 0.001\n" + Channels("ED", 1, "OPTIC3"));
-    for (double seconds : {0.064, 0.512}) {
-        CFrameMaker maker(*instrument);
-        maker.SetValues([=](const CSensor& s) { return s.Type == "ED" ? 3.0 : seconds; });
-        const std::vector<std::uint8_t> frame = maker.Next(Noon);
-        double time = 0.0, value = 0.0;
-        EXPECT_EQ(CalibratedValue(*instrument->Sensor(0), frame, false, time),
-                  ConversionStatus::Good);
-        EXPECT_EQ(CalibratedValue(*instrument->Sensor(1), frame, false, value),
-                  ConversionStatus::Good);
-        EXPECT_NEAR(time, seconds, 1e-12);
-        EXPECT_NEAR(value, 3.0, 0.00021 * 0.256 / seconds);
     }
 }
 
