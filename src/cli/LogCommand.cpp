@@ -9,6 +9,7 @@
 
 #include "base/Text.h"
 #include "cli/Output.h"
+#include "platform/SystemText.h"
 #include "session/AcquisitionLoop.h"
 
 #include <CLI/CLI.hpp>
@@ -209,10 +210,12 @@ bool CLogRun::ConnectPorts() {
             continue;
         }
         Fault = true;
-        ReportError(
-            Document.StatusOf(resource).name + ": could not be connected (" +
-            Format("0x%08x", static_cast<unsigned>(result)) +
-            "). Is it there, not in use, and may you open it? The session log has the details.");
+        ResourceStatus status = Document.StatusOf(resource);
+        std::string why = Format("0x%08x", static_cast<unsigned>(result));
+        if (std::uint32_t error = status.figures.openError)
+            why += ": " + OneLine(SystemErrorText(error));
+        ReportError(status.name + ": could not be connected (" + why +
+                    "). Is it a serial port, not in use, and may you open it?");
     }
     return any;
 }

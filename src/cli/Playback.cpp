@@ -8,6 +8,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
+
 namespace qor {
 
 namespace {
@@ -16,12 +18,26 @@ namespace {
 constexpr std::uint32_t FastestChunk = 256 * 1024;
 constexpr std::uint32_t LargestChunk = 64 * 1024 * 1024;
 
+/// How the session log's entries on frames that cannot be cut begin.
+constexpr std::string_view LossStarts[] = {"No frame terminator of ", "Frames of "};
+
 } // namespace
 
 CPlayback::CPlayback(std::uint32_t chunk)
     : Document(Clock, MakeSystemSerialPort, User, Profile), Loop(Document),
       Chunk(chunk != 0 ? chunk : FastestChunk) {
     Document.SessionLog.KeepText = false; // a damaged file reports without end
+    Document.SessionLog.OnEntry = [this](const std::string& entry) { NoteEntry(entry); };
+}
+
+/// Says the first loss only: the like may follow for every further megabyte.
+void CPlayback::NoteEntry(std::string_view entry) {
+    entry.remove_prefix(std::min(entry.find("> "), entry.size() - 2) + 2);
+    for (std::string_view start : LossStarts)
+        if (!LossTold && entry.starts_with(start)) {
+            ReportWarning(OneLine(entry));
+            LossTold = true;
+        }
 }
 
 bool CPlayback::Open(const std::string& path, const InstrumentOptions& options) {
@@ -79,8 +95,12 @@ bool CPlayback::Play(CommandContext& context, const FrameFunction& onFrame,
     Document.OnFrame = nullptr;
     CFrameQueue none;
     CommResult result = Document.AtEnd(Resource) ? Comm->RetrieveFrames(none) : CommResult::Success;
-    if (result == CommResult::Success)
+    if (result == CommResult::Success) {
+        if (Document.AtEnd(Resource) && Comm->Figures().framesCut == 0)
+            ReportWarning(Path + ": none of its " + std::to_string(Size) +
+                          " bytes belong to a frame of the instruments named.");
         return true;
+    }
     ReportError(Path + ": could not be read to its end (" + Format("0x%08x", static_cast<unsigned>(result)) +
                 "); what was read before was played.");
     return false;

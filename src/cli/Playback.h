@@ -37,6 +37,8 @@ class CPlayback {
     bool Play(CommandContext& context, const FrameFunction& onFrame, const std::function<bool()>& goOn);
 
   private:
+    void NoteEntry(std::string_view entry);
+
     CSystemClock Clock;
     CTerminalUser User;
     CMemoryProfileStore Profile;
@@ -49,6 +51,7 @@ class CPlayback {
     std::vector<CQorViewIns*> Named;
     std::vector<SessionPackage> NamedPackages;
     double Tare = 0.0;
+    bool LossTold = false;
     CTelemComm* Comm = nullptr; ///< of the file, the document's
 };
 

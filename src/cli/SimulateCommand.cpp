@@ -183,6 +183,9 @@ bool CSimulation::LoadInstruments() {
         if (instrument->FrameSize() <= 0) {
             ReportError(instrument->FilePath() + ": its frames have no bytes; there is nothing to simulate.");
             return false;
+        } else if (instrument->FrameSize() > CFrameMaker::LargestFrame) {
+            ReportError(instrument->FilePath() + ": its frames are too long to simulate.");
+            return false;
         }
     return true;
 }
@@ -332,7 +335,9 @@ void AddSimulateCommand(CLI::App& app, CommandContext& context) {
         ->type_name("PATH")
         ->excludes(pty);
     command->add_flag("--raw-log", options.rawLog, "Write a complete raw log: header block and time tags")->excludes(pty);
-    command->add_option("--frames", options.frames, "Frames to send in all, then end (without end)")->type_name("N");
+    command->add_option("--frames", options.frames, "Frames to send in all, then end (without end)")
+        ->type_name("N")
+        ->check(CLI::Range(std::uint64_t{0}, std::uint64_t{1} << 48));
     command->add_option("--rate", options.rateText, "Frames a second of each instrument instead of its own, or max")
         ->type_name("HZ");
     command->add_option("--seed", options.seed, "Same seed, same bytes (1)")->type_name("N");

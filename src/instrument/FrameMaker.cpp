@@ -18,7 +18,6 @@ namespace qor {
 
 namespace {
 
-constexpr std::int32_t LargestFrame = 16 << 20;
 constexpr double SwingPeriod = 60.0; // seconds
 constexpr double RelativeNoise = 0.003;
 constexpr double RelativeRawNoise = 0.02; // enough to move every bit of the low byte

@@ -16,6 +16,9 @@ namespace qor {
 
 class CFrameMaker {
   public:
+    /// Bytes of the longest frame that is made.
+    static constexpr std::int32_t LargestFrame = 16 << 20;
+
     /// Same definition and seed, same frames. The instrument must outlive the maker.
     explicit CFrameMaker(const CInstrument& instrument, std::uint64_t seed = 1);
 

@@ -20,6 +20,7 @@ struct AttachedInstrument {
     bool foundReported = false; ///< "found on" was reported since synchronisation was last lost
     bool tagged = true;         ///< its frames in a raw log carry a time tag
     bool endless = false;       ///< the ended stream holds no terminator for it any more
+    bool tooLong = false;       ///< its frames are longer than any that is cut, and that was said
     /// Where its sync header stands no other enabled instrument's can.
     bool standsAlone = false;
     std::size_t follower = 0; ///< the instrument whose frame came after its own last time

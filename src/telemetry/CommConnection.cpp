@@ -61,7 +61,12 @@ CommResult CTelemComm::Impl::Connect() {
 CommResult CTelemComm::Impl::OpenPort() {
     TimeoutsSaved = false;
     Port = MakePort();
-    if (Port == nullptr || Port->Open(Name) != 0) {
+    SystemError error = Port == nullptr ? SystemErrorNoMemory : Port->Open(Name);
+    {
+        CLock lock(StatusLock);
+        OpenError = error;
+    }
+    if (error != 0) {
         Port.reset();
         return CommResult::PortNotOpened;
     }

@@ -12,6 +12,8 @@ namespace qor {
 namespace {
 
 constexpr std::size_t LongestTextFrame = 1U << 20; // a terminator comes within these bytes
+// Decided: a definition may claim two gigabytes, but the queue shall not grow to hold them.
+constexpr std::size_t LongestFixedFrame = 4U << 20;
 
 } // namespace
 
@@ -62,6 +64,8 @@ CFrameSync::Impl::Ending CFrameSync::Impl::FindEnd(AttachedInstrument& instrumen
     if (!instrument.info.terminator.empty())
         return FindTerminator(instrument, length);
     length = instrument.frameLength;
+    if (length > LongestFixedFrame)
+        return Ending::TooLong;
     if (Queue.Size() >= length)
         return Ending::Complete;
     return Ended ? Ending::Unfinished : Ending::Waiting;
@@ -94,6 +98,12 @@ void CFrameSync::Impl::GiveUp(AttachedInstrument& instrument, Ending ending) {
                            instrument.info.instrumentName.c_str(), LongestTextFrame,
                            ResourceName.c_str()));
         header = LongestTextFrame;
+    } else if (ending == Ending::TooLong) {
+        if (!instrument.tooLong)
+            Sink.Report(Format("Frames of %s are longer than %zu bytes and are not cut on %s.\r\n",
+                               instrument.info.instrumentName.c_str(), LongestFixedFrame,
+                               ResourceName.c_str()));
+        instrument.tooLong = true;
     } else if (!instrument.info.terminator.empty()) {
         instrument.endless = true;
     }

@@ -22,7 +22,7 @@ struct CFrameSync::Impl {
     static constexpr std::int32_t DefaultFrameDepth = 200;
 
     enum class Step { Again, Wait };
-    enum class Ending { Complete, Waiting, Unfinished, Endless };
+    enum class Ending { Complete, Waiting, Unfinished, Endless, TooLong };
 
     Impl(CMessageSink& sink, std::string resourceName, bool live)
         : Sink(sink), ResourceName(std::move(resourceName)), Live(live) {}

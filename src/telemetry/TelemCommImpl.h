@@ -82,6 +82,7 @@ struct CTelemComm::Impl {
     bool Connected GUARDED_BY(StatusLock) = false;
     bool Disconnecting GUARDED_BY(StatusLock) = false;
     std::uint32_t AbortCode GUARDED_BY(StatusLock) = 0;
+    SystemError OpenError GUARDED_BY(StatusLock) = 0;
 
     std::unique_ptr<CFrameSync> Sync GUARDED_BY(FrameLock); ///< from the initialisation on
     bool Waiting GUARDED_BY(FrameLock) = false; ///< "waiting for telemetry" was reported

@@ -2,6 +2,7 @@
 """The command line from outside: exit statuses, playback at every read size, and real acquisition
 over pseudo-terminals. Usage: cli_test.py QORVIEW-CLI SOURCE-FOLDER"""
 import csv
+import errno
 import io
 import json
 import os
@@ -65,6 +66,7 @@ class Calls(Folder):
         bad, empty, missing = (str(self.folder / name) for name in ("bad.cal", "empty.raw", "missing"))
         cases = [
             (("--version",), 0), (("--help",), 0), (("decode", "--help"), 0),
+            (("simulate", "-d", GPS, "--frames", "-1"), 2),
             ((), 2), (("frobnicate",), 2), (("check",), 2), (("check", "--frobnicate", GPS), 2),
             (("decode", "-d", GPS), 2), (("decode", "-d", GPS, "--chunk", "0", empty), 2),
             (("decode", "-d", GPS, "--format", "xml", empty), 2), (("log", "-d", GPS), 2),
@@ -83,6 +85,9 @@ class Calls(Folder):
                 if status != 0:
                     lines = done.stderr.decode().splitlines()
                     self.assertTrue(lines and all(line.startswith("qorview-cli: ") for line in lines), lines)
+        self.assertIn(f"warning: {empty}: ", run("decode", "-d", GPS, empty).stderr.decode())
+        refused = run("log", "--port", missing, "-d", GPS, "-o", str(self.folder)).stderr.decode()
+        self.assertIn(os.strerror(errno.ENOENT), refused)
 
     def test_a_reader_that_goes_away_ends_the_command_quietly(self):
         raw = self.simulated("--raw-log", "-d", RADIOMETER, "--frames", "3000")
