@@ -79,24 +79,6 @@ TEST_F(ALoop, LostNoticeLosesNoFrame) {
     Doc.DisconnectAll();
 }
 
-TEST_F(ALoop, FailedConnectionAndAbortAreReportedAndRepairable) {
-    Script.Fail("Open", 2);
-    EXPECT_FALSE(Doc.ConnectAll());
-    Script.Repair();
-    EXPECT_TRUE(Doc.ConnectAll());
-    Script.ThenFail("CollectRead", 995);
-    while (Doc.StatusOf(Port).figures.abortCode == 0)
-        Loop.Step(10);
-    EXPECT_EQ(Doc.DisconnectResource(Port), CommResult::Success);
-    Script.Repair();
-    EXPECT_EQ(Doc.ConnectResource(Port), CommResult::AbortCodeSet);
-    std::uint32_t code = 0;
-    EXPECT_EQ(Doc.ResetAbort(Port, code), CommResult::Success);
-    EXPECT_EQ(code, static_cast<std::uint32_t>(CommResult::ReadNotCollected));
-    EXPECT_EQ(Doc.ConnectResource(Port), CommResult::Success);
-    EXPECT_THAT(Reported(), HasSubstr("Telemetry acquisition aborted on PORT1."));
-}
-
 TEST_F(ALoop, StepTicksOnceASecondOfTheMonotonicClock) {
     Set([](LogOptions& options) {
         options.durationEnabled = options.timeStampEnabled = true;

@@ -1,13 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "fakes/ScriptedUser.h"
-
-#include "base/Text.h"
-#include "instrument/DefinitionReader.h"
-#include "platform/Clock.h"
+#include "SessionFixture.h"
+#include "fakes/DefinedInstrument.h"
 #include "session/PackageList.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace qor {
 namespace {
@@ -15,44 +9,24 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class PackageListTest : public testing::Test {
+class PackageListTest : public ASession {
   protected:
-    PackageListTest() { Resource = Doc.AddSerialResource(Port("COM1")); }
-
-    static SerialResourceSettings Port(const std::string& name) {
-        SerialResourceSettings settings;
-        settings.portName = name;
-        return settings;
-    }
     /// A package of instruments by these names, as if it had been read.
     static LoadedPackage Loaded(const std::vector<std::string>& names) {
         LoadedPackage loaded;
         loaded.ok = true;
         loaded.path = "cast.sip";
         loaded.name = "Cast";
-        for (const std::string& name : names) {
-            PackageMember member{name + ".cal", std::make_unique<CInstrument>()};
-            CDefinitionReader reader(*member.instrument, member.name);
-            reader.Begin(member.name);
-            reader.Feed(Format("INSTRUMENT %s '' %zu AS 0 NONE\nPRES NONE '' 2 BU 0 COUNT\n",
-                               name.c_str(), name.size()));
-            EXPECT_EQ(reader.Finish(), DefinitionStatus::Success);
-            loaded.members.push_back(std::move(member));
-        }
+        for (const std::string& name : names)
+            loaded.members.push_back({name + ".cal", Define(CounterDefinition(name))});
         return loaded;
     }
 
-    CSystemClock Clock;
-    CScriptedUser User;
-    CMemoryProfileStore Profile;
-    CQorViewDoc Doc{Clock, [] { return std::unique_ptr<CSerialPort>(); }, User,
-                    Profile};
     CPackageList List{Doc};
-    int Resource = -1;
 };
 
 TEST_F(PackageListTest, APackageBringsItsInstrumentsAndTakesThemAway) {
-    CPackage* package = List.AddPackage(Loaded({"PRO", "REF"}), Resource);
+    CPackage* package = List.AddPackage(Loaded({"PRO", "REF"}), Port);
     ASSERT_NE(package, nullptr);
     EXPECT_THAT(package->Instruments, ElementsAre("PRO", "REF"));
     EXPECT_EQ(List.PackageOf("REF"), package);
@@ -75,8 +49,8 @@ TEST_F(PackageListTest, APackageBringsItsInstrumentsAndTakesThemAway) {
 }
 
 TEST_F(PackageListTest, APackageWithoutInstrumentsIsNotKept) {
-    ASSERT_NE(List.AddPackage(Loaded({"PRO"}), Resource), nullptr);
-    EXPECT_EQ(List.AddPackage(Loaded({"PRO"}), Resource), nullptr); // the name is taken
+    ASSERT_NE(List.AddPackage(Loaded({"PRO"}), Port), nullptr);
+    EXPECT_EQ(List.AddPackage(Loaded({"PRO"}), Port), nullptr); // the name is taken
     EXPECT_THAT(
         User.TakeMessages(),
         ElementsAre("The Instrument Package file: cast.sip \r\ncontains no valid Instruments."));
@@ -84,11 +58,11 @@ TEST_F(PackageListTest, APackageWithoutInstrumentsIsNotKept) {
 }
 
 TEST_F(PackageListTest, CalibrationModeLocksTheList) {
-    CPackage* package = List.AddPackage(Loaded({"PRO"}), Resource);
+    CPackage* package = List.AddPackage(Loaded({"PRO"}), Port);
     List.CalibrationMode = true;
-    EXPECT_EQ(List.AddPackage(Loaded({"REF"}), Resource), nullptr);
-    EXPECT_FALSE(List.AddFile("a.sip", Resource));
-    EXPECT_FALSE(List.AddFile("a.cal", Resource));
+    EXPECT_EQ(List.AddPackage(Loaded({"REF"}), Port), nullptr);
+    EXPECT_FALSE(List.AddFile("a.sip", Port));
+    EXPECT_FALSE(List.AddFile("a.cal", Port));
     EXPECT_FALSE(List.RemovePackage(package));
     EXPECT_EQ(List.Count(), 1u);
     const std::string locked =
@@ -105,13 +79,13 @@ TEST_F(PackageListTest, AFileIsToldApartByItsExtension) {
         {"missing.SIP", "The Instrument Package file: missing.SIP \r\ncould not be opened."},
     };
     for (const auto& one : cases) {
-        EXPECT_FALSE(List.AddFile(one.path, Resource));
+        EXPECT_FALSE(List.AddFile(one.path, Port));
         EXPECT_THAT(User.TakeMessages(), ElementsAre(one.message));
     }
-    EXPECT_FALSE(List.AddFile("missing.CAL", Resource));
+    EXPECT_FALSE(List.AddFile("missing.CAL", Port));
     EXPECT_THAT(User.TakeMessages(), IsEmpty()); // the load's own log tells
     const std::string example = QORVIEW_SOURCE_DIR "/examples/package/";
-    EXPECT_TRUE(List.AddFile(example + "profiler.cal", Resource));
+    EXPECT_TRUE(List.AddFile(example + "profiler.cal", Port));
 }
 
 TEST_F(PackageListTest, APortRunsAtThePackagesSpeed) {

@@ -2,15 +2,12 @@
 #include "base/Text.h"
 #include "fakes/CollectingSink.h"
 #include "fakes/ScriptedUser.h"
+#include "fakes/TempFolder.h"
 #include "fakes/ZipMaker.h"
-#include "session/MemberName.h"
 #include "session/Package.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include <filesystem>
-#include <fstream>
 
 namespace qor {
 namespace {
@@ -31,20 +28,11 @@ std::string NotDefinition(const std::string& name) {
 /// A package file of the test's making, and what reading it gave.
 class PackageTest : public testing::Test {
   protected:
-    PackageTest()
-        : Folder(std::filesystem::temp_directory_path() /
-                 ("qorview-test-" +
-                  std::string(testing::UnitTest::GetInstance()->current_test_info()->name()))) {
-        std::filesystem::create_directories(Folder);
-        Path = (Folder / "cast.sip").string();
-    }
-    ~PackageTest() override { std::filesystem::remove_all(Folder); }
-
     LoadedPackage Load(const std::string& bytes) {
-        std::ofstream(Path, std::ios::binary) << bytes;
+        Temp.Put("cast.sip", bytes);
         LoadedPackage loaded = LoadPackage(Path, User, Sink);
         EXPECT_EQ(loaded.messages, User.TakeMessages());
-        EXPECT_EQ(std::distance(std::filesystem::directory_iterator(Folder), {}), 1);
+        EXPECT_EQ(std::distance(std::filesystem::directory_iterator(Temp.Path), {}), 1);
         return loaded;
     }
     LoadedPackage Load(const CZipMaker& zip) { return Load(zip.Bytes()); }
@@ -59,8 +47,8 @@ class PackageTest : public testing::Test {
         return names;
     }
 
-    std::filesystem::path Folder;
-    std::string Path;
+    CTempFolder Temp;
+    const std::string Path = Temp.Path + "cast.sip";
     CScriptedUser User;
     CCollectingSink Sink;
 };
@@ -230,13 +218,6 @@ TEST(PackageProperties, AreReadByTheRules) {
         EXPECT_EQ(properties.baudRate, one.baudRate) << one.text;
         EXPECT_EQ(properties.baudRateFound, one.found) << one.text;
     }
-}
-
-TEST(MemberName, ExtensionsAreLowered) {
-    EXPECT_EQ(ExtensionOf("a/b.c/D.CAL"), "cal");
-    EXPECT_EQ(ExtensionOf("a.b/c"), "");
-    EXPECT_EQ(ExtensionOf(".Sip"), "sip");
-    EXPECT_EQ(ExtensionOf("a.tdf.bak"), "bak");
 }
 
 } // namespace

@@ -1,30 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "session/ProfileFile.h"
 
-#include <gtest/gtest.h>
+#include "fakes/TempFolder.h"
 
-#include <filesystem>
-#include <fstream>
-#include <sstream>
+#include <gtest/gtest.h>
 
 namespace qor {
 namespace {
 
 class ProfileFileTest : public testing::Test {
   protected:
-    ProfileFileTest() { std::filesystem::create_directories(Folder); }
-    ~ProfileFileTest() override { std::filesystem::remove_all(Folder); }
-
-    std::string Content() const {
-        std::ostringstream text;
-        text << std::ifstream(Path, std::ios::binary).rdbuf();
-        return text.str();
-    }
-    void Put(const std::string& text) const { std::ofstream(Path, std::ios::binary) << text; }
-
-    const std::filesystem::path Folder =
-        std::filesystem::temp_directory_path() / "qorview-test-profile";
-    const std::string Path = (Folder / "settings.ini").string();
+    CTempFolder Temp;
+    const std::string Path = Temp.Path + "settings.ini";
 };
 
 TEST_F(ProfileFileTest, WhatWasWrittenIsReadBackByteForByte) {
@@ -44,11 +31,12 @@ TEST_F(ProfileFileTest, WhatWasWrittenIsReadBackByteForByte) {
             EXPECT_EQ(again.ReadText(section, key), section + "|" + key + " ");
     EXPECT_EQ(again.ReadInteger("View1\\Ancillary", "XPosition", 3), -17);
     EXPECT_EQ(again.ReadInteger("View1\\Ancillary", "YPosition", 3), 3);
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(Folder), {}), 1);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(Temp.Path), {}), 1);
 }
 
 TEST_F(ProfileFileTest, AHandEditedFileIsReadAsFarAsItMakesSense) {
-    Put("; note\r\n\r\n[A]\r\n x = 1 \r\nnonsense\r\n[B\r\ny=2 3\r\nz=99999999999\r\nw=%zz%4");
+    Temp.Put("settings.ini",
+             "; note\r\n\r\n[A]\r\n x = 1 \r\nnonsense\r\n[B\r\ny=2 3\r\nz=99999999999\r\nw=%zz%4");
     CFileProfileStore store;
     ASSERT_EQ(store.Load(Path), FileCause::None);
     EXPECT_EQ(store.ReadInteger("A", "x", -1), 1);
@@ -59,15 +47,15 @@ TEST_F(ProfileFileTest, AHandEditedFileIsReadAsFarAsItMakesSense) {
 }
 
 TEST_F(ProfileFileTest, OnlyAChangeIsWritten) {
-    Put("[A]\nx=1 ; kept as it is\n");
+    Temp.Put("settings.ini", "[A]\nx=1 ; kept as it is\n");
     CFileProfileStore store;
     ASSERT_EQ(store.Load(Path), FileCause::None);
     store.WriteText("A", "x", store.ReadText("A", "x"));
     ASSERT_EQ(store.Flush(), FileCause::None);
-    EXPECT_EQ(Content(), "[A]\nx=1 ; kept as it is\n");
+    EXPECT_EQ(Temp.Content("settings.ini"), "[A]\nx=1 ; kept as it is\n");
     store.WriteInteger("A", "x", 2);
     ASSERT_EQ(store.Flush(), FileCause::None);
-    EXPECT_EQ(Content(), "[A]\nx=2\n");
+    EXPECT_EQ(Temp.Content("settings.ini"), "[A]\nx=2\n");
 }
 
 TEST_F(ProfileFileTest, SettingsThatCouldNotBeReadAreNotReplaced) {
@@ -80,7 +68,7 @@ TEST_F(ProfileFileTest, SettingsThatCouldNotBeReadAreNotReplaced) {
     EXPECT_TRUE(std::filesystem::is_directory(Path));
 
     CFileProfileStore elsewhere;
-    EXPECT_EQ(elsewhere.Load((Folder / "missing" / "settings.ini").string()), FileCause::None);
+    EXPECT_EQ(elsewhere.Load(Temp.Path + "missing/settings.ini"), FileCause::None);
     elsewhere.WriteInteger("A", "x", 1);
     EXPECT_EQ(elsewhere.Flush(), FileCause::BadPath);
 }

@@ -104,11 +104,5 @@ TEST_F(ADocument, CurrentFrameAndItsValuesAreTheLatestOnes) {
     EXPECT_EQ(number, 258.0);
 }
 
-TEST_F(ADocument, WithoutAControllerNothingIsReported) {
-    CQorTelemetryDoc bare;
-    bare.ReportMessage("nobody hears\r\n");
-    EXPECT_EQ(bare.Controller(), nullptr);
-}
-
 } // namespace
 } // namespace qor

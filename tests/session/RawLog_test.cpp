@@ -37,10 +37,9 @@ class ARawLog : public ASession {
 };
 
 TEST_F(ARawLog, HeaderWithoutRolesAndOptionsHasEighteenRecords) {
-    {
-        CRecursiveLock lock(Doc.DocLock);
-        Doc.Station = {std::string(200, 'c'), "op", "44 N", "63 W", "GMT", "calm", "ST1", "AA"};
-    }
+    Set(&CQorViewDoc::Station,
+        {std::string(200, 'c'), "op", "44 N", "63 W", "GMT", "calm", "ST1", "AA"});
+    EXPECT_FALSE(Doc.RawLog.EndLogFile(false)) << "nothing to end";
     ASSERT_TRUE(Begin());
     EXPECT_EQ(Content(Log()).size(), 2304u);
     EXPECT_EQ(Header(Log()),
@@ -64,11 +63,8 @@ TEST_F(ARawLog, RolesAndOptionsAddTheirRecordsInFileOrder) {
     Doc.SetRole(InstrumentRole::WeatherStation, Port, 0);
     Doc.SetImmersed("PRO", true);
     Set([](LogOptions& options) { options.timeStampEnabled = options.gpsHeaderEnabled = true; });
-    {
-        CRecursiveLock lock(Doc.DocLock);
-        Doc.PressureTare = 0.1;
-        Doc.Station.latitude = "typed";
-    }
+    Set(&CQorViewDoc::PressureTare, 0.1);
+    Set(&CQorViewDoc::Station, {"", "", "typed", "", "", "", "", ""});
     ASSERT_TRUE(Begin("before.raw"));
     EXPECT_THAT(Header(Log("before.raw")), HasSubstr("|typed (LATITUDE)|"));
     Offer(*gps.instrument,
@@ -145,10 +141,7 @@ TEST_F(ARawLog, OnlyUnusableFramesAndThoseOfSilencedInstrumentsAreLeftOut) {
 }
 
 TEST_F(ARawLog, FinishedLogIsReadOnlyAndReplacedOnlyWithConsent) {
-    {
-        CRecursiveLock lock(Doc.DocLock);
-        Doc.NoDialogs = false;
-    }
+    Set(&CQorViewDoc::NoDialogs, false);
     ASSERT_TRUE(Begin("cast"));
     SetMode(LogNamingMode::UserFileName, "next"); // is for the next log
     ASSERT_TRUE(Doc.RawLog.EndLogFile(true));
@@ -183,10 +176,7 @@ TEST_F(ARawLog, WhereNobodyCanBeAskedAnExistingLogStays) {
 }
 
 TEST_F(ARawLog, ConfirmationIsAskedOnceARunWithTheLockReleased) {
-    {
-        CRecursiveLock lock(Doc.DocLock);
-        Doc.NoDialogs = false;
-    }
+    Set(&CQorViewDoc::NoDialogs, false);
     User.WhileAsked = [this] {
         // A frame or a display on another thread is not held up, and a second start is refused.
         std::thread([this] { EXPECT_FALSE(Doc.RawLog.Status().logOpen); }).join();
@@ -219,10 +209,7 @@ TEST_F(ARawLog, IntervalRunOpensFilesByItsTimers) {
         options.duration = {0, 0, 10};
         options.repeatInterval = {0, 1, 0};
     });
-    {
-        CRecursiveLock lock(Doc.DocLock);
-        Doc.ExitIfDone = true;
-    }
+    Set(&CQorViewDoc::ExitIfDone, true);
     SetMode(LogNamingMode::TimeStamp);
     ASSERT_TRUE(Doc.RawLog.BeginLogFile());
     Ticks(9);
@@ -294,11 +281,6 @@ TEST_F(ARawLog, ViewUpdatesAreDeliveredByTheNextTick) {
     EXPECT_EQ(updates, before);
     Ticks(3);
     EXPECT_EQ(updates, before + 1);
-}
-
-TEST_F(ARawLog, EndingWithoutALogOnlyAborts) {
-    EXPECT_FALSE(Doc.RawLog.EndLogFile(false));
-    EXPECT_TRUE(Doc.RawLog.EndLogFile(true));
 }
 
 } // namespace

@@ -7,10 +7,9 @@
 #include "base/Text.h"
 #include "fakes/ManualClock.h"
 #include "fakes/ScriptedUser.h"
+#include "fakes/TempFolder.h"
 #include "session/QorViewDoc.h"
 
-#include <filesystem>
-#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sstream>
@@ -31,7 +30,7 @@ inline std::string CounterFrame(const std::string& name, int counter) {
 class ASession : public testing::Test {
   protected:
     explicit ASession(SerialPortFactory makePort = [] { return nullptr; })
-        : Folder(MakeFolder()), Doc(Clock, std::move(makePort), User, Profile) {
+        : Doc(Clock, std::move(makePort), User, Profile) {
         // It is 14:23:05.250 on 3 May 2005, three hours behind UTC.
         Clock.StepWall(3 * 3600 * 1000);
         Clock.UtcOffsetMinutes = -180;
@@ -41,26 +40,8 @@ class ASession : public testing::Test {
         Port = Doc.AddSerialResource(
             {.portName = "PORT1", .globalSyncString = "", .maxFrameDepth = 2000});
     }
-    ~ASession() override {
-        std::error_code ignored;
-        std::filesystem::remove_all(Folder, ignored);
-    }
-
-    static std::string MakeFolder() {
-        static int made = 0;
-        std::filesystem::path folder = std::filesystem::path(testing::TempDir()) /
-                                       Format("qorsession%lld-%d", RunNumber(), made++);
-        std::filesystem::create_directories(folder);
-        return folder.string() + PathSeparator();
-    }
-    static long long RunNumber() {
-        static const long long number = std::chrono::steady_clock::now().time_since_epoch().count();
-        return number;
-    }
-
     std::string Put(const std::string& name, const std::string& content) {
-        std::ofstream(Folder + name, std::ios::binary) << content;
-        return Folder + name;
+        return Temp.Put(name, content);
     }
     static std::string Content(const std::string& path) {
         std::ostringstream text;
@@ -106,10 +87,15 @@ class ASession : public testing::Test {
         naming.sqmBaseName = "sqm";
         Doc.RawLog.SetNaming(naming);
     }
-    /// Changes options under the lock.
+    /// Changes options or one member of the session under the lock.
     template <class Change> void Set(Change change) {
         CRecursiveLock lock(Doc.DocLock);
         change(Doc.Options);
+    }
+    template <class Owner, class Value>
+    void Set(Value Owner::*member, std::type_identity_t<Value> value) {
+        CRecursiveLock lock(Doc.DocLock);
+        Doc.*member = std::move(value);
     }
     /// The session log's lines so far without stamps, each followed by "|".
     std::string Reported() {
@@ -138,7 +124,8 @@ class ASession : public testing::Test {
     CManualClock Clock;
     CScriptedUser User;
     CMemoryProfileStore Profile;
-    std::string Folder;
+    CTempFolder Temp;
+    const std::string Folder = Temp.Path;
     CQorViewDoc Doc;
     int Port = -1;
     std::size_t Read = 0;
