@@ -40,6 +40,9 @@ struct LogCallOptions {
 
 constexpr int WatchMilliseconds = 100;
 constexpr int GpsWaitMilliseconds = 3000;
+// Decided: far above the default of 200 frames, which a card that stalls for two seconds or a burst
+// from a converter's buffer outruns; memory is only used for frames that do wait.
+constexpr std::int32_t WaitingFrames = 16384;
 
 /// What of the session log an operator must see at once, and what he can do about it.
 struct Trouble {
@@ -174,6 +177,7 @@ bool CLogRun::SetUpPorts() {
 /// A package brings up its port at its baud rate, unless the call names another.
 bool CLogRun::SetUpPort(const PortOptions& port) {
     SerialResourceSettings settings = port.port.settings;
+    settings.maxFrameDepth = WaitingFrames;
     std::vector<LoadedPackage> packages;
     bool baudKnown = port.port.baudGiven;
     for (const std::string& path : port.instruments.packages) {

@@ -253,6 +253,15 @@ class Acquisition(Folder):
                      f"found on {line.name}.", f"End log file: \"{self.raw}\"."):
             self.assertIn(text, log)
 
+    def test_a_burst_of_many_times_the_usual_queue_is_logged_whole(self):
+        line = Line()
+        process = self.start("--port", line.name, "-d", PROFILER)
+        frames = self.frames_of(PROFILER, 4000)
+        line.send(b"".join(frames))
+        wait_for(lambda: len(self.logged()) == sum(len(frame) + TAG for frame in frames), "the last frame")
+        self.assertIn("4000 frames, 4000 in the last log, 0 dropped", self.finish(process)[1])
+        self.assertNotIn("exceeded maximum depth", self.session_log())
+
     def test_frames_of_a_killed_program_are_in_the_log(self):
         line = Line()
         process = self.start("--port", line.name, "-d", PROFILER)
