@@ -234,8 +234,9 @@ void CLogRun::WaitForPosition() {
     }
 }
 
-/// Runs wherever entries are made, under the document's lock: it only takes note.
+/// Runs wherever entries are made, where the document's lock is held: it only takes note.
 void CLogRun::NoteEntry(std::string_view entry) {
+    CRecursiveLock lock(Document.DocLock);
     std::string_view text = entry.substr(std::min(entry.find("> "), entry.size() - 2) + 2);
     if (text.starts_with(BeginLogStart)) {
         std::size_t start = BeginLogStart.size();
