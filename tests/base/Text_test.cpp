@@ -6,63 +6,52 @@
 #include <clocale>
 #include <cmath>
 #include <limits>
+#include <utility>
+#include <vector>
 
 namespace qor {
 namespace {
 
 constexpr double Infinity = std::numeric_limits<double>::infinity();
 
-struct NumberCase {
-    std::string_view text;
-    std::optional<double> whole;
-    std::optional<double> leading;
-};
-
-const NumberCase Numbers[] = {
-    {"12", 12.0, 12.0},
-    {"+12", 12.0, 12.0},
-    {"-0.5", -0.5, -0.5},
-    {".5", 0.5, 0.5},
-    {"1.", 1.0, 1.0},
-    {"-.5e+1", -5.0, -5.0},
-    {"1E5", 1e5, 1e5},
-    {"1e", {}, 1.0},
-    {"1e+", {}, 1.0},
-    {"12abc", {}, 12.0},
-    {"1,5", {}, 1.0},
-    {"0x10", {}, 0.0},
-    {"1.5.2", {}, 1.5},
-    {" \t\r12", {}, 12.0},
-    {"12 ", {}, 12.0},
-    {"", {}, {}},
-    {".", {}, {}},
-    {"+", {}, {}},
-    {"-.e5", {}, {}},
-    {"+-5", {}, {}},
-    {"--5", {}, {}},
-    {"- 5", {}, {}},
-    {"e5", {}, {}},
-    {"inf", {}, {}},
-    {"-infinity", {}, {}},
-    {"nan", {}, {}},
-    {"+NAN(1)", {}, {}},
-    {"1e400", Infinity, Infinity},
-    {"-1e400", -Infinity, -Infinity},
-    {"1e99999999999999999999999", Infinity, Infinity},
-    {"0.00001e320", Infinity, Infinity},
-    {"1e-400", 0.0, 0.0},
-    {"-1e-99999999999999999999999", 0.0, 0.0},
-    {"123456789e-400", 0.0, 0.0},
-    {"0e999999", 0.0, 0.0},
-    {"4.9406564584124654e-324", 4.9406564584124654e-324, 4.9406564584124654e-324},
-    {"2.2250738585072011e-308", 2.2250738585072011e-308, 2.2250738585072011e-308},
-    {"1.7976931348623157e308", 1.7976931348623157e308, 1.7976931348623157e308},
-};
-
 TEST(Text, NumbersAreReadWholeAndLeading) {
-    for (const NumberCase& number : Numbers) {
-        EXPECT_EQ(WholeNumber(number.text), number.whole) << number.text;
-        EXPECT_EQ(LeadingNumber(number.text), number.leading) << number.text;
+    using Numbers = std::vector<std::pair<std::string_view, double>>;
+    for (const auto& [text, value] : Numbers{{"12", 12},
+                                             {"+12", 12},
+                                             {"-0.5", -0.5},
+                                             {".5", 0.5},
+                                             {"1.", 1},
+                                             {"-.5e+1", -5},
+                                             {"1E5", 1e5},
+                                             {"1e400", Infinity},
+                                             {"-1e400", -Infinity},
+                                             {"0.00001e320", Infinity},
+                                             {"1e-400", 0},
+                                             {"123456789e-400", 0},
+                                             {"0e999999", 0},
+                                             {"1e99999999999999999999999", Infinity},
+                                             {"-1e-99999999999999999999999", 0},
+                                             {"4.9406564584124654e-324", 4.9406564584124654e-324},
+                                             {"2.2250738585072011e-308", 2.2250738585072011e-308},
+                                             {"1.7976931348623157e308", 1.7976931348623157e308}}) {
+        EXPECT_EQ(WholeNumber(text), value) << text;
+        EXPECT_EQ(LeadingNumber(text), value) << text;
+    }
+    for (const auto& [text, leading] : Numbers{{"1e", 1},
+                                               {"1e+", 1},
+                                               {"12abc", 12},
+                                               {"1,5", 1},
+                                               {"0x10", 0},
+                                               {"1.5.2", 1.5},
+                                               {" \t\r12", 12},
+                                               {"12 ", 12}}) {
+        EXPECT_EQ(WholeNumber(text), std::nullopt) << text;
+        EXPECT_EQ(LeadingNumber(text), leading) << text;
+    }
+    for (std::string_view text :
+         {"", ".", "+", "-.e5", "+-5", "--5", "- 5", "e5", "inf", "-infinity", "nan", "+NAN(1)"}) {
+        EXPECT_EQ(WholeNumber(text), std::nullopt) << text;
+        EXPECT_EQ(LeadingNumber(text), std::nullopt) << text;
     }
 }
 

@@ -395,14 +395,6 @@ TEST(DefinitionStatusTexts, EveryCodeHasItsTextAndNoOtherHas) {
     EXPECT_EQ(reported, "0 1 2 3 4 5 6 7 e f 10 11 12 40 ");
     EXPECT_EQ(diagnosed, "8 9 a b c d e f 10 13 14 15 16 17 18 19 1a ");
     EXPECT_EQ(repaired, "20 21 22 23 24 25 26 27 28 29 2a 2b 2c 2d 2e 2f 30 31 32 ");
-    EXPECT_EQ(ReportText(DefinitionStatus::NoError), "\tNo error.\r\n");
-    EXPECT_EQ(DiagnosticText(DefinitionStatus::NoError), "No error.\r\n");
-    EXPECT_EQ(ActionText(CorrectiveAction::None), "\t\t> No action taken.\r\n");
-    EXPECT_EQ(ReportText(DefinitionStatus::SensorReference),
-              "\tThe sensor reference is invalid.\r\n");
-    EXPECT_EQ(ReportText(DefinitionStatus::SensorNotFound), "\tThe sensor could not be found.\r\n");
-    EXPECT_EQ(ActionText(CorrectiveAction::FieldLengthVariable),
-              "\t\t> Field length set to V (variable).\r\n");
 }
 
 } // namespace

@@ -133,32 +133,24 @@ TEST_F(FrameChecks, ADisabledCheckHasNoSensorAndSaysNothing) {
 }
 
 TEST(NominalFrameRate, ComesFromAValidRateSensor) {
-    struct {
-        std::string line;
-        double rate;
-        bool reported;
-    } const cases[] = {
-        {"", 6.0, false},
-        {"rate 2.5 'hz' 0 AS 0 NONE\n", 2.5, false},
-        {"RATE 0 'Hz' 0 BU 0 NONE\nRATE 9 'Hz' 0 BU 0 NONE\n", 0.0, false},
-        {"RATE -1 'Hz' 0 AS 0 NONE\n", 6.0, true},
-        {"RATE 12x 'Hz' 0 AS 0 NONE\n", 6.0, true},
-        {"RATE 1e999 'Hz' 0 AS 0 NONE\n", 6.0, true},
-        {"RATE 12 'Hz/s' 0 AS 0 NONE\n", 6.0, true},
-        {"RATE 12 'Hz' 1 AS 0 NONE\n", 6.0, true},
-        {"RATE 12 'Hz' 1 BU 0 COUNT\n", 6.0, true},
+    CCollectingSink sink;
+    const auto rate = [&sink](const std::string& lines) {
+        return NominalFrameRate(*DefineFixed(lines), sink);
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.line);
-        CCollectingSink sink;
-        const auto instrument = DefineFixed(c.line);
-        EXPECT_EQ(NominalFrameRate(*instrument, sink), c.rate);
-        std::vector<std::string> expected;
-        if (c.reported)
-            expected.push_back("Invalid RATE sensor found in the Calibration File for test.cal. A "
-                               "default frame rate of 6 Hz will be assumed.");
-        EXPECT_EQ(sink.Messages(), expected);
+    EXPECT_EQ(rate(""), 6.0);
+    EXPECT_EQ(rate("rate 2.5 'hz' 0 AS 0 NONE\n"), 2.5);
+    EXPECT_EQ(rate("RATE 0 'Hz' 0 BU 0 NONE\nRATE 9 'Hz' 0 BU 0 NONE\n"), 0.0);
+    EXPECT_THAT(sink.Messages(), IsEmpty());
+    for (const char* invalid : {"-1 'Hz' 0 AS", "12x 'Hz' 0 AS", "1e999 'Hz' 0 AS",
+                                "NONE 'Hz' 0 AS", "12 'Hz/s' 0 AS", "12 'Hz' 1 AS"}) {
+        EXPECT_EQ(rate(std::string("RATE ") + invalid + " 0 NONE\n"), 6.0) << invalid;
+        EXPECT_THAT(sink.Take(),
+                    ElementsAre("Invalid RATE sensor found in the Calibration File for test.cal. A "
+                                "default frame rate of 6 Hz will be assumed."))
+            << invalid;
     }
+    EXPECT_EQ(rate("RATE 12 'Hz' 1 BU 0 COUNT\n"), 6.0);
+    EXPECT_EQ(sink.Messages().size(), 1U);
 }
 
 } // namespace
