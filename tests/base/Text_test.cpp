@@ -7,7 +7,6 @@
 #include <cmath>
 #include <limits>
 #include <utility>
-#include <vector>
 
 namespace qor {
 namespace {
@@ -15,36 +14,35 @@ namespace {
 constexpr double Infinity = std::numeric_limits<double>::infinity();
 
 TEST(Text, NumbersAreReadWholeAndLeading) {
-    using Numbers = std::vector<std::pair<std::string_view, double>>;
-    for (const auto& [text, value] : Numbers{{"12", 12},
-                                             {"+12", 12},
-                                             {"-0.5", -0.5},
-                                             {".5", 0.5},
-                                             {"1.", 1},
-                                             {"-.5e+1", -5},
-                                             {"1E5", 1e5},
-                                             {"1e400", Infinity},
-                                             {"-1e400", -Infinity},
-                                             {"0.00001e320", Infinity},
-                                             {"1e-400", 0},
-                                             {"123456789e-400", 0},
-                                             {"0e999999", 0},
-                                             {"1e99999999999999999999999", Infinity},
-                                             {"-1e-99999999999999999999999", 0},
-                                             {"4.9406564584124654e-324", 4.9406564584124654e-324},
-                                             {"2.2250738585072011e-308", 2.2250738585072011e-308},
-                                             {"1.7976931348623157e308", 1.7976931348623157e308}}) {
+    const std::pair<std::string_view, double> alike[] = {
+        {"12", 12},
+        {"+12", 12},
+        {"-0.5", -0.5},
+        {".5", 0.5},
+        {"1.", 1},
+        {"-.5e+1", -5},
+        {"1E5", 1e5},
+        {"1e400", Infinity},
+        {"-1e400", -Infinity},
+        {"0.00001e320", Infinity},
+        {"1e-400", 0},
+        {"123456789e-400", 0},
+        {"0e999999", 0},
+        {"1e99999999999999999999999", Infinity},
+        {"-1e-99999999999999999999999", 0},
+        {"4.9406564584124654e-324", 4.9406564584124654e-324},
+        {"2.2250738585072011e-308", 2.2250738585072011e-308},
+        {"1.7976931348623157e308", 1.7976931348623157e308},
+    };
+    for (const auto& [text, value] : alike) {
         EXPECT_EQ(WholeNumber(text), value) << text;
         EXPECT_EQ(LeadingNumber(text), value) << text;
     }
-    for (const auto& [text, leading] : Numbers{{"1e", 1},
-                                               {"1e+", 1},
-                                               {"12abc", 12},
-                                               {"1,5", 1},
-                                               {"0x10", 0},
-                                               {"1.5.2", 1.5},
-                                               {" \t\r12", 12},
-                                               {"12 ", 12}}) {
+    const std::pair<std::string_view, double> begun[] = {
+        {"1e", 1},   {"1e+", 1},     {"12abc", 12},   {"1,5", 1},
+        {"0x10", 0}, {"1.5.2", 1.5}, {" \t\r12", 12}, {"12 ", 12},
+    };
+    for (const auto& [text, leading] : begun) {
         EXPECT_EQ(WholeNumber(text), std::nullopt) << text;
         EXPECT_EQ(LeadingNumber(text), leading) << text;
     }
