@@ -155,7 +155,7 @@ TEST_F(PackageRowsTest, TheDisplayWatchesFiveRowsAndDrawsAFrameOnce) {
     EXPECT_EQ(view.Page().rows[1].value.background, Black);
     EXPECT_EQ(user.Asterisks, 1);
 
-    for (const std::size_t row : {0, 1, 2, 3, 4})
+    for (const std::size_t row : {0U, 1U, 2U, 3U, 4U})
         EXPECT_NE(view.RangesOfRow(row), nullptr) << row;
     EXPECT_EQ(view.RangesOfRow(1), &view.Settings.DepthWarnings);
     EXPECT_EQ(view.RangesOfRow(5), nullptr);
