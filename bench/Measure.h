@@ -48,8 +48,8 @@ inline double MemoryCopySpeed() {
 }
 
 /// One row of the table of ratios.
-inline void PrintRow(const char* what, double figure, const char* unit, double limit, const char* limitName,
-                     double must) {
+inline void PrintRow(const char* what, double figure, const char* unit, double limit,
+                     const char* limitName, double must) {
     double ratio = figure / limit;
     std::printf("%-44s %12.4g %-10s %9.4f of %-26s %s\n", what, figure, unit, ratio, limitName,
                 ratio >= must ? "ok" : "MISSED");

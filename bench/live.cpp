@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// Live figures over pseudo-terminals: the processor time that `qorview-cli log` takes for many ports
-// at full line speed, beside a bare reader of the same bytes, and the time from a frame's last byte
-// to its place in the queue.
+// Live figures over pseudo-terminals: the processor time that `qorview-cli log` takes for many
+// ports at full line speed, beside a bare reader of the same bytes, and the time from a frame's
+// last byte to its place in the queue.
 //   live QORVIEW-CLI SOURCE-FOLDER [PORTS [SECONDS]]
 #include "Measure.h"
 
@@ -60,9 +60,12 @@ struct Line {
     int Keep = -1; ///< so that bytes wait for a reader instead of getting lost
 };
 
-void SleepMilliseconds(int milliseconds) { poll(nullptr, 0, milliseconds); }
+void SleepMilliseconds(int milliseconds) {
+    poll(nullptr, 0, milliseconds);
+}
 
-/// Sends frames on all lines at the line speed, in pieces, for so long; returns the bytes of a line.
+/// Sends frames on all lines at the line speed, in pieces, for so long; returns the bytes of a
+/// line.
 std::size_t Play(std::vector<std::unique_ptr<Line>>& lines, double seconds) {
     const std::size_t length = lines.front()->frames.size(), frameLength = length / 256;
     std::size_t sent = 0;
@@ -74,7 +77,8 @@ std::size_t Play(std::vector<std::unique_ptr<Line>>& lines, double seconds) {
         for (std::unique_ptr<Line>& line : lines)
             for (std::size_t at = sent; at < due;) {
                 std::size_t place = at % length;
-                ssize_t count = write(line->master, line->frames.data() + place, std::min(due - at, length - place));
+                ssize_t count = write(line->master, line->frames.data() + place,
+                                      std::min(due - at, length - place));
                 if (count > 0)
                     at += static_cast<std::size_t>(count);
                 else
@@ -86,7 +90,8 @@ std::size_t Play(std::vector<std::unique_ptr<Line>>& lines, double seconds) {
     std::size_t rest = (frameLength - sent % frameLength) % frameLength;
     for (std::unique_ptr<Line>& line : lines) // the last frame is a whole one
         for (std::size_t at = 0; at < rest;) {
-            ssize_t count = write(line->master, line->frames.data() + sent % length + at, rest - at);
+            ssize_t count =
+                write(line->master, line->frames.data() + sent % length + at, rest - at);
             at += count > 0 ? static_cast<std::size_t>(count) : 0;
         }
     SleepMilliseconds(300);
@@ -94,14 +99,16 @@ std::size_t Play(std::vector<std::unique_ptr<Line>>& lines, double seconds) {
 }
 
 double ChildSeconds(const rusage& usage) {
-    auto seconds = [](const timeval& time) { return static_cast<double>(time.tv_sec) + 1e-6 * static_cast<double>(time.tv_usec); };
+    auto seconds = [](const timeval& time) {
+        return static_cast<double>(time.tv_sec) + 1e-6 * static_cast<double>(time.tv_usec);
+    };
     return seconds(usage.ru_utime) + seconds(usage.ru_stime);
 }
 
 /// Runs a child beside the playing; its processor seconds while the lines were played.
 template <class Child>
-double ProcessorSeconds(std::vector<std::unique_ptr<Line>>& lines, double seconds, std::size_t& bytes,
-                        Child child) {
+double ProcessorSeconds(std::vector<std::unique_ptr<Line>>& lines, double seconds,
+                        std::size_t& bytes, Child child) {
     pid_t process = fork();
     if (process == 0) {
         child();
@@ -131,7 +138,8 @@ double ProcessorSeconds(std::vector<std::unique_ptr<Line>>& lines, double second
 }
 
 /// The radiometer with a serial number of its own, for names are unique on a bench.
-void GiveInstrument(Line& line, const std::string& definition, const std::filesystem::path& folder, int number) {
+void GiveInstrument(Line& line, const std::string& definition, const std::filesystem::path& folder,
+                    int number) {
     std::ifstream source(definition);
     std::string text((std::istreambuf_iterator<char>(source)), std::istreambuf_iterator<char>());
     char serial[16];
@@ -156,7 +164,8 @@ void Ports(const std::string& cli, const std::string& definition, int count, dou
     std::vector<std::unique_ptr<Line>> lines;
     for (int i = 0; i < count; ++i)
         GiveInstrument(*lines.emplace_back(std::make_unique<Line>()), definition, folder, 1000 + i);
-    std::vector<std::string> words = {cli, "log", "--quiet", "-o", folder.string(), "--name", "live.raw"};
+    std::vector<std::string> words = {cli,      "log",     "--quiet", "-o", folder.string(),
+                                      "--name", "live.raw"};
     for (const std::unique_ptr<Line>& line : lines)
         words.insert(words.end(), {"--port", line->name + ":115200", "-d", line->definition});
     std::vector<char*> arguments;
@@ -174,14 +183,16 @@ void Ports(const std::string& cli, const std::string& definition, int count, dou
         dup2(nowhere, STDOUT_FILENO);
         execv(cli.c_str(), arguments.data());
     });
-    std::printf("%d ports at 115,200 baud: %.2f %% of a core; a bare reader %.2f %%: %.2f x\n", count,
-                100.0 * logged / (seconds + 1.3), 100.0 * bare / (seconds + 1.3), logged / bare);
+    std::printf("%d ports at 115,200 baud: %.2f %% of a core; a bare reader %.2f %%: %.2f x\n",
+                count, 100.0 * logged / (seconds + 1.3), 100.0 * bare / (seconds + 1.3),
+                logged / bare);
     std::uintmax_t size = std::filesystem::file_size(folder / "live.raw");
     constexpr std::uintmax_t record = 337, headerRecord = 128;
     std::uintmax_t frames = bytes / 330 * static_cast<std::size_t>(count), headerRecords = 0;
     while (headerRecords < 40 && (size - headerRecords * headerRecord) % record != 0)
         ++headerRecords;
-    std::printf("  frames sent %ju, in the log %ju\n", frames, (size - headerRecords * headerRecord) / record);
+    std::printf("  frames sent %ju, in the log %ju\n", frames,
+                (size - headerRecords * headerRecord) / record);
     std::filesystem::remove_all(folder);
 }
 
@@ -197,8 +208,10 @@ void Latency(const CInstrument& instrument, const std::string& frame, const char
     AttachRequest request;
     request.instrumentName = request.syncHeader = instrument.SyncHeader();
     request.frameSize = instrument.FrameSize();
-    if (port.InitialiseSerial(settings) != CommResult::Success || port.Attach(request) != CommResult::Success ||
-        port.EnableAcquisition(instrument.SyncHeader()) != CommResult::Success || port.Connect() != CommResult::Success)
+    if (port.InitialiseSerial(settings) != CommResult::Success ||
+        port.Attach(request) != CommResult::Success ||
+        port.EnableAcquisition(instrument.SyncHeader()) != CommResult::Success ||
+        port.Connect() != CommResult::Success)
         std::exit(1);
     // The one who looks must not be the one who is late; without the privilege it may be.
     sched_param priority{};
@@ -218,15 +231,16 @@ void Latency(const CInstrument& instrument, const std::string& frame, const char
             if (port.RetrieveFrame(received, found) != CommResult::Success)
                 std::exit(1);
         }
-        microseconds.push_back(1e6 * std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count());
+        microseconds.push_back(
+            1e6 * std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count());
     }
     if (port.Disconnect() != CommResult::Success)
         std::exit(1);
     priority.sched_priority = 0;
     sched_setscheduler(0, SCHED_OTHER, &priority);
     std::sort(microseconds.begin(), microseconds.end());
-    std::printf("last byte to frame in the queue, %s: median %.0f us, p99 %.0f us\n", load, microseconds[frames / 2],
-                microseconds[frames * 99 / 100]);
+    std::printf("last byte to frame in the queue, %s: median %.0f us, p99 %.0f us\n", load,
+                microseconds[frames / 2], microseconds[frames * 99 / 100]);
 }
 
 } // namespace

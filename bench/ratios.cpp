@@ -38,8 +38,8 @@ bool RunShell(const std::string& command) {
 }
 
 /// A file of records repeated until it is as large as wanted; returns its size.
-std::uint64_t WriteRepeated(const std::string& path, const std::string& head, const std::string& records,
-                            std::uint64_t bytes) {
+std::uint64_t WriteRepeated(const std::string& path, const std::string& head,
+                            const std::string& records, std::uint64_t bytes) {
     std::ofstream file(path, std::ios::binary);
     file << head;
     std::uint64_t size = head.size();
@@ -48,7 +48,8 @@ std::uint64_t WriteRepeated(const std::string& path, const std::string& head, co
     return size;
 }
 
-/// Frames of a definition, each with a tag when asked for; the counter goes on through whole cycles.
+/// Frames of a definition, each with a tag when asked for; the counter goes on through whole
+/// cycles.
 std::string MakeRecords(const CInstrument& instrument, int frames, bool tagged) {
     CFrameMaker maker(instrument, 1);
     FrameTime time;
@@ -63,7 +64,9 @@ std::string MakeRecords(const CInstrument& instrument, int frames, bool tagged) 
     return records;
 }
 
-std::string HeaderBlock() { return std::string(AsText(MakeHeaderRecord(FormatHeaderLine(0, "bench")))); }
+std::string HeaderBlock() {
+    return std::string(AsText(MakeHeaderRecord(FormatHeaderLine(0, "bench"))));
+}
 
 void Replay(const Setting& setting, const CInstrument& radiometer, double copySpeed) {
     std::string log = setting.Scratch("replay.raw");
@@ -71,10 +74,13 @@ void Replay(const Setting& setting, const CInstrument& radiometer, double copySp
                                        setting.megabytes * 1'000'000);
     std::string decode = setting.cli + " decode -d " + setting.Definition("radiometer.cal");
     double seconds = MedianSeconds([&] { RunShell(decode + " --format none " + log); });
-    PrintRow("replay, calibrate, check (bytes/s)", static_cast<double>(size) / seconds, "B/s", copySpeed, "M", 0.10);
+    PrintRow("replay, calibrate, check (bytes/s)", static_cast<double>(size) / seconds, "B/s",
+             copySpeed, "M", 0.10);
 
-    std::uint64_t part = WriteRepeated(log, HeaderBlock(), MakeRecords(radiometer, 256 * 40, true), 30'000'000);
-    double frames = static_cast<double>(part) / (radiometer.FrameSize() + static_cast<double>(TimeTagSize));
+    std::uint64_t part =
+        WriteRepeated(log, HeaderBlock(), MakeRecords(radiometer, 256 * 40, true), 30'000'000);
+    double frames =
+        static_cast<double>(part) / (radiometer.FrameSize() + static_cast<double>(TimeTagSize));
     double values = frames * 140.0; // channels, integration time, counter, checksum
     seconds = MedianSeconds([&] { RunShell(decode + " -o /dev/null " + log); });
     std::mt19937_64 random(1);
@@ -125,7 +131,8 @@ void TextFrames(const Setting& setting, const CInstrument& gps) {
     std::string capture = setting.Scratch("gps.txt");
     std::uint64_t size = WriteRepeated(capture, {}, records, 200'000'000);
     double seconds = MedianSeconds([&] {
-        RunShell(setting.cli + " decode -d " + setting.Definition("gps.tdf") + " --format none " + capture);
+        RunShell(setting.cli + " decode -d " + setting.Definition("gps.tdf") + " --format none " +
+                 capture);
     });
     volatile double sink = 0.0;
     double plain = MedianSeconds([&] { sink = PlainNmeaDecoder(records); });
@@ -170,8 +177,10 @@ void Growth() {
             junk[i++] = static_cast<std::uint8_t>(random());
     }
     double one = SearchSeconds(junk, 1), size = static_cast<double>(junk.size());
-    PrintRow("search, 64 headers (bytes/s)", size / SearchSeconds(junk, 64), "B/s", size / one, "1 header", 0.5);
-    PrintRow("search, 512 headers (bytes/s)", size / SearchSeconds(junk, 512), "B/s", size / one, "1 header", 0.5);
+    PrintRow("search, 64 headers (bytes/s)", size / SearchSeconds(junk, 64), "B/s", size / one,
+             "1 header", 0.5);
+    PrintRow("search, 512 headers (bytes/s)", size / SearchSeconds(junk, 512), "B/s", size / one,
+             "1 header", 0.5);
 }
 
 void RawLogWriting(const Setting& setting, const CInstrument& radiometer) {
@@ -199,8 +208,10 @@ void RawLogWriting(const Setting& setting, const CInstrument& radiometer) {
                 std::exit(1);
         }
     });
-    PrintRow("raw log, one write a frame (frames/s)", frames / logged, "frames/s", frames / bare, "bare write()", 0.7);
-    PrintRow("  the same against 0.3 M frames/s", frames / logged, "frames/s", 0.3e6, "0.3 M frames/s", 1.0);
+    PrintRow("raw log, one write a frame (frames/s)", frames / logged, "frames/s", frames / bare,
+             "bare write()", 0.7);
+    PrintRow("  the same against 0.3 M frames/s", frames / logged, "frames/s", 0.3e6,
+             "0.3 M frames/s", 1.0);
     std::filesystem::remove(path);
 }
 
@@ -208,12 +219,16 @@ void Memory(const Setting& setting, const CInstrument& radiometer) {
     std::string log = setting.Scratch("memory.raw");
     WriteRepeated(log, HeaderBlock(), MakeRecords(radiometer, 256, true), 100'000'000);
     std::string report = setting.Scratch("memory.txt");
-    RunShell("/usr/bin/env python3 -c 'import resource,subprocess,sys\nsubprocess.run(sys.argv[2:])\n"
-             "open(sys.argv[1],\"w\").write(str(resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss))' " +
-             report + " " + setting.cli + " decode -d " + setting.Definition("radiometer.cal") + " --format none " + log);
+    RunShell(
+        "/usr/bin/env python3 -c 'import resource,subprocess,sys\nsubprocess.run(sys.argv[2:])\n"
+        "open(sys.argv[1],\"w\").write(str(resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss))"
+        "' " +
+        report + " " + setting.cli + " decode -d " + setting.Definition("radiometer.cal") +
+        " --format none " + log);
     double kilobytes = 0.0;
     std::ifstream(report) >> kilobytes;
-    PrintRow("32 MB over the memory of decode", 32.0, "MB", kilobytes / 1024.0, "what decode took (MB)", 1.0);
+    PrintRow("32 MB over the memory of decode", 32.0, "MB", kilobytes / 1024.0,
+             "what decode took (MB)", 1.0);
     std::filesystem::remove(log);
     std::filesystem::remove(report);
 }
@@ -222,18 +237,22 @@ void Start(const Setting& setting) {
     constexpr int starts = 50;
     auto milliseconds = [&](const std::string& command) {
         return 1000.0 / starts * MedianSeconds([&] {
-            RunShell("i=0; while [ $i -lt " + std::to_string(starts) + " ]; do " + command +
-                     " >/dev/null; i=$((i+1)); done");
-        });
+                   RunShell("i=0; while [ $i -lt " + std::to_string(starts) + " ]; do " + command +
+                            " >/dev/null; i=$((i+1)); done");
+               });
     };
     double version = milliseconds(setting.cli + " --version");
     PrintRow("5 ms over --version", 5.0, "ms", version, "qorview-cli --version (ms)", 1.0);
-    PrintRow("  /bin/true over --version", milliseconds("/bin/true"), "ms", version, "qorview-cli --version (ms)", 0.0);
-    double load = 1e6 * MedianSeconds([&] {
-        CInstrument instrument;
-        if (instrument.Load(setting.Definition("radiometer.cal")) != DefinitionStatus::Success)
-            std::exit(1);
-    }, 101);
+    PrintRow("  /bin/true over --version", milliseconds("/bin/true"), "ms", version,
+             "qorview-cli --version (ms)", 0.0);
+    double load = 1e6 * MedianSeconds(
+                            [&] {
+                                CInstrument instrument;
+                                if (instrument.Load(setting.Definition("radiometer.cal")) !=
+                                    DefinitionStatus::Success)
+                                    std::exit(1);
+                            },
+                            101);
     PrintRow("300 us over loading 137 channels", 300.0, "us", load, "a load (us)", 1.0);
 }
 
@@ -260,10 +279,12 @@ int Run(const Setting& setting) {
 
 int main(int argc, char** argv) {
     if (argc < 3) {
-        std::fprintf(stderr, "usage: ratios QORVIEW-CLI SOURCE-FOLDER [SCRATCH-FOLDER [MEGABYTES]]\n");
+        std::fprintf(stderr,
+                     "usage: ratios QORVIEW-CLI SOURCE-FOLDER [SCRATCH-FOLDER [MEGABYTES]]\n");
         return 2;
     }
-    qor::Setting setting{argv[1], argv[2], argc > 3 ? argv[3] : std::filesystem::temp_directory_path().string()};
+    qor::Setting setting{argv[1], argv[2],
+                         argc > 3 ? argv[3] : std::filesystem::temp_directory_path().string()};
     if (argc > 4)
         setting.megabytes = std::strtoull(argv[4], nullptr, 10);
     return qor::Run(setting);

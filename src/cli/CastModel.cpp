@@ -13,9 +13,9 @@ namespace qor {
 
 namespace {
 
-constexpr double SinkingSpeed = 0.6;    // m/s
-constexpr double SoakSeconds = 5.0;     // at the surface before the cast
-constexpr double Thermocline = 32.0;    // m
+constexpr double SinkingSpeed = 0.6;        // m/s
+constexpr double SoakSeconds = 5.0;         // at the surface before the cast
+constexpr double Thermocline = 32.0;        // m
 constexpr double ChlorophyllMaximum = 42.0; // m
 constexpr double SurfaceReflection = 0.96;
 constexpr double NoValue = std::numeric_limits<double>::quiet_NaN();
@@ -25,15 +25,17 @@ struct SpectralPoint {
     double value;
 };
 /// Downwelling irradiance above the surface, clear sky at noon, uW/cm^2/nm.
-constexpr SpectralPoint SkyIrradiance[] = {{340, 45},  {380, 72},  {420, 112}, {460, 142}, {500, 146}, {550, 143},
-                                           {600, 136}, {650, 129}, {685, 119}, {700, 117}, {757, 108}, {762, 62},
-                                           {768, 105}, {820, 90}};
+constexpr SpectralPoint SkyIrradiance[] = {
+    {340, 45},  {380, 72},  {420, 112}, {460, 142}, {500, 146}, {550, 143}, {600, 136},
+    {650, 129}, {685, 119}, {700, 117}, {757, 108}, {762, 62},  {768, 105}, {820, 90}};
 /// Diffuse attenuation of water alone, and of chlorophyll (1 mg/m^3, exponent 0.69), 1/m.
-constexpr SpectralPoint WaterAttenuation[] = {{340, 0.030}, {380, 0.016}, {410, 0.011}, {440, 0.012}, {490, 0.017},
-                                              {510, 0.033}, {530, 0.045}, {555, 0.064}, {580, 0.10},  {600, 0.24},
-                                              {650, 0.36},  {700, 0.63},  {750, 2.5},   {820, 2.6}};
-constexpr SpectralPoint PigmentAttenuation[] = {{340, 0.16}, {400, 0.12}, {440, 0.11}, {490, 0.074}, {555, 0.047},
-                                                {600, 0.038}, {650, 0.046}, {675, 0.056}, {700, 0.020}, {820, 0.005}};
+constexpr SpectralPoint WaterAttenuation[] = {
+    {340, 0.030}, {380, 0.016}, {410, 0.011}, {440, 0.012}, {490, 0.017},
+    {510, 0.033}, {530, 0.045}, {555, 0.064}, {580, 0.10},  {600, 0.24},
+    {650, 0.36},  {700, 0.63},  {750, 2.5},   {820, 2.6}};
+constexpr SpectralPoint PigmentAttenuation[] = {
+    {340, 0.16},  {400, 0.12},  {440, 0.11},  {490, 0.074}, {555, 0.047},
+    {600, 0.038}, {650, 0.046}, {675, 0.056}, {700, 0.020}, {820, 0.005}};
 
 double Interpolate(std::span<const SpectralPoint> table, double wavelength) {
     if (wavelength <= table.front().wavelength)
@@ -41,16 +43,23 @@ double Interpolate(std::span<const SpectralPoint> table, double wavelength) {
     for (std::size_t i = 1; i < table.size(); ++i)
         if (wavelength <= table[i].wavelength) {
             const SpectralPoint &a = table[i - 1], &b = table[i];
-            return a.value + (b.value - a.value) * (wavelength - a.wavelength) / (b.wavelength - a.wavelength);
+            return a.value + (b.value - a.value) * (wavelength - a.wavelength) /
+                                 (b.wavelength - a.wavelength);
         }
     return table.back().value;
 }
 
-double Step(double depth, double centre, double width) { return 1.0 / (1.0 + std::exp((centre - depth) / width)); }
+double Step(double depth, double centre, double width) {
+    return 1.0 / (1.0 + std::exp((centre - depth) / width));
+}
 
-double Temperature(double depth) { return 18.6 - 7.4 * Step(depth, Thermocline, 4.0) - 0.004 * depth; }
+double Temperature(double depth) {
+    return 18.6 - 7.4 * Step(depth, Thermocline, 4.0) - 0.004 * depth;
+}
 
-double Salinity(double depth) { return 33.4 + 0.75 * Step(depth, Thermocline, 6.0); }
+double Salinity(double depth) {
+    return 33.4 + 0.75 * Step(depth, Thermocline, 6.0);
+}
 
 double Chlorophyll(double depth) {
     double distance = (depth - ChlorophyllMaximum) / 9.0;
@@ -60,7 +69,8 @@ double Chlorophyll(double depth) {
 /// Optical depth from the surface: the attenuation summed in steps of half a metre.
 double OpticalDepth(double wavelength, double depth) {
     constexpr double step = 0.5;
-    double water = Interpolate(WaterAttenuation, wavelength), pigment = Interpolate(PigmentAttenuation, wavelength);
+    double water = Interpolate(WaterAttenuation, wavelength),
+           pigment = Interpolate(PigmentAttenuation, wavelength);
     double sum = 0.0;
     for (double z = 0.0; z < depth; z += step)
         sum += (water + pigment * std::pow(Chlorophyll(z), 0.69)) * std::min(step, depth - z);
@@ -68,7 +78,8 @@ double OpticalDepth(double wavelength, double depth) {
 }
 
 double InWaterIrradiance(double wavelength, double depth) {
-    return SurfaceReflection * Interpolate(SkyIrradiance, wavelength) * std::exp(-OpticalDepth(wavelength, depth));
+    return SurfaceReflection * Interpolate(SkyIrradiance, wavelength) *
+           std::exp(-OpticalDepth(wavelength, depth));
 }
 
 /// Upwelling radiance over downwelling irradiance: blue water with little reflection in the red.
@@ -100,7 +111,8 @@ double SpectralValue(std::string_view type, double wavelength, double depth) {
 double CastValue(const CSensor& sensor, double depth, double seconds) {
     std::string type = ToLower(sensor.Type);
     std::optional<double> number = WholeNumber(sensor.Id);
-    if (number && IsOptic(sensor.Fit) && (type == "es" || type == "ed" || type == "lu" || type == "eu"))
+    if (number && IsOptic(sensor.Fit) &&
+        (type == "es" || type == "ed" || type == "lu" || type == "eu"))
         return SpectralValue(type, *number, depth);
     if (type == "pres" || type == "pressure")
         return depth; // 1 dbar to the metre is near enough here
@@ -109,7 +121,8 @@ double CastValue(const CSensor& sensor, double depth, double seconds) {
     if (type == "cond" || type == "conductivity")
         return Conductivity(Salinity(depth), Temperature(depth), depth);
     if (type == "tilt")
-        return EqualsNoCase(sensor.Id, "X") ? 2.5 * std::sin(seconds * 0.9) : 1.8 * std::cos(seconds * 0.7);
+        return EqualsNoCase(sensor.Id, "X") ? 2.5 * std::sin(seconds * 0.9)
+                                            : 1.8 * std::cos(seconds * 0.7);
     if (type == "timer")
         return seconds;
     if (type == "cdom")

@@ -123,11 +123,13 @@ int RunCheck(const CheckOptions& options, CommandContext& context) {
 
 void AddCheckCommand(CLI::App& app, CommandContext& context) {
     static CheckOptions options; // one command runs in a process
-    CLI::App* command = app.add_subcommand(
-        "check", "Load definition files and packages and report what was found");
+    CLI::App* command =
+        app.add_subcommand("check", "Load definition files and packages and report what was found");
     command->add_flag("--json", options.json, "One JSON object a file instead of the parse log");
-    command->add_option("FILE", options.files, "Definition files (.cal, .tdf) or packages (.sip)")->required();
-    command->callback([&context] { context.body = [&context] { return RunCheck(options, context); }; });
+    command->add_option("FILE", options.files, "Definition files (.cal, .tdf) or packages (.sip)")
+        ->required();
+    command->callback(
+        [&context] { context.body = [&context] { return RunCheck(options, context); }; });
 }
 
 } // namespace qor

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// The commands of qorview-cli. Each Add... function describes its command to the parser and says what
-// runs when it was chosen; main parses and runs. One file a command.
+// The commands of qorview-cli. Each Add... function describes its command to the parser and says
+// what runs when it was chosen; main parses and runs. One file a command.
 #pragma once
 
 #include "platform/Console.h"
@@ -21,8 +21,8 @@ enum : int { ExitWell = 0, ExitFault = 1, ExitBadCall = 2, ExitInterrupted = 130
 struct CommandContext {
     CEvent stopEvent;
     CStopWatch stop{stopEvent};
-    bool quiet = false;            ///< no progress
-    std::function<int()> body;     ///< set by the parser for the chosen command; gives the exit status
+    bool quiet = false;        ///< no progress
+    std::function<int()> body; ///< set by the parser for the chosen command; gives the exit status
 };
 
 void AddCheckCommand(CLI::App& app, CommandContext& context);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// qorview-cli compare: the optical reality check over a raw log, for every frame of the device under
-// test against the latest frame of the reference before it.
+// qorview-cli compare: the optical reality check over a raw log, for every frame of the device
+// under test against the latest frame of the reference before it.
 #include "cli/Commands.h"
 #include "cli/FrameText.h"
 #include "cli/Playback.h"
@@ -48,8 +48,8 @@ bool FindSeries(const CQorViewIns& instrument, const std::string& type, OpticalS
         series = all[static_cast<std::size_t>(chosen)];
         return true;
     }
-    ReportError(instrument.Name() + ": it has no optical series" + (type.empty() ? "" : " of type " + type) +
-                "; choose one with --sensor TYPE.");
+    ReportError(instrument.Name() + ": it has no optical series" +
+                (type.empty() ? "" : " of type " + type) + "; choose one with --sensor TYPE.");
     return false;
 }
 
@@ -60,7 +60,8 @@ bool FindPair(CPlayback& playback, const CompareOptions& options, ComparedPair& 
            FindSeries(*pair.reference, options.sensor, pair.referenceSeries);
 }
 
-void WriteJsonLine(COutput& output, const CQorViewIns& dut, const std::vector<ComparisonPoint>& points) {
+void WriteJsonLine(COutput& output, const CQorViewIns& dut,
+                   const std::vector<ComparisonPoint>& points) {
     CJsonWriter json(output);
     json.BeginObject();
     json.Key("time"), WriteTimeValue(json, output, dut.CurrentFrame()->Info.time);
@@ -79,13 +80,15 @@ void WriteJsonLine(COutput& output, const CQorViewIns& dut, const std::vector<Co
     json.EndLine();
 }
 
-void WriteCsvRows(COutput& output, const CQorViewIns& dut, const std::vector<ComparisonPoint>& points) {
+void WriteCsvRows(COutput& output, const CQorViewIns& dut,
+                  const std::vector<ComparisonPoint>& points) {
     for (const ComparisonPoint& point : points) {
         WriteTime(output, dut.CurrentFrame()->Info.time);
         output.Char(',');
         output.Integer(dut.FrameNumber());
         for (std::optional<double> value :
-             {std::optional(point.wavelength), std::optional(point.dut), point.reference, point.percent}) {
+             {std::optional(point.wavelength), std::optional(point.dut), point.reference,
+              point.percent}) {
             output.Char(',');
             if (value && std::isfinite(*value))
                 output.Number(*value);
@@ -107,13 +110,18 @@ int RunCompare(const CompareOptions& options, CommandContext& context) {
             well = false;
             continue;
         }
-        well = playback.Play(context, [&](CQorViewIns& instrument, const FrameCheckResult&) {
-            if (&instrument != pair.dut)
-                return;
-            std::vector<ComparisonPoint> points = CompareSpectra(SpectrumOf(*pair.dut, pair.dutSeries),
-                                                                 SpectrumOf(*pair.reference, pair.referenceSeries));
-            (options.csv ? WriteCsvRows : WriteJsonLine)(output, *pair.dut, points);
-        }, [&] { return output.Good(); }) && well;
+        well = playback.Play(
+                   context,
+                   [&](CQorViewIns& instrument, const FrameCheckResult&) {
+                       if (&instrument != pair.dut)
+                           return;
+                       std::vector<ComparisonPoint> points =
+                           CompareSpectra(SpectrumOf(*pair.dut, pair.dutSeries),
+                                          SpectrumOf(*pair.reference, pair.referenceSeries));
+                       (options.csv ? WriteCsvRows : WriteJsonLine)(output, *pair.dut, points);
+                   },
+                   [&] { return output.Good(); }) &&
+               well;
         if (context.stop.Requested() || !output.Good())
             break;
     }
@@ -128,17 +136,23 @@ void AddCompareCommand(CLI::App& app, CommandContext& context) {
     CLI::App* command = app.add_subcommand(
         "compare", "Compare the spectra of a device under test with those of a reference");
     AddInstrumentOptions(*command, options.instruments);
-    command->add_option("--dut", options.dut, "Name of the device under test")->type_name("NAME")->required();
-    command->add_option("--reference", options.reference, "Name of the reference")->type_name("NAME")->required();
-    command->add_option("--sensor", options.sensor, "Series to compare, for example LU or ED")->type_name("TYPE");
-    command
-        ->add_option("--format", options.csv, "csv (a row a point) or jsonl (an object a frame)")
+    command->add_option("--dut", options.dut, "Name of the device under test")
+        ->type_name("NAME")
+        ->required();
+    command->add_option("--reference", options.reference, "Name of the reference")
+        ->type_name("NAME")
+        ->required();
+    command->add_option("--sensor", options.sensor, "Series to compare, for example LU or ED")
+        ->type_name("TYPE");
+    command->add_option("--format", options.csv, "csv (a row a point) or jsonl (an object a frame)")
         ->type_name("csv|jsonl")
-        ->transform(CLI::CheckedTransformer(std::map<std::string, bool>{{"csv", true}, {"jsonl", false}}));
+        ->transform(
+            CLI::CheckedTransformer(std::map<std::string, bool>{{"csv", true}, {"jsonl", false}}));
     AddChunkOption(*command, options.chunk);
     command->add_flag("--quiet", context.quiet, "No progress bar");
     command->add_option("RAW", options.files, "Raw logs")->required();
-    command->callback([&context] { context.body = [&context] { return RunCompare(options, context); }; });
+    command->callback(
+        [&context] { context.body = [&context] { return RunCompare(options, context); }; });
 }
 
 } // namespace qor

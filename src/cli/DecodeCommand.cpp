@@ -31,11 +31,14 @@ struct DecodeOptions {
     std::uint32_t chunk = 0;
 
     ValueView View() const {
-        return hex ? ValueView::HexCounts : rawCounts ? ValueView::RawCounts : ValueView::Calibrated;
+        return hex         ? ValueView::HexCounts
+               : rawCounts ? ValueView::RawCounts
+                           : ValueView::Calibrated;
     }
 };
 
-/// The CSV tables of a call: one on standard output or in the named file, or one file an instrument.
+/// The CSV tables of a call: one on standard output or in the named file, or one file an
+/// instrument.
 class CCsvTables {
   public:
     explicit CCsvTables(const DecodeOptions& options) : Options(options) {}
@@ -65,8 +68,8 @@ class CCsvTables {
 std::string FileNameOf(const std::string& instrument) {
     std::string name = instrument.empty() ? "instrument" : instrument;
     for (char& c : name)
-        if (!(c >= '0' && c <= '9') && !(ToLower({&c, 1})[0] >= 'a' && ToLower({&c, 1})[0] <= 'z') &&
-            c != '-' && c != '.')
+        if (!(c >= '0' && c <= '9') &&
+            !(ToLower({&c, 1})[0] >= 'a' && ToLower({&c, 1})[0] <= 'z') && c != '-' && c != '.')
             c = '_';
     return name + ".csv";
 }
@@ -75,7 +78,9 @@ COutput* CCsvTables::OutputFor(const std::string& name, bool only) {
     auto output = std::make_unique<COutput>();
     std::string path = Options.output;
     if (!only || IsDirectory(path))
-        path += (path.ends_with('/') || path.ends_with(PathSeparator()) ? "" : std::string(1, PathSeparator())) +
+        path += (path.ends_with('/') || path.ends_with(PathSeparator())
+                     ? ""
+                     : std::string(1, PathSeparator())) +
                 FileNameOf(name);
     if (!Options.output.empty() && !output->OpenFile(path))
         return nullptr;
@@ -88,8 +93,9 @@ bool CCsvTables::AddTables(const CPlayback& playback) {
         Derived.emplace(playback);
     for (CQorViewIns* instrument : instruments) {
         auto known = Outputs.find(instrument->Name());
-        COutput* output = known != Outputs.end() ? known->second.get()
-                                                 : OutputFor(instrument->Name(), instruments.size() == 1);
+        COutput* output = known != Outputs.end()
+                              ? known->second.get()
+                              : OutputFor(instrument->Name(), instruments.size() == 1);
         if (!output)
             return false;
         CFrameCsv rows(*output, instrument->Definition(), Options.View());
@@ -135,14 +141,19 @@ int DecodeToCsv(const DecodeOptions& options, CommandContext& context) {
         if (!playback.IsOpen())
             continue;
         if (playback.Instruments().size() > 1 && options.output.empty()) {
-            ReportError("several instruments give several tables: name a folder for them with -o DIR.");
+            ReportError(
+                "several instruments give several tables: name a folder for them with -o DIR.");
             return ExitBadCall;
         }
         if (!tables.AddTables(playback))
             return ExitFault;
-        well = playback.Play(context, [&](CQorViewIns& instrument, const FrameCheckResult&) {
-            tables.WriteFrame(instrument);
-        }, [&] { return tables.Good(); }) && well;
+        well = playback.Play(
+                   context,
+                   [&](CQorViewIns& instrument, const FrameCheckResult&) {
+                       tables.WriteFrame(instrument);
+                   },
+                   [&] { return tables.Good(); }) &&
+               well;
         if (context.stop.Requested() || !tables.Good())
             break;
         tables.NextFile();
@@ -154,7 +165,8 @@ int DecodeToCsv(const DecodeOptions& options, CommandContext& context) {
 /// JSON Lines, a summary, or nothing: one output whatever the number of instruments.
 class CFrameStream {
   public:
-    CFrameStream(COutput& output, const DecodeOptions& options, const std::string& path, const CPlayback& playback)
+    CFrameStream(COutput& output, const DecodeOptions& options, const std::string& path,
+                 const CPlayback& playback)
         : Out(output), Shown(options.format), Json(output, path, options.View()) {
         if (options.derived && Shown == DecodeFormat::Jsonl)
             Derived.emplace(playback);
@@ -197,9 +209,13 @@ int DecodeToStream(const DecodeOptions& options, CommandContext& context) {
         if (!playback.IsOpen())
             continue;
         CFrameStream stream(output, options, path, playback);
-        well = playback.Play(context, [&](CQorViewIns& instrument, const FrameCheckResult& checks) {
-            stream.WriteFrame(instrument, checks);
-        }, [&] { return output.Good(); }) && well;
+        well = playback.Play(
+                   context,
+                   [&](CQorViewIns& instrument, const FrameCheckResult& checks) {
+                       stream.WriteFrame(instrument, checks);
+                   },
+                   [&] { return output.Good(); }) &&
+               well;
         stream.Finish();
         if (context.stop.Requested() || !output.Good())
             break;
@@ -217,12 +233,18 @@ void AddDecodeCommand(CLI::App& app, CommandContext& context) {
     AddInstrumentOptions(*command, options.instruments);
     AddPackageOptions(*command, options.instruments.packageSettings);
     command
-        ->add_option("--format", options.format, "csv (a table an instrument), jsonl (an object a frame), summary (for people) or none")
+        ->add_option(
+            "--format", options.format,
+            "csv (a table an instrument), jsonl (an object a frame), summary (for people) or none")
         ->type_name("csv|jsonl|summary|none")
-        ->transform(CLI::CheckedTransformer(std::map<std::string, DecodeFormat>{
-            {"csv", DecodeFormat::Csv}, {"jsonl", DecodeFormat::Jsonl}, {"none", DecodeFormat::None},
-            {"summary", DecodeFormat::Summary}}));
-    command->add_option("-o,--output", options.output, "File for the results, or the folder for several tables")
+        ->transform(CLI::CheckedTransformer(
+            std::map<std::string, DecodeFormat>{{"csv", DecodeFormat::Csv},
+                                                {"jsonl", DecodeFormat::Jsonl},
+                                                {"none", DecodeFormat::None},
+                                                {"summary", DecodeFormat::Summary}}));
+    command
+        ->add_option("-o,--output", options.output,
+                     "File for the results, or the folder for several tables")
         ->type_name("PATH");
     command->add_flag("--raw-counts", options.rawCounts, "Raw counts instead of calibrated values");
     command->add_flag("--hex", options.hex, "Raw counts in hexadecimal");

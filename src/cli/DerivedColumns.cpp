@@ -19,7 +19,8 @@ std::string Utf8Of(std::string_view latin) {
 
 } // namespace
 
-CDerivedColumns::CDerivedColumns(const CPlayback& playback) : PressureTare(playback.PressureTare()) {
+CDerivedColumns::CDerivedColumns(const CPlayback& playback)
+    : PressureTare(playback.PressureTare()) {
     for (const SessionPackage& source : playback.Packages()) {
         auto package = std::make_unique<Package>();
         package->instruments.assign(source.instruments.begin(), source.instruments.end());
@@ -36,7 +37,8 @@ CDerivedColumns::CDerivedColumns(const CPlayback& playback) : PressureTare(playb
 
 const std::vector<DerivedRow>& CDerivedColumns::Rows(const CQorViewIns& instrument) const {
     auto package = PackageOf.find(&instrument);
-    return package != PackageOf.end() ? package->second->rows.Rows() : LoneRows.at(&instrument).Rows();
+    return package != PackageOf.end() ? package->second->rows.Rows()
+                                      : LoneRows.at(&instrument).Rows();
 }
 
 const std::vector<DerivedRow>& CDerivedColumns::Compute(const CQorViewIns& instrument) {

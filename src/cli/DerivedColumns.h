@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// The derived products that `decode --derived` adds to each frame: those of the ancillary display for
-// a lone instrument, those of the package display for a package's frame.
+// The derived products that `decode --derived` adds to each frame: those of the ancillary display
+// for a lone instrument, those of the package display for a package's frame.
 #pragma once
 
 #include "cli/FrameText.h"

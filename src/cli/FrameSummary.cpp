@@ -23,7 +23,8 @@ void CFrameSummary::AddFrame(const CQorViewIns& instrument) {
             continue;
         ++row.count;
         if (row.text) {
-            if (ValueText(*row.sensor, instrument.CurrentFrame()->Span(), row.lastText) != ConversionStatus::Good)
+            if (ValueText(*row.sensor, instrument.CurrentFrame()->Span(), row.lastText) !=
+                ConversionStatus::Good)
                 row.lastText.clear();
             continue;
         }
@@ -35,11 +36,13 @@ void CFrameSummary::AddFrame(const CQorViewIns& instrument) {
 }
 
 void CFrameSummary::Write(COutput& output) const {
-    output.Text(Format("%s: %llu frames\n", Instrument.Name().c_str(), static_cast<unsigned long long>(Frames)));
-    output.Text(Format("  %-20s %-14s %8s %12s %12s %12s %12s\n", "sensor", "units", "values", "least", "mean",
-                       "greatest", "last"));
+    output.Text(Format("%s: %llu frames\n", Instrument.Name().c_str(),
+                       static_cast<unsigned long long>(Frames)));
+    output.Text(Format("  %-20s %-14s %8s %12s %12s %12s %12s\n", "sensor", "units", "values",
+                       "least", "mean", "greatest", "last"));
     for (const Row& row : Rows) {
-        std::string name = row.sensor->Type + (row.sensor->Id.empty() ? "" : "(" + row.sensor->Id + ")");
+        std::string name =
+            row.sensor->Type + (row.sensor->Id.empty() ? "" : "(" + row.sensor->Id + ")");
         output.Text(Format("  %-20s %-14s %8llu ", name.c_str(), row.sensor->Units.c_str(),
                            static_cast<unsigned long long>(row.count)));
         if (row.text)
@@ -47,8 +50,8 @@ void CFrameSummary::Write(COutput& output) const {
         else if (row.count == 0)
             output.Text(Format("%12s %12s %12s %12s\n", "-", "-", "-", "-"));
         else
-            output.Text(Format("%12.5g %12.5g %12.5g %12.5g\n", row.least, row.sum / static_cast<double>(row.count),
-                               row.greatest, row.last));
+            output.Text(Format("%12.5g %12.5g %12.5g %12.5g\n", row.least,
+                               row.sum / static_cast<double>(row.count), row.greatest, row.last));
     }
 }
 

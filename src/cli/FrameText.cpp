@@ -8,7 +8,8 @@ namespace qor {
 
 namespace {
 
-/// A sensor's value in the current frame: a number, a text, or the status that says why there is none.
+/// A sensor's value in the current frame: a number, a text, or the status that says why there is
+/// none.
 struct ShownValue {
     ConversionStatus status = ConversionStatus::Good;
     bool isText = false;
@@ -86,7 +87,8 @@ CFrameCsv::CFrameCsv(COutput& output, const CInstrument& instrument, ValueView v
     : Out(output), View(view) {
     for (const CSensor& sensor : instrument.Sensors()) {
         ValueKind kind = KindOfValue(sensor);
-        bool raw = view != ValueView::Calibrated && (sensor.VariableLength || sensor.FieldLength > 0);
+        bool raw =
+            view != ValueView::Calibrated && (sensor.VariableLength || sensor.FieldLength > 0);
         if (kind != ValueKind::None || raw)
             Columns.push_back({&sensor, kind == ValueKind::Text});
     }
@@ -96,7 +98,8 @@ void CFrameCsv::WriteHeader() {
     Out.Text("time,frame");
     for (const Column& column : Columns) {
         Out.Char(',');
-        WriteCsvField(Out, column.sensor->Type + "(" + column.sensor->Id + ") [" + column.sensor->Units + "]");
+        WriteCsvField(Out, column.sensor->Type + "(" + column.sensor->Id + ") [" +
+                               column.sensor->Units + "]");
     }
 }
 

@@ -104,28 +104,37 @@ void CLogReader::CountTimeStamps(bool last) {
     Piece.erase(Piece.begin(), Piece.begin() + static_cast<std::ptrdiff_t>(place));
 }
 
-bool PlayLog(const std::string& path, const InfoOptions& options, CommandContext& context, PlayFacts& facts) {
+bool PlayLog(const std::string& path, const InfoOptions& options, CommandContext& context,
+             PlayFacts& facts) {
     CPlayback playback(options.chunk);
     bool well = playback.Open(path, options.instruments);
     if (!playback.IsOpen())
         return false;
-    well = playback.Play(context, [&](CQorViewIns& instrument, const FrameCheckResult&) {
-        const FrameTime& time = instrument.CurrentFrame()->Info.time;
-        if (!time.known)
-            return;
-        if (!facts.firstTag.known)
-            facts.firstTag = time;
-        facts.lastTag = time;
-    }, [] { return true; }) && well;
+    well = playback.Play(
+               context,
+               [&](CQorViewIns& instrument, const FrameCheckResult&) {
+                   const FrameTime& time = instrument.CurrentFrame()->Info.time;
+                   if (!time.known)
+                       return;
+                   if (!facts.firstTag.known)
+                       facts.firstTag = time;
+                   facts.lastTag = time;
+               },
+               [] { return true; }) &&
+           well;
     for (const InstrumentFigures& figures : playback.Doc().FiguresOf(-1))
-        facts.instruments.push_back({figures.name, figures.frames, figures.dropped, figures.checksumErrors});
+        facts.instruments.push_back(
+            {figures.name, figures.frames, figures.dropped, figures.checksumErrors});
     facts.bytesDiscarded = playback.Figures().bytesDiscarded;
     return well;
 }
 
-void WriteJson(COutput& output, const std::string& path, const LogFacts& facts, const PlayFacts* play) {
+void WriteJson(COutput& output, const std::string& path, const LogFacts& facts,
+               const PlayFacts* play) {
     CJsonWriter json(output);
-    auto time = [&](const char* key, const FrameTime& value) { json.Key(key), WriteTimeValue(json, output, value); };
+    auto time = [&](const char* key, const FrameTime& value) {
+        json.Key(key), WriteTimeValue(json, output, value);
+    };
     json.BeginObject();
     json.Key("file"), json.Path(path);
     json.Key("size"), json.Integer(static_cast<std::int64_t>(facts.size));
@@ -150,7 +159,8 @@ void WriteJson(COutput& output, const std::string& path, const LogFacts& facts, 
             json.Key("instrument"), json.Text(instrument.name);
             json.Key("frames"), json.Integer(static_cast<std::int64_t>(instrument.frames));
             json.Key("dropped"), json.Integer(static_cast<std::int64_t>(instrument.dropped));
-            json.Key("checksum_errors"), json.Integer(static_cast<std::int64_t>(instrument.checksumErrors));
+            json.Key("checksum_errors"),
+                json.Integer(static_cast<std::int64_t>(instrument.checksumErrors));
             json.EndObject();
         }
         json.EndArray();
@@ -160,7 +170,8 @@ void WriteJson(COutput& output, const std::string& path, const LogFacts& facts, 
     json.EndLine();
 }
 
-void WriteText(COutput& output, const std::string& path, const LogFacts& facts, const PlayFacts* play) {
+void WriteText(COutput& output, const std::string& path, const LogFacts& facts,
+               const PlayFacts* play) {
     auto time = [&](const char* label, const FrameTime& value) {
         if (!value.known)
             return;
@@ -169,12 +180,14 @@ void WriteText(COutput& output, const std::string& path, const LogFacts& facts, 
         output.Char('\n');
     };
     output.Text(path + "\n");
-    output.Text(Format("  size              %llu bytes\n", static_cast<unsigned long long>(facts.size)));
+    output.Text(
+        Format("  size              %llu bytes\n", static_cast<unsigned long long>(facts.size)));
     if (facts.records.empty())
         output.Text("  no header: a plain capture, not a raw log\n");
     for (const HeaderRecord& record : facts.records)
         output.Text(Format("  %-17s %s\n", record.tag.c_str(), record.value.c_str()));
-    output.Text(Format("  time stamps       %llu\n", static_cast<unsigned long long>(facts.timeStamps)));
+    output.Text(
+        Format("  time stamps       %llu\n", static_cast<unsigned long long>(facts.timeStamps)));
     time("  first time stamp  ", facts.firstTimeStamp);
     time("  last time stamp   ", facts.lastTimeStamp);
     if (!play)
@@ -182,11 +195,13 @@ void WriteText(COutput& output, const std::string& path, const LogFacts& facts, 
     time("  first time tag    ", play->firstTag);
     time("  last time tag     ", play->lastTag);
     for (const PlayFacts::Instrument& instrument : play->instruments)
-        output.Text(Format("  %-17s %llu frames, %llu dropped, %llu checksum errors\n", instrument.name.c_str(),
+        output.Text(Format("  %-17s %llu frames, %llu dropped, %llu checksum errors\n",
+                           instrument.name.c_str(),
                            static_cast<unsigned long long>(instrument.frames),
                            static_cast<unsigned long long>(instrument.dropped),
                            static_cast<unsigned long long>(instrument.checksumErrors)));
-    output.Text(Format("  bytes discarded   %llu\n", static_cast<unsigned long long>(play->bytesDiscarded)));
+    output.Text(Format("  bytes discarded   %llu\n",
+                       static_cast<unsigned long long>(play->bytesDiscarded)));
 }
 
 int RunInfo(const InfoOptions& options, CommandContext& context) {
@@ -221,7 +236,8 @@ void AddInfoCommand(CLI::App& app, CommandContext& context) {
     command->add_flag("--json", options.json, "One JSON object a file");
     command->add_flag("--quiet", context.quiet, "No progress bar");
     command->add_option("RAW", options.files, "Raw logs")->required();
-    command->callback([&context] { context.body = [&context] { return RunInfo(options, context); }; });
+    command->callback(
+        [&context] { context.body = [&context] { return RunInfo(options, context); }; });
 }
 
 } // namespace qor

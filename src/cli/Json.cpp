@@ -9,13 +9,16 @@ namespace qor {
 
 namespace {
 
-/// True when the bytes are well-formed UTF-8 (no overlong forms, surrogates or code points beyond U+10FFFF).
+/// True when the bytes are well-formed UTF-8 (no overlong forms, surrogates or code points beyond
+/// U+10FFFF).
 bool IsUtf8(std::string_view bytes) {
     for (std::size_t i = 0; i < bytes.size();) {
         auto lead = static_cast<unsigned char>(bytes[i++]);
-        int more = lead < 0x80 ? 0 : lead >= 0xC2 && lead < 0xE0 ? 1 : lead >= 0xE0 && lead < 0xF0 ? 2
-                   : lead >= 0xF0 && lead < 0xF5                                                  ? 3
-                                                                                                  : -1;
+        int more = lead < 0x80                   ? 0
+                   : lead >= 0xC2 && lead < 0xE0 ? 1
+                   : lead >= 0xE0 && lead < 0xF0 ? 2
+                   : lead >= 0xF0 && lead < 0xF5 ? 3
+                                                 : -1;
         if (more < 0 || static_cast<std::size_t>(more) > bytes.size() - i)
             return false;
         std::uint32_t code = more == 0 ? lead : lead & (0x3Fu >> more);
@@ -96,7 +99,9 @@ void CJsonWriter::Escaped(std::string_view bytes, bool utf8) {
     Out.Char('"');
 }
 
-void CJsonWriter::Code(std::uint32_t code) { Text(Format("0x%08x", code)); }
+void CJsonWriter::Code(std::uint32_t code) {
+    Text(Format("0x%08x", code));
+}
 
 void CJsonWriter::NumberOrNull(std::optional<double> value) {
     if (value && std::isfinite(*value))

@@ -15,7 +15,8 @@ bool ParseLineFormat(std::string_view text, SerialResourceSettings& settings) {
     if (text.size() < 3 || text[0] < '5' || text[0] > '8')
         return false;
     char letter = text[1];
-    std::size_t parity = ParityLetters.find(letter >= 'a' ? static_cast<char>(letter - 'a' + 'A') : letter);
+    std::size_t parity =
+        ParityLetters.find(letter >= 'a' ? static_cast<char>(letter - 'a' + 'A') : letter);
     if (parity == std::string_view::npos)
         return false;
     for (std::uint8_t code = 0; code < 3; ++code) {

@@ -11,8 +11,8 @@
 
 namespace qor {
 
-/// NAME[:BAUD[:8N1]]: data bits 5..8, parity N, O, E, M or S, stop bits 1, 1.5 or 2. The name may hold
-/// colons itself. Empty when there is no name or a number is out of range.
+/// NAME[:BAUD[:8N1]]: data bits 5..8, parity N, O, E, M or S, stop bits 1, 1.5 or 2. The name may
+/// hold colons itself. Empty when there is no name or a number is out of range.
 struct PortText {
     SerialResourceSettings settings;
     bool baudGiven = false;

@@ -17,7 +17,9 @@ CLiveStatus::CLiveStatus(const CQorViewDoc& doc, CClock& clock, bool quiet)
     : Doc(doc), Clock(clock), Quiet(quiet), Terminal(IsTerminal(StandardStream::Error)),
       Last(clock.MonotonicMilliseconds()), LastFrames(doc.ResourceCount()) {}
 
-CLiveStatus::~CLiveStatus() { Erase(); }
+CLiveStatus::~CLiveStatus() {
+    Erase();
+}
 
 void CLiveStatus::Erase() {
     for (; LinesOnScreen > 0; --LinesOnScreen)
@@ -33,7 +35,8 @@ std::string CLiveStatus::Line(int resource, double seconds) {
                         : !status.figures.connected   ? "not connected"
                         : status.figures.waiting      ? "waiting"
                                                       : "reading";
-    return Format("%-16s %-13s %9llu frames %7.1f/s  %llu dropped  %llu checksum errors  %llu bytes discarded",
+    return Format("%-16s %-13s %9llu frames %7.1f/s  %llu dropped  %llu checksum errors  %llu "
+                  "bytes discarded",
                   status.name.c_str(), state, static_cast<unsigned long long>(status.frames), rate,
                   static_cast<unsigned long long>(status.dropped),
                   static_cast<unsigned long long>(status.checksumErrors),

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// What a running acquisition says of itself: on a terminal one line a resource, drawn over and over;
-// elsewhere one summary line a minute. Runs on the command's thread and takes the document's lock
-// only for the moment of reading figures.
+// What a running acquisition says of itself: on a terminal one line a resource, drawn over and
+// over; elsewhere one summary line a minute. Runs on the command's thread and takes the document's
+// lock only for the moment of reading figures.
 #pragma once
 
 #include "session/QorViewDoc.h"

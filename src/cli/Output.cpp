@@ -12,7 +12,9 @@ constexpr std::size_t BufferSize = 1 << 18;
 
 COutput::COutput() : Buffer(BufferSize) {}
 
-COutput::~COutput() { Flush(); }
+COutput::~COutput() {
+    Flush();
+}
 
 bool COutput::OpenFile(const std::string& path) {
     FileCause cause = File.OpenForWriting(path);
@@ -65,8 +67,12 @@ void WriteError(std::string_view text) {
     [[maybe_unused]] StreamWrite result = WriteStream(StandardStream::Error, text);
 }
 
-void ReportError(const std::string& text) { WriteError("qorview-cli: error: " + text + "\n"); }
+void ReportError(const std::string& text) {
+    WriteError("qorview-cli: error: " + text + "\n");
+}
 
-void ReportWarning(const std::string& text) { WriteError("qorview-cli: warning: " + text + "\n"); }
+void ReportWarning(const std::string& text) {
+    WriteError("qorview-cli: warning: " + text + "\n");
+}
 
 } // namespace qor

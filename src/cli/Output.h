@@ -22,7 +22,8 @@ class COutput {
     COutput(const COutput&) = delete;
     COutput& operator=(const COutput&) = delete;
 
-    /// Writes to a file instead, which is created or replaced; reports and returns false when it cannot be.
+    /// Writes to a file instead, which is created or replaced; reports and returns false when it
+    /// cannot be.
     bool OpenFile(const std::string& path);
 
     void Text(std::string_view text) {
@@ -46,8 +47,8 @@ class COutput {
             Buffer.data());
     }
 
-    /// Hands everything to the system. False when the reader has gone or the writing failed (which is
-    /// reported once).
+    /// Hands everything to the system. False when the reader has gone or the writing failed (which
+    /// is reported once).
     bool Flush();
     /// False once nothing more can be written: the command ends early.
     bool Good() const { return Usable; }

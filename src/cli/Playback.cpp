@@ -65,14 +65,16 @@ bool CPlayback::Open(const std::string& path, const InstrumentOptions& options) 
     well = ApplyWetAndRoles(Document, options) && well;
     CRecursiveLock lock(Document.DocLock);
     Comm = &Document.Resources[static_cast<std::size_t>(resource)]->Comm;
-    for (const auto& instrument : Document.Resources[static_cast<std::size_t>(resource)]->Instruments)
+    for (const auto& instrument :
+         Document.Resources[static_cast<std::size_t>(resource)]->Instruments)
         Named.push_back(instrument.get());
     for (const CQorViewIns* instrument : Named)
         if (instrument->Definition().SyncHeader().empty())
             ReportWarning(instrument->Definition().FilePath() +
                           ": it has no sync header; its frames cannot be found in a file.");
     if (Named.empty()) {
-        ReportError(path + ": no instrument to decode it with; give its definition with -d FILE or its package with -p FILE.");
+        ReportError(path + ": no instrument to decode it with; give its definition with -d FILE or "
+                           "its package with -p FILE.");
         return false;
     }
     Resource = resource;
@@ -101,13 +103,16 @@ bool CPlayback::Play(CommandContext& context, const FrameFunction& onFrame,
                           " bytes belong to a frame of the instruments named.");
         return true;
     }
-    ReportError(Path + ": could not be read to its end (" + Format("0x%08x", static_cast<unsigned>(result)) +
+    ReportError(Path + ": could not be read to its end (" +
+                Format("0x%08x", static_cast<unsigned>(result)) +
                 "); what was read before was played.");
     return false;
 }
 
 void AddChunkOption(CLI::App& command, std::uint32_t& chunk) {
-    command.add_option("--chunk", chunk, "Read size in bytes (2048); the frames are the same for every size")
+    command
+        .add_option("--chunk", chunk,
+                    "Read size in bytes (2048); the frames are the same for every size")
         ->type_name("BYTES")
         ->check(CLI::Range(std::uint32_t{1}, LargestChunk));
 }

@@ -34,7 +34,8 @@ class CPlayback {
     /// Plays to the end, or until the operator stops it or `goOn` says no (asked once a batch).
     /// `onFrame` sees every frame. False when reading failed (reported).
     using FrameFunction = std::function<void(CQorViewIns&, const FrameCheckResult&)>;
-    bool Play(CommandContext& context, const FrameFunction& onFrame, const std::function<bool()>& goOn);
+    bool Play(CommandContext& context, const FrameFunction& onFrame,
+              const std::function<bool()>& goOn);
 
   private:
     void NoteEntry(std::string_view entry);

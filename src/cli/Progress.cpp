@@ -15,7 +15,9 @@ namespace {
 constexpr std::int64_t QuietMilliseconds = 2000, RedrawMilliseconds = 100;
 constexpr std::uint64_t BarColumns = 30;
 
-std::int64_t NowMilliseconds() { return CSystemClock().MonotonicMilliseconds(); }
+std::int64_t NowMilliseconds() {
+    return CSystemClock().MonotonicMilliseconds();
+}
 
 } // namespace
 
@@ -41,8 +43,10 @@ void CProgress::Update(std::uint64_t done) {
     OnScreen = true;
     double part = static_cast<double>(std::min(done, Total)) / static_cast<double>(Total);
     auto filled = static_cast<std::size_t>(part * static_cast<double>(BarColumns));
-    double left = part > 0.0 ? static_cast<double>(now - Begun) / 1000.0 * (1.0 - part) / part : 0.0;
-    WriteError("\r" + Title + " [" + std::string(filled, '#') + std::string(BarColumns - filled, '.') +
+    double left =
+        part > 0.0 ? static_cast<double>(now - Begun) / 1000.0 * (1.0 - part) / part : 0.0;
+    WriteError("\r" + Title + " [" + std::string(filled, '#') +
+               std::string(BarColumns - filled, '.') +
                Format("] %3.0f %%  %.0f s left\x1b[K", part * 100.0, left));
 }
 

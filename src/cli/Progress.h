@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// A progress bar on standard error for work that takes more than two seconds; nothing where that is no
-// terminal or the operator asked for quiet. Called as often as one likes: it looks at the clock
+// A progress bar on standard error for work that takes more than two seconds; nothing where that is
+// no terminal or the operator asked for quiet. Called as often as one likes: it looks at the clock
 // itself and draws at most ten times a second.
 #pragma once
 

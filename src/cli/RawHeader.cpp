@@ -12,7 +12,8 @@ FileCause ReadHeaderRecords(CFile& file, std::vector<HeaderRecord>& records) {
     for (std::uint64_t place = 0;; place += HeaderRecordSize) {
         std::size_t filled = 0;
         for (std::size_t got = 1; got > 0 && filled < record.size(); filled += got)
-            if (FileCause cause = file.Read(std::span(record).subspan(filled), got); cause != FileCause::None)
+            if (FileCause cause = file.Read(std::span(record).subspan(filled), got);
+                cause != FileCause::None)
                 return cause;
         if (filled < record.size() || !BeginsHeaderRecord(record))
             return file.SeekTo(place);
@@ -24,11 +25,13 @@ FileCause ReadHeaderRecords(CFile& file, std::vector<HeaderRecord>& records) {
 double PressureTareOf(const std::string& path) {
     CFile file;
     std::vector<HeaderRecord> records;
-    if (file.OpenForReading(path) != FileCause::None || ReadHeaderRecords(file, records) != FileCause::None)
+    if (file.OpenForReading(path) != FileCause::None ||
+        ReadHeaderRecords(file, records) != FileCause::None)
         return 0.0;
     for (const HeaderRecord& record : records)
         if (record.tag == "PRESSURE-TARE")
-            if (std::optional<double> tare = WholeNumber(Trim(record.value)); tare && std::isfinite(*tare))
+            if (std::optional<double> tare = WholeNumber(Trim(record.value));
+                tare && std::isfinite(*tare))
                 return *tare;
     return 0.0;
 }

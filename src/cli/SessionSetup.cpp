@@ -17,9 +17,12 @@ struct NamedRole {
     InstrumentRole role;
 };
 constexpr NamedRole RoleNames[] = {
-    {"profiler", InstrumentRole::Profiler},     {"reference", InstrumentRole::Reference},
-    {"tracker", InstrumentRole::Tracker},       {"sqm", InstrumentRole::SqmInstrument},
-    {"dut", InstrumentRole::DeviceUnderTest},   {"weather", InstrumentRole::WeatherStation},
+    {"profiler", InstrumentRole::Profiler},
+    {"reference", InstrumentRole::Reference},
+    {"tracker", InstrumentRole::Tracker},
+    {"sqm", InstrumentRole::SqmInstrument},
+    {"dut", InstrumentRole::DeviceUnderTest},
+    {"weather", InstrumentRole::WeatherStation},
     {"gps", InstrumentRole::Gps},
 };
 
@@ -44,8 +47,9 @@ bool ApplyRole(CQorViewDoc& doc, const std::string& assignment) {
     if (equals != std::string::npos)
         role = RoleOfName(std::string_view(assignment).substr(equals + 1));
     if (!role) {
-        ReportError("--role " + assignment +
-                    ": give NAME=ROLE with profiler, reference, tracker, sqm, dut, weather or gps.");
+        ReportError(
+            "--role " + assignment +
+            ": give NAME=ROLE with profiler, reference, tracker, sqm, dut, weather or gps.");
         return false;
     }
     std::string name = assignment.substr(0, equals);
@@ -76,10 +80,14 @@ void CTerminalUser::Beep(BeepKind) {
         WriteError("\a");
 }
 
-bool CTerminalUser::ConfirmLog(const std::string&) { return true; }
+bool CTerminalUser::ConfirmLog(const std::string&) {
+    return true;
+}
 
 void AddInstrumentOptions(CLI::App& command, InstrumentOptions& options) {
-    command.add_option("-d,--definition", options.definitions, "Definition file (.cal, .tdf) of an instrument")
+    command
+        .add_option("-d,--definition", options.definitions,
+                    "Definition file (.cal, .tdf) of an instrument")
         ->type_name("FILE")
         ->allow_extra_args(false);
     command.add_option("-p,--package", options.packages, "Instrument package file (.sip)")
@@ -91,8 +99,9 @@ void AddInstrumentOptions(CLI::App& command, InstrumentOptions& options) {
         ->type_name("[=NAME]")
         ->allow_extra_args(false);
     command
-        .add_option("--role", options.roles,
-                    "Gives an instrument a role: profiler, reference, tracker, sqm, dut, weather, gps")
+        .add_option(
+            "--role", options.roles,
+            "Gives an instrument a role: profiler, reference, tracker, sqm, dut, weather, gps")
         ->type_name("NAME=ROLE")
         ->allow_extra_args(false);
 }
@@ -133,7 +142,8 @@ void AddPackageOptions(CLI::App& command, PackageSettings& settings) {
 LoadedPackage ReadPackage(CQorViewDoc& doc, const std::string& path) {
     LoadedPackage loaded = LoadPackage(path, doc.User, doc);
     if (!loaded.ok)
-        ReportError(path + ": no instrument could be loaded from the package. See qorview-cli check.");
+        ReportError(path +
+                    ": no instrument could be loaded from the package. See qorview-cli check.");
     return loaded;
 }
 

@@ -28,7 +28,7 @@ class CTerminalUser : public CUserService {
     void RequestClose() override { CloseRequested.Set(); }
 
     CEvent CloseRequested;
-    bool Quiet = false;     ///< messages are not shown, only kept
+    bool Quiet = false; ///< messages are not shown, only kept
     std::vector<std::string> Messages;
 };
 
@@ -63,8 +63,8 @@ std::optional<InstrumentRole> RoleOfName(std::string_view name);
 /// Reads a package file; the fault is reported when nothing could be loaded from it.
 LoadedPackage ReadPackage(CQorViewDoc& doc, const std::string& path);
 
-/// Adds definition files, or the instruments of a package, to a resource of the document. Every fault
-/// is reported as an error; false when there was one.
+/// Adds definition files, or the instruments of a package, to a resource of the document. Every
+/// fault is reported as an error; false when there was one.
 bool AddDefinitions(CQorViewDoc& doc, int resource, const std::vector<std::string>& paths);
 bool AddPackage(CQorViewDoc& doc, int resource, LoadedPackage loaded, SessionPackage& package);
 

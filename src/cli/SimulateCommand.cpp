@@ -31,7 +31,7 @@ struct SimulateOptions {
     std::string startText;
     std::uint64_t frames = 0; ///< 0: without end
     std::uint64_t seed = 1;
-    double castDepth = 0.0;   ///< m; 0: on the bench
+    double castDepth = 0.0; ///< m; 0: on the bench
     SimulatedFaults faults;
     bool pty = false;
     bool rawLog = false;
@@ -116,7 +116,8 @@ bool CSimulatedLine::Send(ByteSpan bytes, CommandContext& context) {
         std::size_t written = 0;
         SystemError error = Port->Write(bytes, WriteWaitMilliseconds, written);
         if (error != 0) {
-            ReportError("the virtual serial port cannot be written: " + OneLine(SystemErrorText(error)));
+            ReportError("the virtual serial port cannot be written: " +
+                        OneLine(SystemErrorText(error)));
             return false;
         }
         bytes = bytes.subspan(written);
@@ -128,16 +129,20 @@ bool CSimulatedLine::Finish(CommandContext& context) {
     if (!Port)
         return Out.Flush() || !Out.Failed();
     constexpr int drainMilliseconds = 5000, step = 10, graceMilliseconds = 200;
-    for (int waited = 0; waited < drainMilliseconds && !Port->Drained() && !context.stop.Requested(); waited += step)
+    for (int waited = 0;
+         waited < drainMilliseconds && !Port->Drained() && !context.stop.Requested();
+         waited += step)
         context.stopEvent.Wait(step);
-    context.stopEvent.Wait(graceMilliseconds); // a listener with exclusive use does not show what it has read
+    context.stopEvent.Wait(
+        graceMilliseconds); // a listener with exclusive use does not show what it has read
     return true;
 }
 
 /// A simulation run.
 class CSimulation {
   public:
-    CSimulation(const SimulateOptions& options, CommandContext& context) : Options(options), Context(context) {}
+    CSimulation(const SimulateOptions& options, CommandContext& context)
+        : Options(options), Context(context) {}
     int Run();
 
   private:
@@ -173,7 +178,8 @@ bool CSimulation::LoadInstruments() {
     for (const std::string& path : Options.instruments.packages) {
         LoadedPackage package = LoadPackage(path, user, warnings);
         if (!package.ok) {
-            ReportError(path + ": no instrument could be loaded from the package. See qorview-cli check.");
+            ReportError(path +
+                        ": no instrument could be loaded from the package. See qorview-cli check.");
             return false;
         }
         for (PackageMember& member : package.members)
@@ -181,7 +187,8 @@ bool CSimulation::LoadInstruments() {
     }
     for (const std::unique_ptr<CInstrument>& instrument : Instruments)
         if (instrument->FrameSize() <= 0) {
-            ReportError(instrument->FilePath() + ": its frames have no bytes; there is nothing to simulate.");
+            ReportError(instrument->FilePath() +
+                        ": its frames have no bytes; there is nothing to simulate.");
             return false;
         } else if (instrument->FrameSize() > CFrameMaker::LargestFrame) {
             ReportError(instrument->FilePath() + ": its frames are too long to simulate.");
@@ -196,9 +203,10 @@ bool CSimulation::ReadStart() {
         return true;
     int part[6] = {};
     int length = 0;
-    if (std::sscanf(Options.startText.c_str(), "%4d-%2d-%2dT%2d:%2d:%2d%n", &part[0], &part[1], &part[2], &part[3],
-                    &part[4], &part[5], &length) != 6 ||
-        static_cast<std::size_t>(length) != Options.startText.size() || part[1] < 1 || part[1] > 12) {
+    if (std::sscanf(Options.startText.c_str(), "%4d-%2d-%2dT%2d:%2d:%2d%n", &part[0], &part[1],
+                    &part[2], &part[3], &part[4], &part[5], &length) != 6 ||
+        static_cast<std::size_t>(length) != Options.startText.size() || part[1] < 1 ||
+        part[1] > 12) {
         ReportError("--start " + Options.startText + ": give a time such as 2026-06-21T12:00:00.");
         return false;
     }
@@ -210,7 +218,8 @@ bool CSimulation::ReadStart() {
 
 FrameTime CSimulation::TimeOf(double seconds) const {
     FrameTime time = Start;
-    auto milliseconds = static_cast<std::int64_t>(std::llround(seconds * 1000.0)) + Start.milliseconds;
+    auto milliseconds =
+        static_cast<std::int64_t>(std::llround(seconds * 1000.0)) + Start.milliseconds;
     time.seconds += milliseconds / 1000;
     time.milliseconds = static_cast<std::uint16_t>(milliseconds % 1000);
     return time;
@@ -246,7 +255,8 @@ bool CSimulation::WriteHeaderBlock() {
     }
     for (const std::unique_ptr<CInstrument>& instrument : Instruments)
         if (IsUntagged(*instrument))
-            lines.push_back(FormatHeaderLine(static_cast<int>(HeaderTag::Nmea), instrument->SyncHeader()));
+            lines.push_back(
+                FormatHeaderLine(static_cast<int>(HeaderTag::Nmea), instrument->SyncHeader()));
     for (const std::string& line : lines)
         if (!Line.Send(MakeHeaderRecord(line), Context))
             return false;
@@ -274,7 +284,8 @@ bool CSimulation::SendFrame(const SimulatedFrame& frame) {
 
 int CSimulation::Run() {
     if (Options.instruments.definitions.empty() && Options.instruments.packages.empty()) {
-        ReportError("no instrument to play: give definitions with -d FILE or a package with -p FILE.");
+        ReportError(
+            "no instrument to play: give definitions with -d FILE or a package with -p FILE.");
         return ExitBadCall;
     }
     std::optional<Pace> pace = ParseRate(Options.rateText);
@@ -291,7 +302,8 @@ int CSimulation::Run() {
         return ExitBadCall;
     }
     CWarningSink warnings;
-    CSimulator simulator(Options.seed, static_cast<double>(Start.seconds) + Start.milliseconds / 1000.0,
+    CSimulator simulator(Options.seed,
+                         static_cast<double>(Start.seconds) + Start.milliseconds / 1000.0,
                          Options.faults);
     for (const std::unique_ptr<CInstrument>& instrument : Instruments) {
         double rate = pace->rate.value_or(NominalFrameRate(*instrument, warnings));
@@ -305,56 +317,81 @@ int CSimulation::Run() {
     Begun = Clock.MonotonicMilliseconds();
     bool sent = true;
     for (std::uint64_t i = 0; sent && (Options.frames == 0 || i < Options.frames); ++i) {
-        bool timely = pace->unthrottled || Line.IsStored() ? !Context.stop.Requested() : Wait(simulator.NextDue());
+        bool timely = pace->unthrottled || Line.IsStored() ? !Context.stop.Requested()
+                                                           : Wait(simulator.NextDue());
         sent = timely && SendFrame(simulator.Next());
     }
     bool well = Line.Finish(Context) && (sent || Context.stop.Requested());
-    return Context.stop.Requested() && Line.IsStored() ? ExitInterrupted : well ? ExitWell : ExitFault;
+    return Context.stop.Requested() && Line.IsStored() ? ExitInterrupted
+           : well                                      ? ExitWell
+                                                       : ExitFault;
 }
 
 } // namespace
 
 void AddSimulateCommand(CLI::App& app, CommandContext& context) {
     static SimulateOptions options; // one command runs in a process
-    CLI::App* command = app.add_subcommand("simulate", "Play simulated instruments into a port or a file");
-    command->add_option("-d,--definition", options.instruments.definitions, "Definition file of an instrument to play")
+    CLI::App* command =
+        app.add_subcommand("simulate", "Play simulated instruments into a port or a file");
+    command
+        ->add_option("-d,--definition", options.instruments.definitions,
+                     "Definition file of an instrument to play")
         ->type_name("FILE")
         ->allow_extra_args(false);
-    command->add_option("-p,--package", options.instruments.packages, "Package whose instruments to play")
+    command
+        ->add_option("-p,--package", options.instruments.packages,
+                     "Package whose instruments to play")
         ->type_name("FILE")
         ->allow_extra_args(false);
-    command->add_option("--wet", options.instruments.wet, "The named instrument is in the water, or every instrument")
+    command
+        ->add_option("--wet", options.instruments.wet,
+                     "The named instrument is in the water, or every instrument")
         ->type_name("[=NAME]")
         ->allow_extra_args(false);
-    command->add_option("--role", options.instruments.roles, "NAME=gps: its frames carry no time tag in a raw log")
+    command
+        ->add_option("--role", options.instruments.roles,
+                     "NAME=gps: its frames carry no time tag in a raw log")
         ->type_name("NAME=ROLE")
         ->allow_extra_args(false);
-    CLI::Option* pty =
-        command->add_flag("--pty", options.pty, "Create a virtual serial port, print its name and serve it");
-    command->add_option("-o,--output", options.output, "File or existing port to write to (standard output)")
+    CLI::Option* pty = command->add_flag(
+        "--pty", options.pty, "Create a virtual serial port, print its name and serve it");
+    command
+        ->add_option("-o,--output", options.output,
+                     "File or existing port to write to (standard output)")
         ->type_name("PATH")
         ->excludes(pty);
-    command->add_flag("--raw-log", options.rawLog, "Write a complete raw log: header block and time tags")->excludes(pty);
+    command
+        ->add_flag("--raw-log", options.rawLog,
+                   "Write a complete raw log: header block and time tags")
+        ->excludes(pty);
     command->add_option("--frames", options.frames, "Frames to send in all, then end (without end)")
         ->type_name("N")
         ->check(CLI::Range(std::uint64_t{0}, std::uint64_t{1} << 48));
-    command->add_option("--rate", options.rateText, "Frames a second of each instrument instead of its own, or max")
+    command
+        ->add_option("--rate", options.rateText,
+                     "Frames a second of each instrument instead of its own, or max")
         ->type_name("HZ");
     command->add_option("--seed", options.seed, "Same seed, same bytes (1)")->type_name("N");
-    command->add_option("--start", options.startText, "Time of the first frame (now)")->type_name("YYYY-MM-DDTHH:MM:SS");
-    command->add_option("--cast", options.castDepth, "Lower the instruments through a water column this deep")
+    command->add_option("--start", options.startText, "Time of the first frame (now)")
+        ->type_name("YYYY-MM-DDTHH:MM:SS");
+    command
+        ->add_option("--cast", options.castDepth,
+                     "Lower the instruments through a water column this deep")
         ->type_name("METRES")
         ->check(CLI::Range(1.0, 6000.0));
     command->add_option("--drop", options.faults.drop, "Probability that a frame is left out")
         ->type_name("P")
         ->check(CLI::Range(0.0, 1.0));
-    command->add_option("--corrupt", options.faults.corrupt, "Probability that a byte of a frame is changed")
+    command
+        ->add_option("--corrupt", options.faults.corrupt,
+                     "Probability that a byte of a frame is changed")
         ->type_name("P")
         ->check(CLI::Range(0.0, 1.0));
     command->add_option("--noise", options.faults.noise, "Junk bytes before each frame")
         ->type_name("BYTES")
         ->check(CLI::Range(0, 1 << 20));
-    command->callback([&context] { context.body = [&context] { return CSimulation(options, context).Run(); }; });
+    command->callback(
+        [&context] { context.body = [&context] { return CSimulation(options, context).Run(); }; });
 }
 
 } // namespace qor

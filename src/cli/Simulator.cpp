@@ -8,7 +8,8 @@ namespace qor {
 CSimulator::CSimulator(std::uint64_t seed, double startSeconds, SimulatedFaults faults)
     : Random(seed), Seed(seed), Start(startSeconds), Faults(faults) {}
 
-void CSimulator::Add(const CInstrument& instrument, double rate, bool immersed, CFrameMaker::ValueSource values) {
+void CSimulator::Add(const CInstrument& instrument, double rate, bool immersed,
+                     CFrameMaker::ValueSource values) {
     double period = 1.0 / rate;
     // Instruments of one rate on one line take turns instead of talking at the same moment.
     double phase = period * (1.0 - 1.0 / static_cast<double>(Players.size() + 1));
@@ -24,11 +25,12 @@ const CSimulator::Player& CSimulator::NextPlayer() const {
                              [](const Player& a, const Player& b) { return a.Due() < b.Due(); });
 }
 
-double CSimulator::NextDue() const { return NextPlayer().Due(); }
+double CSimulator::NextDue() const {
+    return NextPlayer().Due();
+}
 
 bool CSimulator::Chance(double probability) {
-    return probability > 0.0 &&
-           static_cast<double>(Random() >> 11) * 0x1p-53 < probability;
+    return probability > 0.0 && static_cast<double>(Random() >> 11) * 0x1p-53 < probability;
 }
 
 SimulatedFrame CSimulator::Next() {

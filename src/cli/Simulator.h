@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// A bench of simulated instruments: which one sends next, when, and with which faults. It makes bytes
-// and waits for nothing; the command decides where they go and keeps the pace.
+// A bench of simulated instruments: which one sends next, when, and with which faults. It makes
+// bytes and waits for nothing; the command decides where they go and keeps the pace.
 #pragma once
 
 #include "instrument/FrameMaker.h"
@@ -14,17 +14,17 @@ namespace qor {
 
 /// Faults to train and test with.
 struct SimulatedFaults {
-    double drop = 0.0;       ///< probability that a frame is left out (its counter moves on)
-    double corrupt = 0.0;    ///< probability that one byte behind the sync header is changed
-    std::size_t noise = 0;   ///< junk bytes before each frame
+    double drop = 0.0;     ///< probability that a frame is left out (its counter moves on)
+    double corrupt = 0.0;  ///< probability that one byte behind the sync header is changed
+    std::size_t noise = 0; ///< junk bytes before each frame
 };
 
 /// One frame as the line carries it.
 struct SimulatedFrame {
     const CInstrument* instrument = nullptr;
-    double seconds = 0.0;             ///< when its last byte is sent, since the start
-    std::vector<std::uint8_t> noise;  ///< junk that precedes it
-    std::vector<std::uint8_t> bytes;  ///< empty: dropped
+    double seconds = 0.0;            ///< when its last byte is sent, since the start
+    std::vector<std::uint8_t> noise; ///< junk that precedes it
+    std::vector<std::uint8_t> bytes; ///< empty: dropped
 };
 
 class CSimulator {
@@ -33,7 +33,8 @@ class CSimulator {
     CSimulator(std::uint64_t seed, double startSeconds, SimulatedFaults faults);
 
     /// Adds an instrument that sends `rate` frames a second; `immersed` when it is in the water.
-    void Add(const CInstrument& instrument, double rate, bool immersed, CFrameMaker::ValueSource values = {});
+    void Add(const CInstrument& instrument, double rate, bool immersed,
+             CFrameMaker::ValueSource values = {});
 
     /// Seconds since the start at which the next frame is due.
     double NextDue() const;

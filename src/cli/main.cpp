@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// qorview-cli: parses the command line, runs the chosen command, gives its exit status. The parser's
-// exceptions end here.
+// qorview-cli: parses the command line, runs the chosen command, gives its exit status. The
+// parser's exceptions end here.
 #include "cli/Commands.h"
 #include "cli/Output.h"
 #include "cli/SessionSetup.h"

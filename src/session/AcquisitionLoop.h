@@ -34,8 +34,8 @@ class CAcquisitionLoop {
     /// anything to do.
     bool Step(int milliseconds);
 
-    /// Plays one batch of a file resource on the calling thread (not while started). False at the file's
-    /// end; before it a batch may hold no frame.
+    /// Plays one batch of a file resource on the calling thread (not while started). False at the
+    /// file's end; before it a batch may hold no frame.
     bool PlayBatch(int resource, std::size_t& frames);
     /// Plays a file resource to its end, or until `stop` says so. Returns the number of frames.
     std::uint64_t PlayFile(int resource, const std::atomic<bool>* stop = nullptr);

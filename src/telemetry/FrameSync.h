@@ -50,8 +50,8 @@ class CFrameSync {
     /// Plays a file: the queue depth never drops a frame, and when the stream begins with a header
     /// record, header records, time-stamp sentences and time tags are taken out (see ReplayFilter).
     void SetReplay(bool replay);
-    /// Instruments (by sync header) whose frames carry no time tag in the raw log, besides those that
-    /// the log's own NMEA records name.
+    /// An instrument (by name) whose frames carry no time tag in the raw log: the one in the GPS
+    /// role. What follows its frames is not looked at as a tag.
     void SetUntagged(const std::string& instrumentName, bool untagged);
 
     /// The codes of Attach: SecondWithoutSync, WithoutSyncRefused, BsiWithoutPairs,
@@ -76,7 +76,8 @@ class CFrameSync {
     /// Synchronises and cuts until no more can be cut, or `frameLimit` frames are queued (replay).
     /// Frames are stamped with `now`, or with their time tag in replay. `waiting` keeps "found on"
     /// from being reported, as the resource is in its waiting-for-telemetry state.
-    PassResult Process(const FrameTime& now, bool waiting = false, std::size_t frameLimit = SIZE_MAX);
+    PassResult Process(const FrameTime& now, bool waiting = false,
+                       std::size_t frameLimit = SIZE_MAX);
 
     CFrameQueue& Frames();
     std::uint64_t BytesDiscarded() const;

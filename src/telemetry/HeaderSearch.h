@@ -37,8 +37,8 @@ class CHeaderSearch {
     /// Takes the candidates in their order; an empty one keeps its place and never matches.
     void Compile(std::vector<std::string> candidates);
     std::size_t Count() const { return Candidates.size(); }
-    /// True when no other candidate begins with this one, nor this one with another: where it stands,
-    /// nothing else can.
+    /// True when no other candidate begins with this one, nor this one with another: where it
+    /// stands, nothing else can.
     bool StandsAlone(std::size_t candidate) const { return Alone[candidate]; }
 
     /// Walks from the first byte on. At each position the candidates are tried in order and the

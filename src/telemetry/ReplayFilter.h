@@ -7,8 +7,6 @@
 
 #include "telemetry/RawLogFormat.h"
 
-#include <vector>
-
 namespace qor {
 
 class CReplayFilter {
@@ -28,22 +26,17 @@ class CReplayFilter {
     /// The length of the header record or time-stamp sentence at a place where a frame could begin;
     /// 0 when there is none, empty when more bytes are needed to tell. There must be a byte.
     std::optional<std::size_t> Skippable(ByteSpan bytes, bool ended);
-    /// The time that a tag says, when the bytes are one.
+    /// The time that a tag says, when the bytes are one. Decided: that is all that counts, also for
+    /// the instruments that the log's NMEA records name. Only the one in the GPS role is written
+    /// without tags, and no text that follows it reads as a time.
     std::optional<FrameTime> Tag(ByteSpan bytes) { return Tags.Read(bytes); }
-    /// True when the log's own NMEA records name this sync header: its frames carry no tag.
-    bool NamesUntagged(std::string_view syncHeader) const;
-    /// Grows with every sync header that NMEA records name.
-    std::size_t NamedCount() const { return NmeaHeaders.size(); }
     /// A new stream.
     void Reset() { *this = {}; }
 
   private:
     enum class StreamKind { Unknown, RawLog, Capture };
 
-    void TakeRecord(ByteSpan record);
-
     StreamKind Kind = StreamKind::Unknown;
-    std::vector<std::string> NmeaHeaders;
     CTimeTagReader Tags;
 };
 

@@ -33,7 +33,7 @@ void CFrameSync::Impl::RefreshTagged() {
         const CFrameInfo& info = instrument.info;
         bool named = std::find(UntaggedNames.begin(), UntaggedNames.end(), info.instrumentName) !=
                      UntaggedNames.end();
-        instrument.tagged = !named && !Filter.NamesUntagged(info.syncHeader);
+        instrument.tagged = !named;
     }
 }
 
@@ -88,12 +88,8 @@ std::optional<CFrameSync::Impl::Step> CFrameSync::Impl::SkipBetweenFrames() {
     if (!Filter.Determine(Queue.Bytes(), Ended))
         return Step::Wait;
     std::optional<std::size_t> length = 0;
-    if (Filter.IsRawLog()) {
-        std::size_t named = Filter.NamedCount();
+    if (Filter.IsRawLog())
         length = Filter.Skippable(Queue.Bytes(), Ended);
-        if (Filter.NamedCount() != named)
-            RefreshTagged();
-    }
     if (!length)
         return Step::Wait;
     Queue.Consume(*length);
