@@ -356,6 +356,8 @@ int RunLog(const CLI::App& command, LogCallOptions& options, CommandContext& con
     std::string wrong = AssignToPorts(command, options);
     if (wrong.empty())
         wrong = ReadSpans(options);
+    if (wrong.empty() && options.name.find_first_of("/\\") != std::string::npos)
+        wrong = "--name " + options.name + ": give the file's name alone, and its folder with -o.";
     if (!wrong.empty()) {
         ReportError(wrong);
         return ExitBadCall;
@@ -379,6 +381,12 @@ void AddStationOptions(CLI::App& command, StationInformation& station) {
     for (auto& text : texts)
         command.add_option(text.name, text.value, std::string(text.help) + " for the log's header")
             ->type_name("TEXT")
+            ->check([](const std::string& value) { // a header record is one line
+                return std::any_of(value.begin(), value.end(),
+                                   [](unsigned char c) { return c < 0x20 || c == 0x7F; })
+                           ? std::string("control characters cannot stand in a header")
+                           : std::string();
+            })
             ->group("Station");
 }
 
