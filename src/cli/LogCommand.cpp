@@ -295,10 +295,8 @@ void CLogRun::Watch() {
             ReportError("no port is connected any more; the run ends.");
             return;
         }
-        if (!Document.RawLog.Status().loggingActive) {
-            Fault = true; // an end by time closes the program, this one came by a failure
-            return;
-        }
+        if (!Document.RawLog.Status().loggingActive)
+            break;
     }
     NoteAborts(status);
 }
@@ -345,6 +343,7 @@ int CLogRun::Run() {
     else
         ReportError("no port could be connected; nothing was acquired.");
     Document.DisconnectAll();
+    Fault = Fault || Document.RawLog.Status().runFailed;
     Document.RawLog.EndLogFile(true);
     Loop.Stop();
     ReportTroubles(nullptr);

@@ -27,6 +27,7 @@ int Run(int argc, char** argv) {
 
     CLI::App app(Description, "qorview-cli");
     app.require_subcommand(1);
+    app.allow_windows_style_options(false); // a path may begin with "/" there too
     app.set_version_flag("--version", "qorview-cli " QORVIEW_VERSION);
     app.get_formatter()->column_width(34);
 

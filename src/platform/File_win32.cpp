@@ -309,10 +309,9 @@ bool IsDirectory(const std::string& path) {
 }
 
 bool IsDevice(const std::string& path) {
-    CFile file;
-    std::uint64_t size = 0;
-    return !IsDirectory(path) && file.OpenForReading(path) == FileCause::None &&
-           file.Size(size) != FileCause::None;
+    // By the name alone: opening a port would move its control lines.
+    constexpr std::string_view Device = "\\\\.\\";
+    return WidePortName(path).starts_with(L"\\\\.\\") || FullPathOf(path).starts_with(Device);
 }
 
 bool FileExists(const std::string& path) {

@@ -195,6 +195,7 @@ void CRawLog::StartLog() {
         State.intervalRun = State.intervalRun || options.repeatEnabled;
     }
     State.loggingActive = true;
+    State.runFailed = false;
     State.waitingForNextLog = false;
     for (const auto& resource : Session.Resources)
         for (const auto& instrument : resource->Instruments)
@@ -271,8 +272,13 @@ void CRawLog::OnLogTick() {
         beginNext = TickLocked();
     }
     ShowPending();
-    if (beginNext && !Begin(StartedBy::Timer))
+    if (beginNext && !Begin(StartedBy::Timer)) {
+        {
+            CRecursiveLock lock(Session.DocLock);
+            State.runFailed = State.waitingForNextLog; // else the operator has ended it meanwhile
+        }
         EndLogFile(true);
+    }
     {
         CRecursiveLock lock(Session.DocLock);
         updateViews = std::exchange(ViewsUpdate, false);

@@ -17,6 +17,7 @@ namespace qor {
 struct LogStatus {
     bool logOpen = false;       ///< a file is open and frames are written
     bool loggingActive = false; ///< a run is under way, also between the files of an interval run
+    bool runFailed = false;     ///< the last run ended by a failure, not by time or the operator
     bool waitingForNextLog = false; ///< an interval run waits for the start of its next file
     bool intervalRun = false;
     bool dataLogged = false;

@@ -100,6 +100,7 @@ void CRawLog::AbortLog(FileCause cause) {
     if (Writer.CutCause() != FileCause::None)
         message += "\tThe file may end in a part of a record.\r\n";
     Messages.Report(message);
+    State.runFailed = true;
     EndLocked(true);
 }
 

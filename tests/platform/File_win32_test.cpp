@@ -73,6 +73,15 @@ TEST_F(AFile, ClosedLogCanBeReplacedAsSoonAsItsDuplicateCloses) {
     synchroniser.join();
 }
 
+TEST_F(AFile, DevicesAreToldByTheirNames) {
+    Put("plain", "x");
+    for (const char* name : {"COM3", "com12", "\\\\.\\CNCA0", "NUL"})
+        EXPECT_TRUE(IsDevice(name)) << name;
+    for (const std::string& name :
+         {Folder + "plain", Folder, Folder + "none", std::string("a.bin")})
+        EXPECT_FALSE(IsDevice(name)) << name;
+}
+
 TEST(PortName, OpensAtAnyNumber) {
     EXPECT_EQ(WidePortName("COM3"), L"\\\\.\\COM3");
     EXPECT_EQ(WidePortName("com12"), L"\\\\.\\com12");

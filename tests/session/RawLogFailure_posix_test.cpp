@@ -88,6 +88,7 @@ TEST_F(AFailingDisk, DiskFullEndsTheLogWithAWholeRecordAndStopsTheRun) {
                               Folder + "cast.raw\".|");
     LogStatus status = Doc.RawLog.Status();
     EXPECT_FALSE(status.loggingActive || status.intervalRun || status.waitingForNextLog);
+    EXPECT_TRUE(status.runFailed);
     EXPECT_EQ(status.framesLogged, 2u);
     EXPECT_EQ(status.framesOffered, 3u);
     EXPECT_EQ(pro->FramesThisLog, 3u);
