@@ -73,8 +73,7 @@ bool HasReadOnlyAttribute(const std::wstring& path) {
            (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
 }
 
-FileCause OpenHandle(const std::wstring& path, const OpenRequest& request,
-                     OpenFilePointer& opened) {
+FileCause TryOpen(const std::wstring& path, const OpenRequest& request, OpenFilePointer& opened) {
     if (path.empty())
         return FileCause::BadPath;
     // Windows refuses this by itself; Wine run by the superuser would not.
@@ -92,6 +91,16 @@ FileCause OpenHandle(const std::wstring& path, const OpenRequest& request,
         return LastCause();
     opened->isDisk = GetFileType(opened->handle) == FILE_TYPE_DISK;
     return FileCause::None;
+}
+
+FileCause OpenHandle(const std::wstring& path, const OpenRequest& request,
+                     OpenFilePointer& opened) {
+    FileCause cause = TryOpen(path, request, opened);
+    for (int i = 0; i < ReleaseAttempts && cause == FileCause::SharingViolation; ++i) {
+        Sleep(ReleaseMilliseconds);
+        cause = TryOpen(path, request, opened);
+    }
+    return cause;
 }
 
 /// Runs one read or write at the file's position and moves the position on.
@@ -168,12 +177,7 @@ FileCause CFile::OpenForReading(const std::string& path) {
 FileCause CFile::CreateExclusive(const std::string& path) {
     Close();
     OpenFilePointer file;
-    FileCause cause = OpenHandle(WidePath(path), CreateAlone, file);
-    for (int i = 0; i < ReleaseAttempts && cause == FileCause::SharingViolation; ++i) {
-        Sleep(ReleaseMilliseconds);
-        cause = OpenHandle(WidePath(path), CreateAlone, file);
-    }
-    if (cause != FileCause::None)
+    if (FileCause cause = OpenHandle(WidePath(path), CreateAlone, file); cause != FileCause::None)
         return cause;
     if (!file->isDisk)
         return FileCause::AccessDenied;

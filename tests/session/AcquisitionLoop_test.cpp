@@ -64,6 +64,7 @@ TEST_F(ALoop, DisconnectionTakesTheFramesThatNobodyHasTakenYet) {
     Script.Bytes(Frames("PRO", 0, 20));
     Script.Played();
     EXPECT_EQ(Doc.DisconnectResource(Port), CommResult::Success);
+    ASSERT_TRUE(Doc.RawLog.EndLogFile(true));
     EXPECT_EQ(Untagged(Folder + "cast.raw", 6), Frames("PRO", 0, 20));
 }
 

@@ -41,6 +41,7 @@ TEST_F(ARawLog, HeaderWithoutRolesAndOptionsHasEighteenRecords) {
         {std::string(200, 'c'), "op", "44 N", "63 W", "GMT", "calm", "ST1", "AA"});
     EXPECT_FALSE(Doc.RawLog.EndLogFile(false)) << "nothing to end";
     ASSERT_TRUE(Begin());
+    ASSERT_TRUE(Doc.RawLog.EndLogFile(true));
     EXPECT_EQ(Content(Log()).size(), 2304u);
     EXPECT_EQ(Header(Log()),
               std::string(107, 'c') +
@@ -66,12 +67,13 @@ TEST_F(ARawLog, RolesAndOptionsAddTheirRecordsInFileOrder) {
     Set(&CQorViewDoc::PressureTare, 0.1);
     Set(&CQorViewDoc::Station, {"", "", "typed", "", "", "", "", ""});
     ASSERT_TRUE(Begin("before.raw"));
-    EXPECT_THAT(Header(Log("before.raw")), HasSubstr("|typed (LATITUDE)|"));
     Offer(*gps.instrument,
           {"$GPRMC,092204.00,A,4436.1234,S,06334.5678,W,5.2,123.4,130705,018.2,W*00"
            "\r\n"});
     ASSERT_TRUE(Doc.RawLog.EndLogFile(true));
+    EXPECT_THAT(Header(Log("before.raw")), HasSubstr("|typed (LATITUDE)|"));
     ASSERT_TRUE(Begin());
+    ASSERT_TRUE(Doc.RawLog.EndLogFile(true));
     EXPECT_THAT(Header(Log()), HasSubstr("|44 36' 07\" S (LATITUDE)|63 34' 34\" W (LONGITUDE)|"));
     EXPECT_THAT(Header(Log()),
                 testing::EndsWith(
@@ -87,6 +89,7 @@ TEST_F(ARawLog, RoleWhoseInstrumentIsNotThereReadsAsOff) {
     EXPECT_EQ(Doc.Role(9).resource, -1);
     EXPECT_EQ(Doc.Role(-1).instrument, -1);
     ASSERT_TRUE(Begin());
+    ASSERT_TRUE(Doc.RawLog.EndLogFile(true));
     EXPECT_THAT(Header(Log()), HasSubstr("|0.000000 (PRESSURE-TARE)|"));
     EXPECT_THAT(Header(Log()), testing::EndsWith("|OFF (PROFILER)|OFF (REFERENCE)|OFF (PRO-DARK)|"
                                                  "OFF (REF-DARK)|"));
@@ -99,9 +102,10 @@ TEST_F(ARawLog, FramesAreFollowedByTheirArrivalTimeButThoseOfTheGps) {
     ASSERT_TRUE(Begin());
     Offer(*pro, {CounterFrame("PRO", 1), CounterFrame("PRO", 2)});
     Offer(*gps, {CounterFrame("GPS", 9)});
+    LogStatus status = Doc.RawLog.Status();
+    ASSERT_TRUE(Doc.RawLog.EndLogFile(true));
     EXPECT_EQ(Data(Log()),
               CounterFrame("PRO", 1) + Tag + CounterFrame("PRO", 2) + Tag + CounterFrame("GPS", 9));
-    LogStatus status = Doc.RawLog.Status();
     EXPECT_EQ(status.framesLogged, 3u);
     EXPECT_EQ(status.fileSize, Content(Log()).size());
     EXPECT_TRUE(status.dataLogged);
@@ -127,6 +131,7 @@ TEST_F(ARawLog, OnlyUnusableFramesAndThoseOfSilencedInstrumentsAreLeftOut) {
     Offer(*pro, {CounterFrame("PRO", 2)}, true);
     Offer(*off, {CounterFrame("OFF", 1)});
     Offer(*pro, {CounterFrame("PRO", 9)}); // dropped frames before it: a check error, and logged
+    ASSERT_TRUE(Doc.RawLog.EndLogFile(true));
     EXPECT_EQ(Data(Log()), CounterFrame("PRO", 9) + Tag);
     EXPECT_THAT(seen, ElementsAre(0, 0, 0, 1));
     EXPECT_EQ(pro->FramesThisLog, 1u);
@@ -159,8 +164,9 @@ TEST_F(ARawLog, FinishedLogIsReadOnlyAndReplacedOnlyWithConsent) {
     User.AnswersYes = true;
     Clock.Advance(1000);
     ASSERT_TRUE(Begin("cast"));
-    EXPECT_THAT(Header(Log()), HasSubstr("14:23:06 2005"));
     EXPECT_FALSE(Doc.RawLog.BeginLogFile());
+    ASSERT_TRUE(Doc.RawLog.EndLogFile(true));
+    EXPECT_THAT(Header(Log()), HasSubstr("14:23:06 2005"));
     EXPECT_THAT(User.TakeMessages(), IsEmpty());
 }
 
@@ -270,6 +276,7 @@ TEST_F(ARawLog, TimeStampIsWrittenOnceASecondBetweenFrames) {
     Clock.Advance(800);
     Doc.RawLog.OnLogTick();
     Doc.RawLog.OnLogTick();
+    ASSERT_TRUE(Doc.RawLog.EndLogFile(true));
     EXPECT_EQ(Data(Log()), CounterFrame("PRO", 1) + Tag + "$PCZDA,142306.00,03,05,2005,,\r\n");
 }
 

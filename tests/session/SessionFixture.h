@@ -8,11 +8,11 @@
 #include "fakes/ManualClock.h"
 #include "fakes/ScriptedUser.h"
 #include "fakes/TempFolder.h"
+#include "platform/File.h"
 #include "session/QorViewDoc.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sstream>
 #include <thread>
 
 namespace qor {
@@ -43,10 +43,17 @@ class ASession : public testing::Test {
     std::string Put(const std::string& name, const std::string& content) {
         return Temp.Put(name, content);
     }
+    /// The content of a file that no log has open. Windows gives a closed log free only when its
+    /// last synchronisation has ended, which opening it for reading waits for.
     static std::string Content(const std::string& path) {
-        std::ostringstream text;
-        text << std::ifstream(path, std::ios::binary).rdbuf();
-        return text.str();
+        CFile file;
+        std::string content;
+        std::uint8_t buffer[4096];
+        std::size_t got = 0;
+        EXPECT_EQ(file.OpenForReading(path), FileCause::None) << path;
+        while (file.IsOpen() && file.Read(buffer, got) == FileCause::None && got > 0)
+            content += AsText({buffer, got});
+        return content;
     }
     CQorViewIns* Add(const std::string& name, int resource) {
         return Doc.AddInstrument(Put(name + ".cal", CounterDefinition(name)), resource).instrument;
