@@ -67,6 +67,7 @@ struct Operation {
         capacity = bytes ? size : 0;
         return capacity != 0;
     }
+    bool HasEnded() const { return HasOverlappedIoCompleted(&request); }
     bool MustRest() const { return GetTickCount64() < restEnd; }
     void RestFor(ULONGLONG milliseconds) { restEnd = GetTickCount64() + milliseconds; }
 };
@@ -251,12 +252,14 @@ WaitResult CWin32SerialPort::Wait(int milliseconds) {
     ULONGLONG now = GetTickCount64();
     ULONGLONG end = now + static_cast<ULONGLONG>(std::max(milliseconds, 0));
     HANDLE events[2];
-    WaitResult names[2];
+    Operation* running[2];
     DWORD count = 0;
     WaitResult rested = WaitResult::TimeOut;
     for (Operation* operation : {Read.get(), Status.get()}) {
+        if (operation->running && operation->HasEnded())
+            return operation->name;
         if (operation->running) {
-            names[count] = operation->name;
+            running[count] = operation;
             events[count++] = operation->request.hEvent;
         } else if (operation->resting && operation->restEnd < end) {
             end = std::max(operation->restEnd, now);
@@ -269,7 +272,15 @@ WaitResult CWin32SerialPort::Wait(int milliseconds) {
         return rested;
     }
     DWORD signalled = WaitForMultipleObjects(count, events, FALSE, pause);
-    return signalled < count ? names[signalled] : rested;
+    if (signalled >= count)
+        return rested;
+    Operation& ended = *running[signalled];
+    if (ended.HasEnded())
+        return ended.name;
+    // Wine may set the event without having written the outcome. It is looked for again at each
+    // wait, so a signal that is lost by clearing the event costs at most one of them.
+    ResetEvent(ended.request.hEvent);
+    return WaitResult::TimeOut;
 }
 
 SystemError CWin32SerialPort::CollectRead(std::size_t& got) {

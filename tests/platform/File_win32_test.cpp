@@ -74,7 +74,7 @@ TEST_F(AFile, ClosedLogCanBeReplacedAsSoonAsItsDuplicateCloses) {
 }
 
 TEST_F(AFile, DevicesAreToldByTheirNames) {
-    Put("plain", "x");
+    Temp.Put("plain", "x");
     for (const char* name : {"COM3", "com12", "\\\\.\\CNCA0", "NUL"})
         EXPECT_TRUE(IsDevice(name)) << name;
     for (const std::string& name :
