@@ -127,6 +127,7 @@ void AddCheckCommand(CLI::App& app, CommandContext& context) {
         app.add_subcommand("check", "Load definition files and packages and report what was found");
     command->add_flag("--json", options.json, "One JSON object a file instead of the parse log");
     command->add_option("FILE", options.files, "Definition files (.cal, .tdf) or packages (.sip)")
+        ->type_name("")
         ->required();
     command->callback(
         [&context] { context.body = [&context] { return RunCheck(options, context); }; });

@@ -98,6 +98,8 @@ void WriteCsvRows(COutput& output, const CQorViewIns& dut,
 }
 
 int RunCompare(const CompareOptions& options, CommandContext& context) {
+    if (!NamesRawFile(options.files))
+        return ExitBadCall;
     COutput output;
     if (options.csv)
         output.Text("time,frame,wavelength [nm],dut,reference,percent\r\n");
@@ -147,10 +149,11 @@ void AddCompareCommand(CLI::App& app, CommandContext& context) {
     command->add_option("--format", options.csv, "csv (a row a point) or jsonl (an object a frame)")
         ->type_name("csv|jsonl")
         ->transform(
-            CLI::CheckedTransformer(std::map<std::string, bool>{{"csv", true}, {"jsonl", false}}));
+            CLI::CheckedTransformer(std::map<std::string, bool>{{"csv", true}, {"jsonl", false}})
+                .description(""));
     AddChunkOption(*command, options.chunk);
     command->add_flag("--quiet", context.quiet, "No progress bar");
-    command->add_option("RAW", options.files, "Raw logs")->required();
+    AddRawFiles(*command, options.files, options.instruments);
     command->callback(
         [&context] { context.body = [&context] { return RunCompare(options, context); }; });
 }

@@ -133,6 +133,8 @@ bool CCsvTables::Finish() {
 }
 
 int DecodeToCsv(const DecodeOptions& options, CommandContext& context) {
+    if (!NamesRawFile(options.files))
+        return ExitBadCall;
     CCsvTables tables(options);
     bool well = true;
     for (const std::string& path : options.files) {
@@ -199,6 +201,8 @@ class CFrameStream {
 };
 
 int DecodeToStream(const DecodeOptions& options, CommandContext& context) {
+    if (!NamesRawFile(options.files))
+        return ExitBadCall;
     COutput output;
     if (!options.output.empty() && !output.OpenFile(options.output))
         return ExitFault;
@@ -238,10 +242,11 @@ void AddDecodeCommand(CLI::App& app, CommandContext& context) {
             "csv (a table an instrument), jsonl (an object a frame), summary (for people) or none")
         ->type_name("csv|jsonl|summary|none")
         ->transform(CLI::CheckedTransformer(
-            std::map<std::string, DecodeFormat>{{"csv", DecodeFormat::Csv},
-                                                {"jsonl", DecodeFormat::Jsonl},
-                                                {"none", DecodeFormat::None},
-                                                {"summary", DecodeFormat::Summary}}));
+                        std::map<std::string, DecodeFormat>{{"csv", DecodeFormat::Csv},
+                                                            {"jsonl", DecodeFormat::Jsonl},
+                                                            {"none", DecodeFormat::None},
+                                                            {"summary", DecodeFormat::Summary}})
+                        .description(""));
     command
         ->add_option("-o,--output", options.output,
                      "File for the results, or the folder for several tables")
@@ -252,7 +257,7 @@ void AddDecodeCommand(CLI::App& app, CommandContext& context) {
                       "Derived products too: those of a package for its frames, else tilt and PAR");
     AddChunkOption(*command, options.chunk);
     command->add_flag("--quiet", context.quiet, "No progress bar");
-    command->add_option("RAW", options.files, "Raw logs, or any captured byte streams")->required();
+    AddRawFiles(*command, options.files, options.instruments);
     command->callback([&context] {
         context.body = [&context] {
             return options.format == DecodeFormat::Csv ? DecodeToCsv(options, context)

@@ -205,6 +205,8 @@ void WriteText(COutput& output, const std::string& path, const LogFacts& facts,
 }
 
 int RunInfo(const InfoOptions& options, CommandContext& context) {
+    if (!NamesRawFile(options.files))
+        return ExitBadCall;
     COutput output;
     bool well = true;
     bool plays = !options.instruments.definitions.empty() || !options.instruments.packages.empty();
@@ -235,7 +237,7 @@ void AddInfoCommand(CLI::App& app, CommandContext& context) {
     AddChunkOption(*command, options.chunk);
     command->add_flag("--json", options.json, "One JSON object a file");
     command->add_flag("--quiet", context.quiet, "No progress bar");
-    command->add_option("RAW", options.files, "Raw logs")->required();
+    AddRawFiles(*command, options.files, options.instruments);
     command->callback(
         [&context] { context.body = [&context] { return RunInfo(options, context); }; });
 }

@@ -5,6 +5,7 @@
 #include "cli/Output.h"
 #include "cli/Progress.h"
 #include "cli/RawHeader.h"
+#include "session/MemberName.h"
 
 #include <CLI/CLI.hpp>
 
@@ -107,6 +108,32 @@ bool CPlayback::Play(CommandContext& context, const FrameFunction& onFrame,
                 Format("0x%08x", static_cast<unsigned>(result)) +
                 "); what was read before was played.");
     return false;
+}
+
+void AddRawFiles(CLI::App& command, std::vector<std::string>& files,
+                 InstrumentOptions& instruments) {
+    command
+        .add_option_function<std::vector<std::string>>(
+            "RAW",
+            [&files, &instruments](const std::vector<std::string>& paths) {
+                for (const std::string& path : paths) {
+                    bool isPackage = ExtensionOf(path) == "sip";
+                    (isPackage                ? instruments.packages
+                     : IsDefinitionName(path) ? instruments.definitions
+                                              : files)
+                        .push_back(path);
+                }
+            },
+            "Raw logs, or any captured byte streams")
+        ->type_name("")
+        ->required();
+}
+
+bool NamesRawFile(const std::vector<std::string>& files) {
+    if (files.empty())
+        ReportError(
+            "RAW is required: name a raw log behind the definitions. See qorview-cli --help.");
+    return !files.empty();
 }
 
 void AddChunkOption(CLI::App& command, std::uint32_t& chunk) {

@@ -56,6 +56,14 @@ class CPlayback {
     CTelemComm* Comm = nullptr; ///< of the file, the document's
 };
 
+/// Adds the raw logs of a command. A definition or package that stands among them (as in
+/// `-d FIRST SECOND`) is taken for what its extension says.
+void AddRawFiles(CLI::App& command, std::vector<std::string>& files,
+                 InstrumentOptions& instruments);
+
+/// False (reported) when no raw log was named.
+bool NamesRawFile(const std::vector<std::string>& files);
+
 /// Adds --chunk.
 void AddChunkOption(CLI::App& command, std::uint32_t& chunk);
 

@@ -336,8 +336,7 @@ void AddSimulateCommand(CLI::App& app, CommandContext& context) {
     command
         ->add_option("-d,--definition", options.instruments.definitions,
                      "Definition file of an instrument to play")
-        ->type_name("FILE")
-        ->allow_extra_args(false);
+        ->type_name("FILE");
     command
         ->add_option("-p,--package", options.instruments.packages,
                      "Package whose instruments to play")

@@ -68,7 +68,7 @@ class Calls(Folder):
             (("--version",), 0), (("--help",), 0), (("decode", "--help"), 0),
             (("simulate", "-d", GPS, "--frames", "-1"), 2),
             ((), 2), (("frobnicate",), 2), (("check",), 2), (("check", "--frobnicate", GPS), 2),
-            (("decode", "-d", GPS), 2), (("decode", "-d", GPS, "--chunk", "0", empty), 2),
+            (("decode", "-d", GPS), 2), (("decode", "-d", GPS, PROFILER), 2), (("decode", "-d", GPS, PROFILER, "--format", "none", empty), 0), (("decode", "-d", GPS, "--chunk", "0", empty), 2),
             (("decode", "-d", GPS, "--format", "xml", empty), 2), (("log", "-d", GPS), 2),
             (("log", "--port", "x:0", "-d", GPS), 2),
             (("log", "--port", "x", "-d", GPS, "--name", "a/b.raw"), 2),
