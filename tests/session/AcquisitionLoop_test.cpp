@@ -36,27 +36,6 @@ class ALoop : public AScript, public ASession {
     CAcquisitionLoop Loop;
 };
 
-TEST_F(ALoop, EveryFrameOfALivePortIsInTheLogInOrder) {
-    Add("PRO", Port);
-    ASSERT_TRUE(Begin());
-    ASSERT_TRUE(Loop.Start());
-    ASSERT_TRUE(Doc.ConnectAll());
-    for (int i = 0; i < 1000; i += 50)
-        Script.Bytes(Frames("PRO", i, 50));
-    Script.Played();
-    Doc.DisconnectAll();
-    ASSERT_TRUE(Doc.RawLog.EndLogFile(true));
-    Loop.Stop();
-    EXPECT_EQ(Untagged(Folder + "cast.raw", 6), Frames("PRO", 0, 1000));
-    ResourceStatus status = Doc.StatusOf(Port);
-    EXPECT_EQ(status.frames, 1000u);
-    EXPECT_EQ(status.dropped, 0u);
-    EXPECT_FALSE(status.figures.connected);
-    const std::string session = Reported();
-    EXPECT_LT(session.find("PORT1 connection successful."), session.find("PRO found on PORT1."));
-    EXPECT_LT(session.find("PORT1 disconnection successful."), session.find("End log file"));
-}
-
 TEST_F(ALoop, DisconnectionTakesTheFramesThatNobodyHasTakenYet) {
     Add("PRO", Port);
     ASSERT_TRUE(Begin());
@@ -162,20 +141,6 @@ TEST_F(APlayback, PlayingFileAndLivePortRunInOneLoop) {
     EXPECT_EQ(old->FramesReceived, 50u);
     CRecursiveLock lock(Doc.DocLock);
     EXPECT_FALSE(Doc.Resources[static_cast<std::size_t>(file)]->Playing);
-}
-
-TEST_F(APlayback, PlayingStopsWhenAsked) {
-    const std::string first = WriteLog(3000);
-    CQorViewDoc replay(Clock, Script.Factory(), User, Profile);
-    int file = replay.AddFileResource(first);
-    SetUpInstruments(replay, file);
-    std::atomic<bool> stop = false;
-    {
-        CRecursiveLock lock(replay.DocLock);
-        replay.OnFrame = [&](int, CQorViewIns&, const FrameCheckResult&) { stop = true; };
-    }
-    CAcquisitionLoop loop(replay);
-    EXPECT_LT(loop.PlayFile(file, &stop), 9000u);
 }
 
 } // namespace

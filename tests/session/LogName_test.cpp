@@ -40,15 +40,6 @@ TEST(LogName, DisplayNameFollowsTheMode) {
     }
 }
 
-TEST(LogName, TimeStampNameCarriesTheDayOfTheYear) {
-    auto name = [](int y, int m, int d, int h, int min, int s) {
-        return TimeStampFileName(CalendarFromSeconds(SecondsFromCalendar(y, m, d, h, min, s)));
-    };
-    EXPECT_EQ(name(2005, 5, 3, 14, 23, 5), "2005-123-142305.raw");
-    EXPECT_EQ(name(2004, 12, 31, 0, 0, 0), "2004-366-000000.raw");
-    EXPECT_EQ(name(2026, 1, 1, 23, 59, 59), "2026-001-235959.raw");
-}
-
 TEST(LogName, AdvancingCountsCastsAndSequencesAndForgetsTheAcceptedName) {
     struct {
         LogNamingMode mode;

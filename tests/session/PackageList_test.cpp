@@ -57,19 +57,6 @@ TEST_F(PackageListTest, APackageWithoutInstrumentsIsNotKept) {
     EXPECT_EQ(List.Count(), 1u);
 }
 
-TEST_F(PackageListTest, CalibrationModeLocksTheList) {
-    CPackage* package = List.AddPackage(Loaded({"PRO"}), Port);
-    List.CalibrationMode = true;
-    EXPECT_EQ(List.AddPackage(Loaded({"REF"}), Port), nullptr);
-    EXPECT_FALSE(List.AddFile("a.sip", Port));
-    EXPECT_FALSE(List.AddFile("a.cal", Port));
-    EXPECT_FALSE(List.RemovePackage(package));
-    EXPECT_EQ(List.Count(), 1u);
-    const std::string locked =
-        "The Instrument Package List cannot be modified while in Calibration Mode.";
-    EXPECT_THAT(User.TakeMessages(), ElementsAre(locked, locked, locked, locked));
-}
-
 TEST_F(PackageListTest, AFileIsToldApartByItsExtension) {
     const struct {
         const char *path, *message;

@@ -34,18 +34,6 @@ TEST_F(ProfileFileTest, WhatWasWrittenIsReadBackByteForByte) {
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(Temp.Path), {}), 1);
 }
 
-TEST_F(ProfileFileTest, AHandEditedFileIsReadAsFarAsItMakesSense) {
-    Temp.Put("settings.ini",
-             "; note\r\n\r\n[A]\r\n x = 1 \r\nnonsense\r\n[B\r\ny=2 3\r\nz=99999999999\r\nw=%zz%4");
-    CFileProfileStore store;
-    ASSERT_EQ(store.Load(Path), FileCause::None);
-    EXPECT_EQ(store.ReadInteger("A", "x", -1), 1);
-    EXPECT_EQ(store.ReadText("B", "y"), "2 3");
-    EXPECT_EQ(store.ReadInteger("B", "y", -1), -1);
-    EXPECT_EQ(store.ReadInteger("B", "z", -1), -1);
-    EXPECT_EQ(store.ReadText("B", "w"), "%zz%4");
-}
-
 TEST_F(ProfileFileTest, OnlyAChangeIsWritten) {
     Temp.Put("settings.ini", "[A]\nx=1 ; kept as it is\n");
     CFileProfileStore store;

@@ -24,26 +24,14 @@ TEST_F(ADocument, RefusedAdditionsAreReportedAndChangeNothing) {
     EXPECT_EQ(Reported(), "Unable to add communications resource: " + Folder +
                               "none.raw.|\tThe file could not be found.|");
 
-    struct {
-        std::string path;
-        int resource;
-        DefinitionStatus definition;
-        CommResult comm;
-        std::string line;
-    } cases[] = {
-        {Folder + "none.cal", Port, DefinitionStatus::OpenFailed, CommResult::Success, "none.cal"},
-        {Folder + "PRO.cal", Port, DefinitionStatus::Success, CommResult::InstrumentAlreadyDefined,
-         "\tThe instrument has already been defined.|"},
-        {Put("NEW.cal", CounterDefinition("NEW")), 5, DefinitionStatus::Success,
-         CommResult::ResourceReference, "\tThe communications resource reference is invalid.|"},
-    };
-    for (const auto& row : cases) {
-        AddedInstrument added = Doc.AddInstrument(row.path, row.resource);
-        EXPECT_EQ(added.instrument, nullptr);
-        EXPECT_EQ(added.definition, row.definition) << row.path;
-        EXPECT_EQ(added.comm, row.comm) << row.path;
-        EXPECT_THAT(Reported(), HasSubstr(row.line));
-    }
+    AddedInstrument twice = Doc.AddInstrument(Folder + "PRO.cal", Port);
+    EXPECT_EQ(twice.instrument, nullptr);
+    EXPECT_EQ(twice.comm, CommResult::InstrumentAlreadyDefined);
+    EXPECT_THAT(Reported(), HasSubstr("\tThe instrument has already been defined.|"));
+    AddedInstrument nowhere = Doc.AddInstrument(Put("NEW.cal", CounterDefinition("NEW")), 5);
+    EXPECT_EQ(nowhere.instrument, nullptr);
+    EXPECT_EQ(nowhere.comm, CommResult::ResourceReference);
+    EXPECT_THAT(Reported(), HasSubstr("\tThe communications resource reference is invalid.|"));
     EXPECT_EQ(Doc.FiguresOf(-1).size(), 1u);
     EXPECT_EQ(Doc.ResourceCount(), 1u);
 }
@@ -74,32 +62,6 @@ TEST_F(ADocument, RolesAndFramesFollowWhenOthersAreRemoved) {
     EXPECT_EQ(Doc.StatusOf(0).dropped, 1u);
     EXPECT_EQ(Doc.RemoveResource(1), CommResult::ResourceReference);
     EXPECT_EQ(Doc.RemoveInstrument(0, 1), CommResult::InstrumentReference);
-}
-
-TEST_F(ADocument, ImmersionIsSetByNameOrForAll) {
-    CQorViewIns* a = Add("A", Port);
-    CQorViewIns* b = Add("B", Port);
-    EXPECT_EQ(Doc.SetImmersed("B", true), 1);
-    EXPECT_EQ(Doc.SetImmersed("none", true), 0);
-    EXPECT_TRUE(!a->Immersed && b->Immersed);
-    EXPECT_EQ(Doc.SetImmersed("", true), 2);
-    EXPECT_TRUE(a->Immersed);
-}
-
-TEST_F(ADocument, ValuesAreThoseOfTheLatestFrameOrNone) {
-    CQorViewIns* a = Add("A", Port);
-    CQorViewIns* b = Add("B", Port);
-    const CSensor& value = *a->Definition().NextSensor("VALUE");
-    double number = 0;
-    EXPECT_EQ(a->Value(value, number), ConversionStatus::MissingArgument);
-    EXPECT_EQ(a->Par(number), ConversionStatus::MissingArgument);
-    Offer(*a, {CounterFrame("A", 1)});
-    EXPECT_EQ(a->Value(value, number), ConversionStatus::Good);
-    EXPECT_EQ(a->Par(number), ConversionStatus::NotUsable);
-    EXPECT_EQ(a->Value(*b->Definition().NextSensor("VALUE"), number), ConversionStatus::NotUsable);
-    Offer(*a, {"A"});
-    EXPECT_EQ(a->Value(value, number), ConversionStatus::FrameTooShort);
-    EXPECT_EQ(number, 258.0);
 }
 
 } // namespace

@@ -95,30 +95,6 @@ TEST_F(AFailingDisk, DiskFullEndsTheLogWithAWholeRecordAndStopsTheRun) {
     EXPECT_EQ(pro->FramesReceived, 6u);
 }
 
-TEST_F(AFailingDisk, DiskFullAtATimeStampEndsTheLog) {
-    Set([](LogOptions& options) { options.timeStampEnabled = true; });
-    ASSERT_TRUE(Begin());
-    LimitFiles(2304 + 128 + 10);
-    Clock.Advance(1000);
-    Doc.RawLog.OnLogTick();
-    LimitFiles(RLIM_INFINITY);
-    EXPECT_EQ(Content(Folder + "cast.raw").size(), 2304u + 128);
-    EXPECT_FALSE(Doc.RawLog.Status().loggingActive);
-}
-
-TEST_F(AFailingDisk, FailedNextFileEndsAnIntervalRun) {
-    Set([](LogOptions& options) {
-        options.durationEnabled = options.repeatEnabled = true;
-        options.duration = options.repeatInterval = {0, 0, 1};
-    });
-    ASSERT_TRUE(Begin());
-    for (int i = 0; i < 3; ++i) {
-        Clock.Advance(1000);
-        Doc.RawLog.OnLogTick(); // ends the first file, then may not replace it
-    }
-    EXPECT_FALSE(Doc.RawLog.Status().loggingActive);
-}
-
 TEST_F(AFailingDisk, RemovedLogIsToldAtItsEnd) {
     ASSERT_TRUE(Begin());
     std::filesystem::remove(Folder + "cast.raw");

@@ -170,17 +170,6 @@ TEST_F(ARawLog, FinishedLogIsReadOnlyAndReplacedOnlyWithConsent) {
     EXPECT_THAT(User.TakeMessages(), IsEmpty());
 }
 
-TEST_F(ARawLog, WhereNobodyCanBeAskedAnExistingLogStays) {
-    Put("cast.raw", "precious");
-    EXPECT_FALSE(Begin());
-    EXPECT_EQ(Content(Log()), "precious");
-    EXPECT_THAT(Reported(),
-                HasSubstr("already exists and is not replaced.|\tLogging has not begun."));
-    Set([](LogOptions& options) { options.overwriteExisting = true; });
-    EXPECT_TRUE(Begin());
-    EXPECT_THAT(User.TakeQuestions(), IsEmpty());
-}
-
 TEST_F(ARawLog, ConfirmationIsAskedOnceARunWithTheLockReleased) {
     Set(&CQorViewDoc::NoDialogs, false);
     User.WhileAsked = [this] {
@@ -278,17 +267,6 @@ TEST_F(ARawLog, TimeStampIsWrittenOnceASecondBetweenFrames) {
     Doc.RawLog.OnLogTick();
     ASSERT_TRUE(Doc.RawLog.EndLogFile(true));
     EXPECT_EQ(Data(Log()), CounterFrame("PRO", 1) + Tag + "$PCZDA,142306.00,03,05,2005,,\r\n");
-}
-
-TEST_F(ARawLog, ViewUpdatesAreDeliveredByTheNextTick) {
-    int updates = 0;
-    Doc.OnViewsUpdate = [&] { ++updates; };
-    Doc.RawLog.OnLogTick();
-    const int before = updates;
-    ASSERT_TRUE(Begin());
-    EXPECT_EQ(updates, before);
-    Ticks(3);
-    EXPECT_EQ(updates, before + 1);
 }
 
 } // namespace

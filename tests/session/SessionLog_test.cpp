@@ -126,18 +126,5 @@ TEST_F(ASessionLog, SwitchingOffKeepsTheFileUntilTheDirectoryChanges) {
     EXPECT_THAT(User.TakeMessages(), IsEmpty());
 }
 
-TEST_F(ASessionLog, SettingsOutliveTheDocument) {
-    Open();
-    Set([](LogOptions& options) { options.loggingSounds = true; });
-    Doc.SaveSettings();
-    CQorViewDoc next(
-        Clock, [] { return nullptr; }, User, Profile);
-    next.LoadSettings();
-    EXPECT_TRUE(next.SessionLog.SessionLogEnabled());
-    EXPECT_EQ(next.SessionLog.SessionLogDirectory(), Folder);
-    CRecursiveLock lock(next.DocLock);
-    EXPECT_TRUE(next.Options.loggingSounds);
-}
-
 } // namespace
 } // namespace qor
