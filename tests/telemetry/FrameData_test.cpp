@@ -21,26 +21,6 @@ CFrameInfo InfoOf(std::uint32_t identity, std::uint32_t counter) {
     return info;
 }
 
-TEST(FrameData, TheLengthFollowsTheTerminatorAndReuseTheIdentity) {
-    CFrameData frame;
-    CFrameInfo info = InfoOf(1, 1);
-    frame.Assign(info, AsBytes("abcdef"), 7);
-    EXPECT_EQ(frame.Length(), 4U);
-    info.terminator = "\r\n";
-    info.identity = 2;
-    frame.Assign(info, AsBytes("abcdef"), 7);
-    EXPECT_EQ(frame.Length(), 6U);
-    EXPECT_EQ(frame.Text(), "abcdef");
-    EXPECT_EQ(frame.StreamOffset, 7U);
-
-    // A record without identity is always taken whole.
-    info = InfoOf(0, 1);
-    frame.Assign(info, AsBytes("a"), 0);
-    info.instrumentName = "another";
-    frame.Assign(info, AsBytes("a"), 0);
-    EXPECT_EQ(frame.Info.instrumentName, "another");
-}
-
 // Random pushes, pops and drops against a plain deque of what must come out.
 TEST(FrameQueue, IsFirstInFirstOutWhateverSlotsHeldBefore) {
     std::mt19937 random(7);

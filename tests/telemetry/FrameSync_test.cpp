@@ -160,19 +160,6 @@ TEST_F(FrameSync, DetachingBetweenBytesOfAFrameSearchesAfresh) {
     EXPECT_EQ(Cut(), "B:B123 C:C1 B:B123 B:B456") << "what followed B is gone";
 }
 
-TEST_F(FrameSync, ClearForgetsBytesAndFrames) {
-    Add(Fixed("A", "A", 4));
-    Feed("A123A1");
-    Sync.Clear();
-    Feed("23A456");
-    EXPECT_EQ(Cut(), "A:A456");
-    Feed("A7");
-    Sync.EndOfStream();
-    EXPECT_FALSE(Sync.Process(Now).framesQueued);
-    Feed("A789");
-    EXPECT_EQ(Cut(), "A:A789");
-}
-
 TEST_F(FrameSync, DefinitionsThatMeanHarmNeitherLoopNorAllocate) {
     Add(Fixed("Z", "Z", 0));
     Add(Fixed("N", "NN", INT32_MIN));

@@ -196,21 +196,6 @@ TEST_F(AController, AttachingElsewhereDetachesAndRemovingDetaches) {
     EXPECT_EQ(Control.Resource("COM1")->IdentityOf("HDR"), 0u);
 }
 
-TEST_F(AController, FileFramesComeByPosition) {
-    AddAll();
-    ASSERT_EQ(Control.AttachInstrument("HDR", Path), CommResult::Success);
-    ASSERT_EQ(Control.StartAcquisition("HDR"), CommResult::Success);
-    CFrameData frame;
-    bool found = false;
-    for (const char* text : {"HDRx", "HDRy"}) {
-        EXPECT_EQ(Control.RetrieveFileFrame(2, frame, found), CommResult::Success);
-        ASSERT_TRUE(found);
-        EXPECT_EQ(frame.Text(), text);
-    }
-    EXPECT_EQ(Control.RetrieveFileFrame(2, frame, found), CommResult::Success);
-    EXPECT_FALSE(found);
-}
-
 TEST(SpecialLine, NamesTheTypesWithoutSyncHeader) {
     struct {
         std::string line, type;
