@@ -69,15 +69,8 @@ TEST(Calibration, RawValuesFollowTheirDataType) {
         {Count("5 AI"), "12abc", Good, 12},
         {Count("5 AI"), "  -42", Good, -42},
         {Count("3 AI"), "+07", Good, 7},
-        {Count("6 AI"),
-         "\0\0"
-         "1\x80"
-         "2\0"s,
-         Good, 12},
-        {Count("4 AI"),
-         "1\0"
-         "23"s,
-         Good, 1},
+        {Count("6 AI"), "\0\0\61\x80\62\0"s, Good, 12}, // 1 and 2
+        {Count("4 AI"), "1\0\62\63"s, Good, 1},
         {Count("3 AI"), "- 1", NoNumber},
         {Count("3 AI"), "   ", NoNumber},
         {Count("3 AI"), "\0\0\0"s, NoNumber},

@@ -143,23 +143,4 @@ TEST(ConversionPlan, GivesTheBitsOfTheSingleConversions) {
     }
 }
 
-TEST(ConversionPlan, KeepsNothingOfAFailedFrameAndNothingOfAnotherPlan) {
-    const std::string time = "INTTIME ES 'sec' 1 BU 1 POLYU\n0 1\n";
-    const auto eight = DefineFixed(time + "ES 1 '' 2 BU 1 OPTIC3\n1 1 1 8\n");
-    const auto two = DefineFixed(time + "ES 1 '' 2 BU 1 OPTIC3\n1 1 1 2\n");
-    const CConversionPlan plan(*eight), other(*two);
-    FrameValues values;
-    const auto convert = [&](const CConversionPlan& with, std::string_view frame) {
-        with.Convert(AsBytes(frame), false, values);
-        return values.anyFailed ? -1.0 : values.numbers[1];
-    };
-    EXPECT_EQ(convert(plan, {"HDR\2\0\5", 6}), 16.0);
-    EXPECT_EQ(convert(other, {"HDR\2\0\5", 6}), 4.0);
-    EXPECT_EQ(convert(plan, {"HDR\0\0\5", 6}), -1.0) << "divided by a time of nothing";
-    EXPECT_EQ(convert(plan, {"HDR\2\0\5", 6}), 16.0);
-    EXPECT_EQ(convert(plan, {"HDR\4\0\5", 6}), 8.0);
-    EXPECT_EQ(convert(plan, {"HDR\4\0", 5}), -1.0);
-    EXPECT_EQ(convert(plan, {"HDR\4\1\1", 6}), 512.0);
-}
-
 } // namespace

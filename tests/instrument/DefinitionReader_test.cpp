@@ -5,7 +5,6 @@
 #include "instrument/DefinitionReader.h"
 
 #include "base/Text.h"
-#include "fakes/CollectingSink.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -20,7 +19,6 @@ namespace {
 
 using namespace std::string_literals;
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::StartsWith;
 
 const std::string Fixed = "INSTRUMENT QOR '' 3 AS 0 NONE\n";
@@ -132,18 +130,6 @@ TEST(DefinitionReader, GoldenDefinitionsGiveTheirLogsAndSensors) {
     }
 }
 
-TEST(DefinitionReader, ExamplesLoadWithoutAnyDiagnostic) {
-    for (const auto& [name, size, sensors] :
-         {std::tuple("radiometer.cal", 330, 156), {"profiler.cal", 60, 21}, {"gps.tdf", 20, 13}}) {
-        CInstrument instrument;
-        EXPECT_EQ(instrument.Load(QORVIEW_SOURCE_DIR "/examples/"s + name),
-                  DefinitionStatus::Success);
-        EXPECT_EQ(instrument.DiagnosticCount(), 0) << instrument.ParseLog();
-        EXPECT_EQ(instrument.FrameSize(), size) << name;
-        EXPECT_EQ(instrument.SensorCount(), sensors) << name;
-    }
-}
-
 TEST(DefinitionReader, FatalFaultsEndTheLoadWithTheirMessage) {
     const std::string header = "Invalid INSTRUMENT definition line found.\r\n";
     const std::string serial = "Invalid SN (Serial Number) definition line found.\r\n";
@@ -156,8 +142,6 @@ TEST(DefinitionReader, FatalFaultsEndTheLoadWithTheirMessage) {
         std::string first, last;
     } const cases[] = {
         {"A 1 '' 2 BU 0 COUNT\n", DefinitionStatus::HeaderNotFound,
-         "INSTRUMENT definition line not found.\r\n", ""},
-        {"SN 12 '' 2 AS 0 NONE\n", DefinitionStatus::HeaderNotFound,
          "INSTRUMENT definition line not found.\r\n", ""},
         {"INSTRUMENT QOR '' 4 XX 0 NONE\nA 1 '' 2 BU 0 COUNT\n", DefinitionStatus::HeaderNotFound,
          "INSTRUMENT definition line not found.\r\n", ""},
@@ -208,19 +192,6 @@ TEST(DefinitionReader, FilesThatCannotBeReadSayWhy) {
     EXPECT_EQ(instrument.ParseLog(), "Unable to reload instrument.\r\n"
                                      "\tThe instrument has already been defined.\r\n"
                                      "\tInstrument processing aborted.\r\n");
-}
-
-TEST(DefinitionReader, TheFileKindComesFromTheLastThreeCharacters) {
-    const std::pair<const char*, const char*> cases[] = {{"a.CaL", "Calibration File"},
-                                                         {"cal", "Calibration File"},
-                                                         {"a.tdf", "Telemetry Definition File"},
-                                                         {"a.cal.txt", "Instrument File"},
-                                                         {"al", "Instrument File"}};
-    for (const auto& [path, kind] : cases) {
-        CInstrument instrument;
-        CDefinitionReader(instrument, path).Begin(path);
-        EXPECT_EQ(instrument.FileKind(), kind) << path;
-    }
 }
 
 TEST(DefinitionReader, TheHeaderIsOpenUntilAFieldOfSomeLength) {
@@ -340,20 +311,6 @@ TEST(DefinitionReader, LinesMayEndAsTheyLikeAndHoldAnyByte) {
     }
 }
 
-TEST(DefinitionReader, PiecesOfAnySizeGiveTheSameInstrument) {
-    const std::string root = QORVIEW_SOURCE_DIR "/";
-    for (const char* name : {"tests/golden/definitions/repairs.cal", "examples/gps.tdf",
-                             "tests/golden/definitions/delimiters.tdf"}) {
-        const std::string text = Replace(ReadText(root + name), "\n", "\r\n");
-        const Loaded whole = Load(text);
-        for (std::size_t size : {1U, 2U, 3U, 7U, 64U}) {
-            const Loaded pieces = Load(text, size);
-            EXPECT_EQ(pieces->ParseLog(), whole->ParseLog()) << name << " by " << size;
-            EXPECT_EQ(Sensors(pieces), Sensors(whole)) << name << " by " << size;
-        }
-    }
-}
-
 TEST(DefinitionReader, AnEndlessLineAndAFloodOfDiagnosticsAreRead) {
     const std::string spaces(1 << 20, ' ');
     std::string flood;
@@ -366,35 +323,6 @@ TEST(DefinitionReader, AnEndlessLineAndAFloodOfDiagnosticsAreRead) {
     EXPECT_LT(loaded->ParseLog().size(), std::size_t{17} << 20);
     EXPECT_THAT(loaded->ParseLog(),
                 testing::EndsWith("\tFurther errors are counted, not listed.\r\n"));
-}
-
-TEST(Instrument, SensorsAreFoundByIndexAndByType) {
-    const Loaded loaded =
-        Load(Fixed + "A 1 '' 2 BU 0 COUNT\nB 2 '' 2 BU 0 COUNT\na 3 '' 2 BU 0 COUNT\n");
-    CCollectingSink sink;
-    for (int outside : {3, -1})
-        EXPECT_EQ(loaded->Sensor(outside, &sink), nullptr);
-    EXPECT_EQ(sink.Count("Cannot access instrument sensors.\r\n"), 2U);
-    EXPECT_EQ(loaded->NextSensor("A", 0), loaded->Sensor(2));
-    EXPECT_EQ(loaded->NextSensor("A", 2), nullptr);
-}
-
-TEST(DefinitionStatusTexts, EveryCodeHasItsTextAndNoOtherHas) {
-    std::string reported, diagnosed, repaired;
-    for (std::uint32_t code = 0x2fffffff; code < 0x30000050; ++code) {
-        const auto status = static_cast<DefinitionStatus>(code);
-        const auto action = static_cast<CorrectiveAction>(code);
-        const std::string name = Format("%x ", code & 0xffU);
-        if (ReportText(status) != "\tUnknown error.\r\n")
-            reported += name;
-        if (DiagnosticText(status) != "Unknown error.\r\n")
-            diagnosed += name;
-        if (ActionText(action) != "\t\t> Unknown action.\r\n")
-            repaired += name;
-    }
-    EXPECT_EQ(reported, "0 1 2 3 4 5 6 7 e f 10 11 12 40 ");
-    EXPECT_EQ(diagnosed, "8 9 a b c d e f 10 13 14 15 16 17 18 19 1a ");
-    EXPECT_EQ(repaired, "20 21 22 23 24 25 26 27 28 29 2a 2b 2c 2d 2e 2f 30 31 32 ");
 }
 
 } // namespace
