@@ -81,11 +81,13 @@ class Program:
     def run(self, *arguments):
         return subprocess.run([*self.command, *arguments], capture_output=True, timeout=WAIT_SECONDS, check=False)
 
-    def log(self, port, folder, name, seconds, *more):
+    def log(self, test, port, folder, name, seconds):
         folder.mkdir(parents=True, exist_ok=True)
-        arguments = ["log", "--port", self.port_name(port) + ":19200", "-d", self.path(DEFINITION), "-o", self.path(folder),
-                     "--name", name, "--duration", f"00:00:{seconds:02}", *more]
-        return Logging([*self.command, *arguments], folder)
+        arguments = ["log", "--port", self.port_name(port) + ":19200", "-d", self.path(DEFINITION),
+                     "-o", self.path(folder), "--name", name, "--duration", f"00:00:{seconds:02}"]
+        logging = Logging([*self.command, *arguments], folder)
+        test.addCleanup(logging.stop)
+        return logging
 
 
 class Logging:
@@ -109,6 +111,12 @@ class Logging:
     def end(self):
         output, errors = self.process.communicate(timeout=WAIT_SECONDS)
         return self.process.returncode, output.decode("utf-8", "replace"), errors.decode("utf-8", "replace")
+
+    def stop(self):
+        """Leaves nothing running behind a test that failed."""
+        if self.process.poll() is None:
+            self.process.kill()
+            self.process.communicate()
 
     def cpu_seconds(self):
         """Processor time of the program and of nothing else (Wine runs it as a process of its own)."""
@@ -163,7 +171,7 @@ class Acquisition(unittest.TestCase):
     def acquire(self, system):
         """Sends the stream in pieces of many sizes into a port that the program logs."""
         port = Port(12)
-        logging = self.programs[system].log(port, self.folder / system, "cast.raw", 15).until_connected()
+        logging = self.programs[system].log(self, port, self.folder / system, "cast.raw", 15).until_connected()
         pieces = random.Random(3)
         sent = 0
         while sent < len(self.stream):
@@ -193,11 +201,12 @@ class Acquisition(unittest.TestCase):
         for system in self.programs:
             with self.subTest(system):
                 port = Port()
-                first = self.programs["posix"].log(port, self.folder / f"{system}-first", "a.raw", 10).until_connected()
-                second = self.programs[system].log(port, self.folder / f"{system}-second", "a.raw", 4)
+                first = self.programs["posix"].log(self, port, self.folder / f"{system}-first", "a.raw", 10)
+                first.until_connected()
+                second = self.programs[system].log(self, port, self.folder / f"{system}-second", "a.raw", 4)
                 status, output, errors = second.end()
                 self.assertEqual(status, 1, output + errors)
-                self.assertIn("could not be connected (0x10000008)", errors)
+                self.assertIn("could not be connected (0x10000008", errors)
                 self.assertEqual(first.end()[0], 0)
                 port.unplug()
 
@@ -205,14 +214,14 @@ class Acquisition(unittest.TestCase):
         for system in self.programs:
             with self.subTest(system):
                 port = Port()
-                logging = self.programs[system].log(port, self.folder / f"{system}-unplugged", "a.raw", 50)
+                logging = self.programs[system].log(self, port, self.folder / f"{system}-unplugged", "a.raw", 50)
                 logging.until_connected()
                 port.send(self.stream[:5000])
                 time.sleep(1)
                 port.unplug()
                 status, output, errors = logging.end()
                 self.assertEqual(status, 1, output + errors)
-                self.assertRegex(logging.session_log(), r"aborted on " + re.escape(self.programs[system].port_name(port)))
+                self.assertIn("aborted on " + self.programs[system].port_name(port), logging.session_log())
                 self.assertIn("End log file", logging.session_log())
                 self.assertGreater(len(self.decode("posix", logging.folder / "a.raw")), 0)
 
@@ -220,7 +229,8 @@ class Acquisition(unittest.TestCase):
         for system in self.programs:
             with self.subTest(system):
                 port = Port()
-                logging = self.programs[system].log(port, self.folder / f"{system}-idle", "a.raw", IDLE_SECONDS + 4)
+                folder = self.folder / f"{system}-idle"
+                logging = self.programs[system].log(self, port, folder, "a.raw", IDLE_SECONDS + 4)
                 logging.until_connected()
                 time.sleep(2)
                 before = logging.cpu_seconds()
