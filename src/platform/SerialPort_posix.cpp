@@ -22,6 +22,25 @@ namespace qor {
 
 namespace {
 
+struct NamedSpeed {
+    std::uint32_t baudRate;
+    tcflag_t code;
+};
+constexpr NamedSpeed NamedSpeeds[] = {
+    {1200, B1200},     {2400, B2400},     {4800, B4800},     {9600, B9600},
+    {19200, B19200},   {38400, B38400},   {57600, B57600},   {115200, B115200},
+    {230400, B230400}, {460800, B460800}, {921600, B921600},
+};
+
+/// The driver's code of a speed. A speed with a name gets it, so that other programs that look at
+/// the port can read it; any other is given as a number.
+tcflag_t SpeedCode(std::uint32_t baudRate) {
+    for (const NamedSpeed& named : NamedSpeeds)
+        if (named.baudRate == baudRate)
+            return named.code;
+    return BOTHER;
+}
+
 SystemError ErrorOf(int error) {
     return static_cast<SystemError>(error);
 }
@@ -182,7 +201,8 @@ SystemError CPosixSerialPort::WriteSettings(const LineSettings& settings) {
         ~static_cast<tcflag_t>(ISIG | ICANON | ECHO | ECHOE | ECHOK | ECHONL | IEXTEN);
     wanted.c_cflag &=
         ~(CharacterFlags | static_cast<tcflag_t>(CRTSCTS | CBAUD | (CBAUD << IBSHIFT)));
-    wanted.c_cflag |= format | CREAD | CLOCAL | BOTHER | (BOTHER << IBSHIFT);
+    const tcflag_t speed = SpeedCode(settings.baudRate);
+    wanted.c_cflag |= format | CREAD | CLOCAL | speed | (speed << IBSHIFT);
     wanted.c_ispeed = wanted.c_ospeed = settings.baudRate;
     if (SystemError error = Control(Port, TCSETS2, &wanted))
         return error;
