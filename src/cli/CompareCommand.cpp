@@ -18,12 +18,9 @@ namespace qor {
 
 namespace {
 
-struct CompareOptions {
-    InstrumentOptions instruments;
-    std::vector<std::string> files;
+struct CompareOptions : PlaybackOptions {
     std::string dut, reference;
     std::string sensor;
-    std::uint32_t chunk = 0;
     bool csv = false;
 };
 
@@ -128,7 +125,7 @@ int RunCompare(const CompareOptions& options, CommandContext& context) {
             break;
     }
     well = (output.Flush() || !output.Failed()) && well;
-    return context.stop.Requested() ? ExitInterrupted : well ? ExitWell : ExitFault;
+    return PlaybackExit(context, well);
 }
 
 } // namespace
@@ -151,9 +148,7 @@ void AddCompareCommand(CLI::App& app, CommandContext& context) {
         ->transform(
             CLI::CheckedTransformer(std::map<std::string, bool>{{"csv", true}, {"jsonl", false}})
                 .description(""));
-    AddChunkOption(*command, options.chunk);
-    command->add_flag("--quiet", context.quiet, "No progress bar");
-    AddRawFiles(*command, options.files, options.instruments);
+    AddPlaybackOptions(*command, options, context);
     command->callback(
         [&context] { context.body = [&context] { return RunCompare(options, context); }; });
 }

@@ -20,15 +20,12 @@ namespace {
 
 enum class DecodeFormat { Csv, Jsonl, None, Summary };
 
-struct DecodeOptions {
-    InstrumentOptions instruments;
-    std::vector<std::string> files;
+struct DecodeOptions : PlaybackOptions {
     DecodeFormat format = DecodeFormat::Csv;
     std::string output;
     bool rawCounts = false;
     bool hex = false;
     bool derived = false;
-    std::uint32_t chunk = 0;
 
     ValueView View() const {
         return hex         ? ValueView::HexCounts
@@ -161,7 +158,7 @@ int DecodeToCsv(const DecodeOptions& options, CommandContext& context) {
         tables.NextFile();
     }
     well = tables.Finish() && well;
-    return context.stop.Requested() ? ExitInterrupted : well ? ExitWell : ExitFault;
+    return PlaybackExit(context, well);
 }
 
 /// JSON Lines, a summary, or nothing: one output whatever the number of instruments.
@@ -225,7 +222,7 @@ int DecodeToStream(const DecodeOptions& options, CommandContext& context) {
             break;
     }
     well = (output.Flush() || !output.Failed()) && well;
-    return context.stop.Requested() ? ExitInterrupted : well ? ExitWell : ExitFault;
+    return PlaybackExit(context, well);
 }
 
 } // namespace
@@ -255,9 +252,7 @@ void AddDecodeCommand(CLI::App& app, CommandContext& context) {
     command->add_flag("--hex", options.hex, "Raw counts in hexadecimal");
     command->add_flag("--derived", options.derived,
                       "Derived products too: those of a package for its frames, else tilt and PAR");
-    AddChunkOption(*command, options.chunk);
-    command->add_flag("--quiet", context.quiet, "No progress bar");
-    AddRawFiles(*command, options.files, options.instruments);
+    AddPlaybackOptions(*command, options, context);
     command->callback([&context] {
         context.body = [&context] {
             return options.format == DecodeFormat::Csv ? DecodeToCsv(options, context)

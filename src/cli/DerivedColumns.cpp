@@ -21,10 +21,11 @@ std::string Utf8Of(std::string_view latin) {
 
 CDerivedColumns::CDerivedColumns(const CPlayback& playback)
     : PressureTare(playback.PressureTare()) {
-    for (const SessionPackage& source : playback.Packages()) {
+    for (std::size_t i = 0; i < playback.Packages().Count(); ++i) {
+        const CPackage& source = *playback.Packages().Package(i);
         auto package = std::make_unique<Package>();
-        package->instruments.assign(source.instruments.begin(), source.instruments.end());
-        package->settings = source.settings;
+        package->instruments = playback.Packages().InstrumentsOf(source);
+        package->settings = source.Settings;
         package->rows = CPackageRows(package->instruments, package->settings);
         for (const CQorViewIns* instrument : package->instruments)
             PackageOf[instrument] = package.get();

@@ -19,10 +19,7 @@ namespace qor {
 
 namespace {
 
-struct InfoOptions {
-    InstrumentOptions instruments;
-    std::vector<std::string> files;
-    std::uint32_t chunk = 0;
+struct InfoOptions : PlaybackOptions {
     bool json = false;
 };
 
@@ -234,10 +231,8 @@ void AddInfoCommand(CLI::App& app, CommandContext& context) {
     static InfoOptions options; // one command runs in a process
     CLI::App* command = app.add_subcommand("info", "Say what a raw log holds");
     AddInstrumentOptions(*command, options.instruments);
-    AddChunkOption(*command, options.chunk);
     command->add_flag("--json", options.json, "One JSON object a file");
-    command->add_flag("--quiet", context.quiet, "No progress bar");
-    AddRawFiles(*command, options.files, options.instruments);
+    AddPlaybackOptions(*command, options, context);
     command->callback(
         [&context] { context.body = [&context] { return RunInfo(options, context); }; });
 }

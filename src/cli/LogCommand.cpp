@@ -122,7 +122,7 @@ class CLogRun {
   public:
     CLogRun(LogCallOptions& options, CommandContext& context)
         : Options(options), Context(context), Document(Clock, MakeSystemSerialPort, User, Profile),
-          Loop(Document) {}
+          Packages(Document), Loop(Document) {}
 
     int Run();
 
@@ -144,6 +144,7 @@ class CLogRun {
     CTerminalUser User;
     CMemoryProfileStore Profile;
     CQorViewDoc Document;
+    CPackageList Packages;
     CAcquisitionLoop Loop;
     std::vector<std::string> LogFiles;     ///< under the document's lock, as are:
     std::vector<std::string> TroublesSeen; ///< not yet reported
@@ -181,13 +182,9 @@ bool CLogRun::SetUpPort(const PortOptions& port) {
     std::vector<LoadedPackage> packages;
     bool baudKnown = port.port.baudGiven;
     for (const std::string& path : port.instruments.packages) {
-        packages.push_back(ReadPackage(Document, path));
-        std::optional<std::uint32_t> baudRate = WholeCount(packages.back().baudRate);
-        if (!baudKnown && baudRate && *baudRate > 0)
-            settings.baudRate = *baudRate;
-        else if (!baudKnown)
-            ReportWarning(path + ": \"" + packages.back().baudRate + "\" is no baud rate; " +
-                          std::to_string(settings.baudRate) + " is used.");
+        packages.push_back(LoadPackage(path, User, Document));
+        if (!baudKnown)
+            settings = PackagePort(packages.back(), settings, User);
         baudKnown = true;
     }
     CommResult result = CommResult::Success;
@@ -197,10 +194,8 @@ bool CLogRun::SetUpPort(const PortOptions& port) {
         return false;
     }
     bool well = AddDefinitions(Document, resource, port.instruments.definitions);
-    for (LoadedPackage& loaded : packages) {
-        SessionPackage package;
-        well = AddPackage(Document, resource, std::move(loaded), package) && well;
-    }
+    for (LoadedPackage& loaded : packages)
+        well = AddPackage(Packages, resource, std::move(loaded), {}) && well;
     return well;
 }
 

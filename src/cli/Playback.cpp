@@ -25,7 +25,7 @@ constexpr std::string_view LossStarts[] = {"No frame terminator of ", "Frames of
 } // namespace
 
 CPlayback::CPlayback(std::uint32_t chunk)
-    : Document(Clock, MakeSystemSerialPort, User, Profile), Loop(Document),
+    : Document(Clock, MakeSystemSerialPort, User, Profile), NamedPackages(Document), Loop(Document),
       Chunk(chunk != 0 ? chunk : FastestChunk) {
     Document.SessionLog.KeepText = false; // a damaged file reports without end
     Document.SessionLog.OnEntry = [this](const std::string& entry) { NoteEntry(entry); };
@@ -58,11 +58,10 @@ bool CPlayback::Open(const std::string& path, const InstrumentOptions& options) 
     }
     Tare = PressureTareOf(path);
     bool well = AddDefinitions(Document, resource, options.definitions);
-    for (const std::string& packagePath : options.packages) {
-        SessionPackage& package = NamedPackages.emplace_back();
-        package.settings = options.packageSettings;
-        well = AddPackage(Document, resource, ReadPackage(Document, packagePath), package) && well;
-    }
+    for (const std::string& packagePath : options.packages)
+        well = AddPackage(NamedPackages, resource, LoadPackage(packagePath, User, Document),
+                          options.packageSettings) &&
+               well;
     well = ApplyWetAndRoles(Document, options) && well;
     CRecursiveLock lock(Document.DocLock);
     Comm = &Document.Resources[static_cast<std::size_t>(resource)]->Comm;
@@ -110,17 +109,22 @@ bool CPlayback::Play(CommandContext& context, const FrameFunction& onFrame,
     return false;
 }
 
-void AddRawFiles(CLI::App& command, std::vector<std::string>& files,
-                 InstrumentOptions& instruments) {
+void AddPlaybackOptions(CLI::App& command, PlaybackOptions& options, CommandContext& context) {
+    command
+        .add_option("--chunk", options.chunk,
+                    "Read size in bytes (2048); the frames are the same for every size")
+        ->type_name("BYTES")
+        ->check(CLI::Range(std::uint32_t{1}, LargestChunk));
+    command.add_flag("--quiet", context.quiet, "No progress bar");
     command
         .add_option_function<std::vector<std::string>>(
             "RAW",
-            [&files, &instruments](const std::vector<std::string>& paths) {
+            [&options](const std::vector<std::string>& paths) {
                 for (const std::string& path : paths) {
                     bool isPackage = ExtensionOf(path) == "sip";
-                    (isPackage                ? instruments.packages
-                     : IsDefinitionName(path) ? instruments.definitions
-                                              : files)
+                    (isPackage                ? options.instruments.packages
+                     : IsDefinitionName(path) ? options.instruments.definitions
+                                              : options.files)
                         .push_back(path);
                 }
             },
@@ -136,12 +140,8 @@ bool NamesRawFile(const std::vector<std::string>& files) {
     return !files.empty();
 }
 
-void AddChunkOption(CLI::App& command, std::uint32_t& chunk) {
-    command
-        .add_option("--chunk", chunk,
-                    "Read size in bytes (2048); the frames are the same for every size")
-        ->type_name("BYTES")
-        ->check(CLI::Range(std::uint32_t{1}, LargestChunk));
+int PlaybackExit(const CommandContext& context, bool well) {
+    return context.stop.Requested() ? ExitInterrupted : well ? ExitWell : ExitFault;
 }
 
 } // namespace qor

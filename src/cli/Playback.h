@@ -12,6 +12,13 @@
 
 namespace qor {
 
+/// What the commands that play raw logs are called with.
+struct PlaybackOptions {
+    InstrumentOptions instruments;
+    std::vector<std::string> files;
+    std::uint32_t chunk = 0; ///< 0: not given
+};
+
 class CPlayback {
   public:
     /// `chunk` is the read size in bytes, 0 for the one that plays fastest.
@@ -24,8 +31,7 @@ class CPlayback {
 
     /// The instruments, in the order in which they were named.
     const std::vector<CQorViewIns*>& Instruments() const { return Named; }
-    /// The packages, with the instruments that each brought.
-    const std::vector<SessionPackage>& Packages() const { return NamedPackages; }
+    const CPackageList& Packages() const { return NamedPackages; }
     /// The pressure tare that the log's header states.
     double PressureTare() const { return Tare; }
     CQorViewDoc& Doc() { return Document; }
@@ -44,27 +50,26 @@ class CPlayback {
     CTerminalUser User;
     CMemoryProfileStore Profile;
     CQorViewDoc Document;
+    CPackageList NamedPackages;
     CAcquisitionLoop Loop;
     std::uint32_t Chunk;
     std::string Path;
     std::uint64_t Size = 0;
     int Resource = -1;
     std::vector<CQorViewIns*> Named;
-    std::vector<SessionPackage> NamedPackages;
     double Tare = 0.0;
     bool LossTold = false;
     CTelemComm* Comm = nullptr; ///< of the file, the document's
 };
 
-/// Adds the raw logs of a command. A definition or package that stands among them (as in
+/// Adds --chunk, --quiet and the raw logs. A definition or package that stands among these (as in
 /// `-d FIRST SECOND`) is taken for what its extension says.
-void AddRawFiles(CLI::App& command, std::vector<std::string>& files,
-                 InstrumentOptions& instruments);
+void AddPlaybackOptions(CLI::App& command, PlaybackOptions& options, CommandContext& context);
 
 /// False (reported) when no raw log was named.
 bool NamesRawFile(const std::vector<std::string>& files);
 
-/// Adds --chunk.
-void AddChunkOption(CLI::App& command, std::uint32_t& chunk);
+/// The exit status of a command that has played.
+int PlaybackExit(const CommandContext& context, bool well);
 
 } // namespace qor

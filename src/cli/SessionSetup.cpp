@@ -139,14 +139,6 @@ void AddPackageOptions(CLI::App& command, PackageSettings& settings) {
         ->group("Packages");
 }
 
-LoadedPackage ReadPackage(CQorViewDoc& doc, const std::string& path) {
-    LoadedPackage loaded = LoadPackage(path, doc.User, doc);
-    if (!loaded.ok)
-        ReportError(path +
-                    ": no instrument could be loaded from the package. See qorview-cli check.");
-    return loaded;
-}
-
 bool AddDefinitions(CQorViewDoc& doc, int resource, const std::vector<std::string>& paths) {
     bool well = true;
     for (const std::string& path : paths)
@@ -154,16 +146,20 @@ bool AddDefinitions(CQorViewDoc& doc, int resource, const std::vector<std::strin
     return well;
 }
 
-bool AddPackage(CQorViewDoc& doc, int resource, LoadedPackage loaded, SessionPackage& package) {
-    bool well = loaded.ok;
-    package.name = loaded.name;
-    for (PackageMember& member : loaded.members) {
-        AddedInstrument added = doc.AddInstrument(std::move(member.instrument), resource);
-        well = NoteAdded(added, loaded.path + "(" + member.name + ")") && well;
-        if (added.instrument)
-            package.instruments.push_back(added.instrument);
+bool AddPackage(CPackageList& packages, int resource, LoadedPackage loaded,
+                const PackageSettings& settings) {
+    const std::string path = loaded.path;
+    if (!loaded.ok) {
+        ReportError(path +
+                    ": no instrument could be loaded from the package. See qorview-cli check.");
+        return false;
     }
-    return well;
+    std::vector<RefusedMember> refused;
+    if (CPackage* package = packages.AddPackage(std::move(loaded), resource, &refused))
+        package->Settings = settings;
+    for (const RefusedMember& member : refused)
+        NoteAdded(member.added, path + "(" + member.name + ")");
+    return refused.empty();
 }
 
 bool ApplyWetAndRoles(CQorViewDoc& doc, const InstrumentOptions& options) {

@@ -5,8 +5,7 @@
 // command line: messages go to standard error, nothing is ever asked.
 #pragma once
 
-#include "session/Package.h"
-#include "session/QorViewDoc.h"
+#include "session/PackageList.h"
 
 #include <optional>
 #include <string>
@@ -44,13 +43,6 @@ struct InstrumentOptions {
     PackageSettings packageSettings;      ///< of every package
 };
 
-/// A package of the call, once its instruments are in the document.
-struct SessionPackage {
-    std::string name;
-    PackageSettings settings;
-    std::vector<CQorViewIns*> instruments; ///< owned by the document
-};
-
 /// Adds -d, -p, --wet and --role to a command.
 void AddInstrumentOptions(CLI::App& command, InstrumentOptions& options);
 
@@ -60,13 +52,11 @@ void AddPackageOptions(CLI::App& command, PackageSettings& settings);
 /// Role names of the command line; empty when unknown.
 std::optional<InstrumentRole> RoleOfName(std::string_view name);
 
-/// Reads a package file; the fault is reported when nothing could be loaded from it.
-LoadedPackage ReadPackage(CQorViewDoc& doc, const std::string& path);
-
-/// Adds definition files, or the instruments of a package, to a resource of the document. Every
+/// Adds definition files, or a package that has been read, to a resource of the document. Every
 /// fault is reported as an error; false when there was one.
 bool AddDefinitions(CQorViewDoc& doc, int resource, const std::vector<std::string>& paths);
-bool AddPackage(CQorViewDoc& doc, int resource, LoadedPackage loaded, SessionPackage& package);
+bool AddPackage(CPackageList& packages, int resource, LoadedPackage loaded,
+                const PackageSettings& settings);
 
 /// Applies immersion and roles over all resources.
 bool ApplyWetAndRoles(CQorViewDoc& doc, const InstrumentOptions& options);

@@ -23,7 +23,8 @@ CPackage* CPackageList::AddPackage(const std::string& path, int resource) {
     return AddPackage(LoadPackage(path, Doc.User, Doc), resource);
 }
 
-CPackage* CPackageList::AddPackage(LoadedPackage loaded, int resource) {
+CPackage* CPackageList::AddPackage(LoadedPackage loaded, int resource,
+                                   std::vector<RefusedMember>* refused) {
     if (!loaded.ok || RefuseInCalibrationMode())
         return nullptr;
     auto package = std::make_unique<CPackage>();
@@ -32,9 +33,11 @@ CPackage* CPackageList::AddPackage(LoadedPackage loaded, int resource) {
     package->Path = loaded.path;
     for (PackageMember& member : loaded.members) {
         Doc.Report(member.instrument->ParseLog());
-        const AddedInstrument added = Doc.AddInstrument(std::move(member.instrument), resource);
+        AddedInstrument added = Doc.AddInstrument(std::move(member.instrument), resource);
         if (added.instrument)
             package->Instruments.push_back(added.instrument->Name());
+        else if (refused)
+            refused->push_back({member.name, std::move(added)});
     }
     if (package->Instruments.empty()) {
         Doc.User.ShowMessage(
@@ -116,17 +119,15 @@ std::vector<const CQorViewIns*> CPackageList::InstrumentsOf(const CPackage& pack
     return instruments;
 }
 
-SerialResourceSettings PackagePort(const LoadedPackage& loaded, const std::string& portName,
+SerialResourceSettings PackagePort(const LoadedPackage& loaded, SerialResourceSettings settings,
                                    CUserService& user) {
-    SerialResourceSettings settings;
-    settings.portName = portName;
     const std::optional<std::uint32_t> baudRate = WholeCount(Trim(loaded.baudRate));
     if (baudRate && *baudRate > 0)
         settings.baudRate = *baudRate;
     else
-        user.ShowMessage(Format("The Instrument Package Baud Rate \"%s\" is not a number.\r\n"
-                                "The default Baud Rate has been set to 19200 bps.",
-                                loaded.baudRate.c_str()));
+        user.ShowMessage(Format("The Instrument Package Baud Rate \"%s\" of %s\r\n"
+                                "is not a number. The Baud Rate is %u bps.",
+                                loaded.baudRate.c_str(), loaded.path.c_str(), settings.baudRate));
     return settings;
 }
 

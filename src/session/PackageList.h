@@ -25,6 +25,12 @@ struct CPackage {
     PackageSettings Settings;
 };
 
+/// A member of a package that the document did not take.
+struct RefusedMember {
+    std::string name;
+    AddedInstrument added;
+};
+
 class CPackageList {
   public:
     /// The document lives longer.
@@ -41,8 +47,9 @@ class CPackageList {
     CPackage* AddPackage(const std::string& path, int resource);
 
     /// The same for a package that has been read, so that its resource can be brought up at its
-    /// speed first (PackagePort).
-    CPackage* AddPackage(LoadedPackage loaded, int resource);
+    /// speed first (PackagePort). Members that were not taken join `refused` when given.
+    CPackage* AddPackage(LoadedPackage loaded, int resource,
+                         std::vector<RefusedMember>* refused = nullptr);
 
     /// Adds a file by its extension: a package, or the definition of a single instrument. False
     /// when it was not added; the operator or the session log says why.
@@ -66,9 +73,9 @@ class CPackageList {
     std::vector<std::unique_ptr<CPackage>> Packages GUARDED_BY(Doc.DocLock);
 };
 
-/// The settings of a serial port for a package: its baud rate, or 19200 (the operator is told) when
-/// that is no number.
-SerialResourceSettings PackagePort(const LoadedPackage& loaded, const std::string& portName,
+/// The settings of a serial port for a package: at its baud rate, or as they are (the operator is
+/// told) when that is no number.
+SerialResourceSettings PackagePort(const LoadedPackage& loaded, SerialResourceSettings settings,
                                    CUserService& user);
 
 } // namespace qor

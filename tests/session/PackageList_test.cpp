@@ -50,7 +50,11 @@ TEST_F(PackageListTest, APackageBringsItsInstrumentsAndTakesThemAway) {
 
 TEST_F(PackageListTest, APackageWithoutInstrumentsIsNotKept) {
     ASSERT_NE(List.AddPackage(Loaded({"PRO"}), Port), nullptr);
-    EXPECT_EQ(List.AddPackage(Loaded({"PRO"}), Port), nullptr); // the name is taken
+    std::vector<RefusedMember> refused;
+    EXPECT_EQ(List.AddPackage(Loaded({"PRO"}), Port, &refused), nullptr); // the name is taken
+    ASSERT_EQ(refused.size(), 1u);
+    EXPECT_EQ(refused[0].name, "PRO.cal");
+    EXPECT_EQ(refused[0].added.comm, CommResult::InstrumentAlreadyDefined);
     EXPECT_THAT(
         User.TakeMessages(),
         ElementsAre("The Instrument Package file: cast.sip \r\ncontains no valid Instruments."));
@@ -78,10 +82,10 @@ TEST_F(PackageListTest, AFileIsToldApartByItsExtension) {
 TEST_F(PackageListTest, APortRunsAtThePackagesSpeed) {
     LoadedPackage loaded;
     loaded.baudRate = "57600";
-    EXPECT_EQ(PackagePort(loaded, "COM7", User).baudRate, 57600u);
+    EXPECT_EQ(PackagePort(loaded, {}, User).baudRate, 57600u);
     EXPECT_THAT(User.TakeMessages(), IsEmpty());
     loaded.baudRate = "UDRATE=9600";
-    EXPECT_EQ(PackagePort(loaded, "COM7", User).baudRate, 19200u);
+    EXPECT_EQ(PackagePort(loaded, {}, User).baudRate, 19200u);
     EXPECT_EQ(User.TakeMessages().size(), 1u);
 }
 
