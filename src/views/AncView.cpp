@@ -33,9 +33,7 @@ bool CAncViewSettings::Save(CProfileStore& store, const std::string& prefix) con
     if (prefix.empty())
         return false;
     const std::string section = prefix + SectionName;
-    store.WriteInteger(section, "XPosition", XPosition);
-    store.WriteInteger(section, "YPosition", YPosition);
-    store.WriteInteger(section, "ShowCmd", ShowCmd);
+    SavePlace(store, section);
     store.WriteInteger(section, "ViewType", ViewType);
     store.WriteInteger(section, "PageIndex", PageIndex);
     SaveRanges(store, section, "TiltWarnings", TiltWarnings);
@@ -46,9 +44,7 @@ bool CAncViewSettings::Load(const CProfileStore& store, const std::string& prefi
     if (prefix.empty())
         return false;
     const std::string section = prefix + SectionName;
-    LoadInteger(store, section, "XPosition", XPosition);
-    LoadInteger(store, section, "YPosition", YPosition);
-    LoadInteger(store, section, "ShowCmd", ShowCmd);
+    LoadPlace(store, section);
     LoadInteger(store, section, "ViewType", ViewType);
     LoadInteger(store, section, "PageIndex", PageIndex);
     LoadRanges(store, section, "TiltWarnings", TiltWarnings);

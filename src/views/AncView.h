@@ -7,6 +7,7 @@
 
 #include "views/DerivedRows.h"
 #include "views/WarningRanges.h"
+#include "views/WindowPlace.h"
 
 #include <string>
 #include <vector>
@@ -14,12 +15,9 @@
 namespace qor {
 
 /// Kept for each ancillary view under the caller's section prefix.
-struct CAncViewSettings {
+struct CAncViewSettings : WindowPlace {
     static constexpr int DerivedPage = 0, SensorPage = 1;
 
-    int XPosition = -1; ///< -1: never placed
-    int YPosition = -1;
-    int ShowCmd = 1;
     int PageIndex = SensorPage;
     int ViewType = 0; ///< 0 calibrated, 1 raw counts, 2 raw counts in hexadecimal
     WarningRanges TiltWarnings = DefaultTiltRanges;

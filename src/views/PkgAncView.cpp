@@ -39,9 +39,7 @@ bool CPkgAncViewSettings::Save(CProfileStore& store, const std::string& prefix) 
     if (prefix.empty())
         return false;
     const std::string section = prefix + SectionName;
-    store.WriteInteger(section, "XPosition", XPosition);
-    store.WriteInteger(section, "YPosition", YPosition);
-    store.WriteInteger(section, "ShowCmd", ShowCmd);
+    SavePlace(store, section);
     for (const WatchedRow& watched : WatchedRows)
         SaveRanges(store, section, watched.key, this->*watched.ranges);
     return true;
@@ -51,9 +49,7 @@ bool CPkgAncViewSettings::Load(const CProfileStore& store, const std::string& pr
     if (prefix.empty())
         return false;
     const std::string section = prefix + SectionName;
-    LoadInteger(store, section, "XPosition", XPosition);
-    LoadInteger(store, section, "YPosition", YPosition);
-    LoadInteger(store, section, "ShowCmd", ShowCmd);
+    LoadPlace(store, section);
     for (const WatchedRow& watched : WatchedRows)
         LoadRanges(store, section, watched.key, this->*watched.ranges);
     return true;

@@ -13,10 +13,7 @@
 namespace qor {
 
 /// Kept for each package view under the caller's section prefix.
-struct CPkgAncViewSettings {
-    int XPosition = -1; ///< -1: never placed
-    int YPosition = -1;
-    int ShowCmd = 1;
+struct CPkgAncViewSettings : WindowPlace {
     WarningRanges TiltWarnings = DefaultTiltRanges;
     WarningRanges DepthWarnings{100.0, 200.0, 200.0, 750.0, 0, 0};
     WarningRanges VelWarnings{2.0, 4.0, 4.0, 20.0, 0, 0};

@@ -23,11 +23,8 @@ struct IntegerSetting {
 };
 
 constexpr IntegerSetting IntegerSettings[] = {
-    {"XPosition", &COSRCViewSettings::XPosition},
-    {"YPosition", &COSRCViewSettings::YPosition},
     {"Width", &COSRCViewSettings::Width},
     {"Height", &COSRCViewSettings::Height},
-    {"ShowCmd", &COSRCViewSettings::ShowCmd},
     {"REFEnabled", &COSRCViewSettings::REFEnabled},
     {"DUTEnabled", &COSRCViewSettings::DUTEnabled},
     {"DREnabled", &COSRCViewSettings::DREnabled},
@@ -48,6 +45,7 @@ std::size_t PlaceOf(OsrcDisplay display) {
 } // namespace
 
 void COSRCViewSettings::Save(CProfileStore& store) const {
+    SavePlace(store, Section);
     for (const IntegerSetting& setting : IntegerSettings)
         store.WriteInteger(Section, setting.key, this->*setting.field);
     store.WriteText(Section, "MaxValues",
@@ -55,12 +53,9 @@ void COSRCViewSettings::Save(CProfileStore& store) const {
 }
 
 void COSRCViewSettings::Load(const CProfileStore& store) {
-    constexpr int Absent = -1;
-    for (const IntegerSetting& setting : IntegerSettings) {
-        const int stored = store.ReadInteger(Section, setting.key, Absent);
-        if (stored != Absent)
-            this->*setting.field = stored;
-    }
+    LoadPlace(store, Section);
+    for (const IntegerSetting& setting : IntegerSettings)
+        LoadInteger(store, Section, setting.key, this->*setting.field);
     const std::string text = store.ReadText(Section, "MaxValues");
     std::string_view left = text;
     for (double& limit : MaxValues) {

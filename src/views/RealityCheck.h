@@ -7,10 +7,10 @@
 #pragma once
 
 #include "base/MessageSink.h"
-#include "session/ProfileStore.h"
 #include "session/UserService.h"
 #include "views/PlotPage.h"
 #include "views/Spectrum.h"
+#include "views/WindowPlace.h"
 
 #include <array>
 #include <memory>
@@ -25,12 +25,9 @@ namespace qor {
 enum class OsrcDisplay : std::uint8_t { Reference, DeviceUnderTest, Comparison };
 
 /// Kept in the section "OSRC".
-struct COSRCViewSettings {
-    int XPosition = -1; ///< -1: never placed
-    int YPosition = -1;
+struct COSRCViewSettings : WindowPlace {
     int Width = -1;
     int Height = -1;
-    int ShowCmd = 1;
     int REFEnabled = 1;
     int DUTEnabled = 0;
     int DREnabled = 0;

@@ -62,14 +62,6 @@ void LoadRanges(const CProfileStore& store, const std::string& section, const st
     ParseWarningRanges(store.ReadText(section, key), ranges);
 }
 
-void LoadInteger(const CProfileStore& store, const std::string& section, const std::string& key,
-                 int& field) {
-    constexpr int Absent = -1;
-    const int stored = store.ReadInteger(section, key, Absent);
-    if (stored != Absent)
-        field = stored;
-}
-
 WatchState Classify(const WarningRanges& ranges, double value) {
     if (ranges.AlarmEnabled && Inside(ranges.AlarmMin, value, ranges.AlarmMax))
         return WatchState::Alarm;

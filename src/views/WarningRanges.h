@@ -41,10 +41,6 @@ void SaveRanges(CProfileStore& store, const std::string& section, const std::str
 void LoadRanges(const CProfileStore& store, const std::string& section, const std::string& key,
                 WarningRanges& ranges);
 
-/// Reads a display's integer; an absent key (or a stored -1) leaves the field alone.
-void LoadInteger(const CProfileStore& store, const std::string& section, const std::string& key,
-                 int& field);
-
 enum class WatchState { Normal, Warning, Alarm };
 
 /// The alarm comes first; a value on a bound is outside of its range.
