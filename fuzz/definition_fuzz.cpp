@@ -3,19 +3,15 @@
 // Definition text as a stranger may send it. The same text in one piece and in small pieces must
 // give the same instrument, and what a load accepts must keep the promises that conversion relies
 // on.
+#include "Require.h"
+
 #include "instrument/DefinitionReader.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 namespace {
 
 using namespace qor;
-
-void Require(bool condition) {
-    if (!condition)
-        std::abort();
-}
 
 DefinitionStatus Load(CInstrument& instrument, std::string_view text, std::size_t pieceSize) {
     CDefinitionReader reader(instrument, "fuzz.tdf");

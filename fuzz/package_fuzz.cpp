@@ -2,22 +2,13 @@
 //
 // The door of package archives: any bytes as an archive. What comes out of it is bounded, and names
 // that pass are names that stay where they belong.
+#include "Require.h"
+
 #include "session/MemberName.h"
 #include "session/Package.h"
 #include "session/ZipArchive.h"
 
-#include <cstdlib>
-
 using namespace qor;
-
-namespace {
-
-void Require(bool holds) {
-    if (!holds)
-        std::abort();
-}
-
-} // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static_cast<void>(ParseProperties({reinterpret_cast<const char*>(data), size}));

@@ -2,22 +2,13 @@
 //
 // The door of stored settings: any text under the keys of the displays. What was read and written
 // again reads the same.
+#include "Require.h"
+
 #include "session/ProfileStore.h"
 #include "views/PkgAncView.h"
 #include "views/RealityCheck.h"
 
-#include <cstdlib>
-
 using namespace qor;
-
-namespace {
-
-void Require(bool holds) {
-    if (!holds)
-        std::abort();
-}
-
-} // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string text(reinterpret_cast<const char*>(data), size);

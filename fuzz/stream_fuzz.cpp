@@ -5,22 +5,18 @@
 //
 // The input: a byte of flags (1 live, 2 global string, 4 no-sync instrument), then per instrument
 // one text line "header|terminator|size" until an empty line, then the stream.
+#include "Require.h"
+
 #include "telemetry/FrameSync.h"
 
 #include <algorithm>
 #include <charconv>
-#include <cstdlib>
 
 namespace {
 
 using namespace qor;
 
 constexpr std::size_t MostInstruments = 80;
-
-void Require(bool condition) {
-    if (!condition)
-        std::abort();
-}
 
 class CNoSink : public CMessageSink {
   public:
