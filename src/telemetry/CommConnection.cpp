@@ -120,19 +120,21 @@ CommResult CTelemComm::Impl::StartWorker() {
 }
 
 CommResult CTelemComm::Impl::Disconnect(CFrameQueue* left) {
+    if (!IsSerial())
+        return CommResult::Success;
     CLock operation(OperationLock);
-    bool aborting;
+    bool working;
     {
         CLock lock(StatusLock);
-        aborting = Connected && Disconnecting;
-        if (Connected && !Disconnecting)
-            Disconnecting = true;
-        else if (!aborting)
-            return CommResult::Success;
+        working = Connected && !Disconnecting;
+        Disconnecting = Connected;
     }
-    if (aborting) {
-        // The worker is closing the port itself; the caller may rely on its being closed.
+    if (!working) {
+        // A worker that aborted closes the port itself; the caller may rely on its being closed and
+        // on the frames that were cut before.
         Worker.Join();
+        CLock lock(FrameLock);
+        HandOver(left);
         return CommResult::Success;
     }
     Stop.Set();
@@ -172,6 +174,14 @@ void CTelemComm::Impl::Abort(CommResult code, SystemError error) {
     PostStatus();
 }
 
+/// Gives the queued frames to `left`, when there is one.
+void CTelemComm::Impl::HandOver(CFrameQueue* left) {
+    if (left == nullptr)
+        return;
+    left->Clear();
+    std::swap(*left, Sync->Frames());
+}
+
 /// Every step is tried, whatever became of the one before.
 CommResult CTelemComm::Impl::ClosePort(CFrameQueue* left) {
     CommResult result = CommResult::Success;
@@ -185,10 +195,7 @@ CommResult CTelemComm::Impl::ClosePort(CFrameQueue* left) {
                       CommResult::NotRestored, SystemErrorText(error));
     {
         CLock lock(FrameLock);
-        if (left != nullptr) {
-            left->Clear();
-            std::swap(*left, Sync->Frames());
-        }
+        HandOver(left);
         Sync->Clear();
         Waiting = false;
     }

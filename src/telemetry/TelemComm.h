@@ -65,9 +65,9 @@ class CTelemComm {
     /// Tells the worker to end, and returns at once. Disconnect still has to follow: with many
     /// ports, telling all of them first makes their workers end at the same time.
     void RequestStop();
-    /// Ends the worker and closes the port. Frames that are still queued when the worker has ended
-    /// go to `left` (when given) before the queue is emptied, so that an orderly disconnection
-    /// loses none.
+    /// Ends the worker and closes the port. Frames that are still queued when the worker has ended,
+    /// also one that ended by itself, go to `left` (when given) before the queue is emptied, so
+    /// that a disconnection loses none.
     CommResult Disconnect(CFrameQueue* left = nullptr);
     CommResult Attach(const AttachRequest& request);
     CommResult Detach(const std::string& instrumentName);

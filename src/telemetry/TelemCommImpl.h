@@ -35,6 +35,7 @@ struct CTelemComm::Impl {
     CommResult ConfigurePort();
     CommResult StartWorker();
     CommResult ClosePort(CFrameQueue* left) EXCLUDES(StatusLock, FrameLock);
+    void HandOver(CFrameQueue* left) REQUIRES(FrameLock);
 
     // CommWorker.cpp: the body of the worker thread
     class CRun;

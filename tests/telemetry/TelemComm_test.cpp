@@ -172,18 +172,22 @@ TEST_F(AResource, AbortClosesThePortAndHasToBeResetBeforeConnecting) {
         {"ReadLineErrors", CommResult::LineStatusNotRead, "\tCommunications status error:"},
     };
     Initialise();
+    Attach();
+    CFrameQueue left;
     for (const auto& row : cases) {
         Connect();
-        Script.ThenFail(row.function, 995);
+        Script.Bytes("$Rabcd").ThenFail(row.function, 995);
         if (row.code == CommResult::LineStatusNotRead)
             Script.Status(EventLineError, 0);
-        // The worker closes the port itself; a disconnection waits for that.
+        // The worker closes the port itself; a disconnection waits for that and loses no frame.
         while (Comm.Figures().abortCode == 0)
             std::this_thread::yield();
-        EXPECT_EQ(Comm.Disconnect(), CommResult::Success);
+        EXPECT_EQ(Comm.Disconnect(&left), CommResult::Success);
+        EXPECT_EQ(left.Size(), 1u) << row.function;
         EXPECT_FALSE(Connected());
-        EXPECT_EQ(Sink.Take(), Lines{"Telemetry acquisition aborted on COM1.\r\n" + row.detail +
-                                     SystemErrorText(995)});
+        EXPECT_EQ(Sink.Take(), (Lines{"$R found on COM1.\r\n",
+                                      "Telemetry acquisition aborted on COM1.\r\n" + row.detail +
+                                          SystemErrorText(995)}));
         EXPECT_EQ(Script.TakeCalls().back(), "Close");
         EXPECT_EQ(Comm.Connect(), CommResult::AbortCodeSet);
         EXPECT_EQ(Sink.Take(), Lines{"Unable to open serial port communications on COM1.\r\n"
