@@ -8,6 +8,7 @@
 #include "platform/Worker.h"
 
 #include <atomic>
+#include <chrono>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -44,7 +45,11 @@ std::string_view NativeLineEnd();
 /// up: on Windows the closing of a console waits for that.
 class CStopWatch {
   public:
-    explicit CStopWatch(CEvent& stop);
+    /// Decided: what comes so soon after the first request is the same one again (timeout and other
+    /// supervisors signal the process and then its group), and must not cut the winding up short.
+    static constexpr std::chrono::milliseconds SameRequest{2000};
+
+    explicit CStopWatch(CEvent& stop, std::chrono::milliseconds sameRequest = SameRequest);
     ~CStopWatch();
     CStopWatch(const CStopWatch&) = delete;
     CStopWatch& operator=(const CStopWatch&) = delete;
@@ -55,9 +60,18 @@ class CStopWatch {
   private:
     /// Takes one request; called by the system's side only.
     void Request();
+    bool IsSecond() {
+        auto now = std::chrono::steady_clock::now();
+        if (Asked.exchange(true))
+            return now - First >= Repeats;
+        First = now;
+        return false;
+    }
     void Listen();
 
     CEvent& Stop;
+    const std::chrono::milliseconds Repeats;
+    std::chrono::steady_clock::time_point First; ///< of the thread that takes requests
     std::atomic<bool> Asked{false};
     std::atomic<bool> Ending{false};
     CWorker Listener; ///< POSIX only; Windows has a thread for this itself

@@ -72,7 +72,8 @@ std::string_view NativeLineEnd() {
     return "\n";
 }
 
-CStopWatch::CStopWatch(CEvent& stop) : Stop(stop) {
+CStopWatch::CStopWatch(CEvent& stop, std::chrono::milliseconds sameRequest)
+    : Stop(stop), Repeats(sameRequest) {
     // Both come back as an error of the write, which is reported where it happened.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
@@ -111,7 +112,7 @@ void CStopWatch::Listen() {
 }
 
 void CStopWatch::Request() {
-    if (Asked.exchange(true))
+    if (IsSecond())
         _exit(130);
     Stop.Set();
 }

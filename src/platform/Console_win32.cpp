@@ -104,7 +104,8 @@ struct StopHandler {
     }
 };
 
-CStopWatch::CStopWatch(CEvent& stop) : Stop(stop) {
+CStopWatch::CStopWatch(CEvent& stop, std::chrono::milliseconds sameRequest)
+    : Stop(stop), Repeats(sameRequest) {
     ResetEvent(StopHandler::WoundUp);
     StopHandler::SetWatch(this);
     SetConsoleCtrlHandler(StopHandler::Handle, TRUE);
@@ -117,7 +118,7 @@ CStopWatch::~CStopWatch() {
 }
 
 void CStopWatch::Request() {
-    if (Asked.exchange(true))
+    if (IsSecond())
         ExitProcess(130);
     Stop.Set();
 }

@@ -36,20 +36,27 @@ TEST(StopWatch, LeavesNoRequestBehindWhenItEnds) {
     EXPECT_FALSE(stop.IsSet());
 }
 
-[[noreturn]] void AskTwice() {
-    CEvent stop;
-    CEvent never;
-    CStopWatch watch(stop);
-    kill(getpid(), SIGINT);
-    stop.Wait(5000);
-    kill(getpid(), SIGINT);
-    never.Wait(5000);
-    _exit(1);
+/// Exit status 3 when the process outlives the second signal.
+[[noreturn]] void AskTwice(std::chrono::milliseconds sameRequest) {
+    {
+        CEvent stop;
+        CStopWatch watch(stop, sameRequest);
+        kill(getpid(), SIGINT);
+        stop.Wait(5000);
+        kill(getpid(), SIGINT);
+        sigset_t waiting;
+        while (sigpending(&waiting) == 0 && sigismember(&waiting, SIGINT) == 1)
+            sched_yield();
+        if (sameRequest.count() == 0)
+            CEvent().Wait(5000);
+    }
+    _exit(3);
 }
 
-TEST(StopWatchDeathTest, EndsTheProcessOnTheSecondSignal) {
+TEST(StopWatchDeathTest, EndsTheProcessOnTheSecondSignalButNotOnOneDeliveredTwice) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    EXPECT_EXIT(AskTwice(), testing::ExitedWithCode(130), "");
+    EXPECT_EXIT(AskTwice(std::chrono::milliseconds(0)), testing::ExitedWithCode(130), "");
+    EXPECT_EXIT(AskTwice(std::chrono::hours(1)), testing::ExitedWithCode(3), "");
 }
 
 /// Exit status 7 when both writes end as they should.

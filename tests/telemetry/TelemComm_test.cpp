@@ -185,9 +185,9 @@ TEST_F(AResource, AbortClosesThePortAndHasToBeResetBeforeConnecting) {
         EXPECT_EQ(Comm.Disconnect(&left), CommResult::Success);
         EXPECT_EQ(left.Size(), 1u) << row.function;
         EXPECT_FALSE(Connected());
-        EXPECT_EQ(Sink.Take(), (Lines{"$R found on COM1.\r\n",
-                                      "Telemetry acquisition aborted on COM1.\r\n" + row.detail +
-                                          SystemErrorText(995)}));
+        EXPECT_EQ(Sink.Take(),
+                  (Lines{"$R found on COM1.\r\n", "Telemetry acquisition aborted on COM1.\r\n" +
+                                                      row.detail + SystemErrorText(995)}));
         EXPECT_EQ(Script.TakeCalls().back(), "Close");
         EXPECT_EQ(Comm.Connect(), CommResult::AbortCodeSet);
         EXPECT_EQ(Sink.Take(), Lines{"Unable to open serial port communications on COM1.\r\n"
