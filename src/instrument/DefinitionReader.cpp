@@ -292,7 +292,7 @@ std::string CDefinitionReader::ReadingMessage(const char* verb) const {
 DefinitionStatus CDefinitionReader::Fail(std::string message, DefinitionStatus status,
                                          std::string_view detail) {
     Waiting.reset();
-    Target.Diagnostics = Log.Count();
+    Target.Diagnostics += Log.Count(); // a refused second load adds none
     Target.Log = std::move(message);
     if (!detail.empty())
         Target.Log.append("\t").append(detail);
