@@ -95,7 +95,7 @@ void WriteCsvRows(COutput& output, const CQorViewIns& dut,
 }
 
 int RunCompare(const CompareOptions& options, CommandContext& context) {
-    if (!NamesRawFile(options.files))
+    if (!NamesRawFile(options.files) || !NamesInstrument(options.instruments))
         return ExitBadCall;
     COutput output;
     if (options.csv)
@@ -143,11 +143,8 @@ void AddCompareCommand(CLI::App& app, CommandContext& context) {
         ->required();
     command->add_option("--sensor", options.sensor, "Series to compare, for example LU or ED")
         ->type_name("TYPE");
-    command->add_option("--format", options.csv, "csv (a row a point) or jsonl (an object a frame)")
-        ->type_name("csv|jsonl")
-        ->transform(
-            CLI::CheckedTransformer(std::map<std::string, bool>{{"csv", true}, {"jsonl", false}})
-                .description(""));
+    AddFormatOption(*command, {"csv", "jsonl"}, "csv (a row a point) or jsonl (an object a frame)",
+                    [](const std::string& name) { options.csv = name == "csv"; });
     AddPlaybackOptions(*command, options, context);
     command->callback(
         [&context] { context.body = [&context] { return RunCompare(options, context); }; });

@@ -13,6 +13,7 @@
 #include <CLI/CLI.hpp>
 
 #include <map>
+#include <set>
 
 namespace qor {
 
@@ -53,33 +54,43 @@ class CCsvTables {
         COutput* output;
         CFrameCsv rows;
     };
+    std::string PathInFolder(const std::string& instrument);
     COutput* OutputFor(const std::string& name, bool only);
 
     const DecodeOptions& Options;
     std::map<std::string, std::unique_ptr<COutput>> Outputs; ///< by instrument name
+    std::set<std::string> FileNames;                         ///< taken, in lower case
     std::map<const CQorViewIns*, Table> Tables;
     std::optional<CDerivedColumns> Derived;
 };
 
-/// An instrument's name as part of a file name.
+/// An instrument's name as part of a file name: what is not harmless everywhere becomes "_".
 std::string FileNameOf(const std::string& instrument) {
     std::string name = instrument.empty() ? "instrument" : instrument;
     for (char& c : name)
         if (!(c >= '0' && c <= '9') &&
             !(ToLower({&c, 1})[0] >= 'a' && ToLower({&c, 1})[0] <= 'z') && c != '-' && c != '.')
             c = '_';
-    return name + ".csv";
+    return name;
+}
+
+/// The file of an instrument in the folder. Names that differ only in case or in what a file name
+/// cannot hold get a number, so that no table overwrites another.
+std::string CCsvTables::PathInFolder(const std::string& instrument) {
+    const std::string stem = FileNameOf(instrument);
+    std::string name = stem;
+    for (int number = 2; !FileNames.insert(ToLower(name)).second; ++number)
+        name = stem + "_" + std::to_string(number);
+    const std::string& folder = Options.output;
+    const bool separated = folder.ends_with('/') || folder.ends_with(PathSeparator());
+    return folder + (separated ? "" : std::string(1, PathSeparator())) + name + ".csv";
 }
 
 COutput* CCsvTables::OutputFor(const std::string& name, bool only) {
     auto output = std::make_unique<COutput>();
-    std::string path = Options.output;
-    if (!only || IsDirectory(path))
-        path += (path.ends_with('/') || path.ends_with(PathSeparator())
-                     ? ""
-                     : std::string(1, PathSeparator())) +
-                FileNameOf(name);
-    if (!Options.output.empty() && !output->OpenFile(path))
+    const bool inFolder = !only || IsDirectory(Options.output);
+    if (!Options.output.empty() &&
+        !output->OpenFile(inFolder ? PathInFolder(name) : Options.output))
         return nullptr;
     return (Outputs[name] = std::move(output)).get();
 }
@@ -88,6 +99,9 @@ bool CCsvTables::AddTables(const CPlayback& playback) {
     const std::vector<CQorViewIns*>& instruments = playback.Instruments();
     if (Options.derived)
         Derived.emplace(playback);
+    // What is in the way of the folder shows when the first table is opened.
+    if (instruments.size() > 1 && !IsDirectory(Options.output)) [[maybe_unused]]
+        FileCause made = MakeDirectory(Options.output);
     for (CQorViewIns* instrument : instruments) {
         auto known = Outputs.find(instrument->Name());
         COutput* output = known != Outputs.end()
@@ -130,7 +144,7 @@ bool CCsvTables::Finish() {
 }
 
 int DecodeToCsv(const DecodeOptions& options, CommandContext& context) {
-    if (!NamesRawFile(options.files))
+    if (!NamesRawFile(options.files) || !NamesInstrument(options.instruments))
         return ExitBadCall;
     CCsvTables tables(options);
     bool well = true;
@@ -198,7 +212,7 @@ class CFrameStream {
 };
 
 int DecodeToStream(const DecodeOptions& options, CommandContext& context) {
-    if (!NamesRawFile(options.files))
+    if (!NamesRawFile(options.files) || !NamesInstrument(options.instruments))
         return ExitBadCall;
     COutput output;
     if (!options.output.empty() && !output.OpenFile(options.output))
@@ -233,17 +247,15 @@ void AddDecodeCommand(CLI::App& app, CommandContext& context) {
         "decode", "Play raw logs through the engine and print every frame with its values");
     AddInstrumentOptions(*command, options.instruments);
     AddPackageOptions(*command, options.instruments.packageSettings);
-    command
-        ->add_option(
-            "--format", options.format,
-            "csv (a table an instrument), jsonl (an object a frame), summary (for people) or none")
-        ->type_name("csv|jsonl|summary|none")
-        ->transform(CLI::CheckedTransformer(
-                        std::map<std::string, DecodeFormat>{{"csv", DecodeFormat::Csv},
-                                                            {"jsonl", DecodeFormat::Jsonl},
-                                                            {"none", DecodeFormat::None},
-                                                            {"summary", DecodeFormat::Summary}})
-                        .description(""));
+    AddFormatOption(
+        *command, {"csv", "jsonl", "summary", "none"},
+        "csv (a table an instrument), jsonl (an object a frame), summary (for people) or none",
+        [](const std::string& name) {
+            options.format = name == "csv"     ? DecodeFormat::Csv
+                             : name == "jsonl" ? DecodeFormat::Jsonl
+                             : name == "none"  ? DecodeFormat::None
+                                               : DecodeFormat::Summary;
+        });
     command
         ->add_option("-o,--output", options.output,
                      "File for the results, or the folder for several tables")

@@ -25,11 +25,11 @@ ShownValue ValueOf(const CQorViewIns& instrument, const CSensor& sensor, ValueVi
         value.isText = true;
         value.status =
             FormatField(sensor, frame, instrument.Immersed, FieldView::HexCounts, 0, text);
+    } else if (view == ValueView::RawCounts && sensor.Data != DataType::AS) {
+        value.status = RawNumber(sensor, frame, value.number);
     } else if (KindOfValue(sensor) == ValueKind::Text) {
         value.isText = true;
         value.status = ValueText(sensor, frame, text);
-    } else if (view == ValueView::RawCounts) {
-        value.status = RawNumber(sensor, frame, value.number);
     } else {
         auto index = static_cast<std::size_t>(sensor.Index);
         value.status = instrument.Values().statuses[index];

@@ -42,20 +42,21 @@ void CPlayback::NoteEntry(std::string_view entry) {
 }
 
 bool CPlayback::Open(const std::string& path, const InstrumentOptions& options) {
-    if (!IsReadable(path))
-        return false;
     Path = path;
-    CFile file;
-    if (file.OpenForReading(path) == FileCause::None && file.Size(Size) != FileCause::None)
-        Size = 0;
     FileResourceSettings settings;
     settings.readChunkSize = Chunk;
     CommResult result = CommResult::Success;
     int resource = Document.AddFileResource(path, settings, &result);
     if (resource < 0) {
-        ReportError(path + ": cannot be played. " + OneLine(CommDetail(result)));
+        if (IsReadable(path))
+            ReportError(path + ": cannot be played. " + OneLine(CommDetail(result)));
         return false;
     }
+    // The file is opened only once where it may be a pipe.
+    CFile file;
+    if (!IsDevice(path) && file.OpenForReading(path) == FileCause::None &&
+        file.Size(Size) != FileCause::None)
+        Size = 0;
     Tare = PressureTareOf(path);
     bool well = AddDefinitions(Document, resource, options.definitions);
     for (const std::string& packagePath : options.packages)
@@ -73,8 +74,8 @@ bool CPlayback::Open(const std::string& path, const InstrumentOptions& options) 
             ReportWarning(instrument->Definition().FilePath() +
                           ": it has no sync header; its frames cannot be found in a file.");
     if (Named.empty()) {
-        ReportError(path + ": no instrument to decode it with; give its definition with -d FILE or "
-                           "its package with -p FILE.");
+        ReportError(path + ": no instrument to decode it with; no definition or package named "
+                           "could be loaded.");
         return false;
     }
     Resource = resource;
@@ -98,8 +99,9 @@ bool CPlayback::Play(CommandContext& context, const FrameFunction& onFrame,
     CFrameQueue none;
     CommResult result = Document.AtEnd(Resource) ? Comm->RetrieveFrames(none) : CommResult::Success;
     if (result == CommResult::Success) {
-        if (Document.AtEnd(Resource) && Comm->Figures().framesCut == 0)
-            ReportWarning(Path + ": none of its " + std::to_string(Size) +
+        const ResourceFigures figures = Comm->Figures();
+        if (Document.AtEnd(Resource) && figures.framesCut == 0)
+            ReportWarning(Path + ": none of its " + std::to_string(figures.bytesReceived) +
                           " bytes belong to a frame of the instruments named.");
         return true;
     }
@@ -138,6 +140,24 @@ bool NamesRawFile(const std::vector<std::string>& files) {
         ReportError(
             "RAW is required: name a raw log behind the definitions. See qorview-cli --help.");
     return !files.empty();
+}
+
+bool NamesInstrument(const InstrumentOptions& instruments) {
+    const bool named = !instruments.definitions.empty() || !instruments.packages.empty();
+    if (!named)
+        ReportError("an instrument is required: give its definition with -d FILE or its package "
+                    "with -p FILE.");
+    return named;
+}
+
+void AddFormatOption(CLI::App& command, const std::vector<std::string>& formats,
+                     const std::string& help, std::function<void(const std::string&)> take) {
+    std::string names;
+    for (const std::string& format : formats)
+        names += (names.empty() ? "" : "|") + format;
+    command.add_option_function<std::string>("--format", std::move(take), help)
+        ->type_name(names)
+        ->check(CLI::IsMember(formats).description(""));
 }
 
 int PlaybackExit(const CommandContext& context, bool well) {

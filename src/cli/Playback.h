@@ -69,6 +69,13 @@ void AddPlaybackOptions(CLI::App& command, PlaybackOptions& options, CommandCont
 /// False (reported) when no raw log was named.
 bool NamesRawFile(const std::vector<std::string>& files);
 
+/// False (reported) when neither a definition nor a package was named.
+bool NamesInstrument(const InstrumentOptions& instruments);
+
+/// Adds --format; `take` gets the one of the formats that was chosen.
+void AddFormatOption(CLI::App& command, const std::vector<std::string>& formats,
+                     const std::string& help, std::function<void(const std::string&)> take);
+
 /// The exit status of a command that has played.
 int PlaybackExit(const CommandContext& context, bool well);
 

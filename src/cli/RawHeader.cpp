@@ -8,6 +8,9 @@
 namespace qor {
 
 FileCause ReadHeaderRecords(CFile& file, std::vector<HeaderRecord>& records) {
+    // Decided: a header block has some twenty records; what a hostile file has beyond these many is
+    // read over, not kept.
+    constexpr std::size_t MostKept = 10'000;
     std::array<std::uint8_t, HeaderRecordSize> record{};
     for (std::uint64_t place = 0;; place += HeaderRecordSize) {
         std::size_t filled = 0;
@@ -17,7 +20,8 @@ FileCause ReadHeaderRecords(CFile& file, std::vector<HeaderRecord>& records) {
                 return cause;
         if (filled < record.size() || !BeginsHeaderRecord(record))
             return file.SeekTo(place);
-        if (std::optional<HeaderRecord> parsed = ParseHeaderRecord(record))
+        if (std::optional<HeaderRecord> parsed = ParseHeaderRecord(record);
+            parsed && records.size() < MostKept)
             records.push_back(std::move(*parsed));
     }
 }
@@ -25,7 +29,8 @@ FileCause ReadHeaderRecords(CFile& file, std::vector<HeaderRecord>& records) {
 double PressureTareOf(const std::string& path) {
     CFile file;
     std::vector<HeaderRecord> records;
-    if (file.OpenForReading(path) != FileCause::None ||
+    // What is read of a pipe here would be missing when it is played.
+    if (IsDevice(path) || file.OpenForReading(path) != FileCause::None ||
         ReadHeaderRecords(file, records) != FileCause::None)
         return 0.0;
     for (const HeaderRecord& record : records)

@@ -84,6 +84,8 @@ bool FileExists(const std::string& path);
 FileCause SetReadOnly(const std::string& path, bool readOnly);
 FileCause IsReadOnly(const std::string& path, bool& readOnly);
 FileCause RemoveFile(const std::string& path);
+/// Makes a folder in an existing one.
+FileCause MakeDirectory(const std::string& path);
 /// Absolute form of a path; the path itself when the system cannot tell.
 std::string FullPathOf(const std::string& path);
 /// The system's path separator ('/' or '\\').

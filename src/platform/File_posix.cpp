@@ -349,6 +349,10 @@ FileCause RemoveFile(const std::string& path) {
     return ::unlink(path.c_str()) < 0 ? OpenFailure(path, errno) : FileCause::None;
 }
 
+FileCause MakeDirectory(const std::string& path) {
+    return ::mkdir(path.c_str(), 0777) < 0 ? OpenFailure(path, errno) : FileCause::None;
+}
+
 std::string FullPathOf(const std::string& path) {
     std::error_code error;
     auto absolute = std::filesystem::absolute(path, error);

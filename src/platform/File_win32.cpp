@@ -353,6 +353,13 @@ FileCause RemoveFile(const std::string& path) {
     return DeleteFileW(wide.c_str()) ? FileCause::None : LastCause();
 }
 
+FileCause MakeDirectory(const std::string& path) {
+    std::wstring wide = WidePath(path);
+    if (wide.empty())
+        return FileCause::BadPath;
+    return CreateDirectoryW(wide.c_str(), nullptr) ? FileCause::None : LastCause();
+}
+
 std::string FullPathOf(const std::string& path) {
     std::wstring wide = WidePath(path);
     DWORD needed = wide.empty() ? 0 : GetFullPathNameW(wide.c_str(), 0, nullptr, nullptr);

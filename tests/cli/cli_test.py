@@ -69,13 +69,13 @@ class Calls(Folder):
             (("simulate", "-d", GPS, "--frames", "-1"), 2),
             ((), 2), (("frobnicate",), 2), (("check",), 2), (("check", "--frobnicate", GPS), 2),
             (("decode", "-d", GPS), 2), (("decode", "-d", GPS, PROFILER), 2), (("decode", "-d", GPS, PROFILER, "--format", "none", empty), 0), (("decode", "-d", GPS, "--chunk", "0", empty), 2),
-            (("decode", "-d", GPS, "--format", "xml", empty), 2), (("log", "-d", GPS), 2),
+            (("decode", "-d", GPS, "--format", "0", empty), 2), (("log", "-d", GPS), 2),
             (("log", "--port", "x:0", "-d", GPS), 2),
             (("log", "--port", "x", "-d", GPS, "--name", "a/b.raw"), 2),
             (("log", "--port", "x", "-d", GPS, "--comment", "two\r\nlines"), 2), (("simulate", "-d", GPS, "--rate", "fast"), 2), (("simulate", "--frames", "1"), 2),
-            (("check", GPS), 0), (("check", bad), 1), (("check", missing), 1), (("check", str(self.folder)), 1),
+            (("check", "--quiet", GPS), 0), (("check", bad), 1), (("check", missing), 1), (("check", str(self.folder)), 1),
             (("decode", "-d", GPS, empty), 0), (("decode", "-d", GPS, missing), 1), (("decode", "-d", bad, empty), 1),
-            (("decode", "-d", GPS, str(self.folder)), 1), (("decode", empty), 1),
+            (("decode", "-d", GPS, str(self.folder)), 1), (("decode", empty), 2),
             (("decode", "-d", GPS, "--role", "NOBODY=gps", empty), 1), (("info", empty), 0), (("info", missing), 1),
             (("log", "--port", str(self.folder), "-d", GPS, "-o", str(self.folder)), 1),
             (("log", "--port", missing, "-d", GPS, "-o", missing), 1),
@@ -134,6 +134,22 @@ class Playback(Folder):
             numbers = [value for value in frame["values"] if isinstance(value, (int, float))]
             self.assertEqual([float(cell) for cell in row[2:] if cell], numbers)
         self.assertTrue(table[1][0].startswith("2026-06-21T12:00:00."))
+        piped = run("decode", "-d", PROFILER, "/dev/stdin", input=raw.read_bytes()).stdout
+        self.assertEqual(list(csv.reader(io.StringIO(piped.decode("latin-1")))), table)
+
+    def test_every_instrument_has_a_table_of_its_own_in_the_folder(self):
+        options, raw = [], self.folder / "three.raw"
+        for number, name in enumerate(("A_B", "A/B", "a_b")):
+            path = self.folder / f"{number}.cal"
+            path.write_text(f"INSTRUMENT {name} '' 3 AS 0 NONE\nDAY NONE '' 4 BU 0 DDMMYY\n")
+            options += ["-d", str(path)]
+        raw.write_bytes(b"".join(name + (10205).to_bytes(4, "big") for name in (b"A_B", b"A/B", b"a_b", b"A/B")))
+        for view, shown in (("--quiet", "01/02/05"), ("--raw-counts", "10205")):
+            tables = self.folder / view
+            self.assertEqual(run("decode", *options, view, "-o", str(tables), str(raw)).returncode, 0)
+            got = {path.stem: path.read_text().splitlines()[1:] for path in tables.iterdir()}
+            self.assertEqual(got, {"A_B": [f",1,{shown}"], "A_B_2": [f",1,{shown}", f",2,{shown}"],
+                                   "a_b_3": [f",1,{shown}"]})
 
     def test_a_log_cut_anywhere_gives_the_frames_before_the_cut(self):
         raw = self.simulated("--raw-log", "-d", PROFILER, "--frames", "12")
