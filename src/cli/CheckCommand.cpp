@@ -58,16 +58,14 @@ void WritePackage(COutput& output, const LoadedPackage& package) {
 }
 
 void PrintPackage(COutput& output, const LoadedPackage& package) {
-    output.Text("Instrument Package File: \"" + package.path + "\"\n\tName: " + package.name +
-                "\n\tBaud rate: " + package.baudRate + "\n");
+    WriteLog(output, "Instrument Package File: \"" + package.path + "\"\r\n\tName: " +
+                         package.name + "\r\n\tBaud rate: " + package.baudRate + "\r\n");
     for (const std::string& message : package.messages) {
         WriteLog(output, message);
         output.Text(NativeLineEnd());
     }
-    for (const PackageMember& member : package.members) {
-        output.Text("\n" + member.name + "\n");
-        WriteLog(output, member.instrument->ParseLog());
-    }
+    for (const PackageMember& member : package.members)
+        WriteLog(output, "\r\n" + member.name + "\r\n" + member.instrument->ParseLog());
 }
 
 bool CheckDefinition(COutput& output, const std::string& path, bool json) {
@@ -108,10 +106,10 @@ int RunCheck(const CheckOptions& options, CommandContext& context) {
     COutput output;
     bool well = true;
     for (const std::string& path : options.files) {
-        if (context.stop.Requested())
-            return ExitInterrupted;
         bool isPackage = ExtensionOf(path) == "sip";
         well = (isPackage ? CheckPackage : CheckDefinition)(output, path, options.json) && well;
+        if (context.stop.Requested())
+            return ExitInterrupted;
         if (!output.Good())
             break;
     }
@@ -126,6 +124,7 @@ void AddCheckCommand(CLI::App& app, CommandContext& context) {
     CLI::App* command =
         app.add_subcommand("check", "Load definition files and packages and report what was found");
     command->add_flag("--json", options.json, "One JSON object a file instead of the parse log");
+    command->add_flag("--quiet", context.quiet, "No progress bar");
     command->add_option("FILE", options.files, "Definition files (.cal, .tdf) or packages (.sip)")
         ->type_name("")
         ->required();

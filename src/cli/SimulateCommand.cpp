@@ -389,6 +389,7 @@ void AddSimulateCommand(CLI::App& app, CommandContext& context) {
     command->add_option("--noise", options.faults.noise, "Junk bytes before each frame")
         ->type_name("BYTES")
         ->check(CLI::Range(0, 1 << 20));
+    command->add_flag("--quiet", context.quiet, "No progress bar");
     command->callback(
         [&context] { context.body = [&context] { return CSimulation(options, context).Run(); }; });
 }

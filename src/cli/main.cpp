@@ -42,6 +42,7 @@ int Run(int argc, char** argv) {
     // The parser would take the word behind a bare --wet for its value.
     std::replace(arguments.begin(), arguments.end(), std::string("--wet"),
                  std::string("--wet=") + qor::EveryInstrument);
+    const std::string command = arguments.size() > 1 ? arguments[1] : "";
     std::reverse(arguments.begin() + 1, arguments.end()); // the parser takes them from the back
     arguments.erase(arguments.begin());
     try {
@@ -51,6 +52,9 @@ int Run(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         std::string text = error.what();
         std::replace(text.begin(), text.end(), '\n', ' ');
+        if (app.get_subcommands().empty())
+            text = command.empty() ? "A command is required"
+                                   : "There is no command or option \"" + command + "\"";
         qor::ReportError(text + (text.ends_with('.') ? "" : ".") + " See qorview-cli --help.");
         return qor::ExitBadCall;
     }
