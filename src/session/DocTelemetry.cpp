@@ -50,6 +50,12 @@ bool CQorViewDoc::ConnectAll() {
 }
 
 void CQorViewDoc::DisconnectAll() {
+    {
+        // All workers end at the same time instead of one after the other.
+        CRecursiveLock lock(DocLock);
+        for (const auto& resource : Resources)
+            resource->Comm.RequestStop();
+    }
     for (int i = 0; i < static_cast<int>(ResourceCount()); ++i)
         (void)DisconnectResource(i); // reported where it fails; the others are to go on
 }
