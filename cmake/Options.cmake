@@ -31,3 +31,12 @@ else()
     target_link_options(qorview_options INTERFACE -fsanitize=${QORVIEW_SANITIZE})
   endif()
 endif()
+
+# The path of a frame leads through all layers: the program is optimised as a whole. The tests are
+# linked the quick way from the same objects.
+add_library(qorview_whole INTERFACE)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND NOT WIN32 AND NOT QORVIEW_SANITIZE)
+  target_compile_options(qorview_whole INTERFACE $<$<CONFIG:Release>:-flto -ffat-lto-objects>)
+  target_link_options(qorview_options INTERFACE
+    $<$<CONFIG:Release>:$<IF:$<BOOL:$<TARGET_PROPERTY:QORVIEW_WHOLE>>,-flto=auto,-fno-lto>>)
+endif()
