@@ -24,8 +24,8 @@ struct Role {
     bool emptyIdToo;
     const char* joinedType; ///< with this type the id is empty
 };
-constexpr Role Counter = {"FRAME", "COUNTER", true, "FRAMECOUNTER"};
-constexpr Role Checksum = {"CHECK", "SUM", false, "CHECKSUM"};
+constexpr Role CounterRole = {"FRAME", "COUNTER", true, "FRAMECOUNTER"};
+constexpr Role ChecksumRole = {"CHECK", "SUM", false, "CHECKSUM"};
 
 bool HasRoleForm(const CSensor& sensor) {
     const bool oneByte = sensor.Data == DataType::BU && sensor.FieldLength == 1;
@@ -61,11 +61,11 @@ bool IsValidRate(const CSensor& sensor, double& rate) {
 } // namespace
 
 std::int32_t FrameCounterIndex(const CInstrument& instrument) {
-    return FindRole(instrument, Counter);
+    return FindRole(instrument, CounterRole);
 }
 
 std::int32_t ChecksumIndexOf(const CInstrument& instrument) {
-    return FindRole(instrument, Checksum);
+    return FindRole(instrument, ChecksumRole);
 }
 
 void CFrameChecks::SetUp(const CInstrument& instrument, const std::string& instrumentName,
@@ -76,6 +76,8 @@ void CFrameChecks::SetUp(const CInstrument& instrument, const std::string& instr
     ResourceName = resourceName;
     CounterIndex = CounterEnabled ? FrameCounterIndex(instrument) : -1;
     ChecksumIndex = ChecksumEnabled ? ChecksumIndexOf(instrument) : -1;
+    Counter = instrument.Sensor(CounterIndex);
+    Checksum = instrument.Sensor(ChecksumIndex);
     // Decided: the first frame only sets the counter.
     Resynchronise = true;
     ExpectedCounter = 0;
@@ -106,10 +108,9 @@ void CFrameChecks::Tell(const char* what, std::string_view detail) {
 }
 
 /// The raw value of a role sensor; false after a reported error, which ends the frame's checks.
-bool CFrameChecks::Read(std::int32_t index, ByteSpan frame, std::int64_t& value,
+bool CFrameChecks::Read(const CSensor* sensor, ByteSpan frame, std::int64_t& value,
                         FrameCheckResult& result) {
     RawValue raw;
-    const CSensor* const sensor = Instrument->Sensor(index);
     const ConversionStatus status =
         sensor ? RawOf(*sensor, frame, raw) : ConversionStatus::NotUsable;
     value = raw.integer;
@@ -143,7 +144,7 @@ void CFrameChecks::CheckCounter(std::int64_t received, FrameCheckResult& result)
 /// Sums the frame up to and including the byte where the checksum field begins, whatever the
 /// field's type: the byte that balances the sum.
 void CFrameChecks::CheckSum(ByteSpan frame, FrameCheckResult& result) {
-    const std::size_t offset = Instrument->Sensor(ChecksumIndex)->ByteOffset;
+    const std::size_t offset = Checksum->ByteOffset;
     const std::size_t count = std::min(frame.size(), offset + 1);
     std::uint8_t sum = 0;
     for (std::size_t i = 0; i < count; ++i)
@@ -162,11 +163,11 @@ FrameCheckResult CFrameChecks::Check(ByteSpan frame) {
         return result;
     std::int64_t value = 0;
     if (CounterIndex != -1) {
-        if (!Read(CounterIndex, frame, value, result))
+        if (!Read(Counter, frame, value, result))
             return result;
         CheckCounter(value, result);
     }
-    if (ChecksumIndex != -1 && Read(ChecksumIndex, frame, value, result))
+    if (ChecksumIndex != -1 && Read(Checksum, frame, value, result))
         CheckSum(frame, result);
     return result;
 }

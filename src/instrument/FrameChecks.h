@@ -44,13 +44,15 @@ class CFrameChecks {
     FrameCheckResult Check(ByteSpan frame);
 
   private:
-    bool Read(std::int32_t index, ByteSpan frame, std::int64_t& value, FrameCheckResult& result);
+    bool Read(const CSensor* sensor, ByteSpan frame, std::int64_t& value, FrameCheckResult& result);
     void CheckCounter(std::int64_t received, FrameCheckResult& result);
     void CheckSum(ByteSpan frame, FrameCheckResult& result);
     void CountError(std::uint64_t& count);
     void Tell(const char* what, std::string_view detail);
 
     const CInstrument* Instrument = nullptr;
+    const CSensor* Counter = nullptr; ///< the sensors of the indexes
+    const CSensor* Checksum = nullptr;
     CMessageSink* Sink = nullptr;
     std::string InstrumentName, ResourceName;
 };

@@ -3,9 +3,18 @@
 // Finding a terminator: memory search for its first byte, then byte by byte.
 #include "telemetry/TerminatorScan.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace qor {
+
+namespace {
+
+bool BeginsWith(ByteSpan bytes, std::string_view text) {
+    return AsText(bytes.first(std::min(bytes.size(), text.size()))) == text;
+}
+
+} // namespace
 
 bool CTerminatorScan::Find(ByteSpan frame, std::string_view terminator) {
     while (!Done && Position < frame.size()) {
@@ -18,6 +27,11 @@ bool CTerminatorScan::Find(ByteSpan frame, std::string_view terminator) {
             }
             Position =
                 static_cast<std::size_t>(static_cast<const std::uint8_t*>(first) - frame.data());
+            if (BeginsWith(frame.subspan(Position), terminator)) { // the usual case at once
+                Position += terminator.size();
+                Done = true;
+                break;
+            }
         }
         bool agrees = frame[Position] == static_cast<std::uint8_t>(terminator[Matched]);
         Matched = agrees ? Matched + 1 : 0;
