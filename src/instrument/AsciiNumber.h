@@ -6,6 +6,7 @@
 
 #include "base/Bytes.h"
 #include "instrument/ConversionStatus.h"
+#include "instrument/VariableFields.h"
 
 #include <cstdint>
 
@@ -19,5 +20,13 @@ ConversionStatus ReadAsciiInteger(ByteSpan field, std::int32_t& value);
 /// An ASCII floating-point number at the beginning of the field behind leading blanks, to the
 /// nearest double. NoNumber without one, NotFinite beyond double's range.
 ConversionStatus ReadAsciiFloat(ByteSpan field, double& value);
+
+/// The same for a field of the frame, faster: bytes of the frame around the field may be looked at.
+ConversionStatus ReadAsciiFloat(ByteSpan frame, FieldRange field, double& value);
+
+/// The field is a number of digits and a point within a frame, and short: of a magnitude below
+/// 1e11. False says nothing.
+constexpr std::size_t ShortAsciiFloatLength = 11;
+bool IsShortAsciiFloat(ByteSpan frame, FieldRange field);
 
 } // namespace qor

@@ -12,11 +12,6 @@ namespace qor {
 
 namespace {
 
-constexpr bool IsTimeText(FitType fit) {
-    return fit == FitType::DDMM || fit == FitType::HHMMSS || fit == FitType::DDMMYY ||
-           fit == FitType::TIME2;
-}
-
 constexpr bool IsNumeric(FitType fit) {
     return fit == FitType::COUNT || IsOptic(fit) || fit == FitType::POLYF || fit == FitType::POLYU;
 }

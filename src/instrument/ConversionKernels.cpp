@@ -124,6 +124,19 @@ QOR_CLONES void LoadSigned16(const std::uint8_t* bytes, std::size_t count, doubl
 
 } // namespace
 
+bool ConvertSingles(const std::uint8_t* frame, std::span<const SingleField> fields,
+                    double* numbers) {
+    std::uint64_t bits = 0;
+    for (const SingleField& field : fields) {
+        const std::int64_t sign = field.signBit;
+        const std::int64_t magnitude = Load32(frame + field.at) & field.mask;
+        const double value = field.fit(static_cast<double>((magnitude ^ sign) - sign));
+        numbers[field.sensor] = value;
+        bits |= NotFiniteBit(value);
+    }
+    return (bits & SignBit) == 0;
+}
+
 bool ConvertOptic16(const std::uint8_t* bytes, std::size_t count, const OpticCoefficients& c,
                     double* values) {
     switch (c.factorCount) {

@@ -6,11 +6,26 @@
 #pragma once
 
 #include "base/Bytes.h"
+#include "instrument/FieldValue.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 namespace qor {
+
+/// A big-endian integer of 1 to 4 bytes and its polynomial, the rule among ancillary sensors.
+struct SingleField {
+    std::size_t at = 0;        ///< of the four bytes that end with the field
+    std::uint32_t mask = 0;    ///< its bits in them
+    std::uint32_t signBit = 0; ///< 0: unsigned
+    FieldPolynomial fit;
+    std::size_t sensor = 0; ///< where its value goes
+};
+
+/// numbers[sensor] of every field. False when some value is not finite.
+bool ConvertSingles(const std::uint8_t* frame, std::span<const SingleField> fields,
+                    double* numbers);
 
 /// Up to three factor arrays, applied from the left behind the subtraction of `offset`.
 struct OpticCoefficients {

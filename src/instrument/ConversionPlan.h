@@ -8,7 +8,6 @@
 #include "base/Bytes.h"
 #include "instrument/ConversionStatus.h"
 #include "instrument/Instrument.h"
-#include "instrument/VariableFields.h"
 
 #include <memory>
 #include <string>
@@ -29,7 +28,7 @@ struct FrameValues {
         bool failed = false;                  ///< the statuses are to be restored
         std::vector<double> integrationTimes; ///< for each OPTIC3 run, of its scales
         std::vector<double> scales;           ///< c3 / t
-        std::vector<FieldRange> fields;       ///< of a delimited frame
+        std::vector<std::size_t> cuts;        ///< of a delimited frame, see CFieldCutter
         std::size_t fieldCount = 0;
     };
     Memory memory;

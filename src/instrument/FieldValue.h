@@ -39,6 +39,18 @@ inline double FactoredPolynomial(std::span<const double> c, double x) {
     return value;
 }
 
+/// The fit of a POLYU or POLYF sensor; without coefficients the raw value itself.
+struct FieldPolynomial {
+    std::span<const double> c;
+    bool factored = false;
+
+    double operator()(double x) const {
+        if (c.empty())
+            return x;
+        return factored ? FactoredPolynomial(c, x) : UnfactoredPolynomial(c, x);
+    }
+};
+
 /// Applies the fit to a raw value; `time` matters to OPTIC3 only. NotUsable for a fit without a
 /// number or a sensor without the coefficients that its fit needs.
 ConversionStatus ApplyFit(const CSensor& sensor, const RawValue& raw,
@@ -50,6 +62,10 @@ ConversionStatus NumberOfField(const CSensor& sensor, ByteSpan field,
 
 /// The text of a cut field, as ValueText; a null `text` asks for the status alone.
 ConversionStatus TextOfField(const CSensor& sensor, ByteSpan field, std::string* text);
+
+/// The text of a time or position fit stands for raw values of a magnitude below this one; 0 when
+/// the fit does not take the data type, or is no such fit.
+double TimeTextLimit(FitType fit, DataType data);
 
 /// The text of a DDMMYY, HHMMSS, DDMM or TIME2 fit; a null `text` asks for the status alone.
 /// WrongDataType when the fit does not take the sensor's data type, NotFinite for a position or

@@ -43,6 +43,10 @@ std::optional<FitType> FitTypeOf(std::string_view keyword);
 constexpr bool IsOptic(FitType fit) {
     return fit == FitType::OPTIC1 || fit == FitType::OPTIC2 || fit == FitType::OPTIC3;
 }
+constexpr bool IsTimeText(FitType fit) {
+    return fit == FitType::DDMM || fit == FitType::HHMMSS || fit == FitType::DDMMYY ||
+           fit == FitType::TIME2;
+}
 
 class CSensor {
   public:

@@ -8,6 +8,7 @@
 #include <charconv>
 #include <chrono>
 #include <cmath>
+#include <limits>
 
 namespace qor {
 
@@ -19,15 +20,11 @@ std::string Split(const std::string& digits, char separator, std::size_t last) {
            digits.substr(digits.size() - last);
 }
 
-ConversionStatus DateText(const RawValue& raw, std::string* text) {
-    if (text)
-        *text = Split(Format("%06lld", static_cast<long long>(raw.integer)), '/', 2);
-    return ConversionStatus::Good;
+std::string DateText(const RawValue& raw) {
+    return Split(Format("%06lld", static_cast<long long>(raw.integer)), '/', 2);
 }
 
-ConversionStatus ClockText(const RawValue& raw, std::string* text) {
-    if (!text)
-        return ConversionStatus::Good;
+std::string ClockText(const RawValue& raw) {
     char digits[330]; // the longest double has 309 digits before the point
     // Kept: the sign is dropped.
     const auto end = std::to_chars(digits, digits + sizeof digits, std::fabs(raw.number),
@@ -35,34 +32,21 @@ ConversionStatus ClockText(const RawValue& raw, std::string* text) {
     std::string padded(digits, end.ptr);
     if (padded.size() < 9)
         padded.insert(0, 9 - padded.size(), '0');
-    *text = Split(padded, ':', 5);
-    return ConversionStatus::Good;
+    return Split(padded, ':', 5);
 }
 
-ConversionStatus PositionText(const RawValue& raw, std::string* text) {
+std::string PositionText(const RawValue& raw) {
     // Kept: the sign is dropped, and seconds may round to 60.
     double whole = 0.0, degrees = 0.0;
     const double fraction = std::modf(std::fabs(raw.number), &whole);
     const double partOfDegrees = std::modf(whole * 0.01, &degrees);
-    // Decided: degrees that no 32-bit integer holds are no position.
-    if (degrees > 2147483647.0)
-        return ConversionStatus::NotFinite;
-    if (text)
-        *text = Format("%d %02d' %02d\"", static_cast<int>(degrees),
-                       static_cast<int>(partOfDegrees * 100.0 + 0.5),
-                       static_cast<int>(fraction * 60.0 + 0.5));
-    return ConversionStatus::Good;
+    return Format("%d %02d' %02d\"", static_cast<int>(degrees),
+                  static_cast<int>(partOfDegrees * 100.0 + 0.5),
+                  static_cast<int>(fraction * 60.0 + 0.5));
 }
 
-ConversionStatus CalendarText(const RawValue& raw, DataType data, std::string* text) {
+std::string CalendarText(const RawValue& raw, DataType data) {
     using namespace std::chrono;
-    // Decided: what lies further than 28,500 years from 1970 is no time; the calendar's years end
-    // not far behind.
-    constexpr double Furthest = 9.0e11;
-    if (std::fabs(raw.number) > Furthest)
-        return ConversionStatus::NotFinite;
-    if (!text)
-        return ConversionStatus::Good;
     const std::int64_t count =
         IsInteger(data) ? raw.integer : static_cast<std::int64_t>(std::trunc(raw.number));
     const sys_seconds time{seconds(count)};
@@ -70,31 +54,61 @@ ConversionStatus CalendarText(const RawValue& raw, DataType data, std::string* t
     const year_month_day date(day);
     const hh_mm_ss clock(time - day);
     const int year = ((static_cast<int>(date.year()) % 100) + 100) % 100;
-    *text = Format("%02d-%02u-%02u %02d.%02d.%02d", year, static_cast<unsigned>(date.month()),
-                   static_cast<unsigned>(date.day()), static_cast<int>(clock.hours().count()),
-                   static_cast<int>(clock.minutes().count()),
-                   static_cast<int>(clock.seconds().count()));
-    return ConversionStatus::Good;
+    return Format("%02d-%02u-%02u %02d.%02d.%02d", year, static_cast<unsigned>(date.month()),
+                  static_cast<unsigned>(date.day()), static_cast<int>(clock.hours().count()),
+                  static_cast<int>(clock.minutes().count()),
+                  static_cast<int>(clock.seconds().count()));
 }
 
 } // namespace
 
-ConversionStatus TimeText(const CSensor& sensor, const RawValue& raw, std::string* text) {
-    const DataType data = sensor.Data;
+double TimeTextLimit(FitType fit, DataType data) {
+    constexpr double None = std::numeric_limits<double>::infinity();
+    // Decided: degrees that no 32-bit integer holds are no position.
+    constexpr double Position = 2147483648.0 * 100.0;
+    // Decided: what lies further than 28,800 years from 1970 is no time; the calendar's years end
+    // not far behind.
+    constexpr double Calendar = 9.1e11;
     const bool floating = data == DataType::BF || data == DataType::BD || data == DataType::AF;
     const bool whole = data == DataType::BU || data == DataType::BS || data == DataType::AI;
+    switch (fit) {
+    case FitType::DDMMYY:
+        return whole ? None : 0.0;
+    case FitType::HHMMSS:
+        return floating ? None : 0.0;
+    case FitType::DDMM:
+        return floating ? Position : 0.0;
+    case FitType::TIME2:
+        return Calendar;
+    default:
+        return 0.0;
+    }
+}
+
+ConversionStatus TimeText(const CSensor& sensor, const RawValue& raw, std::string* text) {
+    const double limit = TimeTextLimit(sensor.Fit, sensor.Data);
+    if (limit == 0.0)
+        return IsTimeText(sensor.Fit) ? ConversionStatus::WrongDataType
+                                      : ConversionStatus::NotUsable;
+    if (std::fabs(raw.number) >= limit)
+        return ConversionStatus::NotFinite;
+    if (!text)
+        return ConversionStatus::Good;
     switch (sensor.Fit) {
     case FitType::DDMMYY:
-        return whole ? DateText(raw, text) : ConversionStatus::WrongDataType;
+        *text = DateText(raw);
+        break;
     case FitType::HHMMSS:
-        return floating ? ClockText(raw, text) : ConversionStatus::WrongDataType;
+        *text = ClockText(raw);
+        break;
     case FitType::DDMM:
-        return floating ? PositionText(raw, text) : ConversionStatus::WrongDataType;
-    case FitType::TIME2:
-        return CalendarText(raw, data, text);
+        *text = PositionText(raw);
+        break;
     default:
-        return ConversionStatus::NotUsable;
+        *text = CalendarText(raw, sensor.Data);
+        break;
     }
+    return ConversionStatus::Good;
 }
 
 } // namespace qor

@@ -53,12 +53,19 @@ class CDice {
                                              "1e300", "130705"};
         std::string body;
         for (int i = Roll(30); i > 0; --i)
-            body +=
-                std::string(Chance(90) ? "," : ";") + (Chance(80) ? fields[Roll(4)] : Pick(fields));
+            body += std::string(Chance(90) ? "," : ";") + (Chance(60) ? Number() : Pick(fields));
         return body + (Chance(90) ? "\r\n" : "");
     }
 
   private:
+    std::string Number() {
+        std::string text = Chance(20) ? "-" : "";
+        const int digits = 1 + Roll(Chance(70) ? 8 : 18), point = Roll(2 * digits);
+        for (int n = 0; n < digits; ++n)
+            text += n == point ? '.' : static_cast<char>('0' + Roll(10));
+        return Chance(5) ? text + Pick({'.', 'e', ' ', '\xFF', '/', ':'}) : text;
+    }
+
     std::string Run(bool delimited) {
         static const char* const types[] = {"BU", "BS", "BF", "BD", "HU", "HS", "AI", "AF", "AS"};
         static const char* const fits[] = {"NONE",  "COUNT", "OPTIC1", "OPTIC2", "OPTIC3", "POLYF",

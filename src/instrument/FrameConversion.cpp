@@ -1,0 +1,241 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// Converting a frame by its instrument's plan. What fails (a text without a number, a value that is
+// not finite) is converted again sensor by sensor, which yields each sensor's own status. So is a
+// frame that is too short for some sensor.
+#include "instrument/AsciiNumber.h"
+#include "instrument/Calibration.h"
+#include "instrument/ConversionPlanState.h"
+
+#include <bit>
+#include <cmath>
+#include <limits>
+
+namespace qor {
+
+/// Makes the values ready for the next frame: statuses of a frame without faults.
+void CConversionPlan::Impl::Prepare(FrameValues& values) const {
+    FrameValues::Memory& memory = values.memory;
+    const bool fits = values.numbers.size() == sensors.size() &&
+                      values.statuses.size() == sensors.size() && memory.plan == identity;
+    if (fits && !memory.failed)
+        return;
+    values.statuses = usual;
+    memory.failed = false;
+    if (fits)
+        return;
+    memory.plan = identity;
+    values.numbers.assign(sensors.size(), 0.0);
+    // No valid integration time is a NaN: the first frame computes the scales.
+    memory.integrationTimes.assign(times, std::numeric_limits<double>::quiet_NaN());
+    memory.scales.assign(offsets.size(), 0.0);
+    memory.cuts.assign(cutter ? cutter->Fields() + 1 : 0, 0);
+    memory.fieldCount = 0;
+}
+
+/// Raw values of text fields; false at the first that holds no number.
+bool CConversionPlan::Impl::LoadTexts(const ConversionRun& run, ByteSpan frame, double* numbers,
+                                      const FrameValues& values) const {
+    for (std::size_t i = 0; i < run.count; ++i) {
+        const CSensor& sensor = *sensors[run.first + i];
+        ByteSpan field;
+        RawValue raw;
+        if (Field(sensor, frame, values, field) != ConversionStatus::Good ||
+            RawOfField(sensor, field, raw) != ConversionStatus::Good)
+            return false;
+        numbers[i] = raw.number;
+    }
+    return true;
+}
+
+/// Raw values into the numbers, as doubles; false when one cannot be extracted.
+bool CConversionPlan::Impl::Load(const ConversionRun& run, ByteSpan frame, double* numbers,
+                                 const FrameValues& values) const {
+    const std::uint8_t* const at = frame.data() + run.begin;
+    switch (run.data) {
+    case DataType::BU:
+    case DataType::BS:
+        LoadIntegers(at, run.width, run.data == DataType::BS, run.count, numbers);
+        return true;
+    case DataType::BF:
+    case DataType::BD:
+        return LoadFloats(at, run.width, run.count, numbers);
+    default:
+        return LoadTexts(run, frame, numbers, values);
+    }
+}
+
+/// The arrays of an OPTIC2 or OPTIC3 run for this frame; false without an integration time.
+/// Multiplying by 1.0 is exact, so without immersion its factor is left out.
+bool CConversionPlan::Impl::Coefficients(const ConversionRun& run, bool immersed,
+                                         FrameValues& values, OpticCoefficients& c) const {
+    c.offset = offsets.data() + run.pool;
+    if (run.fit == FitType::OPTIC3) {
+        if (values.statuses[run.time] != ConversionStatus::Good)
+            return false;
+        FrameValues::Memory& memory = values.memory;
+        const double time = values.numbers[run.time];
+        double* const scales = memory.scales.data() + run.pool;
+        double& known = memory.integrationTimes[run.slot];
+        if (std::bit_cast<std::uint64_t>(known) != std::bit_cast<std::uint64_t>(time)) {
+            DivideAll(numerators.data() + run.pool, time, run.count, scales);
+            known = time;
+        }
+        c.factors[c.factorCount++] = scales;
+    }
+    if (immersed)
+        c.factors[c.factorCount++] = immersions.data() + run.pool;
+    c.factors[c.factorCount++] = factors.data() + run.pool;
+    return true;
+}
+
+bool CConversionPlan::Impl::ApplyGains(const ConversionRun& run, bool immersed,
+                                       double* numbers) const {
+    bool finite = true;
+    for (std::size_t i = 0; i < run.count; ++i) {
+        const GainCoefficients& c = gains[run.pool + i];
+        const auto raw = static_cast<std::int64_t>(numbers[i]);
+        const auto gain = static_cast<std::size_t>(raw & 3);
+        const auto counts = static_cast<double>(raw & ~std::int64_t{3});
+        numbers[i] =
+            (counts - c.offset[gain]) * (immersed ? c.immersion[gain] : 1.0) * c.factor[gain];
+        finite = finite && std::isfinite(numbers[i]);
+    }
+    return finite;
+}
+
+bool CConversionPlan::Impl::ApplyPolynomials(const ConversionRun& run, double* numbers) const {
+    bool finite = true;
+    for (std::size_t i = 0; i < run.count; ++i) {
+        numbers[i] = polynomials[run.first + i](numbers[i]);
+        finite = finite && std::isfinite(numbers[i]);
+    }
+    return finite;
+}
+
+/// Converts a run whose fields all lie in the frame; false when some sensor of it fails, or when
+/// its sensors are to be converted one by one.
+bool CConversionPlan::Impl::ConvertRun(const ConversionRun& run, ByteSpan frame, bool immersed,
+                                       FrameValues& values) const {
+    if (!run.loops)
+        return false;
+    double* const numbers = values.numbers.data() + run.first;
+    OpticCoefficients c;
+    if ((run.fit == FitType::OPTIC2 || run.fit == FitType::OPTIC3) &&
+        !Coefficients(run, immersed, values, c))
+        return false;
+    if (run.data == DataType::BU && run.width == 2 && c.factorCount > 0)
+        return ConvertOptic16(frame.data() + run.begin, run.count, c, numbers);
+    if (!Load(run, frame, numbers, values))
+        return false;
+    switch (run.fit) {
+    case FitType::OPTIC1:
+        return ApplyGains(run, immersed, numbers);
+    case FitType::OPTIC2:
+    case FitType::OPTIC3:
+        return ConvertOptic(run.count, c, numbers);
+    case FitType::POLYF:
+    case FitType::POLYU:
+        return ApplyPolynomials(run, numbers);
+    default:
+        return true;
+    }
+}
+
+ConversionStatus ReadAsciiWhole(ByteSpan frame, FieldRange field, double& number) {
+    std::int32_t integer = 0;
+    const ConversionStatus status =
+        ReadAsciiInteger(frame.subspan(field.begin, field.end - field.begin), integer);
+    number = integer;
+    return status;
+}
+
+/// Converts a text field that lies in the frame; false when it has no value.
+bool CConversionPlan::Impl::ConvertText(const TextNumber& text, ByteSpan frame,
+                                        FrameValues& values) const {
+    FieldRange field = text.field;
+    if (text.variable)
+        field = CFieldCutter::Field(values.memory.cuts.data(), text.cut);
+    // No time or position text asks for less.
+    if (text.statusOnly && !text.isInteger && IsShortAsciiFloat(frame, field))
+        return true;
+    double number = 0.0;
+    const ConversionStatus status = text.isInteger ? ReadAsciiWhole(frame, field, number)
+                                                   : ReadAsciiFloat(frame, field, number);
+    if (status != ConversionStatus::Good)
+        return false;
+    if (std::fabs(number) >= text.limit)
+        return false;
+    number = text.fit(number);
+    values.numbers[text.sensor] = number;
+    return std::isfinite(number);
+}
+
+/// FieldOf, by the cuts that are there already.
+ConversionStatus CConversionPlan::Impl::Field(const CSensor& sensor, ByteSpan frame,
+                                              const FrameValues& values, ByteSpan& field) const {
+    if (!frame.data() || !sensor.VariableLength)
+        return FieldOf(sensor, frame, field);
+    const auto k = static_cast<std::size_t>(sensor.VariableIndex);
+    if (sensor.VariableIndex < 0 || k >= values.memory.fieldCount)
+        return ConversionStatus::FieldNotFound;
+    const FieldRange range = CFieldCutter::Field(values.memory.cuts.data(), k);
+    field = frame.subspan(range.begin, range.end - range.begin);
+    return ConversionStatus::Good;
+}
+
+void CConversionPlan::Impl::ConvertSensor(std::size_t i, ByteSpan frame, bool immersed,
+                                          FrameValues& values) const {
+    const CSensor& sensor = *sensors[i];
+    ByteSpan field;
+    ConversionStatus status = Field(sensor, frame, values, field);
+    if (status == ConversionStatus::Good && KindOfValue(sensor) == ValueKind::Text)
+        status = TextOfField(sensor, field, nullptr);
+    else if (status == ConversionStatus::Good) {
+        IntegrationTimeValue time;
+        if (const CSensor* source = sensor.IntegrationTime;
+            sensor.Fit == FitType::OPTIC3 && source && source->Index < sensor.Index) {
+            const auto index = static_cast<std::size_t>(source->Index);
+            time = {values.statuses[index], values.numbers[index]};
+        }
+        status = NumberOfField(sensor, field, time, immersed, values.numbers[i]);
+    }
+    values.statuses[i] = status;
+    values.memory.failed = values.memory.failed || status != ConversionStatus::Good;
+}
+
+/// Converts a frame that holds every field.
+void CConversionPlan::Impl::ConvertWhole(ByteSpan frame, bool immersed, FrameValues& values) const {
+    if (!ConvertSingles(frame.data(), singles, values.numbers.data()))
+        for (const SingleField& single : singles)
+            ConvertSensor(single.sensor, frame, immersed, values);
+    for (const TextNumber& text : texts)
+        if (!ConvertText(text, frame, values))
+            ConvertSensor(text.sensor, frame, immersed, values);
+    for (const ConversionRun& run : runs)
+        if (!ConvertRun(run, frame, immersed, values))
+            for (std::size_t i = run.first; i < run.first + run.count; ++i)
+                ConvertSensor(i, frame, immersed, values);
+}
+
+void CConversionPlan::Convert(ByteSpan frame, bool immersed, FrameValues& values) const {
+    const Impl& plan = *Compiled;
+    plan.Prepare(values);
+    if (plan.cutter)
+        values.memory.fieldCount = plan.cutter->Cut(frame, values.memory.cuts.data());
+    if (frame.data() && frame.size() >= plan.bytes && values.memory.fieldCount >= plan.fields)
+        plan.ConvertWhole(frame, immersed, values);
+    else
+        for (std::size_t i = 0; i < plan.sensors.size(); ++i)
+            plan.ConvertSensor(i, frame, immersed, values);
+    values.anyFailed = plan.usualFails || values.memory.failed;
+}
+
+ConversionStatus CConversionPlan::Text(const CSensor& sensor, ByteSpan frame,
+                                       const FrameValues& values, std::string& text) const {
+    ByteSpan field;
+    const ConversionStatus status = Compiled->Field(sensor, frame, values, field);
+    return status == ConversionStatus::Good ? TextOfField(sensor, field, &text) : status;
+}
+
+} // namespace qor
