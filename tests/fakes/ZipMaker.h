@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
 // Zip archives as a test wants them, sound or hostile: every field of a member can be made to lie.
-// It packs runs of one byte only, which is what a bomb needs; everything else is stored.
+// Nothing is really packed: a deflate stream holds stored blocks.
 #pragma once
 
 #include <cstdint>
@@ -33,32 +33,6 @@ inline std::string DeflateStored(const std::string& text) {
         if (last)
             return packed;
     }
-}
-
-/// A deflate stream of that many blanks, 258 of them in 13 bits.
-inline std::string DeflateBlanks(std::size_t count) {
-    std::string packed;
-    unsigned bits = 0, filled = 0;
-    const auto put = [&](unsigned value, unsigned width) {
-        bits |= value << filled;
-        for (filled += width; filled >= 8; filled -= 8, bits >>= 8)
-            packed += static_cast<char>(bits & 255);
-    };
-    const auto putCode = [&](unsigned code, unsigned width) { // Huffman codes go in bit by bit
-        for (unsigned bit = width; bit-- > 0;)
-            put(code >> bit & 1, 1);
-    };
-    put(3, 3);             // the last block, fixed codes
-    putCode(0x30 + 32, 8); // one blank
-    for (--count; count >= 258; count -= 258) {
-        putCode(0xc5, 8); // length 258
-        putCode(0, 5);    // distance 1
-    }
-    for (; count > 0; --count)
-        putCode(0x30 + 32, 8);
-    putCode(0, 7);
-    put(0, 7);
-    return packed;
 }
 
 struct ZipMember {

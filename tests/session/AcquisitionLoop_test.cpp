@@ -109,38 +109,20 @@ TEST_F(APlayback, LogReplayLogGivesTheSameBytes) {
     {
         CRecursiveLock lock(replay.DocLock);
         replay.NoDialogs = true;
+        replay.Resources[0]->Playing = true;
         replay.Naming.logNamingMode = LogNamingMode::UserFileName;
         replay.Naming.logDirectory = Folder;
         replay.Naming.logUserFileName = "second.raw";
     }
     ASSERT_TRUE(replay.RawLog.BeginLogFile());
     CAcquisitionLoop loop(replay);
-    EXPECT_EQ(loop.PlayFile(file), 900u);
-    std::size_t frames = 1;
-    EXPECT_FALSE(loop.PlayBatch(file, frames));
-    EXPECT_EQ(frames, 0u);
+    while (replay.IsPlaying())
+        loop.Step(0);
+    EXPECT_EQ(replay.StatusOf(file).frames, 900u);
     ASSERT_TRUE(replay.RawLog.EndLogFile(true));
     EXPECT_EQ(Data(Folder + "second.raw"), Data(first));
     EXPECT_EQ(replay.StatusOf(file).dropped, 0u);
     EXPECT_EQ(replay.StatusOf(file).figures.bytesDiscarded, 0u);
-}
-
-TEST_F(APlayback, PlayingFileAndLivePortRunInOneLoop) {
-    const std::string first = WriteLog(50);
-    int file = Doc.AddFileResource(first);
-    CQorViewIns* old = nullptr;
-    ASSERT_EQ(Doc.RemoveInstrument(Port, 0), CommResult::Success);
-    old = Add("PRO", file);
-    ASSERT_NE(old, nullptr);
-    {
-        CRecursiveLock lock(Doc.DocLock);
-        Doc.Resources[static_cast<std::size_t>(file)]->Playing = true;
-    }
-    while (Loop.Step(0)) {
-    }
-    EXPECT_EQ(old->FramesReceived, 50u);
-    CRecursiveLock lock(Doc.DocLock);
-    EXPECT_FALSE(Doc.Resources[static_cast<std::size_t>(file)]->Playing);
 }
 
 } // namespace

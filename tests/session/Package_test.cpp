@@ -13,7 +13,6 @@ namespace qor {
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 const std::string Definition = "INSTRUMENT HDR '' 3 AS 0 NONE\nPRES NONE 'dbar' 8 BD 0 COUNT\n";
 const std::string Properties = "NAME = Cast\r\nBAUDRATE = 57600\r\n";
@@ -61,6 +60,7 @@ TEST_F(PackageTest, LoadsDefinitionsInArchiveOrderAndPassesOverTheRest) {
                  .Add("Properties.txt", Properties)
                  .Add("deep/", "")
                  .Add("deep/er/./b.Tdf", Definition)
+                 .Add("bad.cal", "PRES NONE '' 4 BU 0 COUNT\n")
                  .Add("a.cal", Definition));
     EXPECT_TRUE(loaded.ok);
     EXPECT_EQ(loaded.name, "Cast");
@@ -72,7 +72,8 @@ TEST_F(PackageTest, LoadsDefinitionsInArchiveOrderAndPassesOverTheRest) {
     EXPECT_EQ(loaded.members[0].instrument->SensorCount(), 1);
     EXPECT_THAT(loaded.members[0].instrument->FilePath(),
                 testing::EndsWith("cast.sip/PROFILER.CAL"));
-    EXPECT_THAT(Sink.Messages(), IsEmpty());
+    EXPECT_THAT(Sink.Messages(),
+                ElementsAre(testing::HasSubstr("INSTRUMENT definition line not found.\r\n")));
 }
 
 TEST_F(PackageTest, SaysWhyThePackageAsAWholeIsRefused) {
@@ -136,26 +137,13 @@ TEST_F(PackageTest, HostileMembersAreReportedAndTheLoopGoesOn) {
     EXPECT_THAT(Names(loaded), ElementsAre("good.cal", "x/../ok.tdf"));
 }
 
-TEST_F(PackageTest, ADefinitionThatDoesNotLoadIsLeftOutAndItsLogKept) {
-    const LoadedPackage loaded = Load(CZipMaker()
-                                          .Add("Properties.txt", Properties)
-                                          .Add("bad.cal", "PRES NONE '' 4 BU 0 COUNT\n")
-                                          .Add("good.cal", Definition));
-    EXPECT_TRUE(loaded.ok);
-    EXPECT_THAT(Names(loaded), ElementsAre("good.cal"));
-    ASSERT_EQ(Sink.Messages().size(), 1u);
-    EXPECT_THAT(Sink.Messages()[0],
-                testing::HasSubstr("INSTRUMENT definition line not found.\r\n"));
-}
-
 TEST_F(PackageTest, BombsAreRefusedBeforeAnythingIsInflated) {
     CZipMaker many, large;
     for (int i = 0; i <= 1024; ++i)
         many.Add(Format("%d.cal", i), "");
     large.Add("Properties.txt", Properties);
-    constexpr std::size_t Blanks = 12 << 20;
     for (const char* name : {"a.cal", "b.cal", "c.cal"})
-        large.Add({.name = name, .method = 8, .packed = DeflateBlanks(Blanks), .size = Blanks});
+        large.Add({.name = name, .method = 8, .packed = "?", .size = 12 << 20});
     const std::string tooLarge = About("is larger than a package may be: 1024 files, 32 MB of "
                                        "definition files, 64 MB in all. It was not opened.");
     EXPECT_THAT(Load(many).messages, ElementsAre(tooLarge));
@@ -171,19 +159,16 @@ TEST_F(PackageTest, BombsAreRefusedBeforeAnythingIsInflated) {
 }
 
 TEST_F(PackageTest, ALineWithoutEndAndContentWithoutEndAreNotExtracted) {
-    constexpr std::size_t Blanks = 8 << 20;
-    std::string lines = Definition;
-    while (lines.size() < (2 << 20))
+    std::string lines = Definition, comments = Definition;
+    while (lines.size() < (2 << 20)) {
         lines += "AUX NONE '' 1 BU 0 COUNT\n";
-    std::string comments = Definition;
-    while (comments.size() < (2 << 20))
         comments += "# nothing that costs memory, whatever there is of it\n";
-    const LoadedPackage loaded = Load(
-        CZipMaker()
-            .Add("Properties.txt", Properties)
-            .Add({.name = "bomb.cal", .method = 8, .packed = DeflateBlanks(Blanks), .size = Blanks})
-            .Add("lines.cal", lines)
-            .Add("comments.cal", comments));
+    }
+    const LoadedPackage loaded = Load(CZipMaker()
+                                          .Add("Properties.txt", Properties)
+                                          .Add("bomb.cal", std::string(2 << 20, ' '))
+                                          .Add("lines.cal", lines)
+                                          .Add("comments.cal", comments));
     EXPECT_THAT(loaded.messages, ElementsAre(NotExtracted("bomb.cal"), NotExtracted("lines.cal")));
     EXPECT_THAT(Names(loaded), ElementsAre("comments.cal"));
 }

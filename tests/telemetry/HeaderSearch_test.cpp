@@ -60,11 +60,12 @@ TEST(HeaderSearch, FindsWhatThePlainWalkFindsHoweverTheBytesCome) {
     std::mt19937 random(42);
     std::size_t found = 0;
     for (int round = 0; round < 20000; ++round) {
-        std::size_t alphabet = 2 + random() % 3;
-        std::vector<std::string> headers(1 + random() % 7);
+        bool many = round % 200 == 0; // in long junk
+        std::size_t alphabet = many ? 6 : 2 + random() % 3;
+        std::vector<std::string> headers(many ? 80 : 1 + random() % 7);
         for (std::string& header : headers)
-            header = RandomText(random, random() % 6, alphabet);
-        std::string stream = RandomText(random, random() % 80, alphabet);
+            header = (many ? "A" : "") + RandomText(random, random() % 6, alphabet);
+        std::string stream = RandomText(random, random() % (many ? 5000 : 80), alphabet);
         Matches expected = PlainMatches(headers, stream);
         found += expected.size();
         for (std::size_t chunk : {std::size_t{1}, std::size_t{5}, std::size_t{1000}})
@@ -72,21 +73,6 @@ TEST(HeaderSearch, FindsWhatThePlainWalkFindsHoweverTheBytesCome) {
                 << testing::PrintToString(headers) << ' ' << stream << ' ' << chunk;
     }
     EXPECT_GT(found, 100000U);
-}
-
-TEST(HeaderSearch, LongJunkAndManyHeadersAreAsThePlainWalkHasThem) {
-    std::mt19937 random(43);
-    for (int round = 0; round < 50; ++round) {
-        std::vector<std::string> headers(40 + random() % 60);
-        for (std::string& header : headers)
-            header = "SAT" + RandomText(random, 1 + random() % 5, 6);
-        std::string stream;
-        while (stream.size() < 5000)
-            stream += random() % 4 == 0 ? headers[random() % headers.size()].substr(0, random() % 8)
-                                        : RandomText(random, 20, 26);
-        ASSERT_EQ(ChunkedMatches(headers, stream, 400, 1024, random),
-                  PlainMatches(headers, stream));
-    }
 }
 
 TEST(HeaderSearch, ThePlainWalkItselfKeepsItsRules) {

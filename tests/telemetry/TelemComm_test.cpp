@@ -9,7 +9,9 @@
 #include "platform/SystemText.h"
 #include "telemetry/StreamRun.h"
 
+#include <atomic>
 #include <gtest/gtest.h>
+#include <thread>
 
 namespace qor {
 namespace {
@@ -329,6 +331,37 @@ TEST_F(AResource, UnknownInstrumentsAndAttachFailuresAreTold) {
                      "Enabling telemetry acquisition for RAD on COM1.\r\n",
                      "Disabling telemetry acquisition for RAD on COM1.\r\n",
                      "Detaching RAD from COM1.\r\n"}));
+}
+
+// What the thread sanitizer has to say.
+TEST_F(AResource, AnyThreadMayAskWhileAnotherConnectsAndDisconnects) {
+    Initialise();
+    Attach();
+    std::atomic<bool> done = false;
+    std::size_t frames = 0, handedOver = 0;
+    std::thread other([&] {
+        while (!done) {
+            frames += Frames().size();
+            Comm.IdentityOf("RAD");
+            EXPECT_EQ(Comm.EnableAcquisition("RAD"), CommResult::Success);
+        }
+    });
+    CFrameQueue left;
+    for (int round = 0; round < 20; ++round) {
+        Connect();
+        Script.Bytes("$Rabcd$Refgh").FramingError().Bytes("$Rijkl").Played();
+        if (round % 4 == 3)
+            Script.ThenFail("CollectRead", 5);
+        EXPECT_EQ(Comm.Disconnect(&left), CommResult::Success);
+        handedOver += left.Size();
+        std::uint32_t code = 0;
+        EXPECT_EQ(Comm.ResetAbortCode(code), CommResult::Success);
+        Script.Repair();
+    }
+    done = true;
+    other.join();
+    EXPECT_EQ(Comm.Figures().framesCut, 60u);
+    EXPECT_EQ(frames + handedOver, 60u) << "a frame is retrieved or handed over";
 }
 
 } // namespace
