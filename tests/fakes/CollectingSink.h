@@ -29,7 +29,6 @@ class CCollectingSink : public CMessageSink {
         CLock held(Guard);
         return static_cast<std::size_t>(std::count(Collected.begin(), Collected.end(), message));
     }
-    bool Has(const std::string& message) const { return Count(message) != 0; }
     /// The messages so far, which are then forgotten.
     std::vector<std::string> Take() {
         CLock held(Guard);

@@ -32,13 +32,13 @@ class CScriptedUser : public CUserService {
         Note(Dialogs, displayName);
         return Confirms;
     }
-    void Beep(BeepKind kind) override { ++(kind == BeepKind::Asterisk ? Asterisks : Beeps); }
+    void Beep(BeepKind kind) override { Asterisks += kind == BeepKind::Asterisk; }
     void RequestClose() override { ++CloseRequests; }
 
     std::vector<std::string> TakeMessages() { return Take(Messages); }
     std::vector<std::string> TakeQuestions() { return Take(Questions); }
     std::vector<std::string> TakeDialogs() { return Take(Dialogs); }
-    std::atomic<int> Asterisks{0}, Beeps{0}, CloseRequests{0};
+    std::atomic<int> Asterisks{0}, CloseRequests{0};
 
   private:
     void Note(std::vector<std::string>& list, const std::string& text) {

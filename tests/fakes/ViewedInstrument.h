@@ -37,8 +37,6 @@ class CViewedInstrument {
         frame.Info.frameCounter = ++Sent;
         Instrument.Process(frame);
     }
-    /// Lets frames pass that nobody sees.
-    void Skip(std::uint32_t frames) { Sent += frames; }
 
   private:
     static std::string Lines(const std::vector<std::string>& sensors) {

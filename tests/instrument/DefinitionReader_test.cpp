@@ -96,20 +96,15 @@ std::string Replace(std::string text, std::string_view from, const std::string& 
     return text;
 }
 
-struct GoldenCase {
-    const char* name;
-    const char* ending;
-    std::int32_t frameSize;
-    std::int32_t badLines;
-    std::int32_t diagnostics;
-    std::string_view delimiters, terminator;
-};
-
 TEST(DefinitionReader, GoldenDefinitionsGiveTheirLogsAndSensors) {
-    const GoldenCase cases[] = {{"repairs", ".cal", 51, 1, 22, "", ""},
-                                {"dropped", ".cal", 22, 1, 12, "", ""},
-                                {"delimiters", ".tdf", 17, 0, 13, ",,", "\r\n"}};
-    for (const GoldenCase& golden : cases) {
+    const struct {
+        const char *name, *ending;
+        std::int32_t frameSize, badLines, diagnostics;
+        std::string_view delimiters, terminator;
+    } cases[] = {{"repairs", ".cal", 51, 1, 22, "", ""},
+                 {"dropped", ".cal", 22, 1, 12, "", ""},
+                 {"delimiters", ".tdf", 17, 0, 13, ",,", "\r\n"}};
+    for (const auto& golden : cases) {
         SCOPED_TRACE(golden.name);
         const std::string stem = QORVIEW_SOURCE_DIR "/tests/golden/definitions/"s + golden.name;
         const std::string path = stem + golden.ending;
@@ -131,43 +126,40 @@ TEST(DefinitionReader, GoldenDefinitionsGiveTheirLogsAndSensors) {
 }
 
 TEST(DefinitionReader, FatalFaultsEndTheLoadWithTheirMessage) {
-    const std::string header = "Invalid INSTRUMENT definition line found.\r\n";
-    const std::string serial = "Invalid SN (Serial Number) definition line found.\r\n";
-    const std::string reading = "An error occured reading the Calibration File.\r\n";
-    const std::string name = "\tCalibration File Name: \"test.cal\".\r\n";
-    const std::string aborted = "\tInstrument processing aborted.\r\n";
+    using enum DefinitionStatus;
     struct {
         std::string text;
         DefinitionStatus status;
         std::string first, last;
     } const cases[] = {
-        {"A 1 '' 2 BU 0 COUNT\n", DefinitionStatus::HeaderNotFound,
-         "INSTRUMENT definition line not found.\r\n", ""},
-        {"INSTRUMENT QOR '' 4 XX 0 NONE\nA 1 '' 2 BU 0 COUNT\n", DefinitionStatus::HeaderNotFound,
-         "INSTRUMENT definition line not found.\r\n", ""},
-        {"INSTRUMENT QOR '' 4 BU 1 POLYU\n", DefinitionStatus::FieldLength, header,
-         "\tThe field length parameter is invalid.\r\n"},
-        {"instrument QOR '' 3 AI 1 POLYU\n", DefinitionStatus::DataTypeInvalid, header,
-         "\tThe data type parameter is invalid.\r\n"},
-        {"vlf_Instrument QOR '' 3 AS 1 POLYU\n", DefinitionStatus::GainRange, header,
-         "\tThe gain range parameter is invalid.\r\n"},
-        {"INSTRUMENT QOR '' 3 AS 0 POLYU\n", DefinitionStatus::HeaderFitType, header,
-         "\tThe fit type parameter is invalid.\r\n"},
-        {Fixed + "SN NONE '' 4 AS 0 NONE\n", DefinitionStatus::FieldLength, serial,
-         "\tThe field length parameter is invalid.\r\n"},
-        {Fixed + "sn 12 '' 2 AF 0 NONE\n", DefinitionStatus::DataTypeInvalid, serial,
-         "\tThe data type parameter is invalid.\r\n"},
-        {Variable + "VLF_SN 12 '' 2 AI 0 DELIMITER\n", DefinitionStatus::HeaderFitType, serial,
-         "\tThe fit type parameter is invalid.\r\n"},
-        {Variable + Field + "A 1 '' V AS 0 NONE\n", DefinitionStatus::TerminatorNotFound, reading,
-         "\tThe TERMINATOR delimiter could not be found.\r\n"},
-        {Replace("xxxxxxxxxx", "x", "a b\n"), DefinitionStatus::FileCorrupted, reading,
-         "\tThe file format is invalid or corrupted.\r\n"},
+        {"A 1 '' 2 BU 0 COUNT\n", HeaderNotFound, "header", ""},
+        {"INSTRUMENT QOR '' 4 XX 0 NONE\nA 1 '' 2 BU 0 COUNT\n", HeaderNotFound, "header", ""},
+        {"INSTRUMENT QOR '' 4 BU 1 POLYU\n", FieldLength, "INSTRUMENT", "field length"},
+        {"instrument QOR '' 3 AI 1 POLYU\n", DataTypeInvalid, "INSTRUMENT", "data type"},
+        {"vlf_Instrument QOR '' 3 AS 1 POLYU\n", GainRange, "INSTRUMENT", "gain range"},
+        {"INSTRUMENT QOR '' 3 AS 0 POLYU\n", HeaderFitType, "INSTRUMENT", "fit type"},
+        {Fixed + "SN NONE '' 4 AS 0 NONE\n", FieldLength, "SN (Serial Number)", "field length"},
+        {Fixed + "sn 12 '' 2 AF 0 NONE\n", DataTypeInvalid, "SN (Serial Number)", "data type"},
+        {Variable + "VLF_SN 12 '' 2 AI 0 DELIMITER\n", HeaderFitType, "SN (Serial Number)",
+         "fit type"},
+        {Variable + Field + "A 1 '' V AS 0 NONE\n", TerminatorNotFound, "reading",
+         "The TERMINATOR delimiter could not be found"},
+        {Replace("xxxxxxxxxx", "x", "a b\n"), FileCorrupted, "reading",
+         "The file format is invalid or corrupted"},
     };
     for (const auto& fatal : cases) {
         const Loaded loaded = Load(fatal.text + "INSTRUMENT LATER '' 5 AS 0 NONE\n");
         EXPECT_EQ(loaded.status, fatal.status) << fatal.text;
-        EXPECT_EQ(loaded->ParseLog(), fatal.first + name + fatal.last + aborted) << fatal.text;
+        std::string log = fatal.first == "header" ? "INSTRUMENT definition line not found.\r\n"
+                          : fatal.first == "reading"
+                              ? "An error occured reading the Calibration File.\r\n"
+                              : "Invalid " + fatal.first + " definition line found.\r\n";
+        log += "\tCalibration File Name: \"test.cal\".\r\n";
+        if (fatal.last.starts_with("The "))
+            log += "\t" + fatal.last + ".\r\n";
+        else if (!fatal.last.empty())
+            log += "\tThe " + fatal.last + " parameter is invalid.\r\n";
+        EXPECT_EQ(loaded->ParseLog(), log + "\tInstrument processing aborted.\r\n") << fatal.text;
     }
 }
 

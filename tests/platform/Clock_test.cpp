@@ -55,12 +55,9 @@ TEST(Clock, SecondsFromCalendarCarriesAndStaysInRange) {
               -62167219200);
 }
 
-TEST(Clock, LocalTimeIsTheStampsOwnOffset) {
+TEST(Clock, LocalTimeIsTheStampsOwnOffsetAndUnknownFieldsStandForThemselves) {
     FrameTime stamp{.seconds = 1115125679, .utcOffsetMinutes = -210, .known = true};
     EXPECT_EQ(Shown(LocalCalendar(stamp)), "2005-05-03 123 Tue 09:37:59");
-}
-
-TEST(Clock, UnknownAndUnfinishedFieldsStandForThemselves) {
     EXPECT_EQ(FormatTime("%b %y %% %Q %", CalendarFromSeconds(0)), "Jan 70 % %Q %");
 }
 

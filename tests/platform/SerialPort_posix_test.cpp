@@ -27,12 +27,7 @@ class APort : public testing::Test {
     }
     ~APort() override {
         ::close(Keeper);
-        HangUp();
-    }
-    void HangUp() {
-        if (Instrument >= 0)
-            ::close(Instrument);
-        Instrument = -1;
+        ::close(Instrument);
     }
     void Send(std::string_view bytes) {
         ASSERT_EQ(::write(Instrument, bytes.data(), bytes.size()),
@@ -106,26 +101,6 @@ TEST_F(APort, WaitingTakesNoProcessorTime) {
     EXPECT_LT(micros(after.ru_utime) + micros(after.ru_stime) - micros(before.ru_utime) -
                   micros(before.ru_stime),
               20'000);
-}
-
-TEST_F(APort, IsOursAloneUntilClosed) {
-    ASSERT_EQ(Port->Open(Name), 0u);
-    auto second = MakeSystemSerialPort();
-    EXPECT_EQ(second->Open(Name), static_cast<SystemError>(EBUSY));
-    Port->Close();
-    EXPECT_EQ(second->Open(Name), 0u);
-}
-
-TEST_F(APort, LineThatIsGoneFailsTheReadAfterItsLastBytes) {
-    ASSERT_EQ(OpenConfigured(), 0u);
-    std::size_t got = 0;
-    std::uint32_t errors = 9;
-    ASSERT_EQ(Port->IssueRead(Buffer, got), IssueResult::Pending);
-    HangUp();
-    EXPECT_EQ(Port->Wait(10'000), WaitResult::ReadDone);
-    EXPECT_EQ(Port->ReadLineErrors(errors), 0u);
-    EXPECT_EQ(errors, 0u);
-    EXPECT_EQ(Port->CollectRead(got), static_cast<SystemError>(EIO));
 }
 
 TEST_F(APort, WhatIsNoFreeSerialDeviceIsRefused) {

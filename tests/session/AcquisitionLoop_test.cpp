@@ -36,27 +36,19 @@ class ALoop : public AScript, public ASession {
     CAcquisitionLoop Loop;
 };
 
-TEST_F(ALoop, DisconnectionTakesTheFramesThatNobodyHasTakenYet) {
-    Add("PRO", Port);
-    ASSERT_TRUE(Begin());
-    ASSERT_EQ(Doc.ConnectResource(Port), CommResult::Success);
-    Script.Bytes(Frames("PRO", 0, 20));
-    Script.Played();
-    EXPECT_EQ(Doc.DisconnectResource(Port), CommResult::Success);
-    ASSERT_TRUE(Doc.RawLog.EndLogFile(true));
-    EXPECT_EQ(Untagged(Folder + "cast.raw", 6), Frames("PRO", 0, 20));
-}
-
-TEST_F(ALoop, LostNoticeLosesNoFrame) {
+TEST_F(ALoop, ALostNoticeAndADisconnectionLoseNoFrame) {
     CQorViewIns* pro = Add("PRO", Port);
+    ASSERT_TRUE(Begin());
     ASSERT_TRUE(Doc.ConnectAll());
-    Script.Bytes(Frames("PRO", 0, 20));
-    Script.Played();
+    Script.Bytes(Frames("PRO", 0, 20)).Played();
     std::vector<ProcessCommand> lost;
     Doc.Controller()->Commands().Drain(lost, 0);
     EXPECT_TRUE(Loop.Step(0));
     EXPECT_EQ(pro->FramesReceived, 20u);
-    Doc.DisconnectAll();
+    Script.Bytes(Frames("PRO", 20, 20)).Played();
+    EXPECT_EQ(Doc.DisconnectResource(Port), CommResult::Success);
+    ASSERT_TRUE(Doc.RawLog.EndLogFile(true));
+    EXPECT_EQ(Untagged(Folder + "cast.raw", 6), Frames("PRO", 0, 40));
 }
 
 TEST_F(ALoop, StepTicksOnceASecondOfTheMonotonicClock) {

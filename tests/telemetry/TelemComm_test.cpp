@@ -313,14 +313,13 @@ TEST_F(AResource, UnknownInstrumentsAndAttachFailuresAreTold) {
                                   "Unable to detach instrument.\r\n" + uninitialised,
                                   "Unable to retrieve frames.\r\n" + uninitialised}));
     Initialise();
-    std::ignore = Comm.EnableAcquisition("RAD");
-    std::ignore = Comm.DisableAcquisition("RAD");
-    std::ignore = Comm.Detach("RAD");
-    std::ignore = Comm.Attach(Radiometer);
-    std::ignore = Comm.Attach(Radiometer);
-    std::ignore = Comm.EnableAcquisition("RAD");
-    std::ignore = Comm.DisableAcquisition("RAD");
-    std::ignore = Comm.Detach("RAD");
+    for (int attached : {0, 2}) {
+        for (int i = 0; i < attached; ++i)
+            std::ignore = Comm.Attach(Radiometer);
+        std::ignore = Comm.EnableAcquisition("RAD");
+        std::ignore = Comm.DisableAcquisition("RAD");
+        std::ignore = Comm.Detach("RAD");
+    }
     const std::string unattached = "\tThe instrument has not been attached or defined.\r\n";
     EXPECT_EQ(Sink.Take(),
               (Lines{"Unable to enable telemetry acquisition on COM1.\r\n" + unattached,

@@ -91,10 +91,13 @@ TEST_F(AncViewTest, ATiltAlarmBlinksAtEveryUpdateAndParKeepsItsColours) {
     EXPECT_EQ(View.Page().rows[1].value.textColour, Yellow);
     EXPECT_NE(View.Page().rows[1].value.text, "");
     View.SetAlarmSound(false);
-    Send(0, 45, 0);
-    View.Update(&Instrument.Ins());
-    EXPECT_EQ(tilt.background, Black);
-    EXPECT_EQ(tilt.textColour, Yellow);
+    for (double x : {45, 50}) {
+        Send(0, x, 0);
+        View.Update(&Instrument.Ins());
+        EXPECT_EQ(tilt.textColour, x == 45 ? Yellow : Cyan);
+        EXPECT_EQ(tilt.background, x == 45 ? Black : Red);
+    }
+    EXPECT_EQ(User.Asterisks, 2);
 
     Send(0, 1, NAN);
     View.Update(&Instrument.Ins());

@@ -16,13 +16,6 @@ TEST(OceanMath, TiltIsSymmetricAndNeverNegative) {
     EXPECT_EQ(TiltDegrees(-3, 4), TiltDegrees(4, 3));
 }
 
-TEST(OceanMath, SalinityAgreesWithTheCheckValuesOfTheScale) {
-    constexpr double Standard = 42.914; // mS/cm
-    EXPECT_NEAR(PracticalSalinity(Standard, 15, 0), 35.0, 1e-6);
-    EXPECT_NEAR(PracticalSalinity(1.2 * Standard, 20, 2000), 37.245628, 1e-6);
-    EXPECT_NEAR(PracticalSalinity(0.65 * Standard, 5, 1500), 27.995347, 1e-6);
-}
-
 TEST(OceanMath, SalinityAgreesWithAnIndependentImplementationOverTheScalesRange) {
     // Made with SP_from_C of the GSW oceanographic toolbox (python3-gsw 3.6.16 of Debian 12), its
     // temperatures turned into those of 1968 by 1.00024.
@@ -42,6 +35,7 @@ TEST(OceanMath, SalinityAgreesWithAnIndependentImplementationOverTheScalesRange)
         EXPECT_NEAR(PracticalSalinity(one.conductivity, one.temperature, one.pressure),
                     one.salinity, 1e-8)
             << one.conductivity << ' ' << one.temperature << ' ' << one.pressure;
+    EXPECT_NEAR(PracticalSalinity(42.914, 15, 0), 35.0, 1e-6);
     for (double conductivity : {-1.0, std::nan(""), HUGE_VAL})
         EXPECT_EQ(PracticalSalinity(conductivity, 15, 0), 0.0) << "what is not finite is zero";
 }
@@ -113,21 +107,13 @@ TEST(Attenuation, IsTheSlopeOverTheWindow) {
     EXPECT_NEAR(attenuation.Coefficient().value_or(0), 0.05, 1e-12);
 }
 
-TEST(Attenuation, PassesOverDarknessAndMissingDepths) {
-    CAttenuation attenuation;
-    for (int i = 0; i <= 10; ++i) {
-        attenuation.Add(i, std::exp(-0.1 * i), 5.0);
-        attenuation.Add(i, 0.0, 5.0);
-        attenuation.Add(i, -1.0, 5.0);
-        attenuation.Add(NAN, 1.0, 5.0);
-    }
-    EXPECT_NEAR(attenuation.Coefficient().value_or(0), 0.1, 1e-12);
-}
-
-TEST(Attenuation, HangingAtOneDepthEmptiesTheWindow) {
+TEST(Attenuation, PassesOverDarknessAndMissingDepthsAndEmptiesAtOneDepth) {
     CAttenuation attenuation;
     for (int i = 0; i <= 10; ++i)
-        attenuation.Add(i, std::exp(-0.1 * i), 5.0);
+        for (const auto& [depth, light] :
+             {std::pair{1.0 * i, std::exp(-0.1 * i)}, {1.0 * i, 0.0}, {1.0 * i, -1.0}, {NAN, 1.0}})
+            attenuation.Add(depth, light, 5.0);
+    EXPECT_NEAR(attenuation.Coefficient().value_or(0), 0.1, 1e-12);
     for (int i = 0; i < 2100; ++i)
         attenuation.Add(10.0, 0.3, 5.0);
     EXPECT_FALSE(attenuation.Coefficient());

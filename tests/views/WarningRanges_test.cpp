@@ -52,28 +52,6 @@ TEST(WarningRanges, ClassifyTheAlarmFirstAndBoundsAsOutside) {
         EXPECT_EQ(Classify(one.ranges, one.value), one.state) << one.value;
 }
 
-TEST(WarningRanges, AnAlarmBlinksAndBeepsInTheLitPhase) {
-    const WarningRanges ranges{20, 45, 45, 180, 1, 1};
-    const struct {
-        double value;
-        AlarmSignal signal;
-        Colour background, text;
-        int beeps;
-    } cases[] = {
-        {50, {true, true}, 0x0000FF, 0xFFFF00, 1},  {50, {true, false}, 0x0000FF, 0xFFFF00, 0},
-        {50, {false, true}, 0x000000, 0xFFFF00, 0}, {30, {true, true}, 0x00FFFF, 0x000000, 0},
-        {10, {true, true}, 0x000000, 0x00FFFF, 0},
-    };
-    for (const auto& one : cases) {
-        CScriptedUser user;
-        GridCell cell;
-        PaintWatched(ranges, one.value, one.signal, user, cell);
-        EXPECT_EQ(cell.background, one.background);
-        EXPECT_EQ(cell.textColour, one.text);
-        EXPECT_EQ(user.Asterisks, one.beeps);
-    }
-}
-
 TEST(AncWarningsDialog, RefusesRangesWhoseMinimumIsNotBelowTheMaximum) {
     constexpr const char* Warning =
         "The Warning Range minimum value cannot\nbe greater than the maximum value.";
