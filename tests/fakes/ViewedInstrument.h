@@ -7,6 +7,7 @@
 #include "fakes/CollectingSink.h"
 #include "fakes/DefinedInstrument.h"
 #include "session/QorViewIns.h"
+#include "views/GridPage.h"
 
 #include <bit>
 #include <memory>
@@ -14,6 +15,15 @@
 #include <vector>
 
 namespace qor {
+
+/// A page as text; cells that are not black are marked.
+inline std::string PageText(const GridPage& page) {
+    std::string text = page.title + "\n";
+    for (const GridRow& row : page.rows)
+        text += "  " + row.label + " [" + row.units + "] = " + row.value.text +
+                (row.value.background == Black ? "" : " !") + "\n";
+    return text;
+}
 
 class CViewedInstrument {
   public:

@@ -32,6 +32,36 @@ PlainFrame Frame(const char* instrument, const char* bytes, std::uint64_t offset
     return {instrument, bytes, offset, seconds};
 }
 
+std::vector<PlainMatch> PlainMatches(const std::vector<std::string>& headers,
+                                     const std::string& stream) {
+    std::vector<PlainMatch> all;
+    std::size_t position = 0;
+    while (auto match = PlainSearch(headers, stream, position)) {
+        all.push_back(*match);
+        position = match->position + headers[match->candidate].size();
+    }
+    return all;
+}
+
+TEST(PlainSync, ItsHeaderSearchKeepsTheRules) {
+    const struct {
+        std::vector<std::string> headers;
+        const char* stream;
+        std::vector<PlainMatch> expected;
+        const char* why;
+    } cases[] = {
+        {{"AB", "AC"}, "xxACAB", {{2, 1}, {4, 0}}, "a later candidate from the same start"},
+        {{"AB", "ABC"}, "ABC", {{0, 0}}, "the earlier attached wins"},
+        {{"ABC", "AB"}, "ABD", {{0, 1}}, "the shorter one once the longer has failed"},
+        {{"AAB"}, "AAAB", {}, "an overlap with a broken match of the last is missed"},
+        {{"AAB", "X"}, "AAAB", {{1, 0}}, "but not with one of another"},
+        {{"", "A"}, "A", {{0, 1}}, "an empty header never matches"},
+        {{"ABCD", "A"}, "xABC", {{1, 1}}, "a partial match at the end gives way"},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(PlainMatches(c.headers, c.stream), c.expected) << c.why;
+}
+
 TEST(FrameSyncReplay, RawLogsComeBackAsTheyWereLogged) {
     auto two = {Fixed("A", "AA", 4), Text("G", "$GPGGA,")};
     const std::string taggedA = "AA12" + Tag(Noon);
@@ -102,7 +132,8 @@ struct RandomCase {
     explicit RandomCase(std::mt19937& random) {
         const char* terminators[] = {"", "", "\r\n", "B", "AAB"};
         std::set<std::string> headers;
-        while (headers.size() < 1 + random() % 5)
+        const std::size_t count = random() % 20 == 0 ? 25 : 1 + random() % 5;
+        while (headers.size() < count)
             headers.insert(Letters(random, 1 + random() % 4));
         for (const std::string& header : headers) {
             AttachRequest request = Text("I" + header, header, terminators[random() % 5],

@@ -3,6 +3,7 @@
 // The page of the sample package while its cast is played: what the operator saw every ten metres.
 #include "fakes/ManualClock.h"
 #include "fakes/ScriptedUser.h"
+#include "fakes/ViewedInstrument.h"
 #include "session/AcquisitionLoop.h"
 #include "session/PackageList.h"
 #include "views/PkgAncView.h"
@@ -13,14 +14,6 @@
 
 namespace qor {
 namespace {
-
-std::string PageText(const GridPage& page) {
-    std::string text = page.title + "\n";
-    for (const GridRow& row : page.rows)
-        text += "  " + row.label + " [" + row.units + "] = " + row.value.text +
-                (row.value.background == Black ? "" : " !") + "\n";
-    return text;
-}
 
 TEST(TheCastPage, ShowsWhatTheOperatorSawEveryTenMetres) {
     const std::string source = QORVIEW_SOURCE_DIR;

@@ -70,14 +70,12 @@ TEST(OceanMath, VelocityWaitsForAQuarterOfAUnit) {
     EXPECT_EQ(descent.Pass(10.25, 200.0), 0.25); // the first one takes one second
     EXPECT_EQ(descent.Pass(11.25, 202.0), 0.5);
     EXPECT_EQ(descent.Pass(11.0, 203.0), -0.25);
-}
 
-TEST(OceanMath, VelocityCountsFramesWhereThereIsNoTimer) {
-    VelocityState shared;
-    Descent descent{shared};
-    descent.Pass(1.0, {}, 1);
-    EXPECT_EQ(descent.Pass(2.0, {}, 5), 1.0);
-    EXPECT_EQ(descent.Pass(4.0, {}, 13), 1.0); // 8 frames at 4 Hz
+    VelocityState other;
+    Descent untimed{other}; // without a timer frames are counted, here 4 a second
+    untimed.Pass(1.0, {}, 1);
+    EXPECT_EQ(untimed.Pass(2.0, {}, 5), 1.0);
+    EXPECT_EQ(untimed.Pass(4.0, {}, 13), 1.0);
 }
 
 TEST(OceanMath, TwoDisplaysShareTheVelocity) {
