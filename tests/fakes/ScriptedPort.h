@@ -28,9 +28,8 @@ class CPortScript {
     }
     /// Waits in a row that bring nothing.
     CPortScript& Silence(int waits) {
-        CLock lock(Guard);
-        for (int i = 0; i < waits; ++i)
-            Steps.push_back({Step::Quiet, {}, 0, 0, {}});
+        CLock lock(Guard); // all at once: silence has no gaps
+        Steps.insert(Steps.end(), static_cast<std::size_t>(waits), {Step::Quiet, {}});
         Exhausted = false;
         return *this;
     }
@@ -180,21 +179,15 @@ class CScriptedPort : public CSerialPort {
     WaitResult Wait(int milliseconds) override {
         // Only a look, because the read is to be issued again: nothing is pending but the status.
         bool readPending = milliseconds != 0;
-        switch (Script.Next()) {
-        case CPortScript::Step::Read:
-            return readPending ? WaitResult::ReadDone : WaitResult::TimeOut;
-        case CPortScript::Step::ReadAtOnce: // a read that is pending already gets it as any other
-            return readPending ? WaitResult::ReadDone : WaitResult::TimeOut;
-        case CPortScript::Step::Event:
+        int next = Script.Next();
+        if (next == CPortScript::Step::Event)
             return WaitResult::StatusDone;
-        case CPortScript::Step::Quiet:
-            if (readPending)
-                Script.Take();
-            return WaitResult::TimeOut;
-        default:
+        if (next == CPortScript::Step::Quiet && readPending)
+            Script.Take();
+        if (next < 0)
             Script.Rest();
-            return readPending ? WaitResult::ReadDone : WaitResult::TimeOut;
-        }
+        return readPending && next != CPortScript::Step::Quiet ? WaitResult::ReadDone
+                                                               : WaitResult::TimeOut;
     }
     SystemError CollectRead(std::size_t& got) override {
         got = 0;

@@ -20,19 +20,13 @@ inline std::uint32_t Crc32(const std::string& text) {
     return ~crc;
 }
 
-/// A deflate stream: the text in stored blocks.
+/// A deflate stream: the text in one stored block.
 inline std::string DeflateStored(const std::string& text) {
-    std::string packed;
-    for (std::size_t at = 0;; at += 65535) {
-        const std::string block = text.substr(at, 65535);
-        const bool last = at + 65535 >= text.size();
-        const auto size = static_cast<unsigned>(block.size());
-        for (const unsigned byte : {last ? 1U : 0U, size & 255, size >> 8, ~size & 255, ~size >> 8})
-            packed += static_cast<char>(byte & 255);
-        packed += block;
-        if (last)
-            return packed;
-    }
+    const auto size = static_cast<std::uint16_t>(text.size());
+    std::string packed = "\1";
+    for (const int part : {size & 255, size >> 8, ~size & 255, ~size >> 8 & 255})
+        packed += static_cast<char>(part);
+    return packed + text;
 }
 
 struct ZipMember {

@@ -10,6 +10,7 @@
 #include "telemetry/SpecialLine.h"
 
 #include <fstream>
+#include <map>
 
 namespace qor {
 namespace {
@@ -71,11 +72,23 @@ TEST_F(AController, EveryOperationNamesItselfAndWhatIsMissing) {
     const CSensor* sensor = nullptr;
     CFrameData frame;
     CFrameQueue frames;
-    struct Row {
+    using enum CommResult;
+    const std::map<CommResult, std::string> details = {
+        {ResourceNotFound, NoResource},
+        {InstrumentNotFound, NoInstrument},
+        {ResourceReference, "\tThe communications resource reference is invalid.\r\n"},
+        {NotAFile, "\tThe specified communications resource is not a file.\r\n"},
+        {NotASerialPort, "\tThe specified communications resource is not a serial port.\r\n"},
+        {ResourceAlreadyDefined, "\tThe communications resource has already been defined.\r\n"},
+        {InstrumentAlreadyDefined, "\tThe instrument has already been defined.\r\n"},
+        {InstrumentReference, "\tThe instrument reference is invalid.\r\n"},
+    };
+    constexpr CommResult NotFound = InstrumentNotFound;
+    const struct {
         CommResult result;
         std::string deed;
-    };
-    const Row withoutResource[] = {
+        CommResult expected = ResourceNotFound;
+    } rows[] = {
         {Control.ModifyResource(Serial("X")), "modify communications resource: X"},
         {Control.ConnectResource("X"), "connect communications resource"},
         {Control.DisconnectResource("X"), "disconnect communications resource"},
@@ -90,64 +103,41 @@ TEST_F(AController, EveryOperationNamesItselfAndWhatIsMissing) {
         {Control.RetrieveFileFrame(3, frame, exists),
          "retrieve instrument frame from file resource"},
         {Control.RetrieveFrames("X", frames), "retrieve frame from telemetry resource X"},
-    };
-    const Row withoutInstrument[] = {
-        {Control.AttachInstrument("I", "COM1"), "attach instrument I to COM1"},
-        {Control.DetachInstrument("I"), "remove instrument I"},
-        {Control.StartAcquisition("I"), "start telemetry frame aquisition"},
-        {Control.InstrumentFileType("I", text), "retrieve the instrument file type"},
-        {Control.InstrumentFileName("I", text), "retrieve the instrument file name"},
-        {Control.InstrumentSerialNumber("I", text), "retrieve the instrument serial number"},
-        {Control.InstrumentSyncHeader("I", text), "retieve instrument header"},
+        {Control.AttachInstrument("I", "COM1"), "attach instrument I to COM1", NotFound},
+        {Control.DetachInstrument("I"), "remove instrument I", NotFound},
+        {Control.StartAcquisition("I"), "start telemetry frame aquisition", NotFound},
+        {Control.InstrumentFileType("I", text), "retrieve the instrument file type", NotFound},
+        {Control.InstrumentFileName("I", text), "retrieve the instrument file name", NotFound},
+        {Control.InstrumentSerialNumber("I", text), "retrieve the instrument serial number",
+         NotFound},
+        {Control.InstrumentSyncHeader("I", text), "retieve instrument header", NotFound},
         {Control.InstrumentLinesRead("I", number),
-         "retrieve the number of instrument file lines read"},
-        {Control.InstrumentFrameSize("I", number), "retrive instrument frame size"},
-        {Control.InstrumentSensorCount("I", number), "retrieve the number of instrument sensors"},
-        {Control.FindSensor("I", "VALUE", -1, sensor), "find instrument sensor"},
-        {Control.AccessSensor("I", 0, sensor), "access instrument sensors"},
-    };
-    struct {
-        Row row;
-        CommResult result;
-        std::string detail;
-    } const others[] = {
-        {{Control.CheckResource("", exists), "check existance of communications resource"},
-         CommResult::ResourceReference,
-         "The communications resource reference is invalid."},
-        {{Control.ResourceSettings("COM1", file), "retrieve telemetry communications information"},
-         CommResult::NotAFile,
-         "The specified communications resource is not a file."},
-        {{Control.RetrieveFileFrame(0, frame, exists),
-          "retrieve frame from telemetry resource COM1"},
-         CommResult::NotAFile,
-         "The specified communications resource is not a file."},
-        {{Control.ResourceSettings(Path, serial), "retrieve telemetry communications information"},
-         CommResult::NotASerialPort,
-         "The specified communications resource is not a serial port."},
-        {{Control.AddResource(Serial("COM1")), "add communications resource: COM1"},
-         CommResult::ResourceAlreadyDefined,
-         "The communications resource has already been defined."},
-        {{Control.AddInstrument(DefineFixed("V 1 '' 1 BU 0 COUNT\n")), "add instrument: HDR"},
-         CommResult::InstrumentAlreadyDefined,
-         "The instrument has already been defined."},
-        {{Control.AddInstrument(nullptr), "add instrument: "},
-         CommResult::InstrumentReference,
-         "The instrument reference is invalid."},
-        {{Control.AccessSensor("HDR", 99, sensor), "access instrument sensors"},
-         CommResult::InstrumentReference,
-         "The instrument reference is invalid."},
+         "retrieve the number of instrument file lines read", NotFound},
+        {Control.InstrumentFrameSize("I", number), "retrive instrument frame size", NotFound},
+        {Control.InstrumentSensorCount("I", number), "retrieve the number of instrument sensors",
+         NotFound},
+        {Control.FindSensor("I", "VALUE", -1, sensor), "find instrument sensor", NotFound},
+        {Control.AccessSensor("I", 0, sensor), "access instrument sensors", NotFound},
+        {Control.CheckResource("", exists), "check existance of communications resource",
+         ResourceReference},
+        {Control.ResourceSettings("COM1", file), "retrieve telemetry communications information",
+         NotAFile},
+        {Control.RetrieveFileFrame(0, frame, exists), "retrieve frame from telemetry resource COM1",
+         NotAFile},
+        {Control.ResourceSettings(Path, serial), "retrieve telemetry communications information",
+         NotASerialPort},
+        {Control.AddResource(Serial("COM1")), "add communications resource: COM1",
+         ResourceAlreadyDefined},
+        {Control.AddInstrument(DefineFixed("V 1 '' 1 BU 0 COUNT\n")), "add instrument: HDR",
+         InstrumentAlreadyDefined},
+        {Control.AddInstrument(nullptr), "add instrument: ", InstrumentReference},
+        {Control.AccessSensor("HDR", 99, sensor), "access instrument sensors", InstrumentReference},
     };
     Lines expected;
-    const auto expect = [&expected](const Row& row, CommResult result, const std::string& detail) {
-        EXPECT_EQ(row.result, result) << row.deed;
-        expected.push_back("Unable to " + row.deed + ".\r\n" + detail);
-    };
-    for (const Row& row : withoutResource)
-        expect(row, CommResult::ResourceNotFound, NoResource);
-    for (const Row& row : withoutInstrument)
-        expect(row, CommResult::InstrumentNotFound, NoInstrument);
-    for (const auto& other : others)
-        expect(other.row, other.result, "\t" + other.detail + "\r\n");
+    for (const auto& row : rows) {
+        EXPECT_EQ(row.result, row.expected) << row.deed;
+        expected.push_back("Unable to " + row.deed + ".\r\n" + details.at(row.expected));
+    }
     EXPECT_EQ(Take(), expected);
 
     std::ignore = Control.RemoveResource("X");
