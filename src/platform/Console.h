@@ -31,8 +31,13 @@ int TerminalColumns(StandardStream stream);
 enum class StreamWrite { Done, ReaderGone, Failed };
 
 /// Writes all bytes as they are to standard output or standard error, unbuffered. UTF-8 shows as
-/// such in a Windows console. Do not mix with stdio on the same stream.
+/// such in a Windows console. A reader that takes nothing for two seconds after a request to stop
+/// counts as gone (POSIX). Do not mix with stdio on the same stream.
 [[nodiscard]] StreamWrite WriteStream(StandardStream stream, std::string_view bytes);
+
+/// Waits until a descriptor takes bytes; false when it takes none for two seconds after a request to
+/// stop (POSIX).
+bool WaitForReader(int descriptor);
 
 /// The line end of text files here: LF, or CR LF on Windows.
 std::string_view NativeLineEnd();

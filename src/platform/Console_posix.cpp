@@ -4,14 +4,30 @@
 // them, so that no code of ours runs inside a signal handler.
 #include "platform/Console.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <csignal>
+#include <poll.h>
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace qor {
 
 namespace {
+
+/// How long a reader that stands still may hold up a program that was asked to stop.
+constexpr int StillMilliseconds = 2000, LookMilliseconds = 100;
+
+std::atomic<bool> StopAsked{false}; ///< of the living stop watch
+
+/// Whether a write may wait for a reader.
+bool HasReader(int descriptor) {
+    struct stat status {};
+    return fstat(descriptor, &status) == 0 &&
+           (S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode) || isatty(descriptor));
+}
 
 /// SIGTERM and SIGINT, and SIGHUP unless whoever started the program told it to ignore that
 /// (nohup).
@@ -55,14 +71,33 @@ int TerminalColumns(StandardStream stream) {
     return told ? size.ws_col : 80;
 }
 
+bool WaitForReader(int descriptor) {
+    pollfd writable{descriptor, POLLOUT, 0};
+    int waited = 0;
+    while (poll(&writable, 1, LookMilliseconds) == 0)
+        if (StopAsked && (waited += LookMilliseconds) >= StillMilliseconds)
+            return false;
+    return true;
+}
+
 StreamWrite WriteStream(StandardStream stream, std::string_view bytes) {
+    const int descriptor = static_cast<int>(stream);
+    const bool hasReader = HasReader(descriptor);
+    static std::atomic<bool> standsStill[3] = {}; // once is enough
     while (!bytes.empty()) {
-        ssize_t written = write(static_cast<int>(stream), bytes.data(), bytes.size());
+        if (hasReader && (standsStill[descriptor] || !WaitForReader(descriptor))) {
+            standsStill[descriptor] = true;
+            return StreamWrite::ReaderGone;
+        }
+        // So much is taken at once where there is room at all.
+        std::size_t piece =
+            hasReader ? std::min<std::size_t>(bytes.size(), PIPE_BUF) : bytes.size();
+        ssize_t written = write(descriptor, bytes.data(), piece);
         if (written >= 0)
             bytes.remove_prefix(static_cast<std::size_t>(written));
         else if (errno == EPIPE)
             return StreamWrite::ReaderGone;
-        else if (errno != EINTR)
+        else if (errno != EINTR && errno != EAGAIN)
             return StreamWrite::Failed;
     }
     return StreamWrite::Done;
@@ -97,6 +132,7 @@ CStopWatch::~CStopWatch() {
     sigset_t signals = StopSignals();
     Drain(signals);
     pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+    StopAsked = false;
 }
 
 void CStopWatch::Listen() {
@@ -114,6 +150,7 @@ void CStopWatch::Listen() {
 void CStopWatch::Request() {
     if (IsSecond())
         _exit(130);
+    StopAsked = true;
     Stop.Set();
 }
 

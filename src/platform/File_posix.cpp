@@ -6,10 +6,11 @@
 // a written byte is with the operating system when Write returns.
 #include "platform/File.h"
 
+#include "platform/Console.h"
+
 #include <cerrno>
 #include <fcntl.h>
 #include <filesystem>
-#include <poll.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <termios.h>
@@ -216,6 +217,9 @@ FileCause CFile::OpenForWriting(const std::string& path) {
         return cause;
     }
     PassBytesUnchanged(descriptor, status);
+    // A line whose other end takes nothing must not hold a program that is to end.
+    if (!S_ISREG(status.st_mode))
+        ::fcntl(descriptor, F_SETFL, ::fcntl(descriptor, F_GETFL) | O_NONBLOCK);
     Handle = descriptor;
     OpenedPath = path;
     OpenedFullPath = FullPathOf(path);
@@ -259,9 +263,8 @@ FileCause CFile::Write(ByteSpan bytes) {
             continue;
         if (errno != EAGAIN)
             return CauseOf(errno);
-        // Somebody who shares the descriptor made it non-blocking.
-        pollfd writable{DescriptorOf(Handle), POLLOUT, 0};
-        ::poll(&writable, 1, -1);
+        if (!WaitForReader(DescriptorOf(Handle)))
+            return FileCause::Generic;
     }
     return FileCause::None;
 }

@@ -65,9 +65,21 @@ TEST(StopWatchDeathTest, EndsTheProcessOnTheSecondSignalButNotOnOneDeliveredTwic
     _exit(piped && told ? 7 : 1);
 }
 
+/// Exit status 7 when a write that nobody reads ends once a stop is asked for.
+[[noreturn]] void WriteToAReaderThatStandsStill() {
+    CEvent stop;
+    CStopWatch watch(stop);
+    int ends[2];
+    bool piped = pipe(ends) == 0 && dup2(ends[1], 1) == 1;
+    kill(getpid(), SIGINT);
+    StreamWrite still = WriteStream(StandardStream::Output, std::string(1 << 20, 'x'));
+    _exit(piped && still == StreamWrite::ReaderGone ? 7 : 1);
+}
+
 TEST(WriteStreamDeathTest, TellsAGoneReaderFromAFault) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(WriteWithoutAReader(), testing::ExitedWithCode(7), "");
+    EXPECT_EXIT(WriteToAReaderThatStandsStill(), testing::ExitedWithCode(7), "");
 }
 
 } // namespace
