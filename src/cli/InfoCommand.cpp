@@ -14,6 +14,7 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <cstdio>
 
 namespace qor {
 
@@ -29,6 +30,7 @@ struct LogFacts {
     std::vector<HeaderRecord> records;
     std::uint64_t timeStamps = 0;
     FrameTime firstTimeStamp, lastTimeStamp;
+    FrameTime firstTag, lastTag; ///< of a raw log
 };
 
 /// What playing it with definitions adds.
@@ -42,15 +44,35 @@ struct PlayFacts {
     std::uint64_t bytesDiscarded = 0;
 };
 
-/// Reads the header block, then counts the time-stamp sentences, a piece of the file at a time.
+/// When the log was begun, in its local time; empty when its header does not say.
+std::optional<std::int64_t> BeginOf(const std::vector<HeaderRecord>& records) {
+    constexpr std::string_view months = "JanFebMarAprMayJunJulAugSepOctNovDec";
+    for (const HeaderRecord& record : records) {
+        char name[4] = {};
+        int day = 0, hour = 0, minute = 0, second = 0, year = 0;
+        if (record.tag != "TIME-STAMP" ||
+            std::sscanf(record.value.c_str(), "%*3s %3s %2d %2d:%2d:%2d %4d", name, &day, &hour,
+                        &minute, &second, &year) != 6)
+            continue;
+        std::size_t month = months.find(name);
+        if (month != std::string_view::npos)
+            return SecondsFromCalendar(year, static_cast<int>(month / 3) + 1, day, hour, minute,
+                                       second);
+    }
+    return {};
+}
+
+/// Reads the header block, then time-stamp sentences and tags, a piece of the file at a time.
 class CLogReader {
   public:
     bool Read(const std::string& path, const CommandContext& context, LogFacts& facts);
 
   private:
+    void FindTimeTags();
     void CountTimeStamps(bool last);
 
     LogFacts* Facts = nullptr;
+    std::optional<std::int64_t> Begin;
     std::vector<std::uint8_t> Piece;
 };
 
@@ -61,6 +83,7 @@ bool CLogReader::Read(const std::string& path, const CommandContext& context, Lo
     FileCause cause = file.OpenForReading(path);
     if (cause == FileCause::None)
         cause = ReadHeaderRecords(file, facts.records);
+    Begin = BeginOf(facts.records);
     // What a record does not tell apart is its own length: malformed ones count as well.
     std::uint64_t whole = 0;
     if (cause == FileCause::None && file.Size(whole) == FileCause::None)
@@ -70,12 +93,32 @@ bool CLogReader::Read(const std::string& path, const CommandContext& context, Lo
         Piece.resize(kept + pieceSize);
         cause = file.Read(std::span(Piece).subspan(kept), got);
         Piece.resize(kept + got);
+        FindTimeTags();
         CountTimeStamps(got == 0);
     }
     if (cause == FileCause::None)
         return true;
     ReportError(path + ": cannot be read. " + std::string(GetFileErrorText(cause)));
     return false;
+}
+
+/// Where frames end only a definition knows: here a tag is what reads as a time of this log.
+void CLogReader::FindTimeTags() {
+    constexpr std::int64_t day = 86400, longest = 366 * day;
+    if (!Begin || Piece.size() < TimeTagSize)
+        return;
+    auto find = [&](std::size_t place, FrameTime& found) {
+        std::optional<FrameTime> time = ParseTimeTag(ByteSpan(Piece).subspan(place, TimeTagSize));
+        if (!time || time->seconds < *Begin - day || time->seconds > *Begin + longest)
+            return false;
+        found = *time;
+        return true;
+    };
+    const std::size_t places = Piece.size() - TimeTagSize + 1;
+    for (std::size_t i = 0; !Facts->firstTag.known && i < places; ++i)
+        find(i, Facts->firstTag);
+    for (std::size_t i = places; i > 0 && !find(i - 1, Facts->lastTag);)
+        --i;
 }
 
 void CLogReader::CountTimeStamps(bool last) {
@@ -147,9 +190,9 @@ void WriteJson(COutput& output, const std::string& path, const LogFacts& facts,
     json.Key("time_stamps"), json.Integer(static_cast<std::int64_t>(facts.timeStamps));
     time("first_time_stamp", facts.firstTimeStamp);
     time("last_time_stamp", facts.lastTimeStamp);
+    time("first_time_tag", play ? play->firstTag : facts.firstTag);
+    time("last_time_tag", play ? play->lastTag : facts.lastTag);
     if (play) {
-        time("first_time_tag", play->firstTag);
-        time("last_time_tag", play->lastTag);
         json.Key("instruments"), json.BeginArray();
         for (const PlayFacts::Instrument& instrument : play->instruments) {
             json.BeginObject();
@@ -187,10 +230,10 @@ void WriteText(COutput& output, const std::string& path, const LogFacts& facts,
         Format("  time stamps       %llu\n", static_cast<unsigned long long>(facts.timeStamps)));
     time("  first time stamp  ", facts.firstTimeStamp);
     time("  last time stamp   ", facts.lastTimeStamp);
+    time("  first time tag    ", play ? play->firstTag : facts.firstTag);
+    time("  last time tag     ", play ? play->lastTag : facts.lastTag);
     if (!play)
         return;
-    time("  first time tag    ", play->firstTag);
-    time("  last time tag     ", play->lastTag);
     for (const PlayFacts::Instrument& instrument : play->instruments)
         output.Text(Format("  %-17s %llu frames, %llu dropped, %llu checksum errors\n",
                            instrument.name.c_str(),
