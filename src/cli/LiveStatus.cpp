@@ -26,7 +26,7 @@ void CLiveStatus::Erase() {
         WriteError("\x1b[A\x1b[2K");
 }
 
-std::string CLiveStatus::Line(int resource, double seconds) {
+std::string CLiveStatus::Line(int resource, double seconds, std::size_t room) {
     ResourceStatus status = Doc.StatusOf(resource);
     std::uint64_t& last = LastFrames[static_cast<std::size_t>(resource)];
     double rate = static_cast<double>(status.frames - last) / seconds;
@@ -35,12 +35,23 @@ std::string CLiveStatus::Line(int resource, double seconds) {
                         : !status.figures.connected   ? "not connected"
                         : status.figures.waiting      ? "waiting"
                                                       : "reading";
-    return Format("%-16s %-13s %9llu frames %7.1f/s  %llu dropped  %llu checksum errors  %llu "
-                  "bytes discarded",
-                  status.name.c_str(), state, static_cast<unsigned long long>(status.frames), rate,
-                  static_cast<unsigned long long>(status.dropped),
-                  static_cast<unsigned long long>(status.checksumErrors),
-                  static_cast<unsigned long long>(status.figures.bytesDiscarded));
+    auto frames = static_cast<unsigned long long>(status.frames);
+    auto dropped = static_cast<unsigned long long>(status.dropped);
+    auto checksumErrors = static_cast<unsigned long long>(status.checksumErrors);
+    auto discarded = static_cast<unsigned long long>(status.figures.bytesDiscarded);
+    std::string line =
+        Format("%-16s %-13s %9llu frames %7.1f/s  %llu dropped  %llu checksum "
+               "errors  %llu bytes discarded",
+               status.name.c_str(), state, frames, rate, dropped, checksumErrors, discarded);
+    if (line.size() <= room)
+        return line;
+    // All figures are to be seen in 80 columns too.
+    constexpr std::string_view devices = "/dev/";
+    std::size_t skipped = status.name.starts_with(devices) ? devices.size() : 0;
+    line = Format("%s %s %llu frames %.1f/s %llu dropped %llu checksum errors %llu discarded",
+                  status.name.c_str() + skipped, state, frames, rate, dropped, checksumErrors,
+                  discarded);
+    return line.substr(0, room);
 }
 
 void CLiveStatus::Update() {
@@ -51,13 +62,13 @@ void CLiveStatus::Update() {
     if (since < (Terminal ? DrawMilliseconds : SummaryMilliseconds))
         return;
     Last = now;
-    auto columns = static_cast<std::size_t>(TerminalColumns(StandardStream::Error));
+    std::size_t room = std::string::npos;
+    if (Terminal)
+        room = static_cast<std::size_t>(TerminalColumns(StandardStream::Error)) - 1;
     std::string text;
     int lines = static_cast<int>(Doc.ResourceCount());
-    for (int resource = 0; resource < lines; ++resource) {
-        std::string line = Line(resource, static_cast<double>(since) / 1000.0);
-        text += (Terminal ? line.substr(0, columns - 1) : line) + "\n";
-    }
+    for (int resource = 0; resource < lines; ++resource)
+        text += Line(resource, static_cast<double>(since) / 1000.0, room) + "\n";
     Erase();
     WriteError(text);
     if (Terminal)

@@ -22,7 +22,7 @@ class CLiveStatus {
     void Erase();
 
   private:
-    std::string Line(int resource, double seconds);
+    std::string Line(int resource, double seconds, std::size_t room);
 
     const CQorViewDoc& Doc;
     CClock& Clock;
