@@ -132,6 +132,7 @@ class CLogRun {
     bool SetUpPort(const PortOptions& port);
     bool ConnectPorts();
     void WaitForPosition();
+    bool BeginLog();
     void Watch();
     void NoteEntry(std::string_view entry);
     bool ReportTroubles(CLiveStatus* status);
@@ -229,6 +230,21 @@ void CLogRun::WaitForPosition() {
     }
 }
 
+bool CLogRun::BeginLog() {
+    constexpr int tries = 10;
+    for (int i = 0; i < tries; ++i) {
+        if (Document.RawLog.BeginLogFile())
+            return true;
+        // Programs that begin in one second and one folder want the same name: one has it, the
+        // others take the next second's.
+        if (!Options.name.empty() ||
+            Document.RawLog.Status().openFailure != FileCause::SharingViolation ||
+            Context.stopEvent.Wait(1000))
+            break;
+    }
+    return false;
+}
+
 /// Runs wherever entries are made, where the document's lock is held: it only takes note.
 void CLogRun::NoteEntry(std::string_view entry) {
     CRecursiveLock lock(Document.DocLock);
@@ -309,6 +325,8 @@ void CLogRun::Summarise() {
             static_cast<unsigned long long>(figures.frames), figures.framesThisLog,
             static_cast<unsigned long long>(figures.dropped),
             static_cast<unsigned long long>(figures.checksumErrors)));
+    output.Flush();
+    Fault = Fault || output.Failed();
 }
 
 int CLogRun::Run() {
@@ -325,10 +343,12 @@ int CLogRun::Run() {
     bool connected = Options.log.gpsHeaderEnabled && ConnectPorts();
     if (connected)
         WaitForPosition();
-    if (!Document.RawLog.BeginLogFile()) {
+    if (!BeginLog()) {
         Document.DisconnectAll();
         Loop.Stop();
-        if (!ReportTroubles(nullptr))
+        if (!ReportTroubles(nullptr) && Context.stop.Requested())
+            return ExitWell;
+        if (!Fault)
             ReportError("the raw log could not be begun in " + Options.directory +
                         "; choose another -o or --name.");
         return ExitFault;
@@ -396,6 +416,8 @@ void AddLogCommand(CLI::App& app, CommandContext& context) {
         ->allow_extra_args(false)
         ->required();
     AddInstrumentOptions(*command, options.instruments);
+    for (const char* files : {"--definition", "--package"})
+        command->get_option(files)->allow_extra_args(); // -d FIRST SECOND
     command->add_option("-o,--output", options.directory, "Folder of the raw logs (.)")
         ->type_name("DIR");
     command->add_option("--name", options.name, "Name of the raw log instead of the time it begins")

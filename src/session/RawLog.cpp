@@ -144,9 +144,9 @@ bool CRawLog::OpenLogFile() {
         if (cause != FileCause::None)
             PendingTexts.push_back(FileErrorMessage("while accessing the file", path, cause));
     }
-    FileCause cause = Writer.Create(path);
-    if (cause != FileCause::None) {
-        PendingTexts.push_back(FileErrorMessage("opening the file", path, cause));
+    State.openFailure = Writer.Create(path);
+    if (State.openFailure != FileCause::None) {
+        PendingTexts.push_back(FileErrorMessage("opening the file", path, State.openFailure));
         return false;
     }
     State.framesLogged = 0;

@@ -18,6 +18,7 @@ struct LogStatus {
     bool logOpen = false;       ///< a file is open and frames are written
     bool loggingActive = false; ///< a run is under way, also between the files of an interval run
     bool runFailed = false;     ///< the last run ended by a failure, not by time or the operator
+    FileCause openFailure = FileCause::None; ///< why the last file could not be opened
     bool waitingForNextLog = false; ///< an interval run waits for the start of its next file
     bool intervalRun = false;
     bool dataLogged = false;
