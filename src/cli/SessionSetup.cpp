@@ -41,24 +41,14 @@ bool NoteAdded(const AddedInstrument& added, const std::string& path) {
     return false;
 }
 
-bool ApplyRole(CQorViewDoc& doc, const std::string& assignment) {
-    std::size_t equals = assignment.rfind('=');
-    std::optional<InstrumentRole> role;
-    if (equals != std::string::npos)
-        role = RoleOfName(std::string_view(assignment).substr(equals + 1));
-    if (!role) {
-        ReportError(
-            "--role " + assignment +
-            ": give NAME=ROLE with profiler, reference, tracker, sqm, dut, weather or gps.");
-        return false;
-    }
-    std::string name = assignment.substr(0, equals);
+bool ApplyRole(CQorViewDoc& doc, const std::string& text) {
+    std::optional<RoleAssignment> assignment = ParseRole(text);
     RoleHolder place;
-    if (!doc.FindInstrument(name, &place)) {
-        ReportError("--role " + assignment + ": there is no instrument \"" + name + "\".");
+    if (!assignment || !doc.FindInstrument(assignment->name, &place)) {
+        ReportError("--role " + text + ": there is no instrument of that name.");
         return false;
     }
-    doc.SetRole(*role, place.resource, place.instrument);
+    doc.SetRole(assignment->role, place.resource, place.instrument);
     return true;
 }
 
@@ -103,14 +93,23 @@ void AddInstrumentOptions(CLI::App& command, InstrumentOptions& options) {
             "--role", options.roles,
             "Gives an instrument a role: profiler, reference, tracker, sqm, dut, weather, gps")
         ->type_name("NAME=ROLE")
+        ->check(CheckRole)
         ->allow_extra_args(false);
 }
 
-std::optional<InstrumentRole> RoleOfName(std::string_view name) {
-    for (const NamedRole& entry : RoleNames)
-        if (EqualsNoCase(entry.name, name))
-            return entry.role;
+std::optional<RoleAssignment> ParseRole(std::string_view text) {
+    std::size_t equals = text.rfind('=');
+    if (equals != std::string_view::npos)
+        for (const NamedRole& entry : RoleNames)
+            if (EqualsNoCase(entry.name, text.substr(equals + 1)))
+                return RoleAssignment{std::string(text.substr(0, equals)), entry.role};
     return std::nullopt;
+}
+
+std::string CheckRole(const std::string& text) {
+    return ParseRole(text) ? ""
+                           : text + ": give NAME=ROLE with profiler, reference, tracker, sqm, dut, "
+                                    "weather or gps";
 }
 
 void AddPackageOptions(CLI::App& command, PackageSettings& settings) {

@@ -49,8 +49,15 @@ void AddInstrumentOptions(CLI::App& command, InstrumentOptions& options);
 /// Adds the settings of packages that derived products need.
 void AddPackageOptions(CLI::App& command, PackageSettings& settings);
 
-/// Role names of the command line; empty when unknown.
-std::optional<InstrumentRole> RoleOfName(std::string_view name);
+/// What a --role says.
+struct RoleAssignment {
+    std::string name; ///< of the instrument
+    InstrumentRole role;
+};
+/// Reads NAME=ROLE; empty when it is none.
+std::optional<RoleAssignment> ParseRole(std::string_view text);
+/// The same for the parser of the call: what is wrong with the text, or nothing.
+std::string CheckRole(const std::string& text);
 
 /// Adds definition files, or a package that has been read, to a resource of the document. Every
 /// fault is reported as an error; false when there was one.

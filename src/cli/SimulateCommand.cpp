@@ -4,6 +4,7 @@
 #include "cli/CastModel.h"
 #include "cli/Commands.h"
 #include "cli/Output.h"
+#include "cli/Progress.h"
 #include "cli/SessionSetup.h"
 #include "cli/Simulator.h"
 
@@ -67,12 +68,12 @@ class CWarningSink : public CMessageSink {
 class CSimulatedLine {
   public:
     bool Open(const SimulateOptions& options);
+    /// True where nobody waits for the bytes: time need not pass.
+    static bool IsStored(const SimulateOptions& options);
     /// Waits until a program has the virtual port open; false when stopped.
     bool WaitForListener(CommandContext& context);
     /// Sends everything; false when that failed or the run is stopped.
     bool Send(ByteSpan bytes, CommandContext& context);
-    /// True where nobody waits for the bytes: time need not pass.
-    bool IsStored() const { return Stored; }
     bool Flush() { return Port || Out.Flush(); }
     /// Lets the listener read what was sent. False when something was not written.
     bool Finish(CommandContext& context);
@@ -80,14 +81,15 @@ class CSimulatedLine {
   private:
     std::optional<CVirtualPort> Port;
     COutput Out;
-    bool Stored = false;
 };
 
+bool CSimulatedLine::IsStored(const SimulateOptions& options) {
+    return options.rawLog || (!options.output.empty() && !IsDevice(options.output));
+}
+
 bool CSimulatedLine::Open(const SimulateOptions& options) {
-    if (!options.pty) {
-        Stored = options.rawLog || (!options.output.empty() && !IsDevice(options.output));
+    if (!options.pty)
         return options.output.empty() || Out.OpenFile(options.output);
-    }
     std::string name;
     Port.emplace();
     SystemError error = Port->Open(name);
@@ -148,6 +150,7 @@ class CSimulation {
   private:
     bool LoadInstruments();
     bool ReadStart();
+    bool KnowsNames();
     bool WriteHeaderBlock();
     bool Wait(double seconds);
     bool SendFrame(const SimulatedFrame& frame);
@@ -225,11 +228,27 @@ FrameTime CSimulation::TimeOf(double seconds) const {
     return time;
 }
 
+/// Whether --role and --wet name instruments of the call; reports the first that does not.
+bool CSimulation::KnowsNames() {
+    std::vector<std::string> names = Options.instruments.wet;
+    for (const std::string& text : Options.instruments.roles)
+        if (std::optional<RoleAssignment> assignment = ParseRole(text))
+            names.push_back(assignment->name);
+    for (const std::string& name : names) {
+        if (name == EveryInstrument ||
+            std::ranges::any_of(Instruments, [&](auto& known) { return known->Name() == name; }))
+            continue;
+        ReportError("--role, --wet: there is no instrument \"" + name + "\".");
+        return false;
+    }
+    return true;
+}
+
 bool CSimulation::IsUntagged(const CInstrument& instrument) const {
-    for (const std::string& assignment : Options.instruments.roles) {
-        std::size_t equals = assignment.rfind('=');
-        if (equals != std::string::npos && assignment.substr(0, equals) == instrument.Name() &&
-            RoleOfName(std::string_view(assignment).substr(equals + 1)) == InstrumentRole::Gps)
+    for (const std::string& text : Options.instruments.roles) {
+        std::optional<RoleAssignment> assignment = ParseRole(text);
+        if (assignment && assignment->name == instrument.Name() &&
+            assignment->role == InstrumentRole::Gps)
             return true;
     }
     return false;
@@ -295,12 +314,14 @@ int CSimulation::Run() {
     }
     if (!ReadStart())
         return ExitBadCall;
-    if (!LoadInstruments() || !Line.Open(Options) || (Options.rawLog && !WriteHeaderBlock()))
-        return ExitFault;
-    if (Line.IsStored() && Options.frames == 0) {
+    const bool stored = CSimulatedLine::IsStored(Options);
+    if (stored && Options.frames == 0) {
         ReportError("a file has to end: give --frames N.");
         return ExitBadCall;
     }
+    if (!LoadInstruments() || !KnowsNames() || !Line.Open(Options) ||
+        (Options.rawLog && !WriteHeaderBlock()))
+        return ExitFault;
     CWarningSink warnings;
     CSimulator simulator(Options.seed,
                          static_cast<double>(Start.seconds) + Start.milliseconds / 1000.0,
@@ -313,18 +334,18 @@ int CSimulation::Run() {
         simulator.Add(*instrument, rate > 0.0 ? rate : 1.0, IsWet(*instrument), std::move(values));
     }
     if (!Line.WaitForListener(Context))
-        return ExitWell;
+        return ExitInterrupted;
+    CProgress progress("simulate", Options.frames, Context.quiet || !stored);
     Begun = Clock.MonotonicMilliseconds();
     bool sent = true;
     for (std::uint64_t i = 0; sent && (Options.frames == 0 || i < Options.frames); ++i) {
-        bool timely = pace->unthrottled || Line.IsStored() ? !Context.stop.Requested()
-                                                           : Wait(simulator.NextDue());
+        bool timely =
+            pace->unthrottled || stored ? !Context.stop.Requested() : Wait(simulator.NextDue());
         sent = timely && SendFrame(simulator.Next());
+        progress.Update(i);
     }
-    bool well = Line.Finish(Context) && (sent || Context.stop.Requested());
-    return Context.stop.Requested() && Line.IsStored() ? ExitInterrupted
-           : well                                      ? ExitWell
-                                                       : ExitFault;
+    bool well = Line.Finish(Context) && sent;
+    return Context.stop.Requested() ? ExitInterrupted : well ? ExitWell : ExitFault;
 }
 
 } // namespace
@@ -351,6 +372,7 @@ void AddSimulateCommand(CLI::App& app, CommandContext& context) {
         ->add_option("--role", options.instruments.roles,
                      "NAME=gps: its frames carry no time tag in a raw log")
         ->type_name("NAME=ROLE")
+        ->check(CheckRole)
         ->allow_extra_args(false);
     CLI::Option* pty = command->add_flag(
         "--pty", options.pty, "Create a virtual serial port, print its name and serve it");

@@ -60,6 +60,8 @@ class Calls(Folder):
             (("log", "--port", "x:0", "-d", GPS), 2),
             (("log", "--port", "x", "-d", GPS, "--name", "a/b.raw"), 2),
             (("log", "--port", "x", "-d", GPS, "--comment", "two\r\nlines"), 2), (("simulate", "-d", GPS, "--rate", "fast"), 2), (("simulate", "--frames", "1"), 2),
+            (("simulate", "-d", GPS, "-o", bad), 2), (("decode", "-d", GPS, "--role", "$GPRMC=pilot", empty), 2),
+            (("simulate", "-d", GPS, "--role", "NOBODY=gps", "--frames", "1"), 1),
             (("check", "--quiet", GPS), 0), (("check", bad), 1), (("check", missing), 1), (("check", str(self.folder)), 1),
             (("decode", "-d", GPS, empty), 0), (("decode", "-d", GPS, missing), 1), (("decode", "-d", bad, empty), 1),
             (("decode", "-d", GPS, str(self.folder)), 1), (("decode", empty), 2),
@@ -77,6 +79,14 @@ class Calls(Folder):
         self.assertIn(f"warning: {empty}: ", run("decode", "-d", GPS, empty).stderr.decode())
         refused = run("log", "--port", missing, "-d", GPS, "-o", str(self.folder)).stderr.decode()
         self.assertIn(os.strerror(errno.ENOENT), refused)
+        self.assertEqual(pathlib.Path(bad).stat().st_size, 28)  # a wrong call leaves it alone
+
+    def test_a_stopped_simulation_ends_as_interrupted(self):
+        command = subprocess.Popen([CLI, "simulate", "--pty", "-d", GPS], stdout=subprocess.PIPE)
+        command.stdout.readline()
+        command.send_signal(signal.SIGTERM)
+        command.communicate(timeout=30)
+        self.assertEqual(command.returncode, 130)
 
     def test_a_reader_that_goes_away_ends_the_command_quietly(self):
         raw = self.simulated("--raw-log", "-d", RADIOMETER, "--frames", "3000")
@@ -121,6 +131,8 @@ class Playback(Folder):
             numbers = [value for value in frame["values"] if isinstance(value, (int, float))]
             self.assertEqual([float(cell) for cell in row[2:] if cell], numbers)
         self.assertTrue(table[1][0].startswith("2026-06-21T12:00:00."))
+        facts = json.loads(run("info", "--json", str(raw)).stdout)
+        self.assertEqual((facts["first_time_tag"], facts["last_time_tag"]), (frames[0]["time"], frames[-1]["time"]))
         piped = run("decode", "-d", PROFILER, "/dev/stdin", input=raw.read_bytes()).stdout
         self.assertEqual(list(csv.reader(io.StringIO(piped.decode("latin-1")))), table)
 
@@ -210,7 +222,7 @@ class Acquisition(Folder):
 
     def test_bursts_and_pauses_inside_frames_are_logged_byte_for_byte(self):
         line = Line()
-        process = self.start("--port", line.name, "-d", RADIOMETER, "-d", PROFILER)
+        process = self.start("--port", line.name, "-d", RADIOMETER, PROFILER)
         radiometer, profiler = self.frames_of(RADIOMETER, 40), self.frames_of(PROFILER, 40)
         sent = [frame for pair in zip(radiometer, profiler) for frame in pair]
         for i, frame in enumerate(sent[:20]):
