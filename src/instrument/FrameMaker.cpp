@@ -190,6 +190,13 @@ double CFrameMaker::RawOf(const Field& field) {
 ByteSpan CFrameMaker::Encode(const Field& field, double raw, std::span<std::uint8_t> place) {
     if (field.sensor->VariableLength) {
         Pending = TextOfRaw(*field.sensor, raw, field.forbidden);
+        const bool sixDigits =
+            field.sensor->Fit == FitType::HHMMSS || field.sensor->Fit == FitType::DDMMYY;
+        const bool decimal =
+            field.sensor->Data == DataType::AI || field.sensor->Data == DataType::AF;
+        const std::size_t digits = std::min(Pending.find('.'), Pending.size());
+        if (sixDigits && decimal && digits < 6 && field.forbidden.find('0') == std::string::npos)
+            Pending.insert(0, 6 - digits, '0'); // one in the night is 010000
         return AsBytes(Pending);
     }
     EncodeRaw(*field.sensor, raw, place);
