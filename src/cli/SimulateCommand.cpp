@@ -206,17 +206,18 @@ bool CSimulation::ReadStart() {
         return true;
     int part[6] = {};
     int length = 0;
-    if (std::sscanf(Options.startText.c_str(), "%4d-%2d-%2dT%2d:%2d:%2d%n", &part[0], &part[1],
-                    &part[2], &part[3], &part[4], &part[5], &length) != 6 ||
-        static_cast<std::size_t>(length) != Options.startText.size() || part[1] < 1 ||
-        part[1] > 12) {
-        ReportError("--start " + Options.startText + ": give a time such as 2026-06-21T12:00:00.");
-        return false;
-    }
+    bool reads = std::sscanf(Options.startText.c_str(), "%4d-%2d-%2dT%2d:%2d:%2d%n", &part[0],
+                             &part[1], &part[2], &part[3], &part[4], &part[5], &length) == 6 &&
+                 static_cast<std::size_t>(length) == Options.startText.size();
     Start = FrameTime{};
     Start.seconds = SecondsFromCalendar(part[0], part[1], part[2], part[3], part[4], part[5]);
     Start.known = true;
-    return true;
+    const CalendarTime real = CalendarFromSeconds(Start.seconds);
+    const int there[6] = {real.year, real.month, real.day, real.hour, real.minute, real.second};
+    if (reads && std::ranges::equal(part, there))
+        return true;
+    ReportError("--start " + Options.startText + ": give a time such as 2026-06-21T12:00:00.");
+    return false;
 }
 
 FrameTime CSimulation::TimeOf(double seconds) const {

@@ -61,6 +61,7 @@ class Calls(Folder):
             (("log", "--port", "x", "-d", GPS, "--name", "a/b.raw"), 2),
             (("log", "--port", "x", "-d", GPS, "--comment", "two\r\nlines"), 2), (("simulate", "-d", GPS, "--rate", "fast"), 2), (("simulate", "--frames", "1"), 2),
             (("simulate", "-d", GPS, "-o", bad), 2), (("decode", "-d", GPS, "--role", "$GPRMC=pilot", empty), 2),
+            (("simulate", "-d", GPS, "--start", "2026-02-30T12:00:00", "--frames", "1"), 2),
             (("simulate", "-d", GPS, "--role", "NOBODY=gps", "--frames", "1"), 1),
             (("check", "--quiet", GPS), 0), (("check", bad), 1), (("check", missing), 1), (("check", str(self.folder)), 1),
             (("decode", "-d", GPS, empty), 0), (("decode", "-d", GPS, missing), 1), (("decode", "-d", bad, empty), 1),
