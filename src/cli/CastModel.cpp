@@ -71,9 +71,11 @@ double OpticalDepth(double wavelength, double depth) {
     constexpr double step = 0.5;
     double water = Interpolate(WaterAttenuation, wavelength),
            pigment = Interpolate(PigmentAttenuation, wavelength);
+    const int steps = static_cast<int>(std::ceil(depth / step));
     double sum = 0.0;
-    for (double z = 0.0; z < depth; z += step)
-        sum += (water + pigment * std::pow(Chlorophyll(z), 0.69)) * std::min(step, depth - z);
+    for (int i = 0; i < steps; ++i)
+        sum += (water + pigment * std::pow(Chlorophyll(i * step), 0.69)) *
+               std::min(step, depth - i * step);
     return sum;
 }
 

@@ -40,6 +40,7 @@ DefinitionStatus CDefinitionReader::TakeHeader(const CSensor& line, const char* 
     const bool dataTypeFits = line.Data == DataType::AS || (serial && line.Data == DataType::AI);
     DefinitionStatus fault = DefinitionStatus::NoError;
     if (line.FieldLength != line.Id.size())
+        // NOLINTNEXTLINE(bugprone-branch-clone): the first fault in this order is reported
         fault = DefinitionStatus::FieldLength;
     else if (!dataTypeFits)
         fault = DefinitionStatus::DataTypeInvalid;

@@ -124,7 +124,7 @@ CFrameMaker::Field CFrameMaker::FieldFor(const CSensor& sensor) const {
         }
     }
     if (sensor.VariableLength) {
-        const auto next = static_cast<std::size_t>(sensor.VariableIndex + 1);
+        const auto next = static_cast<std::size_t>(sensor.VariableIndex) + 1;
         field.forbidden = Instrument.Terminator().substr(0, 1);
         if (next < Instrument.FieldDelimiter().size())
             field.forbidden += Instrument.FieldDelimiter()[next];

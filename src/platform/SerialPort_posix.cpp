@@ -83,7 +83,7 @@ bool IsNear(std::uint32_t actual, std::uint32_t wanted) {
     return distance * 100 <= std::uint64_t{wanted} * 3;
 }
 
-class CPosixSerialPort : public CSerialPort {
+class CPosixSerialPort final : public CSerialPort {
   public:
     ~CPosixSerialPort() override { Close(); }
 

@@ -72,7 +72,7 @@ struct Operation {
     void RestFor(ULONGLONG milliseconds) { restEnd = GetTickCount64() + milliseconds; }
 };
 
-class CWin32SerialPort : public CSerialPort {
+class CWin32SerialPort final : public CSerialPort {
   public:
     ~CWin32SerialPort() override { Close(); }
 

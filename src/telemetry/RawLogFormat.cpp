@@ -113,10 +113,10 @@ std::array<std::uint8_t, TimeTagSize> MakeTimeTag(const FrameTime& time) {
     CalendarTime local = LocalCalendar(time);
     std::array<std::uint8_t, TimeTagSize> tag{};
     std::span<std::uint8_t> bytes(tag);
-    PutBigEndian(static_cast<std::uint64_t>(local.year * 1000 + local.dayOfYear), bytes.first(3));
-    PutBigEndian(static_cast<std::uint64_t>(local.hour * 10000000 + local.minute * 100000 +
-                                            local.second * 1000 + time.milliseconds),
-                 bytes.subspan(3));
+    const int date = local.year * 1000 + local.dayOfYear;
+    const int clock = local.hour * 10000000 + local.minute * 100000 + local.second * 1000;
+    PutBigEndian(static_cast<std::uint64_t>(date), bytes.first(3));
+    PutBigEndian(static_cast<std::uint64_t>(clock) + time.milliseconds, bytes.subspan(3));
     return tag;
 }
 
@@ -146,7 +146,8 @@ std::optional<FrameTime> CTimeTagReader::Read(ByteSpan tag) {
     if (hour > 23 || minute > 59 || second > 59)
         return {};
     FrameTime time;
-    time.seconds = DayStart + hour * 3600 + minute * 60 + second;
+    const std::uint32_t secondOfDay = hour * 3600 + minute * 60 + second;
+    time.seconds = DayStart + secondOfDay;
     time.milliseconds = static_cast<std::uint16_t>(milliseconds);
     time.known = true;
     return time;
