@@ -165,6 +165,21 @@ CommResult CTelemControl::ModifyResource(const SerialResourceSettings& settings)
                                       settings.portName.c_str()));
 }
 
+CommResult CTelemControl::ModifyResource(const std::string& name,
+                                         const FileResourceSettings& settings, CFile file) {
+    const std::string line =
+        Format("Unable to modify communications resource: %s.\r\n", name.c_str());
+    CTelemComm* resource = Resource(name);
+    if (resource == nullptr)
+        return Owned->Fail(line, CommResult::ResourceNotFound);
+    if (!resource->IsFile())
+        return Owned->Fail(line, CommResult::NotAFile);
+    CTelemComm* namesake = Resource(file.Path());
+    if (namesake != nullptr && namesake != resource)
+        return Owned->Fail(line, CommResult::ResourceAlreadyDefined);
+    return Owned->Told(resource->InitialiseFile(settings, std::move(file)), line);
+}
+
 CommResult CTelemControl::CheckResource(const std::string& name, bool& exists) {
     exists = Resource(name) != nullptr;
     return Owned->Told(name.empty() ? CommResult::ResourceReference : CommResult::Success,

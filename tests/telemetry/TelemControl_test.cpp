@@ -27,8 +27,11 @@ class AController : public testing::Test {
     }
     CFile Opened(const std::string& content) {
         std::ofstream(Path, std::ios::binary) << content;
+        return OpenedAt(Path);
+    }
+    static CFile OpenedAt(const std::string& path) {
         CFile file;
-        EXPECT_EQ(file.OpenForReading(Path), FileCause::None);
+        EXPECT_EQ(file.OpenForReading(path), FileCause::None);
         return file;
     }
     /// The messages since the last call.
@@ -51,7 +54,7 @@ class AController : public testing::Test {
         Take();
     }
 
-    const std::string Path = testing::TempDir() + "qor_controller.raw";
+    std::string Path = testing::TempDir() + "qor_controller.raw";
     CManualClock Clock;
     CPortScript Script;
     CTelemControl Control{Clock, Script.Factory()};
@@ -90,6 +93,7 @@ TEST_F(AController, EveryOperationNamesItselfAndWhatIsMissing) {
         CommResult expected = ResourceNotFound;
     } rows[] = {
         {Control.ModifyResource(Serial("X")), "modify communications resource: X"},
+        {Control.ModifyResource("X", {}, {}), "modify communications resource: X"},
         {Control.ConnectResource("X"), "connect communications resource"},
         {Control.DisconnectResource("X"), "disconnect communications resource"},
         {Control.ResourceSettings("X", serial), "retrieve telemetry communications information"},
@@ -122,6 +126,7 @@ TEST_F(AController, EveryOperationNamesItselfAndWhatIsMissing) {
          ResourceReference},
         {Control.ResourceSettings("COM1", file), "retrieve telemetry communications information",
          NotAFile},
+        {Control.ModifyResource("COM1", {}, {}), "modify communications resource: COM1", NotAFile},
         {Control.RetrieveFileFrame(0, frame, exists), "retrieve frame from telemetry resource COM1",
          NotAFile},
         {Control.ResourceSettings(Path, serial), "retrieve telemetry communications information",
@@ -176,6 +181,36 @@ TEST_F(AController, AttachingElsewhereAndRemovingTheResourceDetach) {
               (Lines{"Attaching HDR to COM1.\r\n", "Detaching HDR from COM1.\r\n",
                      "Attaching HDR to COM2.\r\n", "Removing communications resource: COM2.\r\n",
                      "Detaching HDR from COM2.\r\n", "Removing instrument: HDR.\r\n"}));
+}
+
+TEST_F(AController, FileResourceTakesAnotherFileOnceItsOwnHasBeenRead) {
+    AddAll();
+    ASSERT_EQ(Control.AttachInstrument("HDR", Path), CommResult::Success);
+    ASSERT_EQ(Control.StartAcquisition("HDR"), CommResult::Success);
+    CFrameData frame;
+    bool found = false;
+    const std::string refused = "Unable to reinitialize file resource.\r\n\t",
+                      unable = "Unable to modify communications resource: " + Path + ".\r\n";
+    ASSERT_EQ(Control.RetrieveFrame(Path, frame, found), CommResult::Success);
+    Take();
+    EXPECT_EQ(Control.ModifyResource(Path, {}, Opened("HDRz")), CommResult::FileError) << "in use";
+    EXPECT_EQ(
+        Take(),
+        (Lines{refused + "SHARE.EXE was not loaded, or a shared region was locked.\r\n", unable}));
+    while (found)
+        ASSERT_EQ(Control.RetrieveFrame(Path, frame, found), CommResult::Success);
+    EXPECT_EQ(Control.ModifyResource(Path, {}, {}), CommResult::FileError) << "no open file";
+
+    const std::string old = Path;
+    Path += "2";
+    ASSERT_EQ(Control.ModifyResource(old, {5, 64}, Opened("HDRz")), CommResult::Success);
+    FileResourceSettings settings;
+    EXPECT_EQ(Control.ResourceSettings(Path, settings), CommResult::Success);
+    EXPECT_EQ(settings.readChunkSize, 64u);
+    EXPECT_EQ(Control.RetrieveFrame(Path, frame, found), CommResult::Success);
+    EXPECT_TRUE(found) << "the instrument stays attached";
+    ASSERT_EQ(Control.AddResource(FileResourceSettings{}, OpenedAt(old)), CommResult::Success);
+    EXPECT_EQ(Control.ModifyResource(old, {}, OpenedAt(Path)), CommResult::ResourceAlreadyDefined);
 }
 
 TEST(SpecialLine, NamesTheTypesWithoutSyncHeader) {
