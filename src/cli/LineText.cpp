@@ -64,6 +64,12 @@ std::optional<PortText> ParsePort(std::string_view text) {
     return port;
 }
 
+std::string LineTextOf(const SerialResourceSettings& settings) {
+    return Format("%u:%u", settings.baudRate, settings.dataBits) +
+           ParityLetters[settings.parity % ParityLetters.size()] +
+           std::string(StopBitTexts[settings.stopBits % std::size(StopBitTexts)]);
+}
+
 std::optional<LogSpan> ParseSpan(std::string_view text) {
     std::int32_t parts[3] = {0, 0, 0}; // hours, minutes, seconds
     std::string_view rest = text;

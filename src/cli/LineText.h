@@ -18,6 +18,8 @@ struct PortText {
     bool baudGiven = false;
 };
 std::optional<PortText> ParsePort(std::string_view text);
+/// BAUD:8N1 of the settings.
+std::string LineTextOf(const SerialResourceSettings& settings);
 
 /// [HH:]MM:SS, or plain seconds. Empty when malformed or zero.
 std::optional<LogSpan> ParseSpan(std::string_view text);

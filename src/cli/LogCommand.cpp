@@ -131,6 +131,7 @@ class CLogRun {
     bool SetUpPorts();
     bool SetUpPort(const PortOptions& port);
     bool ConnectPorts();
+    void ReportRefusal(int resource, CommResult result);
     void WaitForPosition();
     bool BeginLog();
     void Watch();
@@ -210,14 +211,25 @@ bool CLogRun::ConnectPorts() {
             continue;
         }
         Fault = true;
-        ResourceStatus status = Document.StatusOf(resource);
-        std::string why = Format("0x%08x", static_cast<unsigned>(result));
-        if (std::uint32_t error = status.figures.openError)
-            why += ": " + OneLine(SystemErrorText(error));
-        ReportError(status.name + ": could not be connected (" + why +
-                    "). Is it a serial port, not in use, and may you open it?");
+        ReportRefusal(resource, result);
     }
     return any;
+}
+
+void CLogRun::ReportRefusal(int resource, CommResult result) {
+    const ResourceStatus status = Document.StatusOf(resource);
+    std::string why = Format("0x%08x", static_cast<unsigned>(result));
+    if (std::uint32_t error = status.figures.connectError)
+        why += ": " + OneLine(SystemErrorText(error));
+    if (result != CommResult::SettingsNotWritten) {
+        ReportError(status.name + ": could not be connected (" + why +
+                    "). Is it a serial port, not in use, and may you open it?");
+        return;
+    }
+    CRecursiveLock lock(Document.DocLock);
+    ReportError(status.name + ": its driver refuses " +
+                LineTextOf(Document.Resources[static_cast<std::size_t>(resource)]->Serial) + " (" +
+                why + "). Choose another speed or format with --port NAME:BAUD:8N1.");
 }
 
 void CLogRun::WaitForPosition() {

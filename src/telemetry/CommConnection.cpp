@@ -62,10 +62,7 @@ CommResult CTelemComm::Impl::OpenPort() {
     TimeoutsSaved = false;
     Port = MakePort();
     SystemError error = Port == nullptr ? SystemErrorNoMemory : Port->Open(Name);
-    {
-        CLock lock(StatusLock);
-        OpenError = error;
-    }
+    NoteConnectError(error);
     if (error != 0) {
         Port.reset();
         return CommResult::PortNotOpened;
@@ -76,9 +73,15 @@ CommResult CTelemComm::Impl::OpenPort() {
     return result;
 }
 
+void CTelemComm::Impl::NoteConnectError(SystemError error) {
+    CLock lock(StatusLock);
+    ConnectError = error;
+}
+
 CommResult CTelemComm::Impl::ConfigurePort() {
     const LineSettings line{Serial.baudRate, Serial.dataBits, Serial.parity, Serial.stopBits};
     auto failed = [this](const char* step, CommResult code, SystemError error) {
+        NoteConnectError(error);
         return Fail(Format("Unable to %s for %s.\r\n", step, Name.c_str()), code,
                     SystemErrorText(error));
     };

@@ -243,7 +243,7 @@ ResourceFigures CTelemComm::Figures() const {
     CLock status(Data->StatusLock);
     figures.connected = Data->Connected;
     figures.abortCode = Data->AbortCode;
-    figures.openError = Data->OpenError;
+    figures.connectError = Data->ConnectError;
     CLock lock(Data->FrameLock);
     figures.waiting = Data->Waiting;
     figures.bytesReceived = Data->BytesReceived;

@@ -43,7 +43,7 @@ struct ResourceFigures {
     bool connected = false;
     bool waiting = false; ///< "waiting for telemetry" was reported
     std::uint32_t abortCode = 0;
-    std::uint32_t openError = 0; ///< system error of the last attempt to open the port
+    std::uint32_t connectError = 0; ///< system error that the last attempt to connect ended with
     std::uint64_t bytesReceived = 0;
     std::uint64_t bytesDiscarded = 0;
     std::uint64_t framesCut = 0;

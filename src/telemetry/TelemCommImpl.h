@@ -32,6 +32,7 @@ struct CTelemComm::Impl {
     CommResult Disconnect(CFrameQueue* left) EXCLUDES(OperationLock, StatusLock);
     void Abort(CommResult code, SystemError error) EXCLUDES(OperationLock, StatusLock);
     CommResult OpenPort();
+    void NoteConnectError(SystemError error);
     CommResult ConfigurePort();
     CommResult StartWorker();
     CommResult ClosePort(CFrameQueue* left) EXCLUDES(StatusLock, FrameLock);
@@ -83,7 +84,7 @@ struct CTelemComm::Impl {
     bool Connected GUARDED_BY(StatusLock) = false;
     bool Disconnecting GUARDED_BY(StatusLock) = false;
     std::uint32_t AbortCode GUARDED_BY(StatusLock) = 0;
-    SystemError OpenError GUARDED_BY(StatusLock) = 0;
+    SystemError ConnectError GUARDED_BY(StatusLock) = 0;
 
     std::unique_ptr<CFrameSync> Sync GUARDED_BY(FrameLock); ///< from the initialisation on
     bool Waiting GUARDED_BY(FrameLock) = false; ///< "waiting for telemetry" was reported

@@ -287,6 +287,9 @@ class Acquisition(Folder):
     def test_a_port_is_not_shared_and_is_left_as_it_was(self):
         line = Line()
         before = termios.tcgetattr(line.slave)
+        refused = run("log", "--port", line.name + ":4800:8N1.5", "-d", PROFILER, "-o", str(self.folder))
+        self.assertIn(f"{line.name}: its driver refuses 4800:8N1.5 (0x10000012: {os.strerror(errno.EINVAL)}).",
+                      refused.stderr.decode())
         process = self.start("--port", line.name + ":57600:8E2", "-d", PROFILER)
         other = run("log", "--port", line.name, "-d", PROFILER, "-o", str(self.folder), "--name", "other.raw")
         self.assertEqual(other.returncode, 1)

@@ -153,7 +153,7 @@ TEST_F(AResource, EveryFailingStepHasItsCodeAndClosesThePort) {
             entries.push_back(unopened);
         EXPECT_EQ(Sink.Take(), entries) << row.step;
         EXPECT_FALSE(Connected());
-        EXPECT_EQ(Comm.Figures().openError, row.code == PortNotOpened ? 5U : 0U) << row.step;
+        EXPECT_EQ(Comm.Figures().connectError, row.code == WorkerNotStarted ? 0U : 5U) << row.step;
         EXPECT_EQ(Script.TakeCalls().back(), row.code == PortNotOpened ? "Open" : "Close");
         std::uint32_t code = 0;
         EXPECT_EQ(Comm.ResetAbortCode(code), Success);
