@@ -133,7 +133,6 @@ class CLogRun {
     bool ConnectPorts();
     void ReportRefusal(int resource, CommResult result);
     void WaitForPosition();
-    bool BeginLog();
     void Watch();
     void NoteEntry(std::string_view entry);
     bool ReportTroubles(CLiveStatus* status);
@@ -242,21 +241,6 @@ void CLogRun::WaitForPosition() {
     }
 }
 
-bool CLogRun::BeginLog() {
-    constexpr int tries = 10;
-    for (int i = 0; i < tries; ++i) {
-        if (Document.RawLog.BeginLogFile())
-            return true;
-        // Programs that begin in one second and one folder want the same name: one has it, the
-        // others take the next second's.
-        if (!Options.name.empty() ||
-            Document.RawLog.Status().openFailure != FileCause::SharingViolation ||
-            Context.stopEvent.Wait(1000))
-            break;
-    }
-    return false;
-}
-
 /// Runs wherever entries are made, where the document's lock is held: it only takes note.
 void CLogRun::NoteEntry(std::string_view entry) {
     CRecursiveLock lock(Document.DocLock);
@@ -355,12 +339,10 @@ int CLogRun::Run() {
     bool connected = Options.log.gpsHeaderEnabled && ConnectPorts();
     if (connected)
         WaitForPosition();
-    if (!BeginLog()) {
+    if (!Document.RawLog.BeginLogFile()) {
         Document.DisconnectAll();
         Loop.Stop();
-        if (!ReportTroubles(nullptr) && Context.stop.Requested())
-            return ExitWell;
-        if (!Fault)
+        if (!ReportTroubles(nullptr))
             ReportError("the raw log could not be begun in " + Options.directory +
                         "; choose another -o or --name.");
         return ExitFault;

@@ -26,6 +26,13 @@ std::string FileErrorMessage(const char* doing, const std::string& path, FileCau
            std::string(GetFileErrorText(cause));
 }
 
+/// How many programs may begin a log in one folder in one second, beyond the first.
+constexpr int LaterNames = 60;
+
+std::string TimeStampPath(const LogNaming& naming, const FrameTime& time) {
+    return naming.logDirectory + TimeStampFileName(LocalCalendar(time));
+}
+
 } // namespace
 
 CRawLog::CRawLog(SessionState& session, CMessageSink& messages)
@@ -134,19 +141,14 @@ bool CRawLog::ConfirmOverride() {
 
 bool CRawLog::OpenLogFile() {
     LogNaming& naming = Session.Naming;
-    if (naming.logNamingMode == LogNamingMode::TimeStamp)
-        naming.logFilePath =
-            naming.logDirectory + TimeStampFileName(LocalCalendar(Session.Clock.Now()));
+    const bool named = naming.logNamingMode != LogNamingMode::TimeStamp;
+    const FrameTime now = Session.Clock.Now();
+    FileCause cause = CreateLogFile(named ? naming.logFilePath : TimeStampPath(naming, now));
+    if (!named && cause == FileCause::SharingViolation)
+        cause = CreateLaterLogFile(now);
     const std::string& path = naming.logFilePath;
-    if (FileExists(path)) {
-        // Kept: also a time-stamp log of the same second is replaced.
-        FileCause cause = SetReadOnly(path, false);
-        if (cause != FileCause::None)
-            PendingTexts.push_back(FileErrorMessage("while accessing the file", path, cause));
-    }
-    State.openFailure = Writer.Create(path);
-    if (State.openFailure != FileCause::None) {
-        PendingTexts.push_back(FileErrorMessage("opening the file", path, State.openFailure));
+    if (cause != FileCause::None) {
+        PendingTexts.push_back(FileErrorMessage("opening the file", path, cause));
         return false;
     }
     State.framesLogged = 0;
@@ -158,6 +160,30 @@ bool CRawLog::OpenLogFile() {
         return false;
     }
     return true;
+}
+
+FileCause CRawLog::CreateLogFile(const std::string& path) {
+    Session.Naming.logFilePath = path;
+    if (FileExists(path)) {
+        // Kept: also a time-stamp log of the same second is replaced.
+        FileCause cause = SetReadOnly(path, false);
+        if (cause != FileCause::None)
+            PendingTexts.push_back(FileErrorMessage("while accessing the file", path, cause));
+    }
+    return Writer.Create(path);
+}
+
+/// Decided: where another program logs under the name of this second, which nobody chose, the next
+/// free second gives the name. Nobody waits for that second: frames may be coming already.
+FileCause CRawLog::CreateLaterLogFile(FrameTime time) {
+    FileCause cause = FileCause::SharingViolation;
+    for (int i = 0; i < LaterNames && cause == FileCause::SharingViolation; ++i) {
+        ++time.seconds;
+        const std::string path = TimeStampPath(Session.Naming, time);
+        if (!FileExists(path))
+            cause = CreateLogFile(path);
+    }
+    return cause;
 }
 
 bool CRawLog::WriteHeader() {

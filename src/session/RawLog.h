@@ -18,7 +18,6 @@ struct LogStatus {
     bool logOpen = false;       ///< a file is open and frames are written
     bool loggingActive = false; ///< a run is under way, also between the files of an interval run
     bool runFailed = false;     ///< the last run ended by a failure, not by time or the operator
-    FileCause openFailure = FileCause::None; ///< why the last file could not be opened
     bool waitingForNextLog = false; ///< an interval run waits for the start of its next file
     bool intervalRun = false;
     bool dataLogged = false;
@@ -74,6 +73,8 @@ class CRawLog {
     bool ClaimStart(StartedBy starter);
     bool ConfirmOverride();
     bool OpenLogFile() REQUIRES(Session.DocLock);
+    FileCause CreateLogFile(const std::string& path) REQUIRES(Session.DocLock);
+    FileCause CreateLaterLogFile(FrameTime time) REQUIRES(Session.DocLock);
     bool WriteHeader() REQUIRES(Session.DocLock);
     bool WriteHeaderRecord(const std::string& line) REQUIRES(Session.DocLock);
     void StartLog() REQUIRES(Session.DocLock);

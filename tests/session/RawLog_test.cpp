@@ -233,6 +233,18 @@ TEST_F(ARawLog, IntervalRunOpensFilesByItsTimers) {
     EXPECT_EQ(User.CloseRequests, 1);
 }
 
+TEST_F(ARawLog, NameOfAnotherProgramsSecondIsLeftForTheNextFreeOne) {
+    CFile open, ended;
+    ASSERT_EQ(open.CreateExclusive(Folder + "2005-123-142305.raw"), FileCause::None);
+    ASSERT_EQ(ended.CreateExclusive(Folder + "2005-123-142306.raw"), FileCause::None);
+    ended.Close();
+    SetMode(LogNamingMode::TimeStamp);
+    ASSERT_TRUE(Doc.RawLog.BeginLogFile());
+    EXPECT_EQ(Doc.RawLog.Status().logFilePath, Folder + "2005-123-142307.raw");
+    EXPECT_TRUE(std::filesystem::is_empty(ended.Path()));
+    EXPECT_THAT(User.TakeMessages(), IsEmpty());
+}
+
 TEST_F(ARawLog, StepOfTheWallClockIsNotedAndMovesNoTimer) {
     Set([](LogOptions& options) {
         options.durationEnabled = true;
