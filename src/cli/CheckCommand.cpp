@@ -3,12 +3,16 @@
 // qorview-cli check: loads definition files and packages and reports what was found.
 #include "cli/Commands.h"
 #include "cli/DefinitionJson.h"
+#include "cli/Progress.h"
 #include "cli/SessionSetup.h"
 
 #include "base/Text.h"
 #include "session/MemberName.h"
 
 #include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <optional>
 
 namespace qor {
 
@@ -68,16 +72,40 @@ void PrintPackage(COutput& output, const LoadedPackage& package) {
         WriteLog(output, "\r\n" + member.name + "\r\n" + member.instrument->ParseLog());
 }
 
-bool CheckDefinition(COutput& output, const std::string& path, bool json) {
+std::uint64_t SizeOf(const std::string& path) {
+    CFile file;
+    std::uint64_t size = 0;
+    const bool known = !IsDevice(path) && file.OpenForReading(path) == FileCause::None &&
+                       file.Size(size) == FileCause::None;
+    return known ? size : 0;
+}
+
+bool CheckDefinition(COutput& output, const std::string& path, bool json,
+                     const CommandContext& context) {
+    // Reading is the bar's first half, writing its second.
+    const std::uint64_t size = SizeOf(path);
+    std::optional<CProgress> bar(std::in_place, path, 2 * size, context.quiet);
     CInstrument instrument;
-    DefinitionStatus status = instrument.Load(path);
+    DefinitionStatus status = instrument.Load(path, [&](std::uint64_t bytesRead) {
+        bar->Update(bytesRead);
+        return !context.stop.Requested();
+    });
+    if (context.stop.Requested())
+        return false; // what was read is not the definition
+    if (!json || IsTerminal(StandardStream::Output))
+        bar.reset(); // the results would stand in its line
     if (json) {
         CJsonWriter writer(output);
-        WriteDefinition(writer, path, instrument, status);
+        const double share = static_cast<double>(size) / std::max(instrument.SensorCount(), 1);
+        WriteDefinition(writer, path, instrument, status, [&](const CSensor& sensor) {
+            if (bar && size > 0)
+                bar->Update(size + static_cast<std::uint64_t>(share * sensor.Index));
+        });
         writer.EndLine();
     } else {
         WriteLog(output, instrument.ParseLog());
     }
+    bar.reset();
     if (status == DefinitionStatus::Success)
         return true;
     output.Flush();
@@ -86,7 +114,7 @@ bool CheckDefinition(COutput& output, const std::string& path, bool json) {
     return false;
 }
 
-bool CheckPackage(COutput& output, const std::string& path, bool json) {
+bool CheckPackage(COutput& output, const std::string& path, bool json, const CommandContext&) {
     CTerminalUser user;
     user.Quiet = true; // the messages are part of the result
     CIgnoredLogs ignored;
@@ -107,7 +135,8 @@ int RunCheck(const CheckOptions& options, CommandContext& context) {
     bool well = true;
     for (const std::string& path : options.files) {
         bool isPackage = ExtensionOf(path) == "sip";
-        well = (isPackage ? CheckPackage : CheckDefinition)(output, path, options.json) && well;
+        well = (isPackage ? CheckPackage : CheckDefinition)(output, path, options.json, context) &&
+               well;
         if (context.stop.Requested())
             return ExitInterrupted;
         if (!output.Good())

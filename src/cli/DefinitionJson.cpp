@@ -42,7 +42,7 @@ void WriteSensor(CJsonWriter& json, const CSensor& sensor) {
 } // namespace
 
 void WriteDefinition(CJsonWriter& json, std::string_view file, const CInstrument& instrument,
-                     DefinitionStatus status) {
+                     DefinitionStatus status, const std::function<void(const CSensor&)>& progress) {
     json.BeginObject();
     json.Key("file"), json.Path(file);
     json.Key("ok"), json.Bool(status == DefinitionStatus::Success);
@@ -60,8 +60,11 @@ void WriteDefinition(CJsonWriter& json, std::string_view file, const CInstrument
     json.Key("terminator"), json.Text(instrument.Terminator());
     json.Key("field_delimiter"), json.Text(instrument.FieldDelimiter());
     json.Key("sensors"), json.BeginArray();
-    for (const CSensor& sensor : instrument.Sensors())
+    for (const CSensor& sensor : instrument.Sensors()) {
         WriteSensor(json, sensor);
+        if (progress)
+            progress(sensor);
+    }
     json.EndArray();
     json.EndObject();
 }

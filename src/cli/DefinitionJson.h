@@ -9,7 +9,9 @@
 namespace qor {
 
 /// One object for one definition file; `file` is the path as given or the package member's name.
+/// `progress` hears of each sensor written.
 void WriteDefinition(CJsonWriter& json, std::string_view file, const CInstrument& instrument,
-                     DefinitionStatus status);
+                     DefinitionStatus status,
+                     const std::function<void(const CSensor&)>& progress = {});
 
 } // namespace qor

@@ -75,7 +75,7 @@ const char* FileKindOf(std::string_view path) {
 
 } // namespace
 
-DefinitionStatus CDefinitionReader::LoadFile() {
+DefinitionStatus CDefinitionReader::LoadFile(const CInstrument::LoadProgress& goOn) {
     if (!Target.Path.empty())
         return Fail("Unable to reload instrument.\r\n", DefinitionStatus::AlreadyDefined);
     if (Path.empty())
@@ -89,9 +89,14 @@ DefinitionStatus CDefinitionReader::LoadFile() {
     Begin(file.FullPath());
 
     std::array<std::uint8_t, 16384> buffer;
+    std::uint64_t total = 0;
     std::size_t got = 0;
     do {
-        if (const FileCause cause = file.Read(buffer, got); cause != FileCause::None) {
+        FileCause cause = file.Read(buffer, got);
+        total += got;
+        if (cause == FileCause::None && goOn && !goOn(total))
+            cause = FileCause::Generic;
+        if (cause != FileCause::None) {
             Target.ReadFailed = true;
             return Fail(ReadingMessage("reading"), DefinitionStatus::ReadFailed,
                         DefinitionFileErrorText(cause));

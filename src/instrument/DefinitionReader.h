@@ -23,7 +23,7 @@ class CDefinitionReader {
         : Target(instrument), Path(path) {}
 
     /// The whole load, from the file at the path.
-    DefinitionStatus LoadFile();
+    DefinitionStatus LoadFile(const CInstrument::LoadProgress& goOn);
 
     /// The steps of a load whose text comes in pieces: Begin once, Feed each piece, Finish. Feed
     /// is false once a fatal fault has ended the load; Finish returns that fault's status.

@@ -9,8 +9,8 @@
 
 namespace qor {
 
-DefinitionStatus CInstrument::Load(const std::string& path) {
-    return CDefinitionReader(*this, path).LoadFile();
+DefinitionStatus CInstrument::Load(const std::string& path, const LoadProgress& goOn) {
+    return CDefinitionReader(*this, path).LoadFile(goOn);
 }
 
 const CSensor* CInstrument::Sensor(std::int32_t index, CMessageSink* messages) const {

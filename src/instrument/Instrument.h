@@ -9,6 +9,7 @@
 #include "instrument/Sensor.h"
 
 #include <deque>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -26,8 +27,10 @@ class CInstrument {
 
     /// Reads a definition file (.cal, .tdf) once: builds the sensor list and the parse log.
     /// DefinitionStatus::Success, or the fatal status that the parse log explains; after a failed
-    /// load the instrument is to be discarded.
-    DefinitionStatus Load(const std::string& path);
+    /// load the instrument is to be discarded. `goOn` is asked with the bytes read so far; when it
+    /// says no, the load ends as one whose file could not be read.
+    using LoadProgress = std::function<bool(std::uint64_t bytesRead)>;
+    DefinitionStatus Load(const std::string& path, const LoadProgress& goOn = {});
 
     const std::string& Name() const { return InstrumentName; }
     const std::string& SerialNumber() const { return Serial; }
