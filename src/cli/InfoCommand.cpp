@@ -81,24 +81,26 @@ bool CLogReader::Read(const std::string& path, const CommandContext& context, Lo
     Facts = &facts;
     CFile file;
     FileCause cause = file.OpenForReading(path);
+    HeaderBlock block;
     if (cause == FileCause::None)
-        cause = ReadHeaderRecords(file, facts.records);
+        cause = ReadHeaderBlock(file, block);
+    facts.records = std::move(block.records);
     Begin = BeginOf(facts.records);
-    // What a record does not tell apart is its own length: malformed ones count as well.
-    std::uint64_t whole = 0;
-    if (cause == FileCause::None && file.Size(whole) == FileCause::None)
-        facts.size = whole;
+    facts.size = block.size + block.rest.size();
+    Piece = std::move(block.rest);
     for (std::size_t got = 1; cause == FileCause::None && got > 0 && !context.stop.Requested();) {
         std::size_t kept = Piece.size();
         Piece.resize(kept + pieceSize);
         cause = file.Read(std::span(Piece).subspan(kept), got);
         Piece.resize(kept + got);
+        facts.size += got;
         FindTimeTags();
         CountTimeStamps(got == 0);
     }
     if (cause == FileCause::None)
         return true;
-    ReportError(path + ": cannot be read. " + std::string(GetFileErrorText(cause)));
+    if (!context.stop.Requested())
+        ReportError(path + ": cannot be read. " + std::string(GetFileErrorText(cause)));
     return false;
 }
 
@@ -253,7 +255,16 @@ int RunInfo(const InfoOptions& options, CommandContext& context) {
     for (const std::string& path : options.files) {
         LogFacts facts;
         PlayFacts play;
-        if (!CLogReader().Read(path, context, facts)) {
+        if (plays && IsDevice(path)) {
+            ReportError(path + ": a pipe can be read only once; save it to a file to have its "
+                               "frames counted.");
+            well = false;
+            continue;
+        }
+        const bool read = CLogReader().Read(path, context, facts);
+        if (context.stop.Requested())
+            return ExitInterrupted;
+        if (!read) {
             well = false;
             continue;
         }

@@ -96,6 +96,8 @@ bool CPlayback::Play(CommandContext& context, const FrameFunction& onFrame,
         progress.Update(Comm->Figures().bytesReceived);
     CRecursiveLock lock(Document.DocLock);
     Document.OnFrame = nullptr;
+    if (context.stop.Requested())
+        return true;
     CFrameQueue none;
     CommResult result = Document.AtEnd(Resource) ? Comm->RetrieveFrames(none) : CommResult::Success;
     if (result == CommResult::Success) {

@@ -22,8 +22,7 @@ std::int64_t NowMilliseconds() {
 } // namespace
 
 CProgress::CProgress(std::string title, std::uint64_t total, bool quiet)
-    : Title(std::move(title)), Total(std::max<std::uint64_t>(total, 1)),
-      Visible(!quiet && IsTerminal(StandardStream::Error)) {
+    : Title(std::move(title)), Total(total), Visible(!quiet && IsTerminal(StandardStream::Error)) {
     if (Visible)
         Begun = NowMilliseconds();
 }
@@ -41,6 +40,10 @@ void CProgress::Update(std::uint64_t done) {
         return;
     Drawn = now;
     OnScreen = true;
+    if (Total == 0) {
+        WriteError("\r" + Title + Format(": %.1f MB\x1b[K", static_cast<double>(done) / 1e6));
+        return;
+    }
     double part = static_cast<double>(std::min(done, Total)) / static_cast<double>(Total);
     auto filled = static_cast<std::size_t>(part * static_cast<double>(BarColumns));
     double left =

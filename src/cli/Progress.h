@@ -12,6 +12,7 @@ namespace qor {
 
 class CProgress {
   public:
+    /// A total of 0 is not known: the bytes done are shown.
     CProgress(std::string title, std::uint64_t total, bool quiet);
     ~CProgress();
     CProgress(const CProgress&) = delete;

@@ -7,33 +7,36 @@
 
 namespace qor {
 
-FileCause ReadHeaderRecords(CFile& file, std::vector<HeaderRecord>& records) {
+FileCause ReadHeaderBlock(CFile& file, HeaderBlock& block) {
     // Decided: a header block has some twenty records; what a hostile file has beyond these many is
     // read over, not kept.
     constexpr std::size_t MostKept = 10'000;
     std::array<std::uint8_t, HeaderRecordSize> record{};
-    for (std::uint64_t place = 0;; place += HeaderRecordSize) {
+    for (;; block.size += HeaderRecordSize) {
         std::size_t filled = 0;
         for (std::size_t got = 1; got > 0 && filled < record.size(); filled += got)
             if (FileCause cause = file.Read(std::span(record).subspan(filled), got);
                 cause != FileCause::None)
                 return cause;
-        if (filled < record.size() || !BeginsHeaderRecord(record))
-            return file.SeekTo(place);
+        if (filled < record.size() || !BeginsHeaderRecord(record)) {
+            const ByteSpan rest = ByteSpan(record).first(filled);
+            block.rest.assign(rest.begin(), rest.end());
+            return FileCause::None;
+        }
         if (std::optional<HeaderRecord> parsed = ParseHeaderRecord(record);
-            parsed && records.size() < MostKept)
-            records.push_back(std::move(*parsed));
+            parsed && block.records.size() < MostKept)
+            block.records.push_back(std::move(*parsed));
     }
 }
 
 double PressureTareOf(const std::string& path) {
     CFile file;
-    std::vector<HeaderRecord> records;
+    HeaderBlock block;
     // What is read of a pipe here would be missing when it is played.
     if (IsDevice(path) || file.OpenForReading(path) != FileCause::None ||
-        ReadHeaderRecords(file, records) != FileCause::None)
+        ReadHeaderBlock(file, block) != FileCause::None)
         return 0.0;
-    for (const HeaderRecord& record : records)
+    for (const HeaderRecord& record : block.records)
         if (record.tag == "PRESSURE-TARE")
             if (std::optional<double> tare = WholeNumber(Trim(record.value));
                 tare && std::isfinite(*tare))

@@ -11,9 +11,14 @@
 
 namespace qor {
 
-/// Reads the header records at the beginning of an open file and leaves it at the first byte behind
-/// them. None for a file that is no raw log.
-FileCause ReadHeaderRecords(CFile& file, std::vector<HeaderRecord>& records);
+struct HeaderBlock {
+    std::vector<HeaderRecord> records; ///< none for a file that is no raw log
+    std::uint64_t size = 0;            ///< in bytes, malformed records included
+    std::vector<std::uint8_t> rest;    ///< what was read behind the block
+};
+
+/// Reads the header block at the beginning of an open file or pipe.
+FileCause ReadHeaderBlock(CFile& file, HeaderBlock& block);
 
 /// The pressure tare that a log's header states, in the pressure's units; 0 when it states none.
 double PressureTareOf(const std::string& path);

@@ -5,6 +5,7 @@
 #include "cli/Commands.h"
 #include "cli/Output.h"
 #include "cli/SessionSetup.h"
+#include "platform/File.h"
 
 #include <CLI/CLI.hpp>
 
@@ -58,7 +59,10 @@ int Run(int argc, char** argv) {
         qor::ReportError(text + (text.ends_with('.') ? "" : ".") + " See qorview-cli --help.");
         return qor::ExitBadCall;
     }
-    return context.body();
+    qor::SetPipeStop(&context.stopEvent);
+    const int status = context.body();
+    qor::SetPipeStop(nullptr);
+    return status;
 }
 
 } // namespace

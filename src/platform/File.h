@@ -13,7 +13,7 @@
 namespace qor {
 
 /// Causes of file errors, numbered as the text tables are.
-enum class [[nodiscard]] FileCause : std::uint32_t {
+enum class [[nodiscard]] FileCause : std::uint32_t{
     None = 0,
     Generic = 1,
     FileNotFound = 2,
@@ -31,6 +31,14 @@ enum class [[nodiscard]] FileCause : std::uint32_t {
     EndOfFile = 14,
 };
 
+class CEvent;
+
+/// How the whole process reads pipes. A command-line program sets it up before it starts threads,
+/// and resets it before the event goes: until then the path "-" is standard input, whatever that
+/// is, reading a pipe waits for its first writer, and a read that waits when the event is set ends
+/// at once as Generic. Otherwise "-" is a file like any other and a pipe without a writer is empty.
+void SetPipeStop(const CEvent* stop);
+
 /// One open file. Not shared between threads, but for Sync, which may run beside Write.
 class CFile {
   public:
@@ -44,10 +52,12 @@ class CFile {
 
     /// Creates the file, or truncates an existing one, for writing with exclusive sharing: while it
     /// is open here, another CreateExclusive of it (from any process) is a SharingViolation and
-    /// leaves its content alone. A read-only file (no write permission, also for root) is AccessDenied.
+    /// leaves its content alone. A read-only file (no write permission, also for root) is
+    /// AccessDenied.
     FileCause CreateExclusive(const std::string& path);
 
-    /// Opens an existing file (a device, a port) or creates one for writing, without truncating a device.
+    /// Opens an existing file (a device, a port) or creates one for writing, without truncating a
+    /// device.
     FileCause OpenForWriting(const std::string& path);
 
     void Close();
@@ -77,7 +87,8 @@ class CFile {
     std::string OpenedFullPath;
 };
 
-/// True for an existing directory, and for an existing device, pipe or socket.
+/// True for an existing directory, and for what has no size and can be read only once: an existing
+/// device, pipe or socket, and standard input (see SetPipeStop) unless it comes from a file.
 bool IsDirectory(const std::string& path);
 bool IsDevice(const std::string& path);
 bool FileExists(const std::string& path);

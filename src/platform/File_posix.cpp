@@ -7,10 +7,12 @@
 #include "platform/File.h"
 
 #include "platform/Console.h"
+#include "platform/Worker.h"
 
 #include <cerrno>
 #include <fcntl.h>
 #include <filesystem>
+#include <poll.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <termios.h>
@@ -41,6 +43,29 @@ constexpr CauseOfErrno Causes[] = {
     {EDEADLK, FileCause::LockViolation},   {ENOSPC, FileCause::DiskFull},
     {EDQUOT, FileCause::DiskFull},         {EFBIG, FileCause::DiskFull},
 };
+
+constexpr const char* StandardInputPath = "-";
+constexpr int StopCheckMilliseconds = 100;
+const CEvent* PipeStop = nullptr;
+
+bool IsStandardInput(const std::string& path) {
+    return PipeStop != nullptr && path == StandardInputPath;
+}
+
+/// Waits until a read would not; false when the process is to stop instead.
+bool WaitForInput(int descriptor) {
+    if (PipeStop == nullptr)
+        return true;
+    pollfd readable{descriptor, POLLIN, 0};
+    for (;;) {
+        const bool stopped = PipeStop->IsSet();
+        const int ready = ::poll(&readable, 1, stopped ? 0 : StopCheckMilliseconds);
+        if (ready > 0 || (ready < 0 && errno != EINTR))
+            return true; // also when it fails: reading tells why
+        if (stopped)
+            return false;
+    }
+}
 
 FileCause CauseOf(int error) {
     for (const CauseOfErrno& row : Causes)
@@ -77,6 +102,27 @@ FileCause OpenDescriptor(const std::string& path, int flags, int& descriptor, st
         return cause;
     }
     return FileCause::None;
+}
+
+/// A descriptor of the file that standard input was redirected from, with a position of its own;
+/// -1 when it is no file or the system cannot open it again.
+int ReopenStandardInput() {
+    struct stat status {};
+    if (::fstat(STDIN_FILENO, &status) < 0 || !S_ISREG(status.st_mode))
+        return -1;
+    return ::open("/proc/self/fd/0", O_RDONLY | O_CLOEXEC);
+}
+
+FileCause OpenStandardInput(int& descriptor, struct stat& status) {
+    descriptor = ReopenStandardInput();
+    if (descriptor < 0)
+        descriptor = ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0);
+    if (descriptor >= 0 && ::fstat(descriptor, &status) == 0)
+        return FileCause::None;
+    const FileCause cause = CauseOf(errno);
+    if (descriptor >= 0)
+        ::close(descriptor);
+    return cause;
 }
 
 FileCause LockExclusively(int descriptor) {
@@ -127,6 +173,10 @@ int DescriptorOf(std::intptr_t handle) {
 
 } // namespace
 
+void SetPipeStop(const CEvent* stop) {
+    PipeStop = stop;
+}
+
 CFile::~CFile() {
     Close();
 }
@@ -150,17 +200,19 @@ FileCause CFile::OpenForReading(const std::string& path) {
     Close();
     int descriptor = -1;
     struct stat status {};
-    if (FileCause cause = OpenDescriptor(path, O_RDONLY, descriptor, status);
-        cause != FileCause::None)
+    const bool input = IsStandardInput(path);
+    FileCause cause = input ? OpenStandardInput(descriptor, status)
+                            : OpenDescriptor(path, O_RDONLY, descriptor, status);
+    if (cause != FileCause::None)
         return cause;
     // A device could give bytes without end, or none for ever.
-    if (!S_ISREG(status.st_mode) && !S_ISFIFO(status.st_mode)) {
+    if (!input && !S_ISREG(status.st_mode) && !S_ISFIFO(status.st_mode)) {
         ::close(descriptor);
         return FileCause::AccessDenied;
     }
     Handle = descriptor;
     OpenedPath = path;
-    OpenedFullPath = FullPathOf(path);
+    OpenedFullPath = input ? path : FullPathOf(path);
     return FileCause::None;
 }
 
@@ -242,6 +294,8 @@ bool CFile::IsOpen() const {
 
 FileCause CFile::Read(std::span<std::uint8_t> buffer, std::size_t& got) {
     got = 0;
+    if (!WaitForInput(DescriptorOf(Handle)))
+        return FileCause::Generic;
     ssize_t result;
     do
         result = ::read(DescriptorOf(Handle), buffer.data(), buffer.size());
@@ -321,6 +375,12 @@ bool IsDirectory(const std::string& path) {
 }
 
 bool IsDevice(const std::string& path) {
+    if (IsStandardInput(path)) {
+        const int descriptor = ReopenStandardInput();
+        if (descriptor >= 0)
+            ::close(descriptor);
+        return descriptor < 0;
+    }
     struct stat status {};
     return ::stat(path.c_str(), &status) == 0 && !S_ISDIR(status.st_mode) &&
            !S_ISREG(status.st_mode);

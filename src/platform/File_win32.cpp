@@ -7,6 +7,7 @@
 #include "platform/File.h"
 
 #include "platform/Win32Support.h"
+#include "platform/Worker.h"
 
 #include <algorithm>
 #include <memory>
@@ -57,6 +58,14 @@ constexpr OpenRequest ReadExisting = {GENERIC_READ, ShareAll, OPEN_EXISTING};
 constexpr OpenRequest CreateAlone = {GENERIC_WRITE, 0, CREATE_ALWAYS};
 constexpr OpenRequest WriteAny = {GENERIC_WRITE, FILE_SHARE_READ, OPEN_ALWAYS};
 
+constexpr const char* StandardInputPath = "-";
+constexpr int StopCheckMilliseconds = 50;
+const CEvent* PipeStop = nullptr;
+
+bool IsStandardInput(const std::string& path) {
+    return PipeStop != nullptr && path == StandardInputPath;
+}
+
 OpenFile* OpenedBy(std::intptr_t handle) {
     return handle == -1 ? nullptr : reinterpret_cast<OpenFile*>(handle);
 }
@@ -103,6 +112,34 @@ FileCause OpenHandle(const std::wstring& path, const OpenRequest& request,
     return cause;
 }
 
+FileCause OpenStandardInput(OpenFilePointer& opened) {
+    opened.reset(new (std::nothrow) OpenFile);
+    if (!opened)
+        return FileCause::Generic;
+    HANDLE process = GetCurrentProcess();
+    HANDLE handle = nullptr;
+    opened->done = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    if (opened->done == nullptr ||
+        !DuplicateHandle(process, GetStdHandle(STD_INPUT_HANDLE), process, &handle, 0, FALSE,
+                         DUPLICATE_SAME_ACCESS))
+        return LastCause();
+    opened->handle = handle;
+    opened->isDisk = GetFileType(handle) == FILE_TYPE_DISK;
+    return FileCause::None;
+}
+
+/// Waits until a read would not; false when the process is to stop instead. A pipe that fails is
+/// left to the read, which tells why.
+bool WaitForInput(const OpenFile& file) {
+    if (PipeStop == nullptr || file.isDisk)
+        return true;
+    DWORD waiting = 0;
+    while (PeekNamedPipe(file.handle, nullptr, 0, nullptr, &waiting, nullptr) && waiting == 0)
+        if (PipeStop->Wait(StopCheckMilliseconds))
+            return false;
+    return true;
+}
+
 /// Runs one read or write at the file's position and moves the position on.
 template <class Start> FileCause Run(OpenFile& file, Start start, std::size_t& moved) {
     moved = 0;
@@ -142,6 +179,10 @@ FileCause Attributes(const std::string& path, std::wstring& wide, DWORD& attribu
 
 } // namespace
 
+void SetPipeStop(const CEvent* stop) {
+    PipeStop = stop;
+}
+
 CFile::~CFile() {
     Close();
 }
@@ -163,14 +204,17 @@ CFile& CFile::operator=(CFile&& other) noexcept {
 FileCause CFile::OpenForReading(const std::string& path) {
     Close();
     OpenFilePointer file;
-    if (FileCause cause = OpenHandle(WidePath(path), ReadExisting, file); cause != FileCause::None)
+    const bool input = IsStandardInput(path);
+    FileCause cause =
+        input ? OpenStandardInput(file) : OpenHandle(WidePath(path), ReadExisting, file);
+    if (cause != FileCause::None)
         return cause;
     // A device could give bytes without end, or none for ever.
     if (!file->isDisk && GetFileType(file->handle) != FILE_TYPE_PIPE)
         return FileCause::AccessDenied;
     Handle = reinterpret_cast<std::intptr_t>(file.release());
     OpenedPath = path;
-    OpenedFullPath = FullPathOf(path);
+    OpenedFullPath = input ? path : FullPathOf(path);
     return FileCause::None;
 }
 
@@ -216,6 +260,8 @@ FileCause CFile::Read(std::span<std::uint8_t> buffer, std::size_t& got) {
     OpenFile* file = OpenedBy(Handle);
     if (file == nullptr)
         return FileCause::InvalidFile;
+    if (!WaitForInput(*file))
+        return FileCause::Generic;
     auto start = [&](OVERLAPPED* request) {
         return ReadFile(file->handle, buffer.data(), RequestSize(buffer.size()), nullptr, request);
     };
@@ -313,6 +359,8 @@ bool IsDirectory(const std::string& path) {
 }
 
 bool IsDevice(const std::string& path) {
+    if (IsStandardInput(path))
+        return GetFileType(GetStdHandle(STD_INPUT_HANDLE)) != FILE_TYPE_DISK;
     // By the name alone: opening a port would move its control lines.
     constexpr std::string_view Device = "\\\\.\\";
     return WidePortName(path).starts_with(L"\\\\.\\") || FullPathOf(path).starts_with(Device);

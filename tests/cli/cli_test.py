@@ -132,10 +132,49 @@ class Playback(Folder):
             numbers = [value for value in frame["values"] if isinstance(value, (int, float))]
             self.assertEqual([float(cell) for cell in row[2:] if cell], numbers)
         self.assertTrue(table[1][0].startswith("2026-06-21T12:00:00."))
+        file = open(raw, "rb")
+        self.addCleanup(file.close)
+        for name, feed in (("/dev/stdin", {"input": raw.read_bytes()}), ("-", {"input": raw.read_bytes()}),
+                           ("-", {"stdin": file})):
+            piped = run("decode", "-d", PROFILER, name, **feed).stdout
+            self.assertEqual(list(csv.reader(io.StringIO(piped.decode("latin-1")))), table, name)
         facts = json.loads(run("info", "--json", str(raw)).stdout)
         self.assertEqual((facts["first_time_tag"], facts["last_time_tag"]), (frames[0]["time"], frames[-1]["time"]))
-        piped = run("decode", "-d", PROFILER, "/dev/stdin", input=raw.read_bytes()).stdout
-        self.assertEqual(list(csv.reader(io.StringIO(piped.decode("latin-1")))), table)
+        piped = json.loads(run("info", "--json", "-", input=raw.read_bytes()).stdout)
+        self.assertEqual(piped, facts | {"file": "-"})
+        self.assertEqual(run("check", "-", input=pathlib.Path(PROFILER).read_bytes()).returncode, 0)
+        facts = json.loads(run("info", "--json", "-d", PROFILER, "-", stdin=file).stdout)
+        self.assertEqual(facts["instruments"][0]["frames"], 20)
+
+    def test_pipes_are_waited_for_until_a_signal_comes(self):
+        raw = self.simulated("--raw-log", "-d", PROFILER, "--frames", "20")
+        fifo = str(self.folder / "fifo")
+        os.mkfifo(fifo)
+        decode = ("decode", "-d", PROFILER, "--format", "jsonl")
+        for call in ((*decode, "-"), (*decode, fifo), ("check", "--json", "-"), ("info", "-"),
+                     ("compare", "-d", RADIOMETER, "--dut", "X", "--reference", "Y", "-d", "-", str(raw))):
+            command = subprocess.Popen([CLI, *call], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                                       stderr=subprocess.DEVNULL)
+            status = pathlib.Path(f"/proc/{command.pid}/status")
+            wait_for(lambda: any(line.startswith("SigBlk:") and int(line[7:], 16) & 2
+                                 for line in status.read_text().splitlines()), "the command's start")
+            command.send_signal(signal.SIGINT)
+            self.assertEqual(command.wait(10), 130, call)
+            self.assertEqual(command.stdout.read(), b"", call)
+            command.stdout.close(), command.stdin.close()
+
+        command = subprocess.Popen([CLI, *decode, fifo], stdout=subprocess.PIPE)
+
+        def writer():
+            try:
+                return os.open(fifo, os.O_WRONLY | os.O_NONBLOCK)
+            except OSError:
+                return None  # nobody reads yet
+        with open(wait_for(writer, "the reader"), "wb", buffering=0) as pipe:
+            os.set_blocking(pipe.fileno(), True)
+            pipe.write(raw.read_bytes())
+        expected = run(*decode, str(raw)).stdout.replace(str(raw).encode(), fifo.encode())
+        self.assertEqual(command.communicate(timeout=30)[0], expected)
 
     def test_every_instrument_has_a_table_of_its_own_in_the_folder(self):
         options, raw = [], self.folder / "three.raw"
