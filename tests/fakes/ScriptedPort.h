@@ -37,7 +37,6 @@ class CPortScript {
     CPortScript& Status(std::uint32_t event, std::uint32_t lineErrors) {
         return Add({Step::Event, {}, event, lineErrors});
     }
-    CPortScript& FramingError() { return Status(EventLineError, LineFraming); }
     /// A moment at which the test does something, on the worker's thread.
     CPortScript& Then(std::function<void()> action) {
         return Add({Step::Action, {}, 0, 0, std::move(action)});
@@ -208,9 +207,6 @@ class CScriptedPort : public CSerialPort {
     SystemError RestoreTimeouts() override { return Script.Called("RestoreTimeouts"); }
     SystemError Purge() override { return Script.Called("Purge"); }
     void Close() override { std::ignore = Script.Called("Close"); }
-
-    /// What the next reading of the line errors finds.
-    void SetErrors(std::uint32_t errors) { Errors = errors; }
 
   private:
     std::size_t Fill() {

@@ -32,36 +32,6 @@ PlainFrame Frame(const char* instrument, const char* bytes, std::uint64_t offset
     return {instrument, bytes, offset, seconds};
 }
 
-std::vector<PlainMatch> PlainMatches(const std::vector<std::string>& headers,
-                                     const std::string& stream) {
-    std::vector<PlainMatch> all;
-    std::size_t position = 0;
-    while (auto match = PlainSearch(headers, stream, position)) {
-        all.push_back(*match);
-        position = match->position + headers[match->candidate].size();
-    }
-    return all;
-}
-
-TEST(PlainSync, ItsHeaderSearchKeepsTheRules) {
-    const struct {
-        std::vector<std::string> headers;
-        const char* stream;
-        std::vector<PlainMatch> expected;
-        const char* why;
-    } cases[] = {
-        {{"AB", "AC"}, "xxACAB", {{2, 1}, {4, 0}}, "a later candidate from the same start"},
-        {{"AB", "ABC"}, "ABC", {{0, 0}}, "the earlier attached wins"},
-        {{"ABC", "AB"}, "ABD", {{0, 1}}, "the shorter one once the longer has failed"},
-        {{"AAB"}, "AAAB", {}, "an overlap with a broken match of the last is missed"},
-        {{"AAB", "X"}, "AAAB", {{1, 0}}, "but not with one of another"},
-        {{"", "A"}, "A", {{0, 1}}, "an empty header never matches"},
-        {{"ABCD", "A"}, "xABC", {{1, 1}}, "a partial match at the end gives way"},
-    };
-    for (const auto& c : cases)
-        EXPECT_EQ(PlainMatches(c.headers, c.stream), c.expected) << c.why;
-}
-
 TEST(FrameSyncReplay, RawLogsComeBackAsTheyWereLogged) {
     auto two = {Fixed("A", "AA", 4), Text("G", "$GPGGA,")};
     const std::string taggedA = "AA12" + Tag(Noon);
@@ -70,9 +40,6 @@ TEST(FrameSyncReplay, RawLogsComeBackAsTheyWereLogged) {
         PlainResult expected;
         const char* why;
     } cases[] = {
-        {RawBegin + taggedA + Stamp + Stamp + taggedA,
-         {{Frame("A", "AA12", 128, Noon), Frame("A", "AA12", 201, Noon)}, 0},
-         "sentences between frames are not frame data"},
         {RawBegin + Record(HeaderTag::Nmea, "$GPGGA") + "$GPGGA,1\r\n" + taggedA + "$GPGGA,2\r\n",
          {{Frame("G", "$GPGGA,1\r\n", 256), Frame("A", "AA12", 266, Noon),
            Frame("G", "$GPGGA,2\r\n", 277)},
@@ -81,9 +48,6 @@ TEST(FrameSyncReplay, RawLogsComeBackAsTheyWereLogged) {
         {RawBegin + Record(HeaderTag::Nmea, "$GPGGA") + "$GPGGA,1\r\n" + Tag(Noon),
          {{Frame("G", "$GPGGA,1\r\n", 256, Noon)}, 0},
          "another one that the NMEA records name has"},
-        {RawBegin + "AA12" + "AA34" + Tag(Noon) + "AA56",
-         {{Frame("A", "AA12", 128), Frame("A", "AA34", 132, Noon), Frame("A", "AA56", 143)}, 0},
-         "what is no tag is not removed"},
         {RawBegin + "AA12" + Tag(Noon).substr(0, 6),
          {{Frame("A", "AA12", 128)}, 6},
          "half a tag at the end is no tag"},
@@ -93,13 +57,6 @@ TEST(FrameSyncReplay, RawLogsComeBackAsTheyWereLogged) {
         {RawBegin + "$PCZDA,AA12" + std::string(80, '.'),
          {{Frame("A", "AA12", 135)}, 87},
          "a sentence without its end is none"},
-        {RawBegin + taggedA + RawBegin + RawBegin + taggedA,
-         {{Frame("A", "AA12", 128, Noon), Frame("A", "AA12", 395, Noon)}, 0},
-         "records stand wherever a frame could begin"},
-        {taggedA + RawBegin + "AA12",
-         {{Frame("A", "AA12", 0), Frame("A", "AA12", 139)}, 135},
-         "a plain capture has neither tags nor records"},
-        {"QORHDR", {{}, 6}, "a capture of a few bytes"},
         {RawBegin.substr(0, 100), {{}, 100}, "half a record"},
     };
     for (const auto& c : cases)

@@ -19,7 +19,6 @@ namespace qor {
 struct PlainMatch {
     std::size_t position = 0;
     std::size_t candidate = 0;
-    bool operator==(const PlainMatch&) const = default;
 };
 
 /// Walks byte by byte with a current candidate, a matched length and the remembered start.

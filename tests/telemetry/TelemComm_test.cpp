@@ -94,18 +94,6 @@ TEST_F(AResource, InitialisationRefusesWhatItMustInItsWords) {
     EXPECT_EQ(Comm.QuerySerialSettings()->baudRate, 57600u);
 }
 
-TEST_F(AResource, ConnectsInOrderAndTwiceIsOnce) {
-    Initialise();
-    EXPECT_EQ(Comm.Connect(), CommResult::Success);
-    Lines calls = Script.TakeCalls();
-    calls.resize(10);
-    EXPECT_EQ(calls,
-              (Lines{"Open", "SaveTimeouts", "ReadSettings", "WriteSettings", "SetReadInterval",
-                     "SetQueues", "SetEventMask", "CreateInput", "ReadLineErrors", "IssueRead"}));
-    EXPECT_EQ(Comm.Connect(), CommResult::Success);
-    EXPECT_EQ(Sink.Take(), Lines{"COM1 connection successful.\r\n"});
-}
-
 TEST_F(AResource, ReadIntervalIsOneCharacterAndSixMilliseconds) {
     for (auto [baud, milliseconds] : {std::pair{9600u, 7u}, {256000u, 6u}, {300u, 39u}}) {
         Settings.baudRate = baud;
@@ -141,9 +129,13 @@ TEST_F(AResource, EveryFailingStepHasItsCodeAndClosesThePort) {
         {"IssueRead", WorkerNotStarted, "Read error:", ReadNotIssued},
         {"IssueStatusWait", WorkerNotStarted, "Status event error:", StatusWaitNotIssued},
     };
+    Lines calls;
     for (const auto& row : cases) {
         Script.Fail(row.step, 5);
         EXPECT_EQ(Comm.Connect(), row.code) << row.step;
+        if (calls.size() == 8)
+            calls.push_back("ReadLineErrors");
+        calls.push_back(row.step);
         const std::string begin =
             row.abort == Success ? "" : "Telemetry acquisition aborted on COM1.\r\n\t";
         Lines entries{begin + row.entry + SystemErrorText(5)};
@@ -154,13 +146,18 @@ TEST_F(AResource, EveryFailingStepHasItsCodeAndClosesThePort) {
         EXPECT_EQ(Sink.Take(), entries) << row.step;
         EXPECT_FALSE(Connected());
         EXPECT_EQ(Comm.Figures().connectError, row.code == WorkerNotStarted ? 0U : 5U) << row.step;
-        EXPECT_EQ(Script.TakeCalls().back(), row.code == PortNotOpened ? "Open" : "Close");
+        Lines called = Script.TakeCalls();
+        EXPECT_EQ(called.back(), row.code == PortNotOpened ? "Open" : "Close");
+        called.resize(calls.size());
+        EXPECT_EQ(called, calls) << "every step follows those before it";
         std::uint32_t code = 0;
         EXPECT_EQ(Comm.ResetAbortCode(code), Success);
         EXPECT_EQ(code, static_cast<std::uint32_t>(row.abort)) << row.step;
         Script.Repair();
     }
-    Connect();
+    for (int i = 0; i < 2; ++i)
+        EXPECT_EQ(Comm.Connect(), Success);
+    EXPECT_EQ(Sink.Take(), Lines{"COM1 connection successful.\r\n"}) << "twice is once";
 }
 
 TEST_F(AResource, AbortClosesThePortAndHasToBeResetBeforeConnecting) {
@@ -251,11 +248,37 @@ TEST_F(AResource, LineErrorsAreReportedAndNeverEndAcquisition) {
     Initialise();
     Attach();
     Connect();
-    Script.Bytes("$Rab").FramingError().Status(EventBreak, LineBreak).Bytes("cd").Played();
-    EXPECT_EQ(Sink.Take(), (Lines{"Hardware framing error on COM1.\r\n",
-                                  "Unknown status event (0x00000040) on COM1.\n",
-                                  "Break error on COM1.\r\n", "$R found on COM1.\r\n"}));
+    Script.Bytes("$Rab").Status(EventBreak, LineBreak).Status(0xC0, 0).Status(0, 0);
+    Script.Status(EventLineError, 0xFFFF).Bytes("cd").Played();
+    EXPECT_EQ(
+        Sink.Take(),
+        (Lines{"Unknown status event (0x00000040) on COM1.\n", "Break error on COM1.\r\n",
+               "Break error on COM1.\r\n", "Hardware framing error on COM1.\r\n",
+               "I/O error on COM1.\r\n", "Mode error on COM1.\r\n",
+               "Input buffer overflow on COM1.\r\n", "Character buffer overrun on COM1.\r\n",
+               "Rx parity error on COM1.\r\n",
+               "Unable to transmit on COM1. The buffer is full.\r\n", "$R found on COM1.\r\n"}));
     EXPECT_EQ(Frames(), Lines{"$Rabcd"});
+}
+
+TEST_F(AResource, FiveFramingErrorsInARowSuggestAWrongBaudRate) {
+    Initialise();
+    Connect();
+    auto told = [this](std::uint32_t error, int times) {
+        for (int i = 0; i < times; ++i)
+            Script.Status(EventLineError, error);
+        Script.Played();
+        return Sink.Take();
+    };
+    const std::string framing = "Hardware framing error on COM1.\r\n";
+    const std::string broken = "Break error on COM1.\r\n";
+    EXPECT_EQ(told(LineFraming, 6), (Lines{framing, framing, framing, framing, framing,
+                                           "Detected possible incorrect baud rate on COM1.\r\n"}));
+    EXPECT_EQ(told(LineBreak, 1), Lines{broken});
+    EXPECT_EQ(told(LineFraming, 1), Lines{}) << "a break does not reset the count";
+    EXPECT_EQ(told(LineParity, 1), Lines{"Rx parity error on COM1.\r\n"});
+    EXPECT_EQ(told(LineFraming, 1), Lines{framing});
+    EXPECT_EQ(told(LineBreak, 6), Lines(5, broken));
 }
 
 TEST_F(AResource, DisconnectionHandsOverWhatIsQueuedAndClosesInOrder) {
@@ -302,16 +325,9 @@ TEST_F(AResource, FailuresWhileClosingAreAllReported) {
 }
 
 TEST_F(AResource, UnknownInstrumentsAndAttachFailuresAreTold) {
-    CFrameData frame;
-    bool found = true;
     std::ignore = Comm.Attach(Radiometer);
-    std::ignore = Comm.Detach("RAD");
-    EXPECT_EQ(Comm.RetrieveFrame(frame, found), CommResult::NotInitialised);
-    EXPECT_FALSE(found);
-    const std::string uninitialised = "\tThe communications resource has not been initialized.\r\n";
-    EXPECT_EQ(Sink.Take(), (Lines{"Unable to attach RAD.\r\n" + uninitialised,
-                                  "Unable to detach instrument.\r\n" + uninitialised,
-                                  "Unable to retrieve frames.\r\n" + uninitialised}));
+    EXPECT_EQ(Sink.Take(), Lines{"Unable to attach RAD.\r\n"
+                                 "\tThe communications resource has not been initialized.\r\n"});
     Initialise();
     for (int attached : {0, 2}) {
         for (int i = 0; i < attached; ++i)
@@ -348,7 +364,8 @@ TEST_F(AResource, AnyThreadMayAskWhileAnotherConnectsAndDisconnects) {
     CFrameQueue left;
     for (int round = 0; round < 20; ++round) {
         Connect();
-        Script.Bytes("$Rabcd$Refgh").FramingError().Bytes("$Rijkl").Played();
+        Script.Bytes("$Rabcd$Refgh").Status(EventLineError, LineFraming);
+        Script.Bytes("$Rijkl").Played();
         if (round % 4 == 3)
             Script.ThenFail("CollectRead", 5);
         EXPECT_EQ(Comm.Disconnect(&left), CommResult::Success);
