@@ -9,23 +9,26 @@
 namespace qor {
 namespace {
 
-TEST(LogName, DisplayNameFollowsTheMode) {
+TEST(LogName, TheNameFollowsTheModeAndMovesOnWithTheCastOrTheSequence) {
+    using enum LogNamingMode;
     struct {
         LogNamingMode mode;
-        std::string userName, station, cast;
+        std::string userName, cast;
         int sequence;
-        std::string expected;
+        std::string name, next;
     } cases[] = {
-        {LogNamingMode::UserFileName, "cast", "", "", 0, "cast.raw"},
-        {LogNamingMode::UserFileName, "cast.bin", "", "", 0, "cast.bin"},
-        {LogNamingMode::UserFileName, "dir.d/cast", "", "", 0, "dir.d/cast.raw"},
-        {LogNamingMode::UserFileName, "", "ST1", "AA", 0, ""},
-        {LogNamingMode::AutoCast, "cast", "ST1-", "AB", 0, "ST1-AB.raw"},
-        {LogNamingMode::AutoCast, "", "", "AB", 0, "AB.raw"},
-        {LogNamingMode::AutoCast, "cast", "ST1", "", 0, ""},
-        {LogNamingMode::TimeStamp, "", "", "", 0, "(TIME STAMP)"},
-        {LogNamingMode::Sqm, "", "", "", 7, "sqm007.raw"},
-        {LogNamingMode::Sqm, "", "", "", 999, "sqm999.raw"},
+        {UserFileName, "cast", "", 0, "cast.raw", "cast.raw"},
+        {UserFileName, "cast.bin", "", 0, "cast.bin", "cast.bin"},
+        {UserFileName, "dir.d/cast", "", 0, "dir.d/cast.raw", "dir.d/cast.raw"},
+        {UserFileName, "", "AA", 0, "", ""},
+        {AutoCast, "cast", "AB", 5, "ST1-AB.raw", "ST1-AC.raw"},
+        {AutoCast, "", "AZ", 5, "ST1-AZ.raw", "ST1-BA.raw"},
+        {AutoCast, "", "ZZ", 5, "ST1-ZZ.raw", "ST1-[A.raw"},
+        {AutoCast, "", "A", 5, "ST1-A.raw", "ST1-A.raw"},
+        {AutoCast, "cast", "", 0, "", ""},
+        {TimeStamp, "", "", 0, "(TIME STAMP)", "(TIME STAMP)"},
+        {Sqm, "", "AA", 7, "sqm007.raw", "sqm008.raw"},
+        {Sqm, "", "", 999, "sqm999.raw", "sqm999.raw"},
     };
     for (const auto& row : cases) {
         LogNaming naming;
@@ -33,38 +36,13 @@ TEST(LogName, DisplayNameFollowsTheMode) {
         naming.logUserFileName = row.userName;
         naming.sqmBaseName = "sqm";
         naming.sqmSequence = row.sequence;
-        StationInformation station;
-        station.stationId = row.station;
-        station.cast = row.cast;
-        EXPECT_EQ(LogDisplayName(naming, station), row.expected);
-    }
-}
-
-TEST(LogName, AdvancingCountsCastsAndSequencesAndForgetsTheAcceptedName) {
-    struct {
-        LogNamingMode mode;
-        std::string cast, nextCast;
-        int sequence, nextSequence;
-    } cases[] = {
-        {LogNamingMode::AutoCast, "AA", "AB", 5, 5},
-        {LogNamingMode::AutoCast, "AZ", "BA", 5, 5},
-        {LogNamingMode::AutoCast, "ZZ", "[A", 5, 5},
-        {LogNamingMode::AutoCast, "A", "A", 5, 5},
-        {LogNamingMode::Sqm, "AA", "AA", 0, 1},
-        {LogNamingMode::Sqm, "AA", "AA", 998, 999},
-        {LogNamingMode::Sqm, "AA", "AA", 999, 999},
-        {LogNamingMode::UserFileName, "AA", "AA", 5, 5},
-    };
-    for (const auto& row : cases) {
-        LogNaming naming;
-        naming.logNamingMode = row.mode;
-        naming.sqmSequence = row.sequence;
         naming.logNameReady = naming.logNamePrompted = true;
         StationInformation station;
+        station.stationId = "ST1-";
         station.cast = row.cast;
+        EXPECT_EQ(LogDisplayName(naming, station), row.name);
         AdvanceLogFileName(naming, station);
-        EXPECT_EQ(station.cast, row.nextCast);
-        EXPECT_EQ(naming.sqmSequence, row.nextSequence);
+        EXPECT_EQ(LogDisplayName(naming, station), row.next);
         EXPECT_FALSE(naming.logNameReady || naming.logNamePrompted);
     }
 }

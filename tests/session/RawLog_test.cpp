@@ -91,17 +91,22 @@ TEST_F(ARawLog, RolesAndOptionsAddTheirRecordsInFileOrder) {
                     "SQM (SQM-ID)|DUT (DUT-ID)|"));
 }
 
-TEST_F(ARawLog, FramesAreFollowedByTheirArrivalTimeButThoseOfTheGps) {
+TEST_F(ARawLog, FramesAndTimeStampsStandInTheOrderOfTheirArrival) {
     CQorViewIns* pro = Add("PRO", Port);
     CQorViewIns* gps = Add("GPS", Port);
     Doc.SetRole(InstrumentRole::Gps, Port, 1);
+    Set([](LogOptions& options) { options.timeStampEnabled = true; });
     ASSERT_TRUE(Begin());
+    Doc.RawLog.OnLogTick(); // the second in which the log began
     Offer(*pro, {CounterFrame("PRO", 1), CounterFrame("PRO", 2)});
+    Clock.Advance(800);
+    Doc.RawLog.OnLogTick();
+    Doc.RawLog.OnLogTick();
     Offer(*gps, {CounterFrame("GPS", 9)});
     LogStatus status = Doc.RawLog.Status();
     ASSERT_TRUE(Doc.RawLog.EndLogFile(true));
-    EXPECT_EQ(Data(Log()),
-              CounterFrame("PRO", 1) + Tag + CounterFrame("PRO", 2) + Tag + CounterFrame("GPS", 9));
+    EXPECT_EQ(Data(Log()), CounterFrame("PRO", 1) + Tag + CounterFrame("PRO", 2) + Tag +
+                               "$PCZDA,142306.00,03,05,2005,,\r\n" + CounterFrame("GPS", 9));
     EXPECT_EQ(status.framesLogged, 3u);
     EXPECT_EQ(status.fileSize, Content(Log()).size());
     EXPECT_TRUE(status.dataLogged);
@@ -262,19 +267,6 @@ TEST_F(ARawLog, StepOfTheWallClockIsNotedAndMovesNoTimer) {
     Ticks(1);
     EXPECT_FALSE(Doc.RawLog.Status().logOpen);
     EXPECT_THAT(Reported(), testing::StartsWith("End log file"));
-}
-
-TEST_F(ARawLog, TimeStampIsWrittenOnceASecondBetweenFrames) {
-    CQorViewIns* pro = Add("PRO", Port);
-    Set([](LogOptions& options) { options.timeStampEnabled = true; });
-    ASSERT_TRUE(Begin());
-    Doc.RawLog.OnLogTick(); // the second in which the log began
-    Offer(*pro, {CounterFrame("PRO", 1)});
-    Clock.Advance(800);
-    Doc.RawLog.OnLogTick();
-    Doc.RawLog.OnLogTick();
-    ASSERT_TRUE(Doc.RawLog.EndLogFile(true));
-    EXPECT_EQ(Data(Log()), CounterFrame("PRO", 1) + Tag + "$PCZDA,142306.00,03,05,2005,,\r\n");
 }
 
 } // namespace
