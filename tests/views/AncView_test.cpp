@@ -2,6 +2,7 @@
 #include "fakes/ScriptedUser.h"
 #include "fakes/ViewedInstrument.h"
 #include "views/AncView.h"
+#include "views/PkgAncView.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -92,22 +93,30 @@ TEST(AncView, ShowsNoTiltWithoutBothAxesAndNoParOfAnUnusableInstrument) {
     EXPECT_TRUE(CInstrumentRows(half.Ins()).Rows().empty());
 }
 
-TEST(AncViewSettings, AreKeptByKeyAndAbsentKeysChangeNothing) {
+TEST(ViewSettings, AreKeptByKeyAndAbsentKeysChangeNothing) {
     CMemoryProfileStore store;
     CAncViewSettings settings, loaded;
     EXPECT_TRUE(settings.Load(store, "View1"));
-    EXPECT_EQ(settings.XPosition, -1);
     EXPECT_FALSE(settings.Load(store, ""));
+    EXPECT_EQ(settings.XPosition, -1);
     settings.XPosition = 12;
     settings.ViewType = 2;
     settings.PageIndex = 0;
-    settings.TiltWarnings.AlarmEnabled = 1;
-    settings.Save(store, "View1");
+    EXPECT_TRUE(settings.Save(store, "View1"));
     loaded.YPosition = 3; // stays, because a stored -1 reads like an absent key
     EXPECT_TRUE(loaded.Load(store, "View1"));
     EXPECT_EQ(std::tie(loaded.XPosition, loaded.YPosition, loaded.ViewType, loaded.PageIndex),
               std::make_tuple(12, 3, 2, 0));
-    EXPECT_EQ(loaded.TiltWarnings, settings.TiltWarnings);
+    // A package's display keeps five ranges in the same section.
+    CPkgAncViewSettings package, again;
+    EXPECT_FALSE(package.Save(store, ""));
+    package.SalWarnings.WarnEnabled = 1;
+    EXPECT_TRUE(package.Save(store, "View1"));
+    EXPECT_EQ(store.ReadText("View1\\Ancillary", "SalWarnings"),
+              "000036.00 000040.00 000040.00 000100.00 1 0");
+    EXPECT_TRUE(again.Load(store, "View1"));
+    EXPECT_EQ(again.SalWarnings, package.SalWarnings);
+    EXPECT_EQ(again.DepthWarnings, (WarningRanges{100, 200, 200, 750, 0, 0}));
 }
 
 } // namespace
