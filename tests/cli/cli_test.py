@@ -89,7 +89,7 @@ class Calls(Folder):
         command.communicate(timeout=30)
         self.assertEqual(command.returncode, 130)
 
-    def test_a_reader_that_goes_away_ends_the_command_quietly(self):
+    def test_a_reader_that_goes_away_ends_the_command_quietly_and_a_full_disk_does_not(self):
         raw = self.simulated("--raw-log", "-d", RADIOMETER, "--frames", "3000")
         command = subprocess.Popen([CLI, "decode", "-d", RADIOMETER, str(raw)], stdout=subprocess.PIPE,
                                    stderr=subprocess.PIPE)
@@ -98,6 +98,9 @@ class Calls(Folder):
         self.assertEqual(command.stderr.read(), b"")
         command.stderr.close()
         self.assertEqual(command.wait(30), 0)
+        with open("/dev/full", "wb") as full:
+            faulty = subprocess.run([CLI, "decode", "-d", RADIOMETER, str(raw)], stdout=full, stderr=subprocess.PIPE)
+        self.assertEqual((faulty.returncode, faulty.stderr.count(b"\n")), (1, 1))
 
 
 class Playback(Folder):

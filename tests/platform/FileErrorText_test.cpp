@@ -18,13 +18,8 @@ TEST(FileErrorText, TheThreeTablesDifferInTheirLineEndAndFourTexts) {
         EXPECT_EQ(log + "\r\n" == definition, number != 11) << number;
         EXPECT_EQ(definition == resource, number < 15) << number;
     }
-    EXPECT_EQ(GetFileErrorText(FileCause::SharingViolation),
-              "A sharing violation occured, or a shared region was locked.");
     EXPECT_EQ(DefinitionFileErrorText(FileCause::SharingViolation),
               "SHARE.EXE was not loaded, or a shared region was locked.\r\n");
-    EXPECT_EQ(ResourceFileErrorText(FileCause::LockViolation),
-              "There was an attempt to lock a region that was already locked.\r\n");
-    EXPECT_EQ(GetFileErrorText(FileCause::EndOfFile), "The end of file was reached.");
     EXPECT_EQ(GetFileErrorText(static_cast<FileCause>(15)), "An unknown file error orrured.");
     EXPECT_EQ(ResourceFileErrorText(static_cast<FileCause>(~0U)),
               "An unknown file error occured.\r\n");

@@ -82,14 +82,6 @@ TEST_F(AFile, DevicesAreToldByTheirNames) {
         EXPECT_FALSE(IsDevice(name)) << name;
 }
 
-TEST(PortName, OpensAtAnyNumber) {
-    EXPECT_EQ(WidePortName("COM3"), L"\\\\.\\COM3");
-    EXPECT_EQ(WidePortName("com12"), L"\\\\.\\com12");
-    EXPECT_EQ(WidePortName("\\\\.\\COM12"), L"\\\\.\\COM12");
-    EXPECT_EQ(WidePortName("COMMON"), L"COMMON");
-    EXPECT_EQ(WidePortName("COM"), L"COM");
-}
-
 TEST(SystemText, EndsTheLineOnceAndNamesAnUnknownError) {
     std::string text = SystemErrorText(5);
     EXPECT_TRUE(text.ends_with("\r\n") && !text.ends_with("\r\n\r\n")) << text;
