@@ -50,7 +50,6 @@ TEST_F(ARawLog, HeaderWithoutRolesAndOptionsHasEighteenRecords) {
                   "NONE (MODE)|OFF (PRESSURE-TARE)|OFF (TIMETAG)|ON (DATETAG)|ON (TIMETAG2)|"
                   "OFF (PROFILER)|OFF (REFERENCE)|OFF (PRO-DARK)|OFF (REF-DARK)|");
     Doc.SetRole(InstrumentRole::Profiler, 7, 3); // where no instrument is
-    EXPECT_EQ(Doc.Role(1).resource, 7);
     EXPECT_EQ(Doc.Role(9).resource, -1);
     EXPECT_EQ(Doc.Role(-1).instrument, -1);
     ASSERT_TRUE(Begin("role.raw"));
