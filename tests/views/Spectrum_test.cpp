@@ -2,7 +2,6 @@
 #include "fakes/ViewedInstrument.h"
 #include "views/Spectrum.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -10,8 +9,6 @@
 
 namespace qor {
 namespace {
-
-using testing::ElementsAre;
 
 /// Reference values are their wavelengths, so the accepted channel can be read off; -1 = unmatched.
 std::vector<double> Matches(const std::vector<double>& dut, const std::vector<double>& reference) {
@@ -26,30 +23,25 @@ std::vector<double> Matches(const std::vector<double>& dut, const std::vector<do
     return matches;
 }
 
-TEST(Spectrum, MatchesOnlyStrictlyInsideTheWindow) {
-    EXPECT_THAT(Matches({500}, {498.5, 501.5}), ElementsAre(-1));
-    EXPECT_THAT(Matches({500}, {498.6}), ElementsAre(498.6));
-    EXPECT_THAT(Matches({500}, {501.4}), ElementsAre(501.4));
-    EXPECT_THAT(Matches({500, 510}, {}), ElementsAre(-1, -1));
-}
-
-TEST(Spectrum, ALaterCandidateIsMeasuredAgainstTheOneBefore) {
-    // 499.9 is nearer, but 501.2 lies nearer to 500 than to 499.9.
-    EXPECT_THAT(Matches({500}, {499.9, 501.2}), ElementsAre(501.2));
-    // 500.1 is nearer than 499.8 but no nearer to the channel than to 499.8... it is: accepted.
-    EXPECT_THAT(Matches({500}, {499.8, 500.1}), ElementsAre(500.1));
-    // The second lies nearer to the first than to the channel: the scan stops at the worse one.
-    EXPECT_THAT(Matches({500}, {498.7, 499.2, 500.0}), ElementsAre(498.7));
-    // Behind a point at or beyond the channel nothing is looked at.
-    EXPECT_THAT(Matches({500}, {500.4, 500.45}), ElementsAre(500.4));
-}
-
-TEST(Spectrum, EachChannelGoesOnWhereTheLastOneStopped) {
-    // A point at or beyond its channel stays for the next one; a point before it does not.
-    EXPECT_THAT(Matches({500, 501}, {500.6}), ElementsAre(500.6, 500.6));
-    EXPECT_THAT(Matches({500, 500.5}, {499.9}), ElementsAre(499.9, -1));
-    // The point at which the scan stopped is the next channel's first candidate.
-    EXPECT_THAT(Matches({500, 500.5}, {498.7, 499.2, 500.0}), ElementsAre(498.7, 500.0));
+TEST(Spectrum, MatchesByOneScanWithinTheWindow) {
+    const struct {
+        std::vector<double> dut, reference, matches;
+        const char* why;
+    } cases[] = {
+        {{500}, {498.5, 501.5}, {-1}, "the window's ends are outside"},
+        {{500}, {498.6}, {498.6}, "inside, before"},
+        {{500}, {501.4}, {501.4}, "inside, behind"},
+        {{500, 510}, {}, {-1, -1}, "nothing to match"},
+        {{500}, {499.9, 501.2}, {501.2}, "a later one is measured against the one before"},
+        {{500}, {499.8, 500.1}, {500.1}, "and accepted when it is nearer to the channel"},
+        {{500}, {498.7, 499.2, 500.0}, {498.7}, "the scan stops at the worse one"},
+        {{500}, {500.4, 500.45}, {500.4}, "nothing is looked at behind the channel"},
+        {{500, 501}, {500.6}, {500.6, 500.6}, "a point behind its channel stays for the next"},
+        {{500, 500.5}, {499.9}, {499.9, -1}, "a point before it does not"},
+        {{500, 500.5}, {498.7, 499.2, 500.0}, {498.7, 500.0}, "the next begins at the stop"},
+    };
+    for (const auto& one : cases)
+        EXPECT_EQ(Matches(one.dut, one.reference), one.matches) << one.why;
 }
 
 TEST(Spectrum, ThePercentIsTheDeviationAndNothingGuardsAReferenceOfZero) {

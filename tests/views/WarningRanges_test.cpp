@@ -49,17 +49,17 @@ TEST(WarningRanges, ClassifyTheAlarmFirstAndBoundsAsOutside) {
 }
 
 TEST(AncWarningsDialog, RefusesRangesWhoseMinimumIsNotBelowTheMaximum) {
-    constexpr const char* Warning =
-        "The Warning Range minimum value cannot\nbe greater than the maximum value.";
-    constexpr const char* Alarm =
-        "The Alarm Range minimum value cannot be\ngreater than the maximum value.";
+    using Shown = std::vector<std::string>;
+    const Shown warning{
+        "The Warning Range minimum value cannot\nbe greater than the maximum value."};
+    const Shown alarm{"The Alarm Range minimum value cannot be\ngreater than the maximum value."};
     const struct {
         const char *warnMin, *warnMax, *alarmMin, *alarmMax;
-        std::vector<std::string> shown;
+        Shown shown;
     } cases[] = {
-        {"2", "2", "5", "4", {Warning}},
-        {"1", "2", "4", "4", {Alarm}},
-        {"1", "", "4", "5", {Warning}},
+        {"2", "2", "5", "4", warning},
+        {"1", "2", "4", "4", alarm},
+        {"1", "", "4", "5", warning},
         {" 1.5", "2 deg", "4", "5e1", {}},
     };
     for (const auto& one : cases) {
