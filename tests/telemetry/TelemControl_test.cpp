@@ -204,20 +204,6 @@ TEST(SpecialLine, NamesTheTypesWithoutSyncHeader) {
         EXPECT_EQ(request.terminator, row.terminator) << row.line;
         EXPECT_EQ(request.syncBytes, row.pairs) << row.line;
     }
-    AttachRequest text = MakeAttachRequest(*DefineDelimited(""));
-    EXPECT_EQ(text.terminator, "\r\n");
-    EXPECT_FALSE(text.noSync);
-}
-
-TEST(CommResult, DetailLinesStandAtTheirNumbers) {
-    auto detail = [](std::uint32_t code) { return CommDetail(static_cast<CommResult>(code)); };
-    for (std::uint32_t code : {0x10000009U, 0x10000014U, 0x10000016U, 0x10000027U})
-        EXPECT_EQ(detail(code), "\t") << std::hex << code;
-    for (std::uint32_t code : {0U, 0x10000008U, 0x10000015U, 0x10000020U, 0x40000009U})
-        EXPECT_EQ(detail(code), "") << std::hex << code;
-    EXPECT_EQ(detail(0x10000031U), "\tA BSI instrument must be specified with multiples of \r\n"
-                                   "\ttwo-byte data synchronization arrays, using the SPECIAL \r\n"
-                                   "\tsensor definition line.\r\n");
 }
 
 TEST(ProcessCommands, MessagesEndTheirLineAndWaitingNoticesAreNotRepeated) {
