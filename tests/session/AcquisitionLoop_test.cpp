@@ -72,10 +72,11 @@ class APlayback : public ALoop {
     /// Two tagged instruments and an untagged GPS on one resource, with time stamps between.
     void SetUpInstruments(CQorViewDoc& doc, int resource) {
         for (const char* name : {"PRO", "REF", "GPS"})
-            ASSERT_NE(doc.AddInstrument(Put(std::string(name) + ".cal", CounterDefinition(name)),
-                                        resource)
-                          .instrument,
-                      nullptr);
+            ASSERT_NE(
+                doc.AddInstrument(Temp.Put(std::string(name) + ".cal", CounterDefinition(name)),
+                                  resource)
+                    .instrument,
+                nullptr);
         doc.SetRole(InstrumentRole::Gps, resource, 2);
     }
     std::string WriteLog(int rounds) {

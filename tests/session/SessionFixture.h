@@ -40,9 +40,6 @@ class ASession : public testing::Test {
         Port = Doc.AddSerialResource(
             {.portName = "PORT1", .globalSyncString = "", .maxFrameDepth = 2000});
     }
-    std::string Put(const std::string& name, const std::string& content) {
-        return Temp.Put(name, content);
-    }
     /// The content of a file that no log has open. Windows gives a closed log free only when its
     /// last synchronisation has ended, which opening it for reading waits for.
     static std::string Content(const std::string& path) {
@@ -56,7 +53,8 @@ class ASession : public testing::Test {
         return content;
     }
     CQorViewIns* Add(const std::string& name, int resource) {
-        return Doc.AddInstrument(Put(name + ".cal", CounterDefinition(name)), resource).instrument;
+        return Doc.AddInstrument(Temp.Put(name + ".cal", CounterDefinition(name)), resource)
+            .instrument;
     }
 
     /// Hands frames to the raw log, stamped with now.

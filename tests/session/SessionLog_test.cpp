@@ -76,8 +76,8 @@ TEST_F(ASessionLog, NinthNameIsTheLastAndATenthUserIsTold) {
 }
 
 TEST_F(ASessionLog, ReadOnlyNameIsPassedOverAndAFreeOneTruncated) {
-    Put("QorView.log", "old");
-    Put("QorView2.log", "old");
+    Temp.Put("QorView.log", "old");
+    Temp.Put("QorView2.log", "old");
     ASSERT_EQ(SetReadOnly(Folder + "QorView.log", true), FileCause::None);
     Open();
     EXPECT_EQ(Doc.SessionLog.FilePath(), Folder + "QorView2.log");
