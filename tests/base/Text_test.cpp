@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <clocale>
 #include <cmath>
 #include <limits>
 #include <utility>
@@ -56,16 +55,6 @@ TEST(Text, ALongRowOfZerosOrDigitsStillTellsOverflowFromUnderflow) {
     EXPECT_EQ(WholeNumber("1" + zeros), Infinity);
     EXPECT_EQ(WholeNumber("1" + zeros + "e-2000"), 1.0);
     EXPECT_EQ(WholeNumber("0." + zeros + "1e2001"), 1.0);
-}
-
-TEST(Text, TheLocaleDoesNotChangeNumbers) {
-    for (const char* name : {"de_DE.UTF-8", "fr_FR.UTF-8", "de_DE"})
-        if (std::setlocale(LC_NUMERIC, name))
-            break;
-    EXPECT_EQ(WholeNumber("1.5"), 1.5);
-    EXPECT_EQ(WholeNumber("1,5"), std::nullopt);
-    EXPECT_EQ(ShortestNumber(1.5), "1.5");
-    std::setlocale(LC_NUMERIC, "C");
 }
 
 TEST(Text, CountsArePlainDecimalNumbersBelowTwoToThe32) {

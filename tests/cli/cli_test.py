@@ -29,6 +29,12 @@ def run(*arguments, **options):
     return subprocess.run([CLI, *arguments], capture_output=True, timeout=60, **options)
 
 
+def decoded(*options):
+    done = run("decode", "--format", "jsonl", *options)
+    assert done.returncode == 0, done.stderr
+    return [json.loads(line) for line in done.stdout.splitlines()]
+
+
 def definition(path):
     return json.loads(run("check", "--json", path).stdout)
 
@@ -125,8 +131,7 @@ class Playback(Folder):
 
     def test_csv_and_json_hold_the_same_numbers(self):
         raw = self.simulated("--raw-log", "-d", PROFILER, "--frames", "20", "--start", "2026-06-21T12:00:00")
-        frames = [json.loads(line) for line in
-                  run("decode", "-d", PROFILER, "--format", "jsonl", str(raw)).stdout.splitlines()]
+        frames = decoded("-d", PROFILER, str(raw))
         table = list(csv.reader(io.StringIO(run("decode", "-d", PROFILER, str(raw)).stdout.decode("latin-1"))))
         self.assertEqual(len(table), 21)
         self.assertEqual(table[0][:2], ["time", "frame"])
@@ -196,24 +201,20 @@ class Playback(Folder):
     def test_a_log_cut_anywhere_gives_the_frames_before_the_cut(self):
         raw = self.simulated("--raw-log", "-d", PROFILER, "--frames", "12")
         data = raw.read_bytes()
-        whole = run("decode", "-d", PROFILER, "--format", "jsonl", str(raw)).stdout.splitlines()
+        whole = decoded("-d", PROFILER, str(raw))
         size = definition(PROFILER)["frame_size"]
         start = data.index(definition(PROFILER)["sync_header"].encode("latin-1"))
         for cut in range(start, len(data), 13):
             raw.write_bytes(data[:cut])
-            done = run("decode", "-d", PROFILER, "--format", "jsonl", str(raw))
-            self.assertEqual(done.returncode, 0)
-            frames = done.stdout.splitlines()
+            frames = decoded("-d", PROFILER, str(raw))
             self.assertEqual(len(frames), (cut - start + TAG) // (size + TAG), f"cut at {cut}")
-            complete = frames[:-1] if frames and json.loads(frames[-1])["time"] is None else frames
+            complete = frames[:-1] if frames and frames[-1]["time"] is None else frames
             self.assertEqual(complete, whole[:len(complete)])
 
 
     def test_the_sample_cast_gives_its_derived_products(self):
-        done = run("decode", "-p", str(SOURCE / "examples/cast.sip"), "--wet=QOREDW118", "--wet=QORLUW119",
-                   "--saturation-irradiance", "200", "--derived", "--format", "jsonl",
-                   str(SOURCE / "examples/cast.raw"))
-        frames = [json.loads(line) for line in done.stdout.splitlines()]
+        frames = decoded("-p", str(SOURCE / "examples/cast.sip"), "--wet=QOREDW118", "--wet=QORLUW119",
+                         "--saturation-irradiance", "200", "--derived", str(SOURCE / "examples/cast.raw"))
         self.assertEqual(len(frames), 4400)
         for line in (SOURCE / "tests/golden/cast/derived.jsonl").read_text("utf-8").splitlines():
             number, instrument, frame, when, derived = json.loads(line)
@@ -299,9 +300,9 @@ class Acquisition(Folder):
         wait_for(lambda: len(self.logged()) == sum(len(frame) + TAG for frame in frames), "the last frame")
         process.kill()
         process.communicate()
-        decoded = run("decode", "-d", PROFILER, "--format", "jsonl", str(self.raw)).stdout.splitlines()
-        self.assertEqual(len(decoded), 4000)
-        self.assertFalse(any(json.loads(line)["dropped"] for line in decoded))
+        kept = decoded("-d", PROFILER, str(self.raw))
+        self.assertEqual(len(kept), 4000)
+        self.assertFalse(any(frame["dropped"] for frame in kept))
 
     def test_an_unplugged_port_aborts_and_the_others_go_on(self):
         first, second = Line(), Line()

@@ -23,12 +23,6 @@ TEST(StopWatch, HearsAnInterruptThatABackgroundJobInheritsAsIgnored) {
     EXPECT_TRUE(watch.Requested());
 }
 
-TEST(StopWatch, LeavesNoRequestBehindWhenItEnds) {
-    CEvent stop;
-    { CStopWatch watch(stop); }
-    EXPECT_FALSE(stop.IsSet());
-}
-
 /// Exit status 3 when the process outlives the second signal.
 [[noreturn]] void AskTwice(std::chrono::milliseconds sameRequest) {
     {
