@@ -82,16 +82,14 @@ TEST(Calibration, RawValuesFollowTheirDataType) {
 }
 
 TEST(Calibration, FieldsOfNoBytesAreZeroOrHoldNoNumber) {
-    const auto instrument = DefineDelimited("A NONE '' 0 BU 0 COUNT\nB NONE '' 0 BS 0 COUNT\n"
-                                            "C NONE '' 0 HS 0 COUNT\nD NONE '' 0 AI 0 COUNT\n");
-    const std::string frame = "$TXT";
-    double value = -99.0;
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_EQ(CalibratedValue(*instrument->Sensor(i), AsBytes(frame), Dry, value), Good);
-        EXPECT_EQ(value, 0.0);
+    for (const char* type : {"BU", "BS", "HS", "AI"}) {
+        const auto instrument = DefineDelimited(Count(std::string("0 ") + type));
+        double value = -99.0;
+        const bool text = type[0] == 'A';
+        EXPECT_EQ(CalibratedValue(*instrument->Sensor(0), AsBytes("$TXT"), Dry, value),
+                  text ? ConversionStatus::NoNumber : Good);
+        EXPECT_EQ(value, text ? -99.0 : 0.0) << type;
     }
-    EXPECT_EQ(CalibratedValue(*instrument->Sensor(3), AsBytes(frame), Dry, value),
-              ConversionStatus::NoNumber);
 }
 
 TEST(Calibration, FitsApplyTheirCoefficientsInTheOrderWritten) {
