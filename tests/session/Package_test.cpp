@@ -124,7 +124,7 @@ TEST_F(PackageTest, HostileMembersAreReportedAndTheLoopGoesOn) {
         {.name = "more.cal", .method = 8, .size = 10},
         {.name = "damaged.cal", .method = 8, .packed = "\xff\xff\xff\xff"},
         {.name = "huge.cal", .size = (16 << 20) + 1},
-        {.name = "line.cal", .content = definitionOf(" ")},
+        {.name = "line.cal", .content = definitionOf("#")},
         {.name = "sensors.cal", .content = definitionOf("AUX NONE '' 1 BU 0 COUNT\n")},
     };
     for (const char* name :
