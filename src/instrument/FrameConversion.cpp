@@ -13,6 +13,19 @@
 
 namespace qor {
 
+namespace {
+
+/// An AI field as a number.
+ConversionStatus ReadAsciiWhole(ByteSpan frame, FieldRange field, double& number) {
+    std::int32_t integer = 0;
+    const ConversionStatus status =
+        ReadAsciiInteger(frame.subspan(field.begin, field.end - field.begin), integer);
+    number = integer;
+    return status;
+}
+
+} // namespace
+
 /// Makes the values ready for the next frame: statuses of a frame without faults.
 void CConversionPlan::Impl::Prepare(FrameValues& values) const {
     FrameValues::Memory& memory = values.memory;
@@ -142,14 +155,6 @@ bool CConversionPlan::Impl::ConvertRun(const ConversionRun& run, ByteSpan frame,
     }
 }
 
-ConversionStatus ReadAsciiWhole(ByteSpan frame, FieldRange field, double& number) {
-    std::int32_t integer = 0;
-    const ConversionStatus status =
-        ReadAsciiInteger(frame.subspan(field.begin, field.end - field.begin), integer);
-    number = integer;
-    return status;
-}
-
 /// Converts a text field that lies in the frame; false when it has no value.
 bool CConversionPlan::Impl::ConvertText(const TextNumber& text, ByteSpan frame,
                                         FrameValues& values) const {
@@ -162,9 +167,7 @@ bool CConversionPlan::Impl::ConvertText(const TextNumber& text, ByteSpan frame,
     double number = 0.0;
     const ConversionStatus status = text.isInteger ? ReadAsciiWhole(frame, field, number)
                                                    : ReadAsciiFloat(frame, field, number);
-    if (status != ConversionStatus::Good)
-        return false;
-    if (std::fabs(number) >= text.limit)
+    if (status != ConversionStatus::Good || std::fabs(number) >= text.limit)
         return false;
     number = text.fit(number);
     values.numbers[text.sensor] = number;
@@ -193,8 +196,9 @@ void CConversionPlan::Impl::ConvertSensor(std::size_t i, ByteSpan frame, bool im
         status = TextOfField(sensor, field, nullptr);
     else if (status == ConversionStatus::Good) {
         IntegrationTimeValue time;
-        if (const CSensor* source = sensor.IntegrationTime;
-            sensor.Fit == FitType::OPTIC3 && source && source->Index < sensor.Index) {
+        if (const CSensor* source = sensor.IntegrationTime; sensor.Fit == FitType::OPTIC3 &&
+                                                            source && source->Index >= 0 &&
+                                                            source->Index < sensor.Index) {
             const auto index = static_cast<std::size_t>(source->Index);
             time = {values.statuses[index], values.numbers[index]};
         }
