@@ -7,7 +7,6 @@
 #include "instrument/FieldNormalisation.h"
 #include "platform/FileErrorText.h"
 
-#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <span>
@@ -17,9 +16,6 @@ namespace qor {
 namespace {
 
 constexpr std::int32_t BadLineLimit = 10;
-/// Decided: no fit has more coefficient lines, so a dropped line takes no more with it either;
-/// else one wrong number in it would make the sensors behind it disappear without a word.
-constexpr std::uint32_t MostGainRanges = 4;
 
 /// A count or length of a definition line: a plain decimal number. 4294967295 is not one, since it
 /// is what out-of-range numbers read as on some systems.
@@ -189,7 +185,7 @@ bool CDefinitionReader::ReadTokens(const Tokens& tokens, CSensor& sensor) {
     const auto& [type, id, units, fieldLength, dataType, gainRanges, fitType] = tokens;
     // The coefficient lines of a dropped line are known by their place and go with it.
     const std::optional<std::uint32_t> gains = CountOf(gainRanges);
-    LinesToSkip = std::min(gains.value_or(0), MostGainRanges);
+    LinesToSkip = gains.value_or(0);
 
     if (const auto text = UnitsOf(units))
         sensor.Units = *text;

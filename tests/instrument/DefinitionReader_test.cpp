@@ -212,10 +212,7 @@ TEST(DefinitionReader, TheWrittenCountOfADroppedLineAndTheRepairedOneOfAKeptLine
     // Dropped with two: both lines go. Repaired to one: the second is a malformed definition.
     EXPECT_EQ(Load(Fixed + "A 1 '' 2 XX 2 POLYU\n0 1\n0 1\n")->BadFormatLines(), 0);
     EXPECT_EQ(Load(Fixed + "A 1 '' 2 BU 2 POLYU\n0 1\n0 1\n")->BadFormatLines(), 1);
-    // A count that no fit has takes no sensor behind it along.
-    EXPECT_EQ(Load(Fixed + "A 1 '' 2 XX 4294967294 POLYU\n1\n1\n1\n1\nB 1 '' 2 BU 0 COUNT\n")
-                  ->SensorCount(),
-              1);
+    EXPECT_EQ(Load(Fixed + "A 1 '' 2 XX 4294967294 POLYU\n" + Fixed + Fixed)->LinesRead(), 4);
     // Rejected by the delimiter rules after the repair.
     const Loaded variable = Load(Variable + "A 1 '' 2 BU 2 POLYU\n0 1\n0 1\n" + Terminator);
     EXPECT_EQ(variable->BadFormatLines(), 1);
