@@ -21,6 +21,10 @@ inline std::string_view AsText(ByteSpan bytes) {
     return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
+inline bool BeginsWith(ByteSpan bytes, std::string_view text) {
+    return AsText(bytes).starts_with(text);
+}
+
 /// The unsigned integer in 1 to 8 bytes, most significant first; 0 for no bytes.
 constexpr std::uint64_t GetBigEndian(ByteSpan bytes) {
     std::uint64_t value = 0;

@@ -18,10 +18,6 @@ constexpr char LowerOf(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
 }
 
-constexpr bool IsDigit(char c) {
-    return c >= '0' && c <= '9';
-}
-
 /// The power of ten of the number's first significant digit, as far as its sign matters: from_chars
 /// says only that a number is out of range, not at which end.
 long long DecimalMagnitude(std::string_view number) {

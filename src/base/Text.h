@@ -32,7 +32,13 @@ bool EqualsNoCase(std::string_view a, std::string_view b);
 std::string ToLower(std::string_view text);
 
 /// White space as the C locale has it: blank, TAB, LF, VT, FF, CR.
-constexpr bool IsSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+constexpr bool IsSpace(char c) {
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+constexpr bool IsDigit(char c) {
+    return c >= '0' && c <= '9';
+}
 
 std::string_view TrimLeft(std::string_view text);
 std::string_view Trim(std::string_view text);

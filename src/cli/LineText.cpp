@@ -30,6 +30,11 @@ bool ParseLineFormat(std::string_view text, SerialResourceSettings& settings) {
     return false;
 }
 
+/// The text was meant as a line format, rightly or wrongly: "9N1".
+bool ResemblesLineFormat(std::string_view text) {
+    return text.size() >= 3 && IsDigit(text[0]) && !IsDigit(text[1]) && IsDigit(text[2]);
+}
+
 /// Takes the part behind the last colon off the text; empty when there is no colon.
 std::string_view TakeLastPart(std::string_view& text) {
     std::size_t colon = text.rfind(':');
@@ -49,6 +54,8 @@ std::optional<PortText> ParsePort(std::string_view text) {
     std::string_view last = TakeLastPart(name);
     if (ParseLineFormat(last, settings))
         last = TakeLastPart(name);
+    else if (ResemblesLineFormat(last))
+        return std::nullopt;
     else if (!WholeCount(last))
         name = text; // the colon belongs to the name
     if (name.size() != text.size()) {

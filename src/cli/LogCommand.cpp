@@ -11,6 +11,7 @@
 #include "cli/Output.h"
 #include "platform/SystemText.h"
 #include "session/AcquisitionLoop.h"
+#include "session/LogHeader.h"
 
 #include <CLI/CLI.hpp>
 
@@ -133,6 +134,7 @@ class CLogRun {
     bool ConnectPorts();
     void ReportRefusal(int resource, CommResult result);
     void WaitForPosition();
+    bool BeginLog();
     void Watch();
     void NoteEntry(std::string_view entry);
     bool ReportTroubles(CLiveStatus* status);
@@ -231,14 +233,22 @@ void CLogRun::ReportRefusal(int resource, CommResult result) {
                 why + "). Choose another speed or format with --port NAME:BAUD:8N1.");
 }
 
+/// Frames of the GPS that come before it knows where it is are not logged; the others wait.
 void CLogRun::WaitForPosition() {
-    std::int64_t until = Clock.MonotonicMilliseconds() + GpsWaitMilliseconds;
-    while (Clock.MonotonicMilliseconds() < until && !Context.stopEvent.Wait(WatchMilliseconds)) {
+    int gps = -1;
+    {
         CRecursiveLock lock(Document.DocLock);
-        CQorViewIns* gps = Document.RoleInstrument(InstrumentRole::Gps);
-        if (!gps || gps->CurrentFrame())
-            return;
+        gps = Document.Role(InstrumentRole::Gps).resource;
     }
+    if (gps < 0)
+        return;
+    const std::int64_t until = Clock.MonotonicMilliseconds() + GpsWaitMilliseconds;
+    do {
+        Document.TakeFramesOf(gps);
+        CRecursiveLock lock(Document.DocLock);
+        if (RefreshPosition(Document))
+            return;
+    } while (Clock.MonotonicMilliseconds() < until && !Context.stopEvent.Wait(WatchMilliseconds));
 }
 
 /// Runs wherever entries are made, where the document's lock is held: it only takes note.
@@ -325,32 +335,40 @@ void CLogRun::Summarise() {
     Fault = Fault || output.Failed();
 }
 
+bool CLogRun::BeginLog() {
+    if (Document.RawLog.BeginLogFile())
+        return true;
+    Document.TakeCommands(0); // what was said of it; the loop does not run yet
+    if (!ReportTroubles(nullptr))
+        ReportError("the raw log could not be begun in " + Options.directory +
+                    "; choose another -o or --name.");
+    return false;
+}
+
 int CLogRun::Run() {
     SetUpDocument();
     Document.SessionLog.OnEntry = [this](const std::string& entry) { NoteEntry(entry); };
     Document.BeginSession();
     if (!SetUpPorts())
         return ExitFault;
-    if (!Loop.Start()) {
-        ReportError("the system has no thread to give; close other programs.");
-        return ExitFault;
-    }
-    // The log is open before the first byte is read, unless its header needs a position first.
-    bool connected = Options.log.gpsHeaderEnabled && ConnectPorts();
-    if (connected)
-        WaitForPosition();
-    if (!Document.RawLog.BeginLogFile()) {
-        Document.DisconnectAll();
-        Loop.Stop();
-        if (!ReportTroubles(nullptr))
-            ReportError("the raw log could not be begun in " + Options.directory +
-                        "; choose another -o or --name.");
-        return ExitFault;
-    }
-    if (connected || ConnectPorts())
-        Watch();
-    else
+    // What the ports receive waits in their queues until there is a log for it; where no port can
+    // be had no log is begun, or replaced, in vain.
+    if (!ConnectPorts()) {
         ReportError("no port could be connected; nothing was acquired.");
+        return ExitFault;
+    }
+    if (Options.log.gpsHeaderEnabled)
+        WaitForPosition();
+    if (!BeginLog()) {
+        Document.DisconnectAll();
+        return ExitFault;
+    }
+    if (Loop.Start()) {
+        Watch();
+    } else {
+        ReportError("the system has no thread to give; close other programs.");
+        Fault = true;
+    }
     Document.DisconnectAll();
     Fault = Fault || Document.RawLog.Status().runFailed;
     Document.RawLog.EndLogFile(true);

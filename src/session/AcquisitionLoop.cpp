@@ -82,7 +82,7 @@ bool CAcquisitionLoop::Step(int milliseconds) {
 }
 
 bool CAcquisitionLoop::PlayBatch(int resource, std::size_t& frames) {
-    frames = Doc.TakeFileFrames(resource);
+    frames = Doc.TakeFramesOf(resource);
     Doc.TakeCommands(0);
     TickIfDue();
     return !Doc.AtEnd(resource);

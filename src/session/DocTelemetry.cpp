@@ -102,13 +102,12 @@ bool CQorViewDoc::IsPlaying() const {
     return std::ranges::any_of(Resources, [](const auto& resource) { return resource->Playing; });
 }
 
-std::size_t CQorViewDoc::TakeFileFrames(int resource) {
+std::size_t CQorViewDoc::TakeFramesOf(int resource) {
     std::size_t count = 0;
     {
         CRecursiveLock lock(DocLock);
-        CQorViewRes* file = ResourceAt(resource);
-        if (file && file->IsFile())
-            count = TakeBatch(*file);
+        if (CQorViewRes* found = ResourceAt(resource))
+            count = TakeBatch(*found);
     }
     RawLog.ShowPending();
     return count;

@@ -116,18 +116,21 @@ std::vector<HeaderRow> HeaderRows(const SessionState& session, const CalendarTim
 
 } // namespace
 
-void RefreshPosition(SessionState& session) {
+bool RefreshPosition(SessionState& session) {
     const CQorViewIns* gps = session.RoleInstrument(InstrumentRole::Gps);
     if (!session.Options.gpsHeaderEnabled || !gps || !gps->CurrentFrame())
-        return;
+        return false;
+    bool latitude = false, longitude = false;
     for (const CSensor& sensor : gps->Definition().Sensors()) {
         std::optional<Coordinate> found = ReadCoordinate(sensor, gps->CurrentFrame()->Span());
         if (!found)
             continue;
         bool isLatitude = found->hemisphere == 'N' || found->hemisphere == 'S';
+        (isLatitude ? latitude : longitude) = true;
         (isLatitude ? session.Station.latitude : session.Station.longitude) =
             Format("%s %c", found->text.c_str(), found->hemisphere);
     }
+    return latitude && longitude;
 }
 
 std::vector<std::string> HeaderLines(const SessionState& session, const CalendarTime& local) {

@@ -13,8 +13,8 @@ namespace qor {
 
 /// Replaces the station's position by the GPS instrument's latest one, "coordinate hemisphere"
 /// each, when the options ask for it and the role is assigned. A coordinate that the instrument's
-/// current frame does not give stays as it was.
-void RefreshPosition(SessionState& session) REQUIRES(session.DocLock);
+/// current frame does not give stays as it was. False when either does.
+bool RefreshPosition(SessionState& session) REQUIRES(session.DocLock);
 
 /// The header lines ("QORHDR value (TAG)" CR LF) in the order in which they are written.
 std::vector<std::string> HeaderLines(const SessionState& session, const CalendarTime& local)

@@ -113,8 +113,8 @@ class CQorViewDoc : public CQorTelemetryDoc, public SessionState {
     std::size_t TakeFrames();
     /// Whether some file is being read on.
     bool IsPlaying() const;
-    /// One batch of one file resource; it may be empty before the file's end: see AtEnd.
-    std::size_t TakeFileFrames(int resource);
+    /// The same for one resource; a file's batch may be empty before its end: see AtEnd.
+    std::size_t TakeFramesOf(int resource);
     /// True when a file resource has given all that it has (and for any other resource).
     bool AtEnd(int resource) const;
     /// Delivers queued messages to the session log, in order, waiting at most so long for the first

@@ -29,10 +29,6 @@ std::string FileErrorMessage(const char* doing, const std::string& path, FileCau
 /// How many programs may begin a log in one folder in one second, beyond the first.
 constexpr int LaterNames = 60;
 
-std::string TimeStampPath(const LogNaming& naming, const FrameTime& time) {
-    return naming.logDirectory + TimeStampFileName(LocalCalendar(time));
-}
-
 } // namespace
 
 CRawLog::CRawLog(SessionState& session, CMessageSink& messages)
@@ -142,10 +138,7 @@ bool CRawLog::ConfirmOverride() {
 bool CRawLog::OpenLogFile() {
     LogNaming& naming = Session.Naming;
     const bool named = naming.logNamingMode != LogNamingMode::TimeStamp;
-    const FrameTime now = Session.Clock.Now();
-    FileCause cause = CreateLogFile(named ? naming.logFilePath : TimeStampPath(naming, now));
-    if (!named && cause == FileCause::SharingViolation)
-        cause = CreateLaterLogFile(now);
+    FileCause cause = named ? CreateLogFile(naming.logFilePath) : CreateTimeStampLog();
     const std::string& path = naming.logFilePath;
     if (cause != FileCause::None) {
         PendingTexts.push_back(FileErrorMessage("opening the file", path, cause));
@@ -163,9 +156,7 @@ bool CRawLog::OpenLogFile() {
 }
 
 FileCause CRawLog::CreateLogFile(const std::string& path) {
-    Session.Naming.logFilePath = path;
     if (FileExists(path)) {
-        // Kept: also a time-stamp log of the same second is replaced.
         FileCause cause = SetReadOnly(path, false);
         if (cause != FileCause::None)
             PendingTexts.push_back(FileErrorMessage("while accessing the file", path, cause));
@@ -174,20 +165,24 @@ FileCause CRawLog::CreateLogFile(const std::string& path) {
 }
 
 /// Decided: where another program logs under the name of this second, which nobody chose, the next
-/// free second gives the name. Nobody waits for that second: frames may be coming already.
-FileCause CRawLog::CreateLaterLogFile(FrameTime time) {
+/// free second gives the name; nobody waits for it, frames may be coming already. So it does where
+/// nobody can be asked and a log has the name: an hour comes twice when daylight saving ends.
+/// Kept: with an operator there, a finished log of the same second is replaced.
+FileCause CRawLog::CreateTimeStampLog() {
+    const bool replaces = !Session.NoDialogs || Session.Options.overwriteExisting;
+    std::string& path = Session.Naming.logFilePath;
+    FrameTime time = Session.Clock.Now();
     FileCause cause = FileCause::SharingViolation;
-    for (int i = 0; i < LaterNames && cause == FileCause::SharingViolation; ++i) {
-        ++time.seconds;
-        const std::string path = TimeStampPath(Session.Naming, time);
-        if (!FileExists(path))
+    for (int i = 0; i <= LaterNames && cause == FileCause::SharingViolation; ++i, ++time.seconds) {
+        path = Session.Naming.logDirectory + TimeStampFileName(LocalCalendar(time));
+        if (!FileExists(path) || (replaces && i == 0))
             cause = CreateLogFile(path);
     }
     return cause;
 }
 
 bool CRawLog::WriteHeader() {
-    RefreshPosition(Session);
+    std::ignore = RefreshPosition(Session); // else it stays as it was typed
     for (const std::string& line : HeaderLines(Session, LocalCalendar(Session.Clock.Now())))
         if (!WriteHeaderRecord(line))
             return false;

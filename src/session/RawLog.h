@@ -74,7 +74,7 @@ class CRawLog {
     bool ConfirmOverride();
     bool OpenLogFile() REQUIRES(Session.DocLock);
     FileCause CreateLogFile(const std::string& path) REQUIRES(Session.DocLock);
-    FileCause CreateLaterLogFile(FrameTime time) REQUIRES(Session.DocLock);
+    FileCause CreateTimeStampLog() REQUIRES(Session.DocLock);
     bool WriteHeader() REQUIRES(Session.DocLock);
     bool WriteHeaderRecord(const std::string& line) REQUIRES(Session.DocLock);
     void StartLog() REQUIRES(Session.DocLock);

@@ -4,6 +4,8 @@
 // call it, each under its own lock; nothing here keeps state but a reader's last date.
 #include "telemetry/RawLogFormat.h"
 
+#include "base/Text.h"
+
 #include <algorithm>
 #include <cstring>
 #include <iterator>
@@ -34,14 +36,6 @@ constexpr std::string_view TimeStampForm = "$PCZDA,######.##,##,##,####,,";
 
 constexpr std::uint32_t FirstTagYear = 1980;
 constexpr std::uint32_t LastTagYear = 2199;
-
-constexpr bool IsDigit(char c) {
-    return c >= '0' && c <= '9';
-}
-
-bool BeginsWith(ByteSpan bytes, std::string_view text) {
-    return bytes.size() >= text.size() && std::memcmp(bytes.data(), text.data(), text.size()) == 0;
-}
 
 /// The digits as a number.
 int Number(std::string_view digits) {

@@ -3,18 +3,9 @@
 // Finding a terminator: memory search for its first byte, then byte by byte.
 #include "telemetry/TerminatorScan.h"
 
-#include <algorithm>
 #include <cstring>
 
 namespace qor {
-
-namespace {
-
-bool BeginsWith(ByteSpan bytes, std::string_view text) {
-    return AsText(bytes.first(std::min(bytes.size(), text.size()))) == text;
-}
-
-} // namespace
 
 bool CTerminatorScan::Find(ByteSpan frame, std::string_view terminator) {
     while (!Done && Position < frame.size()) {
