@@ -35,8 +35,8 @@ enum class StreamWrite { Done, ReaderGone, Failed };
 /// counts as gone (POSIX). Do not mix with stdio on the same stream.
 [[nodiscard]] StreamWrite WriteStream(StandardStream stream, std::string_view bytes);
 
-/// Waits until a descriptor takes bytes; false when it takes none for two seconds after a request to
-/// stop (POSIX).
+/// Waits until a descriptor takes bytes; false when it takes none for two seconds after a request
+/// to stop (POSIX).
 bool WaitForReader(int descriptor);
 
 /// The line end of text files here: LF, or CR LF on Windows.
