@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <limits>
 #include <utility>
 
@@ -68,13 +67,6 @@ TEST(Text, CountsArePlainDecimalNumbersBelowTwoToThe32) {
         EXPECT_EQ(WholeCount(text), count) << text;
 }
 
-TEST(Text, ShortestNumberReadsBackToTheSameDouble) {
-    for (double value : {0.0, 0.1, -2.5, 1e300, 5e-324, 137.0, 1.0 / 3.0, 0.1 + 0.2})
-        EXPECT_EQ(WholeNumber(ShortestNumber(value)), value);
-    EXPECT_EQ(ShortestNumber(0.1), "0.1");
-    EXPECT_TRUE(std::signbit(*WholeNumber(ShortestNumber(-0.0))));
-}
-
 TEST(Text, EscapesBecomeBytesAndAMalformedOneEmptiesTheText) {
     using namespace std::string_literals;
     const std::pair<std::string_view, std::string> cases[] = {
@@ -94,12 +86,6 @@ TEST(Text, ComparisonAndTrimmingKnowAsciiOnly) {
     EXPECT_FALSE(EqualsNoCase("\xC4", "\xE4"));
     EXPECT_EQ(ToLower("Ab[Z\xC4"), "ab[z\xC4");
     EXPECT_EQ(Trim(" \t\v\f\r\na b\r\n"), "a b");
-}
-
-TEST(Text, FormatTakesTextOfAnyLength) {
-    const std::string path(5000, 'p');
-    EXPECT_EQ(Format("\t%s Name: \"%s\".\r\n", "Kind", path.c_str()),
-              "\tKind Name: \"" + path + "\".\r\n");
 }
 
 } // namespace

@@ -3,7 +3,6 @@
 // Files as every system has them: exclusive sharing that harms nobody's log, and the read-only mark
 // that also holds for the superuser.
 #include "FileFixture.h"
-#include "platform/FileErrorText.h"
 
 namespace qor {
 namespace {
@@ -58,18 +57,6 @@ TEST_F(AFile, ReadsToTheEndAndMovesWithItsHandle) {
     ASSERT_EQ(moved.Read(buffer, got), FileCause::None);
     EXPECT_EQ(got, 0u);
     EXPECT_EQ(CFile().Read(buffer, got), FileCause::InvalidFile);
-}
-
-TEST(FileErrorText, TheThreeTablesDifferInTheirLineEndAndInTwoTexts) {
-    for (std::uint32_t number = 0; number < 17; ++number) {
-        const auto cause = static_cast<FileCause>(number);
-        const std::string log(GetFileErrorText(cause));
-        const std::string definition(DefinitionFileErrorText(cause));
-        EXPECT_FALSE(log.empty()) << number;
-        EXPECT_EQ(log + "\r\n" == definition, number != 11) << number;
-        EXPECT_EQ(definition == ResourceFileErrorText(cause), number < 15) << number;
-    }
-    EXPECT_EQ(GetFileErrorText(static_cast<FileCause>(15)), "An unknown file error orrured.");
 }
 
 } // namespace

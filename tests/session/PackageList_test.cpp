@@ -61,18 +61,6 @@ TEST_F(PackageListTest, APackageWithoutInstrumentsIsNotKept) {
     EXPECT_EQ(List.Count(), 1u);
 }
 
-TEST_F(PackageListTest, AFileIsToldApartByItsExtension) {
-    EXPECT_FALSE(List.AddFile("notes.txt", Port));
-    EXPECT_THAT(User.TakeMessages(), ElementsAre("The file extension for notes.txt \r\nis not a "
-                                                 "Package/Calibration/TDF file."));
-    EXPECT_FALSE(List.AddFile("missing.SIP", Port));
-    EXPECT_EQ(User.TakeMessages().size(), 1u);
-    EXPECT_FALSE(List.AddFile("missing.CAL", Port));
-    EXPECT_THAT(User.TakeMessages(), IsEmpty()); // the load's own log tells
-    const std::string example = QORVIEW_SOURCE_DIR "/examples/package/";
-    EXPECT_TRUE(List.AddFile(example + "profiler.cal", Port));
-}
-
 TEST_F(PackageListTest, APortRunsAtThePackagesSpeed) {
     LoadedPackage loaded;
     loaded.baudRate = "57600";

@@ -9,13 +9,6 @@
 namespace qor {
 namespace {
 
-TEST(OceanMath, TiltIsSymmetricAndNeverNegative) {
-    EXPECT_EQ(TiltDegrees(0, 0), 0.0);
-    EXPECT_NEAR(TiltDegrees(30, 40), 45.52620835436852, 1e-12);
-    EXPECT_NEAR(TiltDegrees(-3, 4), 4.994169393304228, 1e-12);
-    EXPECT_EQ(TiltDegrees(-3, 4), TiltDegrees(4, 3));
-}
-
 TEST(OceanMath, SalinityAgreesWithAnIndependentImplementationOverTheScalesRange) {
     // Made with SP_from_C of the GSW oceanographic toolbox (python3-gsw 3.6.16 of Debian 12), its
     // temperatures turned into those of 1968 by 1.00024.

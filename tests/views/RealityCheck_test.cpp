@@ -109,17 +109,5 @@ TEST_F(RealityCheckTest, DrawsWhatIsOnOncePerFrameAndMarksUnmatchedChannels) {
     EXPECT_EQ(view.Page(OsrcDisplay::DeviceUnderTest).yMaximum, 100.0);
 }
 
-TEST(RealityCheck, SettingsAreKeptUnderTheirKeys) {
-    CMemoryProfileStore store;
-    COSRCViewSettings settings, loaded;
-    settings.MaxValues = {1.25, 20000, 0.5};
-    settings.Save(store);
-    EXPECT_EQ(store.ReadText("OSRC", "MaxValues"), "1.2500 20000.0000 0.5000");
-    store.WriteText("OSRC", "MaxValues", "3 nonsense");
-    loaded.MaxValues = settings.MaxValues;
-    loaded.Load(store);
-    EXPECT_THAT(loaded.MaxValues, ElementsAre(3, 20000, 0.5));
-}
-
 } // namespace
 } // namespace qor
