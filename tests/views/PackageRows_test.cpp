@@ -161,7 +161,7 @@ TEST(TheCastPage, ShowsWhatTheOperatorSawEveryTenMetres) {
     view.Initialise(package->Name, packages.InstrumentsOf(*package), package->Settings);
     std::string seen;
     double next = 5.0;
-    doc.OnFrame = [&](int, CQorViewIns& instrument, const FrameCheckResult&) {
+    const auto onFrame = [&](int, CQorViewIns& instrument, const FrameCheckResult&) {
         view.Update(packages.InstrumentsOf(*package), package->Settings, 0.0);
         const CSensor* pressure = instrument.Definition().NextSensor("PRES");
         double depth = 0.0;
@@ -171,6 +171,10 @@ TEST(TheCastPage, ShowsWhatTheOperatorSawEveryTenMetres) {
             next += 10.0;
         }
     };
+    {
+        CRecursiveLock lock(doc.DocLock);
+        doc.OnFrame = onFrame;
+    }
     EXPECT_EQ(loop.PlayFile(file), 4400u);
 
     std::ifstream golden(source + "/tests/golden/cast/pages.txt", std::ios::binary);
