@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <climits>
 #include <csignal>
+#include <fcntl.h>
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
@@ -27,6 +28,17 @@ bool HasReader(int descriptor) {
     struct stat status {};
     return fstat(descriptor, &status) == 0 &&
            (S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode) || isatty(descriptor));
+}
+
+/// How many bytes a reader's end takes at once when it takes any: an empty pipe all it can hold.
+std::size_t RoomBefore(int descriptor) {
+#if defined(F_GETPIPE_SZ)
+    int unread = 0;
+    if (ioctl(descriptor, FIONREAD, &unread) == 0 && unread == 0)
+        if (int size = fcntl(descriptor, F_GETPIPE_SZ); size > 0)
+            return static_cast<std::size_t>(size);
+#endif
+    return PIPE_BUF;
 }
 
 /// SIGTERM and SIGINT, and SIGHUP unless whoever started the program told it to ignore that
@@ -89,9 +101,8 @@ StreamWrite WriteStream(StandardStream stream, std::string_view bytes) {
             standsStill[descriptor] = true;
             return StreamWrite::ReaderGone;
         }
-        // So much is taken at once where there is room at all.
         std::size_t piece =
-            hasReader ? std::min<std::size_t>(bytes.size(), PIPE_BUF) : bytes.size();
+            hasReader ? std::min(bytes.size(), RoomBefore(descriptor)) : bytes.size();
         ssize_t written = write(descriptor, bytes.data(), piece);
         if (written >= 0)
             bytes.remove_prefix(static_cast<std::size_t>(written));
