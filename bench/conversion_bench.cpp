@@ -7,7 +7,7 @@
 #include "instrument/ConversionPlan.h"
 #include "instrument/DefinitionReader.h"
 #include "instrument/FrameChecks.h"
-#include "instrument/FrameMaker.h"
+#include "simulation/FrameMaker.h"
 
 #include <benchmark/benchmark.h>
 

@@ -7,7 +7,7 @@
 #include "Measure.h"
 
 #include "fakes/CollectingSink.h"
-#include "instrument/FrameMaker.h"
+#include "simulation/FrameMaker.h"
 #include "telemetry/TelemComm.h"
 
 #include <fcntl.h>

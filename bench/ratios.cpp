@@ -6,9 +6,9 @@
 #include "Measure.h"
 
 #include "fakes/CollectingSink.h"
-#include "instrument/FrameMaker.h"
 #include "platform/File.h"
 #include "session/LogWriter.h"
+#include "simulation/FrameMaker.h"
 #include "telemetry/FrameSync.h"
 #include "telemetry/RawLogFormat.h"
 

@@ -2,9 +2,10 @@
 //
 // qorview-cli check: loads definition files and packages and reports what was found.
 #include "cli/Commands.h"
-#include "cli/DefinitionJson.h"
 #include "cli/Progress.h"
+#include "cli/Report.h"
 #include "cli/SessionSetup.h"
+#include "export/DefinitionJson.h"
 
 #include "base/Text.h"
 #include "session/MemberName.h"
@@ -131,7 +132,7 @@ bool CheckPackage(COutput& output, const std::string& path, bool json, const Com
 }
 
 int RunCheck(const CheckOptions& options, CommandContext& context) {
-    COutput output;
+    COutput output(ReportError);
     bool well = true;
     for (const std::string& path : options.files) {
         bool isPackage = ExtensionOf(path) == "sip";

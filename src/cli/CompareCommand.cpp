@@ -3,11 +3,12 @@
 // qorview-cli compare: the optical reality check over a raw log, for every frame of the device
 // under test against the latest frame of the reference before it.
 #include "cli/Commands.h"
-#include "cli/FrameText.h"
 #include "cli/Playback.h"
+#include "cli/Report.h"
+#include "export/FrameText.h"
 
 #include "base/Text.h"
-#include "views/Spectrum.h"
+#include "products/Spectrum.h"
 
 #include <CLI/CLI.hpp>
 
@@ -61,8 +62,8 @@ void WriteJsonLine(COutput& output, const CQorViewIns& dut,
                    const std::vector<ComparisonPoint>& points) {
     CJsonWriter json(output);
     json.BeginObject();
-    json.Key("time"), WriteTimeValue(json, output, dut.CurrentFrame()->Info.time);
-    json.Key("frame"), json.Integer(dut.FrameNumber());
+    json.Key("time"), WriteTimeValue(json, output, dut.Live.CurrentFrame()->Info.time);
+    json.Key("frame"), json.Integer(dut.Live.FrameNumber());
     json.Key("points"), json.BeginArray();
     for (const ComparisonPoint& point : points) {
         json.BeginArray();
@@ -80,9 +81,9 @@ void WriteJsonLine(COutput& output, const CQorViewIns& dut,
 void WriteCsvRows(COutput& output, const CQorViewIns& dut,
                   const std::vector<ComparisonPoint>& points) {
     for (const ComparisonPoint& point : points) {
-        WriteTime(output, dut.CurrentFrame()->Info.time);
+        WriteTime(output, dut.Live.CurrentFrame()->Info.time);
         output.Char(',');
-        output.Integer(dut.FrameNumber());
+        output.Integer(dut.Live.FrameNumber());
         for (std::optional<double> value :
              {std::optional(point.wavelength), std::optional(point.dut), point.reference,
               point.percent}) {
@@ -97,7 +98,7 @@ void WriteCsvRows(COutput& output, const CQorViewIns& dut,
 int RunCompare(const CompareOptions& options, CommandContext& context) {
     if (!NamesRawFile(options.files) || !NamesInstrument(options.instruments))
         return ExitBadCall;
-    COutput output;
+    COutput output(ReportError);
     if (options.csv)
         output.Text("time,frame,wavelength [nm],dut,reference,percent\r\n");
     bool well = true;
@@ -115,8 +116,8 @@ int RunCompare(const CompareOptions& options, CommandContext& context) {
                        if (&instrument != pair.dut)
                            return;
                        std::vector<ComparisonPoint> points =
-                           CompareSpectra(SpectrumOf(*pair.dut, pair.dutSeries),
-                                          SpectrumOf(*pair.reference, pair.referenceSeries));
+                           CompareSpectra(SpectrumOf(pair.dut->Live, pair.dutSeries),
+                                          SpectrumOf(pair.reference->Live, pair.referenceSeries));
                        (options.csv ? WriteCsvRows : WriteJsonLine)(output, *pair.dut, points);
                    },
                    [&] { return output.Good(); }) &&

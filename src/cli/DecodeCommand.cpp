@@ -4,9 +4,10 @@
 // values.
 #include "cli/Commands.h"
 #include "cli/DerivedColumns.h"
-#include "cli/FrameSummary.h"
-#include "cli/FrameText.h"
 #include "cli/Playback.h"
+#include "cli/Report.h"
+#include "export/FrameSummary.h"
+#include "export/FrameText.h"
 
 #include "base/Text.h"
 
@@ -87,7 +88,7 @@ std::string CCsvTables::PathInFolder(const std::string& instrument) {
 }
 
 COutput* CCsvTables::OutputFor(const std::string& name, bool only) {
-    auto output = std::make_unique<COutput>();
+    auto output = std::make_unique<COutput>(ReportError);
     const bool inFolder = !only || IsDirectory(Options.output);
     if (!Options.output.empty() &&
         !output->OpenFile(inFolder ? PathInFolder(name) : Options.output))
@@ -123,7 +124,7 @@ bool CCsvTables::AddTables(const CPlayback& playback) {
 
 void CCsvTables::WriteFrame(const CQorViewIns& instrument) {
     Table& table = Tables.at(&instrument);
-    table.rows.WriteFrame(instrument);
+    table.rows.WriteFrame(instrument.Live);
     if (Derived)
         Derived->WriteCsv(*table.output, instrument);
     table.rows.EndRow();
@@ -189,14 +190,14 @@ class CFrameStream {
     }
     void WriteFrame(const CQorViewIns& instrument, const FrameCheckResult& checks) {
         if (Shown == DecodeFormat::Jsonl) {
-            Json.BeginFrame(instrument, checks);
+            Json.BeginFrame(instrument.Live, checks);
             if (Derived)
                 Derived->WriteJson(Json.Writer(), instrument);
             Json.EndFrame();
         }
         for (auto& [owner, summary] : Summaries)
             if (owner == &instrument)
-                summary.AddFrame(instrument);
+                summary.AddFrame(instrument.Live);
     }
     void Finish() {
         for (const auto& [owner, summary] : Summaries)
@@ -214,7 +215,7 @@ class CFrameStream {
 int DecodeToStream(const DecodeOptions& options, CommandContext& context) {
     if (!NamesRawFile(options.files) || !NamesInstrument(options.instruments))
         return ExitBadCall;
-    COutput output;
+    COutput output(ReportError);
     if (!options.output.empty() && !output.OpenFile(options.output))
         return ExitFault;
     bool well = true;

@@ -27,27 +27,32 @@ CDerivedColumns::CDerivedColumns(const CPlayback& playback)
         package->instruments = playback.Packages().InstrumentsOf(source);
         package->settings = source.Settings;
         package->rows = CPackageRows(package->instruments, package->settings);
-        for (const CQorViewIns* instrument : package->instruments)
+        for (const CLiveInstrument* instrument : package->instruments)
             PackageOf[instrument] = package.get();
         Packages.push_back(std::move(package));
     }
     for (const CQorViewIns* instrument : playback.Instruments())
-        if (!PackageOf.contains(instrument))
-            LoneRows.emplace(instrument, CInstrumentRows(*instrument));
+        if (!PackageOf.contains(&instrument->Live))
+            LoneRows.emplace(instrument, CInstrumentRows(instrument->Live));
 }
 
 const std::vector<DerivedRow>& CDerivedColumns::Rows(const CQorViewIns& instrument) const {
-    auto package = PackageOf.find(&instrument);
+    auto package = PackageOf.find(&instrument.Live);
     return package != PackageOf.end() ? package->second->rows.Rows()
                                       : LoneRows.at(&instrument).Rows();
 }
 
 const std::vector<DerivedRow>& CDerivedColumns::Compute(const CQorViewIns& instrument) {
-    auto found = PackageOf.find(&instrument);
-    if (found == PackageOf.end())
-        return LoneRows.at(&instrument).Compute(instrument);
+    auto found = PackageOf.find(&instrument.Live);
+    if (found == PackageOf.end()) {
+        LoneRows.at(&instrument).Read(instrument.Live, Current);
+        return Current;
+    }
     Package& package = *found->second;
-    return package.rows.Compute(package.instruments, package.settings, PressureTare, Velocity);
+    const CPackageRows::Inputs inputs{package.instruments, package.settings, PressureTare};
+    package.rows.Advance(inputs, Velocity);
+    package.rows.Read(inputs, Current);
+    return Current;
 }
 
 void CDerivedColumns::WriteCsvHeader(COutput& output, const CQorViewIns& instrument) const {

@@ -4,10 +4,10 @@
 // for a lone instrument, those of the package display for a package's frame.
 #pragma once
 
-#include "cli/FrameText.h"
 #include "cli/Playback.h"
-#include "session/VelocityState.h"
-#include "views/PackageRows.h"
+#include "export/FrameText.h"
+#include "products/PackageRows.h"
+#include "products/VelocityState.h"
 
 #include <map>
 #include <memory>
@@ -29,14 +29,15 @@ class CDerivedColumns {
 
   private:
     struct Package {
-        std::vector<const CQorViewIns*> instruments;
+        std::vector<const CLiveInstrument*> instruments;
         PackageSettings settings;
         CPackageRows rows;
     };
     std::vector<std::unique_ptr<Package>> Packages;
-    std::map<const CQorViewIns*, Package*> PackageOf;
+    std::map<const CLiveInstrument*, Package*> PackageOf;
     std::map<const CQorViewIns*, CInstrumentRows> LoneRows;
     VelocityState Velocity;
+    std::vector<DerivedRow> Current;
     double PressureTare;
 };
 

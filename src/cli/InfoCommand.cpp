@@ -3,9 +3,10 @@
 // qorview-cli info: what a raw log holds. The header and the time stamps are read from the file's
 // bytes; with definitions the file is played and its frames are counted.
 #include "cli/Commands.h"
-#include "cli/FrameText.h"
 #include "cli/Playback.h"
 #include "cli/RawHeader.h"
+#include "cli/Report.h"
+#include "export/FrameText.h"
 
 #include "base/Text.h"
 #include "platform/FileErrorText.h"
@@ -155,7 +156,7 @@ bool PlayLog(const std::string& path, const InfoOptions& options, CommandContext
     well = playback.Play(
                context,
                [&](CQorViewIns& instrument, const FrameCheckResult&) {
-                   const FrameTime& time = instrument.CurrentFrame()->Info.time;
+                   const FrameTime& time = instrument.Live.CurrentFrame()->Info.time;
                    if (!time.known)
                        return;
                    if (!facts.firstTag.known)
@@ -249,7 +250,7 @@ void WriteText(COutput& output, const std::string& path, const LogFacts& facts,
 int RunInfo(const InfoOptions& options, CommandContext& context) {
     if (!NamesRawFile(options.files))
         return ExitBadCall;
-    COutput output;
+    COutput output(ReportError);
     bool well = true;
     bool plays = !options.instruments.definitions.empty() || !options.instruments.packages.empty();
     for (const std::string& path : options.files) {

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/LiveStatus.h"
+#include "cli/Report.h"
 
 #include "base/Text.h"
-#include "cli/Output.h"
 #include "platform/Console.h"
 
 namespace qor {

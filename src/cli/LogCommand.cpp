@@ -4,7 +4,7 @@
 #include "cli/Commands.h"
 #include "cli/LineText.h"
 #include "cli/LogRun.h"
-#include "cli/Output.h"
+#include "cli/Report.h"
 #include "cli/SessionSetup.h"
 
 #include <CLI/CLI.hpp>

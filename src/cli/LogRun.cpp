@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/LogRun.h"
+#include "cli/Report.h"
 
 #include "base/Text.h"
-#include "cli/Output.h"
+#include "export/Output.h"
 #include "platform/SystemText.h"
 #include "session/LogHeader.h"
 
@@ -202,7 +203,7 @@ void CLogRun::Watch() {
 }
 
 void CLogRun::Summarise() {
-    COutput output;
+    COutput output(ReportError);
     for (const std::string& path : LogFiles)
         output.Text("raw log: " + path + "\n");
     if (std::string path = Document.SessionLog.FilePath(); !path.empty())

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/Playback.h"
+#include "cli/Report.h"
 
 #include "base/Text.h"
-#include "cli/Output.h"
 #include "cli/Progress.h"
 #include "cli/RawHeader.h"
 #include "session/MemberName.h"

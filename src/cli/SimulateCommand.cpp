@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
 // qorview-cli simulate: plays instruments into a virtual serial port, a port, a file, or a raw log.
-#include "cli/CastModel.h"
 #include "cli/Commands.h"
-#include "cli/Output.h"
 #include "cli/Progress.h"
+#include "cli/Report.h"
 #include "cli/SessionSetup.h"
-#include "cli/Simulator.h"
+#include "export/Output.h"
+#include "simulation/CastModel.h"
+#include "simulation/Simulator.h"
 
 #include "base/Text.h"
 #include "instrument/FrameChecks.h"
@@ -80,7 +81,7 @@ class CSimulatedLine {
 
   private:
     std::optional<CVirtualPort> Port;
-    COutput Out;
+    COutput Out{ReportError};
 };
 
 bool CSimulatedLine::IsStored(const SimulateOptions& options) {
@@ -97,7 +98,7 @@ bool CSimulatedLine::Open(const SimulateOptions& options) {
         ReportError("no virtual serial port could be made: " + OneLine(SystemErrorText(error)));
         return false;
     }
-    COutput announcement;
+    COutput announcement(ReportError);
     announcement.Text(name + "\n");
     return announcement.Flush();
 }

@@ -3,8 +3,9 @@
 // qorview-cli: parses the command line, runs the chosen command, gives its exit status. The
 // parser's exceptions end here.
 #include "cli/Commands.h"
-#include "cli/Output.h"
+#include "cli/Report.h"
 #include "cli/SessionSetup.h"
+#include "export/Output.h"
 #include "platform/File.h"
 
 #include <CLI/CLI.hpp>
@@ -21,7 +22,7 @@ constexpr const char* Description =
 int Run(int argc, char** argv) {
     std::vector<std::string> arguments = qor::CommandLineArguments(argc, argv);
     if (arguments.size() == 2 && arguments[1] == "--version") {
-        qor::COutput output;
+        qor::COutput output(qor::ReportError);
         output.Text("qorview-cli " QORVIEW_VERSION "\n");
         return output.Flush() || !output.Failed() ? qor::ExitWell : qor::ExitFault;
     }

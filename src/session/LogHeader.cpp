@@ -53,7 +53,7 @@ std::string ImmersionOf(const SessionState& session, InstrumentRole role)
     const CQorViewIns* instrument = session.RoleInstrument(role);
     if (!instrument)
         return "OFF";
-    return instrument->Immersed ? "WET" : "DRY";
+    return instrument->Live.Immersed ? "WET" : "DRY";
 }
 
 Values IdentifierOf(const SessionState& session, InstrumentRole role) REQUIRES(session.DocLock) {
@@ -118,11 +118,11 @@ std::vector<HeaderRow> HeaderRows(const SessionState& session, const CalendarTim
 
 bool RefreshPosition(SessionState& session) {
     const CQorViewIns* gps = session.RoleInstrument(InstrumentRole::Gps);
-    if (!session.Options.gpsHeaderEnabled || !gps || !gps->CurrentFrame())
+    if (!session.Options.gpsHeaderEnabled || !gps || !gps->Live.CurrentFrame())
         return false;
     bool latitude = false, longitude = false;
     for (const CSensor& sensor : gps->Definition().Sensors()) {
-        std::optional<Coordinate> found = ReadCoordinate(sensor, gps->CurrentFrame()->Span());
+        std::optional<Coordinate> found = ReadCoordinate(sensor, gps->Live.CurrentFrame()->Span());
         if (!found)
             continue;
         bool isLatitude = found->hemisphere == 'N' || found->hemisphere == 'S';

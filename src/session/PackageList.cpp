@@ -112,10 +112,12 @@ CPackage* CPackageList::PackageOf(std::string_view instrument) const {
     return nullptr;
 }
 
-std::vector<const CQorViewIns*> CPackageList::InstrumentsOf(const CPackage& package) const {
-    std::vector<const CQorViewIns*> instruments;
-    for (const std::string& name : package.Instruments)
-        instruments.push_back(Doc.FindInstrument(name));
+std::vector<const CLiveInstrument*> CPackageList::InstrumentsOf(const CPackage& package) const {
+    std::vector<const CLiveInstrument*> instruments;
+    for (const std::string& name : package.Instruments) {
+        const CQorViewIns* instrument = Doc.FindInstrument(name);
+        instruments.push_back(instrument ? &instrument->Live : nullptr);
+    }
     return instruments;
 }
 

@@ -6,9 +6,10 @@
 // show messages); what displays read is under it.
 #pragma once
 
+#include "products/VelocityState.h"
+#include "products/PackageSettings.h"
 #include "session/Package.h"
 #include "session/QorViewDoc.h"
-#include "session/VelocityState.h"
 
 #include <memory>
 #include <string>
@@ -64,7 +65,7 @@ class CPackageList {
     CPackage* PackageOf(std::string_view instrument) const;
 
     /// The package's instruments in its order; null for one that was removed.
-    std::vector<const CQorViewIns*> InstrumentsOf(const CPackage& package) const;
+    std::vector<const CLiveInstrument*> InstrumentsOf(const CPackage& package) const;
 
   private:
     bool RefuseInCalibrationMode();

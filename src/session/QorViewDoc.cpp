@@ -232,7 +232,7 @@ int CQorViewDoc::SetImmersed(std::string_view name, bool immersed) {
     for (const auto& resource : Resources)
         for (const auto& instrument : resource->Instruments)
             if (name.empty() || instrument->Name() == name) {
-                instrument->Immersed = immersed;
+                instrument->Live.Immersed = immersed;
                 ++count;
             }
     return count;

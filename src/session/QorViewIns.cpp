@@ -1,10 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// One instrument's frame becomes its current one. This is on the path of every frame: nothing is
-// allocated and no text copied once the first frame is in. See QorViewIns.h.
+// One instrument's frame is checked and becomes its current one. See QorViewIns.h.
 #include "session/QorViewIns.h"
-
-#include "instrument/Calibration.h"
 
 #include <utility>
 
@@ -12,50 +9,16 @@ namespace qor {
 
 CQorViewIns::CQorViewIns(const CInstrument& definition, std::string resourceName,
                          CMessageSink& sink)
-    : Instrument(definition), Resource(std::move(resourceName)), Plan(definition),
-      ParChannels(ParList(definition)) {
-    Checks.SetUp(Instrument, Instrument.Name(), Resource, sink);
-    FrameRate = NominalFrameRate(Instrument, sink);
+    : Live(definition), Resource(std::move(resourceName)) {
+    Checks.SetUp(definition, definition.Name(), Resource, sink);
+    Live.FrameRate = NominalFrameRate(definition, sink);
 }
 
 FrameCheckResult CQorViewIns::Process(CFrameData& frame) {
     FrameCheckResult result = Checks.Check(frame.Span());
-    Plan.Convert(frame.Span(), Immersed, CurrentValues);
-
-    // The texts of the attachment change only with the attachment.
-    if (!HasFrame || Current.Info.identity != frame.Info.identity || frame.Info.identity == 0) {
-        Current.Info = frame.Info;
-    } else {
-        Current.Info.frameCounter = frame.Info.frameCounter;
-        Current.Info.time = frame.Info.time;
-    }
-    Current.Bytes.swap(frame.Bytes);
-    Current.StreamOffset = frame.StreamOffset;
-    Current.Error = frame.Error;
-    HasFrame = true;
+    Live.Take(frame);
     ++FramesReceived;
     return result;
-}
-
-ConversionStatus CQorViewIns::Value(const CSensor& sensor, double& value) const {
-    if (!HasFrame)
-        return ConversionStatus::MissingArgument;
-    auto index = static_cast<std::size_t>(sensor.Index);
-    if (sensor.Instrument != &Instrument || index >= CurrentValues.statuses.size())
-        return ConversionStatus::NotUsable;
-    ConversionStatus status = CurrentValues.statuses[index];
-    if (status != ConversionStatus::Good)
-        return status;
-    if (KindOfValue(sensor) != ValueKind::Number)
-        return ConversionStatus::NotUsable;
-    value = CurrentValues.numbers[index];
-    return ConversionStatus::Good;
-}
-
-ConversionStatus CQorViewIns::Par(double& par) const {
-    if (!HasFrame)
-        return ConversionStatus::MissingArgument;
-    return ComputePar(ParChannels, Current.Span(), Immersed, par);
 }
 
 } // namespace qor

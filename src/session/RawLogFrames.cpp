@@ -41,7 +41,7 @@ bool CRawLog::LogFrame(CFrameData& frame) {
         return true;
 
     // Frames with check errors are logged: raw data are not judged. Only an unusable record is not.
-    const CFrameData* current = instrument.CurrentFrame();
+    const CFrameData* current = instrument.Live.CurrentFrame();
     if (current->Error) {
         ++State.framesOffered;
         return true;

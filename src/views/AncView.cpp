@@ -67,7 +67,7 @@ void CAncViewDlg::Initialise(const CQorViewIns& instrument, int packageIndex, in
     Sensors = {title, {}};
     Derived = {title, {}};
     BuildSensorPage(instrument);
-    Products = CInstrumentRows(instrument);
+    Products = CInstrumentRows(instrument.Live);
     for (const DerivedRow& row : Products.Rows())
         Derived.rows.push_back({row.label, row.units, {}});
 }
@@ -91,9 +91,10 @@ void CAncViewDlg::BuildSensorPage(const CQorViewIns& instrument) {
 }
 
 int CAncViewDlg::Update(const CQorViewIns* instrument) {
-    if (!instrument || !instrument->CurrentFrame() || instrument->FrameNumber() == LastFrame)
+    if (!instrument || !instrument->Live.CurrentFrame() ||
+        instrument->Live.FrameNumber() == LastFrame)
         return 0;
-    LastFrame = instrument->FrameNumber();
+    LastFrame = instrument->Live.FrameNumber();
     if (Settings.PageIndex == CAncViewSettings::SensorPage)
         UpdateSensorPage(*instrument);
     if (Settings.PageIndex == CAncViewSettings::DerivedPage)
@@ -108,15 +109,16 @@ void CAncViewDlg::UpdateSensorPage(const CQorViewIns& instrument) {
         if (!sensor)
             continue;
         // A failure leaves the text of its status in the cell.
-        static_cast<void>(FormatField(*sensor, instrument.CurrentFrame()->Span(),
-                                      instrument.Immersed, view, SensorRows[i].decimals,
+        static_cast<void>(FormatField(*sensor, instrument.Live.CurrentFrame()->Span(),
+                                      instrument.Live.Immersed, view, SensorRows[i].decimals,
                                       Sensors.rows[i].value.text));
     }
 }
 
 void CAncViewDlg::UpdateDerivedPage(const CQorViewIns& instrument) {
     Signal.blinkPhase = !Signal.blinkPhase;
-    const std::vector<DerivedRow>& products = Products.Compute(instrument);
+    std::vector<DerivedRow> products;
+    Products.Read(instrument.Live, products);
     for (std::size_t i = Visible.first; i < products.size() && Visible.Contains(i); ++i) {
         GridCell& cell = Derived.rows[i].value;
         cell.text = DerivedText(products[i]);

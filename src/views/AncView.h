@@ -5,7 +5,8 @@
 // user-interface thread, under the document's lock, and paints the page.
 #pragma once
 
-#include "views/DerivedRows.h"
+#include "products/DerivedRows.h"
+#include "session/QorViewIns.h"
 #include "views/WarningRanges.h"
 #include "views/WindowPlace.h"
 

@@ -93,8 +93,10 @@ int CPkgAncViewDlg::Update(Instruments instruments, const PackageSettings& packa
         return 0;
     Redraw = false;
     Signal.blinkPhase = !Signal.blinkPhase;
-    const std::vector<DerivedRow>& products =
-        Products.Compute(instruments, package, pressureOffset, Velocity);
+    std::vector<DerivedRow> products;
+    const CPackageRows::Inputs inputs{instruments, package, pressureOffset};
+    Products.Advance(inputs, Velocity);
+    Products.Read(inputs, products);
     for (std::size_t i = Visible.first; i < products.size() && Visible.Contains(i); ++i) {
         GridCell& cell = Grid.rows[i].value;
         cell.text = DerivedText(products[i]);

@@ -4,8 +4,8 @@
 // them watched. Called on the user-interface thread under the document's lock.
 #pragma once
 
+#include "products/PackageRows.h"
 #include "views/AncView.h"
-#include "views/PackageRows.h"
 
 #include <string>
 #include <vector>

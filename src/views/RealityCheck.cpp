@@ -121,9 +121,9 @@ const OpticalSeries& COSRCViewDlg::Chosen(OsrcDisplay display) const {
 int COSRCViewDlg::Update(const CQorViewIns* dut, const CQorViewIns* reference) {
     if (!dut || !reference || DutSeries.empty() || ReferenceSeries.empty())
         return 0;
-    const std::int64_t dutFrame = dut->CurrentFrame() ? dut->FrameNumber() : NoFrame;
+    const std::int64_t dutFrame = dut->Live.CurrentFrame() ? dut->Live.FrameNumber() : NoFrame;
     const std::int64_t referenceFrame =
-        reference->CurrentFrame() ? reference->FrameNumber() : NoFrame;
+        reference->Live.CurrentFrame() ? reference->Live.FrameNumber() : NoFrame;
     if (dutFrame == LastDutFrame && referenceFrame == LastReferenceFrame)
         return 0;
     LastDutFrame = dutFrame;
@@ -156,8 +156,9 @@ void COSRCViewDlg::Draw(OsrcDisplay display, const CQorViewIns& dut, const CQorV
     PlotCurve curve;
     curve.title = page.title;
     if (display == OsrcDisplay::Comparison) {
-        for (const ComparisonPoint& point : CompareSpectra(
-                 SpectrumOf(dut, series), SpectrumOf(reference, Chosen(OsrcDisplay::Reference)))) {
+        for (const ComparisonPoint& point :
+             CompareSpectra(SpectrumOf(dut.Live, series),
+                            SpectrumOf(reference.Live, Chosen(OsrcDisplay::Reference)))) {
             const double percent = point.percent.value_or(0.0);
             // Unmatched channels keep their place and are marked; so are those over a reference of
             // 0.
@@ -166,7 +167,7 @@ void COSRCViewDlg::Draw(OsrcDisplay display, const CQorViewIns& dut, const CQorV
         }
     } else {
         const CQorViewIns& shown = display == OsrcDisplay::Reference ? reference : dut;
-        for (const SpectrumPoint& point : SpectrumOf(shown, series))
+        for (const SpectrumPoint& point : SpectrumOf(shown.Live, series))
             curve.points.push_back({point.wavelength, point.value, true});
     }
     page.curves.push_back(std::move(curve));

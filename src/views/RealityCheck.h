@@ -7,9 +7,10 @@
 #pragma once
 
 #include "base/MessageSink.h"
+#include "products/Spectrum.h"
+#include "session/QorViewIns.h"
 #include "session/UserService.h"
 #include "views/PlotPage.h"
-#include "views/Spectrum.h"
 #include "views/WindowPlace.h"
 
 #include <array>

@@ -33,6 +33,7 @@ class CViewedInstrument {
         : Definition(DefineFixed(Lines(sensors) + more)), Instrument(*Definition, "COM1", Sink) {}
 
     CQorViewIns& Ins() { return Instrument; }
+    const CLiveInstrument& Live() { return Instrument.Live; }
 
     /// The next frame arrives.
     void Send(const std::vector<double>& values) {

@@ -32,7 +32,7 @@ TEST_F(PackageListTest, APackageBringsItsInstrumentsAndTakesThemAway) {
     EXPECT_EQ(List.PackageOf("REF"), package);
     EXPECT_EQ(List.PackageOf("OTHER"), nullptr);
     EXPECT_THAT(List.InstrumentsOf(*package),
-                ElementsAre(Doc.FindInstrument("PRO"), Doc.FindInstrument("REF")));
+                ElementsAre(&Doc.FindInstrument("PRO")->Live, &Doc.FindInstrument("REF")->Live));
 
     User.AnswersYes = false;
     EXPECT_FALSE(List.RemovePackage(package));

@@ -121,7 +121,7 @@ TEST_F(ARawLog, OnlyUnusableFramesAndThoseOfSilencedInstrumentsAreLeftOut) {
         off->LoggingEnabled = false;
         Doc.OnFrame = [&](int resource, CQorViewIns& instrument, const FrameCheckResult& found) {
             EXPECT_EQ(resource, Port);
-            EXPECT_NE(instrument.CurrentFrame(), nullptr);
+            EXPECT_NE(instrument.Live.CurrentFrame(), nullptr);
             seen.push_back(found.dropped);
         };
     }

@@ -6,9 +6,11 @@ import re
 import sys
 
 ROOT = pathlib.Path(sys.argv[1])
-LAYERS = ["base", "platform", "instrument", "telemetry", "session", "views", "cli", "app"]
+LAYERS = ["base", "platform", "instrument", "telemetry", "products", "simulation", "session", "export", "views",
+          "cli", "app"]
 SEES = {layer: set(LAYERS[: i + 1]) for i, layer in enumerate(LAYERS)}
-SEES["app"].discard("cli")
+for layer, unseen in (("app", "cli"), ("session", "simulation"), ("export", "simulation"), ("views", "simulation")):
+    SEES[layer].discard(unseen)
 SYSTEM = re.compile(r"^(windows\.h|winsock2\.h|io\.h|unistd\.h|fcntl\.h|termios\.h|poll\.h|dirent\.h|pthread\.h|"
                     r"signal\.h|csignal|sched\.h|asm/.*|linux/.*|sys/.*)$")
 # main catches what the libraries throw; a thread that the system refuses has no other way to say so.

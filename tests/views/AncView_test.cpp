@@ -86,11 +86,11 @@ TEST_F(AncViewTest, ATiltAlarmBlinksAtEveryUpdateAndParKeepsItsColours) {
 
 TEST(AncView, ShowsNoTiltWithoutBothAxesAndNoParOfAnUnusableInstrument) {
     CViewedInstrument half({"TILT X deg", "ED 500 uW/cm^2/nm", "ES 500 W/m^2/nm"});
-    CInstrumentRows rows(half.Ins());
+    CInstrumentRows rows(half.Live());
     ASSERT_EQ(rows.Rows().size(), 1u);
     EXPECT_EQ(rows.Rows()[0].label, "PAR(Z)");
-    half.Ins().Unusable = true;
-    EXPECT_TRUE(CInstrumentRows(half.Ins()).Rows().empty());
+    half.Ins().Live.Unusable = true;
+    EXPECT_TRUE(CInstrumentRows(half.Live()).Rows().empty());
 }
 
 TEST(ViewSettings, AreKeptByKeyAndAbsentKeysChangeNothing) {

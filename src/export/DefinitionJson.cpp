@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "export/DefinitionJson.h"
+
+namespace qor {
+
+namespace {
+
+void WriteSensor(CJsonWriter& json, const CSensor& sensor) {
+    json.BeginObject();
+    json.Key("index"), json.Integer(sensor.Index);
+    json.Key("type"), json.Text(sensor.Type);
+    json.Key("id"), json.Text(sensor.Id);
+    json.Key("units"), json.Text(sensor.Units);
+    json.Key("offset"), json.Integer(sensor.ByteOffset);
+    json.Key("length"), json.Integer(sensor.FieldLength);
+    json.Key("variable"), json.Bool(sensor.VariableLength);
+    json.Key("variable_index");
+    if (sensor.VariableIndex >= 0)
+        json.Integer(sensor.VariableIndex);
+    else
+        json.Null();
+    json.Key("data_type"), json.Text(KeywordOf(sensor.Data));
+    json.Key("fit_type"), json.Text(KeywordOf(sensor.Fit));
+    json.Key("gain_ranges"), json.Integer(sensor.GainRanges);
+    json.Key("line"), json.Integer(sensor.LineNumber);
+    json.Key("coefficients"), json.BeginArray();
+    for (const std::vector<double>& set : sensor.Coefficients) {
+        json.BeginArray();
+        for (double coefficient : set)
+            json.Number(coefficient);
+        json.EndArray();
+    }
+    json.EndArray();
+    json.Key("inttime");
+    if (sensor.IntegrationTime)
+        json.Integer(sensor.IntegrationTime->Index);
+    else
+        json.Null();
+    json.EndObject();
+}
+
+} // namespace
+
+void WriteDefinition(CJsonWriter& json, std::string_view file, const CInstrument& instrument,
+                     DefinitionStatus status, const std::function<void(const CSensor&)>& progress) {
+    json.BeginObject();
+    json.Key("file"), json.Path(file);
+    json.Key("ok"), json.Bool(status == DefinitionStatus::Success);
+    json.Key("status"), json.Code(static_cast<std::uint32_t>(status));
+    json.Key("kind"), json.Text(instrument.FileKind());
+    json.Key("log"), json.Text(instrument.ParseLog());
+    json.Key("instrument"), json.Text(instrument.Name());
+    json.Key("serial"), json.Text(instrument.SerialNumber());
+    json.Key("sync_header"), json.Text(instrument.SyncHeader());
+    json.Key("frame_type"), json.Text(instrument.Type() == FrameType::Fixed ? "Fixed" : "Variable");
+    json.Key("frame_size"), json.Integer(instrument.FrameSize());
+    json.Key("lines_read"), json.Integer(instrument.LinesRead());
+    json.Key("bad_format_lines"), json.Integer(instrument.BadFormatLines());
+    json.Key("diagnostics"), json.Integer(instrument.DiagnosticCount());
+    json.Key("terminator"), json.Text(instrument.Terminator());
+    json.Key("field_delimiter"), json.Text(instrument.FieldDelimiter());
+    json.Key("sensors"), json.BeginArray();
+    for (const CSensor& sensor : instrument.Sensors()) {
+        WriteSensor(json, sensor);
+        if (progress)
+            progress(sensor);
+    }
+    json.EndArray();
+    json.EndObject();
+}
+
+} // namespace qor

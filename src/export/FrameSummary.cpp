@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "export/FrameSummary.h"
+
+#include "base/Text.h"
+#include "instrument/Calibration.h"
+
+#include <algorithm>
+
+namespace qor {
+
+CFrameSummary::CFrameSummary(const CInstrument& instrument) : Instrument(instrument) {
+    for (const CSensor& sensor : instrument.Sensors())
+        if (ValueKind kind = KindOfValue(sensor); kind != ValueKind::None)
+            Rows.push_back({&sensor, kind == ValueKind::Text, 0, 0.0, 0.0, 0.0, 0.0, {}});
+}
+
+void CFrameSummary::AddFrame(const CLiveInstrument& instrument) {
+    ++Frames;
+    const FrameValues& values = instrument.Values();
+    for (Row& row : Rows) {
+        auto index = static_cast<std::size_t>(row.sensor->Index);
+        if (values.statuses[index] != ConversionStatus::Good)
+            continue;
+        ++row.count;
+        if (row.text) {
+            if (ValueText(*row.sensor, instrument.CurrentFrame()->Span(), row.lastText) !=
+                ConversionStatus::Good)
+                row.lastText.clear();
+            continue;
+        }
+        row.last = values.numbers[index];
+        row.least = row.count == 1 ? row.last : std::min(row.least, row.last);
+        row.greatest = row.count == 1 ? row.last : std::max(row.greatest, row.last);
+        row.sum += row.last;
+    }
+}
+
+void CFrameSummary::Write(COutput& output) const {
+    output.Text(Format("%s: %llu frames\n", Instrument.Name().c_str(),
+                       static_cast<unsigned long long>(Frames)));
+    output.Text(Format("  %-20s %-14s %8s %12s %12s %12s %12s\n", "sensor", "units", "values",
+                       "least", "mean", "greatest", "last"));
+    for (const Row& row : Rows) {
+        std::string name =
+            row.sensor->Type + (row.sensor->Id.empty() ? "" : "(" + row.sensor->Id + ")");
+        output.Text(Format("  %-20s %-14s %8llu ", name.c_str(), row.sensor->Units.c_str(),
+                           static_cast<unsigned long long>(row.count)));
+        if (row.text)
+            output.Text(Format("%12s %12s %12s %12s\n", "", "", "", row.lastText.c_str()));
+        else if (row.count == 0)
+            output.Text(Format("%12s %12s %12s %12s\n", "-", "-", "-", "-"));
+        else
+            output.Text(Format("%12.5g %12.5g %12.5g %12.5g\n", row.least,
+                               row.sum / static_cast<double>(row.count), row.greatest, row.last));
+    }
+}
+
+} // namespace qor

@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// A table for people: each sensor of an instrument with the least, mean, greatest and last of its
+// calibrated values. What `decode --format summary` prints.
+#pragma once
+
+#include "export/Output.h"
+#include "products/LiveInstrument.h"
+
+#include <string>
+#include <vector>
+
+namespace qor {
+
+class CFrameSummary {
+  public:
+    explicit CFrameSummary(const CInstrument& instrument);
+
+    /// Takes the instrument's current frame in.
+    void AddFrame(const CLiveInstrument& instrument);
+    void Write(COutput& output) const;
+
+  private:
+    struct Row {
+        const CSensor* sensor;
+        bool text;
+        std::uint64_t count = 0;
+        double least = 0.0, sum = 0.0, greatest = 0.0, last = 0.0;
+        std::string lastText;
+    };
+    const CInstrument& Instrument;
+    std::vector<Row> Rows;
+    std::uint64_t Frames = 0;
+};
+
+} // namespace qor

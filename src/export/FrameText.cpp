@@ -1,0 +1,170 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "export/FrameText.h"
+
+#include "instrument/Calibration.h"
+#include "instrument/FieldText.h"
+
+namespace qor {
+
+namespace {
+
+/// A sensor's value in the current frame: a number, a text, or the status that says why there is
+/// none.
+struct ShownValue {
+    ConversionStatus status = ConversionStatus::Good;
+    bool isText = false;
+    double number = 0.0;
+};
+
+/// `text` receives the value when it is a text; its memory is used again.
+ShownValue ValueOf(const CLiveInstrument& instrument, const CSensor& sensor, ValueView view,
+                   std::string& text) {
+    ByteSpan frame = instrument.CurrentFrame()->Span();
+    ShownValue value;
+    if (view == ValueView::HexCounts) {
+        value.isText = true;
+        value.status =
+            FormatField(sensor, frame, instrument.Immersed, FieldView::HexCounts, 0, text);
+    } else if (view == ValueView::RawCounts && sensor.Data != DataType::AS) {
+        value.status = RawNumber(sensor, frame, value.number);
+    } else if (KindOfValue(sensor) == ValueKind::Text) {
+        value.isText = true;
+        value.status = ValueText(sensor, frame, text);
+    } else {
+        auto index = static_cast<std::size_t>(sensor.Index);
+        value.status = instrument.Values().statuses[index];
+        value.number = instrument.Values().numbers[index];
+    }
+    return value;
+}
+
+void PutDigits(char* place, int digits, int value) {
+    for (int i = digits; i-- > 0; value /= 10)
+        place[i] = static_cast<char>('0' + value % 10);
+}
+
+} // namespace
+
+void WriteTime(COutput& output, const FrameTime& time) {
+    if (!time.known)
+        return;
+    CalendarTime local = LocalCalendar(time);
+    char text[] = "0000-00-00T00:00:00.000";
+    PutDigits(text, 4, local.year);
+    PutDigits(text + 5, 2, local.month);
+    PutDigits(text + 8, 2, local.day);
+    PutDigits(text + 11, 2, local.hour);
+    PutDigits(text + 14, 2, local.minute);
+    PutDigits(text + 17, 2, local.second);
+    PutDigits(text + 20, 3, time.milliseconds);
+    output.Text({text, sizeof text - 1});
+}
+
+void WriteTimeValue(CJsonWriter& json, COutput& output, const FrameTime& time) {
+    if (!time.known)
+        return json.Null();
+    output.Char('"');
+    WriteTime(output, time);
+    output.Char('"');
+    json.ValueWritten();
+}
+
+void WriteCsvField(COutput& output, std::string_view text) {
+    if (text.find_first_of("\",\r\n") == std::string_view::npos) {
+        output.Text(text);
+        return;
+    }
+    output.Char('"');
+    for (char c : text) {
+        if (c == '"')
+            output.Char('"');
+        output.Char(c);
+    }
+    output.Char('"');
+}
+
+CFrameCsv::CFrameCsv(COutput& output, const CInstrument& instrument, ValueView view)
+    : Out(output), View(view) {
+    for (const CSensor& sensor : instrument.Sensors()) {
+        ValueKind kind = KindOfValue(sensor);
+        bool raw =
+            view != ValueView::Calibrated && (sensor.VariableLength || sensor.FieldLength > 0);
+        if (kind != ValueKind::None || raw)
+            Columns.push_back({&sensor, kind == ValueKind::Text});
+    }
+}
+
+void CFrameCsv::WriteHeader() {
+    Out.Text("time,frame");
+    for (const Column& column : Columns) {
+        Out.Char(',');
+        WriteCsvField(Out, column.sensor->Type + "(" + column.sensor->Id + ") [" +
+                               column.sensor->Units + "]");
+    }
+}
+
+void CFrameCsv::WriteFrame(const CLiveInstrument& instrument) {
+    WriteTime(Out, instrument.CurrentFrame()->Info.time);
+    Out.Char(',');
+    Out.Integer(instrument.FrameNumber());
+    const FrameValues& values = instrument.Values();
+    for (const Column& column : Columns) {
+        Out.Char(',');
+        auto index = static_cast<std::size_t>(column.sensor->Index);
+        if (View == ValueView::Calibrated && !column.text) {
+            if (values.statuses[index] == ConversionStatus::Good)
+                Out.Number(values.numbers[index]);
+            continue;
+        }
+        ShownValue value = ValueOf(instrument, *column.sensor, View, Cell);
+        if (value.status != ConversionStatus::Good)
+            continue;
+        if (value.isText)
+            WriteCsvField(Out, Cell);
+        else
+            Out.Number(value.number);
+    }
+}
+
+void CFrameJson::BeginFrame(const CLiveInstrument& instrument, const FrameCheckResult& checks) {
+    const CFrameData& frame = *instrument.CurrentFrame();
+    Json.BeginObject();
+    Json.Key("file"), Json.Path(File);
+    Json.Key("instrument"), Json.Text(instrument.Name());
+    Json.Key("frame"), Json.Integer(instrument.FrameNumber());
+    Json.Key("offset"), Json.Integer(static_cast<std::int64_t>(frame.StreamOffset));
+    Json.Key("length"), Json.Integer(static_cast<std::int64_t>(frame.Bytes.size()));
+    Json.Key("time"), WriteTimeValue(Json, Out, frame.Info.time);
+    Json.Key("dropped"), Json.Bool(checks.dropped);
+    Json.Key("checksum_error"), Json.Bool(checks.checksumError);
+    Json.Key("value_error"), Json.Bool(checks.valueError);
+    WriteValues(instrument);
+}
+
+void CFrameJson::WriteValues(const CLiveInstrument& instrument) {
+    Failed.clear();
+    Json.Key("values"), Json.BeginArray();
+    for (const CSensor& sensor : instrument.Definition().Sensors()) {
+        ShownValue value = ValueOf(instrument, sensor, View, Text);
+        if (value.status != ConversionStatus::Good) {
+            Failed.emplace_back(sensor.Index, value.status);
+            Json.Null();
+        } else if (value.isText) {
+            Json.Text(Text);
+        } else {
+            Json.Number(value.number);
+        }
+    }
+    Json.EndArray();
+    Json.Key("status"), Json.BeginObject();
+    for (const auto& [index, status] : Failed)
+        Json.Key(std::to_string(index)), Json.Code(static_cast<std::uint32_t>(status));
+    Json.EndObject();
+}
+
+void CFrameJson::EndFrame() {
+    Json.EndObject();
+    Json.EndLine();
+}
+
+} // namespace qor

@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// An instrument with its latest frame and that frame's values: what everything derived is computed
+// from. The session adds its checks and settings (CQorViewIns). Written by the thread that acquires
+// and read by displays, both under the document's lock.
+#pragma once
+
+#include "instrument/ConversionPlan.h"
+#include "instrument/Par.h"
+#include "telemetry/FrameData.h"
+
+#include <string>
+#include <vector>
+
+namespace qor {
+
+class CLiveInstrument {
+  public:
+    /// The definition lives longer.
+    explicit CLiveInstrument(const CInstrument& definition);
+
+    const CInstrument& Definition() const { return Instrument; }
+    const std::string& Name() const { return Instrument.Name(); }
+
+    /// Converts every sensor; the frame becomes the current one (its bytes are exchanged with the
+    /// previous frame's, so nothing is copied).
+    void Take(CFrameData& frame);
+
+    /// The latest frame, or null before the first.
+    const CFrameData* CurrentFrame() const { return HasFrame ? &Current : nullptr; }
+    /// 1-based count of frames cut for the instrument, of the current frame.
+    std::uint32_t FrameNumber() const { return Current.Info.frameCounter; }
+    const FrameValues& Values() const { return CurrentValues; }
+
+    /// The calibrated value of a sensor in the current frame. MissingArgument without a frame.
+    ConversionStatus Value(const CSensor& sensor, double& value) const;
+    /// PAR of the current frame over the instrument's PAR list.
+    ConversionStatus Par(double& par) const;
+
+    bool Immersed = false;  ///< "Immersed (Wet)"
+    bool Unusable = false;  ///< derived products are not to be asked for
+    double FrameRate = 6.0; ///< nominal, Hz
+
+  private:
+    const CInstrument& Instrument;
+    CConversionPlan Plan;
+    std::vector<ParChannel> ParChannels;
+    CFrameData Current;
+    FrameValues CurrentValues;
+    bool HasFrame = false;
+};
+
+} // namespace qor

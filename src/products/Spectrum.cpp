@@ -1,0 +1,98 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// Series, spectra, and the matching of their channels.
+#include "products/Spectrum.h"
+
+#include "base/Text.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace qor {
+
+namespace {
+
+constexpr double MatchWidth = 1.5; ///< nm to either side, both ends outside
+
+/// The reference point for one DUT channel, scanning on from `at`, which stays where the scan ends.
+const SpectrumPoint* MatchChannel(double wavelength, std::span<const SpectrumPoint> reference,
+                                  std::size_t& at) {
+    while (at < reference.size() && reference[at].wavelength <= wavelength - MatchWidth)
+        ++at;
+    const SpectrumPoint* accepted = nullptr;
+    for (; at < reference.size() && reference[at].wavelength < wavelength + MatchWidth; ++at) {
+        const double x = reference[at].wavelength;
+        // Kept: a further candidate is compared with the one before it, not with that one's
+        // distance from the channel, so the nearer of two need not win.
+        if (accepted && !(std::fabs(x - wavelength) < std::fabs(x - accepted->wavelength)))
+            break;
+        accepted = &reference[at];
+        if (x >= wavelength)
+            break; // Decided: the scan stays here, so the point may serve the next channel too
+    }
+    return accepted;
+}
+
+} // namespace
+
+std::vector<ComparisonPoint> CompareSpectra(std::span<const SpectrumPoint> dut,
+                                            std::span<const SpectrumPoint> reference) {
+    std::vector<ComparisonPoint> points;
+    points.reserve(dut.size());
+    std::size_t at = 0;
+    for (const SpectrumPoint& channel : dut) {
+        ComparisonPoint point{channel.wavelength, channel.value, {}, {}};
+        if (const SpectrumPoint* match = MatchChannel(channel.wavelength, reference, at)) {
+            point.reference = match->value;
+            point.percent = 100.0 * (channel.value - match->value) / match->value;
+        }
+        points.push_back(point);
+    }
+    return points;
+}
+
+std::vector<OpticalSeries> SeriesOf(const CInstrument& instrument) {
+    std::vector<OpticalSeries> list;
+    for (const CSensor& sensor : instrument.Sensors()) {
+        const std::optional<double> wavelength = WholeNumber(sensor.Id);
+        if (!IsOptic(sensor.Fit) || !wavelength || !std::isfinite(*wavelength))
+            continue;
+        auto series = std::find_if(list.begin(), list.end(), [&sensor](const OpticalSeries& one) {
+            return EqualsNoCase(one.type, sensor.Type) && one.units == sensor.Units;
+        });
+        if (series == list.end())
+            series = list.insert(list.end(), {sensor.Type, sensor.Units, {}});
+        series->channels.push_back({*wavelength, sensor.Index});
+    }
+    for (OpticalSeries& series : list)
+        std::stable_sort(series.channels.begin(), series.channels.end(),
+                         [](const auto& a, const auto& b) { return a.wavelength < b.wavelength; });
+    return list;
+}
+
+int ChooseSeries(const std::vector<OpticalSeries>& series, std::string_view type) {
+    if (series.empty())
+        return -1;
+    if (type.empty() || series.size() == 1)
+        return 0;
+    const auto found = std::find_if(series.begin(), series.end(), [type](const OpticalSeries& one) {
+        return EqualsNoCase(one.type, type);
+    });
+    return found == series.end() ? -1 : static_cast<int>(found - series.begin());
+}
+
+std::vector<SpectrumPoint> SpectrumOf(const CLiveInstrument& instrument,
+                                      const OpticalSeries& series) {
+    std::vector<SpectrumPoint> points;
+    if (!instrument.CurrentFrame())
+        return points;
+    for (const OpticalSeries::Channel& channel : series.channels) {
+        const CSensor* sensor = instrument.Definition().Sensor(channel.sensor);
+        double value = 0.0;
+        if (sensor && instrument.Value(*sensor, value) == ConversionStatus::Good)
+            points.push_back({channel.wavelength, value});
+    }
+    return points;
+}
+
+} // namespace qor

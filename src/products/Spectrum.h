@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// Spectra of optical instruments: the series of channels that an instrument has, the spectrum in
+// its current frame, and the comparison of two spectra. Used by the reality check and the command
+// line; instruments are read under the document's lock.
+#pragma once
+
+#include "products/LiveInstrument.h"
+
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace qor {
+
+struct SpectrumPoint {
+    double wavelength = 0.0; ///< nm
+    double value = 0.0;
+};
+
+/// A DUT channel beside what was found for it.
+struct ComparisonPoint {
+    double wavelength = 0.0;
+    double dut = 0.0;
+    std::optional<double> reference; ///< empty: no reference channel was accepted
+    std::optional<double>
+        percent; ///< 100 (dut - reference) / reference; not finite for reference 0
+};
+
+/// Compares two spectra, each in ascending wavelength; one point for every DUT channel.
+std::vector<ComparisonPoint> CompareSpectra(std::span<const SpectrumPoint> dut,
+                                            std::span<const SpectrumPoint> reference);
+
+/// The optical sensors of one type and units whose ids are wavelengths, ascending.
+struct OpticalSeries {
+    struct Channel {
+        double wavelength;
+        int sensor; ///< index
+    };
+    std::string type;
+    std::string units;
+    std::vector<Channel> channels;
+};
+
+/// The instrument's series, in the order in which their first sensors stand.
+std::vector<OpticalSeries> SeriesOf(const CInstrument& instrument);
+
+/// The index of the series of a type (compared without case): the first one for an empty type, the
+/// only one whatever the type; -1 when there is none.
+int ChooseSeries(const std::vector<OpticalSeries>& series, std::string_view type);
+
+/// The spectrum in the instrument's current frame; channels without a value are left out.
+std::vector<SpectrumPoint> SpectrumOf(const CLiveInstrument& instrument,
+                                      const OpticalSeries& series);
+
+} // namespace qor

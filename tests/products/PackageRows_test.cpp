@@ -1,0 +1,196 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "fakes/ManualClock.h"
+#include "fakes/ScriptedUser.h"
+#include "fakes/ViewedInstrument.h"
+#include "products/PackageRows.h"
+#include "session/AcquisitionLoop.h"
+#include "session/PackageList.h"
+#include "views/PkgAncView.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <fstream>
+#include <sstream>
+
+namespace qor {
+namespace {
+
+/// A profiler, a radiometer and a reference in one package.
+class PackageRowsTest : public testing::Test {
+  protected:
+    CViewedInstrument Profiler{{"TILT x deg", "TILT Y deg", "PRES NONE dbar", "TIMER NONE sec",
+                                "TEMP AIR C", "TEMPERATURE w C", "COND NONE mS/cm", "CDOM 1 ppb",
+                                "NO3 NONE uM", "BETA NONE x", "BETA 470 x", "VSF 532 x",
+                                "BETA 660 x"}};
+    CViewedInstrument Radiometer{
+        {"ED 400 uW/cm^2/nm", "ED 489 uW/cm^2/nm", "ED 700 uW/cm^2/nm", "LU 520 r"}};
+    CViewedInstrument Surface{{"ES 400 uW/cm^2/nm", "ES 700 uW/cm^2/nm"}};
+    std::vector<const CLiveInstrument*> All{&Profiler.Live(), &Radiometer.Live(), &Surface.Live()};
+    PackageSettings Settings;
+    VelocityState Velocity;
+    CPackageRows Rows{All, Settings};
+
+    DerivedRow Row(const std::string& label) {
+        std::vector<DerivedRow> rows;
+        Rows.Read({All, Settings, 0.5}, rows);
+        for (const DerivedRow& row : rows)
+            if (row.label == label)
+                return row;
+        ADD_FAILURE() << "no row " << label;
+        return {};
+    }
+    void Cast(double pressure, double timer) {
+        Profiler.Send({3, 4, pressure, timer, 25, 15, 42.914, 1.5, 7, 0, 0.002, 0.003, 0.004});
+        Rows.Advance({All, Settings, 0.5}, Velocity);
+        Radiometer.Send({1, std::exp(-0.1 * pressure), 2, 3});
+        Rows.Advance({All, Settings, 0.5}, Velocity);
+    }
+};
+
+TEST_F(PackageRowsTest, HaveNoValueBeforeTheInstrumentsFirstFrame) {
+    // What the rows are shows the page of the sample cast.
+    EXPECT_EQ(Rows.Rows().size(), 18u) << "two channels that scatter at a wavelength are shown";
+    Settings.UseDefSalinity = true;
+    std::vector<DerivedRow> rows;
+    Rows.Advance({All, Settings, 0}, Velocity);
+    Rows.Read({All, Settings, 0}, rows);
+    for (const DerivedRow& row : rows) {
+        EXPECT_FALSE(row.value) << row.label;
+        EXPECT_EQ(DerivedText(row), "--");
+    }
+}
+
+TEST_F(PackageRowsTest, ASensorThatFailsOrIsMissingTakesOnlyItsOwnProductsAlong) {
+    Profiler.Send({3, NAN, 10, 0, 25, 15, NAN, 1.5, 7, 0, 0.002, 0.003, 0.004});
+    for (const char* label : {"TILT", "SALINITY", "BETAp(470)", "bb(532)"})
+        EXPECT_EQ(Row(label).status, ConversionStatus::NotFinite) << label;
+    for (const char* label : {"DEPTH", "T (W)", "CDOM(1)", "[NO3-]"})
+        EXPECT_TRUE(Row(label).value) << label;
+    EXPECT_EQ(Row("DEPTH").value, 9.5) << "less the tare";
+    Cast(10, 100);
+    EXPECT_TRUE(Row("PAR(Z)").value);
+    for (const char* label : {"LIGHT SATURATION", "PAR(0+)"})
+        EXPECT_FALSE(Row(label).value) << label << ": no limit, no frame";
+    for (int depth = 11; depth <= 16; ++depth) {
+        Cast(depth, depth);
+        EXPECT_EQ(Row("K Ed(490)").value.has_value(), depth >= 15) << depth;
+    }
+    EXPECT_FALSE(Row("K Lu(490)").value) << "no channel within 10 nm";
+}
+
+TEST_F(PackageRowsTest, AnInstrumentThatIsGoneLeavesItsRowsWithoutValues) {
+    Cast(10, 100);
+    All[0] = nullptr;
+    EXPECT_FALSE(Row("DEPTH").value);
+    EXPECT_TRUE(Row("PAR(Z)").value);
+    All.clear();
+    EXPECT_FALSE(Row("PAR(Z)").value);
+    EXPECT_TRUE(CPackageRows(All, Settings).Rows().empty());
+}
+
+TEST(PackageRows, ScatteringWithoutSalinitySensorsTakesTheDefaultOrNothing) {
+    CViewedInstrument meter({"BETA 500 x"});
+    const std::vector<const CLiveInstrument*> all{&meter.Live()};
+    PackageSettings settings;
+    VelocityState velocity;
+    meter.Send({0.01});
+    EXPECT_TRUE(CPackageRows(all, settings).LacksSalinity());
+    std::vector<DerivedRow> rows;
+    CPackageRows(all, settings).Read({all, settings, 0}, rows);
+    EXPECT_FALSE(rows[0].value);
+    settings.UseDefSalinity = true;
+    settings.DefaultSalinity = 30;
+    EXPECT_FALSE(CPackageRows(all, settings).LacksSalinity());
+    CPackageRows(all, settings).Read({all, settings, 0}, rows);
+    EXPECT_EQ(rows[0].value, 0.01 - SeawaterScattering(500, 30));
+
+    CScriptedUser user;
+    CPkgAncViewDlg view(user, velocity, false);
+    view.Initialise("P", all, settings);
+    view.ReportMissingSalinity();
+    EXPECT_TRUE(user.TakeMessages().empty());
+    settings.UseDefSalinity = false;
+    view.Initialise("P", all, settings);
+    view.ReportMissingSalinity();
+    EXPECT_EQ(user.TakeMessages().size(), 1u);
+}
+
+TEST_F(PackageRowsTest, TheDisplayWatchesFiveRowsAndDrawsAFrameOnce) {
+    CScriptedUser user;
+    CPkgAncViewDlg view(user, Velocity, true);
+    view.Settings.DepthWarnings.AlarmEnabled = 1;
+    view.Initialise("Cast", All, Settings);
+    EXPECT_EQ(view.Update(All, Settings, 0), 0);
+    Cast(300, 0);
+    EXPECT_EQ(view.Update(All, Settings, 0), 1);
+    EXPECT_EQ(view.Update(All, Settings, 0), 0);
+    EXPECT_EQ(view.Page().rows[1].value, (GridCell{"300.00", 0xFFFF00, 0x0000FF}));
+    Cast(300, 1);
+    view.Update(All, Settings, 0);
+    EXPECT_EQ(view.Page().rows[1].value, (GridCell{"300.00", 0xFFFF00, 0x000000}));
+    EXPECT_EQ(user.Asterisks, 1);
+
+    // The radiometer alone has news: that is an update too. Rows out of sight keep what they
+    // showed.
+    view.SetVisibleRows({7, 8});
+    Radiometer.Send({NAN, 1, 1, 1});
+    EXPECT_EQ(view.Update(All, Settings, 0), 1);
+    EXPECT_EQ(view.Page().rows[7].value.text, ConversionStatusText(ConversionStatus::NotFinite));
+    EXPECT_EQ(view.Page().rows[1].value.background, Black);
+
+    auto& settings = view.Settings;
+    const WarningRanges* ranges[] = {&settings.TiltWarnings, &settings.DepthWarnings,
+                                     &settings.VelWarnings,  &settings.TempWarnings,
+                                     &settings.SalWarnings,  nullptr};
+    for (std::size_t row = 0; row < std::size(ranges); ++row)
+        EXPECT_EQ(view.RangesOfRow(row), ranges[row]) << row;
+    EXPECT_EQ(view.RangesOfRow(99), nullptr);
+}
+
+// What the operator saw every ten metres.
+TEST(TheCastPage, ShowsWhatTheOperatorSawEveryTenMetres) {
+    const std::string source = QORVIEW_SOURCE_DIR;
+    CManualClock clock;
+    CScriptedUser user;
+    CMemoryProfileStore profile;
+    CQorViewDoc doc(clock, MakeSystemSerialPort, user, profile);
+    CPackageList packages(doc);
+    CAcquisitionLoop loop(doc);
+    int file = doc.AddFileResource(source + "/examples/cast.raw");
+    CPackage* package = packages.AddPackage(source + "/examples/cast.sip", file);
+    ASSERT_NE(package, nullptr);
+    package->Settings.SaturationIrradiance = 200.0;
+    doc.SetImmersed("QOREDW118", true);
+    doc.SetImmersed("QORLUW119", true);
+
+    CPkgAncViewDlg view(user, packages.Velocity, false);
+    view.Settings.TempWarnings.WarnEnabled = 1; // the surface layer is a warning
+    view.Settings.TempWarnings.WarnMin = 15.0;
+    view.Initialise(package->Name, packages.InstrumentsOf(*package), package->Settings);
+    std::string seen;
+    double next = 5.0;
+    const auto onFrame = [&](int, CQorViewIns& instrument, const FrameCheckResult&) {
+        view.Update(packages.InstrumentsOf(*package), package->Settings, 0.0);
+        const CSensor* pressure = instrument.Definition().NextSensor("PRES");
+        double depth = 0.0;
+        if (pressure && instrument.Live.Value(*pressure, depth) == ConversionStatus::Good &&
+            depth >= next) {
+            seen += PageText(view.Page());
+            next += 10.0;
+        }
+    };
+    {
+        CRecursiveLock lock(doc.DocLock);
+        doc.OnFrame = onFrame;
+    }
+    EXPECT_EQ(loop.PlayFile(file), 4400u);
+
+    std::ifstream golden(source + "/tests/golden/cast/pages.txt", std::ios::binary);
+    std::stringstream expected;
+    expected << golden.rdbuf();
+    EXPECT_EQ(seen, expected.str());
+}
+
+} // namespace
+} // namespace qor
