@@ -173,7 +173,7 @@ BENCHMARK(DelimiterSearch)->Arg(12)->Arg(60);
 
 class CSilentSink : public CMessageSink {
   public:
-    void Report(std::string) override {}
+    void Raise(Event) override {}
 };
 
 void FrameChecksOfOneFrame(benchmark::State& state) {

@@ -33,12 +33,14 @@ struct Bench {
                                                "VALUE NONE '' 4 BU 0 COUNT\n"
                                                "REST NONE '' 50 AS 0 NONE\n"
                                                "FRAME COUNTER '' 1 BU 0 COUNT\n";
-        int port = Doc.AddSerialResource({.portName = "PORT", .globalSyncString = ""});
-        Instrument = Doc.AddInstrument(Folder + "BENCH.cal", port).instrument;
+        const ResourceId port =
+            Doc.AddSerialResource({.portName = "PORT", .globalSyncString = ""});
+        const InstrumentId id = Doc.AddInstrument(Folder + "BENCH.cal", port).id;
         CRecursiveLock lock(Doc.DocLock);
+        Instrument = Doc.Find(id);
         Doc.NoDialogs = Doc.Options.overwriteExisting = true;
         Doc.Naming.logDirectory = Folder;
-        Info.identity = Doc.Resources[0]->Comm.IdentityOf(Instrument->Name());
+        Info.identity = static_cast<std::uint32_t>(id);
         Info.time = Clock.Now();
     }
     ~Bench() {
@@ -70,7 +72,7 @@ void LogFrames(benchmark::State& state) {
         state.SkipWithError("the log did not begin");
     for (auto _ : state) {
         bench.Fill(state.range(0));
-        bench.Doc.RawLog.LogFrames(bench.Queue);
+        bench.Doc.Acquisition.ProcessFrames(bench.Queue);
     }
     state.SetItemsProcessed(state.iterations() * state.range(0));
 }
@@ -95,11 +97,11 @@ void PassFrames(benchmark::State& state) {
     std::uint64_t seen = 0;
     {
         CRecursiveLock lock(bench.Doc.DocLock);
-        bench.Doc.OnFrame = [&](int, CQorViewIns&, const FrameCheckResult&) { ++seen; };
+        bench.Doc.OnFrame = [&](CQorViewIns&, const FrameCheckResult&) { ++seen; };
     }
     for (auto _ : state) {
         bench.Fill(256);
-        bench.Doc.RawLog.LogFrames(bench.Queue);
+        bench.Doc.Acquisition.ProcessFrames(bench.Queue);
     }
     state.SetItemsProcessed(state.iterations() * 256);
     benchmark::DoNotOptimize(seen);

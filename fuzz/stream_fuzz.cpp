@@ -20,7 +20,7 @@ constexpr std::size_t MostInstruments = 80;
 
 class CNoSink : public CMessageSink {
   public:
-    void Report(std::string message) override { Require(!message.empty()); }
+    void Raise(Event event) override { Require(!event.text.empty()); }
 };
 
 struct Input {

@@ -157,4 +157,17 @@ std::string DecodeEscapes(std::string_view text) {
     return bytes;
 }
 
+std::string OneLine(std::string_view message) {
+    std::string line;
+    for (char c : message) {
+        bool space = IsSpace(c);
+        if (space && (line.empty() || line.back() == ' '))
+            continue;
+        line += space ? ' ' : c;
+    }
+    while (!line.empty() && line.back() == ' ')
+        line.pop_back();
+    return line;
+}
+
 } // namespace qor

@@ -63,4 +63,7 @@ std::string ShortestNumber(double value);
 /// makes the whole result empty.
 std::string DecodeEscapes(std::string_view text);
 
+/// A message of several lines as one line: every run of white space becomes a blank.
+std::string OneLine(std::string_view message);
+
 } // namespace qor

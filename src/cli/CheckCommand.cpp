@@ -2,9 +2,10 @@
 //
 // qorview-cli check: loads definition files and packages and reports what was found.
 #include "cli/Commands.h"
+#include "cli/InstrumentOptions.h"
 #include "cli/Progress.h"
 #include "cli/Report.h"
-#include "cli/SessionSetup.h"
+#include "cli/TerminalUser.h"
 #include "export/DefinitionJson.h"
 
 #include "base/Text.h"
@@ -39,7 +40,7 @@ void WriteLog(COutput& output, std::string_view log) {
 /// The parse logs of members that failed; a package's messages already name them.
 class CIgnoredLogs : public CMessageSink {
   public:
-    void Report(std::string) override {}
+    void Raise(Event) override {}
 };
 
 void WritePackage(COutput& output, const LoadedPackage& package) {
@@ -116,8 +117,7 @@ bool CheckDefinition(COutput& output, const std::string& path, bool json,
 }
 
 bool CheckPackage(COutput& output, const std::string& path, bool json, const CommandContext&) {
-    CTerminalUser user;
-    user.Quiet = true; // the messages are part of the result
+    CTerminalUser user(true); // the messages are part of the result
     CIgnoredLogs ignored;
     LoadedPackage package = LoadPackage(path, user, ignored);
     if (json)

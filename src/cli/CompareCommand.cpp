@@ -3,7 +3,7 @@
 // qorview-cli compare: the optical reality check over a raw log, for every frame of the device
 // under test against the latest frame of the reference before it.
 #include "cli/Commands.h"
-#include "cli/Playback.h"
+#include "cli/PlayedFile.h"
 #include "cli/Report.h"
 #include "export/FrameText.h"
 
@@ -32,11 +32,12 @@ struct ComparedPair {
     OpticalSeries dutSeries, referenceSeries;
 };
 
-CQorViewIns* FindNamed(CPlayback& playback, const char* option, const std::string& name) {
-    CQorViewIns* instrument = playback.Doc().FindInstrument(name);
-    if (!instrument)
-        ReportError(std::string(option) + " " + name + ": there is no instrument of that name.");
-    return instrument;
+CQorViewIns* FindNamed(CPlayedFile& playback, const char* option, const std::string& name) {
+    for (CQorViewIns* instrument : playback.Instruments())
+        if (instrument->Name() == name)
+            return instrument;
+    ReportError(std::string(option) + " " + name + ": there is no instrument of that name.");
+    return nullptr;
 }
 
 bool FindSeries(const CQorViewIns& instrument, const std::string& type, OpticalSeries& series) {
@@ -51,7 +52,7 @@ bool FindSeries(const CQorViewIns& instrument, const std::string& type, OpticalS
     return false;
 }
 
-bool FindPair(CPlayback& playback, const CompareOptions& options, ComparedPair& pair) {
+bool FindPair(CPlayedFile& playback, const CompareOptions& options, ComparedPair& pair) {
     pair.dut = FindNamed(playback, "--dut", options.dut);
     pair.reference = FindNamed(playback, "--reference", options.reference);
     return pair.dut && pair.reference && FindSeries(*pair.dut, options.sensor, pair.dutSeries) &&
@@ -103,7 +104,7 @@ int RunCompare(const CompareOptions& options, CommandContext& context) {
         output.Text("time,frame,wavelength [nm],dut,reference,percent\r\n");
     bool well = true;
     for (const std::string& path : options.files) {
-        CPlayback playback(options.chunk);
+        CPlayedFile playback(options.chunk);
         ComparedPair pair;
         well = playback.Open(path, options.instruments) && well;
         if (!playback.IsOpen() || !FindPair(playback, options, pair)) {

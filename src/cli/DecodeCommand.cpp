@@ -3,9 +3,9 @@
 // qorview-cli decode: plays raw logs through the acquisition engine and prints every frame with its
 // values.
 #include "cli/Commands.h"
-#include "cli/DerivedColumns.h"
-#include "cli/Playback.h"
+#include "cli/PlayedFile.h"
 #include "cli/Report.h"
+#include "export/DerivedColumns.h"
 #include "export/FrameSummary.h"
 #include "export/FrameText.h"
 
@@ -43,7 +43,7 @@ class CCsvTables {
     explicit CCsvTables(const DecodeOptions& options) : Options(options) {}
 
     /// Makes the table of every instrument that has none yet. False when a file cannot be written.
-    bool AddTables(const CPlayback& playback);
+    bool AddTables(const CPlayedFile& playback);
     void WriteFrame(const CQorViewIns& instrument);
     /// The next raw log brings instruments of its own: the tables with the same name go on.
     void NextFile() { Tables.clear(); }
@@ -96,10 +96,10 @@ COutput* CCsvTables::OutputFor(const std::string& name, bool only) {
     return (Outputs[name] = std::move(output)).get();
 }
 
-bool CCsvTables::AddTables(const CPlayback& playback) {
+bool CCsvTables::AddTables(const CPlayedFile& playback) {
     const std::vector<CQorViewIns*>& instruments = playback.Instruments();
     if (Options.derived)
-        Derived.emplace(playback);
+        Derived.emplace(playback.Doc());
     // What is in the way of the folder shows when the first table is opened.
     if (instruments.size() > 1 && !IsDirectory(Options.output)) [[maybe_unused]]
         FileCause made = MakeDirectory(Options.output);
@@ -150,7 +150,7 @@ int DecodeToCsv(const DecodeOptions& options, CommandContext& context) {
     CCsvTables tables(options);
     bool well = true;
     for (const std::string& path : options.files) {
-        CPlayback playback(options.chunk);
+        CPlayedFile playback(options.chunk);
         well = playback.Open(path, options.instruments) && well;
         if (!playback.IsOpen())
             continue;
@@ -180,10 +180,10 @@ int DecodeToCsv(const DecodeOptions& options, CommandContext& context) {
 class CFrameStream {
   public:
     CFrameStream(COutput& output, const DecodeOptions& options, const std::string& path,
-                 const CPlayback& playback)
+                 const CPlayedFile& playback)
         : Out(output), Shown(options.format), Json(output, path, options.View()) {
         if (options.derived && Shown == DecodeFormat::Jsonl)
-            Derived.emplace(playback);
+            Derived.emplace(playback.Doc());
         if (Shown == DecodeFormat::Summary)
             for (const CQorViewIns* instrument : playback.Instruments())
                 Summaries.emplace_back(instrument, instrument->Definition());
@@ -220,7 +220,7 @@ int DecodeToStream(const DecodeOptions& options, CommandContext& context) {
         return ExitFault;
     bool well = true;
     for (const std::string& path : options.files) {
-        CPlayback playback(options.chunk);
+        CPlayedFile playback(options.chunk);
         well = playback.Open(path, options.instruments) && well;
         if (!playback.IsOpen())
             continue;

@@ -3,10 +3,10 @@
 // qorview-cli info: what a raw log holds. The header and the time stamps are read from the file's
 // bytes; with definitions the file is played and its frames are counted.
 #include "cli/Commands.h"
-#include "cli/Playback.h"
-#include "cli/RawHeader.h"
+#include "cli/PlayedFile.h"
 #include "cli/Report.h"
 #include "export/FrameText.h"
+#include "telemetry/RawHeader.h"
 
 #include "base/Text.h"
 #include "platform/FileErrorText.h"
@@ -149,7 +149,7 @@ void CLogReader::CountTimeStamps(bool last) {
 
 bool PlayLog(const std::string& path, const InfoOptions& options, CommandContext& context,
              PlayFacts& facts) {
-    CPlayback playback(options.chunk);
+    CPlayedFile playback(options.chunk);
     bool well = playback.Open(path, options.instruments);
     if (!playback.IsOpen())
         return false;
@@ -165,9 +165,10 @@ bool PlayLog(const std::string& path, const InfoOptions& options, CommandContext
                },
                [] { return true; }) &&
            well;
-    for (const InstrumentFigures& figures : playback.Doc().FiguresOf(-1))
-        facts.instruments.push_back(
-            {figures.name, figures.frames, figures.dropped, figures.checksumErrors});
+    for (const ResourceStatus& resource : playback.Doc().Snapshot().resources)
+        for (const InstrumentFigures& figures : resource.instruments)
+            facts.instruments.push_back(
+                {figures.name, figures.frames, figures.dropped, figures.checksumErrors});
     facts.bytesDiscarded = playback.Figures().bytesDiscarded;
     return well;
 }

@@ -15,7 +15,7 @@ constexpr std::int64_t DrawMilliseconds = 500, SummaryMilliseconds = 60'000;
 
 CLiveStatus::CLiveStatus(const CQorViewDoc& doc, CClock& clock, bool quiet)
     : Doc(doc), Clock(clock), Quiet(quiet), Terminal(IsTerminal(StandardStream::Error)),
-      Last(clock.MonotonicMilliseconds()), LastFrames(doc.ResourceCount()) {}
+      Last(clock.MonotonicMilliseconds()) {}
 
 CLiveStatus::~CLiveStatus() {
     Erase();
@@ -26,9 +26,8 @@ void CLiveStatus::Erase() {
         WriteError("\x1b[A\x1b[2K");
 }
 
-std::string CLiveStatus::Line(int resource, double seconds, std::size_t room) {
-    ResourceStatus status = Doc.StatusOf(resource);
-    std::uint64_t& last = LastFrames[static_cast<std::size_t>(resource)];
+std::string CLiveStatus::Line(const ResourceStatus& status, double seconds, std::size_t room) {
+    std::uint64_t& last = LastFrames[status.id];
     double rate = static_cast<double>(status.frames - last) / seconds;
     last = status.frames;
     const char* state = status.figures.abortCode != 0 ? "ABORTED"
@@ -66,9 +65,11 @@ void CLiveStatus::Update() {
     if (Terminal)
         room = static_cast<std::size_t>(TerminalColumns(StandardStream::Error)) - 1;
     std::string text;
-    int lines = static_cast<int>(Doc.ResourceCount());
-    for (int resource = 0; resource < lines; ++resource)
+    int lines = 0;
+    for (const ResourceStatus& resource : Doc.Snapshot().resources) {
         text += Line(resource, static_cast<double>(since) / 1000.0, room) + "\n";
+        ++lines;
+    }
     Erase();
     WriteError(text);
     if (Terminal)

@@ -7,7 +7,7 @@
 
 #include "session/QorViewDoc.h"
 
-#include <vector>
+#include <map>
 
 namespace qor {
 
@@ -22,14 +22,14 @@ class CLiveStatus {
     void Erase();
 
   private:
-    std::string Line(int resource, double seconds, std::size_t room);
+    std::string Line(const ResourceStatus& status, double seconds, std::size_t room);
 
     const CQorViewDoc& Doc;
     CClock& Clock;
     bool Quiet;
     bool Terminal;
     std::int64_t Last = 0; ///< monotonic milliseconds of the last drawing
-    std::vector<std::uint64_t> LastFrames;
+    std::map<ResourceId, std::uint64_t> LastFrames;
     int LinesOnScreen = 0;
 };
 

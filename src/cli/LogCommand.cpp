@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// qorview-cli log: what a call may say, and whether it makes sense. The run itself is CLogRun's.
+// qorview-cli log: what a call may say, and whether it makes sense. The run is CLogConsole's.
 #include "cli/Commands.h"
 #include "cli/LineText.h"
-#include "cli/LogRun.h"
+#include "cli/InstrumentOptions.h"
+#include "cli/LogConsole.h"
 #include "cli/Report.h"
-#include "cli/SessionSetup.h"
 
 #include <CLI/CLI.hpp>
 
@@ -15,7 +15,7 @@ namespace qor {
 
 namespace {
 
-struct LogCallOptions : LogRunOptions {
+struct LogCallOptions : LogRunPlan {
     std::vector<std::string> portTexts;
     std::string durationText, repeatText;
 };
@@ -33,20 +33,19 @@ std::string AssignToPorts(const CLI::App& command, LogCallOptions& options) {
             if (!parsed)
                 return "--port " + text +
                        ": give NAME[:BAUD[:8N1]], for example /dev/ttyUSB0:19200:8N1.";
-            options.ports.push_back({*parsed, {}});
+            options.ports.push_back({parsed->settings, parsed->baudGiven, {}});
         } else if ((isDefinition || isPackage) && options.ports.empty()) {
             return "name the --port before the -d and -p files of the instruments on it.";
         } else if (isDefinition) {
             options.ports.back().instruments.definitions.push_back(
-                options.instruments.definitions[definition++]);
+                options.names.definitions[definition++]);
         } else if (isPackage) {
-            options.ports.back().instruments.packages.push_back(
-                options.instruments.packages[package++]);
+            options.ports.back().instruments.packages.push_back(options.names.packages[package++]);
         }
     }
-    for (const PortOptions& entry : options.ports)
+    for (const PortPlan& entry : options.ports)
         if (entry.instruments.definitions.empty() && entry.instruments.packages.empty())
-            return "--port " + entry.port.settings.portName +
+            return "--port " + entry.settings.portName +
                    ": name its instruments behind it with -d or -p.";
     return {};
 }
@@ -85,7 +84,7 @@ int RunLog(const CLI::App& command, LogCallOptions& options, CommandContext& con
         ReportError(wrong);
         return ExitBadCall;
     }
-    return CLogRun(options, context).Run();
+    return CLogConsole(options, context).Run();
 }
 
 void AddStationOptions(CLI::App& command, StationInformation& station) {
@@ -124,7 +123,7 @@ void AddLogCommand(CLI::App& app, CommandContext& context) {
         ->type_name("NAME[:BAUD[:8N1]]")
         ->allow_extra_args(false)
         ->required();
-    AddInstrumentOptions(*command, options.instruments);
+    AddInstrumentOptions(*command, options.names);
     for (const char* files : {"--definition", "--package"})
         command->get_option(files)->allow_extra_args(); // -d FIRST SECOND
     command->add_option("-o,--output", options.directory, "Folder of the raw logs (.)")

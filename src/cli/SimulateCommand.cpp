@@ -2,9 +2,10 @@
 //
 // qorview-cli simulate: plays instruments into a virtual serial port, a port, a file, or a raw log.
 #include "cli/Commands.h"
+#include "cli/InstrumentOptions.h"
 #include "cli/Progress.h"
 #include "cli/Report.h"
-#include "cli/SessionSetup.h"
+#include "cli/TerminalUser.h"
 #include "export/Output.h"
 #include "simulation/CastModel.h"
 #include "simulation/Simulator.h"
@@ -27,7 +28,7 @@ namespace qor {
 namespace {
 
 struct SimulateOptions {
-    InstrumentOptions instruments;
+    InstrumentSelection instruments;
     std::string output;
     std::string rateText;
     std::string startText;
@@ -62,7 +63,7 @@ std::optional<Pace> ParseRate(const std::string& text) {
 /// What is odd about a definition is said, and no reason to stop.
 class CWarningSink : public CMessageSink {
   public:
-    void Report(std::string message) override { ReportWarning(OneLine(message)); }
+    void Raise(Event event) override { ReportWarning(OneLine(event.text)); }
 };
 
 /// Where simulated bytes go: a virtual port, or an output.
@@ -233,12 +234,10 @@ FrameTime CSimulation::TimeOf(double seconds) const {
 /// Whether --role and --wet name instruments of the call; reports the first that does not.
 bool CSimulation::KnowsNames() {
     std::vector<std::string> names = Options.instruments.wet;
-    for (const std::string& text : Options.instruments.roles)
-        if (std::optional<RoleAssignment> assignment = ParseRole(text))
-            names.push_back(assignment->name);
+    for (const RoleAssignment& assignment : Options.instruments.roles)
+        names.push_back(assignment.name);
     for (const std::string& name : names) {
-        if (name == EveryInstrument ||
-            std::ranges::any_of(Instruments, [&](auto& known) { return known->Name() == name; }))
+        if (std::ranges::any_of(Instruments, [&](auto& known) { return known->Name() == name; }))
             continue;
         ReportError("--role, --wet: there is no instrument \"" + name + "\".");
         return false;
@@ -247,20 +246,14 @@ bool CSimulation::KnowsNames() {
 }
 
 bool CSimulation::IsUntagged(const CInstrument& instrument) const {
-    for (const std::string& text : Options.instruments.roles) {
-        std::optional<RoleAssignment> assignment = ParseRole(text);
-        if (assignment && assignment->name == instrument.Name() &&
-            assignment->role == InstrumentRole::Gps)
-            return true;
-    }
-    return false;
+    return std::ranges::any_of(Options.instruments.roles, [&](const RoleAssignment& assignment) {
+        return assignment.name == instrument.Name() && assignment.role == InstrumentRole::Gps;
+    });
 }
 
 bool CSimulation::IsWet(const CInstrument& instrument) const {
     const std::vector<std::string>& wet = Options.instruments.wet;
-    return std::any_of(wet.begin(), wet.end(), [&](const std::string& name) {
-        return name == EveryInstrument || name == instrument.Name();
-    });
+    return Options.instruments.allWet || std::ranges::count(wet, instrument.Name()) > 0;
 }
 
 bool CSimulation::WriteHeaderBlock() {
@@ -272,7 +265,7 @@ bool CSimulation::WriteHeaderBlock() {
         CRecursiveLock lock(session.DocLock);
         session.Station.cruiseId = "SIMULATED";
         session.Station.comment = "made by qorview-cli simulate";
-        lines = HeaderLines(session, LocalCalendar(Start));
+        lines = HeaderLines(session, session.Station, LocalCalendar(Start));
     }
     for (const std::unique_ptr<CInstrument>& instrument : Instruments)
         if (IsUntagged(*instrument))
@@ -365,17 +358,7 @@ void AddSimulateCommand(CLI::App& app, CommandContext& context) {
                      "Package whose instruments to play")
         ->type_name("FILE")
         ->allow_extra_args(false);
-    command
-        ->add_option("--wet", options.instruments.wet,
-                     "The named instrument is in the water, or every instrument")
-        ->type_name("[=NAME]")
-        ->allow_extra_args(false);
-    command
-        ->add_option("--role", options.instruments.roles,
-                     "NAME=gps: its frames carry no time tag in a raw log")
-        ->type_name("NAME=ROLE")
-        ->check(CheckRole)
-        ->allow_extra_args(false);
+    AddNameOptions(*command, options.instruments);
     CLI::Option* pty = command->add_flag(
         "--pty", options.pty, "Create a virtual serial port, print its name and serve it");
     command

@@ -3,8 +3,8 @@
 // qorview-cli: parses the command line, runs the chosen command, gives its exit status. The
 // parser's exceptions end here.
 #include "cli/Commands.h"
+#include "cli/InstrumentOptions.h"
 #include "cli/Report.h"
-#include "cli/SessionSetup.h"
 #include "export/Output.h"
 #include "platform/File.h"
 

@@ -186,8 +186,8 @@ void CPackageRows::BuildRows(Instruments instruments) {
             AddRow(LightFields[field].kind, LightFields[field].label, "1/m");
 }
 
-bool CPackageRows::LacksSalinity() const {
-    return !Scattering.empty() && !MeasuresSalinity() && !LastSalinity;
+bool CPackageRows::LacksSalinity(const PackageSettings& settings) const {
+    return !Scattering.empty() && !MeasuresSalinity() && !settings.UseDefSalinity;
 }
 
 CPackageRows::Reading CPackageRows::ReadSensor(Instruments instruments, SensorPlace place) {

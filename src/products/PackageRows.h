@@ -35,7 +35,7 @@ class CPackageRows {
     CPackageRows(Instruments instruments, const PackageSettings& settings);
 
     /// Whether there are scattering sensors and nothing to take a salinity from.
-    bool LacksSalinity() const;
+    bool LacksSalinity(const PackageSettings& settings) const;
 
     /// The rows without values: their kinds, labels and units.
     const std::vector<DerivedRow>& Rows() const { return List; }

@@ -45,7 +45,7 @@ void CAcquisitionLoop::Stop() {
 
 void CAcquisitionLoop::RunAcquisition() {
     while (!Stopping.IsSet())
-        Take(Doc.IsPlaying() ? PlayingMilliseconds : RoundMilliseconds);
+        Take(Doc.Acquisition.IsPlaying() ? PlayingMilliseconds : RoundMilliseconds);
 }
 
 void CAcquisitionLoop::RunTicker() {
@@ -57,8 +57,8 @@ void CAcquisitionLoop::RunTicker() {
 }
 
 bool CAcquisitionLoop::Take(int milliseconds) {
-    bool commands = Doc.TakeCommands(milliseconds);
-    return Doc.TakeFrames() > 0 || commands;
+    bool commands = Doc.Acquisition.TakeCommands(milliseconds);
+    return Doc.Acquisition.TakeFrames() > 0 || commands;
 }
 
 /// Ticks just behind the start of each second of the wall clock, so that each has its time stamp,
@@ -81,14 +81,14 @@ bool CAcquisitionLoop::Step(int milliseconds) {
     return taken || ticked;
 }
 
-bool CAcquisitionLoop::PlayBatch(int resource, std::size_t& frames) {
-    frames = Doc.TakeFramesOf(resource);
-    Doc.TakeCommands(0);
+bool CAcquisitionLoop::PlayBatch(ResourceId resource, std::size_t& frames) {
+    frames = Doc.Acquisition.TakeFramesOf(resource);
+    Doc.Acquisition.TakeCommands(0);
     TickIfDue();
-    return !Doc.AtEnd(resource);
+    return !Doc.Acquisition.AtEnd(resource);
 }
 
-std::uint64_t CAcquisitionLoop::PlayFile(int resource, const std::atomic<bool>* stop) {
+std::uint64_t CAcquisitionLoop::PlayFile(ResourceId resource, const std::atomic<bool>* stop) {
     std::uint64_t total = 0;
     for (bool more = true; more && !(stop && stop->load(std::memory_order_relaxed));) {
         std::size_t frames = 0;

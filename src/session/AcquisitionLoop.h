@@ -36,9 +36,9 @@ class CAcquisitionLoop {
 
     /// Plays one batch of a file resource on the calling thread (not while started). False at the
     /// file's end; before it a batch may hold no frame.
-    bool PlayBatch(int resource, std::size_t& frames);
+    bool PlayBatch(ResourceId resource, std::size_t& frames);
     /// Plays a file resource to its end, or until `stop` says so. Returns the number of frames.
-    std::uint64_t PlayFile(int resource, const std::atomic<bool>* stop = nullptr);
+    std::uint64_t PlayFile(ResourceId resource, const std::atomic<bool>* stop = nullptr);
 
   private:
     bool Take(int milliseconds);

@@ -65,9 +65,10 @@ void CDiskSync::Stop() {
 }
 
 void CDiskSync::ReportFailure(const std::string& path, FileCause cause) {
-    Messages.Report("Error synchronizing log file with the disk: \"" + path + "\".\r\n\t" +
-                    std::string(GetFileErrorText(cause)) +
-                    "\r\n\tLogging goes on; a power failure may lose the latest data.\r\n");
+    Messages.Raise({EventKind::SyncFailed, path,
+                    "Error synchronizing log file with the disk: \"" + path + "\".\r\n\t" +
+                        std::string(GetFileErrorText(cause)) +
+                        "\r\n\tLogging goes on; a power failure may lose the latest data.\r\n"});
 }
 
 std::uint64_t CDiskSync::WaitForRound(std::vector<WatchedFile>& files, bool& stopping) {

@@ -66,8 +66,8 @@ Values NmeaSentences(const SessionState& session) REQUIRES(session.DocLock) {
     Values sentences;
     if (!session.Options.gpsHeaderEnabled || !session.RoleInstrument(InstrumentRole::Gps))
         return sentences;
-    auto resource = static_cast<std::size_t>(session.Role(InstrumentRole::Gps).resource);
-    for (const auto& instrument : session.Resources[resource]->Instruments)
+    const auto* owner = session.OwnerOf(session.Role(InstrumentRole::Gps));
+    for (const auto& instrument : owner->resource->Instruments)
         if (instrument->Definition().SyncHeader().starts_with('$'))
             sentences.push_back(instrument->Definition().SyncHeader());
     return sentences;
@@ -79,11 +79,10 @@ struct HeaderRow {
 };
 
 /// All rows in file order, which differs from the order of the tags.
-std::vector<HeaderRow> HeaderRows(const SessionState& session, const CalendarTime& local)
-    REQUIRES(session.DocLock) {
-    const StationInformation& station = session.Station;
-    const bool profiler = session.Role(InstrumentRole::Profiler).Assigned();
-    const bool weather = session.Role(InstrumentRole::WeatherStation).Assigned();
+std::vector<HeaderRow> HeaderRows(const SessionState& session, const StationInformation& station,
+                                  const CalendarTime& local) REQUIRES(session.DocLock) {
+    const bool profiler = session.Role(InstrumentRole::Profiler) != InstrumentId::None;
+    const bool weather = session.Role(InstrumentRole::WeatherStation) != InstrumentId::None;
     return {
         {HeaderTag::CruiseId, {station.cruiseId}},
         {HeaderTag::Operator, {station.operatorName}},
@@ -95,7 +94,8 @@ std::vector<HeaderRow> HeaderRows(const SessionState& session, const CalendarTim
         {HeaderTag::Cast, {station.cast}},
         {HeaderTag::TimeStamp, {FormatTime("%a %b %d %H:%M:%S %Y", local)}},
         {HeaderTag::Mode, {"NONE"}},
-        {HeaderTag::PressureTare, {profiler ? Format("%f", session.PressureTare) : "OFF"}},
+        {HeaderTag::PressureTare,
+         {profiler ? Format("%f", session.PressureTare.value_or(0.0)) : "OFF"}},
         {HeaderTag::TimeTag, {"OFF"}},
         {HeaderTag::DateTag, {"ON"}},
         {HeaderTag::TimeTag2, {"ON"}},
@@ -114,28 +114,90 @@ std::vector<HeaderRow> HeaderRows(const SessionState& session, const CalendarTim
     };
 }
 
-} // namespace
+constexpr std::int64_t OldestPosition = 60; // seconds
 
-bool RefreshPosition(SessionState& session) {
-    const CQorViewIns* gps = session.RoleInstrument(InstrumentRole::Gps);
-    if (!session.Options.gpsHeaderEnabled || !gps || !gps->Live.CurrentFrame())
-        return false;
-    bool latitude = false, longitude = false;
-    for (const CSensor& sensor : gps->Definition().Sensors()) {
-        std::optional<Coordinate> found = ReadCoordinate(sensor, gps->Live.CurrentFrame()->Span());
-        if (!found)
-            continue;
-        bool isLatitude = found->hemisphere == 'N' || found->hemisphere == 'S';
-        (isLatitude ? latitude : longitude) = true;
-        (isLatitude ? session.Station.latitude : session.Station.longitude) =
-            Format("%s %c", found->text.c_str(), found->hemisphere);
+/// What the GPS instrument says, or why that may not stand in a header.
+struct MeasuredPosition {
+    std::optional<Coordinate> latitude, longitude;
+    const char* refused = nullptr;
+};
+
+/// A receiver without a fix goes on sending: "V" as the status of RMC and GLL, quality 0 in GGA.
+bool IsVoidFix(const CLiveInstrument& gps) {
+    for (const CSensor& sensor : gps.Definition().Sensors()) {
+        std::string text;
+        const bool isText =
+            KindOfValue(sensor) == ValueKind::Text && sensor.Fit != FitType::DDMM &&
+            ValueText(sensor, gps.CurrentFrame()->Span(), text) == ConversionStatus::Good;
+        if (isText && Trim(text) == "V")
+            return true;
+        const bool isQuality = ToLower(sensor.Type).find("qual") != std::string::npos;
+        double quality = 1.0;
+        if (isQuality && isText && Trim(text) == "0")
+            return true;
+        if (isQuality && gps.Value(sensor, quality) == ConversionStatus::Good && quality == 0.0)
+            return true;
     }
-    return latitude && longitude;
+    return false;
 }
 
-std::vector<std::string> HeaderLines(const SessionState& session, const CalendarTime& local) {
+MeasuredPosition ReadPosition(const SessionState& session, const FrameTime& now)
+    REQUIRES(session.DocLock) {
+    MeasuredPosition position;
+    const CQorViewIns* gps = session.RoleInstrument(InstrumentRole::Gps);
+    const CFrameData* frame = gps ? gps->Live.CurrentFrame() : nullptr;
+    if (!frame) {
+        position.refused = "it has sent nothing yet";
+        return position;
+    }
+    if (frame->Info.time.known && now.seconds - frame->Info.time.seconds > OldestPosition) {
+        position.refused = "its latest position is older than a minute";
+        return position;
+    }
+    if (IsVoidFix(gps->Live)) {
+        position.refused = "its receiver has no fix";
+        return position;
+    }
+    for (const CSensor& sensor : gps->Definition().Sensors())
+        if (std::optional<Coordinate> found = ReadCoordinate(sensor, frame->Span())) {
+            const bool isLatitude = found->hemisphere == 'N' || found->hemisphere == 'S';
+            (isLatitude ? position.latitude : position.longitude) = found;
+        }
+    if (!position.latitude || !position.longitude)
+        position.refused = "its latest frame gives none";
+    return position;
+}
+
+} // namespace
+
+bool HasPosition(const SessionState& session, const FrameTime& now) {
+    return !ReadPosition(session, now).refused;
+}
+
+StationInformation StationAt(const SessionState& session, const FrameTime& now,
+                             CMessageSink& messages) {
+    StationInformation station = session.Station;
+    const CQorViewIns* gps = session.RoleInstrument(InstrumentRole::Gps);
+    if (!session.Options.gpsHeaderEnabled || !gps)
+        return station;
+    const MeasuredPosition measured = ReadPosition(session, now);
+    if (measured.refused)
+        messages.Raise({EventKind::PositionKept, gps->Name(),
+                        Format("The position in the log's header is not that of %s: %s.\r\n",
+                               gps->Name().c_str(), measured.refused)});
+    const auto put = [](const std::optional<Coordinate>& coordinate, std::string& text) {
+        if (coordinate)
+            text = Format("%s %c", coordinate->text.c_str(), coordinate->hemisphere);
+    };
+    put(measured.latitude, station.latitude);
+    put(measured.longitude, station.longitude);
+    return station;
+}
+
+std::vector<std::string> HeaderLines(const SessionState& session, const StationInformation& station,
+                                     const CalendarTime& local) {
     std::vector<std::string> lines;
-    for (const HeaderRow& row : HeaderRows(session, local))
+    for (const HeaderRow& row : HeaderRows(session, station, local))
         for (const std::string& value : row.values)
             lines.push_back(FormatHeaderLine(static_cast<int>(row.tag), value));
     return lines;

@@ -4,6 +4,7 @@
 // record are the raw log format's, writing them is the raw log's.
 #pragma once
 
+#include "base/MessageSink.h"
 #include "session/SessionState.h"
 
 #include <string>
@@ -11,13 +12,19 @@
 
 namespace qor {
 
-/// Replaces the station's position by the GPS instrument's latest one, "coordinate hemisphere"
-/// each, when the options ask for it and the role is assigned. A coordinate that the instrument's
-/// current frame does not give stays as it was. False when either does.
-bool RefreshPosition(SessionState& session) REQUIRES(session.DocLock);
+/// Whether the GPS instrument's latest frame gives a position that may stand in a header: complete,
+/// no older than a minute, and of a fix that its receiver calls good.
+bool HasPosition(const SessionState& session, const FrameTime& now) REQUIRES(session.DocLock);
+
+/// The station as a log's header has it: as it was typed, with the position replaced by the GPS
+/// instrument's latest one, "coordinate hemisphere" each, when the options ask for it and the role
+/// is assigned. Where there is none that may stand there, the typed one stays and `messages` hears
+/// why.
+StationInformation StationAt(const SessionState& session, const FrameTime& now,
+                             CMessageSink& messages) REQUIRES(session.DocLock);
 
 /// The header lines ("QORHDR value (TAG)" CR LF) in the order in which they are written.
-std::vector<std::string> HeaderLines(const SessionState& session, const CalendarTime& local)
-    REQUIRES(session.DocLock);
+std::vector<std::string> HeaderLines(const SessionState& session, const StationInformation& station,
+                                     const CalendarTime& local) REQUIRES(session.DocLock);
 
 } // namespace qor

@@ -31,14 +31,23 @@ void AdvanceCast(std::string& cast) {
     ++cast[0];
 }
 
+std::string UserFileName(const LogNaming& naming) {
+    std::string name = naming.logUserFileName;
+    if (name.empty())
+        return name;
+    if (!HasExtension(name))
+        name += RawExtension;
+    if (naming.numbered)
+        name.insert(name.rfind('.'), Format("_%03d", naming.number));
+    return name;
+}
+
 } // namespace
 
 std::string LogDisplayName(const LogNaming& naming, const StationInformation& station) {
     switch (naming.logNamingMode) {
     case LogNamingMode::UserFileName:
-        if (naming.logUserFileName.empty() || HasExtension(naming.logUserFileName))
-            return naming.logUserFileName;
-        return naming.logUserFileName + RawExtension;
+        return UserFileName(naming);
     case LogNamingMode::AutoCast:
         return station.cast.empty() ? "" : station.stationId + station.cast + RawExtension;
     case LogNamingMode::TimeStamp:
@@ -59,6 +68,7 @@ void AdvanceLogFileName(LogNaming& naming, StationInformation& station) {
     naming.logNamePrompted = false;
     switch (naming.logNamingMode) {
     case LogNamingMode::UserFileName:
+        naming.number += naming.numbered ? 1 : 0;
         break;
     case LogNamingMode::AutoCast:
         AdvanceCast(station.cast);

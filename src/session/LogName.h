@@ -22,6 +22,8 @@ struct LogNaming {
     LogNamingMode logNamingMode = LogNamingMode::TimeStamp;
     std::string logDirectory;       ///< ends in a path separator; prepended as it is
     std::string logUserFileName;    ///< mode UserFileName
+    bool numbered = false;          ///< mode UserFileName: "name_001.raw", "name_002.raw" ...
+    std::int32_t number = 1;        ///< of the next log, where they are numbered
     std::string sqmBaseName;        ///< mode Sqm
     std::int32_t sqmSequence = 0;   ///< mode Sqm, 0..999
     std::string logFileDisplayName; ///< as the operator sees it

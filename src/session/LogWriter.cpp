@@ -4,50 +4,62 @@
 #include "session/LogWriter.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace qor {
 
+void LogRecords::Add(std::uint32_t owner, ByteSpan record, ByteSpan tag) {
+    bytes.insert(bytes.end(), record.begin(), record.end());
+    bytes.insert(bytes.end(), tag.begin(), tag.end());
+    marks.push_back({bytes.size(), owner});
+}
+
+void LogRecords::Take(LogRecords& other) {
+    if (Empty()) {
+        std::swap(bytes, other.bytes);
+        std::swap(marks, other.marks);
+    } else {
+        const std::size_t before = bytes.size();
+        bytes.insert(bytes.end(), other.bytes.begin(), other.bytes.end());
+        for (const Mark& mark : other.marks)
+            marks.push_back({before + mark.end, mark.owner});
+    }
+    other.Clear();
+}
+
+void LogRecords::Clear() {
+    bytes.clear();
+    marks.clear();
+}
+
 FileCause CLogWriter::Create(const std::string& path) {
-    Batch.clear();
-    Ends.clear();
     FileSize = 0;
     CutBack = FileCause::None;
     return File.CreateExclusive(path);
 }
 
-void CLogWriter::Close() {
-    File.Close();
-    Batch.clear();
-    Ends.clear();
-}
-
-void CLogWriter::Add(ByteSpan bytes, ByteSpan tag) {
-    Batch.insert(Batch.end(), bytes.begin(), bytes.end());
-    Batch.insert(Batch.end(), tag.begin(), tag.end());
-    Ends.push_back(Batch.size());
-}
-
-FileCause CLogWriter::Flush(std::size_t& written) {
-    written = Ends.size();
-    FileCause cause = Ends.empty() ? FileCause::None : File.Write(Batch);
+FileCause CLogWriter::Write(const LogRecords& records, std::size_t& written) {
+    written = records.marks.size();
+    if (records.Empty())
+        return FileCause::None;
+    FileCause cause = File.Write(records.bytes);
     if (cause == FileCause::None)
-        FileSize += Batch.size();
+        FileSize += records.bytes.size();
     else
-        written = CutToWholeRecords();
-    Batch.clear();
-    Ends.clear();
+        written = CutToWholeRecords(records);
     return cause;
 }
 
-std::size_t CLogWriter::CutToWholeRecords() {
+std::size_t CLogWriter::CutToWholeRecords(const LogRecords& records) {
     std::uint64_t reached = 0;
     CutBack = File.Size(reached);
     if (CutBack != FileCause::None)
         return 0;
-    std::uint64_t arrived = reached > FileSize ? reached - FileSize : 0;
-    auto firstBroken = std::ranges::upper_bound(Ends, arrived);
-    auto whole = static_cast<std::size_t>(firstBroken - Ends.begin());
-    FileSize += whole ? Ends[whole - 1] : 0;
+    const std::uint64_t arrived = reached > FileSize ? reached - FileSize : 0;
+    const auto firstBroken =
+        std::ranges::upper_bound(records.marks, arrived, {}, &LogRecords::Mark::end);
+    const auto whole = static_cast<std::size_t>(firstBroken - records.marks.begin());
+    FileSize += whole ? records.marks[whole - 1].end : 0;
     CutBack = File.Truncate(FileSize);
     return whole;
 }

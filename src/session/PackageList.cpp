@@ -5,120 +5,110 @@
 
 #include "base/Text.h"
 #include "session/MemberName.h"
+#include "session/QorViewDoc.h"
 
 #include <algorithm>
 
 namespace qor {
 
 bool CPackageList::RefuseInCalibrationMode() {
-    if (CalibrationMode)
+    bool refuse;
+    {
+        CRecursiveLock lock(Doc.DocLock);
+        refuse = Doc.CalibrationMode;
+    }
+    if (refuse)
         Doc.User.ShowMessage(
             "The Instrument Package List cannot be modified while in Calibration Mode.");
-    return CalibrationMode;
+    return refuse;
 }
 
-CPackage* CPackageList::AddPackage(const std::string& path, int resource) {
+PackageId CPackageList::AddPackage(const std::string& path, ResourceId resource) {
     if (RefuseInCalibrationMode())
-        return nullptr;
+        return PackageId::None;
     return AddPackage(LoadPackage(path, Doc.User, Doc), resource);
 }
 
-CPackage* CPackageList::AddPackage(LoadedPackage loaded, int resource,
+PackageId CPackageList::AddPackage(LoadedPackage loaded, ResourceId resource,
+                                   const PackageSettings& settings,
                                    std::vector<RefusedMember>* refused) {
     if (!loaded.ok || RefuseInCalibrationMode())
-        return nullptr;
+        return PackageId::None;
     auto package = std::make_unique<CPackage>();
     package->Name = loaded.name;
     package->BaudRate = loaded.baudRate;
     package->Path = loaded.path;
+    package->Settings = settings;
     for (PackageMember& member : loaded.members) {
         Doc.Report(member.instrument->ParseLog());
-        AddedInstrument added = Doc.AddInstrument(std::move(member.instrument), resource);
-        if (added.instrument)
-            package->Instruments.push_back(added.instrument->Name());
+        const AddedInstrument added = Doc.AddInstrument(std::move(member.instrument), resource);
+        if (added.Added())
+            package->Instruments.push_back(added.name);
         else if (refused)
-            refused->push_back({member.name, std::move(added)});
+            refused->push_back({member.name, added.comm});
     }
     if (package->Instruments.empty()) {
         Doc.User.ShowMessage(
             Format("The Instrument Package file: %s \r\ncontains no valid Instruments.",
                    loaded.path.c_str()));
-        return nullptr;
+        return PackageId::None;
     }
+    const auto id = package->Id = static_cast<PackageId>(++LastPackage);
     CRecursiveLock lock(Doc.DocLock);
-    Packages.push_back(std::move(package));
-    return Packages.back().get();
+    Doc.PackageTable.push_back(std::move(package));
+    Doc.RebuildOwners();
+    return id;
 }
 
-bool CPackageList::AddFile(const std::string& path, int resource) {
+bool CPackageList::AddFile(const std::string& path, ResourceId resource) {
     if (RefuseInCalibrationMode())
         return false;
     if (ExtensionOf(path) == "sip")
-        return AddPackage(path, resource) != nullptr;
+        return AddPackage(path, resource) != PackageId::None;
     if (IsDefinitionName(path))
-        return Doc.AddInstrument(path, resource).instrument != nullptr;
+        return Doc.AddInstrument(path, resource).Added();
     Doc.User.ShowMessage(Format(
         "The file extension for %s \r\nis not a Package/Calibration/TDF file.", path.c_str()));
     return false;
 }
 
-bool CPackageList::RemovePackage(const CPackage* package) {
+bool CPackageList::RemovePackage(PackageId package) {
     // Decided: the list is locked for removing as well.
     if (RefuseInCalibrationMode())
         return false;
-    const auto isIt = [package](const std::unique_ptr<CPackage>& one) {
-        return one.get() == package;
-    };
     std::string name;
     {
         CRecursiveLock lock(Doc.DocLock);
-        const auto found = std::find_if(Packages.begin(), Packages.end(), isIt);
-        if (found == Packages.end()) {
+        const CPackage* found = Doc.Find(package);
+        if (!found) {
             Doc.Report("Cannot retrieve instrument package for removal.\r\n");
             return false;
         }
-        name = (*found)->Name;
+        name = found->Name;
     }
     if (!Doc.User.AskYesNo(Format("Are you sure you want to remove the package %s?", name.c_str())))
         return false;
 
     CRecursiveLock lock(Doc.DocLock);
-    const auto found = std::find_if(Packages.begin(), Packages.end(), isIt);
-    for (const std::string& instrument : (*found)->Instruments) {
-        RoleHolder place;
-        if (Doc.FindInstrument(instrument, &place))
-            static_cast<void>(Doc.RemoveInstrument(place.resource, place.instrument)); // reported
-    }
-    Packages.erase(found);
+    const CPackage* found = Doc.Find(package); // it may have gone while the operator was asked
+    if (!found)
+        return false;
+    const std::vector<InstrumentId> members = found->Attached;
+    std::erase_if(Doc.PackageTable, [package](const auto& one) { return one->Id == package; });
+    for (const InstrumentId member : members)
+        if (Doc.Find(member))
+            static_cast<void>(Doc.RemoveInstrument(member)); // reported
+    Doc.RebuildOwners();
     return true;
 }
 
-std::size_t CPackageList::Count() const {
+PackageId CPackageList::PackageOf(std::string_view instrument) const {
     CRecursiveLock lock(Doc.DocLock);
-    return Packages.size();
-}
-
-CPackage* CPackageList::Package(std::size_t index) const {
-    CRecursiveLock lock(Doc.DocLock);
-    return index < Packages.size() ? Packages[index].get() : nullptr;
-}
-
-CPackage* CPackageList::PackageOf(std::string_view instrument) const {
-    CRecursiveLock lock(Doc.DocLock);
-    for (const auto& package : Packages)
+    for (const auto& package : Doc.PackageTable)
         for (const std::string& name : package->Instruments)
             if (name == instrument)
-                return package.get();
-    return nullptr;
-}
-
-std::vector<const CLiveInstrument*> CPackageList::InstrumentsOf(const CPackage& package) const {
-    std::vector<const CLiveInstrument*> instruments;
-    for (const std::string& name : package.Instruments) {
-        const CQorViewIns* instrument = Doc.FindInstrument(name);
-        instruments.push_back(instrument ? &instrument->Live : nullptr);
-    }
-    return instruments;
+                return package->Id;
+    return PackageId::None;
 }
 
 SerialResourceSettings PackagePort(const LoadedPackage& loaded, SerialResourceSettings settings,

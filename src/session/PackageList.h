@@ -6,10 +6,8 @@
 // show messages); what displays read is under it.
 #pragma once
 
-#include "products/VelocityState.h"
-#include "products/PackageSettings.h"
 #include "session/Package.h"
-#include "session/QorViewDoc.h"
+#include "session/SessionState.h"
 
 #include <memory>
 #include <string>
@@ -17,61 +15,46 @@
 
 namespace qor {
 
-/// A package of the session.
-struct CPackage {
-    std::string Name;
-    std::string BaudRate; ///< as its properties have it
-    std::string Path;
-    std::vector<std::string> Instruments; ///< names, in archive order
-    PackageSettings Settings;
-};
+class CQorViewDoc;
+struct AddedInstrument;
 
 /// A member of a package that the document did not take.
 struct RefusedMember {
     std::string name;
-    AddedInstrument added;
+    CommResult comm = CommResult::Success;
 };
 
 class CPackageList {
   public:
-    /// The document lives longer.
+    /// The document that it is a part of.
     explicit CPackageList(CQorViewDoc& doc) : Doc(doc) {}
 
-    /// While on, nothing can be added or removed.
-    bool CalibrationMode = false;
-
-    /// Shared by every package display; under the document's lock.
-    VelocityState Velocity;
-
-    /// Reads a package file and adds its instruments to a resource. Null, and nothing added, when
-    /// no instrument came of it; the operator was told. Owned by the list.
-    CPackage* AddPackage(const std::string& path, int resource);
+    /// Reads a package file and adds its instruments to a resource. None, and nothing added, when
+    /// no instrument came of it; the operator was told.
+    PackageId AddPackage(const std::string& path, ResourceId resource);
 
     /// The same for a package that has been read, so that its resource can be brought up at its
     /// speed first (PackagePort). Members that were not taken join `refused` when given.
-    CPackage* AddPackage(LoadedPackage loaded, int resource,
+    PackageId AddPackage(LoadedPackage loaded, ResourceId resource,
+                         const PackageSettings& settings = {},
                          std::vector<RefusedMember>* refused = nullptr);
 
     /// Adds a file by its extension: a package, or the definition of a single instrument. False
     /// when it was not added; the operator or the session log says why.
-    bool AddFile(const std::string& path, int resource);
+    bool AddFile(const std::string& path, ResourceId resource);
 
     /// Asks, and on a yes removes the package and its instruments. False when it was not removed.
-    bool RemovePackage(const CPackage* package);
+    bool RemovePackage(PackageId package);
 
-    std::size_t Count() const;
-    CPackage* Package(std::size_t index) const;
-    /// The package that an instrument belongs to, or null.
-    CPackage* PackageOf(std::string_view instrument) const;
+    /// The package that an instrument belongs to, or None.
+    PackageId PackageOf(std::string_view instrument) const;
 
-    /// The package's instruments in its order; null for one that was removed.
-    std::vector<const CLiveInstrument*> InstrumentsOf(const CPackage& package) const;
-
-  private:
+    /// Refuses, and tells the operator so, while the session is in calibration mode.
     bool RefuseInCalibrationMode();
 
+  private:
     CQorViewDoc& Doc;
-    std::vector<std::unique_ptr<CPackage>> Packages GUARDED_BY(Doc.DocLock);
+    std::uint32_t LastPackage = 0; ///< of the thread that commands the document
 };
 
 /// The settings of a serial port for a package: at its baud rate, or as they are (the operator is

@@ -8,8 +8,12 @@
 namespace qor {
 
 void CQorTelemetryDoc::ReportMessage(const std::string& message) {
+    Report(message);
+}
+
+void CQorTelemetryDoc::Raise(Event event) {
     if (Control)
-        Control->Commands().Report(message);
+        Control->Commands().Raise(std::move(event));
 }
 
 void CQorTelemetryDoc::AttachController(std::unique_ptr<CTelemControl> controller) {

@@ -16,10 +16,10 @@ class CQorTelemetryDoc : public CMessageSink {
   public:
     /// Queues one message (lines that end in CR LF) for the session log, in the order reported.
     /// From any thread, under any lock of the chain. Does nothing while no controller is attached.
-    virtual void ReportMessage(const std::string& message);
+    void ReportMessage(const std::string& message);
 
-    /// The same, as the seam of the layers below has it.
-    void Report(std::string message) final { ReportMessage(message); }
+    /// An event with its kind, by the same way.
+    void Raise(Event event) final;
 
     /// Attaches a controller, or takes it away (null). Not while a loop or a worker runs.
     void AttachController(std::unique_ptr<CTelemControl> controller);

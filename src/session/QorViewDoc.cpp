@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// The document's life and its lists: settings, resources, instruments, roles. What it does while
-// telemetry flows is DocTelemetry.cpp. See QorViewDoc.h.
+// The document's life and its lists: settings, resources, instruments, roles, figures. What happens
+// to a frame is Acquisition.cpp. See QorViewDoc.h.
 #include "session/QorViewDoc.h"
 
 #include "platform/FileErrorText.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace qor {
@@ -20,19 +21,17 @@ constexpr const char* LoggingSoundsKey = "Logging Sounds";
 
 CQorViewDoc::CQorViewDoc(CClock& clock, SerialPortFactory makePort, CUserService& user,
                          CProfileStore& profile)
-    : SessionState(clock, user, profile), SessionLog(*this), RawLog(*this, *this) {
+    : SessionState(clock, user, profile), SessionLog(*this), RawLog(*this, *this),
+      Acquisition(*this, RawLog, SessionLog), Packages(*this) {
     AttachController(std::make_unique<CTelemControl>(clock, std::move(makePort)));
+    Acquisition.Use(*Controller());
 }
 
 CQorViewDoc::~CQorViewDoc() {
     DisconnectAll();
     RawLog.ShutDown();
-    while (TakeCommands(0)) {
+    while (Acquisition.TakeCommands(0)) {
     }
-}
-
-void CQorViewDoc::AddSessionLogEntry(const std::string& message) {
-    SessionLog.AddSessionLogEntry(message);
 }
 
 void CQorViewDoc::BeginSession(const std::string& sessionPath) {
@@ -55,10 +54,11 @@ void CQorViewDoc::SaveSettings() {
     Profile.WriteInteger(SettingsSection, LoggingSoundsKey, Options.loggingSounds);
 }
 
-CQorViewRes* CQorViewDoc::ResourceAt(int resource) const {
-    if (resource < 0 || static_cast<std::size_t>(resource) >= Resources.size())
-        return nullptr;
-    return Resources[static_cast<std::size_t>(resource)].get();
+/// The name of a resource, empty when it has gone.
+std::string CQorViewDoc::NameOf(ResourceId resource) const {
+    CRecursiveLock lock(DocLock);
+    const CQorViewRes* found = Find(resource);
+    return found ? found->Name() : "";
 }
 
 CommResult CQorViewDoc::NoResource(const char* operation) {
@@ -67,20 +67,22 @@ CommResult CQorViewDoc::NoResource(const char* operation) {
     return CommResult::ResourceReference;
 }
 
-int CQorViewDoc::AddSerialResource(const SerialResourceSettings& settings, CommResult* result) {
+ResourceId CQorViewDoc::AddSerialResource(const SerialResourceSettings& settings,
+                                          CommResult* result) {
     CRecursiveLock lock(DocLock);
     CommResult added = Controller()->AddResource(settings);
     if (result)
         *result = added;
     CTelemComm* comm = Controller()->Resource(settings.portName);
     if (added != CommResult::Success || !comm)
-        return -1;
-    Resources.push_back(std::make_unique<CQorViewRes>(*comm, settings));
-    return static_cast<int>(Resources.size()) - 1;
+        return ResourceId::None;
+    const auto id = static_cast<ResourceId>(++LastResource);
+    Resources.push_back(std::make_unique<CQorViewRes>(id, *comm, settings));
+    return id;
 }
 
-int CQorViewDoc::AddFileResource(const std::string& path, const FileResourceSettings& settings,
-                                 CommResult* result) {
+ResourceId CQorViewDoc::AddFileResource(const std::string& path,
+                                        const FileResourceSettings& settings, CommResult* result) {
     CRecursiveLock lock(DocLock);
     CFile file;
     FileCause cause = file.OpenForReading(path);
@@ -96,40 +98,34 @@ int CQorViewDoc::AddFileResource(const std::string& path, const FileResourceSett
     if (added != CommResult::Success ||
         Controller()->ResourceIdentification(Controller()->ResourceCount() - 1, name) !=
             CommResult::Success)
-        return -1;
-    Resources.push_back(std::make_unique<CQorViewRes>(*Controller()->Resource(name), settings));
-    return static_cast<int>(Resources.size()) - 1;
+        return ResourceId::None;
+    const auto id = static_cast<ResourceId>(++LastResource);
+    Resources.push_back(std::make_unique<CQorViewRes>(id, *Controller()->Resource(name), settings));
+    return id;
 }
 
-CommResult CQorViewDoc::RemoveResource(int resource) {
+CommResult CQorViewDoc::RemoveResource(ResourceId resource) {
     CommResult disconnected = DisconnectResource(resource);
     if (disconnected == CommResult::ResourceReference || disconnected == CommResult::StillConnected)
         return disconnected;
     CRecursiveLock lock(DocLock);
-    CQorViewRes* removed = ResourceAt(resource);
+    CQorViewRes* removed = Find(resource);
     if (!removed)
         return NoResource("Unable to remove communications resource.");
     while (!removed->Instruments.empty()) {
-        CommResult result =
-            RemoveInstrument(resource, static_cast<int>(removed->Instruments.size()) - 1);
+        CommResult result = RemoveInstrument(removed->Instruments.back()->Id);
         if (result != CommResult::Success)
             return result;
     }
-    const std::string name = removed->Name();
-    CommResult result = Controller()->RemoveResource(name);
+    CommResult result = Controller()->RemoveResource(removed->Name());
     if (result != CommResult::Success)
         return result;
-    Resources.erase(Resources.begin() + resource);
-    for (RoleHolder& holder : Roles)
-        if (holder.resource == resource)
-            holder = {};
-        else if (holder.resource > resource)
-            --holder.resource;
+    std::erase_if(Resources, [resource](const auto& one) { return one->Id == resource; });
     RebuildOwners();
     return result;
 }
 
-AddedInstrument CQorViewDoc::AddInstrument(const std::string& definitionPath, int resource) {
+AddedInstrument CQorViewDoc::AddInstrument(const std::string& definitionPath, ResourceId resource) {
     auto definition = std::make_unique<CInstrument>();
     DefinitionStatus status = definition->Load(definitionPath);
     const std::string parseLog = definition->ParseLog();
@@ -143,14 +139,16 @@ AddedInstrument CQorViewDoc::AddInstrument(const std::string& definitionPath, in
     return added;
 }
 
-AddedInstrument CQorViewDoc::AddInstrument(std::unique_ptr<CInstrument> definition, int resource) {
+AddedInstrument CQorViewDoc::AddInstrument(std::unique_ptr<CInstrument> definition,
+                                           ResourceId resource) {
     AddedInstrument added;
     added.definition = DefinitionStatus::Success;
     added.parseLog = definition->ParseLog();
-    const std::string name = definition->Name();
+    added.name = definition->Name();
+    const std::string& name = added.name;
 
     CRecursiveLock lock(DocLock);
-    CQorViewRes* owner = ResourceAt(resource);
+    CQorViewRes* owner = Find(resource);
     if (!owner) {
         added.comm = NoResource("Unable to add instrument.");
         return added;
@@ -162,6 +160,7 @@ AddedInstrument CQorViewDoc::AddInstrument(std::unique_ptr<CInstrument> definiti
     if (added.comm == CommResult::Success)
         added.comm = Controller()->StartAcquisition(name);
     const CInstrument* loaded = Controller()->Instrument(name);
+    const auto id = static_cast<InstrumentId>(owner->Comm.IdentityOf(name));
     if (added.comm != CommResult::Success || !loaded) {
         CommResult first = added.comm;
         added.comm = Controller()->RemoveInstrument(name);
@@ -169,61 +168,103 @@ AddedInstrument CQorViewDoc::AddInstrument(std::unique_ptr<CInstrument> definiti
             added.comm = first;
         return added;
     }
-    owner->Instruments.push_back(std::make_unique<CQorViewIns>(*loaded, owner->Name(), *this));
-    added.instrument = owner->Instruments.back().get();
-    added.index = static_cast<int>(owner->Instruments.size()) - 1;
+    owner->Instruments.push_back(std::make_unique<CQorViewIns>(*loaded, id, owner->Name(), *this));
+    added.id = id;
     RebuildOwners();
     return added;
 }
 
-CommResult CQorViewDoc::RemoveInstrument(int resource, int instrument) {
+CommResult CQorViewDoc::RemoveInstrument(InstrumentId instrument) {
     CRecursiveLock lock(DocLock);
-    CQorViewRes* owner = ResourceAt(resource);
-    CQorViewIns* removed = owner ? owner->Instrument(instrument) : nullptr;
-    if (!removed) {
+    const FrameOwner* owner = OwnerOf(instrument);
+    if (!owner) {
         ReportMessage("Unable to remove instrument.\r\n" +
                       std::string(CommDetail(CommResult::InstrumentReference)));
         return CommResult::InstrumentReference;
     }
+    for (const RoleRow& row : RoleTable)
+        if (Role(row.role) == instrument)
+            SetRole(row.role, InstrumentId::None);
     // The session's instrument goes first: it refers to the definition that the controller owns.
-    const std::string name = removed->Name();
-    owner->Instruments.erase(owner->Instruments.begin() + instrument);
-    for (RoleHolder& holder : Roles)
-        if (holder.resource == resource && holder.instrument == instrument)
-            holder = {};
-        else if (holder.resource == resource && holder.instrument > instrument)
-            --holder.instrument;
-    CommResult result = Controller()->RemoveInstrument(name);
+    const std::string name = owner->instrument->Name();
+    std::erase_if(owner->resource->Instruments,
+                  [instrument](const auto& one) { return one->Id == instrument; });
     RebuildOwners();
+    return Controller()->RemoveInstrument(name);
+}
+
+CommResult CQorViewDoc::ConnectResource(ResourceId resource) {
+    const std::string name = NameOf(resource);
+    if (name.empty())
+        return NoResource("Unable to connect communications resource.");
+    return Controller()->ConnectResource(name);
+}
+
+CommResult CQorViewDoc::DisconnectResource(ResourceId resource) {
+    const std::string name = NameOf(resource);
+    if (name.empty())
+        return NoResource("Unable to disconnect communications resource.");
+    {
+        CRecursiveLock lock(DocLock);
+        CQorViewRes* found = Find(resource);
+        if (found && found->IsFile()) {
+            found->Playing = false;
+            return CommResult::Success;
+        }
+    }
+    CFrameQueue left;
+    CommResult result = Controller()->DisconnectResource(name, &left);
+    Acquisition.ProcessFrames(left);
+    RawLog.ShowPending();
     return result;
 }
 
-void CQorViewDoc::SetRole(InstrumentRole role, int resource, int instrument) {
+bool CQorViewDoc::ConnectAll() {
+    bool all = true;
+    for (const ResourceStatus& resource : Snapshot().resources)
+        if (!resource.isFile && ConnectResource(resource.id) != CommResult::Success)
+            all = false;
+    return all;
+}
+
+void CQorViewDoc::DisconnectAll() {
+    {
+        // All workers end at the same time instead of one after the other.
+        CRecursiveLock lock(DocLock);
+        for (const auto& resource : Resources)
+            resource->Comm.RequestStop();
+    }
+    for (const ResourceStatus& resource : Snapshot().resources)
+        (void)DisconnectResource(resource.id); // reported where it fails; the others are to go on
+}
+
+CommResult CQorViewDoc::ResetAbort(ResourceId resource, std::uint32_t& abortCode) {
     CRecursiveLock lock(DocLock);
-    const auto number = static_cast<std::size_t>(role);
-    if (number >= Roles.size())
-        return;
-    auto setUntagged = [this, role](bool untagged) REQUIRES(DocLock) {
-        CQorViewIns* holder = RoleInstrument(role);
-        if (role == InstrumentRole::Gps && holder)
-            ResourceAt(Role(role).resource)->Comm.SetUntagged(holder->Name(), untagged);
+    const CQorViewRes* found = Find(resource);
+    if (!found)
+        return NoResource("Unable to retrieve telemetry aquisition abort code.");
+    return Controller()->AbortCode(found->Name(), abortCode);
+}
+
+void CQorViewDoc::SetRole(InstrumentRole role, InstrumentId instrument) {
+    CRecursiveLock lock(DocLock);
+    InstrumentId& holder = Roles[static_cast<std::size_t>(role)];
+    const auto setUntagged = [this, role, &holder](bool untagged) REQUIRES(DocLock) {
+        const FrameOwner* owner = OwnerOf(holder);
+        if (role == InstrumentRole::Gps && owner)
+            owner->resource->Comm.SetUntagged(owner->instrument->Name(), untagged);
     };
     setUntagged(false);
-    Roles[number] = {resource, instrument};
+    holder = instrument;
     setUntagged(true);
 }
 
-CQorViewIns* CQorViewDoc::FindInstrument(std::string_view name, RoleHolder* place) const {
+InstrumentId CQorViewDoc::FindInstrument(std::string_view name) const {
     CRecursiveLock lock(DocLock);
-    for (std::size_t r = 0; r < Resources.size(); ++r) {
-        int index = Resources[r]->FindInstrument(name);
-        if (index < 0)
-            continue;
-        if (place)
-            *place = {static_cast<int>(r), index};
-        return Resources[r]->Instrument(index);
-    }
-    return nullptr;
+    for (const auto& resource : Resources)
+        if (const CQorViewIns* found = resource->Instrument(name))
+            return found->Id;
+    return InstrumentId::None;
 }
 
 int CQorViewDoc::SetImmersed(std::string_view name, bool immersed) {
@@ -236,6 +277,44 @@ int CQorViewDoc::SetImmersed(std::string_view name, bool immersed) {
                 ++count;
             }
     return count;
+}
+
+ResourceStatus CQorViewDoc::StatusOf(const CQorViewRes& resource) const {
+    ResourceStatus status;
+    status.id = resource.Id;
+    status.name = resource.Name();
+    status.isFile = resource.IsFile();
+    status.playing = resource.Playing;
+    status.serial = resource.Serial;
+    status.figures = resource.Comm.Figures();
+    for (const auto& instrument : resource.Instruments) {
+        const CFrameChecks& checks = instrument->Checks;
+        status.instruments.push_back(
+            {instrument->Id, instrument->Name(), instrument->FramesReceived, checks.DroppedCount,
+             checks.ChecksumErrorCount, checks.ValueErrorCount, RawLog.FramesThisLog(*instrument),
+             instrument->Live.FrameRate, instrument->Live.Immersed});
+        status.frames += instrument->FramesReceived;
+        status.dropped += checks.DroppedCount;
+        status.checksumErrors += checks.ChecksumErrorCount;
+    }
+    return status;
+}
+
+SessionSnapshot CQorViewDoc::Snapshot() const {
+    CRecursiveLock lock(DocLock);
+    SessionSnapshot snapshot;
+    for (const auto& resource : Resources)
+        snapshot.resources.push_back(StatusOf(*resource));
+    snapshot.log = RawLog.Status();
+    return snapshot;
+}
+
+void CQorViewDoc::ReadDerived(const CQorViewIns& instrument, std::vector<DerivedRow>& rows) const {
+    const FrameOwner* owner = OwnerOf(instrument.Id);
+    if (owner && owner->package)
+        owner->package->Products.Read(InputsOf(*owner->package), rows);
+    else
+        instrument.Products.Read(instrument.Live, rows);
 }
 
 } // namespace qor

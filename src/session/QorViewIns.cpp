@@ -7,9 +7,9 @@
 
 namespace qor {
 
-CQorViewIns::CQorViewIns(const CInstrument& definition, std::string resourceName,
+CQorViewIns::CQorViewIns(const CInstrument& definition, InstrumentId id, std::string resourceName,
                          CMessageSink& sink)
-    : Live(definition), Resource(std::move(resourceName)) {
+    : Id(id), Live(definition), Products(Live), Resource(std::move(resourceName)) {
     Checks.SetUp(definition, definition.Name(), Resource, sink);
     Live.FrameRate = NominalFrameRate(definition, sink);
 }

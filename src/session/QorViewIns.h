@@ -6,7 +6,8 @@
 #pragma once
 
 #include "instrument/FrameChecks.h"
-#include "products/LiveInstrument.h"
+#include "products/DerivedRows.h"
+#include "session/Handles.h"
 
 #include <string>
 
@@ -14,7 +15,8 @@ namespace qor {
 
 class CQorViewIns {
   public:
-    CQorViewIns(const CInstrument& definition, std::string resourceName, CMessageSink& sink);
+    CQorViewIns(const CInstrument& definition, InstrumentId id, std::string resourceName,
+                CMessageSink& sink);
 
     const CInstrument& Definition() const { return Live.Definition(); }
     const std::string& Name() const { return Live.Name(); }
@@ -24,9 +26,12 @@ class CQorViewIns {
     /// one.
     FrameCheckResult Process(CFrameData& frame);
 
+    const InstrumentId Id;
     CLiveInstrument Live;
+    const CInstrumentRows Products; ///< those that the instrument has by itself
     bool LoggingEnabled = true;
-    std::uint32_t FramesThisLog = 0;
+    // Where the raw log counts its frames.
+    std::uint32_t SlotLog = 0, Slot = 0;
     std::uint64_t FramesReceived = 0;
     CFrameChecks Checks;
     std::string Title; ///< shown in window captions; empty: none

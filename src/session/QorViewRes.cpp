@@ -1,27 +1,22 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// Look-ups among a resource's instruments. See QorViewRes.h.
+// A resource and its instruments. See QorViewRes.h.
 #include "session/QorViewRes.h"
+
+#include <algorithm>
 
 namespace qor {
 
-CQorViewRes::CQorViewRes(CTelemComm& comm, const SerialResourceSettings& settings)
-    : Comm(comm), Serial(settings), File(false) {}
+CQorViewRes::CQorViewRes(ResourceId id, CTelemComm& comm, const SerialResourceSettings& settings)
+    : Id(id), Comm(comm), Serial(settings), File(false) {}
 
-CQorViewRes::CQorViewRes(CTelemComm& comm, const FileResourceSettings& settings)
-    : Comm(comm), Playback(settings), File(true) {}
+CQorViewRes::CQorViewRes(ResourceId id, CTelemComm& comm, const FileResourceSettings& settings)
+    : Id(id), Comm(comm), Playback(settings), File(true) {}
 
-CQorViewIns* CQorViewRes::Instrument(int index) const {
-    if (index < 0 || static_cast<std::size_t>(index) >= Instruments.size())
-        return nullptr;
-    return Instruments[static_cast<std::size_t>(index)].get();
-}
-
-int CQorViewRes::FindInstrument(std::string_view name) const {
-    for (std::size_t i = 0; i < Instruments.size(); ++i)
-        if (Instruments[i]->Name() == name)
-            return static_cast<int>(i);
-    return -1;
+CQorViewIns* CQorViewRes::Instrument(std::string_view name) const {
+    const auto found =
+        std::ranges::find(Instruments, name, [](const auto& one) { return one->Name(); });
+    return found == Instruments.end() ? nullptr : found->get();
 }
 
 } // namespace qor

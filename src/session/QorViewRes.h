@@ -16,17 +16,16 @@ namespace qor {
 
 class CQorViewRes {
   public:
-    CQorViewRes(CTelemComm& comm, const SerialResourceSettings& settings);
-    CQorViewRes(CTelemComm& comm, const FileResourceSettings& settings);
+    CQorViewRes(ResourceId id, CTelemComm& comm, const SerialResourceSettings& settings);
+    CQorViewRes(ResourceId id, CTelemComm& comm, const FileResourceSettings& settings);
 
     const std::string& Name() const { return Comm.Name(); }
     bool IsFile() const { return File; }
 
-    /// The instrument at an index, or null when there is none.
-    CQorViewIns* Instrument(int index) const;
-    /// The index of an instrument by name (compared byte for byte), or -1.
-    int FindInstrument(std::string_view name) const;
+    /// The instrument of a name (compared byte for byte), or null.
+    CQorViewIns* Instrument(std::string_view name) const;
 
+    const ResourceId Id;
     CTelemComm& Comm;              ///< the controller's; lives as long as this
     SerialResourceSettings Serial; ///< of a serial port
     FileResourceSettings Playback; ///< of a file

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// Beginning, ending and timing of raw logs. Functions that ask or tell the operator something take
-// and release the lock around it; the others run under it. See RawLog.h.
+// Beginning, ending and timing of raw logs. Functions that ask or tell the operator something, or
+// wait for the disk, take and release the lock around it; the others run under it. See RawLog.h.
 #include "session/RawLog.h"
 
 #include "base/Text.h"
@@ -26,19 +26,47 @@ std::string FileErrorMessage(const char* doing, const std::string& path, FileCau
            std::string(GetFileErrorText(cause));
 }
 
-/// How many programs may begin a log in one folder in one second, beyond the first.
-constexpr int LaterNames = 60;
+/// How many logs of one folder may have the name of one second.
+constexpr int LastSuffix = 99;
+/// A write that takes longer than this is worth saying, in milliseconds.
+constexpr std::int64_t NotedStall = 2000;
+
+/// "name-2.raw" and so on; number 1 is the name itself.
+std::string WithSuffix(const std::string& path, int number) {
+    if (number == 1)
+        return path;
+    const std::size_t dot = path.rfind('.');
+    return path.substr(0, dot) + "-" + std::to_string(number) + path.substr(dot);
+}
 
 } // namespace
 
 CRawLog::CRawLog(SessionState& session, CMessageSink& messages)
-    : Session(session), Messages(messages), Sync(messages) {}
+    : Session(session), Messages(messages), Sync(messages), Stage(session.Clock, messages) {
+    EndDone.Set();
+}
 
 void CRawLog::SetNaming(const LogNaming& naming) {
     CRecursiveLock lock(Session.DocLock);
     Session.Naming = naming;
     Session.Naming.logNameReady = Session.Naming.logNamePrompted = false;
     ViewsUpdate = true;
+}
+
+void CRawLog::SetOptions(const LogOptions& options) {
+    CRecursiveLock lock(Session.DocLock);
+    Session.Options = options;
+    ViewsUpdate = true;
+    if (!State.loggingActive)
+        return;
+    State.intervalRun = options.durationEnabled && options.repeatEnabled;
+    if (State.logOpen && options.durationEnabled) {
+        State.logEndTime = State.logStartTime;
+        State.logEndTime.seconds += options.duration.Seconds();
+        EndMonotonic = StartMonotonic + options.duration.Seconds() * 1000;
+    }
+    if (State.waitingForNextLog && !options.repeatEnabled)
+        EndRun();
 }
 
 bool CRawLog::BuildLogFileName() {
@@ -60,7 +88,7 @@ bool CRawLog::BuildLogFileName() {
         }
         path = naming.logDirectory + naming.logFileDisplayName;
     }
-    if (FileExists(path) && !AskToReplace(path))
+    if (FileExists(path) && !MayReplace(path))
         return false;
     CRecursiveLock lock(Session.DocLock);
     Session.Naming.logFilePath = path;
@@ -68,13 +96,13 @@ bool CRawLog::BuildLogFileName() {
     return true;
 }
 
-bool CRawLog::AskToReplace(const std::string& path) {
+bool CRawLog::MayReplace(const std::string& path) {
     bool mayAsk, consent;
     {
         CRecursiveLock lock(Session.DocLock);
         ViewsUpdate = true;
         mayAsk = !Session.NoDialogs;
-        consent = Session.Options.overwriteExisting;
+        consent = Session.Options.overwriteExisting && !PathsOfRun.contains(path);
     }
     if (mayAsk)
         return Session.User.AskYesNo("The log file \"" + path +
@@ -82,8 +110,10 @@ bool CRawLog::AskToReplace(const std::string& path) {
                                      "the next log?");
     // Decided: where nobody can be asked, an existing log stays as it is.
     if (!consent)
-        Messages.Report("The log file \"" + path +
-                        "\" already exists and is not replaced.\r\n\tLogging has not begun.\r\n");
+        Messages.Raise(
+            {EventKind::NameTaken, path,
+             "The log file \"" + path +
+                 "\" already exists and is not replaced.\r\n\tLogging has not begun.\r\n"});
     return consent;
 }
 
@@ -92,12 +122,12 @@ bool CRawLog::BeginLogFile() {
 }
 
 bool CRawLog::Begin(StartedBy starter) {
+    EndDone.Wait(); // the log before gives its file away first
     if (!BuildLogFileName() || !ClaimStart(starter) || !ConfirmOverride())
         return false;
-    bool begun;
+    const bool begun = OpenLogFile(starter);
     {
         CRecursiveLock lock(Session.DocLock);
-        begun = OpenLogFile();
         if (begun)
             StartLog();
         else
@@ -110,7 +140,7 @@ bool CRawLog::Begin(StartedBy starter) {
 
 bool CRawLog::ClaimStart(StartedBy starter) {
     CRecursiveLock lock(Session.DocLock);
-    if (State.logOpen || LogStarting)
+    if (State.logOpen || LogStarting || !EndDone.IsSet())
         return false;
     // The operator may have stopped the run while the timer's start was asking about the name.
     if (starter == StartedBy::Timer && !State.waitingForNextLog)
@@ -135,75 +165,89 @@ bool CRawLog::ConfirmOverride() {
     return confirmed;
 }
 
-bool CRawLog::OpenLogFile() {
-    LogNaming& naming = Session.Naming;
-    const bool named = naming.logNamingMode != LogNamingMode::TimeStamp;
-    FileCause cause = named ? CreateLogFile(naming.logFilePath) : CreateTimeStampLog();
-    const std::string& path = naming.logFilePath;
-    if (cause != FileCause::None) {
-        PendingTexts.push_back(FileErrorMessage("opening the file", path, cause));
+bool CRawLog::OpenLogFile(StartedBy starter) {
+    std::string path;
+    bool named;
+    {
+        CRecursiveLock lock(Session.DocLock);
+        named = Session.Naming.logNamingMode != LogNamingMode::TimeStamp;
+        path = Session.Naming.logFilePath;
+    }
+    const LogRecords header = HeaderRecords();
+    bool inHeader = false;
+    FileCause cause = named ? CreateLogFile(path, header, inHeader)
+                            : CreateTimeStampLog(starter, header, inHeader);
+    if (cause == FileCause::None)
+        return true;
+    if (!inHeader) {
+        CRecursiveLock lock(Session.DocLock);
+        PendingTexts.push_back(
+            FileErrorMessage("opening the file", Session.Naming.logFilePath, cause));
         return false;
     }
-    State.framesLogged = 0;
-    if (!WriteHeader()) {
-        Writer.Close();
-        PendingTexts.push_back("An error occured creating the log file headers.\r\n"
-                               "Logging has been aborted.\r\n"
-                               "See the session log for details.");
-        return false;
-    }
-    return true;
+    Messages.Report("Error writing to log file: " + std::string(GetFileErrorText(cause)) + ".\r\n");
+    AddPending("An error occured creating the log file headers.\r\n"
+               "Logging has been aborted.\r\n"
+               "See the session log for details.");
+    return false;
 }
 
-FileCause CRawLog::CreateLogFile(const std::string& path) {
+void CRawLog::AddPending(std::string text) {
+    CRecursiveLock lock(Session.DocLock);
+    PendingTexts.push_back(std::move(text));
+}
+
+LogRecords CRawLog::HeaderRecords() {
+    CRecursiveLock lock(Session.DocLock);
+    LogRecords records;
+    const FrameTime now = Session.Clock.Now();
+    const StationInformation station = StationAt(Session, now, Messages);
+    for (const std::string& line : HeaderLines(Session, station, LocalCalendar(now)))
+        records.Add(0, MakeHeaderRecord(line));
+    return records;
+}
+
+FileCause CRawLog::CreateLogFile(const std::string& path, const LogRecords& header,
+                                 bool& inHeader) {
     if (FileExists(path)) {
         FileCause cause = SetReadOnly(path, false);
         if (cause != FileCause::None)
-            PendingTexts.push_back(FileErrorMessage("while accessing the file", path, cause));
+            AddPending(FileErrorMessage("while accessing the file", path, cause));
     }
-    return Writer.Create(path);
+    return Stage.Create(path, header, inHeader);
 }
 
-/// Decided: where another program logs under the name of this second, which nobody chose, the next
-/// free second gives the name; nobody waits for it, frames may be coming already. So it does where
-/// nobody can be asked and a log has the name: an hour comes twice when daylight saving ends.
 /// Kept: with an operator there, a finished log of the same second is replaced.
-FileCause CRawLog::CreateTimeStampLog() {
-    const bool replaces = !Session.NoDialogs || Session.Options.overwriteExisting;
-    std::string& path = Session.Naming.logFilePath;
-    FrameTime time = Session.Clock.Now();
+/// Decided: not by a timer, which nobody watches, and never a log of this run: an hour comes twice
+/// when daylight saving ends.
+bool CRawLog::ReplacesOwnSecond(StartedBy starter) const {
+    CRecursiveLock lock(Session.DocLock);
+    return starter == StartedBy::Operator &&
+           (!Session.NoDialogs || Session.Options.overwriteExisting) &&
+           !PathsOfRun.contains(Session.Naming.logFilePath);
+}
+
+/// Decided: a name that is taken, or under which another program logs, gets the next suffix.
+FileCause CRawLog::CreateTimeStampLog(StartedBy starter, const LogRecords& header, bool& inHeader) {
+    const CalendarTime local = LocalCalendar(Session.Clock.Now());
     FileCause cause = FileCause::SharingViolation;
-    for (int i = 0; i <= LaterNames && cause == FileCause::SharingViolation; ++i, ++time.seconds) {
-        path = Session.Naming.logDirectory + TimeStampFileName(LocalCalendar(time));
-        if (!FileExists(path) || (replaces && i == 0))
-            cause = CreateLogFile(path);
+    for (int number = 1; number <= LastSuffix && cause == FileCause::SharingViolation; ++number) {
+        std::string path;
+        {
+            CRecursiveLock lock(Session.DocLock);
+            path = Session.Naming.logFilePath =
+                WithSuffix(Session.Naming.logDirectory + TimeStampFileName(local), number);
+        }
+        if (!FileExists(path) || (number == 1 && ReplacesOwnSecond(starter)))
+            cause = CreateLogFile(path, header, inHeader);
     }
     return cause;
 }
 
-bool CRawLog::WriteHeader() {
-    std::ignore = RefreshPosition(Session); // else it stays as it was typed
-    for (const std::string& line : HeaderLines(Session, LocalCalendar(Session.Clock.Now())))
-        if (!WriteHeaderRecord(line))
-            return false;
-    return true;
-}
-
-bool CRawLog::WriteHeaderRecord(const std::string& line) {
-    if (!Writer.IsOpen())
-        return false;
-    std::size_t written = 0;
-    Writer.Add(MakeHeaderRecord(line));
-    FileCause cause = Writer.Flush(written);
-    if (cause == FileCause::None)
-        return true;
-    Messages.Report("Error writing to log file: " + std::string(GetFileErrorText(cause)) + ".\r\n");
-    return false;
-}
-
 void CRawLog::StartLog() {
     const LogOptions options = Session.Options;
-    Messages.Report("Begin log file: \"" + Session.Naming.logFilePath + "\".\r\n");
+    const std::string& path = Session.Naming.logFilePath;
+    Messages.Raise({EventKind::LogBegun, path, "Begin log file: \"" + path + "\".\r\n"});
     PendingAsterisk = PendingAsterisk || options.loggingSounds;
     State.logStartTime = Session.Clock.Now();
     StartMonotonic = Session.Clock.MonotonicMilliseconds();
@@ -215,56 +259,88 @@ void CRawLog::StartLog() {
         EndMonotonic = StartMonotonic + options.duration.Seconds() * 1000;
         State.intervalRun = State.intervalRun || options.repeatEnabled;
     }
+    if (!State.loggingActive)
+        PathsOfRun.clear();
+    PathsOfRun.insert(path);
     State.loggingActive = true;
     State.runFailed = false;
     State.waitingForNextLog = false;
-    for (const auto& resource : Session.Resources)
-        for (const auto& instrument : resource->Instruments)
-            instrument->FramesThisLog = 0;
+    State.logFilePath = path;
     State.logOpen = true;
-    State.framesOffered = 0;
+    ++LogNumber;
+    Slots = 0;
+    FaultyOffered = UnstoredSaid = 0;
+    StallSaid = false;
     ViewsUpdate = true;
-    Sync.Watch(Writer.OpenFile());
+    Sync.Watch(Stage.OpenFile());
 }
 
 bool CRawLog::EndLogFile(bool abort) {
     bool ended;
     {
         CRecursiveLock lock(Session.DocLock);
-        ended = EndLocked(abort);
+        ended = MarkEnd(abort);
     }
+    CompleteEnd();
+    EndDone.Wait(); // also for an end that another thread is about
     ShowPending();
     return ended;
 }
 
-bool CRawLog::EndLocked(bool abort) {
+/// No frame joins the log any more; its file is closed by CompleteEnd.
+bool CRawLog::MarkEnd(bool abort) {
     if (LogStarting)
         return false;
     if (!State.logOpen) {
-        if (abort)
+        if (abort) {
+            PendingClose = PendingClose || (Session.ExitIfDone && State.runFailed);
             EndRun();
+        }
         return abort;
     }
-    PendingClose = Session.ExitIfDone && !State.intervalRun;
-    const std::string path = Writer.Path(); // the naming may be the next log's by now
-    Sync.Finish();
-    Writer.Close();
-    ProtectLogFile(path);
+    // A run that failed is over, whatever it was to repeat.
+    PendingClose = Session.ExitIfDone && (!State.intervalRun || State.runFailed);
+    Flush();
     State.logOpen = false;
+    Ending = EndingLog{State.logFilePath, abort}; // the naming may be the next log's by now
+    EndDone.Clear();
+    return true;
+}
+
+void CRawLog::CompleteEnd() {
+    std::optional<EndingLog> ending;
+    {
+        CRecursiveLock lock(Session.DocLock);
+        ending = std::exchange(Ending, std::nullopt);
+    }
+    if (!ending)
+        return;
+    Sync.Finish();
+    Stage.Close();
+    ProtectLogFile(ending->path);
+    {
+        CRecursiveLock lock(Session.DocLock);
+        AfterEnd(*ending);
+    }
+    EndDone.Set();
+}
+
+void CRawLog::AfterEnd(const EndingLog& ending) {
     AdvanceLogFileName(Session.Naming, Session.Station);
-    Messages.Report("End log file: \"" + path + "\".\r\n");
+    NoteUnstored();
+    Messages.Raise(
+        {EventKind::LogEnded, ending.path, "End log file: \"" + ending.path + "\".\r\n"});
     PendingAsterisk = PendingAsterisk || Session.Options.loggingSounds;
-    if (!Session.Options.repeatEnabled || abort) {
+    ViewsUpdate = true;
+    if (!Session.Options.repeatEnabled || ending.abort) {
         EndRun();
-        return true;
+        return;
     }
     const std::int64_t pause = Session.Options.repeatInterval.Seconds();
     State.logStartTime = Session.Clock.Now();
     State.logStartTime.seconds += pause;
     StartMonotonic = Session.Clock.MonotonicMilliseconds() + pause * 1000;
     State.waitingForNextLog = true;
-    ViewsUpdate = true;
-    return true;
 }
 
 void CRawLog::EndRun() {
@@ -276,13 +352,12 @@ void CRawLog::EndRun() {
 void CRawLog::ProtectLogFile(const std::string& path) {
     bool readOnly = false;
     if (IsReadOnly(path, readOnly) != FileCause::None) {
-        PendingTexts.push_back("An error occured while accessing the log file\r\n\"" + path +
-                               "\".");
+        AddPending("An error occured while accessing the log file\r\n\"" + path + "\".");
         return;
     }
     FileCause cause = SetReadOnly(path, true);
     if (cause != FileCause::None)
-        PendingTexts.push_back(FileErrorMessage("while accessing the log file", path, cause));
+        AddPending(FileErrorMessage("while accessing the log file", path, cause));
 }
 
 void CRawLog::OnLogTick() {
@@ -292,6 +367,7 @@ void CRawLog::OnLogTick() {
         NoteClockStep();
         beginNext = TickLocked();
     }
+    CompleteEnd();
     ShowPending();
     if (beginNext && !Begin(StartedBy::Timer)) {
         {
@@ -318,8 +394,9 @@ bool CRawLog::TickLocked() {
         WriteTimeStamp(Session.Clock.Now());
     if (State.waitingForNextLog && monotonic >= StartMonotonic)
         return true;
+    WatchDisk();
     if (Session.Options.durationEnabled && State.logOpen && monotonic >= EndMonotonic)
-        EndLocked(false);
+        MarkEnd(false);
     return false;
 }
 
@@ -336,11 +413,37 @@ void CRawLog::WriteTimeStamp(const FrameTime& now) {
     if (!State.logOpen || now.seconds == LastTimeStamp)
         return;
     LastTimeStamp = now.seconds;
-    std::size_t written = 0;
-    Writer.Add(AsBytes(MakeTimeStamp(LocalCalendar(now))));
-    FileCause cause = Writer.Flush(written);
-    if (cause != FileCause::None)
-        AbortLog(cause);
+    Records.Add(0, AsBytes(MakeTimeStamp(LocalCalendar(now))));
+    Flush();
+}
+
+/// Says once that the disk has stopped, and once what that cost.
+void CRawLog::WatchDisk() {
+    const StageFigures figures = Stage.Figures();
+    if (figures.stalledMilliseconds < NotedStall) {
+        if (std::exchange(StallSaid, false))
+            Messages.Report(
+                Format("The disk takes data again: \"%s\".\r\n", State.logFilePath.c_str()));
+    } else if (!std::exchange(StallSaid, true)) {
+        Messages.Raise({EventKind::DiskStalled, State.logFilePath,
+                        Format("The disk has taken nothing of \"%s\" for %lld s; %zu bytes wait "
+                               "in memory.\r\n",
+                               State.logFilePath.c_str(),
+                               static_cast<long long>(figures.stalledMilliseconds / 1000),
+                               figures.waitingBytes)});
+    }
+    NoteUnstored();
+}
+
+void CRawLog::NoteUnstored() {
+    const std::uint64_t unstored = Stage.Figures().framesUnstored;
+    if (unstored <= UnstoredSaid)
+        return;
+    Messages.Raise({EventKind::FramesUnstored, State.logFilePath,
+                    Format("%llu frames were received and not stored in \"%s\".\r\n",
+                           static_cast<unsigned long long>(unstored - UnstoredSaid),
+                           State.logFilePath.c_str())});
+    UnstoredSaid = unstored;
 }
 
 void CRawLog::NoteClockStep() {
@@ -352,14 +455,28 @@ void CRawLog::NoteClockStep() {
     const std::int64_t step = difference - std::exchange(ClockDifference, difference);
     if (!std::exchange(ClockKnown, true) || (step > -NotedClockStep && step < NotedClockStep))
         return;
-    Messages.Report(Format("The system clock was set %s by %.3f seconds.\r\n",
-                           step < 0 ? "back" : "forward",
-                           static_cast<double>(step < 0 ? -step : step) / 1000.0));
+    const std::int64_t size = step < 0 ? -step : step;
+    Messages.Raise({EventKind::ClockStepped,
+                    {},
+                    Format("The system clock was set %s by %lld.%03lld seconds.\r\n",
+                           step < 0 ? "back" : "forward", static_cast<long long>(size / 1000),
+                           static_cast<long long>(size % 1000))});
 }
 
 void CRawLog::ShowPending() {
+    const bool failed = Stage.Figures().cause != FileCause::None;
     std::vector<std::string> texts;
     bool beep, asterisk, close;
+    if (failed) {
+        {
+            CRecursiveLock lock(Session.DocLock);
+            if (State.logOpen) {
+                State.runFailed = true;
+                MarkEnd(true);
+            }
+        }
+        CompleteEnd();
+    }
     {
         CRecursiveLock lock(Session.DocLock);
         texts.swap(PendingTexts);
@@ -378,12 +495,24 @@ void CRawLog::ShowPending() {
 }
 
 LogStatus CRawLog::Status() const {
+    const StageFigures figures = Stage.Figures();
     CRecursiveLock lock(Session.DocLock);
     LogStatus status = State;
-    status.fileSize = Writer.Size();
-    status.logFilePath = State.logOpen ? Writer.Path() : Session.Naming.logFilePath;
+    status.framesLogged = figures.framesWritten;
+    status.framesOffered = figures.framesOffered + FaultyOffered;
+    status.framesUnstored = figures.framesUnstored;
+    status.dataLogged = State.dataLogged;
+    status.fileSize = figures.fileSize;
+    status.waitingBytes = figures.waitingBytes;
+    status.waitingCapacity = Stage.Capacity();
+    status.stalledMilliseconds = figures.stalledMilliseconds;
+    status.logFilePath = State.logOpen ? State.logFilePath : Session.Naming.logFilePath;
     status.logFileDisplayName = Session.Naming.logFileDisplayName;
     return status;
+}
+
+bool CRawLog::IsCrowded() const {
+    return Stage.Figures().waitingBytes > Stage.Capacity() / 2;
 }
 
 void CRawLog::ClearDataLogged() {

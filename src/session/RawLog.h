@@ -1,15 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// The raw log of the session: begins and ends log files, writes every accepted frame with its time
-// tag, time-stamp sentences, and runs the timers of interval logging. Every entry point takes the
-// document's lock for its whole run, but for questions and messages to the operator, which are
-// shown while it is released. Frames come from the acquisition thread, the tick from the loop,
-// commands from the user-interface thread. The path of a frame is RawLogFrames.cpp.
+// The raw log of the session: begins and ends log files, adds every accepted frame with its time
+// tag, time-stamp sentences, and runs the timers of interval logging. State is under the document's
+// lock; questions, messages and whatever waits for the disk come while it is released. Frames come
+// from the acquisition thread, the tick from the loop, commands from the user-interface thread.
 #pragma once
 
 #include "session/DiskSync.h"
-#include "session/LogWriter.h"
+#include "session/LogStage.h"
 #include "session/SessionState.h"
+
+#include <set>
 
 namespace qor {
 
@@ -21,12 +22,16 @@ struct LogStatus {
     bool waitingForNextLog = false; ///< an interval run waits for the start of its next file
     bool intervalRun = false;
     bool dataLogged = false;
-    std::uint32_t framesLogged = 0;
-    std::uint32_t framesOffered = 0;
-    std::uint64_t fileSize = 0;  ///< bytes in the file, as of its last whole record
-    FrameTime logStartTime;      ///< of this log, or of the next one while waiting
-    FrameTime logEndTime;        ///< only with a duration
-    std::int64_t logElapsed = 0; ///< seconds, as of the last tick; negative while waiting
+    std::uint64_t framesLogged = 0;   ///< in the file
+    std::uint64_t framesOffered = 0;  ///< handed to it
+    std::uint64_t framesUnstored = 0; ///< accepted, but lost to the log
+    std::uint64_t fileSize = 0;       ///< bytes in the file, as of its last whole record
+    std::size_t waitingBytes = 0;     ///< in memory, not yet taken by the disk
+    std::size_t waitingCapacity = 0;
+    std::int64_t stalledMilliseconds = 0; ///< how long the disk has been at the present write
+    FrameTime logStartTime;               ///< of this log, or of the next one while waiting
+    FrameTime logEndTime;                 ///< only with a duration
+    std::int64_t logElapsed = 0;          ///< seconds, as of the last tick; negative while waiting
     std::string logFilePath;
     std::string logFileDisplayName;
 };
@@ -38,12 +43,16 @@ class CRawLog {
 
     /// Replaces the naming settings; what was built and accepted before counts no more.
     void SetNaming(const LogNaming& naming);
+    /// Replaces the options. A duration that is switched on or changed counts from the start of the
+    /// log that is open; a repeat that is switched off ends the run with it.
+    void SetOptions(const LogOptions& options);
     /// Prepares the name of the next log; asks when it would replace a file. False: no usable name.
     bool BuildLogFileName();
     /// Begins a log; on failure the operator was told why, and nothing is open. A name that is not
     /// there, or whose replacing was refused before, fails silently.
     bool BeginLogFile();
-    /// Ends the log (`abort`: and the run). False when there is none to end.
+    /// Ends the log (`abort`: and the run) and waits until the disk has taken it. False when there
+    /// is none to end.
     bool EndLogFile(bool abort);
     /// Once a second: elapsed time, time stamp, begin and end by the timers, view updates.
     void OnLogTick();
@@ -52,14 +61,23 @@ class CRawLog {
     /// the largest number when no timer runs.
     std::int64_t NextTimer() const;
 
-    /// Processes and logs every frame of the queue and leaves it empty: one lock, and one write,
-    /// for all of them. Returns how many an instrument claimed. The caller calls ShowPending once
-    /// it holds the lock no more.
-    std::size_t LogFrames(CFrameQueue& frames);
-    /// Shows and sounds what LogFrames had for the operator. Without the lock.
+    /// Adds the instrument's current frame to the open log, if it is to be logged. `found` is what
+    /// its checks found. Frames go to the file with the next Flush.
+    void LogFrame(CQorViewIns& instrument, const FrameCheckResult& found) REQUIRES(Session.DocLock);
+    void Flush() REQUIRES(Session.DocLock);
+    /// A file that is played is not read on while this much waits for the disk.
+    bool IsCrowded() const;
+    /// Shows and sounds what logging had for the operator, and ends a log that has failed. Without
+    /// the lock.
     void ShowPending();
+    /// Waits until what was added is in the file, or the file has failed. Without the lock.
+    void WaitForDisk() { Stage.Drain(); }
+    /// Bytes that may wait for the disk; before a log begins.
+    void SetWaitingCapacity(std::size_t bytes) { Stage.SetCapacity(bytes); }
 
     LogStatus Status() const;
+    /// Frames of the instrument offered to the present or latest log.
+    std::uint32_t FramesThisLog(const CQorViewIns& instrument) const REQUIRES(Session.DocLock);
     /// Clears the flag that says that frames were logged.
     void ClearDataLogged();
     /// Ends the run and waits until the disk has everything. For the end of the document.
@@ -67,41 +85,52 @@ class CRawLog {
 
   private:
     enum class StartedBy { Operator, Timer };
+    struct EndingLog {
+        std::string path;
+        bool abort;
+    };
 
     bool Begin(StartedBy starter);
-    bool AskToReplace(const std::string& path);
+    bool MayReplace(const std::string& path);
     bool ClaimStart(StartedBy starter);
     bool ConfirmOverride();
-    bool OpenLogFile() REQUIRES(Session.DocLock);
-    FileCause CreateLogFile(const std::string& path) REQUIRES(Session.DocLock);
-    FileCause CreateTimeStampLog() REQUIRES(Session.DocLock);
-    bool WriteHeader() REQUIRES(Session.DocLock);
-    bool WriteHeaderRecord(const std::string& line) REQUIRES(Session.DocLock);
+    bool OpenLogFile(StartedBy starter);
+    FileCause CreateLogFile(const std::string& path, const LogRecords& header, bool& inHeader);
+    FileCause CreateTimeStampLog(StartedBy starter, const LogRecords& header, bool& inHeader);
+    bool ReplacesOwnSecond(StartedBy starter) const;
+    LogRecords HeaderRecords();
+    void AddPending(std::string text);
     void StartLog() REQUIRES(Session.DocLock);
-    bool EndLocked(bool abort) REQUIRES(Session.DocLock);
+    bool MarkEnd(bool abort) REQUIRES(Session.DocLock);
+    void CompleteEnd();
+    void AfterEnd(const EndingLog& ending) REQUIRES(Session.DocLock);
     void EndRun() REQUIRES(Session.DocLock);
-    void ProtectLogFile(const std::string& path) REQUIRES(Session.DocLock);
+    void ProtectLogFile(const std::string& path);
     bool TickLocked() REQUIRES(Session.DocLock);
     void WriteTimeStamp(const FrameTime& now) REQUIRES(Session.DocLock);
+    void WatchDisk() REQUIRES(Session.DocLock);
+    void NoteUnstored() REQUIRES(Session.DocLock);
     void NoteClockStep() REQUIRES(Session.DocLock);
-
-    bool LogFrame(CFrameData& frame) REQUIRES(Session.DocLock);
-    bool WriteFrameRecord(const CFrameData* frame, bool tagged) REQUIRES(Session.DocLock);
-    void FlushFrames() REQUIRES(Session.DocLock);
-    void AbortLog(FileCause cause) REQUIRES(Session.DocLock);
+    std::uint32_t SlotOf(CQorViewIns& instrument) REQUIRES(Session.DocLock);
 
     SessionState& Session;
     CMessageSink& Messages;
     CDiskSync Sync;
-    CLogWriter Writer GUARDED_BY(Session.DocLock);
+    CLogStage Stage;
     LogStatus State GUARDED_BY(Session.DocLock);
-    /// The instruments of the records that wait in the writer, in order.
-    std::vector<CQorViewIns*> Unwritten GUARDED_BY(Session.DocLock);
+    LogRecords Records GUARDED_BY(Session.DocLock); ///< of this batch, not yet with the stage
+    std::uint64_t FaultyOffered GUARDED_BY(Session.DocLock) = 0; ///< unusable frame records
+    std::uint32_t LogNumber GUARDED_BY(Session.DocLock) = 0;     ///< of this log, for slots
+    std::uint32_t Slots GUARDED_BY(Session.DocLock) = 0;         ///< given in this log
 
     bool LogStarting GUARDED_BY(Session.DocLock) = false;
+    std::optional<EndingLog> Ending GUARDED_BY(Session.DocLock);
+    CEvent EndDone; ///< no log is being ended
     /// The override dialog was answered; its choice holds for the run.
     bool OverrideChosen GUARDED_BY(Session.DocLock) = false;
     bool ViewsUpdate GUARDED_BY(Session.DocLock) = false;
+    /// Logs of this run: consent to replace never covers them.
+    std::set<std::string> PathsOfRun GUARDED_BY(Session.DocLock);
 
     // Durations run on the monotonic clock, in milliseconds.
     std::int64_t StartMonotonic GUARDED_BY(Session.DocLock) = 0;
@@ -110,6 +139,8 @@ class CRawLog {
     /// Wall clock minus monotonic clock at the last tick; not known before the first.
     std::int64_t ClockDifference GUARDED_BY(Session.DocLock) = 0;
     bool ClockKnown GUARDED_BY(Session.DocLock) = false;
+    bool StallSaid GUARDED_BY(Session.DocLock) = false;
+    std::uint64_t UnstoredSaid GUARDED_BY(Session.DocLock) = 0;
 
     // What the operator is to see and hear once the lock is released.
     std::vector<std::string> PendingTexts GUARDED_BY(Session.DocLock);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// Look-ups of roles and of the owners of frames. See SessionState.h.
+// Look-ups of roles, handles and the owners of frames. See SessionState.h.
 #include "session/SessionState.h"
 
 #include <algorithm>
@@ -8,18 +8,30 @@
 
 namespace qor {
 
-RoleHolder SessionState::Role(int role) const {
+InstrumentId SessionState::Role(int role) const {
     CRecursiveLock lock(DocLock);
     if (role < 0 || static_cast<std::size_t>(role) >= Roles.size())
-        return {};
+        return InstrumentId::None;
     return Roles[static_cast<std::size_t>(role)];
 }
 
 CQorViewIns* SessionState::RoleInstrument(InstrumentRole role) const {
-    RoleHolder holder = Role(role);
-    if (holder.resource < 0 || static_cast<std::size_t>(holder.resource) >= Resources.size())
-        return nullptr;
-    return Resources[static_cast<std::size_t>(holder.resource)]->Instrument(holder.instrument);
+    return Find(Role(role));
+}
+
+CQorViewIns* SessionState::Find(InstrumentId id) const {
+    const FrameOwner* owner = OwnerOf(id);
+    return owner ? owner->instrument : nullptr;
+}
+
+CQorViewRes* SessionState::Find(ResourceId id) const {
+    const auto found = std::ranges::find(Resources, id, [](const auto& one) { return one->Id; });
+    return found == Resources.end() ? nullptr : found->get();
+}
+
+CPackage* SessionState::Find(PackageId id) const {
+    const auto found = std::ranges::find(PackageTable, id, [](const auto& one) { return one->Id; });
+    return found == PackageTable.end() ? nullptr : found->get();
 }
 
 void SessionState::RebuildOwners() {
@@ -28,14 +40,30 @@ void SessionState::RebuildOwners() {
         FrameOwner owner;
     };
     std::vector<Attachment> attachments;
-    for (std::size_t r = 0; r < Resources.size(); ++r)
-        for (std::size_t i = 0; i < Resources[r]->Instruments.size(); ++i) {
-            CQorViewIns* instrument = Resources[r]->Instruments[i].get();
-            std::uint32_t identity = Resources[r]->Comm.IdentityOf(instrument->Name());
-            if (identity != 0)
-                attachments.push_back(
-                    {identity, {instrument, static_cast<int>(r), static_cast<int>(i)}});
+    for (const auto& resource : Resources)
+        for (const auto& instrument : resource->Instruments)
+            if (const auto identity = static_cast<std::uint32_t>(instrument->Id); identity != 0)
+                attachments.push_back({identity, {instrument.get(), resource.get(), nullptr}});
+    for (const auto& package : PackageTable) {
+        std::vector<InstrumentId> attached;
+        package->Live.clear();
+        for (const std::string& name : package->Instruments) {
+            const auto found = std::ranges::find(
+                attachments, name, [](const Attachment& a) { return a.owner.instrument->Name(); });
+            const bool there = found != attachments.end();
+            if (there)
+                found->owner.package = package.get();
+            attached.push_back(there ? found->owner.instrument->Id : InstrumentId::None);
+            package->Live.push_back(there ? &found->owner.instrument->Live : nullptr);
         }
+        // Products remember sensors by place: another definition under an old name is another cast.
+        for (std::size_t i = 0; i < attached.size(); ++i)
+            if (attached[i] != InstrumentId::None &&
+                (i >= package->Attached.size() || package->Attached[i] != attached[i])) {
+                package->Products = CPackageRows(package->Live, package->Settings);
+                package->Attached = attached;
+            }
+    }
     Owners.clear();
     FirstIdentity = 0;
     if (attachments.empty())

@@ -7,14 +7,18 @@
 
 #include "base/Lock.h"
 #include "platform/Clock.h"
+#include "products/VelocityState.h"
+#include "session/InstrumentRole.h"
 #include "session/LogName.h"
 #include "session/ProfileStore.h"
 #include "session/QorViewRes.h"
+#include "session/SessionPackage.h"
 #include "session/UserService.h"
 
 #include <array>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -54,31 +58,10 @@ struct LogOptions {
     bool overwriteExisting = false; ///< where nobody can be asked: replace an existing log
 };
 
-/// The roles that an instrument of the session can fill.
-enum class InstrumentRole : std::int32_t {
-    Profiler = 1,
-    Reference = 2,
-    Tracker = 4,
-    SqmInstrument = 5,
-    DeviceUnderTest = 6,
-    WeatherStation = 7,
-    Gps = 8,
-};
-
-/// Who fills a role: indices of the resource and of the instrument within it, -1 when nobody does.
-struct RoleHolder {
-    int resource = -1;
-    int instrument = -1;
-
-    bool Assigned() const { return resource != -1 && instrument != -1; }
-};
-inline constexpr std::size_t RoleTableSize = 9;
-
-/// Called for each frame right after its checks and conversions, under the document's lock, on the
-/// thread that acquires: the index of the resource, the instrument with the frame as its current
-/// one, and what the checks found.
-using FrameHook =
-    std::function<void(int resource, CQorViewIns& instrument, const FrameCheckResult&)>;
+/// Called for each frame right after its checks, conversions and products, under the document's
+/// lock, on the thread that acquires: the instrument with the frame as its current one, and what
+/// the checks found.
+using FrameHook = std::function<void(CQorViewIns& instrument, const FrameCheckResult&)>;
 
 struct SessionState {
     SessionState(CClock& clock, CUserService& user, CProfileStore& profile)
@@ -95,37 +78,57 @@ struct SessionState {
     StationInformation Station GUARDED_BY(DocLock);
     LogOptions Options GUARDED_BY(DocLock);
     LogNaming Naming GUARDED_BY(DocLock);
-    double PressureTare GUARDED_BY(DocLock) = 0.0; ///< taken from the first profiler
-    bool NoDialogs GUARDED_BY(DocLock) = false;    ///< no dialog may be shown and nobody be asked
-    bool ExitIfDone GUARDED_BY(DocLock) = false;   ///< the program ends when its log has ended
+    /// Taken from the first profiler, in its pressure's units; none was taken: empty.
+    std::optional<double> PressureTare GUARDED_BY(DocLock);
+    /// While on, packages and instruments can be neither added nor removed.
+    bool CalibrationMode GUARDED_BY(DocLock) = false;
+    bool NoDialogs GUARDED_BY(DocLock) = false;  ///< no dialog may be shown and nobody be asked
+    bool ExitIfDone GUARDED_BY(DocLock) = false; ///< the program ends when its log has ended
     FrameHook OnFrame GUARDED_BY(DocLock);
     /// Delivers raised view updates, once a tick, without the lock; set before anything runs.
     std::function<void()> OnViewsUpdate;
 
     std::vector<std::unique_ptr<CQorViewRes>> Resources GUARDED_BY(DocLock);
-    std::array<RoleHolder, RoleTableSize> Roles GUARDED_BY(DocLock);
+    std::vector<std::unique_ptr<CPackage>> PackageTable GUARDED_BY(DocLock);
+    std::array<InstrumentId, RoleTableSize> Roles GUARDED_BY(DocLock){};
+    /// Kept: one for the process, not one a package.
+    VelocityState Velocity GUARDED_BY(DocLock);
 
-    /// The stored holder when the role number is one of the table, else nobody. Re-entrant.
-    RoleHolder Role(int role) const;
-    RoleHolder Role(InstrumentRole role) const { return Role(static_cast<int>(role)); }
+    /// The instrument of that role number, or None: unassigned, or no role of the table.
+    InstrumentId Role(int role) const;
+    InstrumentId Role(InstrumentRole role) const { return Role(static_cast<int>(role)); }
     /// The instrument that fills the role, or null when unassigned or not there.
     CQorViewIns* RoleInstrument(InstrumentRole role) const REQUIRES(DocLock);
 
-    /// Whose a frame is, by the identity of its attachment; null when no instrument claims it.
+    /// What a frame concerns, by the identity of its attachment.
     struct FrameOwner {
         CQorViewIns* instrument = nullptr;
-        int resource = -1;
-        int index = -1;
+        CQorViewRes* resource = nullptr;
+        CPackage* package = nullptr; ///< null for a lone instrument
     };
+    /// Null when no instrument claims the frame.
     const FrameOwner* OwnerOf(std::uint32_t identity) const REQUIRES(DocLock) {
         if (identity - FirstIdentity >= Owners.size() ||
             !Owners[identity - FirstIdentity].instrument)
             return nullptr;
         return &Owners[identity - FirstIdentity];
     }
-    /// Looks up the identities of all attachments anew; after any change of resources or
-    /// instruments.
+    const FrameOwner* OwnerOf(InstrumentId id) const REQUIRES(DocLock) {
+        return OwnerOf(static_cast<std::uint32_t>(id));
+    }
+    /// The instrument or resource of a handle; null when it has gone.
+    CQorViewIns* Find(InstrumentId id) const REQUIRES(DocLock);
+    CQorViewRes* Find(ResourceId id) const REQUIRES(DocLock);
+    CPackage* Find(PackageId id) const REQUIRES(DocLock);
+
+    /// Looks up the owners of all attachments anew and lets the packages know their instruments;
+    /// after any change of resources, instruments or packages.
     void RebuildOwners() REQUIRES(DocLock);
+
+    /// What the products of a package are computed from.
+    CPackageRows::Inputs InputsOf(const CPackage& package) const REQUIRES(DocLock) {
+        return {package.Live, package.Settings, PressureTare.value_or(0.0)};
+    }
 
   private:
     std::vector<FrameOwner> Owners GUARDED_BY(DocLock); ///< by identity, from FirstIdentity on

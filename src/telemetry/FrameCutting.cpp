@@ -94,15 +94,17 @@ CFrameSync::Impl::Ending CFrameSync::Impl::FindTerminator(AttachedInstrument& in
 void CFrameSync::Impl::GiveUp(AttachedInstrument& instrument, Ending ending) {
     std::size_t header = std::max<std::size_t>(instrument.info.syncHeader.size(), 1);
     if (ending == Ending::Endless) {
-        Sink.Report(Format("No frame terminator of %s within %zu bytes on %s.\r\n",
+        Sink.Raise({EventKind::BytesLost, ResourceName,
+                    Format("No frame terminator of %s within %zu bytes on %s.\r\n",
                            instrument.info.instrumentName.c_str(), LongestTextFrame,
-                           ResourceName.c_str()));
+                           ResourceName.c_str())});
         header = LongestTextFrame;
     } else if (ending == Ending::TooLong) {
         if (!instrument.tooLong)
-            Sink.Report(Format("Frames of %s are longer than %zu bytes and are not cut on %s.\r\n",
+            Sink.Raise({EventKind::BytesLost, ResourceName,
+                        Format("Frames of %s are longer than %zu bytes and are not cut on %s.\r\n",
                                instrument.info.instrumentName.c_str(), LongestFixedFrame,
-                               ResourceName.c_str()));
+                               ResourceName.c_str())});
         instrument.tooLong = true;
     } else if (!instrument.info.terminator.empty()) {
         instrument.endless = true;
@@ -120,7 +122,8 @@ void CFrameSync::Impl::Cut(AttachedInstrument& instrument, std::size_t length,
     ++info.frameCounter;
     info.time = time;
     if (!Replay && Frames.Size() > MaxDepth) {
-        Sink.Report(Format("%s frame buffer exceeded maximum depth.\r\n", ResourceName.c_str()));
+        Sink.Raise({EventKind::FramesLost, ResourceName,
+                    Format("%s frame buffer exceeded maximum depth.\r\n", ResourceName.c_str())});
         Discarded += Frames.Front().Bytes.size();
         Frames.DropFront();
     }

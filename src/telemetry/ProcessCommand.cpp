@@ -20,25 +20,25 @@ constexpr std::size_t LookBack = 128;
 
 /// A notice says that something is so, not how often: one that still waits stands for the next of
 /// its kind too, and a loop that is late does not let the queue grow.
-void Add(std::vector<ProcessCommand>& commands, NoticeCode notice, const std::string& name) {
+void Add(std::vector<QueuedCommand>& commands, NoticeCode notice, const std::string& name) {
     std::size_t oldest = commands.size() > LookBack ? commands.size() - LookBack : 0;
     for (std::size_t i = commands.size(); i-- > oldest;)
-        if (commands[i].notice == notice && commands[i].text == name)
+        if (commands[i].notice == notice && commands[i].event.subject == name)
             return;
-    commands.push_back({notice, name});
+    commands.push_back({notice, {EventKind::Note, name, {}}});
 }
 
 } // namespace
 
-void CProcessCommand::Report(std::string message) {
-    if (message.empty())
+void CProcessCommand::Raise(Event event) {
+    if (event.text.empty())
         return;
     // A bare line feed is no line end to the session log, which would drop the text.
-    if (!message.ends_with("\r\n"))
-        message += "\r\n";
+    if (!event.text.ends_with("\r\n"))
+        event.text += "\r\n";
     {
         CLock lock(QueueLock);
-        Commands.push_back({NoticeCode::None, std::move(message)});
+        Commands.push_back({NoticeCode::None, std::move(event)});
         if (!std::exchange(LoopWaits, false))
             return;
     }
@@ -66,7 +66,7 @@ void CProcessCommand::PostFramesQueued(const std::string& resourceName) {
     Arrived.NotifyAll();
 }
 
-bool CProcessCommand::Drain(std::vector<ProcessCommand>& commands, int milliseconds) {
+bool CProcessCommand::Drain(std::vector<QueuedCommand>& commands, int milliseconds) {
     using namespace std::chrono;
     commands.clear();
     CLock lock(QueueLock);

@@ -21,16 +21,16 @@ enum class NoticeCode : std::uint32_t {
     FramesAvailable = 4,
 };
 
-/// A message for the session log (notice None), or a notice about the named resource.
-struct ProcessCommand {
+/// What waits in the queue: an event (notice None), or a notice about the named resource.
+struct QueuedCommand {
     NoticeCode notice = NoticeCode::None;
-    std::string text; ///< the message, or the resource's name
+    Event event; ///< of a notice only its subject, the resource's name
 };
 
 class CProcessCommand : public CMessageSink {
   public:
-    /// A message without a line end gets one, so that nothing reported is lost.
-    void Report(std::string message) override;
+    /// A text without a line end gets one, so that nothing reported is lost.
+    void Raise(Event event) override;
     /// A notice that still waits in the queue is not posted again.
     void PostNotice(NoticeCode notice, const std::string& resourceName);
     /// The notices of a pass that queued frames (status changed, frames available) with one
@@ -40,14 +40,14 @@ class CProcessCommand : public CMessageSink {
     /// Waits up to so many milliseconds for a command, then hands over all there are. False: none
     /// came. Rounds that follow one another at once rest a few milliseconds, but never longer than
     /// the given time.
-    bool Drain(std::vector<ProcessCommand>& commands, int milliseconds);
+    bool Drain(std::vector<QueuedCommand>& commands, int milliseconds);
     /// Makes a waiting Drain return at once.
     void Wake();
 
   private:
     CMutex QueueLock;
     CCondition Arrived;
-    std::vector<ProcessCommand> Commands GUARDED_BY(QueueLock);
+    std::vector<QueuedCommand> Commands GUARDED_BY(QueueLock);
     bool Woken GUARDED_BY(QueueLock) = false;
     bool LoopWaits GUARDED_BY(QueueLock) = false; ///< for a command, and nobody has woken it yet
     std::chrono::steady_clock::time_point LastDrained GUARDED_BY(QueueLock);

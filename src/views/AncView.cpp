@@ -51,13 +51,17 @@ bool CAncViewSettings::Load(const CProfileStore& store, const std::string& prefi
     return true;
 }
 
-CAncViewDlg::CAncViewDlg(CUserService& user, bool alarmSound) : User(user) {
-    Signal.sound = alarmSound;
+int CAncViewDlg::Refresh(const CQorViewDoc& doc) {
+    CRecursiveLock lock(doc.DocLock);
+    const CQorViewIns* instrument = doc.Find(doc.FindInstrument(Name));
+    if (instrument && instrument->Id != Shown)
+        Initialise(*instrument);
+    return Update(instrument);
 }
 
-void CAncViewDlg::Initialise(const CQorViewIns& instrument, int packageIndex, int instrumentIndex) {
-    Package = packageIndex;
-    Instrument = instrumentIndex;
+void CAncViewDlg::Initialise(const CQorViewIns& instrument) {
+    Name = instrument.Name();
+    Shown = instrument.Id;
     LastFrame = -1;
     Signal.blinkPhase = false;
     Visible = {};
@@ -117,13 +121,15 @@ void CAncViewDlg::UpdateSensorPage(const CQorViewIns& instrument) {
 
 void CAncViewDlg::UpdateDerivedPage(const CQorViewIns& instrument) {
     Signal.blinkPhase = !Signal.blinkPhase;
-    std::vector<DerivedRow> products;
-    Products.Read(instrument.Live, products);
-    for (std::size_t i = Visible.first; i < products.size() && Visible.Contains(i); ++i) {
+    Products.Read(instrument.Live, Rows);
+    Derived.beep = false;
+    for (std::size_t i = Visible.first; i < Rows.size() && Visible.Contains(i); ++i) {
         GridCell& cell = Derived.rows[i].value;
-        cell.text = DerivedText(products[i]);
-        if (products[i].kind == ANCDATATYPE::Tilt && products[i].value)
-            PaintWatched(Settings.TiltWarnings, *products[i].value, Signal, User, cell);
+        cell.text = DerivedText(Rows[i]);
+        if (Rows[i].kind != ANCDATATYPE::Tilt || !Rows[i].value)
+            PaintUnwatched(cell);
+        else if (PaintWatched(Settings.TiltWarnings, *Rows[i].value, Signal, cell))
+            Derived.beep = true;
     }
 }
 

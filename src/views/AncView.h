@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
 // The ancillary display of one instrument, apart from its window: a page of sensors and a page of
-// derived products (tilt, PAR). The window asks for an update at its own rate on the
-// user-interface thread, under the document's lock, and paints the page.
+// derived products (tilt, PAR). The window refreshes it at its own rate on the user-interface
+// thread and paints the page; a page that asks for the alarm sound is sounded by the window.
 #pragma once
 
 #include "products/DerivedRows.h"
-#include "session/QorViewIns.h"
+#include "session/QorViewDoc.h"
 #include "views/WarningRanges.h"
 #include "views/WindowPlace.h"
 
@@ -42,15 +42,21 @@ struct VisibleRows {
 
 class CAncViewDlg {
   public:
-    CAncViewDlg(CUserService& user, bool alarmSound);
+    explicit CAncViewDlg(bool alarmSound) { Signal.sound = alarmSound; }
 
     CAncViewSettings Settings;
 
-    /// Builds the rows of both pages and the title for an instrument of the session.
-    void Initialise(const CQorViewIns& instrument, int packageIndex, int instrumentIndex);
+    /// Shows the instrument of this name from now on.
+    void Show(const std::string& name) { Name = name; }
+    /// Updates from the session: looks the instrument up and, when another attachment has its name
+    /// (its definition was added again), begins afresh. As Update.
+    int Refresh(const CQorViewDoc& doc);
 
-    /// Fills the visible cells of the page that is shown from the instrument's current frame.
-    /// 1 when something was drawn; 0 when the instrument is gone (null) or has no new frame.
+    /// Builds the rows of both pages and the title for an instrument of the session.
+    void Initialise(const CQorViewIns& instrument);
+    /// Fills the visible cells of the page that is shown from the instrument's current frame, under
+    /// the document's lock. 1 when something was drawn; 0 when the instrument is gone (null) or has
+    /// no new frame.
     int Update(const CQorViewIns* instrument);
 
     void SetAlarmSound(bool on) { Signal.sound = on; }
@@ -67,9 +73,6 @@ class CAncViewDlg {
     /// The ranges that activating a row of the derived page lets the operator edit, or null.
     WarningRanges* RangesOfRow(std::size_t row);
 
-    int PackageIndex() const { return Package; }
-    int InstrumentIndex() const { return Instrument; }
-
   private:
     struct SensorRow {
         int sensor;
@@ -79,14 +82,15 @@ class CAncViewDlg {
     void UpdateSensorPage(const CQorViewIns& instrument);
     void UpdateDerivedPage(const CQorViewIns& instrument);
 
-    CUserService& User;
     AlarmSignal Signal;
     GridPage Sensors, Derived;
     std::vector<SensorRow> SensorRows;
     CInstrumentRows Products;
     VisibleRows Visible;
     std::int64_t LastFrame = -1;
-    int Package = -1, Instrument = -1;
+    std::string Name;
+    InstrumentId Shown = InstrumentId::None;
+    std::vector<DerivedRow> Rows; ///< its memory is used from update to update
 };
 
 } // namespace qor

@@ -32,6 +32,7 @@ struct GridRow {
 struct GridPage {
     std::string title;
     std::vector<GridRow> rows;
+    bool beep = false; ///< this update asks for the alarm sound
 };
 
 } // namespace qor

@@ -55,54 +55,57 @@ bool CPkgAncViewSettings::Load(const CProfileStore& store, const std::string& pr
     return true;
 }
 
-CPkgAncViewDlg::CPkgAncViewDlg(CUserService& user, VelocityState& velocity, bool alarmSound)
-    : User(user), Velocity(velocity) {
-    Signal.sound = alarmSound;
+int CPkgAncViewDlg::Refresh(const CQorViewDoc& doc) {
+    CRecursiveLock lock(doc.DocLock);
+    const CPackage* package = doc.Find(Shown);
+    if (!package)
+        return 0;
+    if (package->Attached != Attached)
+        Initialise(*package);
+    return Update(*package, doc.InputsOf(*package));
 }
 
-void CPkgAncViewDlg::Initialise(const std::string& packageName, Instruments instruments,
-                                const PackageSettings& package) {
+void CPkgAncViewDlg::Initialise(const CPackage& package) {
+    Shown = package.Id;
+    Attached = package.Attached;
     Signal.blinkPhase = false;
     Visible = {};
-    LastFrames.assign(instruments.size(), -1);
-    Products = CPackageRows(instruments, package);
-    Grid = {Format("Package %s - %s", packageName.c_str(), "Ancillary View"), {}};
-    for (const DerivedRow& row : Products.Rows())
+    LastFrames.assign(package.Live.size(), -1);
+    Grid = {Format("Package %s - %s", package.Name.c_str(), "Ancillary View"), {}};
+    for (const DerivedRow& row : package.Products.Rows())
         Grid.rows.push_back({row.label, row.units, {}});
+    SalinityText.clear();
+    if (package.Products.LacksSalinity(package.Settings))
+        SalinityText =
+            "The Instrument Package Ancillary View requires Salinity to calculate BETAp(x), "
+            "bbp(x) and bb(x).\r\nThe sensors required for calculating Salinity were not "
+            "found.\r\n\r\nPlease select the Instrument Package's Properties menu to specify a "
+            "Salinity value.";
 }
 
-void CPkgAncViewDlg::ReportMissingSalinity() {
-    if (!Products.LacksSalinity())
-        return;
-    User.ShowMessage(
-        "The Instrument Package Ancillary View requires Salinity to calculate BETAp(x), bbp(x) and "
-        "bb(x).\r\nThe sensors required for calculating Salinity were not found.\r\n\r\nPlease "
-        "select the Instrument Package's Properties menu to specify a Salinity value.");
-}
-
-int CPkgAncViewDlg::Update(Instruments instruments, const PackageSettings& package,
-                           double pressureOffset) {
+int CPkgAncViewDlg::Update(const CPackage& package, const CPackageRows::Inputs& inputs) {
     bool draw = false;
-    for (std::size_t i = 0; i < LastFrames.size() && i < instruments.size(); ++i) {
-        if (!instruments[i] || !instruments[i]->CurrentFrame())
+    for (std::size_t i = 0; i < LastFrames.size() && i < inputs.instruments.size(); ++i) {
+        const CLiveInstrument* instrument = inputs.instruments[i];
+        if (!instrument || !instrument->CurrentFrame())
             continue;
-        draw = draw || Redraw || instruments[i]->FrameNumber() != LastFrames[i];
-        LastFrames[i] = instruments[i]->FrameNumber();
+        draw = draw || Redraw || instrument->FrameNumber() != LastFrames[i];
+        LastFrames[i] = instrument->FrameNumber();
     }
     if (!draw)
         return 0;
     Redraw = false;
     Signal.blinkPhase = !Signal.blinkPhase;
-    std::vector<DerivedRow> products;
-    const CPackageRows::Inputs inputs{instruments, package, pressureOffset};
-    Products.Advance(inputs, Velocity);
-    Products.Read(inputs, products);
-    for (std::size_t i = Visible.first; i < products.size() && Visible.Contains(i); ++i) {
+    Grid.beep = false;
+    package.Products.Read(inputs, Rows);
+    for (std::size_t i = Visible.first; i < Rows.size() && Visible.Contains(i); ++i) {
         GridCell& cell = Grid.rows[i].value;
-        cell.text = DerivedText(products[i]);
-        const WarningRanges* ranges = RangesOf(Settings, products[i].kind);
-        if (ranges && products[i].value)
-            PaintWatched(*ranges, *products[i].value, Signal, User, cell);
+        cell.text = DerivedText(Rows[i]);
+        const WarningRanges* ranges = RangesOf(Settings, Rows[i].kind);
+        if (!ranges || !Rows[i].value)
+            PaintUnwatched(cell);
+        else if (PaintWatched(*ranges, *Rows[i].value, Signal, cell))
+            Grid.beep = true;
     }
     return 1;
 }
@@ -113,7 +116,7 @@ void CPkgAncViewDlg::SetVisibleRows(VisibleRows rows) {
 }
 
 WarningRanges* CPkgAncViewDlg::RangesOfRow(std::size_t row) {
-    return row < Products.Rows().size() ? RangesOf(Settings, Products.Rows()[row].kind) : nullptr;
+    return row < Rows.size() ? RangesOf(Settings, Rows[row].kind) : nullptr;
 }
 
 } // namespace qor

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
 // The ancillary display of a package, apart from its window: one row a derived product, five of
-// them watched. Called on the user-interface thread under the document's lock.
+// them watched. Refreshed by its window on the user-interface thread; the products are the
+// document's, which advances them.
 #pragma once
 
 #include "products/PackageRows.h"
@@ -27,24 +28,25 @@ struct CPkgAncViewSettings : WindowPlace {
 
 class CPkgAncViewDlg {
   public:
-    using Instruments = CPackageRows::Instruments;
-
-    /// The velocity state is the document's.
-    CPkgAncViewDlg(CUserService& user, VelocityState& velocity, bool alarmSound);
+    explicit CPkgAncViewDlg(bool alarmSound) { Signal.sound = alarmSound; }
 
     CPkgAncViewSettings Settings;
 
-    /// Builds the rows and the title for a package's instruments, in package order.
-    void Initialise(const std::string& packageName, Instruments instruments,
-                    const PackageSettings& package);
+    /// Shows this package from now on.
+    void Show(PackageId package) { Shown = package; }
+    /// Updates from the session: looks the package up and begins afresh when other attachments than
+    /// before carry its instruments' names. As Update.
+    int Refresh(const CQorViewDoc& doc);
 
-    /// Tells the operator when scattering cannot be computed for want of a salinity. To be called
-    /// after Initialise, without the document's lock.
-    void ReportMissingSalinity();
+    /// Builds the rows and the title for a package.
+    void Initialise(const CPackage& package);
+    /// Fills the visible cells from the latest frames, under the document's lock. 1 when something
+    /// was drawn, 0 when no instrument has a new frame.
+    int Update(const CPackage& package, const CPackageRows::Inputs& inputs);
 
-    /// Fills the visible cells from the instruments' current frames (null: no longer there). 1 when
-    /// something was drawn, 0 when no instrument has a new frame.
-    int Update(Instruments instruments, const PackageSettings& package, double pressureOffset);
+    /// What the operator is told when scattering cannot be computed for want of a salinity; else
+    /// empty. After Initialise or Refresh.
+    const std::string& MissingSalinity() const { return SalinityText; }
 
     void SetAlarmSound(bool on) { Signal.sound = on; }
     void SetVisibleRows(VisibleRows rows);
@@ -55,11 +57,12 @@ class CPkgAncViewDlg {
     WarningRanges* RangesOfRow(std::size_t row);
 
   private:
-    CUserService& User;
-    VelocityState& Velocity;
+    PackageId Shown = PackageId::None;
+    std::vector<InstrumentId> Attached;
+    std::string SalinityText;
     AlarmSignal Signal;
     GridPage Grid;
-    CPackageRows Products;
+    std::vector<DerivedRow> Rows;
     VisibleRows Visible;
     std::vector<std::int64_t> LastFrames; ///< of each instrument
     bool Redraw = false;

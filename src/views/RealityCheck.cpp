@@ -90,6 +90,8 @@ bool COSRCViewDlg::Initialise(const CQorViewIns& dut, const CQorViewIns& referen
     DutSeries = SeriesOf(dut.Definition());
     ReferenceSeries = SeriesOf(reference.Definition());
     LastDutFrame = LastReferenceFrame = NoFrame;
+    ShownDut = dut.Id;
+    ShownReference = reference.Id;
     for (const auto& [series, instrument] :
          {std::pair{&DutSeries, &dut}, std::pair{&ReferenceSeries, &reference}})
         if (series->empty()) {
@@ -116,6 +118,16 @@ const OpticalSeries& COSRCViewDlg::Chosen(OsrcDisplay display) const {
         display == OsrcDisplay::Reference ? Settings.REFSelection : Settings.DUTSelection;
     const bool inRange = index >= 0 && static_cast<std::size_t>(index) < series.size();
     return series[inRange ? static_cast<std::size_t>(index) : 0];
+}
+
+int COSRCViewDlg::Refresh(CQorViewDoc& doc) {
+    CRecursiveLock lock(doc.DocLock);
+    const CQorViewIns* dut = doc.RoleInstrument(InstrumentRole::DeviceUnderTest);
+    const CQorViewIns* reference = doc.RoleInstrument(InstrumentRole::Reference);
+    if (dut && reference && (dut->Id != ShownDut || reference->Id != ShownReference) &&
+        !Initialise(*dut, *reference, doc))
+        return 0;
+    return Update(dut, reference);
 }
 
 int COSRCViewDlg::Update(const CQorViewIns* dut, const CQorViewIns* reference) {
@@ -216,28 +228,29 @@ bool COSRCViewDlg::SetLimit(std::string_view text) {
     return true;
 }
 
-COSRCViewDlg* OpenRealityCheck(std::unique_ptr<COSRCViewDlg>& view, const CQorViewIns* dut,
-                               const CQorViewIns* reference, CUserService& user,
-                               CMessageSink& sink) {
-    if (!dut) {
-        user.ShowMessage("Unable to initialize Optical Systems Reality Check.\r\n"
-                         "No DUT instrument has been specified.");
-        return nullptr;
+COSRCViewDlg* OpenRealityCheck(std::unique_ptr<COSRCViewDlg>& view, CQorViewDoc& doc) {
+    const char* refusal = nullptr;
+    {
+        CRecursiveLock lock(doc.DocLock);
+        const CQorViewIns* dut = doc.RoleInstrument(InstrumentRole::DeviceUnderTest);
+        const CQorViewIns* reference = doc.RoleInstrument(InstrumentRole::Reference);
+        if (!dut) {
+            refusal = "No DUT instrument has been specified.";
+        } else if (!reference) {
+            refusal = "No REFERENCE instrument has been specified.";
+        } else if (!view) {
+            view = std::make_unique<COSRCViewDlg>();
+            if (!view->Initialise(*dut, *reference, doc)) {
+                view.reset();
+                refusal = "See the session log for details.";
+            }
+        }
     }
-    if (!reference) {
-        user.ShowMessage("Unable to initialize Optical Systems Reality Check.\r\n"
-                         "No REFERENCE instrument has been specified.");
-        return nullptr;
-    }
-    if (view)
+    if (!refusal)
         return view.get();
-    view = std::make_unique<COSRCViewDlg>();
-    if (!view->Initialise(*dut, *reference, sink)) {
-        view.reset();
-        user.ShowMessage("Unable to initialize Optical Systems Reality Check.\r\n"
-                         "See the session log for details.");
-    }
-    return view.get();
+    doc.User.ShowMessage(std::string("Unable to initialize Optical Systems Reality Check.\r\n") +
+                         refusal);
+    return nullptr;
 }
 
 } // namespace qor

@@ -8,7 +8,7 @@
 
 #include "base/MessageSink.h"
 #include "products/Spectrum.h"
-#include "session/QorViewIns.h"
+#include "session/QorViewDoc.h"
 #include "session/UserService.h"
 #include "views/PlotPage.h"
 #include "views/WindowPlace.h"
@@ -60,6 +60,10 @@ class COSRCViewDlg {
     /// Finds the series of both instruments. False (reported) when one has none.
     bool Initialise(const CQorViewIns& dut, const CQorViewIns& reference, CMessageSink& sink);
 
+    /// Updates from the session: looks the instruments of the two roles up and finds their series
+    /// anew when others have taken their places. As Update.
+    int Refresh(CQorViewDoc& doc);
+
     /// Draws the displays that are on from the current frames. 1 when something was drawn; 0 when
     /// an instrument is gone (null) or neither has a new frame.
     int Update(const CQorViewIns* dut, const CQorViewIns* reference);
@@ -91,13 +95,12 @@ class COSRCViewDlg {
     std::vector<OpticalSeries> DutSeries, ReferenceSeries;
     std::array<PlotPage, 3> Pages;
     std::int64_t LastDutFrame = -1, LastReferenceFrame = -1;
+    InstrumentId ShownDut = InstrumentId::None, ShownReference = InstrumentId::None;
 };
 
-/// Opens the check: the window that is there already, or a new one in `view` for the two
-/// instruments (null when nobody has the role). Null when it cannot be opened; the operator was
-/// told.
-COSRCViewDlg* OpenRealityCheck(std::unique_ptr<COSRCViewDlg>& view, const CQorViewIns* dut,
-                               const CQorViewIns* reference, CUserService& user,
-                               CMessageSink& sink);
+/// Opens the check: the window that is there already, or a new one in `view` for the instruments of
+/// the two roles. Null when it cannot be opened; the operator was told. Without the document's
+/// lock.
+COSRCViewDlg* OpenRealityCheck(std::unique_ptr<COSRCViewDlg>& view, CQorViewDoc& doc);
 
 } // namespace qor

@@ -70,26 +70,27 @@ WatchState Classify(const WarningRanges& ranges, double value) {
     return WatchState::Normal;
 }
 
-WatchState PaintWatched(const WarningRanges& ranges, double value, const AlarmSignal& signal,
-                        CUserService& user, GridCell& cell) {
-    const WatchState state = Classify(ranges, value);
-    switch (state) {
+bool PaintWatched(const WarningRanges& ranges, double value, const AlarmSignal& signal,
+                  GridCell& cell) {
+    switch (Classify(ranges, value)) {
     case WatchState::Alarm:
         cell.background = signal.blinkPhase ? Red : Black;
         cell.textColour = Cyan;
-        if (signal.blinkPhase && signal.sound)
-            user.Beep(BeepKind::Asterisk);
-        break;
+        return signal.blinkPhase && signal.sound;
     case WatchState::Warning:
         cell.background = Yellow;
         cell.textColour = Black;
         break;
     case WatchState::Normal:
-        cell.background = Black;
-        cell.textColour = Yellow;
+        PaintUnwatched(cell);
         break;
     }
-    return state;
+    return false;
+}
+
+void PaintUnwatched(GridCell& cell) {
+    cell.background = Black;
+    cell.textColour = Yellow;
 }
 
 CAncWarningsDlg::CAncWarningsDlg(const WarningRanges& ranges, std::string_view quantity)

@@ -52,9 +52,12 @@ struct AlarmSignal {
     bool sound = false;
 };
 
-/// Colours the cell by the value's state and beeps for an alarm in the lit blink phase.
-WatchState PaintWatched(const WarningRanges& ranges, double value, const AlarmSignal& signal,
-                        CUserService& user, GridCell& cell);
+/// Colours the cell by the value's state. True when it asks for the alarm sound: an alarm in the
+/// lit blink phase.
+bool PaintWatched(const WarningRanges& ranges, double value, const AlarmSignal& signal,
+                  GridCell& cell);
+/// The colours of a cell that has no value to watch.
+void PaintUnwatched(GridCell& cell);
 
 /// The dialog in which the ranges of one quantity are edited, apart from its widgets: what its
 /// fields show, and what OK does.

@@ -17,9 +17,14 @@ namespace qor {
 
 class CCollectingSink : public CMessageSink {
   public:
-    void Report(std::string message) override {
+    void Raise(Event event) override {
         CLock held(Guard);
-        Collected.push_back(std::move(message));
+        Collected.push_back(std::move(event.text));
+        Kinds.push_back(event.kind);
+    }
+    std::size_t Count(EventKind kind) const {
+        CLock held(Guard);
+        return static_cast<std::size_t>(std::count(Kinds.begin(), Kinds.end(), kind));
     }
     std::vector<std::string> Messages() const {
         CLock held(Guard);
@@ -38,6 +43,7 @@ class CCollectingSink : public CMessageSink {
   private:
     mutable CMutex Guard;
     std::vector<std::string> Collected GUARDED_BY(Guard);
+    std::vector<EventKind> Kinds GUARDED_BY(Guard);
 };
 
 } // namespace qor

@@ -30,7 +30,8 @@ class CViewedInstrument {
     /// Lines of "TYPE ID UNITS"; optical ones (ES, ED, LU, EU) get an optical fit.
     explicit CViewedInstrument(const std::vector<std::string>& sensors,
                                const std::string& more = {})
-        : Definition(DefineFixed(Lines(sensors) + more)), Instrument(*Definition, "COM1", Sink) {}
+        : Definition(DefineFixed(Lines(sensors) + more)),
+          Instrument(*Definition, NextId(), "COM1", Sink) {}
 
     CQorViewIns& Ins() { return Instrument; }
     const CLiveInstrument& Live() { return Instrument.Live; }
@@ -50,6 +51,10 @@ class CViewedInstrument {
     }
 
   private:
+    static InstrumentId NextId() {
+        static std::uint32_t last = 0;
+        return InstrumentId{++last};
+    }
     static std::string Lines(const std::vector<std::string>& sensors) {
         std::string text;
         for (const std::string& sensor : sensors) {

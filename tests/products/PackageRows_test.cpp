@@ -1,17 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "fakes/ManualClock.h"
-#include "fakes/ScriptedUser.h"
 #include "fakes/ViewedInstrument.h"
 #include "products/PackageRows.h"
-#include "session/AcquisitionLoop.h"
-#include "session/PackageList.h"
-#include "views/PkgAncView.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <fstream>
-#include <sstream>
 
 namespace qor {
 namespace {
@@ -93,103 +86,16 @@ TEST(PackageRows, ScatteringWithoutSalinitySensorsTakesTheDefaultOrNothing) {
     CViewedInstrument meter({"BETA 500 x"});
     const std::vector<const CLiveInstrument*> all{&meter.Live()};
     PackageSettings settings;
-    VelocityState velocity;
     meter.Send({0.01});
-    EXPECT_TRUE(CPackageRows(all, settings).LacksSalinity());
+    EXPECT_TRUE(CPackageRows(all, settings).LacksSalinity(settings));
     std::vector<DerivedRow> rows;
     CPackageRows(all, settings).Read({all, settings, 0}, rows);
     EXPECT_FALSE(rows[0].value);
     settings.UseDefSalinity = true;
     settings.DefaultSalinity = 30;
-    EXPECT_FALSE(CPackageRows(all, settings).LacksSalinity());
+    EXPECT_FALSE(CPackageRows(all, settings).LacksSalinity(settings));
     CPackageRows(all, settings).Read({all, settings, 0}, rows);
     EXPECT_EQ(rows[0].value, 0.01 - SeawaterScattering(500, 30));
-
-    CScriptedUser user;
-    CPkgAncViewDlg view(user, velocity, false);
-    view.Initialise("P", all, settings);
-    view.ReportMissingSalinity();
-    EXPECT_TRUE(user.TakeMessages().empty());
-    settings.UseDefSalinity = false;
-    view.Initialise("P", all, settings);
-    view.ReportMissingSalinity();
-    EXPECT_EQ(user.TakeMessages().size(), 1u);
-}
-
-TEST_F(PackageRowsTest, TheDisplayWatchesFiveRowsAndDrawsAFrameOnce) {
-    CScriptedUser user;
-    CPkgAncViewDlg view(user, Velocity, true);
-    view.Settings.DepthWarnings.AlarmEnabled = 1;
-    view.Initialise("Cast", All, Settings);
-    EXPECT_EQ(view.Update(All, Settings, 0), 0);
-    Cast(300, 0);
-    EXPECT_EQ(view.Update(All, Settings, 0), 1);
-    EXPECT_EQ(view.Update(All, Settings, 0), 0);
-    EXPECT_EQ(view.Page().rows[1].value, (GridCell{"300.00", 0xFFFF00, 0x0000FF}));
-    Cast(300, 1);
-    view.Update(All, Settings, 0);
-    EXPECT_EQ(view.Page().rows[1].value, (GridCell{"300.00", 0xFFFF00, 0x000000}));
-    EXPECT_EQ(user.Asterisks, 1);
-
-    // The radiometer alone has news: that is an update too. Rows out of sight keep what they
-    // showed.
-    view.SetVisibleRows({7, 8});
-    Radiometer.Send({NAN, 1, 1, 1});
-    EXPECT_EQ(view.Update(All, Settings, 0), 1);
-    EXPECT_EQ(view.Page().rows[7].value.text, ConversionStatusText(ConversionStatus::NotFinite));
-    EXPECT_EQ(view.Page().rows[1].value.background, Black);
-
-    auto& settings = view.Settings;
-    const WarningRanges* ranges[] = {&settings.TiltWarnings, &settings.DepthWarnings,
-                                     &settings.VelWarnings,  &settings.TempWarnings,
-                                     &settings.SalWarnings,  nullptr};
-    for (std::size_t row = 0; row < std::size(ranges); ++row)
-        EXPECT_EQ(view.RangesOfRow(row), ranges[row]) << row;
-    EXPECT_EQ(view.RangesOfRow(99), nullptr);
-}
-
-// What the operator saw every ten metres.
-TEST(TheCastPage, ShowsWhatTheOperatorSawEveryTenMetres) {
-    const std::string source = QORVIEW_SOURCE_DIR;
-    CManualClock clock;
-    CScriptedUser user;
-    CMemoryProfileStore profile;
-    CQorViewDoc doc(clock, MakeSystemSerialPort, user, profile);
-    CPackageList packages(doc);
-    CAcquisitionLoop loop(doc);
-    int file = doc.AddFileResource(source + "/examples/cast.raw");
-    CPackage* package = packages.AddPackage(source + "/examples/cast.sip", file);
-    ASSERT_NE(package, nullptr);
-    package->Settings.SaturationIrradiance = 200.0;
-    doc.SetImmersed("QOREDW118", true);
-    doc.SetImmersed("QORLUW119", true);
-
-    CPkgAncViewDlg view(user, packages.Velocity, false);
-    view.Settings.TempWarnings.WarnEnabled = 1; // the surface layer is a warning
-    view.Settings.TempWarnings.WarnMin = 15.0;
-    view.Initialise(package->Name, packages.InstrumentsOf(*package), package->Settings);
-    std::string seen;
-    double next = 5.0;
-    const auto onFrame = [&](int, CQorViewIns& instrument, const FrameCheckResult&) {
-        view.Update(packages.InstrumentsOf(*package), package->Settings, 0.0);
-        const CSensor* pressure = instrument.Definition().NextSensor("PRES");
-        double depth = 0.0;
-        if (pressure && instrument.Live.Value(*pressure, depth) == ConversionStatus::Good &&
-            depth >= next) {
-            seen += PageText(view.Page());
-            next += 10.0;
-        }
-    };
-    {
-        CRecursiveLock lock(doc.DocLock);
-        doc.OnFrame = onFrame;
-    }
-    EXPECT_EQ(loop.PlayFile(file), 4400u);
-
-    std::ifstream golden(source + "/tests/golden/cast/pages.txt", std::ios::binary);
-    std::stringstream expected;
-    expected << golden.rdbuf();
-    EXPECT_EQ(seen, expected.str());
 }
 
 } // namespace

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
 // The loop that brings frames from ports and files to the log and messages to the session log.
-#include "SessionFixture.h"
 #include "fakes/ScriptedPort.h"
+#include "fakes/SessionFixture.h"
 #include "session/AcquisitionLoop.h"
 #include "telemetry/RawLogFormat.h"
 
@@ -41,7 +41,7 @@ TEST_F(ALoop, ALostNoticeAndADisconnectionLoseNoFrame) {
     ASSERT_TRUE(Begin());
     ASSERT_TRUE(Doc.ConnectAll());
     Script.Bytes(Frames("PRO", 0, 20)).Played();
-    std::vector<ProcessCommand> lost;
+    std::vector<QueuedCommand> lost;
     Doc.Controller()->Commands().Drain(lost, 0);
     EXPECT_TRUE(Loop.Step(0));
     EXPECT_EQ(pro->FramesReceived, 20u);
@@ -70,23 +70,22 @@ TEST_F(ALoop, StepTicksOnceASecondOfTheMonotonicClock) {
 class APlayback : public ALoop {
   protected:
     /// Two tagged instruments and an untagged GPS on one resource, with time stamps between.
-    void SetUpInstruments(CQorViewDoc& doc, int resource) {
+    void SetUpInstruments(CQorViewDoc& doc, ResourceId resource) {
         for (const char* name : {"PRO", "REF", "GPS"})
-            ASSERT_NE(
+            ASSERT_TRUE(
                 doc.AddInstrument(Temp.Put(std::string(name) + ".cal", CounterDefinition(name)),
                                   resource)
-                    .instrument,
-                nullptr);
-        doc.SetRole(InstrumentRole::Gps, resource, 2);
+                    .Added());
+        doc.SetRole(InstrumentRole::Gps, doc.FindInstrument("GPS"));
     }
     std::string WriteLog(int rounds) {
         SetUpInstruments(Doc, Port);
         EXPECT_TRUE(Begin("first.raw"));
         for (int i = 0; i < rounds; ++i) {
-            Offer(*Doc.FindInstrument("PRO"), {CounterFrame("PRO", i % 256)});
-            Offer(*Doc.FindInstrument("GPS"), {CounterFrame("GPS", i % 256)});
+            Offer(*Find("PRO"), {CounterFrame("PRO", i % 256)});
+            Offer(*Find("GPS"), {CounterFrame("GPS", i % 256)});
             Clock.Advance(7);
-            Offer(*Doc.FindInstrument("REF"), {CounterFrame("REF", i % 256)});
+            Offer(*Find("REF"), {CounterFrame("REF", i % 256)});
         }
         EXPECT_TRUE(Doc.RawLog.EndLogFile(true));
         return Folder + "first.raw";
@@ -96,8 +95,8 @@ class APlayback : public ALoop {
 TEST_F(APlayback, LogReplayLogGivesTheSameBytes) {
     const std::string first = WriteLog(300);
     CQorViewDoc replay(Clock, Script.Factory(), User, Profile);
-    int file = replay.AddFileResource(first);
-    ASSERT_EQ(file, 0);
+    const ResourceId file = replay.AddFileResource(first);
+    ASSERT_NE(file, ResourceId::None);
     SetUpInstruments(replay, file);
     {
         CRecursiveLock lock(replay.DocLock);
@@ -109,13 +108,13 @@ TEST_F(APlayback, LogReplayLogGivesTheSameBytes) {
     }
     ASSERT_TRUE(replay.RawLog.BeginLogFile());
     CAcquisitionLoop loop(replay);
-    while (replay.IsPlaying())
+    while (replay.Acquisition.IsPlaying())
         loop.Step(0);
-    EXPECT_EQ(replay.StatusOf(file).frames, 900u);
+    EXPECT_EQ(replay.Snapshot().resources[0].frames, 900u);
     ASSERT_TRUE(replay.RawLog.EndLogFile(true));
     EXPECT_EQ(Data(Folder + "second.raw"), Data(first));
-    EXPECT_EQ(replay.StatusOf(file).dropped, 0u);
-    EXPECT_EQ(replay.StatusOf(file).figures.bytesDiscarded, 0u);
+    EXPECT_EQ(replay.Snapshot().resources[0].dropped, 0u);
+    EXPECT_EQ(replay.Snapshot().resources[0].figures.bytesDiscarded, 0u);
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "SessionFixture.h"
 #include "fakes/DefinedInstrument.h"
+#include "fakes/SessionFixture.h"
 #include "session/PackageList.h"
 
 namespace qor {
@@ -22,43 +22,84 @@ class PackageListTest : public ASession {
         return loaded;
     }
 
-    CPackageList List{Doc};
+    CPackageList& List = Doc.Packages;
+
+    std::size_t Count() {
+        CRecursiveLock lock(Doc.DocLock);
+        return Doc.PackageTable.size();
+    }
 };
 
 TEST_F(PackageListTest, APackageBringsItsInstrumentsAndTakesThemAway) {
-    CPackage* package = List.AddPackage(Loaded({"PRO", "REF"}), Port);
-    ASSERT_NE(package, nullptr);
-    EXPECT_THAT(package->Instruments, ElementsAre("PRO", "REF"));
+    const PackageId package = List.AddPackage(Loaded({"PRO", "REF"}), Port);
+    ASSERT_NE(package, PackageId::None);
     EXPECT_EQ(List.PackageOf("REF"), package);
-    EXPECT_EQ(List.PackageOf("OTHER"), nullptr);
-    EXPECT_THAT(List.InstrumentsOf(*package),
-                ElementsAre(&Doc.FindInstrument("PRO")->Live, &Doc.FindInstrument("REF")->Live));
+    EXPECT_EQ(List.PackageOf("OTHER"), PackageId::None);
+    {
+        CRecursiveLock lock(Doc.DocLock);
+        EXPECT_THAT(Doc.Find(package)->Instruments, ElementsAre("PRO", "REF"));
+        EXPECT_THAT(Doc.Find(package)->Live, ElementsAre(&Find("PRO")->Live, &Find("REF")->Live));
+    }
+    // The package knows when one of its instruments goes, and when its name comes back.
+    EXPECT_EQ(Doc.RemoveInstrument(Find("PRO")->Id), CommResult::Success);
+    {
+        CRecursiveLock lock(Doc.DocLock);
+        EXPECT_THAT(Doc.Find(package)->Live, ElementsAre(nullptr, &Find("REF")->Live));
+    }
+    Add("PRO", Port);
 
     User.AnswersYes = false;
     EXPECT_FALSE(List.RemovePackage(package));
-    EXPECT_EQ(List.Count(), 1u);
+    EXPECT_EQ(Count(), 1u);
     User.AnswersYes = true;
     EXPECT_TRUE(List.RemovePackage(package));
     EXPECT_THAT(User.TakeQuestions(),
                 ElementsAre("Are you sure you want to remove the package Cast?",
                             "Are you sure you want to remove the package Cast?"));
-    EXPECT_EQ(Doc.FindInstrument("PRO"), nullptr);
-    EXPECT_FALSE(
-        List.RemovePackage(package)); // not there: the session log says so, nobody is asked
+    EXPECT_EQ(Doc.FindInstrument("PRO"), InstrumentId::None);
+    // Not there: the session log says so, nobody is asked.
+    EXPECT_FALSE(List.RemovePackage(package));
     EXPECT_THAT(User.TakeQuestions(), IsEmpty());
 }
 
+TEST_F(PackageListTest, APackageThatGoesWhileItsRemovalIsAskedAboutIsNotMissed) {
+    const PackageId package = List.AddPackage(Loaded({"PRO"}), Port);
+    bool asked = false;
+    User.WhileAsked = [&] {
+        if (std::exchange(asked, true))
+            return;
+        EXPECT_TRUE(List.RemovePackage(package));
+    };
+    EXPECT_FALSE(List.RemovePackage(package));
+    EXPECT_EQ(Count(), 0u);
+}
+
+TEST_F(PackageListTest, CalibrationModeLocksTheList) {
+    const PackageId package = List.AddPackage(Loaded({"PRO"}), Port);
+    Set(&CQorViewDoc::CalibrationMode, true);
+    EXPECT_EQ(List.AddPackage(Loaded({"REF"}), Port), PackageId::None);
+    EXPECT_FALSE(List.AddFile(Temp.Put("NEW.cal", CounterDefinition("NEW")), Port));
+    EXPECT_FALSE(List.RemovePackage(package));
+    const std::string locked =
+        "The Instrument Package List cannot be modified while in Calibration Mode.";
+    EXPECT_THAT(User.TakeMessages(), ElementsAre(locked, locked, locked));
+    EXPECT_THAT(User.TakeQuestions(), IsEmpty());
+    EXPECT_EQ(Count(), 1u);
+    EXPECT_EQ(Doc.FindInstrument("NEW"), InstrumentId::None);
+}
+
 TEST_F(PackageListTest, APackageWithoutInstrumentsIsNotKept) {
-    ASSERT_NE(List.AddPackage(Loaded({"PRO"}), Port), nullptr);
+    ASSERT_NE(List.AddPackage(Loaded({"PRO"}), Port), PackageId::None);
     std::vector<RefusedMember> refused;
-    EXPECT_EQ(List.AddPackage(Loaded({"PRO"}), Port, &refused), nullptr); // the name is taken
+    EXPECT_EQ(List.AddPackage(Loaded({"PRO"}), Port, {}, &refused),
+              PackageId::None); // the name is taken
     ASSERT_EQ(refused.size(), 1u);
     EXPECT_EQ(refused[0].name, "PRO.cal");
-    EXPECT_EQ(refused[0].added.comm, CommResult::InstrumentAlreadyDefined);
+    EXPECT_EQ(refused[0].comm, CommResult::InstrumentAlreadyDefined);
     EXPECT_THAT(
         User.TakeMessages(),
         ElementsAre("The Instrument Package file: cast.sip \r\ncontains no valid Instruments."));
-    EXPECT_EQ(List.Count(), 1u);
+    EXPECT_EQ(Count(), 1u);
 }
 
 TEST_F(PackageListTest, APortRunsAtThePackagesSpeed) {

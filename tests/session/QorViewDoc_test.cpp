@@ -2,7 +2,7 @@
 //
 // The document's lists: what can be added and removed, what is refused and reported, and how roles
 // and frames follow.
-#include "SessionFixture.h"
+#include "fakes/SessionFixture.h"
 
 namespace qor {
 namespace {
@@ -15,52 +15,62 @@ TEST_F(ADocument, RefusedAdditionsAreReportedAndChangeNothing) {
     Add("PRO", Port);
     Reported();
     CommResult result{};
-    EXPECT_EQ(Doc.AddSerialResource({.portName = "PORT1", .globalSyncString = ""}, &result), -1);
+    EXPECT_EQ(Doc.AddSerialResource({.portName = "PORT1", .globalSyncString = ""}, &result),
+              ResourceId::None);
     EXPECT_EQ(result, CommResult::ResourceAlreadyDefined);
     EXPECT_THAT(Reported(), HasSubstr("Unable to add communications resource: PORT1.|"));
-    EXPECT_EQ(Doc.AddFileResource(Folder + "none.raw", {}, &result), -1);
+    EXPECT_EQ(Doc.AddFileResource(Folder + "none.raw", {}, &result), ResourceId::None);
     EXPECT_EQ(result, CommResult::FileError);
     EXPECT_EQ(Reported(), "Unable to add communications resource: " + Folder +
                               "none.raw.|\tThe file could not be found.|");
 
     AddedInstrument twice = Doc.AddInstrument(Folder + "PRO.cal", Port);
-    EXPECT_EQ(twice.instrument, nullptr);
+    EXPECT_FALSE(twice.Added());
     EXPECT_EQ(twice.comm, CommResult::InstrumentAlreadyDefined);
     EXPECT_THAT(Reported(), HasSubstr("\tThe instrument has already been defined.|"));
-    AddedInstrument nowhere = Doc.AddInstrument(Temp.Put("NEW.cal", CounterDefinition("NEW")), 5);
-    EXPECT_EQ(nowhere.instrument, nullptr);
+    AddedInstrument nowhere =
+        Doc.AddInstrument(Temp.Put("NEW.cal", CounterDefinition("NEW")), ResourceId{77});
+    EXPECT_FALSE(nowhere.Added());
     EXPECT_EQ(nowhere.comm, CommResult::ResourceReference);
     EXPECT_THAT(Reported(), HasSubstr("\tThe communications resource reference is invalid.|"));
-    EXPECT_EQ(Doc.FiguresOf(-1).size(), 1u);
-    EXPECT_EQ(Doc.ResourceCount(), 1u);
+    ASSERT_EQ(Doc.Snapshot().resources.size(), 1u);
+    EXPECT_EQ(Doc.Snapshot().resources[0].instruments.size(), 1u);
 }
 
-TEST_F(ADocument, RolesAndFramesFollowWhenOthersAreRemoved) {
-    Add("A", Port);
+TEST_F(ADocument, HandlesRolesAndFramesOutliveTheRemovalOfOthers) {
+    const InstrumentId a = Add("A", Port)->Id;
     CQorViewIns* b = Add("B", Port);
-    int second = Doc.AddSerialResource({.portName = "PORT2", .globalSyncString = ""});
+    const ResourceId second = Doc.AddSerialResource({.portName = "PORT2", .globalSyncString = ""});
     CQorViewIns* c = Add("C", second);
-    Doc.SetRole(InstrumentRole::Profiler, Port, 1);
-    Doc.SetRole(InstrumentRole::Reference, second, 0);
-    Doc.SetRole(InstrumentRole::Tracker, Port, 0);
-    EXPECT_EQ(Doc.RemoveInstrument(Port, 0), CommResult::Success);
-    EXPECT_EQ(Doc.Role(InstrumentRole::Profiler).instrument, 0);
-    EXPECT_FALSE(Doc.Role(InstrumentRole::Tracker).Assigned());
+    Doc.SetRole(InstrumentRole::Profiler, b->Id);
+    Doc.SetRole(InstrumentRole::Reference, c->Id);
+    Doc.SetRole(InstrumentRole::Tracker, a);
+    EXPECT_EQ(Doc.RemoveInstrument(a), CommResult::Success);
+    EXPECT_EQ(Doc.Role(InstrumentRole::Profiler), b->Id);
+    EXPECT_EQ(Doc.Role(InstrumentRole::Tracker), InstrumentId::None);
+    EXPECT_EQ(Find(a), nullptr);
     Offer(*b, {CounterFrame("B", 1)});
     EXPECT_EQ(b->FramesReceived, 1u);
 
     EXPECT_EQ(Doc.RemoveResource(Port), CommResult::Success);
-    EXPECT_EQ(Doc.Role(InstrumentRole::Reference).resource, 0);
-    EXPECT_FALSE(Doc.Role(InstrumentRole::Profiler).Assigned());
-    RoleHolder place;
-    EXPECT_EQ(Doc.FindInstrument("C", &place), c);
-    EXPECT_EQ(place.resource, 0);
-    EXPECT_EQ(Doc.FindInstrument("B"), nullptr);
+    EXPECT_EQ(Doc.Role(InstrumentRole::Reference), c->Id);
+    EXPECT_EQ(Doc.Role(InstrumentRole::Profiler), InstrumentId::None);
+    EXPECT_EQ(Find("C"), c);
+    EXPECT_EQ(Doc.FindInstrument("B"), InstrumentId::None);
     Offer(*c, {CounterFrame("C", 1), CounterFrame("C", 3)});
-    EXPECT_EQ(Doc.StatusOf(0).frames, 2u);
-    EXPECT_EQ(Doc.StatusOf(0).dropped, 1u);
-    EXPECT_EQ(Doc.RemoveResource(1), CommResult::ResourceReference);
-    EXPECT_EQ(Doc.RemoveInstrument(0, 1), CommResult::InstrumentReference);
+    const SessionSnapshot now = Doc.Snapshot();
+    ASSERT_NE(now.Find(second), nullptr);
+    EXPECT_EQ(now.Find(Port), nullptr);
+    EXPECT_EQ(now.Find(second)->frames, 2u);
+    EXPECT_EQ(now.Find(second)->dropped, 1u);
+    EXPECT_EQ(Doc.RemoveResource(Port), CommResult::ResourceReference);
+    EXPECT_EQ(Doc.RemoveInstrument(a), CommResult::InstrumentReference);
+
+    // The name comes back, the handle does not.
+    EXPECT_EQ(Doc.RemoveInstrument(c->Id), CommResult::Success);
+    CQorViewIns* again = Add("C", second);
+    EXPECT_EQ(Doc.Role(InstrumentRole::Reference), InstrumentId::None);
+    EXPECT_NE(again->Id, a);
 }
 
 } // namespace

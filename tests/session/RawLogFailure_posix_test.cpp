@@ -3,8 +3,8 @@
 // What the disk can do to a raw log: no folder, no right, a file held elsewhere, no room. A limit
 // on the size of files stands in for a full disk.
 #if !defined(_WIN32)
-#include "SessionFixture.h"
 #include "fakes/CollectingSink.h"
+#include "fakes/SessionFixture.h"
 
 #include <csignal>
 #include <sys/resource.h>
@@ -64,6 +64,7 @@ TEST_F(AFailingDisk, DiskFullInTheHeaderAbandonsTheLog) {
                             "aborted.\r\nSee the session log for details."));
     EXPECT_THAT(Reported(), testing::EndsWith("|Error writing to log file: The disk is full..|"));
     EXPECT_FALSE(Doc.RawLog.Status().logOpen);
+    EXPECT_FALSE(std::filesystem::exists(Folder + "cast.raw")) << "it would block its own name";
 }
 
 TEST_F(AFailingDisk, DiskFullEndsTheLogWithAWholeRecordAndStopsTheRun) {
@@ -84,14 +85,15 @@ TEST_F(AFailingDisk, DiskFullEndsTheLogWithAWholeRecordAndStopsTheRun) {
     Offer(*pro, {CounterFrame("PRO", 6)});
     LimitFiles(RLIM_INFINITY);
     EXPECT_EQ(Content(Folder + "cast.raw").size(), 2304u + 2 * 13);
-    EXPECT_EQ(Reported(), "Error writing to log file: The disk is full..|End log file: \"" +
-                              Folder + "cast.raw\".|");
+    EXPECT_EQ(Reported(), "Error writing to log file: The disk is full..|"
+                          "3 frames were received and not stored in \"" +
+                              Folder + "cast.raw\".|End log file: \"" + Folder + "cast.raw\".|");
     LogStatus status = Doc.RawLog.Status();
     EXPECT_FALSE(status.loggingActive || status.intervalRun || status.waitingForNextLog);
     EXPECT_TRUE(status.runFailed);
     EXPECT_EQ(status.framesLogged, 2u);
     EXPECT_EQ(status.framesOffered, 3u);
-    EXPECT_EQ(pro->FramesThisLog, 3u);
+    EXPECT_EQ(FramesThisLog(*pro), 3u);
     EXPECT_EQ(pro->FramesReceived, 6u);
 }
 
@@ -108,8 +110,8 @@ TEST_F(AFailingDisk, SessionLogGoesOnInMemoryAfterAWriteFailure) {
     Doc.SessionLog.SetFile(true, Folder);
     Doc.SessionLog.OpenSessionLog();
     LimitFiles(10);
-    Doc.AddSessionLogEntry("A\r\n");
-    Doc.AddSessionLogEntry("B\r\n");
+    Doc.SessionLog.AddSessionLogEntry("A\r\n");
+    Doc.SessionLog.AddSessionLogEntry("B\r\n");
     LimitFiles(RLIM_INFINITY);
     EXPECT_THAT(User.TakeMessages(),
                 ElementsAre("An error occured while writing to the session log file:\r\n\"" +

@@ -2,7 +2,7 @@
 //
 // Raw logs: names and questions, the header block to the byte, frames and their tags, interval
 // runs.
-#include "SessionFixture.h"
+#include "fakes/SessionFixture.h"
 
 namespace qor {
 namespace {
@@ -49,9 +49,9 @@ TEST_F(ARawLog, HeaderWithoutRolesAndOptionsHasEighteenRecords) {
                   "calm (COMMENT)|ST1 (STATION-ID)|AA (CAST)|Tue May 03 14:23:05 2005 (TIME-STAMP)|"
                   "NONE (MODE)|OFF (PRESSURE-TARE)|OFF (TIMETAG)|ON (DATETAG)|ON (TIMETAG2)|"
                   "OFF (PROFILER)|OFF (REFERENCE)|OFF (PRO-DARK)|OFF (REF-DARK)|");
-    Doc.SetRole(InstrumentRole::Profiler, 7, 3); // where no instrument is
-    EXPECT_EQ(Doc.Role(9).resource, -1);
-    EXPECT_EQ(Doc.Role(-1).instrument, -1);
+    Doc.SetRole(InstrumentRole::Profiler, InstrumentId{73}); // where no instrument is
+    EXPECT_EQ(Doc.Role(9), InstrumentId::None);
+    EXPECT_EQ(Doc.Role(-1), InstrumentId::None);
     ASSERT_TRUE(Begin("role.raw"));
     ASSERT_TRUE(Doc.RawLog.EndLogFile(true));
     EXPECT_THAT(Header(Log("role.raw")), HasSubstr("|0.000000 (PRESSURE-TARE)|"));
@@ -62,21 +62,22 @@ TEST_F(ARawLog, RolesAndOptionsAddTheirRecordsInFileOrder) {
     Add("PRO", Port), Add("REF", Port), Add("TRK", Port), Add("SQM", Port), Add("DUT", Port);
     AddedInstrument gps =
         Doc.AddInstrument(std::string(QORVIEW_SOURCE_DIR) + "/examples/gps.tdf", Port);
-    ASSERT_NE(gps.instrument, nullptr) << gps.parseLog;
-    int place = 0;
-    for (auto role :
-         {InstrumentRole::Profiler, InstrumentRole::Reference, InstrumentRole::Tracker,
-          InstrumentRole::SqmInstrument, InstrumentRole::DeviceUnderTest, InstrumentRole::Gps})
-        Doc.SetRole(role, Port, place++);
-    Doc.SetRole(InstrumentRole::WeatherStation, Port, 0);
+    ASSERT_TRUE(gps.Added()) << gps.parseLog;
+    for (auto [role, name] : {std::pair{InstrumentRole::Profiler, "PRO"},
+                              {InstrumentRole::Reference, "REF"},
+                              {InstrumentRole::Tracker, "TRK"},
+                              {InstrumentRole::SqmInstrument, "SQM"},
+                              {InstrumentRole::DeviceUnderTest, "DUT"},
+                              {InstrumentRole::WeatherStation, "PRO"},
+                              {InstrumentRole::Gps, "$GPRMC"}})
+        Doc.SetRole(role, Doc.FindInstrument(name));
     Doc.SetImmersed("PRO", true);
     Set([](LogOptions& options) { options.timeStampEnabled = options.gpsHeaderEnabled = true; });
     Set(&CQorViewDoc::PressureTare, 0.1);
     Set(&CQorViewDoc::Station, {"", "", "typed", "", "", "", "", ""});
     ASSERT_TRUE(Begin("before.raw"));
-    Offer(*gps.instrument,
-          {"$GPRMC,092204.00,A,4436.1234,S,06334.5678,W,5.2,123.4,130705,018.2,W*00"
-           "\r\n"});
+    Offer(*Find(gps.id), {"$GPRMC,092204.00,A,4436.1234,S,06334.5678,W,5.2,123.4,130705,018.2,W*00"
+                          "\r\n"});
     ASSERT_TRUE(Doc.RawLog.EndLogFile(true));
     EXPECT_THAT(Header(Log("before.raw")), HasSubstr("|typed (LATITUDE)|"));
     ASSERT_TRUE(Begin());
@@ -93,7 +94,7 @@ TEST_F(ARawLog, RolesAndOptionsAddTheirRecordsInFileOrder) {
 TEST_F(ARawLog, FramesAndTimeStampsStandInTheOrderOfTheirArrival) {
     CQorViewIns* pro = Add("PRO", Port);
     CQorViewIns* gps = Add("GPS", Port);
-    Doc.SetRole(InstrumentRole::Gps, Port, 1);
+    Doc.SetRole(InstrumentRole::Gps, gps->Id);
     Set([](LogOptions& options) { options.timeStampEnabled = true; });
     ASSERT_TRUE(Begin());
     Doc.RawLog.OnLogTick(); // the second in which the log began
@@ -109,7 +110,7 @@ TEST_F(ARawLog, FramesAndTimeStampsStandInTheOrderOfTheirArrival) {
     EXPECT_EQ(status.framesLogged, 3u);
     EXPECT_EQ(status.fileSize, Content(Log()).size());
     EXPECT_TRUE(status.dataLogged);
-    EXPECT_EQ(pro->FramesThisLog, 2u);
+    EXPECT_EQ(FramesThisLog(*pro), 2u);
 }
 
 TEST_F(ARawLog, OnlyUnusableFramesAndThoseOfSilencedInstrumentsAreLeftOut) {
@@ -119,8 +120,7 @@ TEST_F(ARawLog, OnlyUnusableFramesAndThoseOfSilencedInstrumentsAreLeftOut) {
     {
         CRecursiveLock lock(Doc.DocLock);
         off->LoggingEnabled = false;
-        Doc.OnFrame = [&](int resource, CQorViewIns& instrument, const FrameCheckResult& found) {
-            EXPECT_EQ(resource, Port);
+        Doc.OnFrame = [&](CQorViewIns& instrument, const FrameCheckResult& found) {
             EXPECT_NE(instrument.Live.CurrentFrame(), nullptr);
             seen.push_back(found.dropped);
         };
@@ -134,14 +134,14 @@ TEST_F(ARawLog, OnlyUnusableFramesAndThoseOfSilencedInstrumentsAreLeftOut) {
     ASSERT_TRUE(Doc.RawLog.EndLogFile(true));
     EXPECT_EQ(Data(Log()), CounterFrame("PRO", 9) + Tag);
     EXPECT_THAT(seen, ElementsAre(0, 0, 0, 1));
-    EXPECT_EQ(pro->FramesThisLog, 1u);
+    EXPECT_EQ(FramesThisLog(*pro), 1u);
     EXPECT_EQ(Doc.RawLog.Status().framesOffered, 2u);
     CFrameQueue stray;
     CFrameInfo nobodys;
     nobodys.identity = 4000000000;
     stray.PushSlot().Assign(nobodys, AsBytes("stray"), 0);
     stray.PushSlot().Assign(CFrameInfo{}, AsBytes("stray"), 0);
-    EXPECT_EQ(Doc.RawLog.LogFrames(stray), 0u);
+    EXPECT_EQ(Doc.Acquisition.ProcessFrames(stray), 0u);
     EXPECT_TRUE(stray.Empty());
 }
 
@@ -237,14 +237,14 @@ TEST_F(ARawLog, IntervalRunOpensFilesByItsTimers) {
     EXPECT_EQ(User.CloseRequests, 1);
 }
 
-TEST_F(ARawLog, NameOfAnotherProgramsSecondIsLeftForTheNextFreeOne) {
+TEST_F(ARawLog, NameOfAnotherProgramsSecondGetsTheNextFreeSuffix) {
     CFile open, ended;
     ASSERT_EQ(open.CreateExclusive(Folder + "2005-123-142305.raw"), FileCause::None);
-    ASSERT_EQ(ended.CreateExclusive(Folder + "2005-123-142306.raw"), FileCause::None);
+    ASSERT_EQ(ended.CreateExclusive(Folder + "2005-123-142305-2.raw"), FileCause::None);
     ended.Close();
     SetMode(LogNamingMode::TimeStamp);
     ASSERT_TRUE(Doc.RawLog.BeginLogFile());
-    EXPECT_EQ(Doc.RawLog.Status().logFilePath, Folder + "2005-123-142307.raw");
+    EXPECT_EQ(Doc.RawLog.Status().logFilePath, Folder + "2005-123-142305-3.raw");
     EXPECT_TRUE(std::filesystem::is_empty(ended.Path()));
     EXPECT_THAT(User.TakeMessages(), IsEmpty());
 }

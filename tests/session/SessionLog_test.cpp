@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
 // Stamping of session-log entries and the choice of the session log's file.
-#include "SessionFixture.h"
+#include "fakes/SessionFixture.h"
 
 namespace qor {
 namespace {
@@ -43,9 +43,9 @@ class ASessionLog : public ASession {
 TEST_F(ASessionLog, KeepsTheTextAndWritesTheSameBytes) {
     Open();
     EXPECT_EQ(Doc.SessionLog.FilePath(), Folder + "QorView.log");
-    Doc.AddSessionLogEntry("A\r\n\tB\r\n");
-    Doc.AddSessionLogEntry("no line end");
-    Doc.AddSessionLogEntry("C\r\n");
+    Doc.SessionLog.AddSessionLogEntry("A\r\n\tB\r\n");
+    Doc.SessionLog.AddSessionLogEntry("no line end");
+    Doc.SessionLog.AddSessionLogEntry("C\r\n");
     const std::string stamp = "2005-05-03  14:23:05> ";
     const std::string text = stamp + "A\r\n\tB\r\n" + stamp + "C\r\n";
     EXPECT_EQ(Doc.SessionLog.SessionLogText(), text);
@@ -98,13 +98,13 @@ TEST_F(ASessionLog, OtherFailureNamesThePathAndTheCause) {
 
 TEST_F(ASessionLog, SwitchingOffKeepsTheFileUntilTheDirectoryChanges) {
     Open();
-    Doc.AddSessionLogEntry("A\r\n");
+    Doc.SessionLog.AddSessionLogEntry("A\r\n");
     Open(false);
-    Doc.AddSessionLogEntry("B\r\n");
+    Doc.SessionLog.AddSessionLogEntry("B\r\n");
     std::filesystem::create_directory(Folder + "other");
     Doc.SessionLog.SetFile(true, Folder + "other" + PathSeparator());
     Doc.SessionLog.OpenSessionLog();
-    Doc.AddSessionLogEntry("C\r\n");
+    Doc.SessionLog.AddSessionLogEntry("C\r\n");
     Close();
     EXPECT_THAT(Content(Folder + "QorView.log"), testing::EndsWith("B\r\n"));
     EXPECT_THAT(Content(Folder + "other" + PathSeparator() + "QorView.log"),

@@ -36,12 +36,12 @@ class AController : public testing::Test {
     }
     /// The messages since the last call.
     Lines Take() {
-        std::vector<ProcessCommand> commands;
+        std::vector<QueuedCommand> commands;
         Control.Commands().Drain(commands, 0);
         Lines lines;
-        for (ProcessCommand& command : commands)
+        for (QueuedCommand& command : commands)
             if (command.notice == NoticeCode::None)
-                lines.push_back(std::move(command.text));
+                lines.push_back(std::move(command.event.text));
         return lines;
     }
     void AddAll() {
@@ -216,11 +216,13 @@ TEST(ProcessCommands, MessagesEndTheirLineAndWaitingNoticesAreNotRepeated) {
     queue.PostNotice(NoticeCode::FramesAvailable, "COM1");
     queue.PostNotice(NoticeCode::FramesAvailable, "COM2");
     queue.PostFramesQueued("COM1");
-    std::vector<ProcessCommand> commands;
+    std::vector<QueuedCommand> commands;
     ASSERT_TRUE(queue.Drain(commands, 0));
     Lines seen;
-    for (const ProcessCommand& command : commands)
-        seen.push_back(std::to_string(static_cast<int>(command.notice)) + command.text);
+    for (const QueuedCommand& command : commands)
+        seen.push_back(
+            std::to_string(static_cast<int>(command.notice)) +
+            (command.notice == NoticeCode::None ? command.event.text : command.event.subject));
     EXPECT_EQ(seen, (Lines{"0no end\r\n", "0bare\n\r\n", "4COM1", "0done\r\n", "4COM2", "1COM1"}));
     queue.PostNotice(NoticeCode::FramesAvailable, "COM1");
     EXPECT_TRUE(queue.Drain(commands, 0)) << "a notice that was taken may come again";

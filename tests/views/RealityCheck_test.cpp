@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "fakes/ScriptedUser.h"
+#include "fakes/SessionFixture.h"
 #include "fakes/ViewedInstrument.h"
 #include "views/RealityCheck.h"
 
@@ -15,33 +15,54 @@ class RealityCheckTest : public testing::Test {
   protected:
     CViewedInstrument Dut{{"LU 400 r", "LU 500 r", "ED 410 i"}};
     CViewedInstrument Reference{{"ES 401 i", "ES 520 i"}};
-    CScriptedUser User;
     CCollectingSink Sink;
-    std::unique_ptr<COSRCViewDlg> Window;
+    COSRCViewDlg View;
 
-    COSRCViewDlg* Open(const CQorViewIns* dut, const CQorViewIns* reference) {
-        return OpenRealityCheck(Window, dut, reference, User, Sink);
+    COSRCViewDlg& Opened() {
+        EXPECT_TRUE(View.Initialise(Dut.Ins(), Reference.Ins(), Sink));
+        return View;
     }
-    COSRCViewDlg& Opened() { return *Open(&Dut.Ins(), &Reference.Ins()); }
 };
 
-TEST_F(RealityCheckTest, OpensOnceAndSaysWhyItCannot) {
-    CViewedInstrument blind({"PRES NONE dbar"});
-    EXPECT_EQ(Open(nullptr, nullptr), nullptr);
-    EXPECT_EQ(Open(&Dut.Ins(), nullptr), nullptr);
-    EXPECT_EQ(Open(&Dut.Ins(), &blind.Ins()), nullptr);
-    EXPECT_EQ(Window, nullptr);
-    EXPECT_EQ(Sink.Messages().size(), 1u);
-    std::vector<std::string> reasons;
-    for (const std::string& message : User.TakeMessages())
-        reasons.push_back(message.substr(message.find("\r\n") + 2));
-    EXPECT_THAT(reasons, ElementsAre("No DUT instrument has been specified.",
-                                     "No REFERENCE instrument has been specified.",
-                                     "See the session log for details."));
-    COSRCViewDlg* first = Open(&Dut.Ins(), &Reference.Ins());
-    EXPECT_NE(first, nullptr);
-    EXPECT_EQ(Open(&Dut.Ins(), &Reference.Ins()), first);
-    EXPECT_TRUE(User.TakeMessages().empty());
+class ARealityCheckOfASession : public ASession {
+  protected:
+    InstrumentId AddOptics(const std::string& name, const std::string& sensors) {
+        const std::string header =
+            Format("INSTRUMENT %s '' %zu AS 0 NONE\n", name.c_str(), name.size());
+        return Doc.AddInstrument(Temp.Put(name + ".cal", header + sensors), Port).id;
+    }
+    std::unique_ptr<COSRCViewDlg> Window;
+};
+
+TEST_F(ARealityCheckOfASession, OpensOnceAndSaysWhyItCannot) {
+    const std::string optic = "ED 500 'i' 2 BU 1 OPTIC2\n0 1 1\n";
+    const InstrumentId dut = AddOptics("DUT", optic), reference = AddOptics("REF", optic);
+    const InstrumentId blind = Add("BLIND", Port)->Id;
+    const std::tuple<InstrumentId, InstrumentId, const char*> refusals[] = {
+        {InstrumentId::None, InstrumentId::None, "No DUT instrument has been specified."},
+        {dut, InstrumentId::None, "No REFERENCE instrument has been specified."},
+        {dut, blind, "See the session log for details."}};
+    for (const auto& [one, other, reason] : refusals) {
+        Doc.SetRole(InstrumentRole::DeviceUnderTest, one);
+        Doc.SetRole(InstrumentRole::Reference, other);
+        EXPECT_EQ(OpenRealityCheck(Window, Doc), nullptr);
+        EXPECT_EQ(Window, nullptr);
+        EXPECT_THAT(User.TakeMessages(),
+                    ElementsAre("Unable to initialize Optical Systems Reality Check.\r\n" +
+                                std::string(reason)));
+    }
+    Doc.SetRole(InstrumentRole::Reference, reference);
+    COSRCViewDlg* first = OpenRealityCheck(Window, Doc);
+    ASSERT_NE(first, nullptr);
+    EXPECT_EQ(OpenRealityCheck(Window, Doc), first);
+
+    // Another instrument takes the role: the window follows it.
+    Offer(*Find("DUT"), {std::string("DUT\x01\x02", 5)});
+    EXPECT_EQ(first->Refresh(Doc), 1);
+    Doc.SetRole(InstrumentRole::DeviceUnderTest, reference);
+    EXPECT_EQ(first->Refresh(Doc), 0) << "it has sent nothing";
+    Doc.SetRole(InstrumentRole::DeviceUnderTest, InstrumentId::None);
+    EXPECT_EQ(first->Refresh(Doc), 0);
 }
 
 TEST_F(RealityCheckTest, TheFirstSwitchThatIsOnDecidesForSelectorAndLimit) {

@@ -52,31 +52,35 @@ class ASession : public testing::Test {
             content += AsText({buffer, got});
         return content;
     }
-    CQorViewIns* Add(const std::string& name, int resource) {
-        return Doc.AddInstrument(Temp.Put(name + ".cal", CounterDefinition(name)), resource)
-            .instrument;
+    CQorViewIns* Add(const std::string& name, ResourceId resource) {
+        return Find(
+            Doc.AddInstrument(Temp.Put(name + ".cal", CounterDefinition(name)), resource).id);
+    }
+    CQorViewIns* Find(InstrumentId id) {
+        CRecursiveLock lock(Doc.DocLock);
+        return Doc.Find(id);
+    }
+    CQorViewIns* Find(const std::string& name) { return Find(Doc.FindInstrument(name)); }
+    std::uint32_t FramesThisLog(const CQorViewIns& instrument) {
+        CRecursiveLock lock(Doc.DocLock);
+        return Doc.RawLog.FramesThisLog(instrument);
     }
 
-    /// Hands frames to the raw log, stamped with now.
+    /// Leads frames through the session as if a port had cut them, stamped with now, and waits
+    /// until the disk has what was logged.
     void Offer(const CQorViewIns& instrument, const std::vector<std::string>& frames,
                bool error = false) {
         CFrameQueue queue;
-        RoleHolder place;
-        Doc.FindInstrument(instrument.Name(), &place);
         CFrameInfo info;
-        {
-            CRecursiveLock lock(Doc.DocLock);
-            info.identity =
-                Doc.Resources[static_cast<std::size_t>(place.resource)]->Comm.IdentityOf(
-                    instrument.Name());
-        }
+        info.identity = static_cast<std::uint32_t>(instrument.Id);
         info.time = Clock.Now();
         for (const std::string& bytes : frames) {
             CFrameData& slot = queue.PushSlot();
             slot.Assign(info, AsBytes(bytes), 0);
             slot.Error = error;
         }
-        Doc.RawLog.LogFrames(queue);
+        Doc.Acquisition.ProcessFrames(queue);
+        Doc.RawLog.WaitForDisk();
         Doc.RawLog.ShowPending();
     }
     /// Begins a log of this user file name.
@@ -104,7 +108,7 @@ class ASession : public testing::Test {
     }
     /// The session log's lines so far without stamps, each followed by "|".
     std::string Reported() {
-        while (Doc.TakeCommands(0)) {
+        while (Doc.Acquisition.TakeCommands(0)) {
         }
         std::string text = Doc.SessionLog.SessionLogText(Read), lines;
         Read += text.size();
@@ -132,7 +136,7 @@ class ASession : public testing::Test {
     CTempFolder Temp;
     const std::string Folder = Temp.Path;
     CQorViewDoc Doc;
-    int Port = -1;
+    ResourceId Port = ResourceId::None;
     std::size_t Read = 0;
 };
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "cli/RawHeader.h"
+#include "telemetry/RawHeader.h"
 
 #include "base/Text.h"
 

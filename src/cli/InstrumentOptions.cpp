@@ -1,0 +1,102 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "cli/InstrumentOptions.h"
+
+#include "cli/Report.h"
+
+#include <CLI/CLI.hpp>
+
+namespace qor {
+
+namespace {
+
+std::string RoleNames() {
+    std::string names;
+    for (const RoleRow& row : RoleTable) {
+        if (!names.empty())
+            names += &row == &RoleTable.back() ? " or " : ", ";
+        names += row.name;
+    }
+    return names;
+}
+
+} // namespace
+
+void AddNameOptions(CLI::App& command, InstrumentSelection& selection) {
+    command
+        .add_option_function<std::vector<std::string>>(
+            "--wet",
+            [&selection](const std::vector<std::string>& names) {
+                for (const std::string& name : names)
+                    if (name == EveryInstrument)
+                        selection.allWet = true;
+                    else
+                        selection.wet.push_back(name);
+            },
+            "The named instrument is immersed; without a name every instrument is")
+        ->type_name("[=NAME]")
+        ->allow_extra_args(false);
+    command
+        .add_option_function<std::vector<std::string>>(
+            "--role",
+            [&selection](const std::vector<std::string>& texts) {
+                for (const std::string& text : texts)
+                    selection.roles.push_back(*ParseRole(text));
+            },
+            "Gives an instrument a role: " + RoleNames())
+        ->type_name("NAME=ROLE")
+        ->check([](const std::string& text) {
+            return ParseRole(text) ? std::string() : text + ": give NAME=ROLE with " + RoleNames();
+        })
+        ->allow_extra_args(false);
+}
+
+void AddInstrumentOptions(CLI::App& command, InstrumentSelection& selection) {
+    command
+        .add_option("-d,--definition", selection.definitions,
+                    "Definition file (.cal, .tdf) of an instrument")
+        ->type_name("FILE")
+        ->allow_extra_args(false);
+    command.add_option("-p,--package", selection.packages, "Instrument package file (.sip)")
+        ->type_name("FILE")
+        ->allow_extra_args(false);
+    AddNameOptions(command, selection);
+}
+
+void AddPackageOptions(CLI::App& command, PackageSettings& settings) {
+    command
+        .add_option_function<double>(
+            "--default-salinity",
+            [&settings](double salinity) {
+                settings.UseDefSalinity = true;
+                settings.DefaultSalinity = salinity;
+            },
+            "Salinity of a package until it measures one")
+        ->type_name("PSU")
+        ->check(CLI::Range(0.0, 50.0))
+        ->group("Packages");
+    command
+        .add_option("--saturation-irradiance", settings.SaturationIrradiance,
+                    "PAR at which photosynthesis saturates, for the light saturation of a package")
+        ->type_name("UMOL/M^2/S")
+        ->check(CLI::PositiveNumber)
+        ->group("Packages");
+    command
+        .add_option("--attenuation-window", settings.AttenuationWindow,
+                    "Depth over which a package's attenuation is fitted (5)")
+        ->type_name("METRES")
+        ->check(CLI::PositiveNumber)
+        ->group("Packages");
+}
+
+void ReportRefusal(const Refusal& refusal) {
+    ReportError(refusal.subject + ": " + refusal.reason +
+                (refusal.hasParseLog ? " See qorview-cli check." : ""));
+}
+
+bool ReportRefusals(const std::vector<Refusal>& refusals) {
+    for (const Refusal& refusal : refusals)
+        ReportRefusal(refusal);
+    return refusals.empty();
+}
+
+} // namespace qor

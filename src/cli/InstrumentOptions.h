@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// The options that name definitions, packages, roles and immersion, as every command that works
+// with instruments has them, and how what cannot be used of them is said.
+#pragma once
+
+#include "session/SessionSetup.h"
+
+#include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+}
+
+namespace qor {
+
+/// What main makes of a --wet without a name.
+inline constexpr const char* EveryInstrument = "*";
+
+/// Adds -d, -p, --wet and --role to a command.
+void AddInstrumentOptions(CLI::App& command, InstrumentSelection& selection);
+/// Adds --wet and --role alone.
+void AddNameOptions(CLI::App& command, InstrumentSelection& selection);
+/// Adds the settings of packages that derived products need.
+void AddPackageOptions(CLI::App& command, PackageSettings& settings);
+
+/// One error line.
+void ReportRefusal(const Refusal& refusal);
+/// One error line each; false when there is any.
+bool ReportRefusals(const std::vector<Refusal>& refusals);
+
+} // namespace qor

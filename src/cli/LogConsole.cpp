@@ -1,0 +1,175 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "cli/LogConsole.h"
+
+#include "base/Text.h"
+#include "cli/InstrumentOptions.h"
+#include "cli/LineText.h"
+#include "cli/Report.h"
+#include "export/Output.h"
+#include "platform/SystemText.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace qor {
+
+namespace {
+
+constexpr int WatchMilliseconds = 100;
+constexpr int PositionMilliseconds = 3000;
+
+/// What an operator must see at once, and what he can do about it.
+struct Trouble {
+    EventKind kind;
+    bool namesSubject; ///< the text itself says which file or port
+    bool fault;        ///< the exit status says so
+    std::string_view advice;
+};
+constexpr Trouble Troubles[] = {
+    {EventKind::NameTaken, true, true, "Choose another --name, or give --overwrite."},
+    {EventKind::LogFailed, false, true, "The log has ended; make room and begin another."},
+    {EventKind::SyncFailed, true, true, "A power cut now may cost data; look at the disk."},
+    {EventKind::DiskStalled, true, false, "Look at the disk; nothing is lost yet."},
+    {EventKind::FramesUnstored, true, true, "The disk was too slow or full."},
+    {EventKind::FramesLost, true, true, "The program had no time for them; close other programs."},
+    {EventKind::BytesLost, true, true, "Is it the right definition?"},
+    {EventKind::PositionKept, true, false, "The typed position stands there."},
+};
+
+} // namespace
+
+CLogConsole::CLogConsole(LogRunPlan plan, CommandContext& context)
+    : Context(context), Directory(plan.directory), WantsPosition(plan.log.gpsHeaderEnabled),
+      Document(Clock, MakeSystemSerialPort, User, Profile), LogRun(Document, std::move(plan)) {}
+
+void CLogConsole::ReportPorts() {
+    const std::vector<PortRefusal>& refused = LogRun.PortRefusals();
+    for (; PortsReported < refused.size(); ++PortsReported) {
+        const PortRefusal& port = refused[PortsReported];
+        Fault = true;
+        std::string why = Format("0x%08x", static_cast<unsigned>(port.result));
+        if (port.systemError != 0)
+            why += ": " + OneLine(SystemErrorText(port.systemError));
+        if (port.result == CommResult::SettingsNotWritten)
+            ReportError(port.settings.portName + ": its driver refuses " +
+                        LineTextOf(port.settings) + " (" + why +
+                        "). Choose another speed or format with --port NAME:BAUD:8N1.");
+        else if (Document.Snapshot().resources.empty() || port.systemError == 0)
+            ReportError("--port " + port.settings.portName + ": " +
+                        OneLine(CommDetail(port.result)));
+        else
+            ReportError(port.settings.portName + ": could not be connected (" + why +
+                        "). Is it a serial port, not in use, and may you open it?");
+    }
+}
+
+/// True when there was any.
+bool CLogConsole::ReportTroubles(CLiveStatus* status) {
+    bool any = false;
+    for (const Event& event : LogRun.TakeEvents()) {
+        const auto* trouble = std::ranges::find(Troubles, event.kind, &Trouble::kind);
+        if (trouble == std::end(Troubles))
+            continue;
+        if (status)
+            status->Erase();
+        std::string text = (trouble->namesSubject ? "" : event.subject + ": ") +
+                           OneLine(event.text) + " " + std::string(trouble->advice);
+        (trouble->fault ? ReportError : ReportWarning)(text);
+        Fault = Fault || trouble->fault;
+        any = any || trouble->fault;
+    }
+    return any;
+}
+
+void CLogConsole::NoteAborts(CLiveStatus& status, const SessionSnapshot& snapshot) {
+    for (const ResourceStatus& resource : snapshot.resources) {
+        if (resource.figures.abortCode == 0 || std::ranges::count(Aborted, resource.id) > 0)
+            continue;
+        Aborted.push_back(resource.id);
+        Fault = true;
+        status.Erase();
+        ReportError(resource.name + ": telemetry acquisition aborted (" +
+                    Format("0x%08x", resource.figures.abortCode) +
+                    "); is it still plugged in? The other ports go on.");
+    }
+}
+
+void CLogConsole::Watch() {
+    CLiveStatus status(Document, Clock, Context.quiet);
+    while (!Context.stopEvent.Wait(WatchMilliseconds) && !User.CloseRequested.IsSet()) {
+        NoteAborts(status, Document.Snapshot());
+        ReportTroubles(&status);
+        status.Update();
+        const CLogRun::State state = LogRun.Look();
+        if (state == CLogRun::State::Going)
+            continue;
+        status.Erase();
+        if (state == CLogRun::State::NoPort)
+            ReportError("no port is connected any more; the run ends.");
+        break;
+    }
+    NoteAborts(status, Document.Snapshot());
+}
+
+void CLogConsole::Summarise() {
+    COutput output(ReportError);
+    for (const std::string& path : LogRun.LogFiles())
+        output.Text("raw log: " + path + "\n");
+    if (std::string path = Document.SessionLog.FilePath(); !path.empty())
+        output.Text("session log: " + path + "\n");
+    const SessionSnapshot snapshot = Document.Snapshot();
+    for (const ResourceStatus& resource : snapshot.resources)
+        for (const InstrumentFigures& figures : resource.instruments)
+            output.Text(Format(
+                "%s on %s: %llu frames, %u in the last log, %llu dropped, %llu checksum errors\n",
+                figures.name.c_str(), resource.name.c_str(),
+                static_cast<unsigned long long>(figures.frames), figures.framesThisLog,
+                static_cast<unsigned long long>(figures.dropped),
+                static_cast<unsigned long long>(figures.checksumErrors)));
+    output.Flush();
+    Fault = Fault || output.Failed();
+}
+
+bool CLogConsole::Begin() {
+    if (LogRun.Begin())
+        return true;
+    Document.Acquisition.TakeCommands(0); // what was said of it; the loop does not run yet
+    if (!ReportTroubles(nullptr))
+        ReportError("the raw log could not be begun in " + Directory +
+                    "; choose another -o or --name.");
+    return false;
+}
+
+int CLogConsole::Run() {
+    const bool ports = LogRun.SetUp();
+    ReportPorts();
+    if (!ReportRefusals(LogRun.Refusals()) || !ports)
+        return ExitFault;
+    // What the ports receive waits in their queues until there is a log for it; where no port can
+    // be had no log is begun, or replaced, in vain.
+    const bool connected = LogRun.Connect();
+    ReportPorts();
+    if (!connected) {
+        ReportError("no port could be connected; nothing was acquired.");
+        return ExitFault;
+    }
+    if (WantsPosition)
+        LogRun.WaitForPosition(PositionMilliseconds, Context.stopEvent);
+    if (!Begin()) {
+        Document.DisconnectAll();
+        return ExitFault;
+    }
+    if (LogRun.Start()) {
+        Watch();
+    } else {
+        ReportError("the system has no thread to give; close other programs.");
+        Fault = true;
+    }
+    LogRun.End();
+    Fault = Fault || LogRun.Failed();
+    ReportTroubles(nullptr);
+    Summarise();
+    return Fault ? ExitFault : ExitWell;
+}
+
+} // namespace qor

@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// What the command line says of a run of logs: refusals, troubles as they come, the status line,
+// the summary. The run itself is CLogRun's.
+#pragma once
+
+#include "cli/Commands.h"
+#include "cli/LiveStatus.h"
+#include "cli/TerminalUser.h"
+#include "session/LogRun.h"
+
+namespace qor {
+
+class CLogConsole {
+  public:
+    CLogConsole(LogRunPlan plan, CommandContext& context);
+
+    /// Runs until the operator, the log's end or the last port ends it; returns the exit status.
+    int Run();
+
+  private:
+    bool Begin();
+    void ReportPorts();
+    bool ReportTroubles(CLiveStatus* status);
+    void Watch();
+    void NoteAborts(CLiveStatus& status, const SessionSnapshot& snapshot);
+    void Summarise();
+
+    CommandContext& Context;
+    const std::string Directory;
+    const bool WantsPosition;
+    CSystemClock Clock;
+    CTerminalUser User;
+    CMemoryProfileStore Profile;
+    CQorViewDoc Document;
+    CLogRun LogRun;
+    std::size_t PortsReported = 0;
+    std::vector<ResourceId> Aborted;
+    bool Fault = false;
+};
+
+} // namespace qor

@@ -1,0 +1,134 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "cli/PlayedFile.h"
+
+#include "base/Text.h"
+#include "cli/Progress.h"
+#include "cli/Report.h"
+#include "session/MemberName.h"
+
+#include <CLI/CLI.hpp>
+
+namespace qor {
+
+namespace {
+
+constexpr std::uint32_t LargestChunk = 64 * 1024 * 1024;
+
+} // namespace
+
+CPlayedFile::CPlayedFile(std::uint32_t chunk)
+    : Document(Clock, MakeSystemSerialPort, User, Profile), Playback(Document, chunk) {
+    Document.SessionLog.KeepText = false; // a damaged file reports without end
+    Document.Acquisition.OnEvent = [this](const Event& event) { SayLoss(event); };
+}
+
+/// Says the first loss only: the like may follow for every further megabyte.
+void CPlayedFile::SayLoss(const Event& event) {
+    if (event.kind != EventKind::BytesLost || LossTold)
+        return;
+    ReportWarning(OneLine(event.text));
+    LossTold = true;
+}
+
+bool CPlayedFile::Open(const std::string& path, const InstrumentSelection& selection) {
+    Path = path;
+    if (!Playback.Open(path, selection)) {
+        ReportError(path + ": " + Playback.OpenFault());
+        return false;
+    }
+    const bool well = ReportRefusals(Playback.Refusals());
+    for (const CQorViewIns* instrument : Instruments())
+        if (instrument->Definition().SyncHeader().empty())
+            ReportWarning(instrument->Definition().FilePath() +
+                          ": it has no sync header; its frames cannot be found in a file.");
+    Opened = !Instruments().empty();
+    if (!Opened)
+        ReportError(path + ": no instrument to decode it with; no definition or package named "
+                           "could be loaded.");
+    return well && Opened;
+}
+
+bool CPlayedFile::Play(CommandContext& context, const FrameFunction& onFrame,
+                       const std::function<bool()>& goOn) {
+    {
+        CRecursiveLock lock(Document.DocLock);
+        Document.OnFrame = onFrame;
+    }
+    CProgress progress(Path, Playback.Size(), context.quiet);
+    while (!context.stop.Requested() && goOn() && Playback.PlayBatch())
+        progress.Update(Figures().bytesReceived);
+    {
+        CRecursiveLock lock(Document.DocLock);
+        Document.OnFrame = nullptr;
+    }
+    return context.stop.Requested() || SayEnd();
+}
+
+bool CPlayedFile::SayEnd() {
+    const CommResult result = Playback.Result();
+    if (result != CommResult::Success) {
+        ReportError(Path + ": could not be read to its end (" +
+                    Format("0x%08x", static_cast<unsigned>(result)) +
+                    "); what was read before was played.");
+        return false;
+    }
+    if (Playback.AtEnd() && Figures().framesCut == 0)
+        ReportWarning(Path + ": none of its " + std::to_string(Figures().bytesReceived) +
+                      " bytes belong to a frame of the instruments named.");
+    return true;
+}
+
+void AddPlaybackOptions(CLI::App& command, PlaybackOptions& options, CommandContext& context) {
+    command
+        .add_option("--chunk", options.chunk,
+                    "Read size in bytes (2048); the frames are the same for every size")
+        ->type_name("BYTES")
+        ->check(CLI::Range(std::uint32_t{1}, LargestChunk));
+    command.add_flag("--quiet", context.quiet, "No progress bar");
+    command
+        .add_option_function<std::vector<std::string>>(
+            "RAW",
+            [&options](const std::vector<std::string>& paths) {
+                for (const std::string& path : paths) {
+                    bool isPackage = ExtensionOf(path) == "sip";
+                    (isPackage                ? options.instruments.packages
+                     : IsDefinitionName(path) ? options.instruments.definitions
+                                              : options.files)
+                        .push_back(path);
+                }
+            },
+            "Raw logs, or any captured byte streams")
+        ->type_name("")
+        ->required();
+}
+
+bool NamesRawFile(const std::vector<std::string>& files) {
+    if (files.empty())
+        ReportError(
+            "RAW is required: name a raw log behind the definitions. See qorview-cli --help.");
+    return !files.empty();
+}
+
+bool NamesInstrument(const InstrumentSelection& instruments) {
+    const bool named = !instruments.definitions.empty() || !instruments.packages.empty();
+    if (!named)
+        ReportError("an instrument is required: give its definition with -d FILE or its package "
+                    "with -p FILE.");
+    return named;
+}
+
+void AddFormatOption(CLI::App& command, const std::vector<std::string>& formats,
+                     const std::string& help, std::function<void(const std::string&)> take) {
+    std::string names;
+    for (const std::string& format : formats)
+        names += (names.empty() ? "" : "|") + format;
+    command.add_option_function<std::string>("--format", std::move(take), help)
+        ->type_name(names)
+        ->check(CLI::IsMember(formats).description(""));
+}
+
+int PlaybackExit(const CommandContext& context, bool well) {
+    return context.stop.Requested() ? ExitInterrupted : well ? ExitWell : ExitFault;
+}
+
+} // namespace qor

@@ -1,0 +1,118 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// The way of a frame through the session. See Acquisition.h.
+#include "session/Acquisition.h"
+
+#include "session/SessionLog.h"
+
+#include <algorithm>
+
+namespace qor {
+
+/// Retrieval and processing stand under one hold of the lock, so that frames that a disconnection
+/// hands over cannot overtake those that were retrieved before.
+std::size_t CAcquisition::TakeBatch(CQorViewRes& resource) {
+    CommResult result = Control->RetrieveFrames(resource.Name(), Batch);
+    const std::size_t count = Batch.Size();
+    ProcessFrames(Batch);
+    resource.FramesReceived += count;
+    if (result != CommResult::Success || resource.Comm.AtEnd())
+        resource.Playing = false;
+    return count;
+}
+
+std::size_t CAcquisition::TakeFrames() {
+    std::size_t total = 0;
+    for (std::size_t i = 0;; ++i) {
+        CRecursiveLock lock(Session.DocLock);
+        if (i >= Session.Resources.size())
+            break;
+        CQorViewRes& resource = *Session.Resources[i];
+        if (!resource.IsFile() || resource.Playing)
+            total += TakeBatch(resource);
+    }
+    RawLog.ShowPending();
+    return total;
+}
+
+std::size_t CAcquisition::TakeFramesOf(ResourceId resource) {
+    std::size_t count = 0;
+    {
+        CRecursiveLock lock(Session.DocLock);
+        if (CQorViewRes* found = Session.Find(resource))
+            count = TakeBatch(*found);
+    }
+    RawLog.ShowPending();
+    return count;
+}
+
+void CAcquisition::TakeFramesOf(ResourceId resource, InstrumentId instrument, CFrameQueue& held) {
+    {
+        CRecursiveLock lock(Session.DocLock);
+        const CQorViewRes* found = Session.Find(resource);
+        if (!found)
+            return;
+        // A failure has been reported; a port that gives no frames holds nobody up here.
+        [[maybe_unused]] CommResult result = Control->RetrieveFrames(found->Name(), Batch);
+        for (; !Batch.Empty(); Batch.DropFront())
+            if (Batch.Front().Info.identity == static_cast<std::uint32_t>(instrument))
+                ProcessFrame(Batch.Front());
+            else
+                held.PushSlot().Exchange(Batch.Front());
+    }
+    RawLog.ShowPending();
+}
+
+bool CAcquisition::IsPlaying() const {
+    CRecursiveLock lock(Session.DocLock);
+    return std::ranges::any_of(Session.Resources,
+                               [](const auto& resource) { return resource->Playing; });
+}
+
+bool CAcquisition::AtEnd(ResourceId resource) const {
+    CRecursiveLock lock(Session.DocLock);
+    const CQorViewRes* file = Session.Find(resource);
+    return !file || !file->IsFile() || file->Comm.AtEnd();
+}
+
+std::size_t CAcquisition::ProcessFrames(CFrameQueue& frames) {
+    CRecursiveLock lock(Session.DocLock);
+    std::size_t claimed = 0;
+    for (; !frames.Empty(); frames.DropFront())
+        claimed += ProcessFrame(frames.Front()) ? 1 : 0;
+    RawLog.Flush();
+    return claimed;
+}
+
+/// Returns whether an instrument claimed the frame.
+bool CAcquisition::ProcessFrame(CFrameData& frame) {
+    const SessionState::FrameOwner* owner = Session.OwnerOf(frame.Info.identity);
+    if (!owner)
+        return false;
+    CQorViewIns& instrument = *owner->instrument;
+    const FrameCheckResult found = instrument.Process(frame);
+    if (CPackage* package = owner->package)
+        package->Products.Advance(Session.InputsOf(*package), Session.Velocity);
+    if (Session.OnFrame)
+        Session.OnFrame(instrument, found);
+    RawLog.LogFrame(instrument, found);
+    return true;
+}
+
+bool CAcquisition::TakeCommands(int milliseconds) {
+    if (!Control->Commands().Drain(Taken, milliseconds))
+        return false;
+    for (const QueuedCommand& command : Taken)
+        if (command.notice != NoticeCode::None) {
+            if (OnNotice)
+                OnNotice(command.notice, command.event.subject);
+        } else {
+            SessionLog.AddSessionLogEntry(command.event.text);
+            if (OnEvent)
+                OnEvent(command.event);
+        }
+    Taken.clear();
+    return true;
+}
+
+} // namespace qor

@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "session/InstrumentRole.h"
+
+#include "base/Text.h"
+
+#include <algorithm>
+
+namespace qor {
+namespace {
+
+constexpr bool RolesFit() {
+    return std::ranges::all_of(RoleTable, [](const RoleRow& row) {
+        return static_cast<std::size_t>(row.role) < RoleTableSize && !row.name.empty();
+    });
+}
+static_assert(RolesFit());
+
+} // namespace
+
+std::optional<InstrumentRole> RoleOfName(std::string_view name) {
+    for (const RoleRow& row : RoleTable)
+        if (EqualsNoCase(row.name, name))
+            return row.role;
+    return std::nullopt;
+}
+
+const RoleRow& RowOf(InstrumentRole role) {
+    return *std::ranges::find(RoleTable, role, &RoleRow::role);
+}
+
+} // namespace qor

@@ -1,0 +1,155 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// The run of a log. See LogRun.h.
+#include "session/LogRun.h"
+
+#include "base/Text.h"
+#include "session/LogHeader.h"
+
+#include <utility>
+
+namespace qor {
+namespace {
+
+// Decided: far above the default of 200 frames, which a card that stalls for two seconds or a burst
+// from a converter's buffer outruns; memory is only used for frames that do wait.
+constexpr std::int32_t WaitingFrames = 16384;
+constexpr int LookMilliseconds = 100;
+
+std::string WithSeparator(std::string directory) {
+    if (!directory.empty() && !directory.ends_with('/') && !directory.ends_with(PathSeparator()))
+        directory += PathSeparator();
+    return directory;
+}
+
+} // namespace
+
+CLogRun::CLogRun(CQorViewDoc& doc, LogRunPlan plan)
+    : Doc(doc), Setup(doc), Loop(doc), Plan(std::move(plan)) {
+    Doc.Acquisition.OnEvent = [this](const Event& event) { Note(event); };
+    Doc.SessionLog.SetFile(true, WithSeparator(Plan.sessionLogDirectory.empty()
+                                                   ? Plan.directory
+                                                   : Plan.sessionLogDirectory));
+    CRecursiveLock lock(Doc.DocLock);
+    Doc.SessionLog.KeepText = false;
+    Doc.NoDialogs = true;
+    Doc.ExitIfDone = true;
+    Doc.Options = Plan.log;
+    Doc.Station = Plan.station;
+    Doc.Naming.logDirectory = WithSeparator(Plan.directory);
+    Doc.Naming.logUserFileName = Plan.name;
+    Doc.Naming.numbered = !Plan.name.empty() && Plan.log.repeatEnabled;
+    Doc.Naming.logNamingMode =
+        Plan.name.empty() ? LogNamingMode::TimeStamp : LogNamingMode::UserFileName;
+}
+
+void CLogRun::Note(const Event& event) {
+    CLock lock(EventLock);
+    if (event.kind == EventKind::LogBegun)
+        Files.push_back(event.subject);
+    if (event.kind != EventKind::Note)
+        Events.push_back(event);
+}
+
+std::vector<Event> CLogRun::TakeEvents() {
+    CLock lock(EventLock);
+    return std::exchange(Events, {});
+}
+
+std::vector<std::string> CLogRun::LogFiles() const {
+    CLock lock(EventLock);
+    return Files;
+}
+
+bool CLogRun::SetUp() {
+    Doc.BeginSession();
+    for (const PortPlan& port : Plan.ports)
+        SetUpPort(port);
+    Setup.ApplyNames(Plan.names);
+    return PortsRefused.empty();
+}
+
+/// A package brings up its port at its baud rate, unless the plan names another.
+bool CLogRun::SetUpPort(const PortPlan& port) {
+    SerialResourceSettings settings = port.settings;
+    settings.maxFrameDepth = WaitingFrames;
+    std::vector<LoadedPackage> packages;
+    bool baudKnown = port.baudGiven;
+    for (const std::string& path : port.instruments.packages) {
+        packages.push_back(LoadPackage(path, Doc.User, Doc));
+        if (!baudKnown)
+            settings = PackagePort(packages.back(), settings, Doc.User);
+        baudKnown = true;
+    }
+    CommResult result = CommResult::Success;
+    const ResourceId resource = Doc.AddSerialResource(settings, &result);
+    if (resource == ResourceId::None) {
+        PortsRefused.push_back({settings, result, 0});
+        return false;
+    }
+    for (const std::string& path : port.instruments.definitions)
+        Setup.AddDefinition(path, resource);
+    for (LoadedPackage& loaded : packages)
+        Setup.AddPackage(std::move(loaded), resource, port.instruments.packageSettings);
+    return true;
+}
+
+bool CLogRun::Connect() {
+    bool any = Plan.reconnect;
+    for (const ResourceStatus& resource : Doc.Snapshot().resources) {
+        const CommResult result = Doc.ConnectResource(resource.id);
+        if (result == CommResult::Success) {
+            any = true;
+            continue;
+        }
+        const SessionSnapshot now = Doc.Snapshot();
+        PortsRefused.push_back(
+            {resource.serial, result, now.Find(resource.id)->figures.connectError});
+    }
+    return any;
+}
+
+void CLogRun::WaitForPosition(int milliseconds, const CEvent& stop) {
+    const std::int64_t until = Doc.Clock.MonotonicMilliseconds() + milliseconds;
+    ResourceId port = ResourceId::None;
+    const InstrumentId gps = Doc.Role(InstrumentRole::Gps);
+    {
+        CRecursiveLock lock(Doc.DocLock);
+        const SessionState::FrameOwner* owner = Doc.OwnerOf(gps);
+        if (!owner)
+            return;
+        port = owner->resource->Id;
+    }
+    do {
+        Doc.Acquisition.TakeCommands(0);
+        Doc.Acquisition.TakeFramesOf(port, gps, Held);
+        CRecursiveLock lock(Doc.DocLock);
+        if (HasPosition(Doc, Doc.Clock.Now()))
+            return;
+    } while (Doc.Clock.MonotonicMilliseconds() < until && !stop.Wait(LookMilliseconds));
+}
+
+bool CLogRun::Begin() {
+    if (!Doc.RawLog.BeginLogFile())
+        return false;
+    Doc.Acquisition.ProcessFrames(Held);
+    return true;
+}
+
+CLogRun::State CLogRun::Look() const {
+    const SessionSnapshot snapshot = Doc.Snapshot();
+    if (!snapshot.log.loggingActive)
+        return State::Done;
+    for (const ResourceStatus& resource : snapshot.resources)
+        if (resource.figures.connected || Plan.reconnect)
+            return State::Going;
+    return State::NoPort;
+}
+
+void CLogRun::End() {
+    Doc.DisconnectAll();
+    Doc.RawLog.EndLogFile(true);
+    Loop.Stop();
+}
+
+} // namespace qor

@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// Between the raw log and its file: records wait in bounded memory and a thread of its own writes
+// them, so a disk that stalls costs neither a frame nor a lock that others want. While the disk
+// keeps up, a record is with the operating system a few hundred microseconds after it was added.
+// The raw log adds under the document's lock; StageLock is a leaf. Whatever waits for the disk
+// (Create, Drain, Close) is called without any lock.
+#pragma once
+
+#include "base/Lock.h"
+#include "base/MessageSink.h"
+#include "platform/Clock.h"
+#include "platform/Worker.h"
+#include "session/LogWriter.h"
+
+namespace qor {
+
+/// A moment's figures of the file and of what waits for it.
+struct StageFigures {
+    std::uint64_t fileSize = 0; ///< bytes up to the last whole record
+    std::uint64_t framesWritten = 0;
+    std::uint64_t framesOffered = 0;  ///< written, and the one at which the file failed
+    std::uint64_t framesUnstored = 0; ///< accepted, but neither in the file nor waiting
+    std::size_t waitingBytes = 0;
+    std::int64_t stalledMilliseconds = 0; ///< how long the present write has taken
+    FileCause cause = FileCause::None;    ///< of the failure that ended writing
+};
+
+class CLogStage {
+  public:
+    static constexpr std::size_t DefaultCapacity = std::size_t{64} << 20;
+
+    /// A failed write is raised to `messages`, from the writer's thread.
+    CLogStage(CClock& clock, CMessageSink& messages) : Clock(clock), Messages(messages) {}
+    /// Writes what waits, and closes.
+    ~CLogStage();
+    CLogStage(const CLogStage&) = delete;
+    CLogStage& operator=(const CLogStage&) = delete;
+
+    std::size_t Capacity() const { return Limit; }
+    /// Bytes that may wait; before a log begins.
+    void SetCapacity(std::size_t bytes) { Limit = bytes; }
+
+    /// Creates the file and writes the header records. On failure nothing is open and, when the
+    /// header was what failed, no file is left; `inHeader` tells.
+    FileCause Create(const std::string& path, const LogRecords& header, bool& inHeader);
+    /// Hands the records to the writer and leaves the list empty. False when there is no room, or
+    /// the file has failed: then the frames among them are counted as unstored.
+    bool Append(LogRecords& records);
+    /// Waits until everything added so far is in the file, or the file has failed.
+    void Drain();
+    /// Drains and closes the file.
+    void Close();
+
+    /// Once a log is created; until it is closed.
+    const CFile& OpenFile() const { return Writer.OpenFile(); }
+    StageFigures Figures() const;
+    /// Frames of one owner that were offered to the file.
+    std::uint32_t OfferedOf(std::uint32_t owner) const;
+
+  private:
+    void Run();
+    void WriteTaken();
+    void Count(std::size_t written, FileCause cause) REQUIRES(StageLock);
+    static std::uint64_t FramesIn(const LogRecords& records, std::size_t from = 0);
+
+    CClock& Clock;
+    CMessageSink& Messages;
+    std::size_t Limit = DefaultCapacity;
+    CLogWriter Writer;  ///< of the thread that creates, then of the writer
+    LogRecords Writing; ///< of the writer's thread
+
+    mutable CMutex StageLock;
+    CCondition Changed;
+    LogRecords Pending GUARDED_BY(StageLock);
+    std::size_t WritingBytes GUARDED_BY(StageLock) = 0;
+    std::int64_t WritingSince GUARDED_BY(StageLock) = 0;
+    StageFigures Counted GUARDED_BY(StageLock);
+    std::vector<std::uint32_t> Offered GUARDED_BY(StageLock); ///< by owner
+    bool Busy GUARDED_BY(StageLock) = false;
+    bool Idle GUARDED_BY(StageLock) = false; ///< the writer waits for records
+    bool Stopping GUARDED_BY(StageLock) = false;
+    bool Started = false; ///< of the threads that begin and end logs
+    CWorker Thread;
+};
+
+} // namespace qor

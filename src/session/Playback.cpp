@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// A raw log through a document. See Playback.h.
+#include "session/Playback.h"
+
+#include "base/Text.h"
+#include "platform/FileErrorText.h"
+#include "telemetry/RawHeader.h"
+
+namespace qor {
+namespace {
+
+/// Large enough that the system calls do not count, small enough to stay in the second-level cache.
+constexpr std::uint32_t FastestChunk = 256 * 1024;
+
+} // namespace
+
+CPlayback::CPlayback(CQorViewDoc& doc, std::uint32_t chunk)
+    : Doc(doc), Loop(doc), Setup(doc), Chunk(chunk != 0 ? chunk : FastestChunk) {}
+
+bool CPlayback::Open(const std::string& path, const InstrumentSelection& selection) {
+    FileResourceSettings settings;
+    settings.readChunkSize = Chunk;
+    CommResult result = CommResult::Success;
+    Resource = Doc.AddFileResource(path, settings, &result);
+    CFile file;
+    if (Resource == ResourceId::None) {
+        const FileCause cause = file.OpenForReading(path);
+        Fault = cause == FileCause::None
+                    ? "cannot be played. " + OneLine(CommDetail(result))
+                    : "cannot be read. " + std::string(GetFileErrorText(cause));
+        return false;
+    }
+    // The file is opened only once where it may be a pipe.
+    if (!IsDevice(path) && file.OpenForReading(path) == FileCause::None &&
+        file.Size(FileSize) != FileCause::None)
+        FileSize = 0;
+    const double tare = PressureTareOf(path);
+    Setup.AddAll(selection, Resource);
+    Setup.ApplyNames(selection);
+    CRecursiveLock lock(Doc.DocLock);
+    Doc.PressureTare = tare;
+    CQorViewRes* resource = Doc.Find(Resource);
+    Comm = &resource->Comm;
+    for (const auto& instrument : resource->Instruments)
+        Named.push_back(instrument.get());
+    return true;
+}
+
+bool CPlayback::PlayBatch() {
+    std::size_t frames = 0;
+    return Loop.PlayBatch(Resource, frames);
+}
+
+CommResult CPlayback::Result() {
+    CFrameQueue none;
+    return AtEnd() ? Comm->RetrieveFrames(none) : CommResult::Success;
+}
+
+} // namespace qor

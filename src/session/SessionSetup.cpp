@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// Adding what a call or a form names. See SessionSetup.h.
+#include "session/SessionSetup.h"
+
+#include "base/Text.h"
+
+namespace qor {
+namespace {
+
+std::string CodeText(std::uint32_t code) {
+    return Format("0x%08x", static_cast<unsigned>(code));
+}
+
+std::string WhyNotAttached(CommResult result) {
+    return "could not be attached (" + CodeText(static_cast<std::uint32_t>(result)) + "). " +
+           OneLine(CommDetail(result));
+}
+
+} // namespace
+
+std::optional<RoleAssignment> ParseRole(std::string_view text) {
+    const std::size_t equals = text.rfind('=');
+    if (equals == std::string_view::npos)
+        return std::nullopt;
+    const std::optional<InstrumentRole> role = RoleOfName(text.substr(equals + 1));
+    return role ? std::optional(RoleAssignment{std::string(text.substr(0, equals)), *role})
+                : std::nullopt;
+}
+
+void CSessionSetup::Refuse(Refusal::Kind kind, std::string subject, std::string reason,
+                           bool hasParseLog) {
+    Refused.push_back({kind, std::move(subject), std::move(reason), hasParseLog});
+}
+
+void CSessionSetup::AddDefinition(const std::string& path, ResourceId resource) {
+    const AddedInstrument added = Doc.AddInstrument(path, resource);
+    if (added.Added())
+        return;
+    if (added.definition == DefinitionStatus::Success)
+        Refuse(Refusal::Kind::Definition, path, WhyNotAttached(added.comm));
+    else
+        Refuse(Refusal::Kind::Definition, path,
+               "could not be loaded (" + CodeText(static_cast<std::uint32_t>(added.definition)) +
+                   "). " + OneLine(added.parseLog),
+               true);
+}
+
+void CSessionSetup::AddPackage(LoadedPackage loaded, ResourceId resource,
+                               const PackageSettings& settings) {
+    const std::string path = loaded.path;
+    if (!loaded.ok) {
+        Refuse(Refusal::Kind::Package, path, "no instrument could be loaded from the package.",
+               true);
+        return;
+    }
+    std::vector<RefusedMember> members;
+    Doc.Packages.AddPackage(std::move(loaded), resource, settings, &members);
+    for (const RefusedMember& member : members)
+        Refuse(Refusal::Kind::Member, path + "(" + member.name + ")", WhyNotAttached(member.comm));
+}
+
+void CSessionSetup::AddAll(const InstrumentSelection& selection, ResourceId resource) {
+    for (const std::string& path : selection.definitions)
+        AddDefinition(path, resource);
+    for (const std::string& path : selection.packages)
+        AddPackage(LoadPackage(path, Doc.User, Doc), resource, selection.packageSettings);
+}
+
+void CSessionSetup::ApplyNames(const InstrumentSelection& selection) {
+    constexpr const char* Unknown = "there is no instrument of that name.";
+    if (selection.allWet)
+        Doc.SetImmersed({}, true);
+    for (const std::string& name : selection.wet)
+        if (Doc.SetImmersed(name, true) == 0)
+            Refuse(Refusal::Kind::Name, "--wet=" + name, Unknown);
+    for (const RoleAssignment& assignment : selection.roles) {
+        const InstrumentId id = Doc.FindInstrument(assignment.name);
+        if (id == InstrumentId::None)
+            Refuse(Refusal::Kind::Name,
+                   "--role " + assignment.name + "=" + std::string(RowOf(assignment.role).name),
+                   Unknown);
+        else
+            Doc.SetRole(assignment.role, id);
+    }
+}
+
+} // namespace qor

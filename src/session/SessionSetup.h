@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// Filling a document with instruments: definition files and packages on a resource, immersion and
+// roles by name. What cannot be used is a value, so that every face can say it in its own way.
+// Called on the thread that commands the document, without its lock.
+#pragma once
+
+#include "session/QorViewDoc.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace qor {
+
+/// Something named that could not be used, and why, in one line.
+struct Refusal {
+    enum class Kind { Definition, Package, Member, Name };
+    Kind kind;
+    std::string subject; ///< the file, the member in its package, or the name
+    std::string reason;
+    bool hasParseLog = false; ///< checking the file says more
+};
+
+/// A role for an instrument by its name.
+struct RoleAssignment {
+    std::string name;
+    InstrumentRole role;
+};
+/// Reads NAME=ROLE; empty when it is none.
+std::optional<RoleAssignment> ParseRole(std::string_view text);
+
+/// The instruments of a call or a form, and what is said of them.
+struct InstrumentSelection {
+    std::vector<std::string> definitions;
+    std::vector<std::string> packages;
+    bool allWet = false;
+    std::vector<std::string> wet; ///< names
+    std::vector<RoleAssignment> roles;
+    PackageSettings packageSettings; ///< of every package
+
+    bool Empty() const { return definitions.empty() && packages.empty(); }
+};
+
+class CSessionSetup {
+  public:
+    explicit CSessionSetup(CQorViewDoc& doc) : Doc(doc) {}
+
+    void AddDefinition(const std::string& path, ResourceId resource);
+    void AddPackage(LoadedPackage loaded, ResourceId resource, const PackageSettings& settings);
+    /// Definitions, then packages.
+    void AddAll(const InstrumentSelection& selection, ResourceId resource);
+    /// Immersion and roles, over all resources.
+    void ApplyNames(const InstrumentSelection& selection);
+
+    /// In the order in which they came.
+    const std::vector<Refusal>& Refusals() const { return Refused; }
+
+  private:
+    void Refuse(Refusal::Kind kind, std::string subject, std::string reason,
+                bool hasParseLog = false);
+
+    CQorViewDoc& Doc;
+    std::vector<Refusal> Refused;
+};
+
+} // namespace qor

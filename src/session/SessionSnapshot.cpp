@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "session/SessionSnapshot.h"
+
+#include <algorithm>
+
+namespace qor {
+
+const ResourceStatus* SessionSnapshot::Find(ResourceId id) const {
+    const auto found = std::ranges::find(resources, id, &ResourceStatus::id);
+    return found == resources.end() ? nullptr : &*found;
+}
+
+} // namespace qor

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// A moment's figures of a whole session, for status lines, trees and summaries: plain values that
+// whoever asked for them may keep.
+#pragma once
+
+#include "session/Handles.h"
+#include "session/RawLog.h"
+
+#include <string>
+#include <vector>
+
+namespace qor {
+
+struct InstrumentFigures {
+    InstrumentId id = InstrumentId::None;
+    std::string name;
+    std::uint64_t frames = 0; ///< received
+    std::uint64_t dropped = 0;
+    std::uint64_t checksumErrors = 0;
+    std::uint64_t valueErrors = 0;
+    std::uint32_t framesThisLog = 0;
+    double nominalRate = 0.0; ///< Hz
+    bool immersed = false;
+};
+
+/// A resource with its instruments, and the sums of theirs.
+struct ResourceStatus {
+    ResourceId id = ResourceId::None;
+    std::string name;
+    bool isFile = false;
+    bool playing = false;
+    SerialResourceSettings serial; ///< of a port
+    ResourceFigures figures;
+    std::vector<InstrumentFigures> instruments;
+    std::uint64_t frames = 0;
+    std::uint64_t dropped = 0;
+    std::uint64_t checksumErrors = 0;
+};
+
+struct SessionSnapshot {
+    std::vector<ResourceStatus> resources; ///< in the order of adding
+    LogStatus log;
+
+    /// The resource of a handle, or null.
+    const ResourceStatus* Find(ResourceId id) const;
+};
+
+} // namespace qor
