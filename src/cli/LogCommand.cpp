@@ -2,10 +2,11 @@
 //
 // qorview-cli log: what a call may say, and whether it makes sense. The run itself is CLogRun's.
 #include "cli/Commands.h"
-#include "cli/LineText.h"
 #include "cli/LogRun.h"
 #include "cli/Report.h"
 #include "cli/SessionSetup.h"
+
+#include "session/SpanText.h"
 
 #include <CLI/CLI.hpp>
 

@@ -6,10 +6,10 @@
 #pragma once
 
 #include "cli/Commands.h"
-#include "cli/LineText.h"
 #include "cli/LiveStatus.h"
 #include "cli/SessionSetup.h"
 #include "session/AcquisitionLoop.h"
+#include "session/PortText.h"
 
 #include <string>
 #include <string_view>
