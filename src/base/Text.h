@@ -66,4 +66,8 @@ std::string DecodeEscapes(std::string_view text);
 /// A message of several lines as one line: every run of white space becomes a blank.
 std::string OneLine(std::string_view message);
 
+/// True when the bytes are well-formed UTF-8 (no overlong forms, surrogates or code points beyond
+/// U+10FFFF).
+bool IsUtf8(std::string_view bytes);
+
 } // namespace qor

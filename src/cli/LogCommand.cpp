@@ -2,10 +2,13 @@
 //
 // qorview-cli log: what a call may say, and whether it makes sense. The run is CLogConsole's.
 #include "cli/Commands.h"
-#include "cli/LineText.h"
+
 #include "cli/InstrumentOptions.h"
 #include "cli/LogConsole.h"
 #include "cli/Report.h"
+
+#include "session/PortText.h"
+#include "session/SpanText.h"
 
 #include <CLI/CLI.hpp>
 

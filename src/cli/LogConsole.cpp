@@ -3,7 +3,7 @@
 
 #include "base/Text.h"
 #include "cli/InstrumentOptions.h"
-#include "cli/LineText.h"
+#include "session/PortText.h"
 #include "cli/Report.h"
 #include "export/Output.h"
 #include "platform/SystemText.h"

@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// Spans of time as people write them: in options and dialogs as short as one likes, in files always
+// in full. Plain functions, any thread.
+#pragma once
+
+#include "session/SessionState.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace qor {
+
+/// [HH:]MM:SS, or plain seconds. Empty when malformed or zero.
+std::optional<LogSpan> ParseSpan(std::string_view text);
+
+/// HH:MM:SS alone: one to six digits of hours, two of minutes and seconds, these below 60. Empty
+/// when malformed or zero.
+std::optional<LogSpan> ParseFullSpan(std::string_view text);
+
+/// HH:MM:SS with minutes and seconds below 60, whatever the span's own parts are.
+std::string SpanText(const LogSpan& span);
+
+} // namespace qor
