@@ -63,4 +63,8 @@ std::string ShortestNumber(double value);
 /// makes the whole result empty.
 std::string DecodeEscapes(std::string_view text);
 
+/// True when the bytes are well-formed UTF-8 (no overlong forms, surrogates or code points beyond
+/// U+10FFFF).
+bool IsUtf8(std::string_view bytes);
+
 } // namespace qor

@@ -7,36 +7,6 @@
 
 namespace qor {
 
-namespace {
-
-/// True when the bytes are well-formed UTF-8 (no overlong forms, surrogates or code points beyond
-/// U+10FFFF).
-bool IsUtf8(std::string_view bytes) {
-    for (std::size_t i = 0; i < bytes.size();) {
-        auto lead = static_cast<unsigned char>(bytes[i++]);
-        int more = lead < 0x80                   ? 0
-                   : lead >= 0xC2 && lead < 0xE0 ? 1
-                   : lead >= 0xE0 && lead < 0xF0 ? 2
-                   : lead >= 0xF0 && lead < 0xF5 ? 3
-                                                 : -1;
-        if (more < 0 || static_cast<std::size_t>(more) > bytes.size() - i)
-            return false;
-        std::uint32_t code = more == 0 ? lead : lead & (0x3Fu >> more);
-        for (int k = 0; k < more; ++k, ++i) {
-            auto next = static_cast<unsigned char>(bytes[i]);
-            if ((next & 0xC0) != 0x80)
-                return false;
-            code = code << 6 | (next & 0x3Fu);
-        }
-        constexpr std::uint32_t least[] = {0, 0x80, 0x800, 0x10000};
-        if (code < least[more] || code > 0x10FFFF || (code >= 0xD800 && code < 0xE000))
-            return false;
-    }
-    return true;
-}
-
-} // namespace
-
 void CJsonWriter::Separate() {
     if (NeedsComma)
         Out.Char(',');
