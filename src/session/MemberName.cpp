@@ -57,15 +57,4 @@ std::vector<std::string> CleanMemberName(std::string_view name) {
     return parts;
 }
 
-std::string ExtensionOf(std::string_view path) {
-    path.remove_prefix(path.find_last_of("/\\") + 1); // nothing is removed where there is none
-    const std::size_t dot = path.rfind('.');
-    return dot == std::string_view::npos ? std::string() : ToLower(path.substr(dot + 1));
-}
-
-bool IsDefinitionName(std::string_view name) {
-    const std::string extension = ExtensionOf(name);
-    return extension == "cal" || extension == "tdf";
-}
-
 } // namespace qor

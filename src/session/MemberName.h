@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// Names of archive members: which of them are harmless, and what their extensions say.
+// Names of archive members: which of them are harmless.
 #pragma once
 
 #include <string>
@@ -14,11 +14,5 @@ namespace qor {
 /// control character, not ASCII, overlong, with a part that is a device name or ends in a blank or
 /// a dot.
 std::vector<std::string> CleanMemberName(std::string_view name);
-
-/// The text behind the last dot of the last part of a path, lowered; empty when there is none.
-std::string ExtensionOf(std::string_view path);
-
-/// True when the extension is "cal" or "tdf" in any case.
-bool IsDefinitionName(std::string_view name);
 
 } // namespace qor

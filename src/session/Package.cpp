@@ -7,6 +7,7 @@
 #include "base/Text.h"
 #include "instrument/DefinitionReader.h"
 #include "platform/File.h"
+#include "session/FileKind.h"
 #include "session/MemberName.h"
 #include "session/ZipArchive.h"
 
@@ -88,7 +89,8 @@ bool CPackageReader::OpenArchive() {
                                    PackageLimits::Members});
     std::uint64_t total = 0;
     for (const ArchiveMember& member : Archive.Members())
-        if (IsDefinitionName(member.name) && member.size <= PackageLimits::DefinitionBytes)
+        if (KindByName(member.name) == FileKind::Definition &&
+            member.size <= PackageLimits::DefinitionBytes)
             total += member.size;
     if (total > PackageLimits::AllDefinitionsBytes)
         status = ArchiveStatus::TooLarge;
@@ -169,7 +171,7 @@ void CPackageReader::ReadMember(std::size_t index) {
         ShowNotExtracted(name);
         return;
     }
-    if (!IsDefinitionName(name)) {
+    if (KindByName(name) != FileKind::Definition) {
         Show(Format("The file extension for %s \r\nis not a Calibration/TDF file.", name.c_str()));
         return;
     }

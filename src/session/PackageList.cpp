@@ -4,7 +4,7 @@
 #include "session/PackageList.h"
 
 #include "base/Text.h"
-#include "session/MemberName.h"
+#include "session/FileKind.h"
 
 #include <algorithm>
 
@@ -53,12 +53,11 @@ CPackage* CPackageList::AddPackage(LoadedPackage loaded, int resource,
 bool CPackageList::AddFile(const std::string& path, int resource) {
     if (RefuseInCalibrationMode())
         return false;
-    if (ExtensionOf(path) == "sip")
+    if (KindByName(path) == FileKind::Package)
         return AddPackage(path, resource) != nullptr;
-    if (IsDefinitionName(path))
+    if (KindByName(path) == FileKind::Definition)
         return Doc.AddInstrument(path, resource).instrument != nullptr;
-    Doc.User.ShowMessage(Format(
-        "The file extension for %s \r\nis not a Package/Calibration/TDF file.", path.c_str()));
+    Doc.User.ShowMessage(NotInstrumentFile(path));
     return false;
 }
 
