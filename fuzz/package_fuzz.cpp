@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
 // The door of package archives: any bytes as an archive. What comes out of it is bounded, and names
-// that pass are names that stay where they belong.
+// are text.
 #include "Require.h"
 
+#include "base/Text.h"
+#include "session/FileKind.h"
 #include "session/MemberName.h"
 #include "session/Package.h"
 #include "session/ZipArchive.h"
@@ -11,7 +13,8 @@
 using namespace qor;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static_cast<void>(ParseProperties({reinterpret_cast<const char*>(data), size}));
+    static_cast<void>(ParseProperties(AsText({data, size})));
+    static_cast<void>(KindByContent({data, size}));
     CZipArchive archive;
     const ArchiveLimits limits{1 << 20, 1 << 16, 64};
     if (archive.OpenBytes({data, data + size}, limits) != ArchiveStatus::Good)
@@ -19,8 +22,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Require(archive.Members().size() <= limits.members);
     for (std::size_t i = 0; i < archive.Members().size(); ++i) {
         const ArchiveMember& member = archive.Members()[i];
-        for (const std::string& part : CleanMemberName(member.name))
-            Require(part != ".." && part.find_first_of("/\\:") == std::string::npos);
+        const std::string name = MemberNameOf(member.name);
+        Require(IsUtf8(name) && name.find('\\') == std::string::npos);
+        Require(IsHostileName(name) || (name.find('\0') == std::string::npos && name.size() < 256));
         if (member.size > limits.fileBytes)
             continue;
         std::uint64_t taken = 0;

@@ -70,4 +70,10 @@ std::string OneLine(std::string_view message);
 /// U+10FFFF).
 bool IsUtf8(std::string_view bytes);
 
+/// The text behind the three bytes with which some editors begin UTF-8.
+constexpr std::string_view WithoutByteOrderMark(std::string_view text) {
+    text.remove_prefix(text.starts_with("\xef\xbb\xbf") ? 3 : 0);
+    return text;
+}
+
 } // namespace qor

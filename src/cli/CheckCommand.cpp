@@ -9,7 +9,7 @@
 #include "export/DefinitionJson.h"
 
 #include "base/Text.h"
-#include "session/MemberName.h"
+#include "session/FileKind.h"
 
 #include <CLI/CLI.hpp>
 
@@ -135,7 +135,7 @@ int RunCheck(const CheckOptions& options, CommandContext& context) {
     COutput output(ReportError);
     bool well = true;
     for (const std::string& path : options.files) {
-        bool isPackage = ExtensionOf(path) == "sip";
+        bool isPackage = KindByName(path) == FileKind::Package;
         well = (isPackage ? CheckPackage : CheckDefinition)(output, path, options.json, context) &&
                well;
         if (context.stop.Requested())

@@ -4,7 +4,7 @@
 #include "base/Text.h"
 #include "cli/Progress.h"
 #include "cli/Report.h"
-#include "session/MemberName.h"
+#include "session/FileKind.h"
 
 #include <CLI/CLI.hpp>
 
@@ -90,10 +90,10 @@ void AddPlaybackOptions(CLI::App& command, PlaybackOptions& options, CommandCont
             "RAW",
             [&options](const std::vector<std::string>& paths) {
                 for (const std::string& path : paths) {
-                    bool isPackage = ExtensionOf(path) == "sip";
-                    (isPackage                ? options.instruments.packages
-                     : IsDefinitionName(path) ? options.instruments.definitions
-                                              : options.files)
+                    const FileKind kind = KindByName(path);
+                    (kind == FileKind::Package      ? options.instruments.packages
+                     : kind == FileKind::Definition ? options.instruments.definitions
+                                                    : options.files)
                         .push_back(path);
                 }
             },

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// Which names of archive members are harmless. The rules are the union of what POSIX and Windows
-// find dangerous: the same package gives the same result on both.
+// Archives say whether a name is UTF-8, but not all of them rightly, so the bytes decide.
 #include "session/MemberName.h"
 
 #include "base/Text.h"
@@ -12,60 +11,91 @@ namespace qor {
 
 namespace {
 
-constexpr std::size_t LongestName = 200;
+constexpr std::size_t LongestName = 255;
 
-constexpr std::string_view DeviceNames[] = {
-    "con",  "prn",  "aux",  "nul",  "conin$", "conout$", "clock$", "com0", "com1",
-    "com2", "com3", "com4", "com5", "com6",   "com7",    "com8",   "com9", "lpt0",
-    "lpt1", "lpt2", "lpt3", "lpt4", "lpt5",   "lpt6",    "lpt7",   "lpt8", "lpt9",
+/// Code points of the bytes 0x80 to 0xff in code page 437.
+constexpr std::uint16_t UpperHalf[] = {
+    // clang-format off
+    0x00c7, 0x00fc, 0x00e9, 0x00e2, 0x00e4, 0x00e0, 0x00e5, 0x00e7,
+    0x00ea, 0x00eb, 0x00e8, 0x00ef, 0x00ee, 0x00ec, 0x00c4, 0x00c5,
+    0x00c9, 0x00e6, 0x00c6, 0x00f4, 0x00f6, 0x00f2, 0x00fb, 0x00f9,
+    0x00ff, 0x00d6, 0x00dc, 0x00a2, 0x00a3, 0x00a5, 0x20a7, 0x0192,
+    0x00e1, 0x00ed, 0x00f3, 0x00fa, 0x00f1, 0x00d1, 0x00aa, 0x00ba,
+    0x00bf, 0x2310, 0x00ac, 0x00bd, 0x00bc, 0x00a1, 0x00ab, 0x00bb,
+    0x2591, 0x2592, 0x2593, 0x2502, 0x2524, 0x2561, 0x2562, 0x2556,
+    0x2555, 0x2563, 0x2551, 0x2557, 0x255d, 0x255c, 0x255b, 0x2510,
+    0x2514, 0x2534, 0x252c, 0x251c, 0x2500, 0x253c, 0x255e, 0x255f,
+    0x255a, 0x2554, 0x2569, 0x2566, 0x2560, 0x2550, 0x256c, 0x2567,
+    0x2568, 0x2564, 0x2565, 0x2559, 0x2558, 0x2552, 0x2553, 0x256b,
+    0x256a, 0x2518, 0x250c, 0x2588, 0x2584, 0x258c, 0x2590, 0x2580,
+    0x03b1, 0x00df, 0x0393, 0x03c0, 0x03a3, 0x03c3, 0x00b5, 0x03c4,
+    0x03a6, 0x0398, 0x03a9, 0x03b4, 0x221e, 0x03c6, 0x03b5, 0x2229,
+    0x2261, 0x00b1, 0x2265, 0x2264, 0x2320, 0x2321, 0x00f7, 0x2248,
+    0x00b0, 0x2219, 0x00b7, 0x221a, 0x207f, 0x00b2, 0x25a0, 0x00a0,
+    // clang-format on
 };
 
-/// Windows opens the device whatever extension follows its name, and drops blanks before it.
-bool IsDeviceName(std::string_view part) {
-    const std::string stem = ToLower(Trim(part.substr(0, part.find('.'))));
-    return std::find(std::begin(DeviceNames), std::end(DeviceNames), stem) != std::end(DeviceNames);
+/// A code point from 0x80 to 0xffff.
+void AppendUtf8(std::string& text, unsigned code) {
+    if (code < 0x800) {
+        text += static_cast<char>(0xc0 | code >> 6);
+    } else {
+        text += static_cast<char>(0xe0 | code >> 12);
+        text += static_cast<char>(0x80 | (code >> 6 & 0x3f));
+    }
+    text += static_cast<char>(0x80 | (code & 0x3f));
 }
 
-bool IsHarmless(char c) {
-    return c >= ' ' && c < 0x7f && c != '\\' && c != ':';
+bool IsLetter(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
 }
 
-bool IsHarmlessPart(std::string_view part) {
-    return !part.ends_with(' ') && !part.ends_with('.') && !IsDeviceName(part);
+/// U+0000 to U+001f, U+007f to U+009f.
+bool HasControl(std::string_view name) {
+    for (std::size_t i = 0; i < name.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(name[i]);
+        const auto next = static_cast<unsigned char>(i + 1 < name.size() ? name[i + 1] : 0);
+        if (byte < 0x20 || byte == 0x7f || (byte == 0xc2 && next < 0xa0))
+            return true;
+    }
+    return false;
+}
+
+bool LeadsOutside(std::string_view name) {
+    int depth = 0;
+    for (std::size_t at = 0; at < name.size();) {
+        const std::size_t end = std::min(name.find('/', at), name.size());
+        const std::string_view part = name.substr(at, end - at);
+        at = end + 1;
+        if (part == "..")
+            --depth;
+        else if (!part.empty() && part != ".")
+            ++depth;
+        if (depth < 0)
+            return true;
+    }
+    return false;
 }
 
 } // namespace
 
-std::vector<std::string> CleanMemberName(std::string_view name) {
-    if (name.empty() || name.size() > LongestName || name.front() == '/' ||
-        !std::all_of(name.begin(), name.end(), IsHarmless))
-        return {};
-    std::vector<std::string> parts;
-    for (std::size_t at = 0; at <= name.size();) {
-        const std::size_t end = std::min(name.find('/', at), name.size());
-        const std::string_view part = name.substr(at, end - at);
-        at = end + 1;
-        if (part.empty() || part == ".")
-            continue;
-        if (part == ".." ? parts.empty() : !IsHarmlessPart(part))
-            return {};
-        if (part == "..")
-            parts.pop_back();
+std::string MemberNameOf(std::string_view stored) {
+    std::string name;
+    const bool utf8 = IsUtf8(stored);
+    for (const char c : stored) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (utf8 || byte < 0x80)
+            name += c == '\\' ? '/' : c;
         else
-            parts.emplace_back(part);
+            AppendUtf8(name, UpperHalf[byte - 0x80]);
     }
-    return parts;
+    return name;
 }
 
-std::string ExtensionOf(std::string_view path) {
-    path.remove_prefix(path.find_last_of("/\\") + 1); // nothing is removed where there is none
-    const std::size_t dot = path.rfind('.');
-    return dot == std::string_view::npos ? std::string() : ToLower(path.substr(dot + 1));
-}
-
-bool IsDefinitionName(std::string_view name) {
-    const std::string extension = ExtensionOf(name);
-    return extension == "cal" || extension == "tdf";
+bool IsHostileName(std::string_view name) {
+    const bool hasDrive = name.size() > 1 && name[1] == ':' && IsLetter(name[0]);
+    return name.empty() || name.size() > LongestName || name.front() == '/' || hasDrive ||
+           HasControl(name) || LeadsOutside(name);
 }
 
 } // namespace qor

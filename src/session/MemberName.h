@@ -1,24 +1,20 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// Names of archive members: which of them are harmless, and what their extensions say.
+// Names of archive members: what they read, and which of them no sound package has. Nothing is ever
+// written under such a name; it is shown, and its extension is read.
 #pragma once
 
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace qor {
 
-/// The parts of the path that a member's name stands for, with "." and ".." resolved. Empty when
-/// the name is hostile: absolute or with a drive, leading outside, with a backslash, colon or
-/// control character, not ASCII, overlong, with a part that is a device name or ends in a blank or
-/// a dot.
-std::vector<std::string> CleanMemberName(std::string_view name);
+/// A stored name as UTF-8 with "/" between its parts: bytes that are no UTF-8 are in code page 437,
+/// and some packers write a backslash.
+std::string MemberNameOf(std::string_view stored);
 
-/// The text behind the last dot of the last part of a path, lowered; empty when there is none.
-std::string ExtensionOf(std::string_view path);
-
-/// True when the extension is "cal" or "tdf" in any case.
-bool IsDefinitionName(std::string_view name);
+/// True for a name (of MemberNameOf) that is empty, overlong or absolute, has a drive, leads
+/// outside or holds a control character.
+bool IsHostileName(std::string_view name);
 
 } // namespace qor

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
 // Instrument packages: a zip archive with a properties file and the definitions of instruments that
-// work together. This room reads one; CPackageList keeps those of the session. Called on the thread
-// that commands the document, without the document's lock: messages may be shown.
+// work together. This room reads one; CPackageList keeps those of the session. Any thread, no lock:
+// what was read belongs to the caller.
 #pragma once
 
 #include "base/MessageSink.h"
@@ -28,7 +28,15 @@ PackageProperties ParseProperties(std::string_view text);
 
 /// A definition of the package that was loaded.
 struct PackageMember {
-    std::string name; ///< the member's name in the archive
+    std::string name; ///< the member's name, in UTF-8 with "/" between its parts
+    std::unique_ptr<CInstrument> instrument;
+};
+
+/// A member that gave no instrument.
+struct FailedMember {
+    std::string name;
+    DefinitionStatus status = DefinitionStatus::NoError; ///< what loading gave, once extracted
+    /// As far as it was read, with its parse log; null when the member could not be extracted.
     std::unique_ptr<CInstrument> instrument;
 };
 
@@ -36,27 +44,34 @@ struct PackageMember {
 struct LoadedPackage {
     bool ok = false; ///< the properties could be read and some instrument was loaded
     std::string path;
-    std::string name;
+    std::string name; ///< that of the properties or, where they have none, the file's
     std::string baudRate = "19200";
-    std::vector<std::string> messages;  ///< shown to the operator, in order
-    std::vector<PackageMember> members; ///< in archive order; refused members are not among them
+    std::vector<std::string> messages;  ///< for the operator, in order
+    std::vector<PackageMember> members; ///< in archive order
+    std::vector<FailedMember> failed;   ///< in archive order; each is the subject of a message
 };
 
-/// Bounds of what a package may hold, tested before anything is inflated.
+/// Bounds of what a package may hold. A package beyond the first three is refused; of the
+/// definitions those that go beyond theirs cannot be extracted.
 struct PackageLimits {
     static constexpr std::uint64_t ArchiveBytes = 64U << 20;
     static constexpr std::size_t Members = 1024;
     static constexpr std::uint64_t DirectoryBytes = 2U << 20; ///< the archive's own directory
+
     static constexpr std::uint64_t PropertiesBytes = 1U << 20;
     static constexpr std::uint64_t DefinitionBytes = 16U << 20;
-    static constexpr std::uint64_t AllDefinitionsBytes = 32U << 20;
+    static constexpr std::uint64_t AllDefinitionsBytes = 32U << 20; ///< that are inflated
     /// Bytes of all definitions outside of comments: what loading them takes memory for.
     static constexpr std::uint64_t AllContentBytes = 1U << 20;
     static constexpr std::uint64_t LineBytes = 1U << 20;
 };
 
-/// Reads a package file: shows the messages to the user, sends the parse logs of definitions that
-/// fail to the sink. Definitions are loaded as they are inflated; nothing is written to the disk.
+/// Reads a package file and tells nobody. Definitions are loaded as they are inflated; nothing is
+/// written to the disk.
+LoadedPackage ReadPackage(const std::string& path);
+
+/// The same; then shows the messages to the user and sends the parse logs of definitions that
+/// failed to the sink. Not under a lock.
 LoadedPackage LoadPackage(const std::string& path, CUserService& user, CMessageSink& sink);
 
 } // namespace qor

@@ -4,7 +4,7 @@
 #include "session/PackageList.h"
 
 #include "base/Text.h"
-#include "session/MemberName.h"
+#include "session/FileKind.h"
 #include "session/QorViewDoc.h"
 
 #include <algorithm>
@@ -63,12 +63,11 @@ PackageId CPackageList::AddPackage(LoadedPackage loaded, ResourceId resource,
 bool CPackageList::AddFile(const std::string& path, ResourceId resource) {
     if (RefuseInCalibrationMode())
         return false;
-    if (ExtensionOf(path) == "sip")
+    if (KindByName(path) == FileKind::Package)
         return AddPackage(path, resource) != PackageId::None;
-    if (IsDefinitionName(path))
+    if (KindByName(path) == FileKind::Definition)
         return Doc.AddInstrument(path, resource).Added();
-    Doc.User.ShowMessage(Format(
-        "The file extension for %s \r\nis not a Package/Calibration/TDF file.", path.c_str()));
+    Doc.User.ShowMessage(NotInstrumentFile(path));
     return false;
 }
 

@@ -1,15 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// Reading hostile zip archives with libzip. The library looks for the end-of-directory record at
-// every place near the end of the file where its signature stands and reads a whole directory for
-// each, so the records are looked at here first: only few, small directories reach the library.
+// Reading hostile zip archives with libzip. The library refuses an archive as a whole for one
+// malformed entry, and reads a whole directory for every end record that it comes across; so it
+// gets to see each entry as the only one of an archive, and judges it alone.
 #include "session/ZipArchive.h"
 
 #include "platform/File.h"
 
 #include <algorithm>
-#include <array>
-#include <optional>
+#include <memory>
 #include <zip.h>
 
 namespace qor {
@@ -17,86 +16,12 @@ namespace qor {
 namespace {
 
 constexpr std::size_t TransferBytes = 65536;
-constexpr std::size_t EndRecordBytes = 22;
-constexpr std::size_t LocatorBytes = 20;
-constexpr std::size_t EndRecord64Bytes = 56;
-/// The end record lies in this much of the file's end: its comment has at most 65535 bytes.
-constexpr std::size_t SearchedBytes = 65535 + EndRecordBytes + LocatorBytes;
-/// A zip archive stored inside brings an end record of its own; more than a few are an attack.
-constexpr int MostEndRecords = 4;
 
-/// The little-endian number in the bytes; 0 beyond the end.
-std::uint64_t GetLittleEndian(ByteSpan bytes, std::uint64_t position, std::size_t width) {
-    if (position > bytes.size() || bytes.size() - position < width)
-        return 0;
-    std::uint64_t value = 0;
-    for (std::size_t i = width; i-- > 0;)
-        value = value << 8 | bytes[static_cast<std::size_t>(position) + i];
-    return value;
-}
-
-bool HasSignature(ByteSpan bytes, std::uint64_t position, char third, char fourth) {
-    const std::uint8_t signature[] = {'P', 'K', static_cast<std::uint8_t>(third),
-                                      static_cast<std::uint8_t>(fourth)};
-    return position <= bytes.size() && bytes.size() - position >= sizeof signature &&
-           std::equal(std::begin(signature), std::end(signature),
-                      bytes.begin() + static_cast<std::ptrdiff_t>(position));
-}
-
-struct Directory {
-    std::uint64_t members = 0;
-    std::uint64_t size = 0;
-    std::uint64_t offset = 0;
-};
-
-/// The directory that an end record at this place describes; empty when it cannot be one.
-std::optional<Directory> DirectoryOf(ByteSpan bytes, std::size_t end) {
-    Directory directory{GetLittleEndian(bytes, end + 10, 2), GetLittleEndian(bytes, end + 12, 4),
-                        GetLittleEndian(bytes, end + 16, 4)};
-    if (end >= LocatorBytes && HasSignature(bytes, end - LocatorBytes, 6, 7)) {
-        const std::uint64_t record = GetLittleEndian(bytes, end - LocatorBytes + 8, 8);
-        if (!HasSignature(bytes, record, 6, 6) || bytes.size() - record < EndRecord64Bytes)
-            return {};
-        directory = {GetLittleEndian(bytes, record + 32, 8), GetLittleEndian(bytes, record + 40, 8),
-                     GetLittleEndian(bytes, record + 48, 8)};
+void PutLittleEndian(std::span<std::uint8_t> place, std::uint64_t value) {
+    for (std::uint8_t& byte : place) {
+        byte = static_cast<std::uint8_t>(value);
+        value >>= 8;
     }
-    if (directory.size > end || directory.offset > end - directory.size)
-        return {};
-    return directory;
-}
-
-/// Looks at every end record that the library would follow.
-ArchiveStatus CheckDirectories(ByteSpan bytes, const ArchiveLimits& limits) {
-    const std::size_t first = bytes.size() - std::min(bytes.size(), SearchedBytes);
-    int found = 0;
-    for (std::size_t at = first; at + EndRecordBytes <= bytes.size(); ++at) {
-        if (!HasSignature(bytes, at, 5, 6))
-            continue;
-        if (++found > MostEndRecords)
-            return ArchiveStatus::CannotOpen;
-        const auto directory = DirectoryOf(bytes, at);
-        if (directory &&
-            (directory->members > limits.members || directory->size > limits.directoryBytes))
-            return ArchiveStatus::TooLarge;
-    }
-    return found > 0 ? ArchiveStatus::Good : ArchiveStatus::CannotOpen;
-}
-
-ArchiveMember MemberAt(zip_t* archive, zip_uint64_t index) {
-    constexpr zip_uint64_t Needed =
-        ZIP_STAT_SIZE | ZIP_STAT_COMP_SIZE | ZIP_STAT_COMP_METHOD | ZIP_STAT_ENCRYPTION_METHOD;
-    ArchiveMember member;
-    if (const char* name = zip_get_name(archive, index, ZIP_FL_ENC_RAW))
-        member.name = name;
-    zip_stat_t status;
-    zip_stat_init(&status);
-    if (zip_stat_index(archive, index, 0, &status) != 0 || (status.valid & Needed) != Needed)
-        return member;
-    member.size = status.size;
-    member.packedSize = status.comp_size;
-    member.readable = status.encryption_method == ZIP_EM_NONE &&
-                      (status.comp_method == ZIP_CM_STORE || status.comp_method == ZIP_CM_DEFLATE);
-    return member;
 }
 
 struct CloseMember {
@@ -105,13 +30,67 @@ struct CloseMember {
 
 } // namespace
 
-struct CZipArchive::Library {
-    ~Library() { zip_discard(Archive); }
-    zip_t* Archive = nullptr;
+/// The zip library over an archive of one entry: the archive's bytes, the entry's record, an end
+/// record.
+class CZipArchive::CEntry {
+  public:
+    CEntry(std::vector<std::uint8_t>& bytes, const ZipRecord& record);
+    ~CEntry() { zip_discard(Library); }
+    CEntry(const CEntry&) = delete;
+    CEntry& operator=(const CEntry&) = delete;
+
+    /// Size and packed size as declared; false when the entry cannot be read.
+    bool Look(std::uint64_t& size, std::uint64_t& packedSize) const;
+    zip_file_t* Open() const { return Library ? zip_fopen_index(Library, 0, 0) : nullptr; }
+
+  private:
+    /// Zeros fill what the library searches for end records: nothing of the archive's own is there.
+    static constexpr std::size_t BeforeEnd = 64;
+    static constexpr std::size_t BehindEnd = 65535;
+    std::vector<std::uint8_t> Record;
+    std::vector<std::uint8_t> Tail;
+    zip_t* Library = nullptr;
 };
 
-CZipArchive::CZipArchive() = default;
-CZipArchive::~CZipArchive() = default;
+CZipArchive::CEntry::CEntry(std::vector<std::uint8_t>& bytes, const ZipRecord& record)
+    : Record(bytes.begin() + static_cast<std::ptrdiff_t>(record.position),
+             bytes.begin() + static_cast<std::ptrdiff_t>(record.position + record.length)),
+      Tail(BeforeEnd + ZipEndRecordBytes + BehindEnd) {
+    // What the name is encoded in is not the library's business: it refuses wrong claims.
+    constexpr std::size_t FlagsHigh = 9;
+    constexpr std::uint8_t NameIsUtf8 = 0x08;
+    Record[FlagsHigh] &= static_cast<std::uint8_t>(~NameIsUtf8);
+
+    const std::span<std::uint8_t> end = std::span(Tail).subspan(BeforeEnd, ZipEndRecordBytes);
+    PutLittleEndian(end.subspan(0, 4), 0x06054b50);
+    PutLittleEndian(end.subspan(8, 2), 1);
+    PutLittleEndian(end.subspan(10, 2), 1);
+    PutLittleEndian(end.subspan(12, 4), Record.size());
+    PutLittleEndian(end.subspan(16, 4), bytes.size());
+
+    const zip_buffer_fragment_t parts[] = {
+        {bytes.data(), bytes.size()}, {Record.data(), Record.size()}, {Tail.data(), Tail.size()}};
+    zip_source_t* source = zip_source_buffer_fragment_create(parts, std::size(parts), 0, nullptr);
+    if (!source)
+        return;
+    Library = zip_open_from_source(source, ZIP_RDONLY, nullptr);
+    if (!Library)
+        zip_source_free(source);
+}
+
+bool CZipArchive::CEntry::Look(std::uint64_t& size, std::uint64_t& packedSize) const {
+    constexpr zip_uint64_t Needed =
+        ZIP_STAT_SIZE | ZIP_STAT_COMP_SIZE | ZIP_STAT_COMP_METHOD | ZIP_STAT_ENCRYPTION_METHOD;
+    zip_stat_t status;
+    zip_stat_init(&status);
+    if (!Library || zip_stat_index(Library, 0, 0, &status) != 0 ||
+        (status.valid & Needed) != Needed)
+        return false;
+    size = status.size;
+    packedSize = status.comp_size;
+    return status.encryption_method == ZIP_EM_NONE &&
+           (status.comp_method == ZIP_CM_STORE || status.comp_method == ZIP_CM_DEFLATE);
+}
 
 ArchiveStatus CZipArchive::Open(const std::string& path, const ArchiveLimits& limits) {
     CFile file;
@@ -139,38 +118,26 @@ ArchiveStatus CZipArchive::OpenBytes(std::vector<std::uint8_t> bytes, const Arch
 
 ArchiveStatus CZipArchive::OpenHeld(const ArchiveLimits& limits) {
     List.clear();
-    Zip.reset();
-    if (const ArchiveStatus status = CheckDirectories(Bytes, limits); status != ArchiveStatus::Good)
-        return status;
-    zip_source_t* source = zip_source_buffer_create(Bytes.data(), Bytes.size(), 0, nullptr);
-    if (!source)
-        return ArchiveStatus::CannotOpen;
-    auto library = std::make_unique<Library>();
-    library->Archive = zip_open_from_source(source, ZIP_RDONLY, nullptr);
-    if (!library->Archive) {
-        zip_source_free(source);
-        return ArchiveStatus::CannotOpen;
+    const ArchiveStatus status = ReadZipDirectory(Bytes, limits, Records);
+    // Members that share their data would make a small file cost many times its size in work, so
+    // there is a bound to what they add up to; a false claim of one leaves room for the others.
+    std::uint64_t packedLeft = limits.fileBytes;
+    for (const ZipRecord& record : Records) {
+        ArchiveMember member{record.name};
+        std::uint64_t packed = 0;
+        member.readable =
+            record.whole && CEntry(Bytes, record).Look(member.size, packed) && packed <= packedLeft;
+        packedLeft -= member.readable ? packed : 0;
+        List.push_back(std::move(member));
     }
-    const zip_int64_t count = zip_get_num_entries(library->Archive, 0);
-    if (count < 0 || static_cast<std::uint64_t>(count) > limits.members)
-        return ArchiveStatus::TooLarge;
-
-    // Members that share their data would make a small file cost many times its size in work.
-    std::uint64_t packed = 0;
-    for (zip_int64_t i = 0; i < count; ++i) {
-        List.push_back(MemberAt(library->Archive, static_cast<zip_uint64_t>(i)));
-        if (List.back().packedSize > Bytes.size() - packed)
-            return ArchiveStatus::CannotOpen;
-        packed += List.back().packedSize;
-    }
-    Zip = std::move(library);
-    return ArchiveStatus::Good;
+    return status;
 }
 
 bool CZipArchive::Extract(std::size_t index, const Taker& take) {
-    if (!Zip || index >= List.size() || !List[index].readable)
+    if (index >= List.size() || !List[index].readable)
         return false;
-    const std::unique_ptr<zip_file_t, CloseMember> member(zip_fopen_index(Zip->Archive, index, 0));
+    const CEntry entry(Bytes, Records[index]);
+    const std::unique_ptr<zip_file_t, CloseMember> member(entry.Open());
     if (!member)
         return false;
     std::vector<std::uint8_t> buffer(TransferBytes);

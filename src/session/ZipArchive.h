@@ -6,38 +6,24 @@
 #pragma once
 
 #include "base/Bytes.h"
+#include "session/ZipDirectory.h"
 
 #include <cstdint>
 #include <functional>
-#include <memory>
 #include <string>
 #include <vector>
 
 namespace qor {
 
-enum class [[nodiscard]] ArchiveStatus : std::uint8_t{
-    Good,
-    CannotOpen, ///< no such file, not an archive, damaged, or put together to deceive
-    TooLarge,   ///< the file, its directory or the number of its members is beyond the limits
-};
-
-struct ArchiveLimits {
-    std::uint64_t fileBytes = 0;
-    std::uint64_t directoryBytes = 0;
-    std::size_t members = 0;
-};
-
 struct ArchiveMember {
-    std::string name;             ///< bytes as stored
-    std::uint64_t size = 0;       ///< as declared
-    std::uint64_t packedSize = 0; ///< as declared
-    bool readable = false;        ///< sizes declared, not encrypted, stored or deflated
+    std::string name;       ///< bytes as stored
+    std::uint64_t size = 0; ///< as declared
+    bool readable = false;  ///< a sound entry, not encrypted, stored or deflated
 };
 
 class CZipArchive {
   public:
-    CZipArchive();
-    ~CZipArchive();
+    CZipArchive() = default;
     CZipArchive(const CZipArchive&) = delete;
     CZipArchive& operator=(const CZipArchive&) = delete;
 
@@ -56,11 +42,11 @@ class CZipArchive {
     bool Extract(std::size_t index, const Taker& take);
 
   private:
+    class CEntry;
     ArchiveStatus OpenHeld(const ArchiveLimits& limits);
 
-    struct Library;
     std::vector<std::uint8_t> Bytes;
-    std::unique_ptr<Library> Zip;
+    std::vector<ZipRecord> Records;
     std::vector<ArchiveMember> List;
 };
 
