@@ -32,13 +32,6 @@ ConversionStatus TiltOf(const CLiveInstrument& instrument, int x, int y, double&
 
 } // namespace
 
-bool IsType(const CSensor& sensor, std::initializer_list<std::string_view> types) {
-    for (std::string_view type : types)
-        if (EqualsNoCase(sensor.Type, type))
-            return true;
-    return false;
-}
-
 void SetRow(DerivedRow& row, std::optional<double> value, ConversionStatus status) {
     if (value && !std::isfinite(*value))
         status = ConversionStatus::NotFinite;
@@ -56,7 +49,7 @@ std::string DerivedText(const DerivedRow& row) {
 
 int FindTiltAxis(const CInstrument& instrument, std::string_view axis) {
     for (const CSensor& sensor : instrument.Sensors())
-        if (IsType(sensor, {"TILT"}) && EqualsNoCase(sensor.Id, axis))
+        if (EqualsNoCase(sensor.Type, "TILT") && EqualsNoCase(sensor.Id, axis))
             return sensor.Index;
     return -1;
 }

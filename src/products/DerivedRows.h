@@ -8,7 +8,6 @@
 
 #include "products/LiveInstrument.h"
 
-#include <initializer_list>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -48,9 +47,6 @@ struct DerivedRow {
 
 /// The value with the decimals of its kind, the text of the status, or "--".
 std::string DerivedText(const DerivedRow& row);
-
-/// Whether the sensor is of one of the types, compared without case.
-bool IsType(const CSensor& sensor, std::initializer_list<std::string_view> types);
 
 /// Puts a number, or the status that prevented it, into a row. What arithmetic made of good values
 /// may still not be a number: that is NotFinite.

@@ -1,149 +1,35 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// Which sensors of a package its derived products come from, and what they are worth.
+// What the readings of a package's sensors are worth.
 #include "products/PackageRows.h"
-
-#include "base/Text.h"
-
-#include <cmath>
-#include <limits>
 
 namespace qor {
 
 namespace {
 
 constexpr const char* ParUnits = "uMol/m^2/s";
-constexpr double AttenuationWavelength = 490.0;
-constexpr double FarthestChannel = 10.0; ///< nm from 490
-constexpr std::size_t MostScatteringChannels = 2;
 
-struct LightFieldKind {
-    const char* series;
+struct LightFieldRow {
     const char* label;
     ANCDATATYPE kind;
 };
 
-constexpr LightFieldKind LightFields[] = {
-    {"ED", "K Ed(490)", ANCDATATYPE::KEd},
-    {"LU", "K Lu(490)", ANCDATATYPE::KLu},
-    {"EU", "K Eu(490)", ANCDATATYPE::KEu},
+constexpr LightFieldRow LightFieldRows[LightFieldCount] = {
+    {"K Ed(490)", ANCDATATYPE::KEd},
+    {"K Lu(490)", ANCDATATYPE::KLu},
+    {"K Eu(490)", ANCDATATYPE::KEu},
 };
-
-/// The id as a finite number (a wavelength), or empty.
-std::optional<double> NumericId(const CSensor& sensor) {
-    const std::optional<double> number = WholeNumber(sensor.Id);
-    return number && std::isfinite(*number) ? number : std::nullopt;
-}
-
-/// The first sensor that the test accepts, over the instruments in their order.
-template <class Test> SensorPlace FirstPlace(CPackageRows::Instruments instruments, Test test) {
-    for (std::size_t i = 0; i < instruments.size(); ++i) {
-        if (!instruments[i])
-            continue;
-        for (const CSensor& sensor : instruments[i]->Definition().Sensors())
-            if (test(sensor))
-                return {static_cast<int>(i), sensor.Index};
-    }
-    return {};
-}
-
-SensorPlace FirstOfType(CPackageRows::Instruments instruments,
-                        std::initializer_list<std::string_view> types) {
-    return FirstPlace(instruments,
-                      [types](const CSensor& sensor) { return IsType(sensor, types); });
-}
-
-const CLiveInstrument* InstrumentAt(CPackageRows::Instruments instruments, int place) {
-    return place >= 0 && static_cast<std::size_t>(place) < instruments.size()
-               ? instruments[static_cast<std::size_t>(place)]
-               : nullptr;
-}
-
-const CSensor* SensorAt(CPackageRows::Instruments instruments, SensorPlace place) {
-    const CLiveInstrument* instrument = InstrumentAt(instruments, place.instrument);
-    return instrument ? instrument->Definition().Sensor(place.sensor) : nullptr;
-}
-
-int FirstWithSeries(CPackageRows::Instruments instruments, std::string_view series) {
-    for (std::size_t i = 0; i < instruments.size(); ++i)
-        if (instruments[i] && !instruments[i]->Unusable &&
-            HasParSeries(instruments[i]->Definition(), series))
-            return static_cast<int>(i);
-    return -1;
-}
 
 } // namespace
 
-CPackageRows::CPackageRows(Instruments instruments, const PackageSettings& settings) {
-    FindSensors(instruments);
-    FindScattering(instruments);
-    FindLight(instruments);
+CPackageRows::CPackageRows(Instruments instruments, const PackageSettings& settings)
+    : Sensors(FindPackageSensors(instruments)) {
+    for (const PackageSensors::Scattering& found : Sensors.scattering)
+        Scattering.push_back(
+            {found.place, found.wavelength, WaterBackscattering(found.wavelength)});
     BuildRows(instruments);
     if (settings.UseDefSalinity)
         LastSalinity = settings.DefaultSalinity;
-}
-
-void CPackageRows::FindSensors(Instruments instruments) {
-    const auto tilt = [instruments](std::string_view axis) {
-        return FirstPlace(instruments, [axis](const CSensor& sensor) {
-            return IsType(sensor, {"TILT"}) && EqualsNoCase(sensor.Id, axis);
-        });
-    };
-    TiltX = tilt("X");
-    TiltY = tilt("Y");
-    Pressure = FirstOfType(instruments, {"PRES", "PRESSURE"});
-    Timer = FirstOfType(instruments, {"TIMER"});
-    Temperature = FirstPlace(instruments, [](const CSensor& sensor) {
-        return IsType(sensor, {"TEMP", "TEMPERATURE"}) &&
-               (EqualsNoCase(sensor.Id, "W") || EqualsNoCase(sensor.Id, "WATER"));
-    });
-    if (!Temperature.Found())
-        Temperature = FirstOfType(instruments, {"TEMP", "TEMPERATURE"});
-    Conductivity = FirstOfType(instruments, {"COND", "CONDUCTIVITY"});
-    Cdom = FirstOfType(instruments, {"CDOM"});
-    Nitrate = FirstOfType(instruments, {"NITRATE", "NO3"});
-    InWater = FirstWithSeries(instruments, "ED");
-    Surface = FirstWithSeries(instruments, "ES");
-}
-
-void CPackageRows::FindScattering(Instruments instruments) {
-    for (std::size_t i = 0; i < instruments.size(); ++i) {
-        if (!instruments[i])
-            continue;
-        for (const CSensor& sensor : instruments[i]->Definition().Sensors()) {
-            const std::optional<double> wavelength = NumericId(sensor);
-            if (!wavelength || !IsType(sensor, {"BETA", "VSF"}))
-                continue;
-            if (Scattering.size() == MostScatteringChannels)
-                return;
-            Scattering.push_back({{static_cast<int>(i), sensor.Index},
-                                  *wavelength,
-                                  WaterBackscattering(*wavelength)});
-        }
-    }
-}
-
-void CPackageRows::FindLight(Instruments instruments) {
-    for (std::size_t field = 0; field < std::size(LightFields); ++field) {
-        const char* series = LightFields[field].series;
-        double nearest = std::numeric_limits<double>::infinity();
-        for (std::size_t i = 0; i < instruments.size(); ++i) {
-            if (!instruments[i])
-                continue;
-            for (const CSensor& sensor : instruments[i]->Definition().Sensors()) {
-                if (!IsType(sensor, {series}) || !IsOptic(sensor.Fit))
-                    continue;
-                if (Fields[field].place.instrument < 0)
-                    Fields[field].place.instrument = static_cast<int>(i);
-                const double distance =
-                    std::fabs(NumericId(sensor).value_or(0.0) - AttenuationWavelength);
-                if (distance > FarthestChannel || distance >= nearest)
-                    continue;
-                nearest = distance;
-                Fields[field].place = {static_cast<int>(i), sensor.Index};
-            }
-        }
-    }
 }
 
 void CPackageRows::AddRow(ANCDATATYPE kind, std::string label, std::string units) {
@@ -151,28 +37,28 @@ void CPackageRows::AddRow(ANCDATATYPE kind, std::string label, std::string units
 }
 
 void CPackageRows::BuildRows(Instruments instruments) {
-    if (TiltX.Found() && TiltY.Found())
+    if (Sensors.tiltX.Found() && Sensors.tiltY.Found())
         AddRow(ANCDATATYPE::Tilt, "TILT", "deg");
-    if (const CSensor* pressure = SensorAt(instruments, Pressure)) {
+    if (const CSensor* pressure = SensorAt(instruments, Sensors.pressure)) {
         // Decided: the depth carries the units of the pressure it is taken from.
         AddRow(ANCDATATYPE::Depth, "DEPTH", pressure->Units);
         AddRow(ANCDATATYPE::Velocity, "VELOCITY", "m/s");
     }
-    if (Temperature.Found())
+    if (Sensors.temperature.Found())
         AddRow(ANCDATATYPE::WaterTemperature, "T (W)",
                "\xB0"
                "C");
-    if (MeasuresSalinity())
+    if (Sensors.MeasureSalinity())
         AddRow(ANCDATATYPE::Salinity, "SALINITY", "psu");
-    if (const CSensor* cdom = SensorAt(instruments, Cdom))
+    if (const CSensor* cdom = SensorAt(instruments, Sensors.cdom))
         AddRow(ANCDATATYPE::Cdom, "CDOM(" + cdom->Id + ")", "ppb/l");
-    if (Nitrate.Found())
+    if (Sensors.nitrate.Found())
         AddRow(ANCDATATYPE::Nitrate, "[NO3-]", "uMolar");
-    if (InWater >= 0)
+    if (Sensors.inWater >= 0)
         AddRow(ANCDATATYPE::ParZ, "PAR(Z)", ParUnits);
-    if (Surface >= 0)
+    if (Sensors.surface >= 0)
         AddRow(ANCDATATYPE::Par0, "PAR(0+)", ParUnits);
-    if (InWater >= 0)
+    if (Sensors.inWater >= 0)
         AddRow(ANCDATATYPE::LightSaturation, "LIGHT SATURATION", "%");
     FirstScatteringRow = List.size();
     for (const ScatteringChannel& channel : Scattering) {
@@ -181,44 +67,25 @@ void CPackageRows::BuildRows(Instruments instruments) {
         AddRow(ANCDATATYPE::Bbp, "bbp(" + id + ")", "1/m");
         AddRow(ANCDATATYPE::Bb, "bb(" + id + ")", "1/m");
     }
-    for (std::size_t field = 0; field < std::size(LightFields); ++field)
-        if (Fields[field].place.instrument >= 0)
-            AddRow(LightFields[field].kind, LightFields[field].label, "1/m");
+    for (std::size_t field = 0; field < LightFieldCount; ++field)
+        if (Sensors.light[field].instrument >= 0)
+            AddRow(LightFieldRows[field].kind, LightFieldRows[field].label, "1/m");
 }
 
 bool CPackageRows::LacksSalinity() const {
-    return !Scattering.empty() && !MeasuresSalinity() && !LastSalinity;
+    return !Scattering.empty() && !Sensors.MeasureSalinity() && !LastSalinity;
 }
 
-CPackageRows::Reading CPackageRows::ReadSensor(Instruments instruments, SensorPlace place) {
-    const CSensor* sensor = SensorAt(instruments, place);
-    const CLiveInstrument* instrument = InstrumentAt(instruments, place.instrument);
-    if (!sensor || !instrument->CurrentFrame())
-        return {};
-    double value = 0.0;
-    const ConversionStatus status = instrument->Value(*sensor, value);
-    return status == ConversionStatus::Good ? Reading{value, status} : Reading{{}, status};
-}
-
-CPackageRows::Reading CPackageRows::ReadPar(Instruments instruments, int place) {
-    const CLiveInstrument* instrument = InstrumentAt(instruments, place);
-    if (!instrument || !instrument->CurrentFrame())
-        return {};
-    double value = 0.0;
-    const ConversionStatus status = instrument->Par(value);
-    return status == ConversionStatus::Good ? Reading{value, status} : Reading{{}, status};
-}
-
-CPackageRows::Reading CPackageRows::ReadTilt(Instruments instruments) const {
-    const Reading x = ReadSensor(instruments, TiltX);
-    const Reading y = ReadSensor(instruments, TiltY);
+Reading CPackageRows::ReadTilt(Instruments instruments) const {
+    const Reading x = ReadSensor(instruments, Sensors.tiltX);
+    const Reading y = ReadSensor(instruments, Sensors.tiltY);
     if (!x.value || !y.value)
         return {{}, x.status != ConversionStatus::Good ? x.status : y.status};
     return {TiltDegrees(*x.value, *y.value)};
 }
 
-CPackageRows::Reading CPackageRows::ReadDepth(const Inputs& inputs) const {
-    Reading depth = ReadSensor(inputs.instruments, Pressure);
+Reading CPackageRows::ReadDepth(const Inputs& inputs) const {
+    Reading depth = ReadSensor(inputs.instruments, Sensors.pressure);
     if (depth.value)
         depth.value = DepthOf(*depth.value, inputs.pressureOffset);
     return depth;
@@ -230,12 +97,13 @@ void CPackageRows::AdvanceVelocity(const Inputs& inputs, const Reading& pressure
     if (!pressure.value)
         return;
     if (PressureMoved(History, *pressure.value)) {
-        const Reading timer = ReadSensor(inputs.instruments, Timer);
-        if (Timer.Found() && !timer.value) {
+        const Reading timer = ReadSensor(inputs.instruments, Sensors.timer);
+        if (Sensors.timer.Found() && !timer.value) {
             LastVelocity = timer;
             return;
         }
-        const CLiveInstrument& instrument = *InstrumentAt(inputs.instruments, Pressure.instrument);
+        const CLiveInstrument& instrument =
+            *InstrumentAt(inputs.instruments, Sensors.pressure.instrument);
         ComputeVelocity(History, velocity, *pressure.value, timer.value, instrument.FrameNumber(),
                         instrument.FrameRate);
     }
@@ -243,45 +111,47 @@ void CPackageRows::AdvanceVelocity(const Inputs& inputs, const Reading& pressure
 }
 
 void CPackageRows::AdvanceSalinity(const Inputs& inputs, const Reading& pressure) {
-    if (!MeasuresSalinity())
+    if (!Sensors.MeasureSalinity())
         return;
-    const Reading conductivity = ReadSensor(inputs.instruments, Conductivity);
-    const Reading temperature = ReadSensor(inputs.instruments, Temperature);
+    const Reading conductivity = ReadSensor(inputs.instruments, Sensors.conductivity);
+    const Reading temperature = ReadSensor(inputs.instruments, Sensors.temperature);
     if (!conductivity.value || !temperature.value || !pressure.value)
         return;
     LastSalinity = PracticalSalinity(*conductivity.value, *temperature.value, *pressure.value);
     SalinityMeasured = true;
 }
 
-CPackageRows::Reading CPackageRows::ReadSalinity(const Inputs& inputs) const {
+Reading CPackageRows::ReadSalinity(const Inputs& inputs) const {
     // Without the sensors a change of the settings shows at once.
-    if (!MeasuresSalinity())
+    if (!Sensors.MeasureSalinity())
         return {inputs.settings.UseDefSalinity ? std::optional(inputs.settings.DefaultSalinity)
                                                : std::nullopt};
-    for (const SensorPlace place : {Conductivity, Temperature, Pressure})
+    for (const SensorPlace place : {Sensors.conductivity, Sensors.temperature, Sensors.pressure})
         if (Reading reading = ReadSensor(inputs.instruments, place);
             reading.status != ConversionStatus::Good)
             return reading;
     return {LastSalinity};
 }
 
-void CPackageRows::AdvanceAttenuation(const Inputs& inputs, LightField& field,
+void CPackageRows::AdvanceAttenuation(const Inputs& inputs, std::size_t field,
                                       const Reading& depth) {
-    const CLiveInstrument* instrument = InstrumentAt(inputs.instruments, field.place.instrument);
-    const Reading light = ReadSensor(inputs.instruments, field.place);
+    const SensorPlace place = Sensors.light[field];
+    const CLiveInstrument* instrument = InstrumentAt(inputs.instruments, place.instrument);
+    const Reading light = ReadSensor(inputs.instruments, place);
+    FieldFollowed& followed = Fields[field];
     // Each frame of the radiometer is one sample, at the depth that is known when it comes.
-    if (!light.value || !depth.value || instrument->FrameNumber() == field.lastFrame)
+    if (!light.value || !depth.value || instrument->FrameNumber() == followed.lastFrame)
         return;
-    field.lastFrame = instrument->FrameNumber();
-    field.attenuation.Add(*depth.value, *light.value, inputs.settings.AttenuationWindow);
+    followed.lastFrame = instrument->FrameNumber();
+    followed.attenuation.Add(*depth.value, *light.value, inputs.settings.AttenuationWindow);
 }
 
-CPackageRows::Reading CPackageRows::ReadAttenuation(const Inputs& inputs, const LightField& field,
-                                                    const Reading& depth) {
-    const Reading light = ReadSensor(inputs.instruments, field.place);
+Reading CPackageRows::ReadAttenuation(const Inputs& inputs, std::size_t field,
+                                      const Reading& depth) const {
+    const Reading light = ReadSensor(inputs.instruments, Sensors.light[field]);
     if (light.status != ConversionStatus::Good || depth.status != ConversionStatus::Good)
         return light.status != ConversionStatus::Good ? light : depth;
-    return {field.attenuation.Coefficient()};
+    return {Fields[field].attenuation.Coefficient()};
 }
 
 void CPackageRows::SetScattering(DerivedRow* rows, Instruments instruments,
@@ -301,11 +171,11 @@ void CPackageRows::SetScattering(DerivedRow* rows, Instruments instruments,
 }
 
 void CPackageRows::Advance(const Inputs& inputs, VelocityState& velocity) {
-    const Reading pressure = ReadSensor(inputs.instruments, Pressure);
+    const Reading pressure = ReadSensor(inputs.instruments, Sensors.pressure);
     AdvanceSalinity(inputs, pressure);
     AdvanceVelocity(inputs, pressure, velocity);
     const Reading depth = ReadDepth(inputs);
-    for (LightField& field : Fields)
+    for (std::size_t field = 0; field < LightFieldCount; ++field)
         AdvanceAttenuation(inputs, field, depth);
 }
 
@@ -319,7 +189,7 @@ void CPackageRows::Read(const Inputs& inputs, std::vector<DerivedRow>& rows) con
     };
     const Reading depth = ReadDepth(inputs);
     const Reading salinity = ReadSalinity(inputs);
-    const Reading par = ReadPar(instruments, InWater);
+    const Reading par = ReadPar(instruments, Sensors.inWater);
     Reading saturation = par;
     if (par.value)
         saturation.value =
@@ -330,19 +200,19 @@ void CPackageRows::Read(const Inputs& inputs, std::vector<DerivedRow>& rows) con
     set(ANCDATATYPE::Tilt, ReadTilt(instruments));
     set(ANCDATATYPE::Depth, depth);
     set(ANCDATATYPE::Velocity, LastVelocity);
-    set(ANCDATATYPE::WaterTemperature, ReadSensor(instruments, Temperature));
+    set(ANCDATATYPE::WaterTemperature, ReadSensor(instruments, Sensors.temperature));
     // The row waits for the sensors; scattering may begin with the default salinity.
     const bool showsSalinity = SalinityMeasured || salinity.status != ConversionStatus::Good;
     set(ANCDATATYPE::Salinity, showsSalinity ? salinity : Reading{});
-    set(ANCDATATYPE::Cdom, ReadSensor(instruments, Cdom));
-    set(ANCDATATYPE::Nitrate, ReadSensor(instruments, Nitrate));
+    set(ANCDATATYPE::Cdom, ReadSensor(instruments, Sensors.cdom));
+    set(ANCDATATYPE::Nitrate, ReadSensor(instruments, Sensors.nitrate));
     set(ANCDATATYPE::ParZ, par);
-    set(ANCDATATYPE::Par0, ReadPar(instruments, Surface));
+    set(ANCDATATYPE::Par0, ReadPar(instruments, Sensors.surface));
     set(ANCDATATYPE::LightSaturation, saturation);
     for (std::size_t i = 0; i < Scattering.size(); ++i)
         SetScattering(&rows[FirstScatteringRow + 3 * i], instruments, Scattering[i], salinity);
-    for (std::size_t field = 0; field < std::size(LightFields); ++field)
-        set(LightFields[field].kind, ReadAttenuation(inputs, Fields[field], depth));
+    for (std::size_t field = 0; field < LightFieldCount; ++field)
+        set(LightFieldRows[field].kind, ReadAttenuation(inputs, field, depth));
 }
 
 } // namespace qor

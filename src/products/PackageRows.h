@@ -10,25 +10,17 @@
 #include "products/Attenuation.h"
 #include "products/DerivedRows.h"
 #include "products/OceanMath.h"
+#include "products/PackageSensors.h"
 #include "products/PackageSettings.h"
 
 #include <array>
-#include <span>
 
 namespace qor {
-
-/// Where a sensor is: the place of its instrument in the package (0 for a lone one) and its index.
-struct SensorPlace {
-    int instrument = -1;
-    int sensor = -1;
-
-    bool Found() const { return sensor >= 0; }
-};
 
 /// The products of a package, in display order; a row exists when its inputs do.
 class CPackageRows {
   public:
-    using Instruments = std::span<const CLiveInstrument* const>;
+    using Instruments = PackageInstruments;
 
     CPackageRows() = default;
     /// Finds the sensors, first in list order over the instruments in package order.
@@ -52,48 +44,33 @@ class CPackageRows {
     void Read(const Inputs& inputs, std::vector<DerivedRow>& rows) const;
 
   private:
-    struct Reading {
-        std::optional<double> value;
-        ConversionStatus status = ConversionStatus::Good;
-    };
     struct ScatteringChannel {
         SensorPlace place;
         double wavelength = 0.0;
         double waterBackscattering = 0.0;
     };
-    struct LightField {
-        SensorPlace place; ///< the channel nearest 490 nm; the row may exist without one
+    struct FieldFollowed {
         std::uint32_t lastFrame = 0;
         CAttenuation attenuation;
     };
 
-    void FindSensors(Instruments instruments);
-    void FindScattering(Instruments instruments);
-    void FindLight(Instruments instruments);
     void BuildRows(Instruments instruments);
     void AddRow(ANCDATATYPE kind, std::string label, std::string units);
-    bool MeasuresSalinity() const {
-        return Pressure.Found() && Temperature.Found() && Conductivity.Found();
-    }
 
-    static Reading ReadSensor(Instruments instruments, SensorPlace place);
-    static Reading ReadPar(Instruments instruments, int instrument);
     Reading ReadTilt(Instruments instruments) const;
     Reading ReadDepth(const Inputs& inputs) const;
+    Reading ReadSalinity(const Inputs& inputs) const;
+    Reading ReadAttenuation(const Inputs& inputs, std::size_t field, const Reading& depth) const;
     void AdvanceVelocity(const Inputs& inputs, const Reading& pressure, VelocityState& velocity);
     void AdvanceSalinity(const Inputs& inputs, const Reading& pressure);
-    Reading ReadSalinity(const Inputs& inputs) const;
-    void AdvanceAttenuation(const Inputs& inputs, LightField& field, const Reading& depth);
-    static Reading ReadAttenuation(const Inputs& inputs, const LightField& field,
-                                   const Reading& depth);
+    void AdvanceAttenuation(const Inputs& inputs, std::size_t field, const Reading& depth);
     static void SetScattering(DerivedRow* rows, Instruments instruments,
                               const ScatteringChannel& channel, const Reading& salinity);
 
     std::vector<DerivedRow> List;
-    SensorPlace TiltX, TiltY, Pressure, Timer, Temperature, Conductivity, Cdom, Nitrate;
-    int InWater = -1, Surface = -1; ///< places of the irradiance instruments
+    PackageSensors Sensors;
     std::vector<ScatteringChannel> Scattering;
-    std::array<LightField, 3> Fields; ///< ED, LU, EU
+    std::array<FieldFollowed, LightFieldCount> Fields;
     PressureHistory History;
     Reading LastVelocity; ///< of the package's latest frame
     std::optional<double> LastSalinity;
