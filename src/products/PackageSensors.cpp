@@ -15,6 +15,11 @@ namespace {
 constexpr double AttenuationWavelength = 490.0;
 constexpr double FarthestChannel = 10.0; ///< nm from 490
 constexpr std::size_t MostScatteringChannels = 2;
+constexpr std::string_view WaterIds[] = {"W", "WATER", "SEA"};
+constexpr std::string_view NoIds[] = {"", "NONE"};
+/// Ids of sensors that measure the instrument or the air, not the water.
+constexpr std::string_view OtherIds[] = {"INT",  "AIR", "CASE", "HOUSING", "BODY",
+                                         "SPEC", "PCB", "LAMP", "CPU"};
 constexpr const char* LightSeries[LightFieldCount] = {"ED", "LU", "EU"};
 
 /// The id as a finite number (a wavelength), or empty.
@@ -47,20 +52,56 @@ SensorPlace FindTilt(PackageInstruments instruments, std::string_view axis) {
     });
 }
 
-SensorPlace FindTemperature(PackageInstruments instruments) {
-    const SensorPlace water = FirstPlace(instruments, [](const CSensor& sensor) {
-        return IsType(sensor, {"TEMP", "TEMPERATURE"}) &&
-               (EqualsNoCase(sensor.Id, "W") || EqualsNoCase(sensor.Id, "WATER"));
-    });
-    return water.Found() ? water : FirstOfType(instruments, {"TEMP", "TEMPERATURE"});
+bool HasId(const CSensor& sensor, std::span<const std::string_view> ids) {
+    for (std::string_view id : ids)
+        if (EqualsNoCase(sensor.Id, id))
+            return true;
+    return false;
 }
 
-int FirstWithSeries(PackageInstruments instruments, std::string_view series) {
-    for (std::size_t i = 0; i < instruments.size(); ++i)
-        if (instruments[i] && !instruments[i]->Unusable &&
-            HasParSeries(instruments[i]->Definition(), series))
+/// A sensor that says it is in the water comes first, then one that says nothing.
+SensorPlace FindInWater(PackageInstruments instruments,
+                        std::initializer_list<std::string_view> types) {
+    SensorPlace place;
+    for (const auto ids : std::initializer_list<std::span<const std::string_view>>{WaterIds, NoIds})
+        if (!place.Found())
+            place = FirstPlace(instruments, [types, ids](const CSensor& sensor) {
+                return IsType(sensor, types) && HasId(sensor, ids);
+            });
+    return place;
+}
+
+SensorPlace FindTemperature(PackageInstruments instruments) {
+    // Decided: an id of any other kind (a number, a word) is none of these, so it gives no row:
+    // instruments carry many thermometers, and most of them are inside.
+    return FindInWater(instruments, {"TEMP", "TEMPERATURE"});
+}
+
+SensorPlace FindPressure(PackageInstruments instruments) {
+    const SensorPlace place = FindInWater(instruments, {"PRES", "PRESSURE"});
+    if (place.Found())
+        return place;
+    // Decided: of pressures only those known to be elsewhere are refused; a gauge with a serial
+    // number for an id is the package's gauge, and without it there would be no depth at all.
+    return FirstPlace(instruments, [](const CSensor& sensor) {
+        return IsType(sensor, {"PRES", "PRESSURE"}) && !HasId(sensor, OtherIds);
+    });
+}
+
+/// The first usable instrument with a series, preferably without the other series.
+int FirstWithSeries(PackageInstruments instruments, std::string_view series,
+                    std::string_view without = {}) {
+    int first = -1;
+    for (std::size_t i = 0; i < instruments.size(); ++i) {
+        if (!instruments[i] || instruments[i]->Unusable ||
+            !HasParSeries(instruments[i]->Definition(), series))
+            continue;
+        if (without.empty() || !HasParSeries(instruments[i]->Definition(), without))
             return static_cast<int>(i);
-    return -1;
+        if (first < 0)
+            first = static_cast<int>(i);
+    }
+    return first;
 }
 
 std::vector<PackageSensors::Scattering> FindScattering(PackageInstruments instruments) {
@@ -116,13 +157,14 @@ PackageSensors FindPackageSensors(PackageInstruments instruments) {
     PackageSensors found;
     found.tiltX = FindTilt(instruments, "X");
     found.tiltY = FindTilt(instruments, "Y");
-    found.pressure = FirstOfType(instruments, {"PRES", "PRESSURE"});
+    found.pressure = FindPressure(instruments);
     found.timer = FirstOfType(instruments, {"TIMER"});
     found.temperature = FindTemperature(instruments);
     found.conductivity = FirstOfType(instruments, {"COND", "CONDUCTIVITY"});
     found.cdom = FirstOfType(instruments, {"CDOM"});
     found.nitrate = FirstOfType(instruments, {"NITRATE", "NO3"});
-    found.inWater = FirstWithSeries(instruments, "ED");
+    // An instrument with both series computes its one PAR from ES, which is not the water's.
+    found.inWater = FirstWithSeries(instruments, "ED", "ES");
     found.surface = FirstWithSeries(instruments, "ES");
     found.scattering = FindScattering(instruments);
     for (std::size_t field = 0; field < LightFieldCount; ++field)

@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <fstream>
 #include <sstream>
@@ -87,6 +88,64 @@ TEST_F(PackageRowsTest, AnInstrumentThatIsGoneLeavesItsRowsWithoutValues) {
     All.clear();
     EXPECT_FALSE(Row("PAR(Z)").value);
     EXPECT_TRUE(CPackageRows(All, Settings).Rows().empty());
+}
+
+TEST(PackageRows, WaterIsMeasuredBySensorsThatSayThatTheyAreInItOrSayNothing) {
+    const struct {
+        std::vector<std::string> sensors; ///< read 1, 2, ...; of two instruments from "--" on
+        std::optional<double> temperature, depth;
+    } cases[] = {
+        {{"TEMP NONE C", "TEMP INT C", "TEMP sea C"}, 3.0, {}},
+        {{"TEMP AIR C", "TEMP none C", "PRES INT psi", "PRES NONE dbar"}, 2.0, 4.0},
+        {{"TEMP INT C", "TEMP CASE C", "TEMP LAMP C", "PRES HOUSING dbar", "PRES Air bar"}, {}, {}},
+        {{"TEMP 2 C", "TEMP AUX C", "PRES 118 dbar", "PRES NONE dbar"}, {}, 4.0},
+        {{"PRES CPU bar", "PRES 118 dbar", "PRES 119 dbar"}, {}, 2.0},
+        {{"TEMPERATURE NONE C", "PRES NONE dbar", "--", "TEMP W C", "PRESSURE Water dbar"},
+         3.0,
+         4.0},
+        {{"TEMP SPEC C", "TEMP BODY C", "--", "TEMP PCB C", "TEMP HOUSING C", "TEMP CPU C"},
+         {},
+         {}},
+    };
+    for (const auto& one : cases) {
+        const auto second = std::find(one.sensors.begin(), one.sensors.end(), "--");
+        std::vector<std::string> parts[2]{{one.sensors.begin(), second}, {}};
+        if (second != one.sensors.end())
+            parts[1].assign(second + 1, one.sensors.end());
+        CViewedInstrument first(parts[0]), other(parts[1]);
+        double value = 0.0;
+        for (auto* instrument : {&first, &other}) {
+            std::vector<double> values(parts[instrument == &other].size());
+            for (double& number : values)
+                number = ++value;
+            instrument->Send(values);
+        }
+        const std::vector<const CLiveInstrument*> all{&first.Live(), &other.Live()};
+        std::vector<DerivedRow> rows;
+        CPackageRows(all, {}).Read({all, {}, 0}, rows);
+        std::optional<double> temperature, depth;
+        for (const DerivedRow& row : rows)
+            if (row.kind == ANCDATATYPE::WaterTemperature || row.kind == ANCDATATYPE::Depth)
+                (row.kind == ANCDATATYPE::Depth ? depth : temperature) = row.value;
+        EXPECT_EQ(temperature, one.temperature) << one.sensors[0];
+        EXPECT_EQ(depth, one.depth) << one.sensors[0];
+    }
+}
+
+TEST(PackageRows, LightInTheWaterComesFromAnInstrumentWithoutASurfaceSeries) {
+    const std::string ed = "ED 500 uW/cm^2/nm", es = "ES 500 uW/cm^2/nm";
+    CViewedInstrument both({ed, es}), water({ed}), surface({es});
+    both.Send({1, 2});
+    water.Send({3});
+    surface.Send({4});
+    const auto inWater = [](std::vector<const CLiveInstrument*> all) {
+        return FindPackageSensors(all).inWater;
+    };
+    EXPECT_EQ(inWater({&both.Live(), &surface.Live(), &water.Live()}), 2);
+    EXPECT_EQ(inWater({&surface.Live(), &both.Live()}), 1) << "better than none";
+    water.Ins().Live.Unusable = true;
+    EXPECT_EQ(inWater({&both.Live(), &water.Live()}), 0);
+    EXPECT_EQ(inWater({&surface.Live()}), -1);
 }
 
 TEST(PackageRows, ScatteringWithoutSalinitySensorsTakesTheDefaultOrNothing) {
