@@ -20,6 +20,13 @@ constexpr LightFieldRow LightFieldRows[LightFieldCount] = {
     {"K Eu(490)", ANCDATATYPE::KEu},
 };
 
+/// A reading in other units; without a value when the units are not known.
+Reading Converted(Reading reading, const std::optional<UnitScale>& scale) {
+    if (reading.value)
+        reading.value = scale ? std::optional(scale->Convert(*reading.value)) : std::nullopt;
+    return reading;
+}
+
 } // namespace
 
 CPackageRows::CPackageRows(Instruments instruments, const PackageSettings& settings)
@@ -27,9 +34,33 @@ CPackageRows::CPackageRows(Instruments instruments, const PackageSettings& setti
     for (const PackageSensors::Scattering& found : Sensors.scattering)
         Scattering.push_back(
             {found.place, found.wavelength, WaterBackscattering(found.wavelength)});
+    ReadUnits(instruments);
     BuildRows(instruments);
     if (settings.UseDefSalinity)
         LastSalinity = settings.DefaultSalinity;
+}
+
+void CPackageRows::ReadUnits(Instruments instruments) {
+    const auto read = [&](SensorPlace place, auto scaleOf, const char* known) {
+        const CSensor* sensor = SensorAt(instruments, place);
+        if (!sensor)
+            return std::optional<UnitScale>();
+        const std::optional<UnitScale> scale = scaleOf(sensor->Units);
+        if (!scale)
+            Faults.push_back(
+                InstrumentAt(instruments, place.instrument)->Name() + ": the units \"" +
+                sensor->Units + "\" of " + SensorName(*sensor) +
+                " are not known, so no value is derived from it. Its definition should "
+                "name one of " +
+                known + ".");
+        return scale;
+    };
+    ToDbar = read(Sensors.pressure, PressureScale, "dbar, bar, mbar, hPa, kPa, MPa, psi and m");
+    ToCelsius = read(Sensors.temperature, TemperatureScale, "C, K and F");
+    // Conductivity serves salinity alone.
+    if (Sensors.MeasureSalinity())
+        ToMilliSiemens =
+            read(Sensors.conductivity, ConductivityScale, "mS/cm, mmho/cm, S/m, uS/cm and umho/cm");
 }
 
 void CPackageRows::AddRow(ANCDATATYPE kind, std::string label, std::string units) {
@@ -76,6 +107,18 @@ bool CPackageRows::LacksSalinity() const {
     return !Scattering.empty() && !Sensors.MeasureSalinity() && !LastSalinity;
 }
 
+Reading CPackageRows::ReadPressure(const Inputs& inputs) const {
+    return Converted(ReadSensor(inputs.instruments, Sensors.pressure), ToDbar);
+}
+
+Reading CPackageRows::ReadTemperature(const Inputs& inputs) const {
+    return Converted(ReadSensor(inputs.instruments, Sensors.temperature), ToCelsius);
+}
+
+Reading CPackageRows::ReadConductivity(const Inputs& inputs) const {
+    return Converted(ReadSensor(inputs.instruments, Sensors.conductivity), ToMilliSiemens);
+}
+
 Reading CPackageRows::ReadTilt(Instruments instruments) const {
     const Reading x = ReadSensor(instruments, Sensors.tiltX);
     const Reading y = ReadSensor(instruments, Sensors.tiltY);
@@ -88,6 +131,13 @@ Reading CPackageRows::ReadDepth(const Inputs& inputs) const {
     Reading depth = ReadSensor(inputs.instruments, Sensors.pressure);
     if (depth.value)
         depth.value = DepthOf(*depth.value, inputs.pressureOffset);
+    return depth;
+}
+
+Reading CPackageRows::ReadDbarDepth(const Inputs& inputs) const {
+    Reading depth = ReadDepth(inputs);
+    if (depth.value)
+        depth.value = ToDbar ? std::optional(ToDbar->Difference(*depth.value)) : std::nullopt;
     return depth;
 }
 
@@ -110,11 +160,12 @@ void CPackageRows::AdvanceVelocity(const Inputs& inputs, const Reading& pressure
     LastVelocity = {velocity.velocity};
 }
 
-void CPackageRows::AdvanceSalinity(const Inputs& inputs, const Reading& pressure) {
+void CPackageRows::AdvanceSalinity(const Inputs& inputs) {
     if (!Sensors.MeasureSalinity())
         return;
-    const Reading conductivity = ReadSensor(inputs.instruments, Sensors.conductivity);
-    const Reading temperature = ReadSensor(inputs.instruments, Sensors.temperature);
+    const Reading conductivity = ReadConductivity(inputs);
+    const Reading temperature = ReadTemperature(inputs);
+    const Reading pressure = ReadPressure(inputs);
     if (!conductivity.value || !temperature.value || !pressure.value)
         return;
     LastSalinity = PracticalSalinity(*conductivity.value, *temperature.value, *pressure.value);
@@ -171,10 +222,9 @@ void CPackageRows::SetScattering(DerivedRow* rows, Instruments instruments,
 }
 
 void CPackageRows::Advance(const Inputs& inputs, VelocityState& velocity) {
-    const Reading pressure = ReadSensor(inputs.instruments, Sensors.pressure);
-    AdvanceSalinity(inputs, pressure);
-    AdvanceVelocity(inputs, pressure, velocity);
-    const Reading depth = ReadDepth(inputs);
+    AdvanceSalinity(inputs);
+    AdvanceVelocity(inputs, ReadPressure(inputs), velocity);
+    const Reading depth = ReadDbarDepth(inputs);
     for (std::size_t field = 0; field < LightFieldCount; ++field)
         AdvanceAttenuation(inputs, field, depth);
 }
@@ -187,7 +237,7 @@ void CPackageRows::Read(const Inputs& inputs, std::vector<DerivedRow>& rows) con
             if (row.kind == kind)
                 SetRow(row, reading.value, reading.status);
     };
-    const Reading depth = ReadDepth(inputs);
+    const Reading depth = ReadDbarDepth(inputs);
     const Reading salinity = ReadSalinity(inputs);
     const Reading par = ReadPar(instruments, Sensors.inWater);
     Reading saturation = par;
@@ -198,9 +248,10 @@ void CPackageRows::Read(const Inputs& inputs, std::vector<DerivedRow>& rows) con
                 : std::nullopt;
 
     set(ANCDATATYPE::Tilt, ReadTilt(instruments));
-    set(ANCDATATYPE::Depth, depth);
+    set(ANCDATATYPE::Depth, ReadDepth(inputs));
     set(ANCDATATYPE::Velocity, LastVelocity);
-    set(ANCDATATYPE::WaterTemperature, ReadSensor(instruments, Sensors.temperature));
+    // Decided: a thermometer in kelvin or Fahrenheit is shown in the row's own degrees C.
+    set(ANCDATATYPE::WaterTemperature, ReadTemperature(inputs));
     // The row waits for the sensors; scattering may begin with the default salinity.
     const bool showsSalinity = SalinityMeasured || salinity.status != ConversionStatus::Good;
     set(ANCDATATYPE::Salinity, showsSalinity ? salinity : Reading{});

@@ -12,6 +12,7 @@
 #include "products/OceanMath.h"
 #include "products/PackageSensors.h"
 #include "products/PackageSettings.h"
+#include "products/SensorUnits.h"
 
 #include <array>
 
@@ -29,6 +30,10 @@ class CPackageRows {
     /// Whether there are scattering sensors and nothing to take a salinity from.
     bool LacksSalinity() const;
 
+    /// What to tell the operator once: a sentence for each sensor in units that are not known, from
+    /// which nothing is derived (but the depth, which is in the pressure's own units).
+    const std::vector<std::string>& UnitFaults() const { return Faults; }
+
     /// The rows without values: their kinds, labels and units.
     const std::vector<DerivedRow>& Rows() const { return List; }
 
@@ -36,7 +41,7 @@ class CPackageRows {
     struct Inputs {
         Instruments instruments; ///< in package order; null: no longer there
         const PackageSettings& settings;
-        double pressureOffset = 0.0; ///< the pressure that was read in air
+        double pressureOffset = 0.0; ///< the pressure that was read in air, in the sensor's units
     };
     /// Follows the cast: to be called once for every frame of the package's instruments.
     void Advance(const Inputs& inputs, VelocityState& velocity);
@@ -57,18 +62,26 @@ class CPackageRows {
     void BuildRows(Instruments instruments);
     void AddRow(ANCDATATYPE kind, std::string label, std::string units);
 
+    void ReadUnits(Instruments instruments);
+    /// Sea pressure in dbar, depth in dbar, temperature in degrees C, conductivity in mS/cm.
+    Reading ReadPressure(const Inputs& inputs) const;
+    Reading ReadDbarDepth(const Inputs& inputs) const;
+    Reading ReadTemperature(const Inputs& inputs) const;
+    Reading ReadConductivity(const Inputs& inputs) const;
     Reading ReadTilt(Instruments instruments) const;
     Reading ReadDepth(const Inputs& inputs) const;
     Reading ReadSalinity(const Inputs& inputs) const;
     Reading ReadAttenuation(const Inputs& inputs, std::size_t field, const Reading& depth) const;
     void AdvanceVelocity(const Inputs& inputs, const Reading& pressure, VelocityState& velocity);
-    void AdvanceSalinity(const Inputs& inputs, const Reading& pressure);
+    void AdvanceSalinity(const Inputs& inputs);
     void AdvanceAttenuation(const Inputs& inputs, std::size_t field, const Reading& depth);
     static void SetScattering(DerivedRow* rows, Instruments instruments,
                               const ScatteringChannel& channel, const Reading& salinity);
 
     std::vector<DerivedRow> List;
+    std::vector<std::string> Faults;
     PackageSensors Sensors;
+    std::optional<UnitScale> ToDbar, ToCelsius, ToMilliSiemens; ///< empty: not found or not known
     std::vector<ScatteringChannel> Scattering;
     std::array<FieldFollowed, LightFieldCount> Fields;
     PressureHistory History;

@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cmath>
 #include <fstream>
+#include <map>
 #include <sstream>
 
 namespace qor {
@@ -146,6 +147,76 @@ TEST(PackageRows, LightInTheWaterComesFromAnInstrumentWithoutASurfaceSeries) {
     water.Ins().Live.Unusable = true;
     EXPECT_EQ(inWater({&both.Live(), &water.Live()}), 0);
     EXPECT_EQ(inWater({&surface.Live()}), -1);
+}
+
+/// What a descent by 6 dbar leaves behind, by label.
+std::map<std::string, std::optional<double>> Descend(const std::string& pressure,
+                                                     const std::string& temperature,
+                                                     const std::string& conductivity,
+                                                     const std::vector<double>& perUnit,
+                                                     std::vector<std::string>& faults) {
+    CViewedInstrument ctd({"PRES NONE " + pressure, "TEMP NONE " + temperature,
+                           "COND NONE " + conductivity, "TIMER NONE s", "BETA 500 x",
+                           "ED 490 uW/cm^2/nm"});
+    const std::vector<const CLiveInstrument*> all{&ctd.Live()};
+    PackageSettings settings;
+    settings.SaturationIrradiance = 200;
+    VelocityState velocity;
+    CPackageRows package(all, settings);
+    const double tare = 0.5 * perUnit[0];
+    for (int depth = 0; depth <= 6; ++depth) {
+        ctd.Send({(depth + 0.5) * perUnit[0], perUnit[1], perUnit[2], 2.0 * depth, 0.01,
+                  std::exp(-0.1 * depth)});
+        package.Advance({all, settings, tare}, velocity);
+    }
+    std::vector<DerivedRow> rows;
+    package.Read({all, settings, tare}, rows);
+    std::map<std::string, std::optional<double>> values;
+    for (const DerivedRow& row : rows)
+        values[row.label] = row.value;
+    faults = package.UnitFaults();
+    return values;
+}
+
+TEST(PackageRows, TheSameWaterGivesTheSameProductsInWhateverUnitsItIsMeasured) {
+    std::vector<std::string> faults;
+    auto expected = Descend("dbar", "C", "mS/cm", {1, 15, 42}, faults);
+    EXPECT_EQ(expected["VELOCITY"], 0.5);
+    const struct {
+        const char *pressure, *temperature, *conductivity;
+        std::vector<double> perUnit;
+    } cases[] = {{"kPa", "K", "S/m", {10, 288.15, 4.2}},
+                 {"psi", "F", "uS/cm", {1 / 0.6894757293168361, 59, 42000}},
+                 {"bar",
+                  "\xB0"
+                  "C",
+                  "mmho/cm",
+                  {0.1, 15, 42}}};
+    for (const auto& one : cases) {
+        auto values = Descend(one.pressure, one.temperature, one.conductivity, one.perUnit, faults);
+        EXPECT_NEAR(values["DEPTH"].value_or(0), 6 * one.perUnit[0], 1e-9) << "in its own units";
+        values["DEPTH"] = expected["DEPTH"];
+        for (const auto& [label, value] : expected)
+            EXPECT_NEAR(values[label].value_or(-1), value.value_or(-2), 1e-9) << label;
+        EXPECT_TRUE(faults.empty());
+    }
+}
+
+TEST(PackageRows, UnitsThatAreNotKnownGiveNoDerivedValueAndOneSentence) {
+    std::vector<std::string> faults;
+    auto values = Descend("fathoms", "C", "mS/cm", {1, 15, 42}, faults);
+    for (const char* label : {"VELOCITY", "SALINITY", "BETAp(500)", "K Ed(490)"})
+        EXPECT_FALSE(values[label]) << label;
+    EXPECT_EQ(values["DEPTH"], 6.0) << "needs no units";
+    EXPECT_EQ(values["T (W)"], 15.0);
+    ASSERT_EQ(faults.size(), 1u);
+    EXPECT_TRUE(faults[0].starts_with("HDR: the units \"fathoms\" of PRES ")) << faults[0];
+
+    values = Descend("dbar", "x", "y", {1, 15, 42}, faults);
+    for (const char* label : {"T (W)", "SALINITY", "BETAp(500)"})
+        EXPECT_FALSE(values[label]) << label;
+    EXPECT_EQ(values["VELOCITY"], 0.5);
+    EXPECT_EQ(faults.size(), 2u);
 }
 
 TEST(PackageRows, ScatteringWithoutSalinitySensorsTakesTheDefaultOrNothing) {
