@@ -63,18 +63,21 @@ CInstrumentRows::CInstrumentRows(const CLiveInstrument& instrument) {
     TiltX = FindTiltAxis(definition, "X");
     TiltY = FindTiltAxis(definition, "Y");
     if (TiltX >= 0 && TiltY >= 0)
-        List.push_back({ANCDATATYPE::Tilt, "TILT", "deg", {}, {}});
+        List.push_back({ANCDATATYPE::Tilt, "TILT", "deg", {}, {}, {}});
     if (instrument.Unusable)
         return;
     if (HasParSeries(definition, "ES"))
-        List.push_back({ANCDATATYPE::Par0, "PAR(0+)", ParUnits, {}, {}});
+        List.push_back({ANCDATATYPE::Par0, "PAR(0+)", ParUnits, {}, {}, {}});
     if (HasParSeries(definition, "ED"))
-        List.push_back({ANCDATATYPE::ParZ, "PAR(Z)", ParUnits, {}, {}});
+        List.push_back({ANCDATATYPE::ParZ, "PAR(Z)", ParUnits, {}, {}, {}});
 }
 
-void CInstrumentRows::Read(const CLiveInstrument& instrument, std::vector<DerivedRow>& rows) const {
+void CInstrumentRows::Read(const CLiveInstrument& instrument, std::vector<DerivedRow>& rows,
+                           std::int64_t now) const {
     rows = List;
+    const bool stale = instrument.Stale(now);
     for (DerivedRow& row : rows) {
+        row.stale = stale;
         double value = 0.0;
         ConversionStatus status = ConversionStatus::Good;
         if (!instrument.CurrentFrame()) {

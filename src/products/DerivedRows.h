@@ -43,6 +43,7 @@ struct DerivedRow {
     std::string units;
     std::optional<double> value;
     ConversionStatus status = ConversionStatus::Good;
+    bool stale = false; ///< of an instrument that sends no more
 };
 
 /// The value with the decimals of its kind, the text of the status, or "--".
@@ -66,8 +67,10 @@ class CInstrumentRows {
 
     /// The rows without values: their kinds, labels and units.
     const std::vector<DerivedRow>& Rows() const { return List; }
-    /// Every row for the instrument's current frame, into a list whose memory is used again.
-    void Read(const CLiveInstrument& instrument, std::vector<DerivedRow>& rows) const;
+    /// Every row for the instrument's current frame, into a list whose memory is used again. `now`:
+    /// the monotonic clock (ms), for what is stale.
+    void Read(const CLiveInstrument& instrument, std::vector<DerivedRow>& rows,
+              std::int64_t now = 0) const;
 
   private:
     std::vector<DerivedRow> List;

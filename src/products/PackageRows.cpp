@@ -63,44 +63,53 @@ void CPackageRows::ReadUnits(Instruments instruments) {
             read(Sensors.conductivity, ConductivityScale, "mS/cm, mmho/cm, S/m, uS/cm and umho/cm");
 }
 
-void CPackageRows::AddRow(ANCDATATYPE kind, std::string label, std::string units) {
-    List.push_back({kind, std::move(label), std::move(units), {}, {}});
+void CPackageRows::AddRow(ANCDATATYPE kind, std::string label, std::string units,
+                          std::initializer_list<SensorPlace> from) {
+    List.push_back({kind, std::move(label), std::move(units), {}, {}, {}});
+    Carriers.emplace_back();
+    for (const SensorPlace place : from)
+        Carriers.back().push_back(place.instrument);
 }
 
 void CPackageRows::BuildRows(Instruments instruments) {
-    if (Sensors.tiltX.Found() && Sensors.tiltY.Found())
-        AddRow(ANCDATATYPE::Tilt, "TILT", "deg");
-    if (const CSensor* pressure = SensorAt(instruments, Sensors.pressure)) {
+    const auto& [tiltX, tiltY, pressure, timer, temperature, conductivity, cdom, nitrate, inWater,
+                 surface, scattering, light] = Sensors;
+    if (tiltX.Found() && tiltY.Found())
+        AddRow(ANCDATATYPE::Tilt, "TILT", "deg", {tiltX, tiltY});
+    if (const CSensor* sensor = SensorAt(instruments, pressure)) {
         // Decided: the depth carries the units of the pressure it is taken from.
-        AddRow(ANCDATATYPE::Depth, "DEPTH", pressure->Units);
-        AddRow(ANCDATATYPE::Velocity, "VELOCITY", "m/s");
+        AddRow(ANCDATATYPE::Depth, "DEPTH", sensor->Units, {pressure});
+        AddRow(ANCDATATYPE::Velocity, "VELOCITY", "m/s", {pressure, timer});
     }
-    if (Sensors.temperature.Found())
+    if (temperature.Found())
         AddRow(ANCDATATYPE::WaterTemperature, "T (W)",
                "\xB0"
-               "C");
+               "C",
+               {temperature});
     if (Sensors.MeasureSalinity())
-        AddRow(ANCDATATYPE::Salinity, "SALINITY", "psu");
-    if (const CSensor* cdom = SensorAt(instruments, Sensors.cdom))
-        AddRow(ANCDATATYPE::Cdom, "CDOM(" + cdom->Id + ")", "ppb/l");
-    if (Sensors.nitrate.Found())
-        AddRow(ANCDATATYPE::Nitrate, "[NO3-]", "uMolar");
-    if (Sensors.inWater >= 0)
-        AddRow(ANCDATATYPE::ParZ, "PAR(Z)", ParUnits);
-    if (Sensors.surface >= 0)
-        AddRow(ANCDATATYPE::Par0, "PAR(0+)", ParUnits);
-    if (Sensors.inWater >= 0)
-        AddRow(ANCDATATYPE::LightSaturation, "LIGHT SATURATION", "%");
+        AddRow(ANCDATATYPE::Salinity, "SALINITY", "psu", {conductivity, temperature, pressure});
+    if (const CSensor* sensor = SensorAt(instruments, cdom))
+        AddRow(ANCDATATYPE::Cdom, "CDOM(" + sensor->Id + ")", "ppb/l", {cdom});
+    if (nitrate.Found())
+        AddRow(ANCDATATYPE::Nitrate, "[NO3-]", "uMolar", {nitrate});
+    if (inWater >= 0)
+        AddRow(ANCDATATYPE::ParZ, "PAR(Z)", ParUnits, {{inWater}});
+    if (surface >= 0)
+        AddRow(ANCDATATYPE::Par0, "PAR(0+)", ParUnits, {{surface}});
+    if (inWater >= 0)
+        AddRow(ANCDATATYPE::LightSaturation, "LIGHT SATURATION", "%", {{inWater}});
     FirstScatteringRow = List.size();
     for (const ScatteringChannel& channel : Scattering) {
         const std::string& id = SensorAt(instruments, channel.place)->Id;
-        AddRow(ANCDATATYPE::BetaP, "BETAp(" + id + ")", "1/(m*sr)");
-        AddRow(ANCDATATYPE::Bbp, "bbp(" + id + ")", "1/m");
-        AddRow(ANCDATATYPE::Bb, "bb(" + id + ")", "1/m");
+        // The instruments behind the salinity age with their own row.
+        AddRow(ANCDATATYPE::BetaP, "BETAp(" + id + ")", "1/(m*sr)", {channel.place});
+        AddRow(ANCDATATYPE::Bbp, "bbp(" + id + ")", "1/m", {channel.place});
+        AddRow(ANCDATATYPE::Bb, "bb(" + id + ")", "1/m", {channel.place});
     }
     for (std::size_t field = 0; field < LightFieldCount; ++field)
-        if (Sensors.light[field].instrument >= 0)
-            AddRow(LightFieldRows[field].kind, LightFieldRows[field].label, "1/m");
+        if (light[field].instrument >= 0)
+            AddRow(LightFieldRows[field].kind, LightFieldRows[field].label, "1/m",
+                   {light[field], pressure});
 }
 
 bool CPackageRows::LacksSalinity() const {
@@ -264,6 +273,10 @@ void CPackageRows::Read(const Inputs& inputs, std::vector<DerivedRow>& rows) con
         SetScattering(&rows[FirstScatteringRow + 3 * i], instruments, Scattering[i], salinity);
     for (std::size_t field = 0; field < LightFieldCount; ++field)
         set(LightFieldRows[field].kind, ReadAttenuation(inputs, field, depth));
+    for (std::size_t row = 0; row < rows.size(); ++row)
+        for (const int place : Carriers[row])
+            if (const CLiveInstrument* instrument = InstrumentAt(instruments, place))
+                rows[row].stale = rows[row].stale || instrument->Stale(inputs.now);
 }
 
 } // namespace qor

@@ -42,6 +42,7 @@ class CPackageRows {
         Instruments instruments; ///< in package order; null: no longer there
         const PackageSettings& settings;
         double pressureOffset = 0.0; ///< the pressure that was read in air, in the sensor's units
+        std::int64_t now = 0;        ///< monotonic clock, ms, for what is stale
     };
     /// Follows the cast: to be called once for every frame of the package's instruments.
     void Advance(const Inputs& inputs, VelocityState& velocity);
@@ -60,7 +61,8 @@ class CPackageRows {
     };
 
     void BuildRows(Instruments instruments);
-    void AddRow(ANCDATATYPE kind, std::string label, std::string units);
+    void AddRow(ANCDATATYPE kind, std::string label, std::string units,
+                std::initializer_list<SensorPlace> from);
 
     void ReadUnits(Instruments instruments);
     /// Sea pressure in dbar, depth in dbar, temperature in degrees C, conductivity in mS/cm.
@@ -79,6 +81,7 @@ class CPackageRows {
                               const ScatteringChannel& channel, const Reading& salinity);
 
     std::vector<DerivedRow> List;
+    std::vector<std::vector<int>> Carriers; ///< places of the instruments behind each row
     std::vector<std::string> Faults;
     PackageSensors Sensors;
     std::optional<UnitScale> ToDbar, ToCelsius, ToMilliSiemens; ///< empty: not found or not known

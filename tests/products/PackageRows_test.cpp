@@ -91,6 +91,42 @@ TEST_F(PackageRowsTest, AnInstrumentThatIsGoneLeavesItsRowsWithoutValues) {
     EXPECT_TRUE(CPackageRows(All, Settings).Rows().empty());
 }
 
+TEST_F(PackageRowsTest, AreStaleOnceTheirInstrumentsHaveMissedThreeFrames) {
+    Cast(10, 100);
+    const auto stale = [this](std::int64_t now) {
+        std::string labels;
+        std::vector<DerivedRow> rows;
+        Rows.Read({All, Settings, 0, now}, rows);
+        for (const DerivedRow& row : rows)
+            if (row.stale)
+                labels += row.label + ' ';
+        return labels;
+    };
+    Profiler.Ins().Live.FrameRate = 20;
+    Profiler.Ins().Live.ArrivalMonotonic = 100'000;
+    Radiometer.Ins().Live.ArrivalMonotonic = 100'000;
+    Radiometer.Ins().Live.FrameRate = 0.5;
+    EXPECT_EQ(stale(102'999), "");
+    EXPECT_EQ(stale(105'999),
+              "TILT DEPTH VELOCITY T (W) SALINITY CDOM(1) [NO3-] BETAp(470) bbp(470) bb(470) "
+              "BETAp(532) bbp(532) bb(532) K Ed(490) K Lu(490) ");
+    Profiler.Ins().Live.ArrivalMonotonic = 106'000;
+    EXPECT_EQ(stale(106'000), "PAR(Z) LIGHT SATURATION K Ed(490) K Lu(490) ")
+        << "the reference has sent nothing that could be old";
+    for (const double silly : {0.0, -1.0, std::nan(""), HUGE_VAL, 1e-300}) {
+        Profiler.Ins().Live.FrameRate = silly;
+        EXPECT_EQ(Profiler.Live().Stale(109'000), silly != 1e-300) << silly;
+        EXPECT_FALSE(Profiler.Live().Stale(108'999)) << silly;
+    }
+    EXPECT_TRUE(Profiler.Live().Stale(106'000 + 86'400'000)) << "a day is enough for anyone";
+
+    std::vector<DerivedRow> rows;
+    CInstrumentRows(Radiometer.Live()).Read(Radiometer.Live(), rows, 106'000);
+    EXPECT_TRUE(rows.at(0).stale);
+    CInstrumentRows(Radiometer.Live()).Read(Radiometer.Live(), rows, 105'999);
+    EXPECT_FALSE(rows.at(0).stale);
+}
+
 TEST(PackageRows, WaterIsMeasuredBySensorsThatSayThatTheyAreInItOrSayNothing) {
     const struct {
         std::vector<std::string> sensors; ///< read 1, 2, ...; of two instruments from "--" on
