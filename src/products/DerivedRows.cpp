@@ -44,7 +44,7 @@ std::string DerivedText(const DerivedRow& row) {
         return std::string(ConversionStatusText(row.status));
     if (!row.value)
         return NoValueText;
-    return row.kind >= ANCDATATYPE::BetaP ? Format("%.6f", *row.value) : Format("%.2f", *row.value);
+    return Format("%.*f", row.decimals, *row.value);
 }
 
 int FindTiltAxis(const CInstrument& instrument, std::string_view axis) {

@@ -33,6 +33,20 @@ enum class ANCDATATYPE : std::uint8_t {
     KEd,
     KLu,
     KEu,
+    // the further rows
+    AbsoluteSalinity,
+    ConservativeTemperature,
+    SigmaTheta,
+    SoundSpeed,
+    DepthInMetres,
+    KPar,
+    OnePercentDepth,
+    Reflectance,
+    ParRatio,
+    KEdByEs,
+    KLuByEs,
+    KEuByEs,
+    OxygenSaturation,
 };
 
 /// One product at this moment. Without a value: the conversion status that prevented it, or Good
@@ -44,6 +58,7 @@ struct DerivedRow {
     std::optional<double> value;
     ConversionStatus status = ConversionStatus::Good;
     bool stale = false; ///< of an instrument that sends no more
+    std::uint8_t decimals = 2;
 };
 
 /// The value with the decimals of its kind, the text of the status, or "--".

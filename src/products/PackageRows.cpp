@@ -29,13 +29,16 @@ Reading Converted(Reading reading, const std::optional<UnitScale>& scale) {
 
 } // namespace
 
-CPackageRows::CPackageRows(Instruments instruments, const PackageSettings& settings)
-    : Sensors(FindPackageSensors(instruments)) {
+CPackageRows::CPackageRows(Instruments instruments, const PackageSettings& settings,
+                           DerivedChoice choice)
+    : Sensors(FindPackageSensors(instruments)), Choice(choice) {
     for (const PackageSensors::Scattering& found : Sensors.scattering)
         Scattering.push_back(
             {found.place, found.wavelength, WaterBackscattering(found.wavelength)});
     ReadUnits(instruments);
     BuildRows(instruments);
+    if (Choice == DerivedChoice::All)
+        AddFurtherRows(instruments);
     if (settings.UseDefSalinity)
         LastSalinity = settings.DefaultSalinity;
 }
@@ -48,11 +51,7 @@ void CPackageRows::ReadUnits(Instruments instruments) {
         const std::optional<UnitScale> scale = scaleOf(sensor->Units);
         if (!scale)
             Faults.push_back(
-                InstrumentAt(instruments, place.instrument)->Name() + ": the units \"" +
-                sensor->Units + "\" of " + SensorName(*sensor) +
-                " are not known, so no value is derived from it. Its definition should "
-                "name one of " +
-                known + ".");
+                UnknownUnits(*InstrumentAt(instruments, place.instrument), *sensor, known));
         return scale;
     };
     ToDbar = read(Sensors.pressure, PressureScale, "dbar, bar, mbar, hPa, kPa, MPa, psi and m");
@@ -65,7 +64,8 @@ void CPackageRows::ReadUnits(Instruments instruments) {
 
 void CPackageRows::AddRow(ANCDATATYPE kind, std::string label, std::string units,
                           std::initializer_list<SensorPlace> from) {
-    List.push_back({kind, std::move(label), std::move(units), {}, {}, {}});
+    const std::uint8_t decimals = kind >= ANCDATATYPE::BetaP ? 6 : 2;
+    List.push_back({kind, std::move(label), std::move(units), {}, {}, {}, decimals});
     Carriers.emplace_back();
     for (const SensorPlace place : from)
         Carriers.back().push_back(place.instrument);
@@ -110,6 +110,16 @@ void CPackageRows::BuildRows(Instruments instruments) {
         if (light[field].instrument >= 0)
             AddRow(LightFieldRows[field].kind, LightFieldRows[field].label, "1/m",
                    {light[field], pressure});
+}
+
+void CPackageRows::AddFurtherRows(Instruments instruments) {
+    Further = CFurtherRows(instruments, Sensors);
+    FirstFurtherRow = List.size();
+    for (const CFurtherRows::Row& further : Further.Rows()) {
+        List.push_back(further.row);
+        Carriers.push_back(further.carriers);
+    }
+    Faults.insert(Faults.end(), Further.UnitFaults().begin(), Further.UnitFaults().end());
 }
 
 bool CPackageRows::LacksSalinity() const {
@@ -193,6 +203,32 @@ Reading CPackageRows::ReadSalinity(const Inputs& inputs) const {
     return {LastSalinity};
 }
 
+Reading CPackageRows::ReadShownSalinity(const Reading& salinity) const {
+    // The row waits for the sensors; scattering may begin with the default salinity.
+    const bool shown = SalinityMeasured || salinity.status != ConversionStatus::Good;
+    return shown ? salinity : Reading{};
+}
+
+CWaterNow CPackageRows::ReadWater(const Inputs& inputs) const {
+    CWaterNow water;
+    water.position = inputs.position;
+    water.attenuationWindow = inputs.settings.AttenuationWindow;
+    water[WaterQuantity::Salinity] = ReadShownSalinity(ReadSalinity(inputs));
+    water[WaterQuantity::Temperature] = ReadTemperature(inputs);
+    // The tare is the air's pressure; without one absolute units lose a standard atmosphere.
+    water[WaterQuantity::Pressure] =
+        inputs.pressureOffset != 0.0 ? ReadDbarDepth(inputs) : ReadPressure(inputs);
+    water[WaterQuantity::Par] = ReadPar(inputs.instruments, Sensors.inWater);
+    water[WaterQuantity::SurfacePar] = ReadPar(inputs.instruments, Sensors.surface);
+    constexpr WaterQuantity Lights[LightFieldCount] = {WaterQuantity::Ed, WaterQuantity::Lu,
+                                                       WaterQuantity::Eu};
+    for (std::size_t field = 0; field < LightFieldCount; ++field)
+        water[Lights[field]] = ReadSensor(inputs.instruments, Sensors.light[field]);
+    water[WaterQuantity::LuAttenuation] =
+        ReadAttenuation(inputs, static_cast<std::size_t>(LightField::Lu), ReadDbarDepth(inputs));
+    return water;
+}
+
 void CPackageRows::AdvanceAttenuation(const Inputs& inputs, std::size_t field,
                                       const Reading& depth) {
     const SensorPlace place = Sensors.light[field];
@@ -236,6 +272,8 @@ void CPackageRows::Advance(const Inputs& inputs, VelocityState& velocity) {
     const Reading depth = ReadDbarDepth(inputs);
     for (std::size_t field = 0; field < LightFieldCount; ++field)
         AdvanceAttenuation(inputs, field, depth);
+    if (Choice == DerivedChoice::All)
+        Further.Advance(inputs.instruments, ReadWater(inputs));
 }
 
 void CPackageRows::Read(const Inputs& inputs, std::vector<DerivedRow>& rows) const {
@@ -261,9 +299,7 @@ void CPackageRows::Read(const Inputs& inputs, std::vector<DerivedRow>& rows) con
     set(ANCDATATYPE::Velocity, LastVelocity);
     // Decided: a thermometer in kelvin or Fahrenheit is shown in the row's own degrees C.
     set(ANCDATATYPE::WaterTemperature, ReadTemperature(inputs));
-    // The row waits for the sensors; scattering may begin with the default salinity.
-    const bool showsSalinity = SalinityMeasured || salinity.status != ConversionStatus::Good;
-    set(ANCDATATYPE::Salinity, showsSalinity ? salinity : Reading{});
+    set(ANCDATATYPE::Salinity, ReadShownSalinity(salinity));
     set(ANCDATATYPE::Cdom, ReadSensor(instruments, Sensors.cdom));
     set(ANCDATATYPE::Nitrate, ReadSensor(instruments, Sensors.nitrate));
     set(ANCDATATYPE::ParZ, par);
@@ -273,6 +309,8 @@ void CPackageRows::Read(const Inputs& inputs, std::vector<DerivedRow>& rows) con
         SetScattering(&rows[FirstScatteringRow + 3 * i], instruments, Scattering[i], salinity);
     for (std::size_t field = 0; field < LightFieldCount; ++field)
         set(LightFieldRows[field].kind, ReadAttenuation(inputs, field, depth));
+    if (Choice == DerivedChoice::All)
+        Further.Read(instruments, ReadWater(inputs), std::span(rows).subspan(FirstFurtherRow));
     for (std::size_t row = 0; row < rows.size(); ++row)
         for (const int place : Carriers[row])
             if (const CLiveInstrument* instrument = InstrumentAt(instruments, place))

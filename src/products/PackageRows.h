@@ -9,6 +9,7 @@
 
 #include "products/Attenuation.h"
 #include "products/DerivedRows.h"
+#include "products/FurtherRows.h"
 #include "products/OceanMath.h"
 #include "products/PackageSensors.h"
 #include "products/PackageSettings.h"
@@ -18,6 +19,9 @@
 
 namespace qor {
 
+/// Which rows a package shows: the usual ones, or also those that are off by default.
+enum class DerivedChoice { Usual, All };
+
 /// The products of a package, in display order; a row exists when its inputs do.
 class CPackageRows {
   public:
@@ -25,7 +29,8 @@ class CPackageRows {
 
     CPackageRows() = default;
     /// Finds the sensors, first in list order over the instruments in package order.
-    CPackageRows(Instruments instruments, const PackageSettings& settings);
+    CPackageRows(Instruments instruments, const PackageSettings& settings,
+                 DerivedChoice choice = DerivedChoice::Usual);
 
     /// Whether there are scattering sensors and nothing to take a salinity from.
     bool LacksSalinity() const;
@@ -43,6 +48,7 @@ class CPackageRows {
         const PackageSettings& settings;
         double pressureOffset = 0.0; ///< the pressure that was read in air, in the sensor's units
         std::int64_t now = 0;        ///< monotonic clock, ms, for what is stale
+        std::optional<GeoPosition> position = {}; ///< where it is, for gravity and the Baltic
     };
     /// Follows the cast: to be called once for every frame of the package's instruments.
     void Advance(const Inputs& inputs, VelocityState& velocity);
@@ -61,6 +67,8 @@ class CPackageRows {
     };
 
     void BuildRows(Instruments instruments);
+    void AddFurtherRows(Instruments instruments);
+    CWaterNow ReadWater(const Inputs& inputs) const;
     void AddRow(ANCDATATYPE kind, std::string label, std::string units,
                 std::initializer_list<SensorPlace> from);
 
@@ -73,6 +81,7 @@ class CPackageRows {
     Reading ReadTilt(Instruments instruments) const;
     Reading ReadDepth(const Inputs& inputs) const;
     Reading ReadSalinity(const Inputs& inputs) const;
+    Reading ReadShownSalinity(const Reading& salinity) const;
     Reading ReadAttenuation(const Inputs& inputs, std::size_t field, const Reading& depth) const;
     void AdvanceVelocity(const Inputs& inputs, const Reading& pressure, VelocityState& velocity);
     void AdvanceSalinity(const Inputs& inputs);
@@ -92,6 +101,9 @@ class CPackageRows {
     std::optional<double> LastSalinity;
     bool SalinityMeasured = false;
     std::size_t FirstScatteringRow = 0;
+    DerivedChoice Choice = DerivedChoice::Usual;
+    CFurtherRows Further;
+    std::size_t FirstFurtherRow = 0;
 };
 
 } // namespace qor

@@ -121,7 +121,15 @@ std::vector<PackageSensors::Scattering> FindScattering(PackageInstruments instru
     return found;
 }
 
-/// The optical channel of a series nearest 490 nm; the instrument alone when none is near enough.
+} // namespace
+
+bool IsType(const CSensor& sensor, std::initializer_list<std::string_view> types) {
+    for (std::string_view type : types)
+        if (EqualsNoCase(sensor.Type, type))
+            return true;
+    return false;
+}
+
 SensorPlace FindLight(PackageInstruments instruments, std::string_view series) {
     SensorPlace place;
     double nearest = std::numeric_limits<double>::infinity();
@@ -144,13 +152,11 @@ SensorPlace FindLight(PackageInstruments instruments, std::string_view series) {
     return place;
 }
 
-} // namespace
-
-bool IsType(const CSensor& sensor, std::initializer_list<std::string_view> types) {
-    for (std::string_view type : types)
-        if (EqualsNoCase(sensor.Type, type))
-            return true;
-    return false;
+SensorPlace FindOxygen(PackageInstruments instruments) {
+    return FirstPlace(instruments, [](const CSensor& sensor) {
+        return IsType(sensor, {"O2", "DO", "DOXY", "OXY", "OXYGEN"}) &&
+               sensor.Units.find('%') == std::string::npos;
+    });
 }
 
 PackageSensors FindPackageSensors(PackageInstruments instruments) {
@@ -181,6 +187,14 @@ const CLiveInstrument* InstrumentAt(PackageInstruments instruments, int place) {
 const CSensor* SensorAt(PackageInstruments instruments, SensorPlace place) {
     const CLiveInstrument* instrument = InstrumentAt(instruments, place.instrument);
     return instrument ? instrument->Definition().Sensor(place.sensor) : nullptr;
+}
+
+std::string UnknownUnits(const CLiveInstrument& instrument, const CSensor& sensor,
+                         std::string_view known) {
+    std::string text = instrument.Name() + ": the units \"" + sensor.Units + "\" of ";
+    text += sensor.Id.empty() ? sensor.Type : sensor.Type + "(" + sensor.Id + ")";
+    text += " are not known, so no value is derived from it. Its definition should name one of ";
+    return text.append(known) + ".";
 }
 
 Reading ReadSensor(PackageInstruments instruments, SensorPlace place) {

@@ -11,6 +11,7 @@
 #include <initializer_list>
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -51,6 +52,12 @@ struct PackageSensors {
 
 PackageSensors FindPackageSensors(PackageInstruments instruments);
 
+/// The optical channel of a series nearest 490 nm, within 10 nm; the series' first instrument alone
+/// when no channel is near enough.
+SensorPlace FindLight(PackageInstruments instruments, std::string_view series);
+/// Dissolved oxygen as an amount, not as a percentage.
+SensorPlace FindOxygen(PackageInstruments instruments);
+
 /// The instrument or sensor at a place, or null.
 const CLiveInstrument* InstrumentAt(PackageInstruments instruments, int place);
 const CSensor* SensorAt(PackageInstruments instruments, SensorPlace place);
@@ -65,6 +72,10 @@ struct Reading {
 Reading ReadSensor(PackageInstruments instruments, SensorPlace place);
 /// PAR over the PAR list of the instrument at a place.
 Reading ReadPar(PackageInstruments instruments, int place);
+
+/// What to tell the operator about a sensor in units that are not known.
+std::string UnknownUnits(const CLiveInstrument& instrument, const CSensor& sensor,
+                         std::string_view known);
 
 /// Whether the sensor is of one of the types, compared without case.
 bool IsType(const CSensor& sensor, std::initializer_list<std::string_view> types);

@@ -74,6 +74,18 @@ constexpr Spelling ConductivityUnits[] = {
     {"us/cm", {0, 1, 1000}}, {"ms/m", {0, 1, 100}},
 };
 
+constexpr double MicromolesInMillilitre = 44.6596; // of the real gas at 0 degrees C and 1 atm
+constexpr double MicromolesInMilligram = 1000.0 / 31.9988;
+
+constexpr Spelling OxygenUnits[] = {
+    {"umol/l", {}},
+    {"um", {}},
+    {"mmol/m^3", {}},
+    {"mmol/m3", {}},
+    {"ml/l", {0, MicromolesInMillilitre, 1}},
+    {"mg/l", {0, MicromolesInMilligram, 1}},
+};
+
 struct Replacement {
     std::string_view from, to;
 };
@@ -156,6 +168,14 @@ std::optional<UnitScale> TemperatureScale(std::string_view units) {
 
 std::optional<UnitScale> ConductivityScale(std::string_view units) {
     return Find(Replaced(Plain(units), ConductivityWords), ConductivityUnits);
+}
+
+std::optional<OxygenScale> OxygenScaleOf(std::string_view units) {
+    const std::string plain = Plain(units);
+    if (MatchesAt(plain, 0, "umol/kg") && plain.size() == 7)
+        return OxygenScale{{}, true};
+    const std::optional<UnitScale> scale = Find(plain, OxygenUnits);
+    return scale ? std::optional(OxygenScale{*scale, false}) : std::nullopt;
 }
 
 } // namespace qor

@@ -31,4 +31,11 @@ std::optional<UnitScale> TemperatureScale(std::string_view units);
 /// To mS/cm.
 std::optional<UnitScale> ConductivityScale(std::string_view units);
 
+/// Dissolved oxygen in umol/l, or in umol/kg where it is measured per mass of water.
+struct OxygenScale {
+    UnitScale scale;
+    bool perMass = false;
+};
+std::optional<OxygenScale> OxygenScaleOf(std::string_view units);
+
 } // namespace qor
