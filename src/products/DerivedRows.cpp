@@ -32,13 +32,6 @@ ConversionStatus TiltOf(const CLiveInstrument& instrument, int x, int y, double&
 
 } // namespace
 
-bool IsType(const CSensor& sensor, std::initializer_list<std::string_view> types) {
-    for (std::string_view type : types)
-        if (EqualsNoCase(sensor.Type, type))
-            return true;
-    return false;
-}
-
 void SetRow(DerivedRow& row, std::optional<double> value, ConversionStatus status) {
     if (value && !std::isfinite(*value))
         status = ConversionStatus::NotFinite;
@@ -51,12 +44,12 @@ std::string DerivedText(const DerivedRow& row) {
         return std::string(ConversionStatusText(row.status));
     if (!row.value)
         return NoValueText;
-    return row.kind >= ANCDATATYPE::BetaP ? Format("%.6f", *row.value) : Format("%.2f", *row.value);
+    return Format("%.*f", row.decimals, *row.value);
 }
 
 int FindTiltAxis(const CInstrument& instrument, std::string_view axis) {
     for (const CSensor& sensor : instrument.Sensors())
-        if (IsType(sensor, {"TILT"}) && EqualsNoCase(sensor.Id, axis))
+        if (EqualsNoCase(sensor.Type, "TILT") && EqualsNoCase(sensor.Id, axis))
             return sensor.Index;
     return -1;
 }
@@ -70,18 +63,21 @@ CInstrumentRows::CInstrumentRows(const CLiveInstrument& instrument) {
     TiltX = FindTiltAxis(definition, "X");
     TiltY = FindTiltAxis(definition, "Y");
     if (TiltX >= 0 && TiltY >= 0)
-        List.push_back({ANCDATATYPE::Tilt, "TILT", "deg", {}, {}});
+        List.push_back({ANCDATATYPE::Tilt, "TILT", "deg", {}, {}, {}});
     if (instrument.Unusable)
         return;
     if (HasParSeries(definition, "ES"))
-        List.push_back({ANCDATATYPE::Par0, "PAR(0+)", ParUnits, {}, {}});
+        List.push_back({ANCDATATYPE::Par0, "PAR(0+)", ParUnits, {}, {}, {}});
     if (HasParSeries(definition, "ED"))
-        List.push_back({ANCDATATYPE::ParZ, "PAR(Z)", ParUnits, {}, {}});
+        List.push_back({ANCDATATYPE::ParZ, "PAR(Z)", ParUnits, {}, {}, {}});
 }
 
-void CInstrumentRows::Read(const CLiveInstrument& instrument, std::vector<DerivedRow>& rows) const {
+void CInstrumentRows::Read(const CLiveInstrument& instrument, std::vector<DerivedRow>& rows,
+                           std::int64_t now) const {
     rows = List;
+    const bool stale = instrument.Stale(now);
     for (DerivedRow& row : rows) {
+        row.stale = stale;
         double value = 0.0;
         ConversionStatus status = ConversionStatus::Good;
         if (!instrument.CurrentFrame()) {

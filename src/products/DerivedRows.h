@@ -8,7 +8,6 @@
 
 #include "products/LiveInstrument.h"
 
-#include <initializer_list>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -34,6 +33,20 @@ enum class ANCDATATYPE : std::uint8_t {
     KEd,
     KLu,
     KEu,
+    // the further rows
+    AbsoluteSalinity,
+    ConservativeTemperature,
+    SigmaTheta,
+    SoundSpeed,
+    DepthInMetres,
+    KPar,
+    OnePercentDepth,
+    Reflectance,
+    ParRatio,
+    KEdByEs,
+    KLuByEs,
+    KEuByEs,
+    OxygenSaturation,
 };
 
 /// One product at this moment. Without a value: the conversion status that prevented it, or Good
@@ -44,13 +57,12 @@ struct DerivedRow {
     std::string units;
     std::optional<double> value;
     ConversionStatus status = ConversionStatus::Good;
+    bool stale = false; ///< of an instrument that sends no more
+    std::uint8_t decimals = 2;
 };
 
 /// The value with the decimals of its kind, the text of the status, or "--".
 std::string DerivedText(const DerivedRow& row);
-
-/// Whether the sensor is of one of the types, compared without case.
-bool IsType(const CSensor& sensor, std::initializer_list<std::string_view> types);
 
 /// Puts a number, or the status that prevented it, into a row. What arithmetic made of good values
 /// may still not be a number: that is NotFinite.
@@ -70,8 +82,10 @@ class CInstrumentRows {
 
     /// The rows without values: their kinds, labels and units.
     const std::vector<DerivedRow>& Rows() const { return List; }
-    /// Every row for the instrument's current frame, into a list whose memory is used again.
-    void Read(const CLiveInstrument& instrument, std::vector<DerivedRow>& rows) const;
+    /// Every row for the instrument's current frame, into a list whose memory is used again. `now`:
+    /// the monotonic clock (ms), for what is stale.
+    void Read(const CLiveInstrument& instrument, std::vector<DerivedRow>& rows,
+              std::int64_t now = 0) const;
 
   private:
     std::vector<DerivedRow> List;

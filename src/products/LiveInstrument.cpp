@@ -6,7 +6,23 @@
 
 #include "instrument/Calibration.h"
 
+#include <algorithm>
+
 namespace qor {
+
+namespace {
+
+/// Milliseconds without a frame after which the last one is old.
+std::int64_t PatienceAt(double frameRate) {
+    constexpr double Least = 3000.0, Most = 24 * 3600 * 1000.0;
+    const double periods = 3000.0 / frameRate;
+    // A rate that is none (0, negative, not a number) says nothing about when the next frame is
+    // due.
+    return static_cast<std::int64_t>(periods > Least && frameRate > 0 ? std::min(periods, Most)
+                                                                      : Least);
+}
+
+} // namespace
 
 CLiveInstrument::CLiveInstrument(const CInstrument& definition)
     : Instrument(definition), Plan(definition), ParChannels(ParList(definition)) {}
@@ -46,6 +62,10 @@ ConversionStatus CLiveInstrument::Par(double& par) const {
     if (!HasFrame)
         return ConversionStatus::MissingArgument;
     return ComputePar(ParChannels, Current.Span(), Immersed, par);
+}
+
+bool CLiveInstrument::Stale(std::int64_t now) const {
+    return HasFrame && now - ArrivalMonotonic >= PatienceAt(FrameRate);
 }
 
 } // namespace qor

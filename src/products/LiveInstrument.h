@@ -37,9 +37,16 @@ class CLiveInstrument {
     /// PAR of the current frame over the instrument's PAR list.
     ConversionStatus Par(double& par) const;
 
+    /// Whether the current frame is old: none has come for three periods of the nominal rate, at
+    /// least 3 s, before `now` on the clock of ArrivalMonotonic. Never without a frame.
+    bool Stale(std::int64_t now) const;
+
     bool Immersed = false;  ///< "Immersed (Wet)"
     bool Unusable = false;  ///< derived products are not to be asked for
     double FrameRate = 6.0; ///< nominal, Hz
+    /// When the current frame came, in milliseconds of the monotonic clock; whoever hands frames to
+    /// Take sets it.
+    std::int64_t ArrivalMonotonic = 0;
 
   private:
     const CInstrument& Instrument;

@@ -48,7 +48,7 @@ struct PressureHistory {
     std::optional<double> previous;
 };
 
-/// Whether the pressure has moved far enough since the last velocity (0.25 of its units) for a new
+/// Whether the pressure (dbar) has moved far enough since the last velocity, 0.25, for a new
 /// one. The first pressure only begins the history.
 bool PressureMoved(PressureHistory& history, double pressure);
 

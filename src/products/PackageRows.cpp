@@ -1,226 +1,162 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// Which sensors of a package its derived products come from, and what they are worth.
+// What the readings of a package's sensors are worth.
 #include "products/PackageRows.h"
-
-#include "base/Text.h"
-
-#include <cmath>
-#include <limits>
 
 namespace qor {
 
 namespace {
 
 constexpr const char* ParUnits = "uMol/m^2/s";
-constexpr double AttenuationWavelength = 490.0;
-constexpr double FarthestChannel = 10.0; ///< nm from 490
-constexpr std::size_t MostScatteringChannels = 2;
 
-struct LightFieldKind {
-    const char* series;
+struct LightFieldRow {
     const char* label;
     ANCDATATYPE kind;
 };
 
-constexpr LightFieldKind LightFields[] = {
-    {"ED", "K Ed(490)", ANCDATATYPE::KEd},
-    {"LU", "K Lu(490)", ANCDATATYPE::KLu},
-    {"EU", "K Eu(490)", ANCDATATYPE::KEu},
+constexpr LightFieldRow LightFieldRows[LightFieldCount] = {
+    {"K Ed(490)", ANCDATATYPE::KEd},
+    {"K Lu(490)", ANCDATATYPE::KLu},
+    {"K Eu(490)", ANCDATATYPE::KEu},
 };
 
-/// The id as a finite number (a wavelength), or empty.
-std::optional<double> NumericId(const CSensor& sensor) {
-    const std::optional<double> number = WholeNumber(sensor.Id);
-    return number && std::isfinite(*number) ? number : std::nullopt;
-}
-
-/// The first sensor that the test accepts, over the instruments in their order.
-template <class Test> SensorPlace FirstPlace(CPackageRows::Instruments instruments, Test test) {
-    for (std::size_t i = 0; i < instruments.size(); ++i) {
-        if (!instruments[i])
-            continue;
-        for (const CSensor& sensor : instruments[i]->Definition().Sensors())
-            if (test(sensor))
-                return {static_cast<int>(i), sensor.Index};
-    }
-    return {};
-}
-
-SensorPlace FirstOfType(CPackageRows::Instruments instruments,
-                        std::initializer_list<std::string_view> types) {
-    return FirstPlace(instruments,
-                      [types](const CSensor& sensor) { return IsType(sensor, types); });
-}
-
-const CLiveInstrument* InstrumentAt(CPackageRows::Instruments instruments, int place) {
-    return place >= 0 && static_cast<std::size_t>(place) < instruments.size()
-               ? instruments[static_cast<std::size_t>(place)]
-               : nullptr;
-}
-
-const CSensor* SensorAt(CPackageRows::Instruments instruments, SensorPlace place) {
-    const CLiveInstrument* instrument = InstrumentAt(instruments, place.instrument);
-    return instrument ? instrument->Definition().Sensor(place.sensor) : nullptr;
-}
-
-int FirstWithSeries(CPackageRows::Instruments instruments, std::string_view series) {
-    for (std::size_t i = 0; i < instruments.size(); ++i)
-        if (instruments[i] && !instruments[i]->Unusable &&
-            HasParSeries(instruments[i]->Definition(), series))
-            return static_cast<int>(i);
-    return -1;
+/// A reading in other units; without a value when the units are not known.
+Reading Converted(Reading reading, const std::optional<UnitScale>& scale) {
+    if (reading.value)
+        reading.value = scale ? std::optional(scale->Convert(*reading.value)) : std::nullopt;
+    return reading;
 }
 
 } // namespace
 
-CPackageRows::CPackageRows(Instruments instruments, const PackageSettings& settings) {
-    FindSensors(instruments);
-    FindScattering(instruments);
-    FindLight(instruments);
+CPackageRows::CPackageRows(Instruments instruments, const PackageSettings& settings,
+                           DerivedChoice choice)
+    : Sensors(FindPackageSensors(instruments)), Choice(choice) {
+    for (const PackageSensors::Scattering& found : Sensors.scattering)
+        Scattering.push_back(
+            {found.place, found.wavelength, WaterBackscattering(found.wavelength)});
+    ReadUnits(instruments);
     BuildRows(instruments);
+    if (Choice == DerivedChoice::All)
+        AddFurtherRows(instruments);
     if (settings.UseDefSalinity)
         LastSalinity = settings.DefaultSalinity;
 }
 
-void CPackageRows::FindSensors(Instruments instruments) {
-    const auto tilt = [instruments](std::string_view axis) {
-        return FirstPlace(instruments, [axis](const CSensor& sensor) {
-            return IsType(sensor, {"TILT"}) && EqualsNoCase(sensor.Id, axis);
-        });
+void CPackageRows::ReadUnits(Instruments instruments) {
+    const auto read = [&](SensorPlace place, auto scaleOf, const char* known) {
+        const CSensor* sensor = SensorAt(instruments, place);
+        if (!sensor)
+            return std::optional<UnitScale>();
+        const std::optional<UnitScale> scale = scaleOf(sensor->Units);
+        if (!scale)
+            Faults.push_back(
+                UnknownUnits(*InstrumentAt(instruments, place.instrument), *sensor, known));
+        return scale;
     };
-    TiltX = tilt("X");
-    TiltY = tilt("Y");
-    Pressure = FirstOfType(instruments, {"PRES", "PRESSURE"});
-    Timer = FirstOfType(instruments, {"TIMER"});
-    Temperature = FirstPlace(instruments, [](const CSensor& sensor) {
-        return IsType(sensor, {"TEMP", "TEMPERATURE"}) &&
-               (EqualsNoCase(sensor.Id, "W") || EqualsNoCase(sensor.Id, "WATER"));
-    });
-    if (!Temperature.Found())
-        Temperature = FirstOfType(instruments, {"TEMP", "TEMPERATURE"});
-    Conductivity = FirstOfType(instruments, {"COND", "CONDUCTIVITY"});
-    Cdom = FirstOfType(instruments, {"CDOM"});
-    Nitrate = FirstOfType(instruments, {"NITRATE", "NO3"});
-    InWater = FirstWithSeries(instruments, "ED");
-    Surface = FirstWithSeries(instruments, "ES");
+    ToDbar = read(Sensors.pressure, PressureScale, "dbar, bar, mbar, hPa, kPa, MPa, psi and m");
+    ToCelsius = read(Sensors.temperature, TemperatureScale, "C, K and F");
+    // Conductivity serves salinity alone.
+    if (Sensors.MeasureSalinity())
+        ToMilliSiemens =
+            read(Sensors.conductivity, ConductivityScale, "mS/cm, mmho/cm, S/m, uS/cm and umho/cm");
 }
 
-void CPackageRows::FindScattering(Instruments instruments) {
-    for (std::size_t i = 0; i < instruments.size(); ++i) {
-        if (!instruments[i])
-            continue;
-        for (const CSensor& sensor : instruments[i]->Definition().Sensors()) {
-            const std::optional<double> wavelength = NumericId(sensor);
-            if (!wavelength || !IsType(sensor, {"BETA", "VSF"}))
-                continue;
-            if (Scattering.size() == MostScatteringChannels)
-                return;
-            Scattering.push_back({{static_cast<int>(i), sensor.Index},
-                                  *wavelength,
-                                  WaterBackscattering(*wavelength)});
-        }
-    }
-}
-
-void CPackageRows::FindLight(Instruments instruments) {
-    for (std::size_t field = 0; field < std::size(LightFields); ++field) {
-        const char* series = LightFields[field].series;
-        double nearest = std::numeric_limits<double>::infinity();
-        for (std::size_t i = 0; i < instruments.size(); ++i) {
-            if (!instruments[i])
-                continue;
-            for (const CSensor& sensor : instruments[i]->Definition().Sensors()) {
-                if (!IsType(sensor, {series}) || !IsOptic(sensor.Fit))
-                    continue;
-                if (Fields[field].place.instrument < 0)
-                    Fields[field].place.instrument = static_cast<int>(i);
-                const double distance =
-                    std::fabs(NumericId(sensor).value_or(0.0) - AttenuationWavelength);
-                if (distance > FarthestChannel || distance >= nearest)
-                    continue;
-                nearest = distance;
-                Fields[field].place = {static_cast<int>(i), sensor.Index};
-            }
-        }
-    }
-}
-
-void CPackageRows::AddRow(ANCDATATYPE kind, std::string label, std::string units) {
-    List.push_back({kind, std::move(label), std::move(units), {}, {}});
+void CPackageRows::AddRow(ANCDATATYPE kind, std::string label, std::string units,
+                          std::initializer_list<SensorPlace> from) {
+    const std::uint8_t decimals = kind >= ANCDATATYPE::BetaP ? 6 : 2;
+    List.push_back({kind, std::move(label), std::move(units), {}, {}, {}, decimals});
+    Carriers.emplace_back();
+    for (const SensorPlace place : from)
+        Carriers.back().push_back(place.instrument);
 }
 
 void CPackageRows::BuildRows(Instruments instruments) {
-    if (TiltX.Found() && TiltY.Found())
-        AddRow(ANCDATATYPE::Tilt, "TILT", "deg");
-    if (const CSensor* pressure = SensorAt(instruments, Pressure)) {
+    const auto& [tiltX, tiltY, pressure, timer, temperature, conductivity, cdom, nitrate, inWater,
+                 surface, scattering, light] = Sensors;
+    if (tiltX.Found() && tiltY.Found())
+        AddRow(ANCDATATYPE::Tilt, "TILT", "deg", {tiltX, tiltY});
+    if (const CSensor* sensor = SensorAt(instruments, pressure)) {
         // Decided: the depth carries the units of the pressure it is taken from.
-        AddRow(ANCDATATYPE::Depth, "DEPTH", pressure->Units);
-        AddRow(ANCDATATYPE::Velocity, "VELOCITY", "m/s");
+        AddRow(ANCDATATYPE::Depth, "DEPTH", sensor->Units, {pressure});
+        AddRow(ANCDATATYPE::Velocity, "VELOCITY", "m/s", {pressure, timer});
     }
-    if (Temperature.Found())
+    if (temperature.Found())
         AddRow(ANCDATATYPE::WaterTemperature, "T (W)",
                "\xB0"
-               "C");
-    if (MeasuresSalinity())
-        AddRow(ANCDATATYPE::Salinity, "SALINITY", "psu");
-    if (const CSensor* cdom = SensorAt(instruments, Cdom))
-        AddRow(ANCDATATYPE::Cdom, "CDOM(" + cdom->Id + ")", "ppb/l");
-    if (Nitrate.Found())
-        AddRow(ANCDATATYPE::Nitrate, "[NO3-]", "uMolar");
-    if (InWater >= 0)
-        AddRow(ANCDATATYPE::ParZ, "PAR(Z)", ParUnits);
-    if (Surface >= 0)
-        AddRow(ANCDATATYPE::Par0, "PAR(0+)", ParUnits);
-    if (InWater >= 0)
-        AddRow(ANCDATATYPE::LightSaturation, "LIGHT SATURATION", "%");
+               "C",
+               {temperature});
+    if (Sensors.MeasureSalinity())
+        AddRow(ANCDATATYPE::Salinity, "SALINITY", "psu", {conductivity, temperature, pressure});
+    if (const CSensor* sensor = SensorAt(instruments, cdom))
+        AddRow(ANCDATATYPE::Cdom, "CDOM(" + sensor->Id + ")", "ppb/l", {cdom});
+    if (nitrate.Found())
+        AddRow(ANCDATATYPE::Nitrate, "[NO3-]", "uMolar", {nitrate});
+    if (inWater >= 0)
+        AddRow(ANCDATATYPE::ParZ, "PAR(Z)", ParUnits, {{inWater}});
+    if (surface >= 0)
+        AddRow(ANCDATATYPE::Par0, "PAR(0+)", ParUnits, {{surface}});
+    if (inWater >= 0)
+        AddRow(ANCDATATYPE::LightSaturation, "LIGHT SATURATION", "%", {{inWater}});
     FirstScatteringRow = List.size();
     for (const ScatteringChannel& channel : Scattering) {
         const std::string& id = SensorAt(instruments, channel.place)->Id;
-        AddRow(ANCDATATYPE::BetaP, "BETAp(" + id + ")", "1/(m*sr)");
-        AddRow(ANCDATATYPE::Bbp, "bbp(" + id + ")", "1/m");
-        AddRow(ANCDATATYPE::Bb, "bb(" + id + ")", "1/m");
+        // The instruments behind the salinity age with their own row.
+        AddRow(ANCDATATYPE::BetaP, "BETAp(" + id + ")", "1/(m*sr)", {channel.place});
+        AddRow(ANCDATATYPE::Bbp, "bbp(" + id + ")", "1/m", {channel.place});
+        AddRow(ANCDATATYPE::Bb, "bb(" + id + ")", "1/m", {channel.place});
     }
-    for (std::size_t field = 0; field < std::size(LightFields); ++field)
-        if (Fields[field].place.instrument >= 0)
-            AddRow(LightFields[field].kind, LightFields[field].label, "1/m");
+    for (std::size_t field = 0; field < LightFieldCount; ++field)
+        if (light[field].instrument >= 0)
+            AddRow(LightFieldRows[field].kind, LightFieldRows[field].label, "1/m",
+                   {light[field], pressure});
+}
+
+void CPackageRows::AddFurtherRows(Instruments instruments) {
+    Further = CFurtherRows(instruments, Sensors);
+    FirstFurtherRow = List.size();
+    for (const CFurtherRows::Row& further : Further.Rows()) {
+        List.push_back(further.row);
+        Carriers.push_back(further.carriers);
+    }
+    Faults.insert(Faults.end(), Further.UnitFaults().begin(), Further.UnitFaults().end());
 }
 
 bool CPackageRows::LacksSalinity(const PackageSettings& settings) const {
-    return !Scattering.empty() && !MeasuresSalinity() && !settings.UseDefSalinity;
+    return !Scattering.empty() && !Sensors.MeasureSalinity() && !settings.UseDefSalinity;
 }
 
-CPackageRows::Reading CPackageRows::ReadSensor(Instruments instruments, SensorPlace place) {
-    const CSensor* sensor = SensorAt(instruments, place);
-    const CLiveInstrument* instrument = InstrumentAt(instruments, place.instrument);
-    if (!sensor || !instrument->CurrentFrame())
-        return {};
-    double value = 0.0;
-    const ConversionStatus status = instrument->Value(*sensor, value);
-    return status == ConversionStatus::Good ? Reading{value, status} : Reading{{}, status};
+Reading CPackageRows::ReadPressure(const Inputs& inputs) const {
+    return Converted(ReadSensor(inputs.instruments, Sensors.pressure), ToDbar);
 }
 
-CPackageRows::Reading CPackageRows::ReadPar(Instruments instruments, int place) {
-    const CLiveInstrument* instrument = InstrumentAt(instruments, place);
-    if (!instrument || !instrument->CurrentFrame())
-        return {};
-    double value = 0.0;
-    const ConversionStatus status = instrument->Par(value);
-    return status == ConversionStatus::Good ? Reading{value, status} : Reading{{}, status};
+Reading CPackageRows::ReadTemperature(const Inputs& inputs) const {
+    return Converted(ReadSensor(inputs.instruments, Sensors.temperature), ToCelsius);
 }
 
-CPackageRows::Reading CPackageRows::ReadTilt(Instruments instruments) const {
-    const Reading x = ReadSensor(instruments, TiltX);
-    const Reading y = ReadSensor(instruments, TiltY);
+Reading CPackageRows::ReadConductivity(const Inputs& inputs) const {
+    return Converted(ReadSensor(inputs.instruments, Sensors.conductivity), ToMilliSiemens);
+}
+
+Reading CPackageRows::ReadTilt(Instruments instruments) const {
+    const Reading x = ReadSensor(instruments, Sensors.tiltX);
+    const Reading y = ReadSensor(instruments, Sensors.tiltY);
     if (!x.value || !y.value)
         return {{}, x.status != ConversionStatus::Good ? x.status : y.status};
     return {TiltDegrees(*x.value, *y.value)};
 }
 
-CPackageRows::Reading CPackageRows::ReadDepth(const Inputs& inputs) const {
-    Reading depth = ReadSensor(inputs.instruments, Pressure);
+Reading CPackageRows::ReadDepth(const Inputs& inputs) const {
+    Reading depth = ReadSensor(inputs.instruments, Sensors.pressure);
     if (depth.value)
         depth.value = DepthOf(*depth.value, inputs.pressureOffset);
+    return depth;
+}
+
+Reading CPackageRows::ReadDbarDepth(const Inputs& inputs) const {
+    Reading depth = ReadDepth(inputs);
+    if (depth.value)
+        depth.value = ToDbar ? std::optional(ToDbar->Difference(*depth.value)) : std::nullopt;
     return depth;
 }
 
@@ -230,58 +166,88 @@ void CPackageRows::AdvanceVelocity(const Inputs& inputs, const Reading& pressure
     if (!pressure.value)
         return;
     if (PressureMoved(History, *pressure.value)) {
-        const Reading timer = ReadSensor(inputs.instruments, Timer);
-        if (Timer.Found() && !timer.value) {
+        const Reading timer = ReadSensor(inputs.instruments, Sensors.timer);
+        if (Sensors.timer.Found() && !timer.value) {
             LastVelocity = timer;
             return;
         }
-        const CLiveInstrument& instrument = *InstrumentAt(inputs.instruments, Pressure.instrument);
+        const CLiveInstrument& instrument =
+            *InstrumentAt(inputs.instruments, Sensors.pressure.instrument);
         ComputeVelocity(History, velocity, *pressure.value, timer.value, instrument.FrameNumber(),
                         instrument.FrameRate);
     }
     LastVelocity = {velocity.velocity};
 }
 
-void CPackageRows::AdvanceSalinity(const Inputs& inputs, const Reading& pressure) {
-    if (!MeasuresSalinity())
+void CPackageRows::AdvanceSalinity(const Inputs& inputs) {
+    if (!Sensors.MeasureSalinity())
         return;
-    const Reading conductivity = ReadSensor(inputs.instruments, Conductivity);
-    const Reading temperature = ReadSensor(inputs.instruments, Temperature);
+    const Reading conductivity = ReadConductivity(inputs);
+    const Reading temperature = ReadTemperature(inputs);
+    const Reading pressure = ReadPressure(inputs);
     if (!conductivity.value || !temperature.value || !pressure.value)
         return;
     LastSalinity = PracticalSalinity(*conductivity.value, *temperature.value, *pressure.value);
     SalinityMeasured = true;
 }
 
-CPackageRows::Reading CPackageRows::ReadSalinity(const Inputs& inputs) const {
+Reading CPackageRows::ReadSalinity(const Inputs& inputs) const {
     // Without the sensors a change of the settings shows at once.
-    if (!MeasuresSalinity())
+    if (!Sensors.MeasureSalinity())
         return {inputs.settings.UseDefSalinity ? std::optional(inputs.settings.DefaultSalinity)
                                                : std::nullopt};
-    for (const SensorPlace place : {Conductivity, Temperature, Pressure})
+    for (const SensorPlace place : {Sensors.conductivity, Sensors.temperature, Sensors.pressure})
         if (Reading reading = ReadSensor(inputs.instruments, place);
             reading.status != ConversionStatus::Good)
             return reading;
     return {LastSalinity};
 }
 
-void CPackageRows::AdvanceAttenuation(const Inputs& inputs, LightField& field,
-                                      const Reading& depth) {
-    const CLiveInstrument* instrument = InstrumentAt(inputs.instruments, field.place.instrument);
-    const Reading light = ReadSensor(inputs.instruments, field.place);
-    // Each frame of the radiometer is one sample, at the depth that is known when it comes.
-    if (!light.value || !depth.value || instrument->FrameNumber() == field.lastFrame)
-        return;
-    field.lastFrame = instrument->FrameNumber();
-    field.attenuation.Add(*depth.value, *light.value, inputs.settings.AttenuationWindow);
+Reading CPackageRows::ReadShownSalinity(const Reading& salinity) const {
+    // The row waits for the sensors; scattering may begin with the default salinity.
+    const bool shown = SalinityMeasured || salinity.status != ConversionStatus::Good;
+    return shown ? salinity : Reading{};
 }
 
-CPackageRows::Reading CPackageRows::ReadAttenuation(const Inputs& inputs, const LightField& field,
-                                                    const Reading& depth) {
-    const Reading light = ReadSensor(inputs.instruments, field.place);
+CWaterNow CPackageRows::ReadWater(const Inputs& inputs) const {
+    CWaterNow water;
+    water.position = inputs.position;
+    water.attenuationWindow = inputs.settings.AttenuationWindow;
+    water[WaterQuantity::Salinity] = ReadShownSalinity(ReadSalinity(inputs));
+    water[WaterQuantity::Temperature] = ReadTemperature(inputs);
+    // The tare is the air's pressure; without one absolute units lose a standard atmosphere.
+    water[WaterQuantity::Pressure] =
+        inputs.pressureOffset != 0.0 ? ReadDbarDepth(inputs) : ReadPressure(inputs);
+    water[WaterQuantity::Par] = ReadPar(inputs.instruments, Sensors.inWater);
+    water[WaterQuantity::SurfacePar] = ReadPar(inputs.instruments, Sensors.surface);
+    constexpr WaterQuantity Lights[LightFieldCount] = {WaterQuantity::Ed, WaterQuantity::Lu,
+                                                       WaterQuantity::Eu};
+    for (std::size_t field = 0; field < LightFieldCount; ++field)
+        water[Lights[field]] = ReadSensor(inputs.instruments, Sensors.light[field]);
+    water[WaterQuantity::LuAttenuation] =
+        ReadAttenuation(inputs, static_cast<std::size_t>(LightField::Lu), ReadDbarDepth(inputs));
+    return water;
+}
+
+void CPackageRows::AdvanceAttenuation(const Inputs& inputs, std::size_t field,
+                                      const Reading& depth) {
+    const SensorPlace place = Sensors.light[field];
+    const CLiveInstrument* instrument = InstrumentAt(inputs.instruments, place.instrument);
+    const Reading light = ReadSensor(inputs.instruments, place);
+    FieldFollowed& followed = Fields[field];
+    // Each frame of the radiometer is one sample, at the depth that is known when it comes.
+    if (!light.value || !depth.value || instrument->FrameNumber() == followed.lastFrame)
+        return;
+    followed.lastFrame = instrument->FrameNumber();
+    followed.attenuation.Add(*depth.value, *light.value, inputs.settings.AttenuationWindow);
+}
+
+Reading CPackageRows::ReadAttenuation(const Inputs& inputs, std::size_t field,
+                                      const Reading& depth) const {
+    const Reading light = ReadSensor(inputs.instruments, Sensors.light[field]);
     if (light.status != ConversionStatus::Good || depth.status != ConversionStatus::Good)
         return light.status != ConversionStatus::Good ? light : depth;
-    return {field.attenuation.Coefficient()};
+    return {Fields[field].attenuation.Coefficient()};
 }
 
 void CPackageRows::SetScattering(DerivedRow* rows, Instruments instruments,
@@ -301,12 +267,13 @@ void CPackageRows::SetScattering(DerivedRow* rows, Instruments instruments,
 }
 
 void CPackageRows::Advance(const Inputs& inputs, VelocityState& velocity) {
-    const Reading pressure = ReadSensor(inputs.instruments, Pressure);
-    AdvanceSalinity(inputs, pressure);
-    AdvanceVelocity(inputs, pressure, velocity);
-    const Reading depth = ReadDepth(inputs);
-    for (LightField& field : Fields)
+    AdvanceSalinity(inputs);
+    AdvanceVelocity(inputs, ReadPressure(inputs), velocity);
+    const Reading depth = ReadDbarDepth(inputs);
+    for (std::size_t field = 0; field < LightFieldCount; ++field)
         AdvanceAttenuation(inputs, field, depth);
+    if (Choice == DerivedChoice::All)
+        Further.Advance(inputs.instruments, ReadWater(inputs));
 }
 
 void CPackageRows::Read(const Inputs& inputs, std::vector<DerivedRow>& rows) const {
@@ -317,9 +284,9 @@ void CPackageRows::Read(const Inputs& inputs, std::vector<DerivedRow>& rows) con
             if (row.kind == kind)
                 SetRow(row, reading.value, reading.status);
     };
-    const Reading depth = ReadDepth(inputs);
+    const Reading depth = ReadDbarDepth(inputs);
     const Reading salinity = ReadSalinity(inputs);
-    const Reading par = ReadPar(instruments, InWater);
+    const Reading par = ReadPar(instruments, Sensors.inWater);
     Reading saturation = par;
     if (par.value)
         saturation.value =
@@ -328,21 +295,26 @@ void CPackageRows::Read(const Inputs& inputs, std::vector<DerivedRow>& rows) con
                 : std::nullopt;
 
     set(ANCDATATYPE::Tilt, ReadTilt(instruments));
-    set(ANCDATATYPE::Depth, depth);
+    set(ANCDATATYPE::Depth, ReadDepth(inputs));
     set(ANCDATATYPE::Velocity, LastVelocity);
-    set(ANCDATATYPE::WaterTemperature, ReadSensor(instruments, Temperature));
-    // The row waits for the sensors; scattering may begin with the default salinity.
-    const bool showsSalinity = SalinityMeasured || salinity.status != ConversionStatus::Good;
-    set(ANCDATATYPE::Salinity, showsSalinity ? salinity : Reading{});
-    set(ANCDATATYPE::Cdom, ReadSensor(instruments, Cdom));
-    set(ANCDATATYPE::Nitrate, ReadSensor(instruments, Nitrate));
+    // Decided: a thermometer in kelvin or Fahrenheit is shown in the row's own degrees C.
+    set(ANCDATATYPE::WaterTemperature, ReadTemperature(inputs));
+    set(ANCDATATYPE::Salinity, ReadShownSalinity(salinity));
+    set(ANCDATATYPE::Cdom, ReadSensor(instruments, Sensors.cdom));
+    set(ANCDATATYPE::Nitrate, ReadSensor(instruments, Sensors.nitrate));
     set(ANCDATATYPE::ParZ, par);
-    set(ANCDATATYPE::Par0, ReadPar(instruments, Surface));
+    set(ANCDATATYPE::Par0, ReadPar(instruments, Sensors.surface));
     set(ANCDATATYPE::LightSaturation, saturation);
     for (std::size_t i = 0; i < Scattering.size(); ++i)
         SetScattering(&rows[FirstScatteringRow + 3 * i], instruments, Scattering[i], salinity);
-    for (std::size_t field = 0; field < std::size(LightFields); ++field)
-        set(LightFields[field].kind, ReadAttenuation(inputs, Fields[field], depth));
+    for (std::size_t field = 0; field < LightFieldCount; ++field)
+        set(LightFieldRows[field].kind, ReadAttenuation(inputs, field, depth));
+    if (Choice == DerivedChoice::All)
+        Further.Read(instruments, ReadWater(inputs), std::span(rows).subspan(FirstFurtherRow));
+    for (std::size_t row = 0; row < rows.size(); ++row)
+        for (const int place : Carriers[row])
+            if (const CLiveInstrument* instrument = InstrumentAt(instruments, place))
+                rows[row].stale = rows[row].stale || instrument->Stale(inputs.now);
 }
 
 } // namespace qor

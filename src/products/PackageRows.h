@@ -9,33 +9,35 @@
 
 #include "products/Attenuation.h"
 #include "products/DerivedRows.h"
+#include "products/FurtherRows.h"
 #include "products/OceanMath.h"
+#include "products/PackageSensors.h"
 #include "products/PackageSettings.h"
+#include "products/SensorUnits.h"
 
 #include <array>
-#include <span>
 
 namespace qor {
 
-/// Where a sensor is: the place of its instrument in the package (0 for a lone one) and its index.
-struct SensorPlace {
-    int instrument = -1;
-    int sensor = -1;
-
-    bool Found() const { return sensor >= 0; }
-};
+/// Which rows a package shows: the usual ones, or also those that are off by default.
+enum class DerivedChoice { Usual, All };
 
 /// The products of a package, in display order; a row exists when its inputs do.
 class CPackageRows {
   public:
-    using Instruments = std::span<const CLiveInstrument* const>;
+    using Instruments = PackageInstruments;
 
     CPackageRows() = default;
     /// Finds the sensors, first in list order over the instruments in package order.
-    CPackageRows(Instruments instruments, const PackageSettings& settings);
+    CPackageRows(Instruments instruments, const PackageSettings& settings,
+                 DerivedChoice choice = DerivedChoice::Usual);
 
     /// Whether there are scattering sensors and nothing to take a salinity from.
     bool LacksSalinity(const PackageSettings& settings) const;
+
+    /// What to tell the operator once: a sentence for each sensor in units that are not known, from
+    /// which nothing is derived (but the depth, which is in the pressure's own units).
+    const std::vector<std::string>& UnitFaults() const { return Faults; }
 
     /// The rows without values: their kinds, labels and units.
     const std::vector<DerivedRow>& Rows() const { return List; }
@@ -44,7 +46,9 @@ class CPackageRows {
     struct Inputs {
         Instruments instruments; ///< in package order; null: no longer there
         const PackageSettings& settings;
-        double pressureOffset = 0.0; ///< the pressure that was read in air
+        double pressureOffset = 0.0; ///< the pressure that was read in air, in the sensor's units
+        std::int64_t now = 0;        ///< monotonic clock, ms, for what is stale
+        std::optional<GeoPosition> position = {}; ///< where it is, for gravity and the Baltic
     };
     /// Follows the cast: to be called once for every frame of the package's instruments.
     void Advance(const Inputs& inputs, VelocityState& velocity);
@@ -52,53 +56,54 @@ class CPackageRows {
     void Read(const Inputs& inputs, std::vector<DerivedRow>& rows) const;
 
   private:
-    struct Reading {
-        std::optional<double> value;
-        ConversionStatus status = ConversionStatus::Good;
-    };
     struct ScatteringChannel {
         SensorPlace place;
         double wavelength = 0.0;
         double waterBackscattering = 0.0;
     };
-    struct LightField {
-        SensorPlace place; ///< the channel nearest 490 nm; the row may exist without one
+    struct FieldFollowed {
         std::uint32_t lastFrame = 0;
         CAttenuation attenuation;
     };
 
-    void FindSensors(Instruments instruments);
-    void FindScattering(Instruments instruments);
-    void FindLight(Instruments instruments);
     void BuildRows(Instruments instruments);
-    void AddRow(ANCDATATYPE kind, std::string label, std::string units);
-    bool MeasuresSalinity() const {
-        return Pressure.Found() && Temperature.Found() && Conductivity.Found();
-    }
+    void AddFurtherRows(Instruments instruments);
+    CWaterNow ReadWater(const Inputs& inputs) const;
+    void AddRow(ANCDATATYPE kind, std::string label, std::string units,
+                std::initializer_list<SensorPlace> from);
 
-    static Reading ReadSensor(Instruments instruments, SensorPlace place);
-    static Reading ReadPar(Instruments instruments, int instrument);
+    void ReadUnits(Instruments instruments);
+    /// Sea pressure in dbar, depth in dbar, temperature in degrees C, conductivity in mS/cm.
+    Reading ReadPressure(const Inputs& inputs) const;
+    Reading ReadDbarDepth(const Inputs& inputs) const;
+    Reading ReadTemperature(const Inputs& inputs) const;
+    Reading ReadConductivity(const Inputs& inputs) const;
     Reading ReadTilt(Instruments instruments) const;
     Reading ReadDepth(const Inputs& inputs) const;
-    void AdvanceVelocity(const Inputs& inputs, const Reading& pressure, VelocityState& velocity);
-    void AdvanceSalinity(const Inputs& inputs, const Reading& pressure);
     Reading ReadSalinity(const Inputs& inputs) const;
-    void AdvanceAttenuation(const Inputs& inputs, LightField& field, const Reading& depth);
-    static Reading ReadAttenuation(const Inputs& inputs, const LightField& field,
-                                   const Reading& depth);
+    Reading ReadShownSalinity(const Reading& salinity) const;
+    Reading ReadAttenuation(const Inputs& inputs, std::size_t field, const Reading& depth) const;
+    void AdvanceVelocity(const Inputs& inputs, const Reading& pressure, VelocityState& velocity);
+    void AdvanceSalinity(const Inputs& inputs);
+    void AdvanceAttenuation(const Inputs& inputs, std::size_t field, const Reading& depth);
     static void SetScattering(DerivedRow* rows, Instruments instruments,
                               const ScatteringChannel& channel, const Reading& salinity);
 
     std::vector<DerivedRow> List;
-    SensorPlace TiltX, TiltY, Pressure, Timer, Temperature, Conductivity, Cdom, Nitrate;
-    int InWater = -1, Surface = -1; ///< places of the irradiance instruments
+    std::vector<std::vector<int>> Carriers; ///< places of the instruments behind each row
+    std::vector<std::string> Faults;
+    PackageSensors Sensors;
+    std::optional<UnitScale> ToDbar, ToCelsius, ToMilliSiemens; ///< empty: not found or not known
     std::vector<ScatteringChannel> Scattering;
-    std::array<LightField, 3> Fields; ///< ED, LU, EU
+    std::array<FieldFollowed, LightFieldCount> Fields;
     PressureHistory History;
     Reading LastVelocity; ///< of the package's latest frame
     std::optional<double> LastSalinity;
     bool SalinityMeasured = false;
     std::size_t FirstScatteringRow = 0;
+    DerivedChoice Choice = DerivedChoice::Usual;
+    CFurtherRows Further;
+    std::size_t FirstFurtherRow = 0;
 };
 
 } // namespace qor

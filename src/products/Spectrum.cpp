@@ -12,7 +12,8 @@ namespace qor {
 
 namespace {
 
-constexpr double MatchWidth = 1.5; ///< nm to either side, both ends outside
+constexpr double MatchWidth = 1.5;     ///< nm to either side, both ends outside
+constexpr double WidestBetween = 10.0; ///< nm between channels that a line may join
 
 /// The reference point for one DUT channel, scanning on from `at`, which stays where the scan ends.
 const SpectrumPoint* MatchChannel(double wavelength, std::span<const SpectrumPoint> reference,
@@ -48,6 +49,42 @@ std::vector<ComparisonPoint> CompareSpectra(std::span<const SpectrumPoint> dut,
         }
         points.push_back(point);
     }
+    return points;
+}
+
+std::optional<double> ValueAt(std::span<const SpectrumPoint> spectrum, double wavelength) {
+    const auto above = std::lower_bound(
+        spectrum.begin(), spectrum.end(), wavelength,
+        [](const SpectrumPoint& point, double limit) { return point.wavelength < limit; });
+    const SpectrumPoint* right = above != spectrum.end() ? &*above : nullptr;
+    const SpectrumPoint* left = above != spectrum.begin() ? &*(above - 1) : nullptr;
+    const double toRight = right ? right->wavelength - wavelength : HUGE_VAL;
+    const double toLeft = left ? wavelength - left->wavelength : HUGE_VAL;
+    if (std::min(toLeft, toRight) < MatchWidth)
+        return toLeft < toRight ? left->value : right->value;
+    if (!(toLeft + toRight <= WidestBetween))
+        return std::nullopt;
+    return left->value + (right->value - left->value) * toLeft / (toLeft + toRight);
+}
+
+std::vector<SpectrumPoint> RatioOf(std::span<const SpectrumPoint> spectrum,
+                                   std::span<const SpectrumPoint> reference) {
+    std::vector<SpectrumPoint> points;
+    points.reserve(spectrum.size());
+    for (const SpectrumPoint& point : spectrum)
+        if (const std::optional<double> value = ValueAt(reference, point.wavelength);
+            value && *value != 0.0)
+            points.push_back({point.wavelength, point.value / *value});
+    return points;
+}
+
+std::vector<SpectrumPoint> LessDark(std::span<const SpectrumPoint> spectrum,
+                                    std::span<const SpectrumPoint> dark) {
+    std::vector<SpectrumPoint> points;
+    points.reserve(spectrum.size());
+    for (const SpectrumPoint& point : spectrum)
+        if (const std::optional<double> value = ValueAt(dark, point.wavelength))
+            points.push_back({point.wavelength, point.value - *value});
     return points;
 }
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
 // Spectra of optical instruments: the series of channels that an instrument has, the spectrum in
-// its current frame, and the comparison of two spectra. Used by the reality check and the command
-// line; instruments are read under the document's lock.
+// its current frame, and the comparison of two spectra. Used by the spectral displays and the
+// command line; instruments are read under the document's lock.
 #pragma once
 
 #include "products/LiveInstrument.h"
@@ -32,6 +32,21 @@ struct ComparisonPoint {
 /// Compares two spectra, each in ascending wavelength; one point for every DUT channel.
 std::vector<ComparisonPoint> CompareSpectra(std::span<const SpectrumPoint> dut,
                                             std::span<const SpectrumPoint> reference);
+
+/// What a spectrum (ascending) is at a wavelength: the value of its nearest channel when that is
+/// less than 1.5 nm away; otherwise, between two channels that are at most 10 nm apart, the value
+/// on the line between them; otherwise nothing.
+std::optional<double> ValueAt(std::span<const SpectrumPoint> spectrum, double wavelength);
+
+/// A spectrum over a reference, channel by channel; channels for which the reference has no value,
+/// or zero, are left out.
+std::vector<SpectrumPoint> RatioOf(std::span<const SpectrumPoint> spectrum,
+                                   std::span<const SpectrumPoint> reference);
+
+/// A spectrum less a dark one; channels for which the dark has no value are left out, for with
+/// their dark in them they would look bright.
+std::vector<SpectrumPoint> LessDark(std::span<const SpectrumPoint> spectrum,
+                                    std::span<const SpectrumPoint> dark);
 
 /// The optical sensors of one type and units whose ids are wavelengths, ascending.
 struct OpticalSeries {

@@ -14,7 +14,7 @@ namespace qor {
 struct VelocityState {
     std::optional<double> timer;        ///< package timer at the last computation
     std::optional<std::uint32_t> frame; ///< frame number at the last computation
-    double velocity = 0.0;              ///< pressure units per second, positive downward
+    double velocity = 0.0;              ///< dbar per second, positive downward
 };
 
 } // namespace qor

@@ -56,7 +56,7 @@ void CAcquisition::TakeFramesOf(ResourceId resource, InstrumentId instrument, CF
         [[maybe_unused]] CommResult result = Control->RetrieveFrames(found->Name(), Batch);
         for (; !Batch.Empty(); Batch.DropFront())
             if (Batch.Front().Info.identity == static_cast<std::uint32_t>(instrument))
-                ProcessFrame(Batch.Front());
+                ProcessFrame(Batch.Front(), Session.Clock.MonotonicMilliseconds());
             else
                 held.PushSlot().Exchange(Batch.Front());
     }
@@ -77,20 +77,22 @@ bool CAcquisition::AtEnd(ResourceId resource) const {
 
 std::size_t CAcquisition::ProcessFrames(CFrameQueue& frames) {
     CRecursiveLock lock(Session.DocLock);
+    const std::int64_t now = Session.Clock.MonotonicMilliseconds();
     std::size_t claimed = 0;
     for (; !frames.Empty(); frames.DropFront())
-        claimed += ProcessFrame(frames.Front()) ? 1 : 0;
+        claimed += ProcessFrame(frames.Front(), now) ? 1 : 0;
     RawLog.Flush();
     return claimed;
 }
 
 /// Returns whether an instrument claimed the frame.
-bool CAcquisition::ProcessFrame(CFrameData& frame) {
+bool CAcquisition::ProcessFrame(CFrameData& frame, std::int64_t now) {
     const SessionState::FrameOwner* owner = Session.OwnerOf(frame.Info.identity);
     if (!owner)
         return false;
     CQorViewIns& instrument = *owner->instrument;
     const FrameCheckResult found = instrument.Process(frame);
+    instrument.Live.ArrivalMonotonic = now;
     if (CPackage* package = owner->package)
         package->Products.Advance(Session.InputsOf(*package), Session.Velocity);
     if (Session.OnFrame)

@@ -57,6 +57,8 @@ PackageId CPackageList::AddPackage(LoadedPackage loaded, ResourceId resource,
     CRecursiveLock lock(Doc.DocLock);
     Doc.PackageTable.push_back(std::move(package));
     Doc.RebuildOwners();
+    for (const std::string& fault : Doc.Find(id)->Products.UnitFaults())
+        Doc.Raise({EventKind::UnitsUnknown, Doc.Find(id)->Name, fault + "\r\n"});
     return id;
 }
 

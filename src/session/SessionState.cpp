@@ -60,7 +60,7 @@ void SessionState::RebuildOwners() {
         for (std::size_t i = 0; i < attached.size(); ++i)
             if (attached[i] != InstrumentId::None &&
                 (i >= package->Attached.size() || package->Attached[i] != attached[i])) {
-                package->Products = CPackageRows(package->Live, package->Settings);
+                package->Products = CPackageRows(package->Live, package->Settings, Derived);
                 package->Attached = attached;
             }
     }

@@ -91,6 +91,8 @@ struct SessionState {
     std::vector<std::unique_ptr<CQorViewRes>> Resources GUARDED_BY(DocLock);
     std::vector<std::unique_ptr<CPackage>> PackageTable GUARDED_BY(DocLock);
     std::array<InstrumentId, RoleTableSize> Roles GUARDED_BY(DocLock){};
+    /// Whether packages have the further products too; before packages are added.
+    DerivedChoice Derived GUARDED_BY(DocLock) = DerivedChoice::Usual;
     /// Kept: one for the process, not one a package.
     VelocityState Velocity GUARDED_BY(DocLock);
 
@@ -127,7 +129,8 @@ struct SessionState {
 
     /// What the products of a package are computed from.
     CPackageRows::Inputs InputsOf(const CPackage& package) const REQUIRES(DocLock) {
-        return {package.Live, package.Settings, PressureTare.value_or(0.0)};
+        return {package.Live, package.Settings, PressureTare.value_or(0.0),
+                Clock.MonotonicMilliseconds()};
     }
 
   private:

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "fakes/ViewedInstrument.h"
-#include "products/Spectrum.h"
+#include "products/SpectrumRing.h"
 
 #include <gtest/gtest.h>
 
@@ -48,6 +48,71 @@ TEST(Spectrum, ThePercentIsTheDeviationAndNothingGuardsAReferenceOfZero) {
     const auto points = CompareSpectra({{{410, 3.0}, {420, 3.0}}}, {{{411, 4.0}, {420, 0.0}}});
     EXPECT_EQ(points[0].percent, -25.0);
     EXPECT_EQ(points[1].percent, std::numeric_limits<double>::infinity());
+}
+
+TEST(Spectrum, IsWorthItsNearestChannelOrWhatLiesBetweenTwo) {
+    const std::vector<SpectrumPoint> spectrum{{400, 1}, {403, 4}, {410, 11}, {430, 31}};
+    const struct {
+        double wavelength;
+        std::optional<double> value;
+        const char* why;
+    } cases[] = {
+        {398.6, 1.0, "outside, but near"},
+        {398.5, {}, "outside"},
+        {401.4, 1.0, "near the left one"},
+        {401.6, 4.0, "near the right one"},
+        {401.5, 2.5, "in the middle of two that are not near"},
+        {405, 6.0, "between two"},
+        {411.4, 11.0, "near the edge of a hole"},
+        {420, {}, "in a hole"},
+        {431.5, {}, "behind the last"},
+    };
+    for (const auto& one : cases)
+        EXPECT_EQ(ValueAt(spectrum, one.wavelength), one.value) << one.why;
+    EXPECT_FALSE(ValueAt({}, 400));
+}
+
+TEST(Spectrum, RatioAndDarkLeaveOutWhatTheOtherHasNothingFor) {
+    const std::vector<SpectrumPoint> lit{{400, 6}, {410, 8}, {450, 9}, {500, 5}};
+    const std::vector<SpectrumPoint> other{{401, 2}, {410, 4}, {500.5, 0}};
+    const auto text = [](const std::vector<SpectrumPoint>& points) {
+        std::string all;
+        for (const SpectrumPoint& point : points)
+            all += std::to_string(static_cast<int>(point.wavelength)) + "=" +
+                   std::to_string(static_cast<int>(point.value)) + " ";
+        return all;
+    };
+    EXPECT_EQ(text(RatioOf(lit, other)), "400=3 410=2 ");
+    EXPECT_EQ(text(LessDark(lit, other)), "400=4 410=4 500=5 ");
+    EXPECT_TRUE(RatioOf(lit, {}).empty() && LessDark(lit, {}).empty());
+}
+
+TEST(SpectrumRing, HoldsTheLastFramesForMeanAndBand) {
+    CViewedInstrument radiometer({"LU 510 r", "LU 443 r"});
+    const auto series = SeriesOf(radiometer.Live().Definition());
+    CSpectrumRing ring(series.at(0), 3);
+    EXPECT_TRUE(ring.Mean(3).empty() && ring.Band(3).empty());
+    for (const auto& values : {std::pair{99.0, 99.0}, {1.0, 10.0}, {NAN, 30.0}, {5.0, 20.0}}) {
+        radiometer.Send({values.first, values.second});
+        ring.Add(radiometer.Live());
+    }
+    EXPECT_EQ(ring.Count(), 3u) << "the first has left";
+    const auto mean = ring.Mean(3);
+    ASSERT_EQ(mean.size(), 2u);
+    EXPECT_EQ(mean[0].wavelength, 443.0);
+    EXPECT_EQ(mean[0].value, 20.0);
+    EXPECT_EQ(mean[1].value, 3.0) << "over the frames that have one";
+    EXPECT_EQ(ring.Mean(2)[0].value, 25.0) << "the latest two";
+    EXPECT_EQ(ring.Mean(99)[0].value, 20.0);
+    const auto band = ring.Band(3);
+    EXPECT_EQ(band[0].least, 10.0);
+    EXPECT_EQ(band[0].most, 30.0);
+    EXPECT_EQ(band[1].least, 1.0);
+    EXPECT_EQ(band[1].most, 5.0);
+    radiometer.Send({NAN, 1});
+    ring.Clear();
+    ring.Add(radiometer.Live());
+    EXPECT_EQ(ring.Mean(3).size(), 1u) << "a channel without a value is left out";
 }
 
 TEST(Spectrum, ASeriesHoldsTheOpticalChannelsOfOneTypeAndUnits) {

@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// The apparent wind is the true wind less the ship's own motion: adding the motion gives it back.
+#include "products/Wind.h"
+
+#include <cmath>
+#include <numbers>
+
+namespace qor {
+
+Wind TrueWind(double relativeSpeed, double relativeFrom, const ShipsWay& ship) {
+    constexpr double RadiansPerDegree = std::numbers::pi / 180.0;
+    constexpr double Calm = 1e-9; ///< of the speeds that went in: what rounding leaves
+
+    const double apparent = (ship.heading + relativeFrom) * RadiansPerDegree;
+    const double course = ship.course * RadiansPerDegree;
+    const double east = -relativeSpeed * std::sin(apparent) + ship.speed * std::sin(course);
+    const double north = -relativeSpeed * std::cos(apparent) + ship.speed * std::cos(course);
+    Wind wind{std::hypot(east, north), {}};
+    if (wind.speed > Calm * (std::fabs(relativeSpeed) + std::fabs(ship.speed))) {
+        const double from = std::atan2(-east, -north) / RadiansPerDegree;
+        wind.from = from < 0.0 ? from + 360.0 : from;
+    }
+    return wind;
+}
+
+} // namespace qor
