@@ -10,7 +10,8 @@
 
 namespace qor {
 
-/// For raw log and session log messages; no line end. Any cause beyond 14: "An unknown file error orrured."
+/// For raw log and session log messages; no line end. Any cause beyond 14: "An unknown file error
+/// orrured."
 std::string_view GetFileErrorText(FileCause cause);
 
 /// For the parse log of definition files; ends in CR LF.

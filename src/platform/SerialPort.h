@@ -46,14 +46,16 @@ class CSerialPort {
   public:
     virtual ~CSerialPort() = default;
 
-    /// Opens the named port for reading and writing, not shared. A name that is no serial device is refused.
+    /// Opens the named port for reading and writing, not shared. A name that is no serial device is
+    /// refused.
     virtual SystemError Open(const std::string& name) = 0;
     /// Reads the port's time-outs and keeps them for RestoreTimeouts.
     virtual SystemError SaveTimeouts() = 0;
-    /// Reads the current control block (kept inside, so that flags that nobody sets stay as they were).
+    /// Reads the current control block (kept inside, so that flags that nobody sets stay as they
+    /// were).
     virtual SystemError ReadSettings() = 0;
-    /// Writes the control block: these settings, parity checking on, DTR and RTS on, no flow control
-    /// of any kind, no character replaced or stripped, no abort on error.
+    /// Writes the control block: these settings, parity checking on, DTR and RTS on, no flow
+    /// control of any kind, no character replaced or stripped, no abort on error.
     virtual SystemError WriteSettings(const LineSettings& settings) = 0;
     /// Sets the read interval time-out, all other time-outs 0.
     virtual SystemError SetReadInterval(std::uint32_t milliseconds) = 0;
@@ -64,11 +66,13 @@ class CSerialPort {
 
     /// Reads and clears the line errors (Line... flags).
     virtual SystemError ReadLineErrors(std::uint32_t& errors) = 0;
-    /// Starts a read into a buffer that lives until the read is collected. Done: got bytes are there.
+    /// Starts a read into a buffer that lives until the read is collected. Done: got bytes are
+    /// there.
     virtual IssueResult IssueRead(std::span<std::uint8_t> buffer, std::size_t& got) = 0;
     /// Starts a wait for a communications event. Done: mask holds it.
     virtual IssueResult IssueStatusWait(std::uint32_t& mask) = 0;
-    /// Waits for a pending operation (0 ms: only looks). When both are done, the read is named first.
+    /// Waits for a pending operation (0 ms: only looks). When both are done, the read is named
+    /// first.
     virtual WaitResult Wait(int milliseconds) = 0;
     /// Collects the pending read; got may be 0.
     virtual SystemError CollectRead(std::size_t& got) = 0;

@@ -18,7 +18,8 @@ class CVirtualPort {
     CVirtualPort(const CVirtualPort&) = delete;
     CVirtualPort& operator=(const CVirtualPort&) = delete;
 
-    /// Creates the port and names the end that programs open. On Windows there is none: the error says so.
+    /// Creates the port and names the end that programs open. On Windows there is none: the error
+    /// says so.
     SystemError Open(std::string& name);
     /// True when a program has the port open; waits up to so many milliseconds for one.
     bool WaitForListener(int milliseconds);

@@ -16,7 +16,9 @@ namespace qor {
 
 namespace {
 
-SystemError LastSystemError() { return static_cast<SystemError>(errno); }
+SystemError LastSystemError() {
+    return static_cast<SystemError>(errno);
+}
 
 /// Makes the line carry bytes as they are, whoever opens it later.
 SystemError MakeRaw(const std::string& name) {
@@ -38,7 +40,9 @@ SystemError MakeRaw(const std::string& name) {
 
 } // namespace
 
-CVirtualPort::~CVirtualPort() { Close(); }
+CVirtualPort::~CVirtualPort() {
+    Close();
+}
 
 SystemError CVirtualPort::Open(std::string& name) {
     int master = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK);
@@ -46,7 +50,8 @@ SystemError CVirtualPort::Open(std::string& name) {
         return LastSystemError();
     Handle = master;
     char buffer[128];
-    if (grantpt(master) != 0 || unlockpt(master) != 0 || ptsname_r(master, buffer, sizeof buffer) != 0) {
+    if (grantpt(master) != 0 || unlockpt(master) != 0 ||
+        ptsname_r(master, buffer, sizeof buffer) != 0) {
         SystemError error = LastSystemError();
         Close();
         return error;

@@ -10,16 +10,22 @@ namespace qor {
 
 CVirtualPort::~CVirtualPort() = default;
 
-SystemError CVirtualPort::Open(std::string&) { return ERROR_NOT_SUPPORTED; }
+SystemError CVirtualPort::Open(std::string&) {
+    return ERROR_NOT_SUPPORTED;
+}
 
-bool CVirtualPort::WaitForListener(int) { return false; }
+bool CVirtualPort::WaitForListener(int) {
+    return false;
+}
 
 SystemError CVirtualPort::Write(ByteSpan, int, std::size_t& written) {
     written = 0;
     return ERROR_NOT_SUPPORTED;
 }
 
-bool CVirtualPort::Drained() const { return true; }
+bool CVirtualPort::Drained() const {
+    return true;
+}
 
 void CVirtualPort::Close() {}
 

@@ -6,8 +6,8 @@
 // show messages); what displays read is under it.
 #pragma once
 
-#include "products/VelocityState.h"
 #include "products/PackageSettings.h"
+#include "products/VelocityState.h"
 #include "session/Package.h"
 #include "session/QorViewDoc.h"
 
