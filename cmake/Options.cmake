@@ -11,11 +11,12 @@ if(WIN32)
 endif()
 
 if(MSVC)
-  target_compile_options(qorview_options INTERFACE /W4 /WX /permissive- /utf-8 /fp:precise)
+  target_compile_options(qorview_options INTERFACE /W4 $<$<BOOL:${QORVIEW_WERROR}>:/WX> /permissive- /utf-8 /fp:precise)
   target_compile_definitions(qorview_options INTERFACE _CRT_SECURE_NO_WARNINGS)
 else()
   target_compile_options(qorview_options INTERFACE
-    -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wformat=2 -Werror
+    -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wformat=2
+    $<$<BOOL:${QORVIEW_WERROR}>:-Werror>
     # The same value to the last bit on every machine: no fused multiply-add.
     -ffp-contract=off)
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
