@@ -4,6 +4,7 @@
 #include "products/PackageRows.h"
 
 #include "base/Text.h"
+#include "instrument/FitTypes.h"
 
 #include <cmath>
 #include <limits>
