@@ -6,6 +6,7 @@
 #include "Require.h"
 
 #include "instrument/DefinitionReader.h"
+#include "instrument/FitTypes.h"
 
 #include <algorithm>
 

@@ -12,13 +12,10 @@ namespace qor {
 
 namespace {
 
-constexpr bool IsNumeric(FitType fit) {
-    return fit == FitType::COUNT || IsOptic(fit) || fit == FitType::POLYF || fit == FitType::POLYU;
-}
-
 /// The coefficients of a gain range, or none when there are fewer than the fit needs.
-std::span<const double> CoefficientsOf(const CSensor& sensor, std::size_t gain, std::size_t least) {
-    if (gain >= sensor.Coefficients.size() || sensor.Coefficients[gain].size() < least)
+std::span<const double> CoefficientsOf(const CSensor& sensor, std::size_t gain) {
+    if (gain >= sensor.Coefficients.size() ||
+        sensor.Coefficients[gain].size() < RowOf(sensor.Fit).fewestCoefficients)
         return {};
     return sensor.Coefficients[gain];
 }
@@ -28,40 +25,6 @@ ConversionStatus SetFinite(double number, double& value) {
         return ConversionStatus::NotFinite;
     value = number;
     return ConversionStatus::Good;
-}
-
-ConversionStatus ApplyOptic1(const CSensor& sensor, const RawValue& raw, bool immersed,
-                             double& value) {
-    if (sensor.Data != DataType::BU && sensor.Data != DataType::BS && sensor.Data != DataType::AI)
-        return ConversionStatus::WrongDataType;
-    // The gain is two's complement's low bits for negative raw values too.
-    const auto gain = static_cast<std::size_t>(raw.integer & 3);
-    const auto counts = static_cast<double>(raw.integer & ~std::int64_t{3});
-    // Decided: the gain index just behind the last coefficient line passes the range test of the
-    // lines read and still has no coefficients; it gets the range test's status.
-    if (gain >= sensor.Coefficients.size())
-        return ConversionStatus::GainOutOfRange;
-    const std::span<const double> c = CoefficientsOf(sensor, gain, 3);
-    if (c.empty())
-        return ConversionStatus::NotUsable;
-    return SetFinite((counts - c[0]) * (immersed ? c[2] : 1.0) * c[1], value);
-}
-
-ConversionStatus ApplyOptic2(const CSensor& sensor, double x, bool immersed, double& value) {
-    const std::span<const double> c = CoefficientsOf(sensor, 0, 3);
-    if (c.empty())
-        return ConversionStatus::NotUsable;
-    return SetFinite((x - c[0]) * (immersed ? c[2] : 1.0) * c[1], value);
-}
-
-ConversionStatus ApplyOptic3(const CSensor& sensor, double x, const IntegrationTimeValue& time,
-                             bool immersed, double& value) {
-    if (time.status != ConversionStatus::Good)
-        return time.status;
-    const std::span<const double> c = CoefficientsOf(sensor, 0, 4);
-    if (c.empty())
-        return ConversionStatus::NotUsable;
-    return SetFinite((x - c[0]) * (c[3] / time.seconds) * (immersed ? c[2] : 1.0) * c[1], value);
 }
 
 /// The integration-time sensor's value in the frame. It stands earlier in the list, which also ends
@@ -76,44 +39,74 @@ IntegrationTimeValue TimeOf(const CSensor& sensor, ByteSpan frame, bool immersed
 
 } // namespace
 
+ConversionStatus CountValue(const FitInput& input, double& value) {
+    return SetFinite(input.raw.number, value);
+}
+
+ConversionStatus Optic1Value(const FitInput& input, double& value) {
+    const CSensor& sensor = input.sensor;
+    if (!RowOf(sensor.Fit).allowed.Has(sensor.Data))
+        return ConversionStatus::WrongDataType;
+    // The gain is two's complement's low bits for negative raw values too.
+    const auto gain = static_cast<std::size_t>(input.raw.integer & 3);
+    const auto counts = static_cast<double>(input.raw.integer & ~std::int64_t{3});
+    // Decided: the gain index just behind the last coefficient line passes the range test of the
+    // lines read and still has no coefficients; it gets the range test's status.
+    if (gain >= sensor.Coefficients.size())
+        return ConversionStatus::GainOutOfRange;
+    const std::span<const double> c = CoefficientsOf(sensor, gain);
+    if (c.empty())
+        return ConversionStatus::NotUsable;
+    return SetFinite((counts - c[0]) * (input.immersed ? c[2] : 1.0) * c[1], value);
+}
+
+ConversionStatus Optic2Value(const FitInput& input, double& value) {
+    const std::span<const double> c = CoefficientsOf(input.sensor, 0);
+    if (c.empty())
+        return ConversionStatus::NotUsable;
+    return SetFinite((input.raw.number - c[0]) * (input.immersed ? c[2] : 1.0) * c[1], value);
+}
+
+ConversionStatus Optic3Value(const FitInput& input, double& value) {
+    if (input.time.status != ConversionStatus::Good)
+        return input.time.status;
+    const std::span<const double> c = CoefficientsOf(input.sensor, 0);
+    if (c.empty())
+        return ConversionStatus::NotUsable;
+    return SetFinite((input.raw.number - c[0]) * (c[3] / input.time.seconds) *
+                         (input.immersed ? c[2] : 1.0) * c[1],
+                     value);
+}
+
+ConversionStatus FactoredValue(const FitInput& input, double& value) {
+    const std::span<const double> c = CoefficientsOf(input.sensor, 0);
+    if (c.empty())
+        return ConversionStatus::NotUsable;
+    return SetFinite(FactoredPolynomial(c, input.raw.number), value);
+}
+
+ConversionStatus UnfactoredValue(const FitInput& input, double& value) {
+    const std::span<const double> c = CoefficientsOf(input.sensor, 0);
+    if (c.empty())
+        return ConversionStatus::NotUsable;
+    return SetFinite(UnfactoredPolynomial(c, input.raw.number), value);
+}
+
 ValueKind KindOfValue(const CSensor& sensor) {
-    if (sensor.Data == DataType::AS)
-        return sensor.Fit == FitType::NONE || sensor.Fit == FitType::COUNT ? ValueKind::Text
-                                                                           : ValueKind::None;
-    if (IsTimeText(sensor.Fit))
-        return ValueKind::Text;
-    return IsNumeric(sensor.Fit) ? ValueKind::Number : ValueKind::None;
+    const FitRow& row = RowOf(sensor.Fit);
+    return sensor.Data == DataType::AS ? row.ofText : row.ofNumbers;
 }
 
 ConversionStatus ApplyFit(const CSensor& sensor, const RawValue& raw,
                           const IntegrationTimeValue& time, bool immersed, double& value) {
-    switch (sensor.Fit) {
-    case FitType::COUNT:
-        return SetFinite(raw.number, value);
-    case FitType::OPTIC1:
-        return ApplyOptic1(sensor, raw, immersed, value);
-    case FitType::OPTIC2:
-        return ApplyOptic2(sensor, raw.number, immersed, value);
-    case FitType::OPTIC3:
-        return ApplyOptic3(sensor, raw.number, time, immersed, value);
-    case FitType::POLYF:
-    case FitType::POLYU: {
-        const std::span<const double> c = CoefficientsOf(sensor, 0, 1);
-        if (c.empty())
-            return ConversionStatus::NotUsable;
-        return SetFinite(sensor.Fit == FitType::POLYF ? FactoredPolynomial(c, raw.number)
-                                                      : UnfactoredPolynomial(c, raw.number),
-                         value);
-    }
-    default:
-        return ConversionStatus::NotUsable;
-    }
+    const NumberFit fit = RowOf(sensor.Fit).number;
+    return fit ? fit({sensor, raw, time, immersed}, value) : ConversionStatus::NotUsable;
 }
 
 ConversionStatus NumberOfField(const CSensor& sensor, ByteSpan field,
                                const IntegrationTimeValue& time, bool immersed, double& value) {
     // A text is extracted without fault, so that only the missing conversion is to be reported.
-    if (sensor.Data == DataType::AS && !IsNumeric(sensor.Fit))
+    if (sensor.Data == DataType::AS && !RowOf(sensor.Fit).number)
         return ConversionStatus::NotUsable;
     RawValue raw;
     const ConversionStatus status = RawOfField(sensor, field, raw);

@@ -6,15 +6,13 @@
 
 #include "base/Bytes.h"
 #include "instrument/ConversionStatus.h"
-#include "instrument/Sensor.h"
+#include "instrument/FitTypes.h"
 
 #include <string>
 
 namespace qor {
 
-/// What a sensor yields: a number (COUNT, OPTIC and POLY fits of numeric data), a text (AS data
-/// with a NONE or COUNT fit, and the time and position fits), or nothing.
-enum class ValueKind : std::uint8_t { None, Number, Text };
+/// What the sensor's fit makes of its data type.
 ValueKind KindOfValue(const CSensor& sensor);
 
 /// The calibrated value of a sensor in a frame. `immersed` makes the OPTIC fits apply the immersion

@@ -139,26 +139,19 @@ bool ConvertSingles(const std::uint8_t* frame, std::span<const SingleField> fiel
 
 bool ConvertOptic16(const std::uint8_t* bytes, std::size_t count, const OpticCoefficients& c,
                     double* values) {
-    switch (c.factorCount) {
-    case 1:
+    if (c.factorCount == 1)
         return Optic16With1(bytes, count, c.offset, c.factors[0], values);
-    case 2:
+    if (c.factorCount == 2)
         return Optic16With2(bytes, count, c.offset, c.factors[0], c.factors[1], values);
-    default:
-        return Optic16With3(bytes, count, c.offset, c.factors[0], c.factors[1], c.factors[2],
-                            values);
-    }
+    return Optic16With3(bytes, count, c.offset, c.factors[0], c.factors[1], c.factors[2], values);
 }
 
 bool ConvertOptic(std::size_t count, const OpticCoefficients& c, double* values) {
-    switch (c.factorCount) {
-    case 1:
+    if (c.factorCount == 1)
         return OpticWith1(count, c.offset, c.factors[0], values);
-    case 2:
+    if (c.factorCount == 2)
         return OpticWith2(count, c.offset, c.factors[0], c.factors[1], values);
-    default:
-        return OpticWith3(count, c.offset, c.factors[0], c.factors[1], c.factors[2], values);
-    }
+    return OpticWith3(count, c.offset, c.factors[0], c.factors[1], c.factors[2], values);
 }
 
 void LoadIntegers(const std::uint8_t* bytes, std::size_t width, bool isSigned, std::size_t count,

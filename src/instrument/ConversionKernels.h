@@ -45,22 +45,16 @@ bool ConvertOptic(std::size_t count, const OpticCoefficients& coefficients, doub
 /// One big-endian integer of 0 to 4 bytes, signed by two's complement or not.
 inline double LoadInteger(const std::uint8_t* bytes, std::size_t width, bool isSigned) {
     std::uint32_t bits = 0;
-    switch (width) {
-    case 0:
+    if (width == 0)
         return 0.0;
-    case 1:
+    if (width == 1)
         bits = std::uint32_t{bytes[0]} << 24;
-        break;
-    case 2:
+    else if (width == 2)
         bits = std::uint32_t{bytes[0]} << 24 | std::uint32_t{bytes[1]} << 16;
-        break;
-    case 3:
+    else if (width == 3)
         bits = static_cast<std::uint32_t>(GetBigEndian({bytes, 3}) << 8);
-        break;
-    default:
+    else
         bits = static_cast<std::uint32_t>(GetBigEndian({bytes, 4}));
-        break;
-    }
     const auto unused = 32 - 8 * static_cast<unsigned>(width);
     return isSigned ? static_cast<double>(static_cast<std::int32_t>(bits) >> unused)
                     : static_cast<double>(bits >> unused);

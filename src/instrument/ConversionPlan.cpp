@@ -28,69 +28,54 @@ std::uint64_t NextIdentity() {
     return ++last;
 }
 
-/// The fit has the coefficients it needs, so that the loops may read them.
+/// Every coefficient that the fit needs is there, so that the loops may read them.
 bool HasCoefficients(const CSensor& sensor) {
-    const auto has = [&sensor](std::size_t least) {
-        return !sensor.Coefficients.empty() && sensor.Coefficients[0].size() >= least;
-    };
-    switch (sensor.Fit) {
-    case FitType::OPTIC1:
-        return std::all_of(sensor.Coefficients.begin(), sensor.Coefficients.end(),
-                           [](const auto& c) { return c.size() >= 3; });
-    case FitType::OPTIC2:
-        return has(3);
-    case FitType::OPTIC3:
-        return has(4) && sensor.IntegrationTime && sensor.IntegrationTime->Index >= 0 &&
-               sensor.IntegrationTime->Index < sensor.Index &&
-               KindOfValue(*sensor.IntegrationTime) == ValueKind::Number;
-    case FitType::POLYF:
-    case FitType::POLYU:
-        return has(1);
-    default:
-        return true;
-    }
+    const FitRow& row = RowOf(sensor.Fit);
+    const auto& sets = sensor.Coefficients;
+    return sets.size() >= row.fewestGains &&
+           std::all_of(sets.begin(), sets.end(),
+                       [&row](const auto& c) { return c.size() >= row.fewestCoefficients; });
+}
+
+/// The integration time is a number that is there when the sensor's turn comes.
+bool HasTime(const CSensor& sensor) {
+    const CSensor* const time = sensor.IntegrationTime;
+    return time && time->Index >= 0 && time->Index < sensor.Index &&
+           KindOfValue(*time) == ValueKind::Number;
 }
 
 bool HasUsableWidth(const CSensor& sensor) {
-    switch (sensor.Data) {
-    case DataType::BU:
-    case DataType::BS:
-        return sensor.FieldLength <= 4;
-    case DataType::BF:
-        return sensor.FieldLength == 4;
-    case DataType::BD:
-        return sensor.FieldLength == 8;
-    default:
-        return true;
-    }
-}
-
-bool IsBinary(DataType data) {
-    return data <= DataType::BD;
+    const DataTypeRow& row = RowOf(sensor.Data);
+    return sensor.FieldLength >= row.shortest && sensor.FieldLength <= row.longest;
 }
 
 /// No byte of such a field can make its extraction fail.
 bool AlwaysExtractable(const CSensor& sensor) {
-    return sensor.Data == DataType::AS ||
-           ((sensor.Data == DataType::BU || sensor.Data == DataType::BS) && HasUsableWidth(sensor));
+    return sensor.Data == DataType::AS || (IsBinaryInteger(sensor.Data) && HasUsableWidth(sensor));
+}
+
+/// The loops give what the function of the sensor's fit gives.
+bool HasLoop(const CSensor& sensor) {
+    const FitRow& row = RowOf(sensor.Fit);
+    return row.loop != FitLoop::None && row.allowed.Has(sensor.Data) && HasCoefficients(sensor) &&
+           HasUsableWidth(sensor) && (row.loop != FitLoop::TimedFactors || HasTime(sensor)) &&
+           (!sensor.VariableLength || RowOf(sensor.Data).characters);
 }
 
 Work WorkFor(const CSensor& sensor) {
-    const ValueKind kind = KindOfValue(sensor);
     if (sensor.VariableLength && sensor.VariableIndex < 0)
         return Work::Each; // lies behind every field that can be found
-    if (kind == ValueKind::Number) {
-        const bool optic1OfOther = sensor.Fit == FitType::OPTIC1 && sensor.Data != DataType::BU &&
-                                   sensor.Data != DataType::BS && sensor.Data != DataType::AI;
-        const bool binaryText = sensor.VariableLength && IsBinary(sensor.Data);
-        const bool plain = HasCoefficients(sensor) && HasUsableWidth(sensor) && !optic1OfOther;
-        return plain && !binaryText ? Work::Number : Work::Each;
+    switch (KindOfValue(sensor)) {
+    case ValueKind::Number:
+        return HasLoop(sensor) ? Work::Number : Work::Each;
+    case ValueKind::Text:
+        if (sensor.Data == DataType::AF || sensor.Data == DataType::AI)
+            return Work::Time;
+        return sensor.Data == DataType::AS ? Work::Nothing : Work::Each;
+    case ValueKind::None:
+        break;
     }
-    if (kind == ValueKind::Text && (sensor.Data == DataType::AF || sensor.Data == DataType::AI))
-        return Work::Time;
-    const bool isText = kind == ValueKind::Text && sensor.Data == DataType::AS;
-    return AlwaysExtractable(sensor) && (isText || kind == ValueKind::None) ? Work::Nothing
-                                                                            : Work::Each;
+    return AlwaysExtractable(sensor) ? Work::Nothing : Work::Each;
 }
 
 /// The status of such a sensor in every frame that holds its field.
@@ -100,13 +85,14 @@ ConversionStatus UsualStatus(const CSensor& sensor) {
     return ConversionStatus::Good;
 }
 
-bool IsPolynomial(FitType fit) {
-    return fit == FitType::POLYF || fit == FitType::POLYU;
+bool IsPolynomial(FitLoop loop) {
+    return loop == FitLoop::Factored || loop == FitLoop::Unfactored;
 }
 
 FieldPolynomial PolynomialOf(const CSensor& sensor) {
-    if (IsPolynomial(sensor.Fit) && HasCoefficients(sensor))
-        return {sensor.Coefficients[0], sensor.Fit == FitType::POLYF};
+    const FitLoop loop = RowOf(sensor.Fit).loop;
+    if (IsPolynomial(loop) && HasCoefficients(sensor))
+        return {sensor.Coefficients[0], loop == FitLoop::Factored};
     return {};
 }
 
@@ -118,19 +104,22 @@ ConversionRun RunOf(const CSensor& sensor, std::size_t index) {
     run.begin = run.variable ? static_cast<std::size_t>(std::max(sensor.VariableIndex, 0))
                              : sensor.ByteOffset;
     run.end = run.begin + (run.variable ? 1 : sensor.FieldLength);
-    if (sensor.Fit == FitType::OPTIC3 && sensor.IntegrationTime)
-        run.time = static_cast<std::size_t>(sensor.IntegrationTime->Index);
+    const Work work = WorkFor(sensor);
     run.width = sensor.FieldLength;
     run.data = sensor.Data;
     run.fit = sensor.Fit;
-    run.loops = WorkFor(sensor) != Work::Each;
+    run.statusOnly = work == Work::Time;
+    if (work == Work::Number)
+        run.loop = RowOf(sensor.Fit).loop;
+    if (run.loop == FitLoop::TimedFactors)
+        run.time = static_cast<std::size_t>(sensor.IntegrationTime->Index);
     return run;
 }
 
 /// The sensor behind the run continues it. Its integration time is the run's, which lies before it.
 bool Continues(const ConversionRun& run, const ConversionRun& next) {
     return run.first + run.count == next.first && run.variable == next.variable &&
-           run.end == next.begin && run.loops == next.loops && run.data == next.data &&
+           run.end == next.begin && run.loop == next.loop && run.data == next.data &&
            run.fit == next.fit && run.width == next.width && run.time == next.time;
 }
 
@@ -138,15 +127,14 @@ bool Continues(const ConversionRun& run, const ConversionRun& next) {
 /// few counts are not worth the call of a vectorised loop.
 bool IsOfSingles(const ConversionRun& run) {
     constexpr std::size_t Few = 8;
-    const bool integer = run.data == DataType::BU || run.data == DataType::BS;
-    return run.loops && !run.variable && integer && run.width > 0 &&
+    return IsBinaryInteger(run.data) && !run.variable && run.width > 0 &&
            run.begin + run.width >= sizeof(std::uint32_t) &&
-           (IsPolynomial(run.fit) || (run.fit == FitType::COUNT && run.count < Few));
+           (IsPolynomial(run.loop) || (run.loop == FitLoop::Count && run.count < Few));
 }
 
 bool IsOfTexts(const ConversionRun& run) {
-    return run.loops && (run.data == DataType::AF || run.data == DataType::AI) &&
-           (IsPolynomial(run.fit) || run.fit == FitType::COUNT || IsTimeText(run.fit));
+    return (run.data == DataType::AF || run.data == DataType::AI) &&
+           (IsPolynomial(run.loop) || run.loop == FitLoop::Count || run.statusOnly);
 }
 
 } // namespace
@@ -165,33 +153,35 @@ void CConversionPlan::Impl::AddSensor(const CSensor& sensor) {
         ++runs.back().count;
         runs.back().end = next.end;
     } else {
-        next.pool = next.fit == FitType::OPTIC1 ? gains.size() : offsets.size();
-        if (next.fit == FitType::OPTIC3 && next.loops)
+        next.pool = next.loop == FitLoop::Gains ? gains.size() : offsets.size();
+        if (next.loop == FitLoop::TimedFactors)
             next.slot = times++;
         runs.push_back(next);
     }
-    if (next.loops)
-        AddCoefficients(sensor);
+    if (next.loop == FitLoop::Gains)
+        AddGains(sensor);
+    else if (next.loop == FitLoop::Factors || next.loop == FitLoop::TimedFactors)
+        AddFactors(sensor, next.loop);
 }
 
-void CConversionPlan::Impl::AddCoefficients(const CSensor& sensor) {
-    if (sensor.Fit == FitType::OPTIC1) {
-        constexpr double Missing = std::numeric_limits<double>::quiet_NaN();
-        GainCoefficients all;
-        for (std::size_t g = 0; g < 4; ++g) {
-            const bool there = g < sensor.Coefficients.size();
-            all.offset[g] = there ? sensor.Coefficients[g][0] : Missing;
-            all.factor[g] = there ? sensor.Coefficients[g][1] : Missing;
-            all.immersion[g] = there ? sensor.Coefficients[g][2] : Missing;
-        }
-        gains.push_back(all);
-    } else if (IsOptic(sensor.Fit)) {
-        const std::vector<double>& c = sensor.Coefficients[0];
-        offsets.push_back(c[0]);
-        factors.push_back(c[1]);
-        immersions.push_back(c[2]);
-        numerators.push_back(sensor.Fit == FitType::OPTIC3 ? c[3] : 1.0);
+void CConversionPlan::Impl::AddGains(const CSensor& sensor) {
+    constexpr double Missing = std::numeric_limits<double>::quiet_NaN();
+    GainCoefficients all;
+    for (std::size_t g = 0; g < 4; ++g) {
+        const bool there = g < sensor.Coefficients.size();
+        all.offset[g] = there ? sensor.Coefficients[g][0] : Missing;
+        all.factor[g] = there ? sensor.Coefficients[g][1] : Missing;
+        all.immersion[g] = there ? sensor.Coefficients[g][2] : Missing;
     }
+    gains.push_back(all);
+}
+
+void CConversionPlan::Impl::AddFactors(const CSensor& sensor, FitLoop loop) {
+    const std::vector<double>& c = sensor.Coefficients[0];
+    offsets.push_back(c[0]);
+    factors.push_back(c[1]);
+    immersions.push_back(c[2]);
+    numerators.push_back(loop == FitLoop::TimedFactors ? c[3] : 1.0);
 }
 
 void CConversionPlan::Impl::AddSingles(const ConversionRun& run) {
@@ -213,7 +203,7 @@ void CConversionPlan::Impl::AddTexts(const ConversionRun& run) {
         text.cut = run.begin + i;
         text.field = {run.begin + i * run.width, run.begin + (i + 1) * run.width};
         text.isInteger = run.data == DataType::AI;
-        text.statusOnly = IsTimeText(run.fit);
+        text.statusOnly = run.statusOnly;
         text.limit = text.statusOnly ? TimeTextLimit(run.fit, run.data)
                                      : std::numeric_limits<double>::infinity();
         text.sensor = run.first + i;

@@ -23,13 +23,14 @@ struct ConversionRun {
 
     std::size_t first = 0, count = 0; ///< sensors
     std::size_t begin = 0, end = 0;   ///< bytes of the frame, or fields of a delimited one
-    std::size_t pool = 0;             ///< where the coefficients of an OPTIC fit begin
-    std::size_t time = NoTime;        ///< OPTIC3: sensor index of the integration time
-    std::size_t slot = 0;             ///< OPTIC3: which remembered integration time
+    std::size_t pool = 0;             ///< where the coefficients of gains or factors begin
+    std::size_t time = NoTime;        ///< sensor index of the integration time
+    std::size_t slot = 0;             ///< which remembered integration time
     std::size_t width = 0;            ///< bytes of a field
     DataType data = DataType::BU;
     FitType fit = FitType::NONE;
-    bool loops = true; ///< else sensor by sensor
+    FitLoop loop = FitLoop::None; ///< None: sensor by sensor, but for a status
+    bool statusOnly = false;      ///< of a time or position in a text field
     bool variable = false;
 };
 
@@ -73,7 +74,8 @@ struct CConversionPlan::Impl {
 
     // Compiling.
     void AddSensor(const CSensor& sensor);
-    void AddCoefficients(const CSensor& sensor);
+    void AddGains(const CSensor& sensor);
+    void AddFactors(const CSensor& sensor, FitLoop loop);
     void AddSingles(const ConversionRun& run);
     void AddTexts(const ConversionRun& run);
 

@@ -3,24 +3,40 @@
 // The texts of the conversion status codes, as a display cell or a session-log line shows them.
 #include "instrument/ConversionStatus.h"
 
-#include <array>
+#include "base/EnumTable.h"
+
+#include <iterator>
 
 namespace qor {
 
 namespace {
 
-constexpr std::uint32_t FirstCode = 0x20000001;
-constexpr std::array<std::string_view, 8> Texts = { // from FirstCode on
-    "Wrong data type",     "Frame too short", "Gain range not defined", "No numeric value",
-    "No frame to convert", "Not a number",    "Value not finite",       "Field not found"};
+struct StatusRow {
+    ConversionStatus status;
+    std::string_view text;
+};
+
+constexpr StatusRow StatusTable[] = {
+    {ConversionStatus::Good, "Good"},
+    {ConversionStatus::WrongDataType, "Wrong data type"},
+    {ConversionStatus::FrameTooShort, "Frame too short"},
+    {ConversionStatus::GainOutOfRange, "Gain range not defined"},
+    {ConversionStatus::NotUsable, "No numeric value"},
+    {ConversionStatus::MissingArgument, "No frame to convert"},
+    {ConversionStatus::NoNumber, "Not a number"},
+    {ConversionStatus::NotFinite, "Value not finite"},
+    {ConversionStatus::FieldNotFound, "Field not found"},
+};
+static_assert(IsAscendingTable(StatusTable, &StatusRow::status));
+static_assert(EnumeratorsIn<ConversionStatus, 0x20000000, 0x40>() + 1 == std::size(StatusTable));
 
 } // namespace
 
 std::string_view ConversionStatusText(ConversionStatus status) {
-    if (status == ConversionStatus::Good)
-        return "Good";
-    const std::uint32_t place = static_cast<std::uint32_t>(status) - FirstCode;
-    return place < Texts.size() ? Texts[place] : "Unknown conversion error";
+    for (const StatusRow& row : StatusTable)
+        if (row.status == status)
+            return row.text;
+    return "Unknown conversion error";
 }
 
 } // namespace qor

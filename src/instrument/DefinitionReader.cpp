@@ -5,6 +5,7 @@
 #include "instrument/DefinitionReader.h"
 
 #include "instrument/FieldNormalisation.h"
+#include "instrument/FitTypes.h"
 #include "platform/FileErrorText.h"
 
 #include <cmath>
@@ -43,23 +44,6 @@ std::size_t Split(std::string_view text, std::span<std::string_view> tokens) {
         tokens[count++] = token;
     }
     return count;
-}
-
-struct CoefficientRule {
-    std::size_t fewest;
-    std::size_t most;
-};
-
-constexpr CoefficientRule CoefficientRuleOf(FitType fit) {
-    switch (fit) {
-    case FitType::OPTIC1:
-    case FitType::OPTIC2:
-        return {3, 3};
-    case FitType::OPTIC3:
-        return {4, 4};
-    default:
-        return {1, std::numeric_limits<std::size_t>::max()};
-    }
 }
 
 const char* FileKindOf(std::string_view path) {
@@ -224,7 +208,7 @@ bool CDefinitionReader::ReadTokens(const Tokens& tokens, CSensor& sensor) {
 /// One coefficient line of the waiting sensor.
 void CDefinitionReader::ReadCoefficients(std::string_view text) {
     constexpr std::size_t WorthMoving = 64;
-    const CoefficientRule rule = CoefficientRuleOf(Waiting->Fit);
+    const FitRow& row = RowOf(Waiting->Fit);
     std::size_t valid = 0;
     Numbers.clear();
     for (std::string_view token = NextToken(text); !token.empty(); token = NextToken(text)) {
@@ -232,17 +216,17 @@ void CDefinitionReader::ReadCoefficients(std::string_view text) {
         if (!number || !std::isfinite(*number))
             Log.Diagnostic(DefinitionStatus::CoefficientInvalid,
                            CorrectiveAction::CoefficientIgnored);
-        else if (++valid <= rule.most)
+        else if (++valid <= row.mostCoefficients)
             Numbers.push_back(*number);
     }
     ++Waiting->CoefficientLines;
-    if (valid < rule.fewest) {
+    if (valid < row.fewestCoefficients) {
         Log.Diagnostic(DefinitionStatus::CoefficientCount, CorrectiveAction::SensorIgnored);
         LinesToSkip = Waiting->GainRanges - Waiting->CoefficientLines;
         Waiting.reset();
         return;
     }
-    if (valid > rule.most)
+    if (valid > row.mostCoefficients)
         Log.Diagnostic(DefinitionStatus::CoefficientCount,
                        CorrectiveAction::ExtraCoefficientsIgnored);
     // Few numbers are copied, so that the set takes no more memory than they need.

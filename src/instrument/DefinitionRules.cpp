@@ -5,6 +5,8 @@
 // variable frame.
 #include "instrument/DefinitionReader.h"
 
+#include "instrument/FitTypes.h"
+
 namespace qor {
 
 /// NotHeaderLine, NoError when the line was a header line and is used up, or a fatal status.
@@ -71,9 +73,8 @@ bool CDefinitionReader::FindIntegrationTime(CSensor& sensor) const {
 /// Remembers a usable INTTIME sensor: a search through the list for every channel would let a
 /// hostile file of a few megabytes run for hours.
 void CDefinitionReader::NoteIntegrationTime(const CSensor& sensor) {
-    const bool givesSeconds =
-        IsOptic(sensor.Fit) || sensor.Fit == FitType::POLYF || sensor.Fit == FitType::POLYU;
-    if (givesSeconds && EqualsNoCase(sensor.Type, "INTTIME") && EqualsNoCase(sensor.Units, "sec"))
+    if (IsCalibrated(sensor.Fit) && EqualsNoCase(sensor.Type, "INTTIME") &&
+        EqualsNoCase(sensor.Units, "sec"))
         IntegrationTimes.try_emplace(ToLower(sensor.Id), &sensor);
 }
 

@@ -1,84 +1,99 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// The texts of the definition reader's status codes and corrective actions, each family in one
-// table. The reader puts them into the parse log; nothing else interprets them.
+// The texts of the definition reader's status codes and corrective actions, a row each. The reader
+// puts them into the parse log; nothing else interprets them.
 #include "instrument/DefinitionStatus.h"
 
-#include <algorithm>
+#include "base/EnumTable.h"
+
 #include <iterator>
 
 namespace qor {
 
 namespace {
 
-template <class Code> struct CodeText {
-    Code code;
-    std::string_view text;
+/// A status as the report of a load and as a diagnostic of a line; a null where it never is one.
+struct StatusRow {
+    DefinitionStatus status;
+    const char *report, *diagnostic;
 };
 
-template <class Code, std::size_t Count>
-std::string_view FindText(const CodeText<Code> (&table)[Count], Code code,
-                          std::string_view otherwise) {
-    const auto* const entry =
-        std::find_if(std::begin(table), std::end(table),
-                     [code](const CodeText<Code>& candidate) { return candidate.code == code; });
-    return entry == std::end(table) ? otherwise : entry->text;
-}
+constexpr const char* NoText = nullptr;
 
-constexpr CodeText<DefinitionStatus> ReportTexts[] = {
-    {DefinitionStatus::NoError, "\tNo error.\r\n"},
+constexpr StatusRow StatusTable[] = {
+    {DefinitionStatus::NoError, "\tNo error.\r\n", "No error.\r\n"},
     {DefinitionStatus::FileNotSpecified,
      "\tThe Calibration or Telemetry Definition File was not specified.\r\n"
-     "\tInstrument processing aborted.\r\n"},
-    {DefinitionStatus::AlreadyDefined, "\tThe instrument has already been defined.\r\n"
-                                       "\tInstrument processing aborted.\r\n"},
-    {DefinitionStatus::OpenFailed, "\tInstrument processing aborted.\r\n"},
-    {DefinitionStatus::ReadFailed, "\tInstrument processing aborted.\r\n"},
-    {DefinitionStatus::FileCorrupted, "\tThe file format is invalid or corrupted.\r\n"
-                                      "\tInstrument processing aborted.\r\n"},
-    {DefinitionStatus::HeaderNotFound, "\tInstrument processing aborted.\r\n"},
-    {DefinitionStatus::TerminatorNotFound, "\tThe TERMINATOR delimiter could not be found.\r\n"
-                                           "\tInstrument processing aborted.\r\n"},
-    {DefinitionStatus::HeaderFitType, "\tThe fit type parameter is invalid.\r\n"
-                                      "\tInstrument processing aborted.\r\n"},
-    {DefinitionStatus::FieldLength, "\tThe field length parameter is invalid.\r\n"
-                                    "\tInstrument processing aborted.\r\n"},
-    {DefinitionStatus::DataTypeInvalid, "\tThe data type parameter is invalid.\r\n"
-                                        "\tInstrument processing aborted.\r\n"},
-    {DefinitionStatus::GainRange, "\tThe gain range parameter is invalid.\r\n"
-                                  "\tInstrument processing aborted.\r\n"},
-    {DefinitionStatus::SensorReference, "\tThe sensor reference is invalid.\r\n"},
-    {DefinitionStatus::SensorNotFound, "\tThe sensor could not be found.\r\n"},
-    {DefinitionStatus::Success, ""},
-};
-
-constexpr CodeText<DefinitionStatus> DiagnosticTexts[] = {
-    {DefinitionStatus::NoError, "No error.\r\n"},
-    {DefinitionStatus::LineFormat, "Unexpected sensor definition line format.\r\n"},
-    {DefinitionStatus::UnitsFormat, "The units parameter format is invalid.\r\n"},
-    {DefinitionStatus::FitTypeInvalid, "The fit type parameter is invalid.\r\n"},
-    {DefinitionStatus::GainRangesMissing, "More gain ranges expected before the end of file.\r\n"},
-    {DefinitionStatus::CoefficientInvalid,
+     "\tInstrument processing aborted.\r\n",
+     NoText},
+    {DefinitionStatus::AlreadyDefined,
+     "\tThe instrument has already been defined.\r\n"
+     "\tInstrument processing aborted.\r\n",
+     NoText},
+    {DefinitionStatus::OpenFailed, "\tInstrument processing aborted.\r\n", NoText},
+    {DefinitionStatus::ReadFailed, "\tInstrument processing aborted.\r\n", NoText},
+    {DefinitionStatus::FileCorrupted,
+     "\tThe file format is invalid or corrupted.\r\n"
+     "\tInstrument processing aborted.\r\n",
+     NoText},
+    {DefinitionStatus::HeaderNotFound, "\tInstrument processing aborted.\r\n", NoText},
+    {DefinitionStatus::TerminatorNotFound,
+     "\tThe TERMINATOR delimiter could not be found.\r\n"
+     "\tInstrument processing aborted.\r\n",
+     NoText},
+    {DefinitionStatus::HeaderFitType,
+     "\tThe fit type parameter is invalid.\r\n"
+     "\tInstrument processing aborted.\r\n",
+     NoText},
+    {DefinitionStatus::LineFormat, NoText, "Unexpected sensor definition line format.\r\n"},
+    {DefinitionStatus::UnitsFormat, NoText, "The units parameter format is invalid.\r\n"},
+    {DefinitionStatus::FitTypeInvalid, NoText, "The fit type parameter is invalid.\r\n"},
+    {DefinitionStatus::GainRangesMissing, NoText,
+     "More gain ranges expected before the end of file.\r\n"},
+    {DefinitionStatus::CoefficientInvalid, NoText,
      "Invalid gain coefficient found in gain range line.\r\n"},
-    {DefinitionStatus::CoefficientCount,
+    {DefinitionStatus::CoefficientCount, NoText,
      "Unexpected number of gain coefficients found in gain range line.\r\n"},
-    {DefinitionStatus::FieldLength, "The field length parameter is invalid.\r\n"},
-    {DefinitionStatus::DataTypeInvalid, "The data type parameter is invalid.\r\n"},
-    {DefinitionStatus::GainRange, "The gain range parameter is invalid.\r\n"},
-    {DefinitionStatus::VariableInFixed,
+    {DefinitionStatus::FieldLength,
+     "\tThe field length parameter is invalid.\r\n"
+     "\tInstrument processing aborted.\r\n",
+     "The field length parameter is invalid.\r\n"},
+    {DefinitionStatus::DataTypeInvalid,
+     "\tThe data type parameter is invalid.\r\n"
+     "\tInstrument processing aborted.\r\n",
+     "The data type parameter is invalid.\r\n"},
+    {DefinitionStatus::GainRange,
+     "\tThe gain range parameter is invalid.\r\n"
+     "\tInstrument processing aborted.\r\n",
+     "The gain range parameter is invalid.\r\n"},
+    {DefinitionStatus::SensorReference, "\tThe sensor reference is invalid.\r\n", NoText},
+    {DefinitionStatus::SensorNotFound, "\tThe sensor could not be found.\r\n", NoText},
+    {DefinitionStatus::VariableInFixed, NoText,
      "Variable field length parameter found in a fixed frame length format.\r\n"},
-    {DefinitionStatus::AfterTerminator,
+    {DefinitionStatus::AfterTerminator, NoText,
      "Cannot have sensors defined after the TERMINATOR delimiter.\r\n"},
-    {DefinitionStatus::DelimiterLine, "Invalid DELIMITER definition line.\r\n"},
-    {DefinitionStatus::NotVariable,
+    {DefinitionStatus::DelimiterLine, NoText, "Invalid DELIMITER definition line.\r\n"},
+    {DefinitionStatus::NotVariable, NoText,
      "The field length parameter does not specify a variable length field.\r\n"},
-    {DefinitionStatus::FieldDelimiterLength, "The FIELD delimiter field length is invalid.\r\n"},
-    {DefinitionStatus::TerminatorLength, "The TERMINATOR delimiter field length is invalid.\r\n"},
-    {DefinitionStatus::DelimiterUse, "Invalid use of the DELIMITER fit type.\r\n"},
-    {DefinitionStatus::NoIntegrationTime, "No valid integration time sensor was found.\r\n"},
+    {DefinitionStatus::FieldDelimiterLength, NoText,
+     "The FIELD delimiter field length is invalid.\r\n"},
+    {DefinitionStatus::TerminatorLength, NoText,
+     "The TERMINATOR delimiter field length is invalid.\r\n"},
+    {DefinitionStatus::DelimiterUse, NoText, "Invalid use of the DELIMITER fit type.\r\n"},
+    {DefinitionStatus::NoIntegrationTime, NoText,
+     "No valid integration time sensor was found.\r\n"},
+    {DefinitionStatus::Success, "", NoText},
+    {DefinitionStatus::NotHeaderLine, NoText, NoText},
+};
+static_assert(IsAscendingTable(StatusTable, &StatusRow::status));
+static_assert(EnumeratorsIn<DefinitionStatus, 0x30000000, 0x60>() + 1 == std::size(StatusTable));
+
+struct ActionRow {
+    CorrectiveAction action;
+    const char* text;
 };
 
-constexpr CodeText<CorrectiveAction> ActionTexts[] = {
+constexpr ActionRow ActionTable[] = {
     {CorrectiveAction::None, "\t\t> No action taken.\r\n"},
     {CorrectiveAction::SensorIgnored, "\t\t> Sensor ignored.\r\n"},
     {CorrectiveAction::UnitsIgnored, "\t\t> Sensor units ignored.\r\n"},
@@ -102,18 +117,33 @@ constexpr CodeText<CorrectiveAction> ActionTexts[] = {
     {CorrectiveAction::TerminatorCrLf, "\t\t> TERMINATOR delimiter set to \"\\x0D\\x0A\".\r\n"},
 };
 
+static_assert(IsAscendingTable(ActionTable, &ActionRow::action));
+static_assert(EnumeratorsIn<CorrectiveAction, 0x30000000, 0x60>() + 1 == std::size(ActionTable));
+
+const StatusRow* Find(DefinitionStatus status) {
+    for (const StatusRow& row : StatusTable)
+        if (row.status == status)
+            return &row;
+    return nullptr;
+}
+
 } // namespace
 
 std::string_view ReportText(DefinitionStatus status) {
-    return FindText(ReportTexts, status, "\tUnknown error.\r\n");
+    const StatusRow* const row = Find(status);
+    return row && row->report ? row->report : "\tUnknown error.\r\n";
 }
 
 std::string_view DiagnosticText(DefinitionStatus status) {
-    return FindText(DiagnosticTexts, status, "Unknown error.\r\n");
+    const StatusRow* const row = Find(status);
+    return row && row->diagnostic ? row->diagnostic : "Unknown error.\r\n";
 }
 
 std::string_view ActionText(CorrectiveAction action) {
-    return FindText(ActionTexts, action, "\t\t> Unknown action.\r\n");
+    for (const ActionRow& row : ActionTable)
+        if (row.action == action)
+            return row.text;
+    return "\t\t> Unknown action.\r\n";
 }
 
 } // namespace qor

@@ -1,82 +1,19 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// What each fit type and data type allows, as tables, and the few lines that walk them. Called by
-// the definition reader for every sensor that it accepts.
+// Walks the rows of the fit types and data types. Called by the definition reader for every sensor
+// that it accepts.
 #include "instrument/FieldNormalisation.h"
 
+#include "instrument/FitTypes.h"
+
 #include <algorithm>
-#include <cstddef>
-#include <limits>
 
 namespace qor {
 
 namespace {
 
-constexpr unsigned SetOf(DataType type) {
-    return 1U << static_cast<unsigned>(type);
-}
-
-template <class... Types> constexpr unsigned SetOf(DataType first, Types... others) {
-    return SetOf(first) | SetOf(others...);
-}
-
-constexpr unsigned AnyType = ~0U;
-constexpr unsigned AnyButText = AnyType & ~SetOf(DataType::AS);
-constexpr unsigned Text = SetOf(DataType::AS);
-constexpr unsigned Integers = SetOf(DataType::BU, DataType::BS, DataType::AI);
-constexpr unsigned Floats = SetOf(DataType::BF, DataType::BD, DataType::AF);
-constexpr unsigned Characters = SetOf(DataType::AI, DataType::AF, DataType::AS);
-
-/// What a fit type allows, and what a data type becomes that it does not allow.
-struct FitRule {
-    unsigned allowed;
-    DataType otherwise;
-    CorrectiveAction action;
-    std::uint32_t fewestGains;
-    std::uint32_t mostGains;
-};
-
-constexpr FitRule FitRules[] = {
-    /* NONE */ {AnyType, DataType::AS, CorrectiveAction::None, 0, 0},
-    /* COUNT */ {AnyType, DataType::AS, CorrectiveAction::None, 0, 0},
-    /* DELIMITER */ {Text, DataType::AS, CorrectiveAction::DataTypeAS, 0, 0},
-    /* OPTIC1 */ {Integers, DataType::BU, CorrectiveAction::DataTypeBU, 1, 4},
-    /* OPTIC2 */ {AnyButText, DataType::AF, CorrectiveAction::DataTypeAF, 1, 1},
-    /* OPTIC3 */ {AnyButText, DataType::AF, CorrectiveAction::DataTypeAF, 1, 1},
-    /* POLYF */ {AnyButText, DataType::AF, CorrectiveAction::DataTypeAF, 1, 1},
-    /* POLYU */ {AnyButText, DataType::AF, CorrectiveAction::DataTypeAF, 1, 1},
-    /* DDMM */ {Floats, DataType::AF, CorrectiveAction::DataTypeAF, 0, 0},
-    /* HHMMSS */ {Floats, DataType::AF, CorrectiveAction::DataTypeAF, 0, 0},
-    // Kept: the log says AS while the type becomes AI.
-    /* DDMMYY */ {Integers, DataType::AI, CorrectiveAction::DataTypeAS, 0, 0},
-    /* TIME2 */ {AnyButText, DataType::AF, CorrectiveAction::DataTypeAF, 0, 0},
-};
-
-/// What a data type allows as field length, and what any other length becomes.
-struct LengthRule {
-    std::uint32_t shortest;
-    std::uint32_t longest;
-    std::uint32_t otherwise;
-    CorrectiveAction action;
-};
-
-constexpr std::uint32_t AnyLength = std::numeric_limits<std::uint32_t>::max();
-
-constexpr LengthRule LengthRules[] = {
-    /* BU */ {0, 4, 4, CorrectiveAction::FieldLength4},
-    /* BS */ {0, 4, 4, CorrectiveAction::FieldLength4},
-    /* BF */ {4, 4, 4, CorrectiveAction::FieldLength4},
-    /* BD */ {8, 8, 8, CorrectiveAction::FieldLength8},
-    // Kept: the log says 4 while the length becomes 8.
-    /* HU */ {0, 8, 8, CorrectiveAction::FieldLength4},
-    /* HS */ {0, 8, 8, CorrectiveAction::FieldLength4},
-    /* AI */ {0, AnyLength, 0, CorrectiveAction::None},
-    /* AF */ {0, AnyLength, 0, CorrectiveAction::None},
-    /* AS */ {0, AnyLength, 0, CorrectiveAction::None},
-};
-
 void NormaliseVariableField(CSensor& sensor, CDefinitionLog& log) {
-    if (!sensor.VariableLength || (SetOf(sensor.Data) & Characters) != 0)
+    if (!sensor.VariableLength || RowOf(sensor.Data).characters)
         return;
     const bool integer = sensor.Fit == FitType::OPTIC1;
     log.Diagnostic(DefinitionStatus::DataTypeInvalid,
@@ -91,12 +28,12 @@ CorrectiveAction GainRangeAction(std::uint32_t count) {
 }
 
 void NormaliseByFit(CSensor& sensor, CDefinitionLog& log) {
-    const FitRule& rule = FitRules[static_cast<std::size_t>(sensor.Fit)];
-    if ((SetOf(sensor.Data) & rule.allowed) == 0) {
-        log.Diagnostic(DefinitionStatus::DataTypeInvalid, rule.action);
-        sensor.Data = rule.otherwise;
+    const FitRow& row = RowOf(sensor.Fit);
+    if (!row.allowed.Has(sensor.Data)) {
+        log.Diagnostic(DefinitionStatus::DataTypeInvalid, row.otherAction);
+        sensor.Data = row.otherData;
     }
-    const std::uint32_t gains = std::clamp(sensor.GainRanges, rule.fewestGains, rule.mostGains);
+    const std::uint32_t gains = std::clamp(sensor.GainRanges, row.fewestGains, row.mostGains);
     if (gains != sensor.GainRanges) {
         log.Diagnostic(DefinitionStatus::GainRange, GainRangeAction(gains));
         sensor.GainRanges = gains;
@@ -104,11 +41,11 @@ void NormaliseByFit(CSensor& sensor, CDefinitionLog& log) {
 }
 
 void NormaliseLength(CSensor& sensor, CDefinitionLog& log) {
-    const LengthRule& rule = LengthRules[static_cast<std::size_t>(sensor.Data)];
-    if (sensor.FieldLength >= rule.shortest && sensor.FieldLength <= rule.longest)
+    const DataTypeRow& row = RowOf(sensor.Data);
+    if (sensor.FieldLength >= row.shortest && sensor.FieldLength <= row.longest)
         return;
-    log.Diagnostic(DefinitionStatus::FieldLength, rule.action);
-    sensor.FieldLength = rule.otherwise;
+    log.Diagnostic(DefinitionStatus::FieldLength, row.otherAction);
+    sensor.FieldLength = row.otherLength;
 }
 
 } // namespace

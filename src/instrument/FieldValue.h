@@ -7,19 +7,13 @@
 
 #include "base/Bytes.h"
 #include "instrument/ConversionStatus.h"
+#include "instrument/FitTypes.h"
 #include "instrument/RawValue.h"
-#include "instrument/Sensor.h"
 
 #include <span>
 #include <string>
 
 namespace qor {
-
-/// The calibrated value of an OPTIC3 sensor's integration-time sensor in the same frame.
-struct IntegrationTimeValue {
-    ConversionStatus status = ConversionStatus::NotUsable;
-    double seconds = 0.0;
-};
 
 /// c0 + c1 x + c2 x^2 + ..., summed from the left, the powers by repeated multiplication.
 inline double UnfactoredPolynomial(std::span<const double> c, double x) {

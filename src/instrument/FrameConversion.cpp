@@ -73,17 +73,22 @@ bool CConversionPlan::Impl::Load(const ConversionRun& run, ByteSpan frame, doubl
     case DataType::BF:
     case DataType::BD:
         return LoadFloats(at, run.width, run.count, numbers);
-    default:
-        return LoadTexts(run, frame, numbers, values);
+    case DataType::HU:
+    case DataType::HS:
+    case DataType::AI:
+    case DataType::AF:
+    case DataType::AS:
+        break;
     }
+    return LoadTexts(run, frame, numbers, values);
 }
 
-/// The arrays of an OPTIC2 or OPTIC3 run for this frame; false without an integration time.
+/// The arrays of a run of factors for this frame; false without an integration time.
 /// Multiplying by 1.0 is exact, so without immersion its factor is left out.
 bool CConversionPlan::Impl::Coefficients(const ConversionRun& run, bool immersed,
                                          FrameValues& values, OpticCoefficients& c) const {
     c.offset = offsets.data() + run.pool;
-    if (run.fit == FitType::OPTIC3) {
+    if (run.loop == FitLoop::TimedFactors) {
         if (values.statuses[run.time] != ConversionStatus::Good)
             return false;
         FrameValues::Memory& memory = values.memory;
@@ -130,29 +135,31 @@ bool CConversionPlan::Impl::ApplyPolynomials(const ConversionRun& run, double* n
 /// its sensors are to be converted one by one.
 bool CConversionPlan::Impl::ConvertRun(const ConversionRun& run, ByteSpan frame, bool immersed,
                                        FrameValues& values) const {
-    if (!run.loops)
+    if (run.loop == FitLoop::None)
         return false;
     double* const numbers = values.numbers.data() + run.first;
     OpticCoefficients c;
-    if ((run.fit == FitType::OPTIC2 || run.fit == FitType::OPTIC3) &&
+    if ((run.loop == FitLoop::Factors || run.loop == FitLoop::TimedFactors) &&
         !Coefficients(run, immersed, values, c))
         return false;
     if (run.data == DataType::BU && run.width == 2 && c.factorCount > 0)
         return ConvertOptic16(frame.data() + run.begin, run.count, c, numbers);
     if (!Load(run, frame, numbers, values))
         return false;
-    switch (run.fit) {
-    case FitType::OPTIC1:
-        return ApplyGains(run, immersed, numbers);
-    case FitType::OPTIC2:
-    case FitType::OPTIC3:
-        return ConvertOptic(run.count, c, numbers);
-    case FitType::POLYF:
-    case FitType::POLYU:
-        return ApplyPolynomials(run, numbers);
-    default:
+    switch (run.loop) {
+    case FitLoop::None: // has ended above
+    case FitLoop::Count:
         return true;
+    case FitLoop::Gains:
+        return ApplyGains(run, immersed, numbers);
+    case FitLoop::Factors:
+    case FitLoop::TimedFactors:
+        return ConvertOptic(run.count, c, numbers);
+    case FitLoop::Factored:
+    case FitLoop::Unfactored:
+        return ApplyPolynomials(run, numbers);
     }
+    return false;
 }
 
 /// Converts a text field that lies in the frame; false when it has no value.

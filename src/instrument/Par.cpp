@@ -6,6 +6,7 @@
 
 #include "base/Text.h"
 #include "instrument/Calibration.h"
+#include "instrument/FitTypes.h"
 
 #include <cmath>
 #include <set>

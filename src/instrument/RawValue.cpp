@@ -8,7 +8,6 @@
 #include "instrument/Instrument.h"
 #include "instrument/VariableFields.h"
 
-#include <array>
 #include <bit>
 #include <cmath>
 
@@ -26,6 +25,42 @@ ConversionStatus SetFinite(double number, RawValue& raw) {
     raw = {number, 0};
     return ConversionStatus::Good;
 }
+
+constexpr int HexDigit(std::uint8_t byte) {
+    if (byte >= '0' && byte <= '9')
+        return byte - '0';
+    const int letter = byte | 0x20;
+    return letter >= 'a' && letter <= 'f' ? letter - 'a' + 10 : -1;
+}
+
+/// Accumulates the field's hexadecimal digits.
+ConversionStatus ReadDigits(ByteSpan field, std::uint64_t& value) {
+    if (field.size() > 8)
+        return ConversionStatus::NotUsable;
+    std::uint64_t digits = 0;
+    for (std::uint8_t byte : field) {
+        const int digit = HexDigit(byte);
+        if (digit < 0)
+            return ConversionStatus::NoNumber;
+        digits = digits << 4 | static_cast<std::uint64_t>(digit);
+    }
+    value = digits;
+    return ConversionStatus::Good;
+}
+
+ConversionStatus VariableFieldOf(const CSensor& sensor, ByteSpan frame, ByteSpan& field) {
+    if (!sensor.Instrument)
+        return ConversionStatus::NotUsable;
+    FieldRange range;
+    if (sensor.VariableIndex < 0 ||
+        !CutField(frame, sensor.Instrument->FieldDelimiter(), sensor.Instrument->Terminator(),
+                  static_cast<std::size_t>(sensor.VariableIndex), range))
+        return ConversionStatus::FieldNotFound;
+    field = frame.subspan(range.begin, range.end - range.begin);
+    return ConversionStatus::Good;
+}
+
+} // namespace
 
 ConversionStatus ReadUnsigned(ByteSpan field, RawValue& raw) {
     if (field.size() > 4)
@@ -55,28 +90,6 @@ ConversionStatus ReadDouble(ByteSpan field, RawValue& raw) {
     if (field.size() != 8)
         return ConversionStatus::NotUsable;
     return SetFinite(std::bit_cast<double>(GetBigEndian(field)), raw);
-}
-
-constexpr int HexDigit(std::uint8_t byte) {
-    if (byte >= '0' && byte <= '9')
-        return byte - '0';
-    const int letter = byte | 0x20;
-    return letter >= 'a' && letter <= 'f' ? letter - 'a' + 10 : -1;
-}
-
-/// Accumulates the field's hexadecimal digits.
-ConversionStatus ReadDigits(ByteSpan field, std::uint64_t& value) {
-    if (field.size() > 8)
-        return ConversionStatus::NotUsable;
-    std::uint64_t digits = 0;
-    for (std::uint8_t byte : field) {
-        const int digit = HexDigit(byte);
-        if (digit < 0)
-            return ConversionStatus::NoNumber;
-        digits = digits << 4 | static_cast<std::uint64_t>(digit);
-    }
-    value = digits;
-    return ConversionStatus::Good;
 }
 
 ConversionStatus ReadHexUnsigned(ByteSpan field, RawValue& raw) {
@@ -115,28 +128,9 @@ ConversionStatus ReadTextFloat(ByteSpan field, RawValue& raw) {
     return status;
 }
 
-ConversionStatus ReadNothing(ByteSpan, RawValue&) {
+ConversionStatus ReadNoNumber(ByteSpan, RawValue&) {
     return ConversionStatus::WrongDataType;
 }
-
-using Reader = ConversionStatus (*)(ByteSpan, RawValue&);
-constexpr std::array<Reader, 9> Readers = { // in the order of DataType
-    ReadUnsigned,  ReadSigned,      ReadFloat,     ReadDouble, ReadHexUnsigned,
-    ReadHexSigned, ReadTextInteger, ReadTextFloat, ReadNothing};
-
-ConversionStatus VariableFieldOf(const CSensor& sensor, ByteSpan frame, ByteSpan& field) {
-    if (!sensor.Instrument)
-        return ConversionStatus::NotUsable;
-    FieldRange range;
-    if (sensor.VariableIndex < 0 ||
-        !CutField(frame, sensor.Instrument->FieldDelimiter(), sensor.Instrument->Terminator(),
-                  static_cast<std::size_t>(sensor.VariableIndex), range))
-        return ConversionStatus::FieldNotFound;
-    field = frame.subspan(range.begin, range.end - range.begin);
-    return ConversionStatus::Good;
-}
-
-} // namespace
 
 ConversionStatus FieldOf(const CSensor& sensor, ByteSpan frame, ByteSpan& field) {
     if (!frame.data())
@@ -150,8 +144,7 @@ ConversionStatus FieldOf(const CSensor& sensor, ByteSpan frame, ByteSpan& field)
 }
 
 ConversionStatus RawOfField(const CSensor& sensor, ByteSpan field, RawValue& raw) {
-    const auto data = static_cast<std::size_t>(sensor.Data);
-    return data < Readers.size() ? Readers[data](field, raw) : ConversionStatus::WrongDataType;
+    return RowOf(sensor.Data).read(field, raw);
 }
 
 ConversionStatus RawOf(const CSensor& sensor, ByteSpan frame, RawValue& raw) {

@@ -4,25 +4,9 @@
 // frame checks and the cell texts build on it; reentrant, no state.
 #pragma once
 
-#include "base/Bytes.h"
-#include "instrument/ConversionStatus.h"
-#include "instrument/Sensor.h"
-
-#include <cstdint>
+#include "instrument/DataTypes.h"
 
 namespace qor {
-
-/// A field's raw value. Integer data types set both members, the number being exact.
-struct RawValue {
-    double number = 0.0;
-    std::int64_t integer = 0;
-};
-
-/// BU, BS, HU, HS and AI give integers, the others do not.
-constexpr bool IsInteger(DataType data) {
-    return data == DataType::BU || data == DataType::BS || data == DataType::HU ||
-           data == DataType::HS || data == DataType::AI;
-}
 
 /// The bytes of the sensor's field. MissingArgument for a null frame, FrameTooShort, FieldNotFound.
 ConversionStatus FieldOf(const CSensor& sensor, ByteSpan frame, ByteSpan& field);

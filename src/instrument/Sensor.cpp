@@ -1,48 +1,34 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
 // The keywords of data types and fit types, looked up by the definition reader and printed by the
-// faces. The place of a keyword in its table is the value of its enumerator.
+// faces.
 #include "instrument/Sensor.h"
 
 #include "base/Text.h"
-
-#include <cstddef>
+#include "instrument/FitTypes.h"
 
 namespace qor {
 
-namespace {
-
-constexpr std::string_view DataTypeKeywords[] = {"BU", "BS", "BF", "BD", "HU",
-                                                 "HS", "AI", "AF", "AS"};
-
-constexpr std::string_view FitTypeKeywords[] = {"NONE",   "COUNT",  "DELIMITER", "OPTIC1",
-                                                "OPTIC2", "OPTIC3", "POLYF",     "POLYU",
-                                                "DDMM",   "HHMMSS", "DDMMYY",    "TIME2"};
-
-template <class Enum, std::size_t Count>
-std::optional<Enum> Find(const std::string_view (&keywords)[Count], std::string_view keyword) {
-    for (std::size_t place = 0; place < Count; ++place)
-        if (EqualsNoCase(keywords[place], keyword))
-            return static_cast<Enum>(place);
-    return std::nullopt;
-}
-
-} // namespace
-
 const char* KeywordOf(DataType type) {
-    return DataTypeKeywords[static_cast<std::size_t>(type)].data();
+    return RowOf(type).keyword.data();
 }
 
 const char* KeywordOf(FitType fit) {
-    return FitTypeKeywords[static_cast<std::size_t>(fit)].data();
+    return RowOf(fit).keyword.data();
 }
 
 std::optional<DataType> DataTypeOf(std::string_view keyword) {
-    return Find<DataType>(DataTypeKeywords, keyword);
+    for (const DataTypeRow& row : DataTypeTable)
+        if (EqualsNoCase(row.keyword, keyword))
+            return row.data;
+    return std::nullopt;
 }
 
 std::optional<FitType> FitTypeOf(std::string_view keyword) {
-    return Find<FitType>(FitTypeKeywords, keyword);
+    for (const FitRow& row : FitTable)
+        if (EqualsNoCase(row.keyword, keyword))
+            return row.fit;
+    return std::nullopt;
 }
 
 } // namespace qor

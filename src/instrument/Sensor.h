@@ -14,10 +14,10 @@ namespace qor {
 
 class CInstrument;
 
-/// How a field's bytes stand for a raw value; the numbers are the places in the keyword table.
+/// How a field's bytes stand for a raw value. The rows of DataTypes.h say what each one means.
 enum class DataType : std::uint8_t { BU, BS, BF, BD, HU, HS, AI, AF, AS };
 
-/// How a raw value becomes an engineering value; the numbers are the places in the keyword table.
+/// How a raw value becomes an engineering value. The rows of FitTypes.h say what each one means.
 enum class FitType : std::uint8_t {
     NONE,
     COUNT,
@@ -39,14 +39,6 @@ const char* KeywordOf(FitType fit);
 /// What a keyword (in any case) stands for, or empty when it is none.
 std::optional<DataType> DataTypeOf(std::string_view keyword);
 std::optional<FitType> FitTypeOf(std::string_view keyword);
-
-constexpr bool IsOptic(FitType fit) {
-    return fit == FitType::OPTIC1 || fit == FitType::OPTIC2 || fit == FitType::OPTIC3;
-}
-constexpr bool IsTimeText(FitType fit) {
-    return fit == FitType::DDMM || fit == FitType::HHMMSS || fit == FitType::DDMMYY ||
-           fit == FitType::TIME2;
-}
 
 class CSensor {
   public:

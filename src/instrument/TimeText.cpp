@@ -8,7 +8,6 @@
 #include <charconv>
 #include <chrono>
 #include <cmath>
-#include <limits>
 
 namespace qor {
 
@@ -20,11 +19,13 @@ std::string Split(const std::string& digits, char separator, std::size_t last) {
            digits.substr(digits.size() - last);
 }
 
-std::string DateText(const RawValue& raw) {
+} // namespace
+
+std::string DateText(const RawValue& raw, DataType) {
     return Split(Format("%06lld", static_cast<long long>(raw.integer)), '/', 2);
 }
 
-std::string ClockText(const RawValue& raw) {
+std::string ClockText(const RawValue& raw, DataType) {
     char digits[330]; // the longest double has 309 digits before the point
     // Kept: the sign is dropped.
     const auto end = std::to_chars(digits, digits + sizeof digits, std::fabs(raw.number),
@@ -35,7 +36,7 @@ std::string ClockText(const RawValue& raw) {
     return Split(padded, ':', 5);
 }
 
-std::string PositionText(const RawValue& raw) {
+std::string PositionText(const RawValue& raw, DataType) {
     // Kept: the sign is dropped, and seconds may round to 60.
     double whole = 0.0, degrees = 0.0;
     const double fraction = std::modf(std::fabs(raw.number), &whole);
@@ -60,54 +61,22 @@ std::string CalendarText(const RawValue& raw, DataType data) {
                   static_cast<int>(clock.seconds().count()));
 }
 
-} // namespace
-
 double TimeTextLimit(FitType fit, DataType data) {
-    constexpr double None = std::numeric_limits<double>::infinity();
-    // Decided: degrees that no 32-bit integer holds are no position.
-    constexpr double Position = 2147483648.0 * 100.0;
-    // Decided: what lies further than 28,800 years from 1970 is no time; the calendar's years end
-    // not far behind.
-    constexpr double Calendar = 9.1e11;
-    const bool floating = data == DataType::BF || data == DataType::BD || data == DataType::AF;
-    const bool whole = data == DataType::BU || data == DataType::BS || data == DataType::AI;
-    switch (fit) {
-    case FitType::DDMMYY:
-        return whole ? None : 0.0;
-    case FitType::HHMMSS:
-        return floating ? None : 0.0;
-    case FitType::DDMM:
-        return floating ? Position : 0.0;
-    case FitType::TIME2:
-        return Calendar;
-    default:
-        return 0.0;
-    }
+    const FitRow& row = RowOf(fit);
+    return row.allowed.Has(data) ? row.textLimit : 0.0;
 }
 
 ConversionStatus TimeText(const CSensor& sensor, const RawValue& raw, std::string* text) {
+    const TextFit fit = RowOf(sensor.Fit).text;
+    if (!fit)
+        return ConversionStatus::NotUsable;
     const double limit = TimeTextLimit(sensor.Fit, sensor.Data);
     if (limit == 0.0)
-        return IsTimeText(sensor.Fit) ? ConversionStatus::WrongDataType
-                                      : ConversionStatus::NotUsable;
+        return ConversionStatus::WrongDataType;
     if (std::fabs(raw.number) >= limit)
         return ConversionStatus::NotFinite;
-    if (!text)
-        return ConversionStatus::Good;
-    switch (sensor.Fit) {
-    case FitType::DDMMYY:
-        *text = DateText(raw);
-        break;
-    case FitType::HHMMSS:
-        *text = ClockText(raw);
-        break;
-    case FitType::DDMM:
-        *text = PositionText(raw);
-        break;
-    default:
-        *text = CalendarText(raw, sensor.Data);
-        break;
-    }
+    if (text)
+        *text = fit(raw, sensor.Data);
     return ConversionStatus::Good;
 }
 

@@ -3,6 +3,8 @@
 // The look-up of a package's sensors, and their readings.
 #include "products/PackageSensors.h"
 
+#include "instrument/FitTypes.h"
+
 #include "base/Text.h"
 
 #include <cmath>

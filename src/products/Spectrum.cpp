@@ -4,6 +4,7 @@
 #include "products/Spectrum.h"
 
 #include "base/Text.h"
+#include "instrument/FitTypes.h"
 
 #include <algorithm>
 #include <cmath>

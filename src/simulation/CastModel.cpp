@@ -2,6 +2,7 @@
 #include "simulation/CastModel.h"
 
 #include "base/Text.h"
+#include "instrument/FitTypes.h"
 #include "products/OceanMath.h"
 
 #include <algorithm>

@@ -4,6 +4,7 @@
 #include "simulation/PlausibleValue.h"
 
 #include "base/Text.h"
+#include "instrument/FitTypes.h"
 
 #include <algorithm>
 #include <cmath>

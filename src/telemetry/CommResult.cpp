@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// The detail lines of the result codes. Resources and the controller append them to the line of the
-// operation that failed; any thread.
+// The detail lines of the result codes, a row each. Resources and the controller append them to the
+// line of the operation that failed; any thread.
 #include "telemetry/CommResult.h"
+
+#include "base/EnumTable.h"
+
+#include <iterator>
 
 namespace qor {
 
@@ -15,6 +19,7 @@ struct DetailRow {
 
 // Rows that end without CR LF are followed by the text of a system error or of a file error.
 constexpr DetailRow Details[] = {
+    {CommResult::Success, ""},
     {CommResult::ReadNotIssued, "\tRead error:"},
     {CommResult::StatusWaitNotIssued, "\tStatus event error:"},
     {CommResult::ReadNotCollected, "\tOverlapped read error:"},
@@ -22,12 +27,14 @@ constexpr DetailRow Details[] = {
     {CommResult::InputEventNotCreated, "\tOverlapped read initialization error:"},
     {CommResult::ReadBufferNotAllocated, "\tRead buffer initialization error:"},
     {CommResult::LineStatusNotRead, "\tCommunications status error:"},
+    {CommResult::PortNotOpened, ""},
     {CommResult::TimeoutsNotRead, "\t"},
     {CommResult::TimeoutsNotSet, "\t"},
     {CommResult::SettingsNotRead, "\t"},
     {CommResult::SettingsNotWritten, "\t"},
     {CommResult::QueueSizeNotSet, "\t"},
     {CommResult::EventMaskNotSet, "\t"},
+    {CommResult::WorkerNotStarted, ""},
     {CommResult::NotRestored, "\t"},
     {CommResult::InstrumentNotAttached, "\tThe instrument has not been attached or defined.\r\n"},
     {CommResult::InstrumentAlreadyAttached, "\tThe instrument has already been attached.\r\n"},
@@ -63,6 +70,10 @@ constexpr DetailRow Details[] = {
     {CommResult::NotASerialPort,
      "\tThe specified communications resource is not a serial port.\r\n"},
 };
+static_assert(IsAscendingTable(Details, &DetailRow::result));
+static_assert(EnumeratorsIn<CommResult, 0x10000000, 0x60>() +
+                  EnumeratorsIn<CommResult, 0x40000000, 0x60>() + 1 ==
+              std::size(Details));
 
 } // namespace
 

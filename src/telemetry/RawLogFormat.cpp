@@ -4,6 +4,7 @@
 // call it, each under its own lock; nothing here keeps state but a reader's last date.
 #include "telemetry/RawLogFormat.h"
 
+#include "base/EnumTable.h"
 #include "base/Text.h"
 
 #include <algorithm>
@@ -14,19 +15,40 @@ namespace qor {
 
 namespace {
 
-constexpr std::string_view HeaderFormats[] = {
-    "QORHDR %s (CRUISE-ID)\r\n",  "QORHDR %s (OPERATOR)\r\n",      "QORHDR %s (LATITUDE)\r\n",
-    "QORHDR %s (LONGITUDE)\r\n",  "QORHDR %s (ZONE)\r\n",          "QORHDR %s (COMMENT)\r\n",
-    "QORHDR %s (STATION-ID)\r\n", "QORHDR %s (CAST)\r\n",          "QORHDR %s (TIME-STAMP)\r\n",
-    "QORHDR %s (MODE)\r\n",       "QORHDR %s (PRESSURE-TARE)\r\n", "QORHDR %s (TIMETAG)\r\n",
-    "QORHDR %s (DATETAG)\r\n",    "QORHDR %s (TIMETAG2)\r\n",      "QORHDR %s (PROFILER)\r\n",
-    "QORHDR %s (REFERENCE)\r\n",  "QORHDR %s (PRO-DARK)\r\n",      "QORHDR %s (REF-DARK)\r\n",
-    "QORHDR %s (PRO-ID)\r\n",     "QORHDR %s (REF-ID)\r\n",        "QORHDR %s (TRK-ID)\r\n",
-    "QORHDR %s (SQM-ID)\r\n",     "QORHDR %s (DUT-ID)\r\n",        "QORHDR %s (WEATHER)\r\n",
-    "QORHDR %s (NMEA)\r\n",
+struct HeaderRow {
+    HeaderTag tag;
+    std::string_view name;
 };
 
-constexpr std::size_t ValueRoom = HeaderRecordSize + 2; // "%s" of the format gives way to the value
+constexpr HeaderRow HeaderTable[] = {
+    {HeaderTag::CruiseId, "CRUISE-ID"},
+    {HeaderTag::Operator, "OPERATOR"},
+    {HeaderTag::Latitude, "LATITUDE"},
+    {HeaderTag::Longitude, "LONGITUDE"},
+    {HeaderTag::Zone, "ZONE"},
+    {HeaderTag::Comment, "COMMENT"},
+    {HeaderTag::StationId, "STATION-ID"},
+    {HeaderTag::Cast, "CAST"},
+    {HeaderTag::TimeStamp, "TIME-STAMP"},
+    {HeaderTag::Mode, "MODE"},
+    {HeaderTag::PressureTare, "PRESSURE-TARE"},
+    {HeaderTag::TimeTag, "TIMETAG"},
+    {HeaderTag::DateTag, "DATETAG"},
+    {HeaderTag::TimeTag2, "TIMETAG2"},
+    {HeaderTag::Profiler, "PROFILER"},
+    {HeaderTag::Reference, "REFERENCE"},
+    {HeaderTag::ProDark, "PRO-DARK"},
+    {HeaderTag::RefDark, "REF-DARK"},
+    {HeaderTag::ProId, "PRO-ID"},
+    {HeaderTag::RefId, "REF-ID"},
+    {HeaderTag::TrkId, "TRK-ID"},
+    {HeaderTag::SqmId, "SQM-ID"},
+    {HeaderTag::DutId, "DUT-ID"},
+    {HeaderTag::Weather, "WEATHER"},
+    {HeaderTag::Nmea, "NMEA"},
+};
+static_assert(IsWholeTable(HeaderTable, &HeaderRow::tag));
+
 constexpr std::string_view TagBegin = " (";
 constexpr std::string_view TagEnd = ")\r\n";
 constexpr std::string_view LineEnd = "\r\n";
@@ -64,16 +86,15 @@ bool Exists(const CalendarTime& time) {
 } // namespace
 
 std::string FormatHeaderLine(int index, std::string_view value) {
-    if (index < 0 || index >= static_cast<int>(std::size(HeaderFormats)))
+    if (index < 0 || index >= static_cast<int>(std::size(HeaderTable)))
         return {};
-    std::string_view format = HeaderFormats[index];
+    std::string tag(TagBegin);
+    tag.append(HeaderTable[index].name).append(TagEnd);
+    std::string line(HeaderRecordStart);
     // A NUL would end the line for every reader: the value ends there.
-    value = value.substr(0, value.find('\0')).substr(0, ValueRoom - format.size());
-    std::size_t place = format.find("%s");
-    std::string line(format.substr(0, place));
-    line += value;
-    line += format.substr(place + 2);
-    return line;
+    value = value.substr(0, value.find('\0'));
+    line += value.substr(0, HeaderRecordSize - line.size() - tag.size());
+    return line + tag;
 }
 
 std::array<std::uint8_t, HeaderRecordSize> MakeHeaderRecord(std::string_view line) {

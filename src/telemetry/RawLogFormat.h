@@ -21,7 +21,7 @@ inline constexpr std::size_t MaxTimeStampSize =
 inline constexpr std::string_view HeaderRecordStart = "QORHDR ";
 inline constexpr std::string_view TimeStampStart = "$PCZDA,";
 
-/// The header tags, in the order of the format table.
+/// The header tags; RawLogFormat.cpp has a row for each.
 enum class HeaderTag : int {
     CruiseId,
     Operator,

@@ -6,6 +6,7 @@
 
 #include "base/Text.h"
 #include "instrument/FieldText.h"
+#include "instrument/FitTypes.h"
 
 namespace qor {
 

@@ -8,6 +8,7 @@
 
 #include <bit>
 #include <random>
+#include <set>
 
 using namespace qor;
 
@@ -66,32 +67,35 @@ class CDice {
         return Chance(5) ? text + Pick({'.', 'e', ' ', '\xFF', '/', ':'}) : text;
     }
 
+    /// Neighbours of one fit, any of the table's; a FIELD line is no sensor.
     std::string Run(bool delimited) {
-        static const char* const types[] = {"BU", "BS", "BF", "BD", "HU", "HS", "AI", "AF", "AS"};
-        static const char* const fits[] = {"NONE",  "COUNT", "OPTIC1", "OPTIC2", "OPTIC3", "POLYF",
-                                           "POLYU", "DDMM",  "HHMMSS", "DDMMYY", "TIME2"};
-        const std::string type = Chance(40) ? "BU" : Pick(types), fit = Pick(fits);
+        const FitRow& picked = Pick(FitTable);
+        const FitRow& fit = picked.fit == FitType::DELIMITER ? FitTable[0] : picked;
+        const DataType data = Chance(40) ? DataType::BU : Pick(DataTypeTable).data;
         const std::string length = delimited ? "V" : Chance(40) ? "2" : std::to_string(1 + Roll(9));
         std::string lines;
         for (int n = Chance(50) ? 1 : 1 + Roll(20); n > 0; --n) {
             if (delimited)
                 lines +=
                     std::string("FIELD NONE '") + (Chance(90) ? "," : ";") + "' 1 AS 0 DELIMITER\n";
-            const int gains = fit.starts_with("POLY") || fit == "OPTIC2" || fit == "OPTIC3" ? 1
-                              : fit == "OPTIC1" ? 1 + Roll(4)
-                                                : 0;
-            lines += std::string(Chance(80) ? "ES" : "LU") + " 1 '' " + length + " " + type + " " +
-                     std::to_string(gains) + " " + fit + "\n";
+            const auto more = static_cast<int>(fit.mostGains - fit.fewestGains);
+            const int gains = static_cast<int>(fit.fewestGains) + Roll(1 + more);
+            lines += std::string(Chance(80) ? "ES" : "LU") + " 1 '' " + length + " " +
+                     KeywordOf(data) + " " + std::to_string(gains) + " " + KeywordOf(fit.fit) +
+                     "\n";
             for (int g = 0; g < gains; ++g)
                 lines += Coefficients(fit);
         }
         return lines;
     }
 
-    std::string Coefficients(const std::string& fit) {
+    std::string Coefficients(const FitRow& fit) {
         static const char* const values[] = {"0", "1", "-1.7", "0.0013", "123.25", "2"};
+        const std::size_t more = std::min<std::size_t>(fit.mostCoefficients, 5);
+        auto n = static_cast<int>(fit.fewestCoefficients);
+        n += Roll(1 + static_cast<int>(more) - n);
         std::string line;
-        for (int n = fit.starts_with("POLY") ? 1 + Roll(5) : 4; n > 0; --n)
+        for (; n > 0; --n)
             line += std::string(Chance(4) ? "1e300" : Pick(values)) + " ";
         return line + "\n";
     }
@@ -130,12 +134,15 @@ void ExpectSameValues(const CInstrument& instrument, const std::string& frame, b
 
 TEST(ConversionPlan, GivesTheBitsOfTheSingleConversions) {
     FrameValues values; // shared, so that every plan meets what another left behind
+    std::set<std::pair<DataType, FitType>> met;
     for (unsigned seed = 0; seed < 1500; ++seed) {
         CDice dice(seed);
         const bool delimited = dice.Chance(30);
         const std::string lines = dice.Definition(delimited);
         const auto instrument = delimited ? DefineDelimited(lines) : DefineFixed(lines);
         const CConversionPlan plan(*instrument);
+        for (const CSensor& sensor : instrument->Sensors())
+            met.emplace(sensor.Data, sensor.Fit);
         std::string frame;
         for (int i = 0; i < 12; ++i) {
             const auto length = static_cast<std::size_t>(instrument->FrameSize() - 3);
@@ -148,6 +155,12 @@ TEST(ConversionPlan, GivesTheBitsOfTheSingleConversions) {
                 ExpectSameValues(*instrument, frame, dice.Chance(30), plan, values));
         }
     }
+    // Whatever the table allows was among them.
+    for (const FitRow& fit : FitTable)
+        for (const DataTypeRow& data : DataTypeTable)
+            EXPECT_TRUE(met.count({data.data, fit.fit}) == 1 || !fit.allowed.Has(data.data) ||
+                        fit.fit == FitType::DELIMITER)
+                << data.keyword << " " << fit.keyword;
 }
 
 } // namespace
