@@ -48,7 +48,7 @@ struct Bench {
     void Fill(std::int64_t frames) {
         for (std::int64_t i = 0; i < frames; ++i) {
             Frame.back() = Counter++;
-            Queue.PushSlot().Assign(Info, Frame, 0);
+            Queue.Push(Info, Frame, 0);
         }
     }
 

@@ -122,7 +122,7 @@ bool CQorViewDoc::AtEnd(int resource) const {
 bool CQorViewDoc::TakeCommands(int milliseconds) {
     if (!Controller()->Commands().Drain(Taken, milliseconds))
         return false;
-    for (const ProcessCommand& command : Taken)
+    for (const QueuedCommand& command : Taken)
         if (command.notice == NoticeCode::None)
             AddSessionLogEntry(command.text);
         else if (OnNotice)

@@ -132,7 +132,7 @@ class CQorViewDoc : public CQorTelemetryDoc, public SessionState {
     std::size_t TakeBatch(CQorViewRes& resource) REQUIRES(DocLock);
 
     CFrameQueue Batch GUARDED_BY(DocLock); ///< its memory is used again from batch to batch
-    std::vector<ProcessCommand> Taken;     ///< of the thread that acquires
+    std::vector<QueuedCommand> Taken;      ///< of the thread that acquires
 };
 
 } // namespace qor

@@ -13,14 +13,14 @@ namespace qor {
 namespace {
 
 /// The shortest time between two rounds of the loop; a frame queue holds many times as much.
-constexpr std::chrono::milliseconds Rest{5};
+constexpr int RestMilliseconds = 5;
 
 /// How far back a repeated notice is looked for: more than there are ports.
 constexpr std::size_t LookBack = 128;
 
 /// A notice says that something is so, not how often: one that still waits stands for the next of
 /// its kind too, and a loop that is late does not let the queue grow.
-void Add(std::vector<ProcessCommand>& commands, NoticeCode notice, const std::string& name) {
+void Add(std::vector<QueuedCommand>& commands, NoticeCode notice, const std::string& name) {
     std::size_t oldest = commands.size() > LookBack ? commands.size() - LookBack : 0;
     for (std::size_t i = commands.size(); i-- > oldest;)
         if (commands[i].notice == notice && commands[i].text == name)
@@ -66,13 +66,12 @@ void CProcessCommand::PostFramesQueued(const std::string& resourceName) {
     Arrived.NotifyAll();
 }
 
-bool CProcessCommand::Drain(std::vector<ProcessCommand>& commands, int milliseconds) {
-    using namespace std::chrono;
+bool CProcessCommand::Drain(std::vector<QueuedCommand>& commands, int milliseconds) {
     commands.clear();
     CLock lock(QueueLock);
-    auto sinceLast = duration_cast<std::chrono::milliseconds>(steady_clock::now() - LastDrained);
-    int rest = std::clamp(static_cast<int>((Rest - std::min(sinceLast, Rest)).count()), 0,
-                          std::max(milliseconds, 0));
+    const int longest = std::clamp(milliseconds, 0, RestMilliseconds);
+    const int rest = static_cast<int>(
+        std::clamp<std::int64_t>(RestEnds - Clock.MonotonicMilliseconds(), 0, longest));
     if (rest > 0)
         Arrived.WaitFor(QueueLock, rest, [this]() REQUIRES(QueueLock) { return Woken; });
     // A wait of no length still costs a system call and the timer's slack: a playback asks often.
@@ -83,7 +82,7 @@ bool CProcessCommand::Drain(std::vector<ProcessCommand>& commands, int milliseco
     }
     LoopWaits = Woken = false;
     commands.swap(Commands);
-    LastDrained = steady_clock::now();
+    RestEnds = Clock.MonotonicMilliseconds() + RestMilliseconds;
     return !commands.empty();
 }
 

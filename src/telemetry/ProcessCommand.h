@@ -6,8 +6,8 @@
 
 #include "base/Lock.h"
 #include "base/MessageSink.h"
+#include "platform/Clock.h"
 
-#include <chrono>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -22,13 +22,15 @@ enum class NoticeCode : std::uint32_t {
 };
 
 /// A message for the session log (notice None), or a notice about the named resource.
-struct ProcessCommand {
+struct QueuedCommand {
     NoticeCode notice = NoticeCode::None;
     std::string text; ///< the message, or the resource's name
 };
 
 class CProcessCommand : public CMessageSink {
   public:
+    explicit CProcessCommand(CClock& clock) : Clock(clock) {}
+
     /// A message without a line end gets one, so that nothing reported is lost.
     void Report(std::string message) override;
     /// A notice that still waits in the queue is not posted again.
@@ -40,17 +42,18 @@ class CProcessCommand : public CMessageSink {
     /// Waits up to so many milliseconds for a command, then hands over all there are. False: none
     /// came. Rounds that follow one another at once rest a few milliseconds, but never longer than
     /// the given time.
-    bool Drain(std::vector<ProcessCommand>& commands, int milliseconds);
+    bool Drain(std::vector<QueuedCommand>& commands, int milliseconds);
     /// Makes a waiting Drain return at once.
     void Wake();
 
   private:
+    CClock& Clock;
     CMutex QueueLock;
     CCondition Arrived;
-    std::vector<ProcessCommand> Commands GUARDED_BY(QueueLock);
+    std::vector<QueuedCommand> Commands GUARDED_BY(QueueLock);
     bool Woken GUARDED_BY(QueueLock) = false;
-    bool LoopWaits GUARDED_BY(QueueLock) = false; ///< for a command, and nobody has woken it yet
-    std::chrono::steady_clock::time_point LastDrained GUARDED_BY(QueueLock);
+    bool LoopWaits GUARDED_BY(QueueLock) = false;    ///< for a command, and nobody has woken it yet
+    std::int64_t RestEnds GUARDED_BY(QueueLock) = 0; ///< of the loop, on the monotonic clock
 };
 
 } // namespace qor

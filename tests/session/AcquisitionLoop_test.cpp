@@ -41,7 +41,7 @@ TEST_F(ALoop, ALostNoticeAndADisconnectionLoseNoFrame) {
     ASSERT_TRUE(Begin());
     ASSERT_TRUE(Doc.ConnectAll());
     Script.Bytes(Frames("PRO", 0, 20)).Played();
-    std::vector<ProcessCommand> lost;
+    std::vector<QueuedCommand> lost;
     Doc.Controller()->Commands().Drain(lost, 0);
     EXPECT_TRUE(Loop.Step(0));
     EXPECT_EQ(pro->FramesReceived, 20u);

@@ -71,11 +71,8 @@ class ASession : public testing::Test {
                     instrument.Name());
         }
         info.time = Clock.Now();
-        for (const std::string& bytes : frames) {
-            CFrameData& slot = queue.PushSlot();
-            slot.Assign(info, AsBytes(bytes), 0);
-            slot.Error = error;
-        }
+        for (const std::string& bytes : frames)
+            queue.Push(info, AsBytes(bytes), 0).Error = error;
         Doc.RawLog.LogFrames(queue);
         Doc.RawLog.ShowPending();
     }

@@ -39,10 +39,10 @@ class AResource : public testing::Test {
     }
     /// The notices posted since the last call.
     std::vector<NoticeCode> Notices() {
-        std::vector<ProcessCommand> commands;
+        std::vector<QueuedCommand> commands;
         Queue.Drain(commands, 0);
         std::vector<NoticeCode> notices;
-        for (const ProcessCommand& command : commands)
+        for (const QueuedCommand& command : commands)
             notices.push_back(command.notice);
         return notices;
     }
@@ -59,8 +59,8 @@ class AResource : public testing::Test {
     const AttachRequest Radiometer = Fixed("RAD", "$R", 6);
     CPortScript Script;
     CCollectingSink Sink;
-    CProcessCommand Queue;
     CManualClock Clock;
+    CProcessCommand Queue{Clock};
     SerialResourceSettings Settings;
     CTelemComm Comm{Sink, &Queue, Clock, Script.Factory()};
 };

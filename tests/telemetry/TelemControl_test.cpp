@@ -7,7 +7,6 @@
 #include "fakes/DefinedInstrument.h"
 #include "fakes/ManualClock.h"
 #include "fakes/ScriptedPort.h"
-#include "telemetry/SpecialLine.h"
 
 #include <fstream>
 #include <map>
@@ -36,10 +35,10 @@ class AController : public testing::Test {
     }
     /// The messages since the last call.
     Lines Take() {
-        std::vector<ProcessCommand> commands;
+        std::vector<QueuedCommand> commands;
         Control.Commands().Drain(commands, 0);
         Lines lines;
-        for (ProcessCommand& command : commands)
+        for (QueuedCommand& command : commands)
             if (command.notice == NoticeCode::None)
                 lines.push_back(std::move(command.text));
         return lines;
@@ -179,7 +178,7 @@ TEST_F(AController, FileResourceTakesAnotherFileOnceItsOwnHasBeenRead) {
     EXPECT_EQ(Control.ModifyResource(old, {}, OpenedAt(Path)), CommResult::ResourceAlreadyDefined);
 }
 
-TEST(SpecialLine, NamesTheTypesWithoutSyncHeader) {
+TEST(AttachRequest, NamesTheTypesWithoutSyncHeader) {
     struct {
         std::string line, type;
         bool noSync;
@@ -207,7 +206,8 @@ TEST(SpecialLine, NamesTheTypesWithoutSyncHeader) {
 }
 
 TEST(ProcessCommands, MessagesEndTheirLineAndWaitingNoticesAreNotRepeated) {
-    CProcessCommand queue;
+    CManualClock clock;
+    CProcessCommand queue{clock};
     queue.Report("no end");
     queue.Report("bare\n");
     queue.Report("");
@@ -216,10 +216,10 @@ TEST(ProcessCommands, MessagesEndTheirLineAndWaitingNoticesAreNotRepeated) {
     queue.PostNotice(NoticeCode::FramesAvailable, "COM1");
     queue.PostNotice(NoticeCode::FramesAvailable, "COM2");
     queue.PostFramesQueued("COM1");
-    std::vector<ProcessCommand> commands;
+    std::vector<QueuedCommand> commands;
     ASSERT_TRUE(queue.Drain(commands, 0));
     Lines seen;
-    for (const ProcessCommand& command : commands)
+    for (const QueuedCommand& command : commands)
         seen.push_back(std::to_string(static_cast<int>(command.notice)) + command.text);
     EXPECT_EQ(seen, (Lines{"0no end\r\n", "0bare\n\r\n", "4COM1", "0done\r\n", "4COM2", "1COM1"}));
     queue.PostNotice(NoticeCode::FramesAvailable, "COM1");

@@ -44,17 +44,17 @@ class APlayback : public testing::Test {
         return texts;
     }
     std::size_t EndNotices() {
-        std::vector<ProcessCommand> commands;
+        std::vector<QueuedCommand> commands;
         Queue.Drain(commands, 0);
         return static_cast<std::size_t>(
-            std::ranges::count(commands, NoticeCode::EndOfFile, &ProcessCommand::notice));
+            std::ranges::count(commands, NoticeCode::EndOfFile, &QueuedCommand::notice));
     }
 
     const std::string Path = testing::TempDir() + "qor_playback_" +
                              testing::UnitTest::GetInstance()->current_test_info()->name() + ".raw";
     CCollectingSink Sink;
-    CProcessCommand Queue;
     CManualClock Clock;
+    CProcessCommand Queue{Clock};
 };
 
 TEST_F(APlayback, EveryReadSizeGivesTheSameFramesAndOneEnd) {
