@@ -4,8 +4,8 @@
 
 #include "base/Text.h"
 #include "cli/Progress.h"
-#include "cli/RawHeader.h"
 #include "session/MemberName.h"
+#include "telemetry/RawLogReader.h"
 
 #include <CLI/CLI.hpp>
 
