@@ -52,7 +52,7 @@ std::size_t PlayLog(CFrameSync& sync, ByteSpan log) {
         sync.Append(chunk);
         PassResult pass;
         do {
-            pass = sync.Process({}, false, FrameLimit);
+            pass = sync.RunPass(FrameLimit);
             for (; sync.Frames().Pop(frame); ++frames)
                 benchmark::DoNotOptimize(frame.Bytes.data());
         } while (pass.moreReady);
@@ -63,8 +63,7 @@ std::size_t PlayLog(CFrameSync& sync, ByteSpan log) {
 void Extract(benchmark::State& state, std::size_t instruments, bool text) {
     std::vector<std::uint8_t> log = MakeLog(instruments, text);
     CCollectingSink sink;
-    CFrameSync sync(sink, "bench.raw", false);
-    sync.SetReplay(true);
+    CFrameSync sync(sink, "bench.raw", StreamSource::File);
     for (std::size_t i = 0; i < instruments; ++i) {
         AttachRequest request;
         request.instrumentName = request.syncHeader = HeaderOf(i);
@@ -74,8 +73,8 @@ void Extract(benchmark::State& state, std::size_t instruments, bool text) {
             (void)sync.SetAcquisition(request.instrumentName, true);
     }
     for (auto _ : state) {
-        sync.Clear();
-        if (PlayLog(sync, log) != Records || sync.BytesDiscarded() != 0)
+        sync.ForgetBytes();
+        if (PlayLog(sync, log) != Records || sync.Figures().bytesDiscarded != 0)
             state.SkipWithError("frames are missing");
     }
     state.SetBytesProcessed(static_cast<std::int64_t>(log.size()) * state.iterations());

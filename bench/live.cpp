@@ -199,8 +199,8 @@ void Ports(const std::string& cli, const std::string& definition, int count, dou
 /// Microseconds from the write of a frame's last byte to the frame in the queue.
 void Latency(const CInstrument& instrument, const std::string& frame, const char* load) {
     CCollectingSink sink;
-    CProcessCommand commands;
     CSystemClock clock;
+    CProcessCommand commands(clock);
     Line line;
     CTelemComm port(sink, &commands, clock, MakeSystemSerialPort);
     SerialResourceSettings settings;

@@ -145,7 +145,7 @@ void TextFrames(const Setting& setting, const CInstrument& gps) {
 /// Seconds to search junk full of header beginnings with so many candidate headers.
 double SearchSeconds(const std::vector<std::uint8_t>& junk, int headers) {
     CCollectingSink sink;
-    CFrameSync sync(sink, "bench", true);
+    CFrameSync sync(sink, "bench", StreamSource::ReportingPort);
     for (int i = 0; i < headers; ++i) {
         AttachRequest request;
         request.instrumentName = "QORSEA" + std::to_string(1000 + i);
@@ -155,12 +155,11 @@ double SearchSeconds(const std::vector<std::uint8_t>& junk, int headers) {
             sync.SetAcquisition(request.instrumentName, true) != CommResult::Success)
             std::exit(1);
     }
-    FrameTime now;
     return MedianSeconds([&] {
         constexpr std::size_t piece = 1 << 16;
         for (std::size_t at = 0; at < junk.size(); at += piece) {
             sync.Append(ByteSpan(junk).subspan(at, std::min(piece, junk.size() - at)));
-            sync.Process(now);
+            sync.RunPass();
         }
     });
 }

@@ -80,7 +80,7 @@ void Drain(CFrameSync& sync, Output& output) {
     CFrameData frame;
     PassResult pass;
     do {
-        pass = sync.Process({}, false, 5);
+        pass = sync.RunPass(5);
         while (sync.Frames().Pop(frame)) {
             Require(frame.Length() == frame.Bytes.size() && !frame.Bytes.empty());
             output.frames.push_back({frame.Info.instrumentName, frame.Bytes, frame.StreamOffset,
@@ -92,8 +92,7 @@ void Drain(CFrameSync& sync, Output& output) {
 /// Pieces of `longest` bytes at most, their lengths drawn from the seed.
 Output Run(const Input& input, std::size_t longest, std::uint32_t seed) {
     CNoSink sink;
-    CFrameSync sync(sink, "fuzz", input.live);
-    sync.SetReplay(!input.live);
+    CFrameSync sync(sink, "fuzz", input.live ? StreamSource::ReportingPort : StreamSource::File);
     sync.SetMaxFrameDepth(INT32_MAX);
     if (input.globalSync)
         sync.SetGlobalSync("SYNC");
@@ -111,7 +110,7 @@ Output Run(const Input& input, std::size_t longest, std::uint32_t seed) {
     }
     sync.EndOfStream();
     Drain(sync, output);
-    output.discarded = sync.BytesDiscarded();
+    output.discarded = sync.Figures().bytesDiscarded;
     return output;
 }
 

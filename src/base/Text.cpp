@@ -157,6 +157,15 @@ std::string DecodeEscapes(std::string_view text) {
     return bytes;
 }
 
+std::string QuotedChoice(std::span<const std::string_view> words) {
+    std::string all;
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        all += i == 0 ? "" : i + 1 == words.size() ? " or " : ", ";
+        all += '"' + std::string(words[i]) + '"';
+    }
+    return all;
+}
+
 std::string OneLine(std::string_view message) {
     std::string line;
     for (char c : message) {

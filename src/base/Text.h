@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -62,6 +63,9 @@ std::string ShortestNumber(double value);
 /// Decodes "\xHH" escapes to bytes; every other character stands for itself. A malformed escape
 /// makes the whole result empty.
 std::string DecodeEscapes(std::string_view text);
+
+/// The words in quotes as one choice: "a", "b" or "c".
+std::string QuotedChoice(std::span<const std::string_view> words);
 
 /// A message of several lines as one line: every run of white space becomes a blank.
 std::string OneLine(std::string_view message);

@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// qorview-cli info: what a raw log holds. The header and the time stamps are read from the file's
-// bytes; with definitions the file is played and its frames are counted.
+// qorview-cli info: what a raw log holds. CRawLogReader reads what its bytes say without
+// definitions; with definitions the file is played and its frames are counted.
 #include "cli/Commands.h"
 #include "cli/PlayedFile.h"
 #include "cli/Report.h"
 #include "export/FrameText.h"
-#include "telemetry/RawHeader.h"
+#include "telemetry/RawLogReader.h"
 
 #include "base/Text.h"
 #include "platform/FileErrorText.h"
-#include "telemetry/RawLogFormat.h"
+#include "telemetry/RawLogReader.h"
 
 #include <CLI/CLI.hpp>
 
@@ -25,15 +25,6 @@ struct InfoOptions : PlaybackOptions {
     bool json = false;
 };
 
-/// What the bytes of a file say without any definition.
-struct LogFacts {
-    std::uint64_t size = 0;
-    std::vector<HeaderRecord> records;
-    std::uint64_t timeStamps = 0;
-    FrameTime firstTimeStamp, lastTimeStamp;
-    FrameTime firstTag, lastTag; ///< of a raw log
-};
-
 /// What playing it with definitions adds.
 struct PlayFacts {
     struct Instrument {
@@ -45,106 +36,14 @@ struct PlayFacts {
     std::uint64_t bytesDiscarded = 0;
 };
 
-/// When the log was begun, in its local time; empty when its header does not say.
-std::optional<std::int64_t> BeginOf(const std::vector<HeaderRecord>& records) {
-    constexpr std::string_view months = "JanFebMarAprMayJunJulAugSepOctNovDec";
-    for (const HeaderRecord& record : records) {
-        char name[4] = {};
-        int day = 0, hour = 0, minute = 0, second = 0, year = 0;
-        if (record.tag != "TIME-STAMP" ||
-            std::sscanf(record.value.c_str(), "%*3s %3s %2d %2d:%2d:%2d %4d", name, &day, &hour,
-                        &minute, &second, &year) != 6)
-            continue;
-        std::size_t month = months.find(name);
-        if (month != std::string_view::npos)
-            return SecondsFromCalendar(year, static_cast<int>(month / 3) + 1, day, hour, minute,
-                                       second);
-    }
-    return {};
-}
-
-/// Reads the header block, then time-stamp sentences and tags, a piece of the file at a time.
-class CLogReader {
-  public:
-    bool Read(const std::string& path, const CommandContext& context, LogFacts& facts);
-
-  private:
-    void FindTimeTags();
-    void CountTimeStamps(bool last);
-
-    LogFacts* Facts = nullptr;
-    std::optional<std::int64_t> Begin;
-    std::vector<std::uint8_t> Piece;
-};
-
-bool CLogReader::Read(const std::string& path, const CommandContext& context, LogFacts& facts) {
-    constexpr std::size_t pieceSize = 1 << 18;
-    Facts = &facts;
-    CFile file;
-    FileCause cause = file.OpenForReading(path);
-    HeaderBlock block;
-    if (cause == FileCause::None)
-        cause = ReadHeaderBlock(file, block);
-    facts.records = std::move(block.records);
-    Begin = BeginOf(facts.records);
-    facts.size = block.size + block.rest.size();
-    Piece = std::move(block.rest);
-    for (std::size_t got = 1; cause == FileCause::None && got > 0 && !context.stop.Requested();) {
-        std::size_t kept = Piece.size();
-        Piece.resize(kept + pieceSize);
-        cause = file.Read(std::span(Piece).subspan(kept), got);
-        Piece.resize(kept + got);
-        facts.size += got;
-        FindTimeTags();
-        CountTimeStamps(got == 0);
-    }
-    if (cause == FileCause::None)
-        return true;
-    if (!context.stop.Requested())
+/// Reads the whole file; false when it cannot be read, which is told, or the user stops it.
+bool ReadLog(const std::string& path, const CommandContext& context, CRawLogReader& log) {
+    FileCause cause = log.Open(path);
+    while (cause == FileCause::None && !log.AtEnd() && !context.stop.Requested())
+        cause = log.ReadOn();
+    if (cause != FileCause::None && !context.stop.Requested())
         ReportError(path + ": cannot be read. " + std::string(GetFileErrorText(cause)));
-    return false;
-}
-
-/// Where frames end only a definition knows: here a tag is what reads as a time of this log.
-void CLogReader::FindTimeTags() {
-    constexpr std::int64_t day = 86400, longest = 366 * day;
-    if (!Begin || Piece.size() < TimeTagSize)
-        return;
-    auto find = [&](std::size_t place, FrameTime& found) {
-        std::optional<FrameTime> time = ParseTimeTag(ByteSpan(Piece).subspan(place, TimeTagSize));
-        if (!time || time->seconds < *Begin - day || time->seconds > *Begin + longest)
-            return false;
-        found = *time;
-        return true;
-    };
-    const std::size_t places = Piece.size() - TimeTagSize + 1;
-    for (std::size_t i = 0; !Facts->firstTag.known && i < places; ++i)
-        find(i, Facts->firstTag);
-    for (std::size_t i = places; i > 0 && !find(i - 1, Facts->lastTag);)
-        --i;
-}
-
-void CLogReader::CountTimeStamps(bool last) {
-    std::string_view text = AsText(Piece);
-    std::size_t place = 0;
-    for (;;) {
-        std::size_t found = text.find(TimeStampStart, place);
-        if (found == std::string_view::npos || (!last && text.size() - found < MaxTimeStampSize)) {
-            place = found == std::string_view::npos
-                        ? text.size() - std::min(text.size() - place, TimeStampStart.size() - 1)
-                        : found;
-            break;
-        }
-        std::size_t length = TimeStampLength(ByteSpan(Piece).subspan(found)).value_or(0);
-        std::optional<FrameTime> time = ParseTimeStamp(text.substr(found, length));
-        if (time) {
-            if (Facts->timeStamps++ == 0)
-                Facts->firstTimeStamp = *time;
-            Facts->lastTimeStamp = *time;
-        }
-        place = found + std::max<std::size_t>(length, 1);
-    }
-    Piece.erase(Piece.begin(), Piece.begin() + static_cast<std::ptrdiff_t>(place));
+    return cause == FileCause::None;
 }
 
 bool PlayLog(const std::string& path, const InfoOptions& options, CommandContext& context,
@@ -173,7 +72,7 @@ bool PlayLog(const std::string& path, const InfoOptions& options, CommandContext
     return well;
 }
 
-void WriteJson(COutput& output, const std::string& path, const LogFacts& facts,
+void WriteJson(COutput& output, const std::string& path, const CRawLogReader& log,
                const PlayFacts* play) {
     CJsonWriter json(output);
     auto time = [&](const char* key, const FrameTime& value) {
@@ -181,21 +80,21 @@ void WriteJson(COutput& output, const std::string& path, const LogFacts& facts,
     };
     json.BeginObject();
     json.Key("file"), json.Path(path);
-    json.Key("size"), json.Integer(static_cast<std::int64_t>(facts.size));
-    json.Key("raw_log"), json.Bool(!facts.records.empty());
+    json.Key("size"), json.Integer(static_cast<std::int64_t>(log.BytesRead()));
+    json.Key("raw_log"), json.Bool(log.Header().IsRawLog());
     json.Key("header"), json.BeginArray();
-    for (const HeaderRecord& record : facts.records) {
+    for (const HeaderRecord& record : log.Header().records) {
         json.BeginArray();
         json.Text(record.tag);
         json.Text(record.value);
         json.EndArray();
     }
     json.EndArray();
-    json.Key("time_stamps"), json.Integer(static_cast<std::int64_t>(facts.timeStamps));
-    time("first_time_stamp", facts.firstTimeStamp);
-    time("last_time_stamp", facts.lastTimeStamp);
-    time("first_time_tag", play ? play->firstTag : facts.firstTag);
-    time("last_time_tag", play ? play->lastTag : facts.lastTag);
+    json.Key("time_stamps"), json.Integer(static_cast<std::int64_t>(log.Times().timeStamps));
+    time("first_time_stamp", log.Times().firstTimeStamp);
+    time("last_time_stamp", log.Times().lastTimeStamp);
+    time("first_time_tag", play ? play->firstTag : log.Times().firstTag);
+    time("last_time_tag", play ? play->lastTag : log.Times().lastTag);
     if (play) {
         json.Key("instruments"), json.BeginArray();
         for (const PlayFacts::Instrument& instrument : play->instruments) {
@@ -214,7 +113,7 @@ void WriteJson(COutput& output, const std::string& path, const LogFacts& facts,
     json.EndLine();
 }
 
-void WriteText(COutput& output, const std::string& path, const LogFacts& facts,
+void WriteText(COutput& output, const std::string& path, const CRawLogReader& log,
                const PlayFacts* play) {
     auto time = [&](const char* label, const FrameTime& value) {
         if (!value.known)
@@ -224,18 +123,18 @@ void WriteText(COutput& output, const std::string& path, const LogFacts& facts,
         output.Char('\n');
     };
     output.Text(path + "\n");
-    output.Text(
-        Format("  size              %llu bytes\n", static_cast<unsigned long long>(facts.size)));
-    if (facts.records.empty())
+    output.Text(Format("  size              %llu bytes\n",
+                       static_cast<unsigned long long>(log.BytesRead())));
+    if (!log.Header().IsRawLog())
         output.Text("  no header: a plain capture, not a raw log\n");
-    for (const HeaderRecord& record : facts.records)
+    for (const HeaderRecord& record : log.Header().records)
         output.Text(Format("  %-17s %s\n", record.tag.c_str(), record.value.c_str()));
-    output.Text(
-        Format("  time stamps       %llu\n", static_cast<unsigned long long>(facts.timeStamps)));
-    time("  first time stamp  ", facts.firstTimeStamp);
-    time("  last time stamp   ", facts.lastTimeStamp);
-    time("  first time tag    ", play ? play->firstTag : facts.firstTag);
-    time("  last time tag     ", play ? play->lastTag : facts.lastTag);
+    output.Text(Format("  time stamps       %llu\n",
+                       static_cast<unsigned long long>(log.Times().timeStamps)));
+    time("  first time stamp  ", log.Times().firstTimeStamp);
+    time("  last time stamp   ", log.Times().lastTimeStamp);
+    time("  first time tag    ", play ? play->firstTag : log.Times().firstTag);
+    time("  last time tag     ", play ? play->lastTag : log.Times().lastTag);
     if (!play)
         return;
     for (const PlayFacts::Instrument& instrument : play->instruments)
@@ -255,7 +154,7 @@ int RunInfo(const InfoOptions& options, CommandContext& context) {
     bool well = true;
     bool plays = !options.instruments.definitions.empty() || !options.instruments.packages.empty();
     for (const std::string& path : options.files) {
-        LogFacts facts;
+        CRawLogReader log;
         PlayFacts play;
         if (plays && IsDevice(path)) {
             ReportError(path + ": a pipe can be read only once; save it to a file to have its "
@@ -263,7 +162,7 @@ int RunInfo(const InfoOptions& options, CommandContext& context) {
             well = false;
             continue;
         }
-        const bool read = CLogReader().Read(path, context, facts);
+        const bool read = ReadLog(path, context, log);
         if (context.stop.Requested())
             return ExitInterrupted;
         if (!read) {
@@ -274,7 +173,7 @@ int RunInfo(const InfoOptions& options, CommandContext& context) {
             well = PlayLog(path, options, context, play) && well;
         for (const PlayFacts::Instrument& instrument : play.instruments)
             well = well && instrument.checksumErrors == 0;
-        (options.json ? WriteJson : WriteText)(output, path, facts, plays ? &play : nullptr);
+        (options.json ? WriteJson : WriteText)(output, path, log, plays ? &play : nullptr);
         if (context.stop.Requested())
             return ExitInterrupted;
     }

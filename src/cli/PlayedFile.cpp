@@ -50,17 +50,11 @@ bool CPlayedFile::Open(const std::string& path, const InstrumentSelection& selec
 
 bool CPlayedFile::Play(CommandContext& context, const FrameFunction& onFrame,
                        const std::function<bool()>& goOn) {
-    {
-        CRecursiveLock lock(Document.DocLock);
-        Document.OnFrame = onFrame;
-    }
+    Document.Acquisition.SetFrameHook(onFrame);
     CProgress progress(Path, Playback.Size(), context.quiet);
     while (!context.stop.Requested() && goOn() && Playback.PlayBatch())
         progress.Update(Figures().bytesReceived);
-    {
-        CRecursiveLock lock(Document.DocLock);
-        Document.OnFrame = nullptr;
-    }
+    Document.Acquisition.SetFrameHook(nullptr);
     return context.stop.Requested() || SayEnd();
 }
 

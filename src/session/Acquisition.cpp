@@ -58,7 +58,7 @@ void CAcquisition::TakeFramesOf(ResourceId resource, InstrumentId instrument, CF
             if (Batch.Front().Info.identity == static_cast<std::uint32_t>(instrument))
                 ProcessFrame(Batch.Front(), Session.Clock.MonotonicMilliseconds());
             else
-                held.PushSlot().Exchange(Batch.Front());
+                held.Push(Batch.Front().Info, Batch.Front().Bytes, Batch.Front().StreamOffset);
     }
     RawLog.ShowPending();
 }
@@ -99,6 +99,11 @@ bool CAcquisition::ProcessFrame(CFrameData& frame, std::int64_t now) {
         Session.OnFrame(instrument, found);
     RawLog.LogFrame(instrument, found);
     return true;
+}
+
+void CAcquisition::SetFrameHook(FrameHook hook) {
+    CRecursiveLock lock(Session.DocLock);
+    Session.OnFrame = std::move(hook);
 }
 
 bool CAcquisition::TakeCommands(int milliseconds) {

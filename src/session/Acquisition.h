@@ -45,6 +45,9 @@ class CAcquisition {
     /// order, waiting at most so long for the first command. True when a command came.
     bool TakeCommands(int milliseconds);
 
+    /// Who sees every frame from now on, or nobody (null).
+    void SetFrameHook(FrameHook hook);
+
     // Set before anything runs; called on the thread that acquires, without the lock.
     /// Hears every notice about a resource (status changed, end of file, frames available).
     std::function<void(NoticeCode, const std::string& resource)> OnNotice;

@@ -4,6 +4,7 @@
 #include "base/Text.h"
 
 #include <algorithm>
+#include <vector>
 
 namespace qor {
 namespace {
@@ -26,6 +27,13 @@ std::optional<InstrumentRole> RoleOfName(std::string_view name) {
 
 const RoleRow& RowOf(InstrumentRole role) {
     return *std::ranges::find(RoleTable, role, &RoleRow::role);
+}
+
+std::string AllRoleNames() {
+    std::vector<std::string_view> names;
+    for (const RoleRow& row : RoleTable)
+        names.push_back(row.name);
+    return QuotedChoice(names);
 }
 
 } // namespace qor

@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace qor {
@@ -42,5 +43,7 @@ inline constexpr std::array RoleTable = {
 std::optional<InstrumentRole> RoleOfName(std::string_view name);
 /// The row of a role.
 const RoleRow& RowOf(InstrumentRole role);
+/// All names for a message: "profiler", "reference", ... or "gps", in quotes.
+std::string AllRoleNames();
 
 } // namespace qor

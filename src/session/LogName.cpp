@@ -6,6 +6,9 @@
 #include "base/Text.h"
 #include "session/SessionState.h"
 
+#include <algorithm>
+#include <vector>
+
 namespace qor {
 namespace {
 
@@ -43,6 +46,22 @@ std::string UserFileName(const LogNaming& naming) {
 }
 
 } // namespace
+
+std::string_view NamingName(LogNamingMode mode) {
+    return std::ranges::find(NamingTable, mode, &NamingRow::mode)->name;
+}
+
+std::optional<LogNamingMode> NamingOfName(std::string_view name) {
+    const auto found = std::ranges::find(NamingTable, name, &NamingRow::name);
+    return found == NamingTable.end() ? std::nullopt : std::optional(found->mode);
+}
+
+std::string AllNamingNames() {
+    std::vector<std::string_view> names;
+    for (const NamingRow& row : NamingTable)
+        names.push_back(row.name);
+    return QuotedChoice(names);
+}
 
 std::string LogDisplayName(const LogNaming& naming, const StationInformation& station) {
     switch (naming.logNamingMode) {

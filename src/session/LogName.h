@@ -7,14 +7,33 @@
 
 #include "platform/Clock.h"
 
+#include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <string_view>
 
 namespace qor {
 
 struct StationInformation;
 
 enum class LogNamingMode : std::int32_t { UserFileName = 0, AutoCast = 1, TimeStamp = 2, Sqm = 3 };
+
+/// The modes as session files name them.
+struct NamingRow {
+    LogNamingMode mode;
+    std::string_view name;
+};
+inline constexpr std::array NamingTable = {
+    NamingRow{LogNamingMode::UserFileName, "file"},
+    NamingRow{LogNamingMode::AutoCast, "autocast"},
+    NamingRow{LogNamingMode::TimeStamp, "time-stamp"},
+    NamingRow{LogNamingMode::Sqm, "sqm"},
+};
+std::string_view NamingName(LogNamingMode mode);
+std::optional<LogNamingMode> NamingOfName(std::string_view name);
+/// All names for a message, in quotes.
+std::string AllNamingNames();
 
 inline constexpr const char* TimeStampDisplayName = "(TIME STAMP)";
 

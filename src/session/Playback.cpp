@@ -5,7 +5,7 @@
 
 #include "base/Text.h"
 #include "platform/FileErrorText.h"
-#include "telemetry/RawHeader.h"
+#include "telemetry/RawLogReader.h"
 
 namespace qor {
 namespace {

@@ -5,10 +5,10 @@
 #include "base/Text.h"
 #include "platform/FileErrorText.h"
 #include "platform/WholeFile.h"
+#include "session/InstrumentRole.h"
 #include "session/SessionFields.h"
 #include "session/SessionFile.h"
 #include "session/SessionPath.h"
-#include "session/SettingNames.h"
 #include "session/SpanText.h"
 
 #include <algorithm>
@@ -217,7 +217,7 @@ void ReadRoles(FileReading& file, CObjectReader& object, const std::string& hold
         const auto [other, first] = file.holders.try_emplace(*role, holder);
         if (!first)
             file.Refuse(object.PlaceOf("roles"),
-                        '"' + std::string(RoleName(*role)) + "\" is given twice, already to " +
+                        '"' + std::string(RowOf(*role).name) + "\" is given twice, already to " +
                             other->second + "; give a role to one instrument.");
         roles.push_back(*role);
     });

@@ -6,10 +6,10 @@
 #include "base/Text.h"
 #include "platform/FileErrorText.h"
 #include "platform/WholeFile.h"
+#include "session/InstrumentRole.h"
 #include "session/SessionFields.h"
 #include "session/SessionFile.h"
 #include "session/SessionPath.h"
-#include "session/SettingNames.h"
 #include "session/SpanText.h"
 
 namespace qor {
@@ -34,7 +34,7 @@ void AddSettings(JsonValue& object, const InstrumentRecord& instrument) {
         object.Add("title", JsonValue::Text(*instrument.title));
     JsonValue roles = JsonValue::Array();
     for (const InstrumentRole role : instrument.roles)
-        roles.elements.push_back(JsonValue::Text(std::string(RoleName(role))));
+        roles.elements.push_back(JsonValue::Text(std::string(RowOf(role).name)));
     if (!roles.elements.empty())
         object.Add("roles", std::move(roles));
     for (const InstrumentFlag& field : InstrumentFlags)

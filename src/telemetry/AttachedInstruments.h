@@ -4,7 +4,9 @@
 // the search for their sync headers. Guarded by the frame lock of the resource; reports nothing.
 #pragma once
 
-#include "telemetry/FrameSync.h"
+#include "telemetry/AttachRequest.h"
+#include "telemetry/CommResult.h"
+#include "telemetry/FrameData.h"
 #include "telemetry/HeaderSearch.h"
 #include "telemetry/SpecialSync.h"
 

@@ -17,13 +17,6 @@ constexpr std::size_t MemoryToKeep = 4U
 
 } // namespace
 
-void CByteQueue::Append(ByteSpan bytes) {
-    if (bytes.empty())
-        return;
-    std::memcpy(Prepare(bytes.size()).data(), bytes.data(), bytes.size());
-    Commit(bytes.size());
-}
-
 std::span<std::uint8_t> CByteQueue::Prepare(std::size_t bytes) {
     std::size_t size = Size();
     if (Capacity - End < bytes) {

@@ -13,7 +13,7 @@ namespace qor {
 
 class CByteQueue {
   public:
-    /// The bytes not consumed yet. Valid until the next Append, Prepare or Clear.
+    /// The bytes not consumed yet. Valid until the next Prepare or Clear.
     ByteSpan Bytes() const { return {Memory.get() + Begin, End - Begin}; }
     std::size_t Size() const { return End - Begin; }
     bool Empty() const { return Begin == End; }
@@ -21,7 +21,6 @@ class CByteQueue {
     std::uint64_t Offset() const { return HeadOffset; }
     std::uint64_t EndOffset() const { return HeadOffset + Size(); }
 
-    void Append(ByteSpan bytes);
     /// Room for so many bytes behind the last one; Commit says how many of them were filled.
     std::span<std::uint8_t> Prepare(std::size_t bytes);
     void Commit(std::size_t bytes) { End += bytes; }

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// Frames and their queue, made so that a frame costs no allocation: a slot's memory is used again,
-// and the texts of an instrument are copied only into slots that held another instrument's frame.
-// Called under the frame lock of a resource.
+// Frames, made so that a frame costs no allocation: a record's memory is used again, and the texts
+// of an instrument are copied only into records that held another instrument's frame. Called under
+// the frame lock of a resource.
 #include "telemetry/FrameData.h"
 
 #include <cstring>
@@ -75,37 +75,6 @@ void CFrameData::Exchange(CFrameData& other) {
     Bytes.swap(other.Bytes);
     std::swap(StreamOffset, other.StreamOffset);
     std::swap(Error, other.Error);
-}
-
-void CFrameQueue::Grow() {
-    std::vector<CFrameData> larger(Slots.empty() ? 16 : Slots.size() * 2);
-    for (std::size_t i = 0; i < Count; ++i)
-        larger[i] = std::move(Slots[Wrapped(First + i)]);
-    Slots = std::move(larger);
-    First = 0;
-}
-
-bool CFrameQueue::Pop(CFrameData& frame) {
-    if (Count == 0)
-        return false;
-    frame.Exchange(Slots[First]);
-    DropFront();
-    return true;
-}
-
-void CFrameQueue::DropFront() {
-    if (Count == 0)
-        return;
-    First = Wrapped(First + 1);
-    // An emptied ring begins again at its start: a reader that keeps up stays in the same few
-    // slots.
-    if (--Count == 0)
-        First = 0;
-}
-
-void CFrameQueue::Clear() {
-    First = 0;
-    Count = 0;
 }
 
 } // namespace qor

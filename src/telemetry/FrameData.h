@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// One received frame, and the queue that carries frames from where they are cut to where they are
-// logged. The queue is a ring of slots whose memory is used again: a frame costs no allocation once
-// the ring is warm.
+// One received frame. It is a record for its owner alone; its memory is used again for the frame
+// that comes after it.
 #pragma once
 
 #include "base/Bytes.h"
@@ -49,39 +48,6 @@ class CFrameData {
     void Assign(const CFrameInfo& info, ByteSpan bytes, std::uint64_t streamOffset);
     /// Exchanges the two records without copying.
     void Exchange(CFrameData& other);
-};
-
-/// First in, first out. Not thread-safe: guarded by the frame lock of its resource.
-class CFrameQueue {
-  public:
-    std::size_t Size() const { return Count; }
-    bool Empty() const { return Count == 0; }
-    /// The slot for a new last frame; its old content is stale memory to assign to.
-    CFrameData& PushSlot() {
-        if (Count == Slots.size())
-            Grow();
-        return Slots[Wrapped(First + Count++)];
-    }
-    /// The oldest frame; the queue must not be empty.
-    const CFrameData& Front() const { return Slots[First]; }
-    /// The oldest frame in place, to be used and then dropped: cheaper than Pop.
-    CFrameData& Front() { return Slots[First]; }
-    /// Moves the oldest frame out by exchanging it with `frame`, whose memory the ring keeps. False
-    /// when empty.
-    bool Pop(CFrameData& frame);
-    /// Drops the oldest frame.
-    void DropFront();
-    void Clear();
-
-  private:
-    std::size_t Wrapped(std::size_t index) const {
-        return index < Slots.size() ? index : index - Slots.size();
-    }
-    void Grow();
-
-    std::vector<CFrameData> Slots;
-    std::size_t First = 0;
-    std::size_t Count = 0;
 };
 
 } // namespace qor

@@ -1,167 +1,331 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// The frame synchroniser as its resource sees it: settings, instruments, bytes in, the processing
-// pass. Called under the frame lock.
+// The processing pass: a synchronisation step finds the instrument whose frame begins at the head
+// of the byte queue, extraction cuts the frame, and so on until the bytes that are there tell no
+// more. Runs under the frame lock, on a port's worker or on the thread that plays a file.
 #include "telemetry/FrameSync.h"
 
-#include "telemetry/FrameSyncState.h"
+#include "base/Text.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace qor {
 
 namespace {
 
-constexpr std::size_t ReplayBytesAPass = 16U
-                                         << 20; // frames' bytes after which a pass takes a break
+constexpr std::size_t DefaultFrameDepth = 200;
+constexpr std::size_t FileBytesAPass = 16U << 20; // frames' bytes after which a pass takes a break
 
 } // namespace
 
-CFrameSync::CFrameSync(CMessageSink& sink, std::string resourceName, bool live)
-    : State(std::make_unique<Impl>(sink, std::move(resourceName), live)) {}
+CFrameSync::CFrameSync(CMessageSink& sink, std::string resourceName, StreamSource source)
+    : Sink(sink), ResourceName(std::move(resourceName)), Source(source),
+      MaxDepth(DefaultFrameDepth) {}
 
-CFrameSync::~CFrameSync() = default;
-
-void CFrameSync::Restart(std::string resourceName) {
-    State->ResourceName = std::move(resourceName);
-    Clear();
-    State->Synchronised = State->GlobalString.empty();
+void CFrameSync::Restart(std::string resourceName, StreamSource source) {
+    ResourceName = std::move(resourceName);
+    Source = source;
+    ForgetBytes();
+    Queued.Clear();
+    Global.Restart();
 }
 
 void CFrameSync::SetSearchBound(std::uint32_t bytes) {
-    State->SearchBound = std::max<std::uint32_t>(bytes, 1);
-}
-
-void CFrameSync::SetGlobalSync(const std::string& text) {
-    if (text == State->GlobalString)
-        return;
-    State->GlobalString = text;
-    State->GlobalSearch.Compile({text});
-    State->GlobalSearched = 0;
-    State->Synchronised = text.empty();
+    SearchBound = std::max<std::uint32_t>(bytes, 1);
 }
 
 void CFrameSync::SetMaxFrameDepth(std::int32_t frames) {
-    State->MaxDepth = static_cast<std::size_t>(frames > 0 ? frames : Impl::DefaultFrameDepth);
-}
-
-void CFrameSync::SetReplay(bool replay) {
-    State->Replay = replay;
+    MaxDepth = frames > 0 ? static_cast<std::size_t>(frames) : DefaultFrameDepth;
 }
 
 void CFrameSync::SetUntagged(const std::string& instrumentName, bool untagged) {
-    std::erase(State->UntaggedNames, instrumentName);
+    std::erase(UntaggedNames, instrumentName);
     if (untagged)
-        State->UntaggedNames.push_back(instrumentName);
-    State->RefreshTagged();
+        UntaggedNames.push_back(instrumentName);
+    RefreshTagged();
+}
+
+void CFrameSync::RefreshTagged() {
+    for (AttachedInstrument& instrument : Attached)
+        instrument.tagged =
+            std::ranges::find(UntaggedNames, instrument.info.instrumentName) == UntaggedNames.end();
 }
 
 CommResult CFrameSync::Attach(const AttachRequest& request) {
-    CommResult result = State->Attached.Attach(request, State->Live);
-    State->RefreshTagged();
+    CommResult result = Attached.Attach(request, Source == StreamSource::ReportingPort);
+    RefreshTagged();
     return result;
 }
 
 CommResult CFrameSync::Detach(const std::string& instrumentName) {
-    if (!State->Attached.Detach(instrumentName))
+    if (!Attached.Detach(instrumentName))
         return CommResult::InstrumentNotAttached;
     // Positions after it have moved: what was found is found again from the bytes.
-    State->LoseFrame();
+    LoseFrame();
     return CommResult::Success;
 }
 
-bool CFrameSync::IsAttached(const std::string& instrumentName) const {
-    return State->Attached.Find(instrumentName).has_value();
-}
-
 CommResult CFrameSync::SetAcquisition(const std::string& instrumentName, bool enabled) {
-    std::optional<std::size_t> position = State->Attached.Find(instrumentName);
+    std::optional<std::size_t> position = Attached.Find(instrumentName);
     if (!position)
         return CommResult::InstrumentNotAttached;
-    State->Attached.SetEnabled(*position, enabled);
+    Attached.SetEnabled(*position, enabled);
     if (!enabled)
-        State->LoseFrame();
+        LoseFrame();
     return CommResult::Success;
 }
 
 std::uint32_t CFrameSync::IdentityOf(const std::string& instrumentName) const {
-    std::optional<std::size_t> position = State->Attached.Find(instrumentName);
-    return position ? State->Attached[*position].info.identity : 0;
+    std::optional<std::size_t> position = Attached.Find(instrumentName);
+    return position ? Attached[*position].info.identity : 0;
 }
 
-void CFrameSync::Append(ByteSpan bytes) {
-    State->Queue.Append(bytes);
-    Commit(0);
-}
-
-std::span<std::uint8_t> CFrameSync::Prepare(std::size_t bytes) {
-    return State->Queue.Prepare(bytes);
+void CFrameSync::Append(ByteSpan bytes, const FrameTime& arrival) {
+    std::ranges::copy(bytes, Queue.Prepare(bytes.size()).begin());
+    Commit(bytes.size());
+    if (Source != StreamSource::File)
+        Arrivals.Note(Queue.Offset(), Queue.EndOffset(), arrival);
 }
 
 void CFrameSync::Commit(std::size_t bytes) {
-    State->Queue.Commit(bytes);
-    if (!State->Ended)
+    Queue.Commit(bytes);
+    Counted.bytesReceived += bytes;
+    if (!Ended)
         return;
-    State->Ended = false;
-    for (AttachedInstrument& instrument : State->Attached)
+    Ended = false;
+    for (AttachedInstrument& instrument : Attached)
         instrument.endless = false;
-}
-
-void CFrameSync::EndOfStream() {
-    State->Ended = true;
-}
-
-CFrameQueue& CFrameSync::Frames() {
-    return State->Frames;
-}
-
-std::uint64_t CFrameSync::BytesDiscarded() const {
-    return State->Discarded;
-}
-
-void CFrameSync::ResetBytesDiscarded() {
-    State->Discarded = 0;
 }
 
 // Decided: silence at the end of a line does not make the next line a partial one; instruments that
 // pause between lines would never give a frame. Kept: a global string that has passed is not waited
 // for again.
 void CFrameSync::ResetSync() {
-    State->LoseFrame();
-    if (!State->Queue.Empty())
-        State->Attached.Special().LoseLine();
-    for (AttachedInstrument& instrument : State->Attached)
+    LoseFrame();
+    if (!Queue.Empty())
+        Attached.Special().LoseLine();
+    for (AttachedInstrument& instrument : Attached)
         instrument.foundReported = false;
 }
 
-void CFrameSync::Clear() {
+void CFrameSync::ForgetBytes() {
     ResetSync();
-    State->Attached.Special().LoseLine();
-    State->Queue.Clear();
-    State->Frames.Clear();
-    State->Arrivals.Clear();
-    State->Filter.Reset();
-    State->RefreshTagged();
-    State->GlobalSearched = 0;
-    State->AtBoundary = true;
+    Attached.Special().LoseLine();
+    Queue.Clear();
+    Arrivals.Clear();
+    Filter.Reset();
+    RefreshTagged();
+    Global.ForgetBytes();
+    AtBoundary = true;
     Commit(0);
 }
 
-PassResult CFrameSync::Process(const FrameTime& now, bool waiting, std::size_t frameLimit) {
-    Impl& state = *State;
-    state.Pass = {};
-    state.Waiting = waiting;
-    state.BytesCut = 0;
-    if (!state.Replay)
-        state.Arrivals.Note(state.Queue.Offset(), state.Queue.EndOffset(), now);
+void CFrameSync::LoseFrame() {
+    Found.reset();
+    ChainAfter.reset();
+    LastCut = 0;
+    FrameEnd.Restart();
+}
+
+void CFrameSync::Discard(std::size_t bytes) {
+    Queue.Consume(bytes);
+    Counted.bytesDiscarded += bytes;
+}
+
+PassResult CFrameSync::RunPass(std::size_t frameLimit) {
+    const bool limited = Source == StreamSource::File;
+    Pass = {};
+    BytesCut = 0;
     do {
-        if (state.Replay &&
-            (state.Frames.Size() >= frameLimit || state.BytesCut >= ReplayBytesAPass)) {
-            state.Pass.moreReady = !state.Queue.Empty();
+        if (limited && (Queued.Size() >= frameLimit || BytesCut >= FileBytesAPass)) {
+            Pass.moreReady = !Queue.Empty();
             break;
         }
-    } while (state.Synchronise() && state.Extract());
-    return state.Pass;
+    } while (Synchronise() && ExtractFrame());
+    return Pass;
+}
+
+/// True when a frame begins at the head of the queue.
+bool CFrameSync::Synchronise() {
+    while (!Found)
+        if (Queue.Empty() || SynchronisationStep() == Step::Wait)
+            return false;
+    return true;
+}
+
+CFrameSync::Step CFrameSync::SynchronisationStep() {
+    if (!Global.Passed())
+        return SearchGlobalString();
+    AtBoundary =
+        AtBoundary && Source == StreamSource::File && Filter.MayStandHere(Queue.Bytes()[0]);
+    if (AtBoundary)
+        if (std::optional<Step> step = SkipRecord())
+            return *step;
+    if (!Attached.AnyEnabled()) {
+        Discard(Queue.Size());
+        Attached.Special().LoseLine();
+        return Step::Wait;
+    }
+    return ChainAfter ? MatchChain() : SearchHeader();
+}
+
+CFrameSync::Step CFrameSync::SearchGlobalString() {
+    bool passed = Global.Search(Queue.Bytes(), SearchBound, Ended);
+    Discard(Global.DropSurplus());
+    if (!passed)
+        return Step::Wait;
+    Sink.Report(Format("Telemetry synchronized on %s.\r\n", ResourceName.c_str()));
+    Pass.globalSyncFound = true;
+    return Step::Again;
+}
+
+/// Takes out what a raw log holds between frames; empty when a frame may begin at the head.
+std::optional<CFrameSync::Step> CFrameSync::SkipRecord() {
+    std::optional<std::size_t> length = Filter.Skippable(Queue.Bytes(), Ended);
+    if (!length)
+        return Step::Wait;
+    Queue.Consume(*length);
+    AtBoundary = *length != 0;
+    return AtBoundary ? std::optional(Step::Again) : std::nullopt;
+}
+
+/// The instruments attached after the one whose frame was cut come first at the frame's end.
+CFrameSync::Step CFrameSync::MatchChain() {
+    if (GuessFollower())
+        return Step::Again;
+    std::size_t first = Attached.FirstCandidateAfter(*ChainAfter);
+    SearchResult result = Attached.Headers().MatchFrom(first, Queue.Bytes(), Ended);
+    if (result.outcome == SearchResult::Outcome::Pending)
+        return Step::Wait;
+    ChainAfter.reset();
+    if (result.outcome == SearchResult::Outcome::Found)
+        SetFound(Attached.PositionOf(result.candidate));
+    return Step::Again;
+}
+
+/// Instruments that share a stream mostly take turns: one comparison with the header that came here
+/// last time. Where it stands alone, the chain and the search would find nothing else.
+bool CFrameSync::GuessFollower() {
+    std::size_t position = Attached[LastCut].follower;
+    const AttachedInstrument& guess = Attached[position];
+    const std::string& header = guess.info.syncHeader;
+    if (!guess.standsAlone || Queue.Size() < header.size() ||
+        std::memcmp(Queue.Bytes().data(), header.data(), header.size()) != 0)
+        return false;
+    SetFound(position);
+    return true;
+}
+
+CFrameSync::Step CFrameSync::SearchHeader() {
+    CSpecialSync& special = Attached.Special();
+    SearchResult result = special.Active()
+                              ? special.Search(Queue.Bytes(), SearchBound, Ended)
+                              : Attached.Headers().Search(Queue.Bytes(), SearchBound, Ended);
+    Discard(result.position);
+    if (result.outcome == SearchResult::Outcome::Pending)
+        return Step::Wait;
+    if (result.outcome == SearchResult::Outcome::Found)
+        SetFound(Attached.PositionOf(result.candidate));
+    return Step::Again;
+}
+
+void CFrameSync::SetFound(std::size_t position) {
+    Found = position;
+    ChainAfter.reset();
+    Attached[LastCut].follower = position;
+    FrameEnd.Restart();
+}
+
+/// Cuts the found frame, or gives it up; false when it waits for more bytes.
+bool CFrameSync::ExtractFrame() {
+    AttachedInstrument& instrument = Attached[*Found];
+    // A port waits until the declared size has come; a file need not, the frame is the same.
+    const bool declared = Source != StreamSource::File && !Attached.Special().Lines();
+    std::size_t length = 0;
+    Ending ending = FrameEnd.Find(instrument, Queue.Bytes(), declared, Ended, length);
+    if (ending == Ending::Waiting)
+        return false;
+    if (ending != Ending::Complete) {
+        GiveUpFrame(instrument, ending);
+        return true;
+    }
+    FrameTime time;
+    std::size_t tagSize = 0;
+    if (!TimeFrame(instrument, length, time, tagSize))
+        return false;
+    QueueFrame(instrument, length, time);
+    Queue.Consume(length + tagSize);
+    AtBoundary = true;
+    LastCut = *Found;
+    ChainAfter = Found;
+    Found.reset();
+    return true;
+}
+
+/// The time of the frame at the head and the bytes of its tag; false when the tag has not come yet.
+bool CFrameSync::TimeFrame(const AttachedInstrument& instrument, std::size_t length,
+                           FrameTime& time, std::size_t& tagSize) {
+    if (Source != StreamSource::File) {
+        time = Arrivals.At(Queue.Offset() + length);
+        return true;
+    }
+    if (!Filter.IsRawLog() || !instrument.tagged)
+        return true;
+    if (Queue.Size() - length < TimeTagSize)
+        return Ended;
+    if (std::optional<FrameTime> tag = Filter.Tag(Queue.Bytes().subspan(length, TimeTagSize))) {
+        time = *tag;
+        tagSize = TimeTagSize;
+    }
+    return true;
+}
+
+void CFrameSync::QueueFrame(AttachedInstrument& instrument, std::size_t length,
+                            const FrameTime& time) {
+    CFrameInfo& info = instrument.info;
+    ++info.frameCounter;
+    info.time = time;
+    if (Source != StreamSource::File && Queued.Size() > MaxDepth) {
+        Sink.Raise({EventKind::FramesLost, ResourceName,
+                    Format("%s frame buffer exceeded maximum depth.\r\n", ResourceName.c_str())});
+        Counted.bytesDiscarded += Queued.Front().Bytes.size();
+        Queued.DropFront();
+    }
+    if (!instrument.foundReported) {
+        Sink.Report(Format("%s found on %s.\r\n", info.syncHeader.c_str(), ResourceName.c_str()));
+        instrument.foundReported = true;
+    }
+    Queued.Push(info, Queue.Bytes().first(length), Queue.Offset());
+    Pass.framesQueued = true;
+    ++Counted.framesCut;
+    BytesCut += length;
+}
+
+/// The search goes on behind the header of a frame that has no end.
+void CFrameSync::GiveUpFrame(AttachedInstrument& instrument, Ending ending) {
+    std::size_t header = std::max<std::size_t>(instrument.info.syncHeader.size(), 1);
+    if (ending == Ending::Endless) {
+        Sink.Raise({EventKind::BytesLost, ResourceName,
+                    Format("No frame terminator of %s within %zu bytes on %s.\r\n",
+                           instrument.info.instrumentName.c_str(), CFrameEnd::LongestTextFrame,
+                           ResourceName.c_str())});
+        header = CFrameEnd::LongestTextFrame;
+    } else if (ending == Ending::TooLong) {
+        if (!instrument.tooLong)
+            Sink.Raise({EventKind::BytesLost, ResourceName,
+                        Format("Frames of %s are longer than %zu bytes and are not cut on %s.\r\n",
+                               instrument.info.instrumentName.c_str(), CFrameEnd::LongestFixedFrame,
+                               ResourceName.c_str())});
+        instrument.tooLong = true;
+    } else if (!instrument.info.terminator.empty()) {
+        instrument.endless = true;
+    }
+    if (Attached.Special().Lines() && Ended)
+        header = Queue.Size();
+    Discard(std::min(header, Queue.Size()));
+    Attached.Special().LoseLine();
+    LoseFrame();
 }
 
 } // namespace qor

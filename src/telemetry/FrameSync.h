@@ -1,55 +1,62 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// From a byte stream to frames: the byte queue, the search for sync headers, the cutting of frames.
-// No lock, no port, no thread: CTelemComm feeds it under its frame lock; tests and fuzzers feed it
-// directly. The frames are a function of the byte stream alone, however it was chunked.
+// From a byte stream to frames: the byte queue, the synchronisation that finds where a frame
+// begins, the extraction that cuts it. No lock, no port, no thread: CTelemComm calls it under its
+// frame lock; tests and fuzzers call it directly. The frames are a function of the byte stream
+// alone, however it was chunked: wherever bytes that have not come could change a decision, the
+// pass waits for them.
 #pragma once
 
 #include "base/MessageSink.h"
-#include "telemetry/CommResult.h"
-#include "telemetry/FrameData.h"
+#include "telemetry/ArrivalTimes.h"
+#include "telemetry/AttachedInstruments.h"
+#include "telemetry/ByteQueue.h"
+#include "telemetry/FrameEnd.h"
+#include "telemetry/FrameQueue.h"
+#include "telemetry/GlobalSync.h"
+#include "telemetry/ReplayFilter.h"
 
-#include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
 
 namespace qor {
 
-/// What the controller passes when an instrument is attached to a resource.
-struct AttachRequest {
-    std::string instrumentName;
-    std::string syncHeader;
-    std::int32_t frameSize = 0;
-    std::string terminator; ///< empty for fixed-length frames
-    bool noSync = false;
-    std::string typeName;
-    std::vector<std::uint8_t> syncBytes; ///< BSI: the synchronisation pairs
+/// Where the bytes of a stream come from.
+enum class StreamSource {
+    Port,
+    ReportingPort, ///< with a command queue: only there the no-sync flag of an instrument counts
+    File, ///< the queue depth never drops a frame, and when it begins with a header record, header
+          ///< records, time-stamp sentences and time tags are taken out (see ReplayFilter)
 };
 
 /// What one processing pass did.
 struct PassResult {
     bool framesQueued = false;
     bool globalSyncFound = false; ///< "Telemetry synchronized" was reported in this pass
-    std::uint32_t framesCut = 0;  ///< frames queued in this pass, dropped ones included
     bool moreReady = false;       ///< stopped at the frame limit with bytes left to process
+};
+
+/// What became of the bytes since the construction, but for those discarded, which are counted
+/// since their reset.
+struct StreamFigures {
+    std::uint64_t bytesReceived = 0;
+    std::uint64_t bytesDiscarded = 0;
+    std::uint64_t framesCut = 0; ///< dropped ones included
 };
 
 class CFrameSync {
   public:
-    /// Messages name the resource. `live` is a serial resource with a command queue: only there the
-    /// no-sync flag of an instrument counts.
-    CFrameSync(CMessageSink& sink, std::string resourceName, bool live);
-    ~CFrameSync();
+    /// Messages name the resource.
+    CFrameSync(CMessageSink& sink, std::string resourceName, StreamSource source);
 
-    /// Another stream of another name: bytes and frames of the one before go, instruments stay.
-    void Restart(std::string resourceName);
+    /// Another stream: bytes and frames of the one before go, instruments stay.
+    void Restart(std::string resourceName, StreamSource source);
     void SetSearchBound(std::uint32_t bytes);
-    void SetGlobalSync(const std::string& text);
+    void SetGlobalSync(const std::string& text) { Global.SetText(text); }
+    /// 0 or less: the default of 200.
     void SetMaxFrameDepth(std::int32_t frames);
-    /// Plays a file: the queue depth never drops a frame, and when the stream begins with a header
-    /// record, header records, time-stamp sentences and time tags are taken out (see ReplayFilter).
-    void SetReplay(bool replay);
     /// An instrument (by name) whose frames carry no time tag in the raw log: the one in the GPS
     /// role. What follows its frames is not looked at as a tag.
     void SetUntagged(const std::string& instrumentName, bool untagged);
@@ -58,39 +65,80 @@ class CFrameSync {
     /// InstrumentAlreadyAttached. The caller logs; acquisition starts disabled.
     CommResult Attach(const AttachRequest& request);
     CommResult Detach(const std::string& instrumentName);
-    bool IsAttached(const std::string& instrumentName) const;
     /// Enables or disables; disabling searches afresh. InstrumentNotAttached when unknown.
     CommResult SetAcquisition(const std::string& instrumentName, bool enabled);
     /// The identity that the instrument's frames carry; 0 when not attached.
     std::uint32_t IdentityOf(const std::string& instrumentName) const;
 
-    /// Appends received bytes.
-    void Append(ByteSpan bytes);
-    /// Room for up to `bytes` at the queue's end, to read into; Commit says how many came.
-    std::span<std::uint8_t> Prepare(std::size_t bytes);
+    /// Appends bytes that have arrived by the given moment.
+    void Append(ByteSpan bytes, const FrameTime& arrival = {});
+    /// Room for up to `bytes` at the queue's end, to read a file into; Commit says how many came.
+    std::span<std::uint8_t> Prepare(std::size_t bytes) { return Queue.Prepare(bytes); }
     void Commit(std::size_t bytes);
-    /// The stream is over: what waits for more bytes is settled without them, by the next Process.
+    /// The stream is over: what waits for more bytes is settled without them, by the next pass.
     /// Bytes that come all the same take it back.
-    void EndOfStream();
+    void EndOfStream() { Ended = true; }
 
-    /// Synchronises and cuts until no more can be cut, or `frameLimit` frames are queued (replay).
-    /// Frames are stamped with `now`, or with their time tag in replay. `waiting` keeps "found on"
-    /// from being reported, as the resource is in its waiting-for-telemetry state.
-    PassResult Process(const FrameTime& now, bool waiting = false,
-                       std::size_t frameLimit = SIZE_MAX);
+    /// The processing pass: synchronises and cuts until no more can be cut, or `frameLimit` frames
+    /// are queued (of a file). Frames are stamped with their arrival, those of a file with their
+    /// time tag.
+    PassResult RunPass(std::size_t frameLimit = SIZE_MAX);
 
-    CFrameQueue& Frames();
-    std::uint64_t BytesDiscarded() const;
-    void ResetBytesDiscarded();
+    CFrameQueue& Frames() { return Queued; }
+    const StreamFigures& Figures() const { return Counted; }
+    void ResetBytesDiscarded() { Counted.bytesDiscarded = 0; }
     /// Idle: back to searching, found-reported flags cleared; bytes and queued frames stay. A
     /// global string that has passed is not waited for again.
     void ResetSync();
-    /// Disconnection: as ResetSync, and every queued byte and frame goes.
-    void Clear();
+    /// The connection is over: as ResetSync, and every byte goes; queued frames stay.
+    void ForgetBytes();
 
   private:
-    struct Impl;
-    std::unique_ptr<Impl> State;
+    enum class Step { Again, Wait };
+
+    void LoseFrame();
+    void Discard(std::size_t bytes);
+    void RefreshTagged();
+
+    bool Synchronise();
+    Step SynchronisationStep();
+    Step SearchGlobalString();
+    std::optional<Step> SkipRecord();
+    Step MatchChain();
+    bool GuessFollower();
+    Step SearchHeader();
+    void SetFound(std::size_t position);
+
+    bool ExtractFrame();
+    bool TimeFrame(const AttachedInstrument& instrument, std::size_t length, FrameTime& time,
+                   std::size_t& tagSize);
+    void QueueFrame(AttachedInstrument& instrument, std::size_t length, const FrameTime& time);
+    void GiveUpFrame(AttachedInstrument& instrument, Ending ending);
+
+    CMessageSink& Sink;
+    std::string ResourceName;
+    StreamSource Source;
+    std::size_t SearchBound = 1024;
+    std::size_t MaxDepth;
+
+    CByteQueue Queue;
+    CArrivalTimes Arrivals;
+    CReplayFilter Filter;
+    CGlobalSync Global;
+    CAttachedInstruments Attached;
+    std::vector<std::string> UntaggedNames;
+    CFrameQueue Queued;
+    StreamFigures Counted;
+    bool Ended = false;
+
+    bool AtBoundary = true;                ///< a raw log's records and sentences may stand here
+    std::optional<std::size_t> ChainAfter; ///< whose frame was cut just before the head
+    std::size_t LastCut = 0;               ///< whose frame was cut last
+    std::optional<std::size_t> Found;      ///< the instrument whose frame begins at the head
+    CFrameEnd FrameEnd;
+
+    PassResult Pass;
+    std::size_t BytesCut = 0; ///< in this pass
 };
 
 } // namespace qor

@@ -13,7 +13,7 @@ namespace qor {
 namespace {
 
 /// The shortest time between two rounds of the loop; a frame queue holds many times as much.
-constexpr std::chrono::milliseconds Rest{5};
+constexpr int RestMilliseconds = 5;
 
 /// How far back a repeated notice is looked for: more than there are ports.
 constexpr std::size_t LookBack = 128;
@@ -67,12 +67,11 @@ void CProcessCommand::PostFramesQueued(const std::string& resourceName) {
 }
 
 bool CProcessCommand::Drain(std::vector<QueuedCommand>& commands, int milliseconds) {
-    using namespace std::chrono;
     commands.clear();
     CLock lock(QueueLock);
-    auto sinceLast = duration_cast<std::chrono::milliseconds>(steady_clock::now() - LastDrained);
-    int rest = std::clamp(static_cast<int>((Rest - std::min(sinceLast, Rest)).count()), 0,
-                          std::max(milliseconds, 0));
+    const int longest = std::clamp(milliseconds, 0, RestMilliseconds);
+    const int rest = static_cast<int>(
+        std::clamp<std::int64_t>(RestEnds - Clock.MonotonicMilliseconds(), 0, longest));
     if (rest > 0)
         Arrived.WaitFor(QueueLock, rest, [this]() REQUIRES(QueueLock) { return Woken; });
     // A wait of no length still costs a system call and the timer's slack: a playback asks often.
@@ -83,7 +82,7 @@ bool CProcessCommand::Drain(std::vector<QueuedCommand>& commands, int millisecon
     }
     LoopWaits = Woken = false;
     commands.swap(Commands);
-    LastDrained = steady_clock::now();
+    RestEnds = Clock.MonotonicMilliseconds() + RestMilliseconds;
     return !commands.empty();
 }
 

@@ -6,8 +6,8 @@
 
 #include "base/Lock.h"
 #include "base/MessageSink.h"
+#include "platform/Clock.h"
 
-#include <chrono>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -29,6 +29,8 @@ struct QueuedCommand {
 
 class CProcessCommand : public CMessageSink {
   public:
+    explicit CProcessCommand(CClock& clock) : Clock(clock) {}
+
     /// A text without a line end gets one, so that nothing reported is lost.
     void Raise(Event event) override;
     /// A notice that still waits in the queue is not posted again.
@@ -45,12 +47,13 @@ class CProcessCommand : public CMessageSink {
     void Wake();
 
   private:
+    CClock& Clock;
     CMutex QueueLock;
     CCondition Arrived;
     std::vector<QueuedCommand> Commands GUARDED_BY(QueueLock);
     bool Woken GUARDED_BY(QueueLock) = false;
-    bool LoopWaits GUARDED_BY(QueueLock) = false; ///< for a command, and nobody has woken it yet
-    std::chrono::steady_clock::time_point LastDrained GUARDED_BY(QueueLock);
+    bool LoopWaits GUARDED_BY(QueueLock) = false;    ///< for a command, and nobody has woken it yet
+    std::int64_t RestEnds GUARDED_BY(QueueLock) = 0; ///< of the loop, on the monotonic clock
 };
 
 } // namespace qor

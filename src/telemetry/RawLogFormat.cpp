@@ -56,7 +56,7 @@ constexpr std::string_view LineEnd = "\r\n";
 // '#' stands for a digit.
 constexpr std::string_view TimeStampForm = "$PCZDA,######.##,##,##,####,,";
 
-constexpr std::uint32_t FirstTagYear = 1980;
+constexpr std::uint32_t FirstTagYear = 1970;
 constexpr std::uint32_t LastTagYear = 2199;
 
 /// The digits as a number.

@@ -69,7 +69,7 @@ bool BeginsHeaderRecord(ByteSpan bytes);
 /// The time tag of a moment in its local time.
 std::array<std::uint8_t, TimeTagSize> MakeTimeTag(const FrameTime& time);
 /// The local time that a tag says, as a FrameTime with offset 0; empty unless it is a tag (year
-/// 1980 to 2199; a day, hour, minute, second and millisecond that exist).
+/// 1970 to 2199; a day, hour, minute, second and millisecond that exist).
 std::optional<FrameTime> ParseTimeTag(ByteSpan tag);
 
 /// Reads the tags of a log one after another, working out each date only once.

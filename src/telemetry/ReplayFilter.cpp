@@ -19,19 +19,19 @@ bool CouldBegin(ByteSpan bytes, std::string_view text) {
 
 } // namespace
 
-bool CReplayFilter::Determine(ByteSpan bytes, bool ended) {
+CReplayFilter::StreamKind CReplayFilter::KindOf(ByteSpan bytes, bool ended) const {
     if (Kind != StreamKind::Unknown)
-        return true;
-    if (bytes.empty())
-        return false;
+        return Kind;
     if (BeginsHeaderRecord(bytes))
-        Kind = StreamKind::RawLog;
-    else if (ended || !CouldBegin(bytes, HeaderRecordStart))
-        Kind = StreamKind::Capture;
-    return Kind != StreamKind::Unknown;
+        return StreamKind::RawLog;
+    return ended || !CouldBegin(bytes, HeaderRecordStart) ? StreamKind::Capture
+                                                          : StreamKind::Unknown;
 }
 
 std::optional<std::size_t> CReplayFilter::Skippable(ByteSpan bytes, bool ended) {
+    Kind = KindOf(bytes, ended);
+    if (Kind != StreamKind::RawLog)
+        return Kind == StreamKind::Capture ? std::optional<std::size_t>(0) : std::nullopt;
     if (CouldBegin(bytes, HeaderRecordStart)) {
         if (bytes.size() >= HeaderRecordSize)
             return HeaderRecordSize;

@@ -11,11 +11,8 @@ namespace qor {
 
 class CReplayFilter {
   public:
-    /// Whether the stream is a raw log, told from its first bytes; false until it is known to be
-    /// one.
+    /// Whether the stream is a raw log; false until it is known to be one.
     bool IsRawLog() const { return Kind == StreamKind::RawLog; }
-    /// Looks at the first bytes of the stream; false when more are needed to tell.
-    bool Determine(ByteSpan bytes, bool ended);
     /// False when neither a header record nor a time-stamp sentence begins with the byte, or the
     /// stream is a capture: the quick test for most places.
     bool MayStandHere(std::uint8_t first) const {
@@ -24,7 +21,8 @@ class CReplayFilter {
                 (first == HeaderRecordStart[0] || first == TimeStampStart[0]));
     }
     /// The length of the header record or time-stamp sentence at a place where a frame could begin;
-    /// 0 when there is none, empty when more bytes are needed to tell. There must be a byte.
+    /// 0 when there is none, empty when more bytes are needed to tell. There must be a byte. The
+    /// first bytes of the stream tell a raw log from a capture.
     std::optional<std::size_t> Skippable(ByteSpan bytes, bool ended);
     /// The time that a tag says, when the bytes are one. Decided: that is all that counts, also for
     /// the instruments that the log's NMEA records name. Only the one in the GPS role is written
@@ -35,6 +33,8 @@ class CReplayFilter {
 
   private:
     enum class StreamKind { Unknown, RawLog, Capture };
+
+    StreamKind KindOf(ByteSpan bytes, bool ended) const;
 
     StreamKind Kind = StreamKind::Unknown;
     CTimeTagReader Tags;

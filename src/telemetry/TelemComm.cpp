@@ -1,29 +1,48 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// A resource's settings, attached instruments, frames and figures. Connecting, the worker and
-// reading a file have files of their own.
+// A resource's settings, connection, instruments, frames and figures: what is done under its locks.
+// Only the functions from RunWorker to Abort run on the worker's thread; the worker that aborts
+// closes the port itself and never waits for its own end.
 #include "telemetry/TelemComm.h"
 
 #include "base/Text.h"
 #include "platform/FileErrorText.h"
-#include "telemetry/TelemCommImpl.h"
+#include "platform/SystemText.h"
+#include "telemetry/PortWorker.h"
 
 #include <tuple>
 #include <utility>
 
 namespace qor {
 
-CommResult CTelemComm::Impl::Fail(std::string line, CommResult code, std::string_view systemText) {
+namespace {
+
+/// The first look at whether the worker has ended, and how long its end is waited for after that.
+constexpr int FirstPauseMilliseconds = 50;
+constexpr int LongestWaitMilliseconds = 5000;
+
+} // namespace
+
+CTelemComm::CTelemComm(CMessageSink& sink, CProcessCommand* commands, CClock& clock,
+                       SerialPortFactory makePort)
+    : Sink(sink), Commands(commands), Clock(clock), Sync(sink, {}, StreamSource::Port),
+      Player(sink, commands), Port(sink, std::move(makePort)), Line(sink) {}
+
+CTelemComm::~CTelemComm() {
+    std::ignore = Disconnect();
+}
+
+CommResult CTelemComm::Fail(std::string line, CommResult code, std::string_view systemText) {
     Sink.Report(std::move(line.append(CommDetail(code)).append(systemText)));
     return code;
 }
 
-void CTelemComm::Impl::PostStatus() {
+void CTelemComm::PostStatus() {
     if (Commands != nullptr)
-        Commands->PostNotice(NoticeCode::StatusChanged, Name);
+        Commands->PostNotice(NoticeCode::StatusChanged, ResourceName);
 }
 
-CommResult CTelemComm::Impl::InitialiseSerial(const SerialResourceSettings& settings) {
+CommResult CTelemComm::InitialiseSerial(const SerialResourceSettings& settings) {
     CLock operation(OperationLock);
     const std::string refusal = "Unable to reinitialize serial communications.\r\n";
     if (IsFile()) {
@@ -32,7 +51,7 @@ CommResult CTelemComm::Impl::InitialiseSerial(const SerialResourceSettings& sett
     }
     if (!IsSerial() && settings.portName.empty())
         return Fail("Unable to initialize serial communications.\r\n", CommResult::InvalidPortName);
-    if (IsSerial() && settings.portName != Name)
+    if (IsSerial() && settings.portName != ResourceName)
         return Fail(refusal, CommResult::InvalidPortName);
     if (IsConnected())
         return Fail(refusal, CommResult::StillConnected);
@@ -42,227 +61,365 @@ CommResult CTelemComm::Impl::InitialiseSerial(const SerialResourceSettings& sett
         IdleTimeoutCount = settings.idleTimeoutCount;
     {
         CLock lock(FrameLock);
-        if (Sync == nullptr) {
-            Name = settings.portName;
-            Sync = std::make_unique<CFrameSync>(Sink, Name, Commands != nullptr);
+        if (!IsSerial()) {
+            ResourceName = settings.portName;
+            Sync.Restart(ResourceName,
+                         Commands != nullptr ? StreamSource::ReportingPort : StreamSource::Port);
         }
-        Sync->SetSearchBound(settings.bufferSize);
-        Sync->SetGlobalSync(settings.globalSyncString);
+        Sync.SetSearchBound(settings.bufferSize);
+        Sync.SetGlobalSync(settings.globalSyncString);
         if (settings.maxFrameDepth > 0)
-            Sync->SetMaxFrameDepth(settings.maxFrameDepth);
+            Sync.SetMaxFrameDepth(settings.maxFrameDepth);
     }
-    std::string line = Format("Initializing serial communications on %s.\r\n", Name.c_str());
+    std::string line =
+        Format("Initializing serial communications on %s.\r\n", ResourceName.c_str());
     if (settings.globalSyncString.empty())
         line += CommDetail(CommResult::NoGlobalSync);
     Sink.Report(std::move(line));
-    State = Commands != nullptr ? ResourceState::SerialReporting : ResourceState::Serial;
+    Kind = Commands != nullptr ? ResourceState::SerialReporting : ResourceState::Serial;
     PostStatus();
     return CommResult::Success;
 }
 
-CommResult CTelemComm::Impl::InitialiseFile(const FileResourceSettings& settings, CFile& file) {
+CommResult CTelemComm::InitialiseFile(const FileResourceSettings& settings, CFile file) {
     CLock operation(OperationLock);
     CLock lock(FrameLock);
     FileCause refusal = FileCause::None;
     if (IsSerial() || file.Path().empty())
         refusal = FileCause::InvalidFile;
-    else if (FileStarted && !EndReported)
-        // Decided: a file is in use from its first read until its last frame is handed over.
+    else if (Player.InUse())
         refusal = FileCause::SharingViolation;
     if (refusal != FileCause::None)
-        return Fail(State == ResourceState::NotInitialised
+        return Fail(Kind == ResourceState::NotInitialised
                         ? "Unable to initialize file resource.\r\n"
                         : "Unable to reinitialize file resource.\r\n",
                     CommResult::FileError, ResourceFileErrorText(refusal));
 
     Playback = settings;
-    Name = file.Path();
-    File = std::move(file);
-    FileStarted = FileRead = EndReported = false;
-    FileResult = CommResult::Success;
-    if (Sync == nullptr)
-        Sync = std::make_unique<CFrameSync>(Sink, Name, false);
-    else
-        Sync->Restart(Name);
-    Sync->SetReplay(true);
-    Sync->SetSearchBound(ReadSize());
-    State = Commands != nullptr ? ResourceState::FileReporting : ResourceState::File;
-    Sink.Report(Format("Initializing file resource: %s.\r\n", Name.c_str()));
+    ResourceName = file.Path();
+    Player.Load(std::move(file), settings.readChunkSize);
+    Sync.Restart(ResourceName, StreamSource::File);
+    Sync.SetSearchBound(Player.ReadSize());
+    Kind = Commands != nullptr ? ResourceState::FileReporting : ResourceState::File;
+    Sink.Report(Format("Initializing file resource: %s.\r\n", ResourceName.c_str()));
     PostStatus();
     return CommResult::Success;
 }
 
-CTelemComm::CTelemComm(CMessageSink& sink, CProcessCommand* commands, CClock& clock,
-                       SerialPortFactory makePort)
-    : Data(std::make_unique<Impl>(sink, commands, clock, std::move(makePort))) {}
-
-CTelemComm::~CTelemComm() {
-    std::ignore = Data->Disconnect(nullptr);
-}
-
-CommResult CTelemComm::InitialiseSerial(const SerialResourceSettings& settings) {
-    return Data->InitialiseSerial(settings);
-}
-
-CommResult CTelemComm::InitialiseFile(const FileResourceSettings& settings, CFile file) {
-    return Data->InitialiseFile(settings, file);
-}
-
 CommResult CTelemComm::Connect() {
-    return Data->Connect();
+    if (IsFile())
+        return CommResult::Success;
+    CLock operation(OperationLock);
+    if (Kind == ResourceState::NotInitialised)
+        return Fail("Unable to open serial port communications.\r\n", CommResult::NotInitialised);
+    const std::string refusal =
+        Format("Unable to open serial port communications on %s.\r\n", ResourceName.c_str());
+    // A worker that aborted may still be closing the port.
+    if (IsDisconnecting())
+        Worker.Join();
+    {
+        CLock lock(StatusLock);
+        if (Connected)
+            return CommResult::Success;
+        Line.ResetFraming();
+        if (AbortCode != 0)
+            return Fail(refusal, CommResult::AbortCodeSet);
+    }
+    Worker.Join();
+    SystemError error = 0;
+    CommResult result = Port.Open(Serial, error);
+    {
+        CLock lock(StatusLock);
+        ConnectError = error;
+    }
+    if (result == CommResult::Success)
+        result = StartWorker();
+    if (result == CommResult::PortNotOpened || result == CommResult::WorkerNotStarted)
+        return Fail(refusal, result);
+    if (result != CommResult::Success)
+        return result;
+    Sink.Report(Format("%s connection successful.\r\n", ResourceName.c_str()));
+    PostStatus();
+    return CommResult::Success;
 }
 
-void CTelemComm::RequestStop() {
-    Data->Stop.Set();
+CommResult CTelemComm::StartWorker() {
+    Answered.Clear();
+    Finished.Clear();
+    Stop.Clear();
+    Running = false;
+    {
+        // Connected from here on: a worker that aborts at once disconnects like any other.
+        CLock lock(StatusLock);
+        Connected = true;
+    }
+    if (!Worker.Start(ThreadPriority::TimeCritical, [this] { RunWorker(); })) {
+        std::ignore = ClosePort();
+        return CommResult::WorkerNotStarted;
+    }
+    Answered.Wait();
+    if (Running)
+        return CommResult::Success;
+    Worker.Join();
+    return CommResult::WorkerNotStarted;
 }
 
 CommResult CTelemComm::Disconnect(CFrameQueue* left) {
-    return Data->Disconnect(left);
+    if (!IsSerial())
+        return CommResult::Success;
+    CLock operation(OperationLock);
+    bool working;
+    {
+        CLock lock(StatusLock);
+        working = Connected && !Disconnecting;
+        Disconnecting = Connected;
+    }
+    if (!working) {
+        // A worker that aborted closes the port itself; the caller may rely on its being closed and
+        // on the frames that were cut before.
+        Worker.Join();
+        if (left != nullptr)
+            HandOver(left);
+        return CommResult::Success;
+    }
+    Stop.Set();
+    bool ended = Finished.Wait(FirstPauseMilliseconds);
+    Sink.Report(Format("%s disconnection successful.\r\n", ResourceName.c_str()));
+    if (!ended && !Finished.Wait(LongestWaitMilliseconds)) {
+        // Closing a port under a worker that still uses it could hand its bytes to another file.
+        CLock lock(StatusLock);
+        Disconnecting = false;
+        return Fail(Format("The worker of %s does not end.\r\n", ResourceName.c_str()),
+                    CommResult::StillConnected);
+    }
+    Worker.Join();
+    HandOver(left);
+    CommResult result = ClosePort();
+    PostStatus();
+    return result;
+}
+
+/// Gives the queued frames to `left`, when there is one, and empties the queue.
+void CTelemComm::HandOver(CFrameQueue* left) {
+    CLock lock(FrameLock);
+    if (left != nullptr)
+        std::swap(*left, Sync.Frames());
+    Sync.Frames().Clear();
+}
+
+/// The frames that are queued stay so for whoever retrieves.
+CommResult CTelemComm::ClosePort() {
+    CommResult result = Port.Close();
+    CLock status(StatusLock);
+    CLock lock(FrameLock);
+    Sync.ForgetBytes();
+    Waiting = false;
+    Connected = Disconnecting = false;
+    return result;
+}
+
+void CTelemComm::RunWorker() {
+    CPortWorker worker(*this, *Port);
+    if (CommResult result = worker.Work(); result != CommResult::Success)
+        Abort(result, worker.Error());
+    Answered.Set();
+    Finished.Set();
+}
+
+void CTelemComm::WorkerRuns() {
+    Running = true;
+    Answered.Set();
+}
+
+/// The byte handler and the processing pass: at once, because the next read may complete too and
+/// would make these frames look later.
+void CTelemComm::ReceiveBytes(ByteSpan bytes) {
+    if (bytes.empty())
+        return;
+    const FrameTime arrival = Clock.Now();
+    PassResult pass;
+    {
+        CLock status(StatusLock);
+        CLock lock(FrameLock);
+        if (std::exchange(Waiting, false))
+            Sink.Report(Format("%s reading telemetry.\r\n", ResourceName.c_str()));
+        Sync.Append(bytes, arrival);
+        pass = Sync.RunPass();
+    }
+    PostPass(pass);
+}
+
+void CTelemComm::PostPass(const PassResult& pass) {
+    if (Commands == nullptr)
+        return;
+    if (pass.framesQueued)
+        Commands->PostFramesQueued(ResourceName);
+    else if (pass.globalSyncFound)
+        PostStatus();
+}
+
+void CTelemComm::ReportSilence() {
+    bool wasWaiting;
+    {
+        CLock status(StatusLock);
+        CLock lock(FrameLock);
+        Sync.ResetSync();
+        wasWaiting = std::exchange(Waiting, true);
+    }
+    if (wasWaiting || Commands == nullptr)
+        return;
+    PostStatus();
+    Sink.Report(Format("%s waiting for telemetry.\r\n", ResourceName.c_str()));
+}
+
+void CTelemComm::Abort(CommResult code, SystemError error) {
+    {
+        CLock lock(StatusLock);
+        // Somebody is disconnecting already: the failure no longer matters.
+        if (Disconnecting)
+            return;
+        AbortCode = static_cast<std::uint32_t>(code);
+        Disconnecting = true;
+    }
+    std::ignore = Fail(Format("Telemetry acquisition aborted on %s.\r\n", ResourceName.c_str()),
+                       code, SystemErrorText(error));
+    std::ignore = ClosePort();
+    PostStatus();
 }
 
 CommResult CTelemComm::Attach(const AttachRequest& request) {
     const char* instrument = request.instrumentName.c_str();
-    if (State() == ResourceState::NotInitialised)
-        return Data->Fail(Format("Unable to attach %s.\r\n", instrument),
-                          CommResult::NotInitialised);
+    if (Kind == ResourceState::NotInitialised)
+        return Fail(Format("Unable to attach %s.\r\n", instrument), CommResult::NotInitialised);
     CommResult result;
     {
-        CLock lock(Data->FrameLock);
-        result = Data->Sync->Attach(request);
+        CLock lock(FrameLock);
+        result = Sync.Attach(request);
     }
     if (result != CommResult::Success)
-        return Data->Fail(Format("Unable to attach %s to %s.\r\n", instrument, Name().c_str()),
-                          result);
-    Data->Sink.Report(Format("Attaching %s to %s.\r\n", instrument, Name().c_str()));
-    Data->PostStatus();
+        return Fail(Format("Unable to attach %s to %s.\r\n", instrument, ResourceName.c_str()),
+                    result);
+    Sink.Report(Format("Attaching %s to %s.\r\n", instrument, ResourceName.c_str()));
+    PostStatus();
     return CommResult::Success;
 }
 
 CommResult CTelemComm::Detach(const std::string& instrumentName) {
-    if (State() == ResourceState::NotInitialised)
-        return Data->Fail("Unable to detach instrument.\r\n", CommResult::NotInitialised);
+    if (Kind == ResourceState::NotInitialised)
+        return Fail("Unable to detach instrument.\r\n", CommResult::NotInitialised);
     CommResult result;
     {
-        CLock lock(Data->FrameLock);
-        result = Data->Sync->Detach(instrumentName);
+        CLock lock(FrameLock);
+        result = Sync.Detach(instrumentName);
     }
     if (result != CommResult::Success)
-        return Data->Fail(Format("Unable to detach %s.\r\n", instrumentName.c_str()), result);
-    Data->Sink.Report(Format("Detaching %s from %s.\r\n", instrumentName.c_str(), Name().c_str()));
-    Data->PostStatus();
+        return Fail(Format("Unable to detach %s.\r\n", instrumentName.c_str()), result);
+    Sink.Report(Format("Detaching %s from %s.\r\n", instrumentName.c_str(), ResourceName.c_str()));
+    PostStatus();
     return CommResult::Success;
 }
 
 CommResult CTelemComm::EnableAcquisition(const std::string& instrumentName) {
-    return Data->SetAcquisition(instrumentName, true);
+    return SetAcquisition(instrumentName, true);
 }
 
 CommResult CTelemComm::DisableAcquisition(const std::string& instrumentName) {
-    return Data->SetAcquisition(instrumentName, false);
+    return SetAcquisition(instrumentName, false);
 }
 
-CommResult CTelemComm::Impl::SetAcquisition(const std::string& instrumentName, bool enabled) {
-    CommResult result = CommResult::InstrumentNotAttached;
+CommResult CTelemComm::SetAcquisition(const std::string& instrumentName, bool enabled) {
+    CommResult result;
     {
         CLock lock(FrameLock);
-        if (Sync != nullptr)
-            result = Sync->SetAcquisition(instrumentName, enabled);
+        result = Sync.SetAcquisition(instrumentName, enabled);
     }
     if (result != CommResult::Success)
         return Fail(Format("Unable to %s telemetry acquisition on %s.\r\n",
-                           enabled ? "enable" : "disable", Name.c_str()),
+                           enabled ? "enable" : "disable", ResourceName.c_str()),
                     result);
     Sink.Report(Format("%s telemetry acquisition for %s on %s.\r\n",
-                       enabled ? "Enabling" : "Disabling", instrumentName.c_str(), Name.c_str()));
+                       enabled ? "Enabling" : "Disabling", instrumentName.c_str(),
+                       ResourceName.c_str()));
     PostStatus();
     return CommResult::Success;
 }
 
 CommResult CTelemComm::RetrieveFrame(CFrameData& frame, bool& found) {
     found = false;
-    if (State() == ResourceState::NotInitialised)
-        return Data->Fail("Unable to retrieve frames.\r\n", CommResult::NotInitialised);
-    CLock lock(Data->FrameLock);
-    CommResult result = IsFile() ? Data->ReadOn() : CommResult::Success;
-    found = Data->Sync->Frames().Pop(frame);
+    if (Kind == ResourceState::NotInitialised)
+        return Fail("Unable to retrieve frames.\r\n", CommResult::NotInitialised);
+    CLock lock(FrameLock);
+    CommResult result = IsFile() ? Player.ReadOn(Sync) : CommResult::Success;
+    found = Sync.Frames().Pop(frame);
     return result;
 }
 
 CommResult CTelemComm::RetrieveFrames(CFrameQueue& frames) {
     frames.Clear();
-    if (State() == ResourceState::NotInitialised)
-        return Data->Fail("Unable to retrieve frames.\r\n", CommResult::NotInitialised);
-    CLock lock(Data->FrameLock);
-    CommResult result = IsFile() ? Data->ReadOn() : CommResult::Success;
-    std::swap(frames, Data->Sync->Frames());
+    if (Kind == ResourceState::NotInitialised)
+        return Fail("Unable to retrieve frames.\r\n", CommResult::NotInitialised);
+    CLock lock(FrameLock);
+    CommResult result = IsFile() ? Player.ReadOn(Sync) : CommResult::Success;
+    std::swap(frames, Sync.Frames());
     return result;
 }
 
 std::optional<SerialResourceSettings> CTelemComm::QuerySerialSettings() const {
-    if (!Data->IsSerial())
-        return {};
-    return Data->Serial;
+    return IsSerial() ? std::optional(Serial) : std::nullopt;
 }
 
 std::optional<FileResourceSettings> CTelemComm::QueryFileSettings() const {
-    if (!Data->IsFile())
-        return {};
-    return Data->Playback;
+    return IsFile() ? std::optional(Playback) : std::nullopt;
 }
 
 CommResult CTelemComm::ResetAbortCode(std::uint32_t& abortCode) {
-    CLock lock(Data->StatusLock);
-    abortCode = std::exchange(Data->AbortCode, 0);
+    CLock lock(StatusLock);
+    abortCode = std::exchange(AbortCode, 0);
     return CommResult::Success;
 }
 
-const std::string& CTelemComm::Name() const {
-    return Data->Name;
+bool CTelemComm::IsConnected() const {
+    CLock lock(StatusLock);
+    return Connected;
 }
 
-ResourceState CTelemComm::State() const {
-    return Data->State;
-}
-
-bool CTelemComm::IsFile() const {
-    return Data->IsFile();
+bool CTelemComm::IsDisconnecting() const {
+    CLock lock(StatusLock);
+    return Disconnecting;
 }
 
 bool CTelemComm::AtEnd() const {
-    CLock lock(Data->FrameLock);
-    return Data->EndReported;
+    CLock lock(FrameLock);
+    return Player.AtEnd();
 }
 
 std::uint32_t CTelemComm::IdentityOf(const std::string& instrumentName) const {
-    CLock lock(Data->FrameLock);
-    return Data->Sync != nullptr ? Data->Sync->IdentityOf(instrumentName) : 0;
+    CLock lock(FrameLock);
+    return Sync.IdentityOf(instrumentName);
 }
 
 ResourceFigures CTelemComm::Figures() const {
     ResourceFigures figures;
-    CLock status(Data->StatusLock);
-    figures.connected = Data->Connected;
-    figures.abortCode = Data->AbortCode;
-    figures.connectError = Data->ConnectError;
-    CLock lock(Data->FrameLock);
-    figures.waiting = Data->Waiting;
-    figures.bytesReceived = Data->BytesReceived;
-    figures.framesCut = Data->FramesCut;
-    if (Data->Sync != nullptr)
-        figures.bytesDiscarded = Data->Sync->BytesDiscarded();
+    CLock status(StatusLock);
+    figures.connected = Connected;
+    figures.abortCode = AbortCode;
+    figures.connectError = ConnectError;
+    CLock lock(FrameLock);
+    figures.waiting = Waiting;
+    figures.bytesReceived = Sync.Figures().bytesReceived;
+    figures.bytesDiscarded = Sync.Figures().bytesDiscarded;
+    figures.framesCut = Sync.Figures().framesCut;
     return figures;
 }
 
 void CTelemComm::ResetBytesDiscarded() {
-    CLock lock(Data->FrameLock);
-    if (Data->Sync != nullptr)
-        Data->Sync->ResetBytesDiscarded();
+    CLock lock(FrameLock);
+    Sync.ResetBytesDiscarded();
 }
 
 void CTelemComm::SetUntagged(const std::string& instrumentName, bool untagged) {
-    CLock lock(Data->FrameLock);
-    if (Data->Sync != nullptr)
-        Data->Sync->SetUntagged(instrumentName, untagged);
+    CLock lock(FrameLock);
+    Sync.SetUntagged(instrumentName, untagged);
 }
 
 } // namespace qor

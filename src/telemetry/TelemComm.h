@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
 // One source of telemetry: a serial port with its worker thread, or a file played as if it were a
-// port. Its room is five files: TelemComm.cpp (settings, instruments, frames, figures),
-// CommConnection.cpp (connect and disconnect), CommWorker.cpp (the worker's loop), CommFile.cpp
-// (reading a file) and LineStatus.cpp (line errors); cutting frames is CFrameSync's.
+// port. It holds the locks and what is done under them; the port's steps are COpenPort's, the
+// worker's loop is CPortWorker's, reading a file is CFilePlayer's, cutting frames is CFrameSync's.
 // Called by the controller on the application or acquisition thread; the operations may be called
 // from any thread but for initialising, which is for a time when nobody else uses the resource.
 // Locks: OperationLock (one connect, disconnect or initialisation at a time; never taken by the
@@ -13,17 +12,14 @@
 #include "base/Lock.h"
 #include "base/MessageSink.h"
 #include "platform/Clock.h"
-#include "platform/File.h"
-#include "platform/SerialPort.h"
 #include "platform/Worker.h"
-#include "telemetry/CommResult.h"
-#include "telemetry/FrameSync.h"
-#include "telemetry/ProcessCommand.h"
-#include "telemetry/ResourceSettings.h"
+#include "telemetry/FilePlayer.h"
+#include "telemetry/LineStatus.h"
+#include "telemetry/OpenPort.h"
 
-#include <functional>
-#include <memory>
+#include <atomic>
 #include <optional>
+#include <string_view>
 
 namespace qor {
 
@@ -34,9 +30,6 @@ enum class ResourceState : std::uint32_t {
     Serial = 3,
     SerialReporting = 4,
 };
-
-/// Makes the port object of a connection; tests script one.
-using SerialPortFactory = std::function<std::unique_ptr<CSerialPort>()>;
 
 /// A moment's figures of a resource, for status lines.
 struct ResourceFigures {
@@ -55,20 +48,22 @@ class CTelemComm {
     /// `sink`.
     CTelemComm(CMessageSink& sink, CProcessCommand* commands, CClock& clock,
                SerialPortFactory makePort);
+    /// Disconnects, and waits for a worker that does not end.
     ~CTelemComm();
 
-    CommResult InitialiseSerial(const SerialResourceSettings& settings);
-    CommResult InitialiseFile(const FileResourceSettings& settings, CFile file);
+    CommResult InitialiseSerial(const SerialResourceSettings& settings) EXCLUDES(OperationLock);
+    CommResult InitialiseFile(const FileResourceSettings& settings, CFile file)
+        EXCLUDES(OperationLock);
     /// Opens the port and starts the worker; returns when the worker runs. Success without change
     /// when connected already, and for a file.
-    CommResult Connect();
+    CommResult Connect() EXCLUDES(OperationLock, StatusLock);
     /// Tells the worker to end, and returns at once. Disconnect still has to follow: with many
     /// ports, telling all of them first makes their workers end at the same time.
-    void RequestStop();
+    void RequestStop() { Stop.Set(); }
     /// Ends the worker and closes the port. Frames that are still queued when the worker has ended,
     /// also one that ended by itself, go to `left` (when given) before the queue is emptied, so
     /// that a disconnection loses none.
-    CommResult Disconnect(CFrameQueue* left = nullptr);
+    CommResult Disconnect(CFrameQueue* left = nullptr) EXCLUDES(OperationLock, StatusLock);
     CommResult Attach(const AttachRequest& request);
     CommResult Detach(const std::string& instrumentName);
     CommResult EnableAcquisition(const std::string& instrumentName);
@@ -87,9 +82,11 @@ class CTelemComm {
     std::optional<FileResourceSettings> QueryFileSettings() const;
     CommResult ResetAbortCode(std::uint32_t& abortCode);
 
-    const std::string& Name() const;
-    ResourceState State() const;
-    bool IsFile() const;
+    const std::string& Name() const { return ResourceName; }
+    ResourceState State() const { return Kind; }
+    bool IsFile() const {
+        return Kind == ResourceState::File || Kind == ResourceState::FileReporting;
+    }
     /// A file resource that has been read to its end, its last frame handed over.
     bool AtEnd() const;
     std::uint32_t IdentityOf(const std::string& instrumentName) const;
@@ -99,8 +96,64 @@ class CTelemComm {
     void SetUntagged(const std::string& instrumentName, bool untagged);
 
   private:
-    struct Impl;
-    std::unique_ptr<Impl> Data;
+    friend class CPortWorker; // the worker's side of the resource
+
+    /// Reports the line with the detail of the code (and what follows its fixed part), returns the
+    /// code.
+    CommResult Fail(std::string line, CommResult code, std::string_view systemText = {});
+    /// Posts "status changed" where notices are posted.
+    void PostStatus();
+    CommResult SetAcquisition(const std::string& instrumentName, bool enabled) EXCLUDES(FrameLock);
+    bool IsSerial() const {
+        return Kind == ResourceState::Serial || Kind == ResourceState::SerialReporting;
+    }
+    bool IsConnected() const EXCLUDES(StatusLock);
+    bool IsDisconnecting() const EXCLUDES(StatusLock);
+    CommResult StartWorker() EXCLUDES(StatusLock);
+    CommResult ClosePort() EXCLUDES(StatusLock, FrameLock);
+    void HandOver(CFrameQueue* left) EXCLUDES(FrameLock);
+
+    // On the worker's thread.
+    void RunWorker();
+    void WorkerRuns();
+    void ReceiveBytes(ByteSpan bytes) EXCLUDES(StatusLock, FrameLock);
+    void ReportSilence() EXCLUDES(StatusLock, FrameLock);
+    void PostPass(const PassResult& pass);
+    void Abort(CommResult code, SystemError error) EXCLUDES(StatusLock);
+
+    CMessageSink& Sink;
+    CProcessCommand* const Commands; ///< null: no notices
+    CClock& Clock;
+
+    mutable CMutex OperationLock;
+    mutable CMutex StatusLock ACQUIRED_AFTER(OperationLock);
+    mutable CMutex FrameLock ACQUIRED_AFTER(StatusLock);
+
+    // Written by an initialisation only, which is refused while a worker runs.
+    std::atomic<ResourceState> Kind = ResourceState::NotInitialised;
+    std::string ResourceName;
+    SerialResourceSettings Serial;
+    FileResourceSettings Playback;
+    std::int32_t IdleTimeoutCount = 15;
+
+    bool Connected GUARDED_BY(StatusLock) = false;
+    bool Disconnecting GUARDED_BY(StatusLock) = false;
+    std::uint32_t AbortCode GUARDED_BY(StatusLock) = 0;
+    SystemError ConnectError GUARDED_BY(StatusLock) = 0;
+
+    CFrameSync Sync GUARDED_BY(FrameLock);
+    CFilePlayer Player GUARDED_BY(FrameLock);
+    bool Waiting GUARDED_BY(FrameLock) = false; ///< "waiting for telemetry" was reported
+
+    COpenPort Port; ///< handed from thread to thread, see there
+    CLineStatus Line;
+
+    CEvent Answered; ///< the worker runs, or has ended without
+    CEvent Finished; ///< the worker has ended
+    CEvent Stop;
+    std::atomic<bool> Running = false; ///< it has issued its first read and status wait
+    /// Started and joined under OperationLock. The last member: joined before what it uses goes.
+    CWorker Worker;
 };
 
 } // namespace qor

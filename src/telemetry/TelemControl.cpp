@@ -6,7 +6,7 @@
 #include "telemetry/TelemControl.h"
 
 #include "base/Text.h"
-#include "telemetry/SpecialLine.h"
+#include "telemetry/AttachRequest.h"
 
 #include <algorithm>
 #include <utility>
@@ -17,142 +17,126 @@ namespace {
 
 constexpr std::uint32_t FirstControllerCode = 0x40000000;
 
-struct InstrumentRow {
-    std::unique_ptr<CInstrument> instrument;
-    CTelemComm* resource = nullptr; ///< where it is attached
-};
-
 } // namespace
 
-struct CTelemControl::Tables {
-    Tables(CClock& clock, SerialPortFactory makePort)
-        : Clock(clock), MakePort(std::move(makePort)) {}
-
-    CommResult Fail(std::string line, CommResult code) {
-        if (static_cast<std::uint32_t>(code) >= FirstControllerCode)
-            line += CommDetail(code);
-        Commands.Report(std::move(line));
-        return code;
-    }
-    /// The result; a failure is reported with the line.
-    CommResult Told(CommResult result, std::string line) {
-        return result == CommResult::Success ? result : Fail(std::move(line), result);
-    }
-    /// The same for frames, whose way makes no text unless something failed.
-    CommResult ToldOfFrames(CommResult result, const std::string& resource) {
-        if (result == CommResult::Success)
-            return result;
-        return Fail(
-            Format("Unable to retrieve frame from telemetry resource %s.\r\n", resource.c_str()),
-            result);
-    }
-    CTelemComm* FindResource(std::string_view name) const {
-        for (const auto& resource : Resources)
-            if (resource->Name() == name)
-                return resource.get();
-        return nullptr;
-    }
-    InstrumentRow* FindInstrument(std::string_view name) {
-        for (InstrumentRow& row : Instruments)
-            if (row.instrument->Name() == name)
-                return &row;
-        return nullptr;
-    }
-    std::unique_ptr<CTelemComm> MakeResource() {
-        return std::make_unique<CTelemComm>(Commands, &Commands, Clock, MakePort);
-    }
-    CommResult Detach(InstrumentRow& row) {
-        CommResult result = row.resource->Detach(row.instrument->Name());
-        if (result == CommResult::Success)
-            row.resource = nullptr;
-        return result;
-    }
-    /// Runs the operation on the named resource; every failure is reported with the line.
-    template <class Operation>
-    CommResult OnResource(const std::string& name, const char* line, Operation operation) {
-        CTelemComm* resource = FindResource(name);
-        return Told(resource != nullptr ? operation(*resource) : CommResult::ResourceNotFound,
-                    line);
-    }
-    /// Reads something off the named instrument's definition.
-    template <class Operation>
-    CommResult OnInstrument(const std::string& name, const char* line, Operation operation) {
-        InstrumentRow* row = FindInstrument(name);
-        if (row == nullptr)
-            return Fail(line, CommResult::InstrumentNotFound);
-        operation(std::as_const(*row->instrument));
-        return CommResult::Success;
-    }
-    /// Runs the operation on the named instrument's resource.
-    template <class Operation>
-    CommResult OnAttached(const std::string& name, std::string line, Operation operation) {
-        InstrumentRow* row = FindInstrument(name);
-        CommResult result = row == nullptr             ? CommResult::InstrumentNotFound
-                            : row->resource == nullptr ? CommResult::ResourceNotFound
-                                                       : operation(*row);
-        return Told(result, std::move(line));
-    }
-
-    CClock& Clock;
-    const SerialPortFactory MakePort;
-    CProcessCommand Commands; ///< outlives the resources, whose workers report here
-    std::vector<std::unique_ptr<CTelemComm>> Resources;
-    std::vector<InstrumentRow> Instruments;
-};
-
 CTelemControl::CTelemControl(CClock& clock, SerialPortFactory makePort)
-    : Owned(std::make_unique<Tables>(clock, std::move(makePort))) {}
+    : Clock(clock), MakePort(std::move(makePort)), Queue(clock) {}
 
 CTelemControl::~CTelemControl() {
     // All workers end at the same time instead of one after the other.
-    for (const auto& resource : Owned->Resources)
+    for (const auto& resource : Resources)
         resource->RequestStop();
 }
 
-CProcessCommand& CTelemControl::Commands() {
-    return Owned->Commands;
+CommResult CTelemControl::Fail(std::string line, CommResult code) {
+    if (static_cast<std::uint32_t>(code) >= FirstControllerCode)
+        line += CommDetail(code);
+    Queue.Report(std::move(line));
+    return code;
+}
+
+/// The result; a failure is reported with the line.
+CommResult CTelemControl::Checked(CommResult result, std::string line) {
+    return result == CommResult::Success ? result : Fail(std::move(line), result);
+}
+
+/// The same for frames, whose way makes no text unless something failed.
+CommResult CTelemControl::CheckedFrames(CommResult result, const std::string& resource) {
+    if (result == CommResult::Success)
+        return result;
+    return Fail(
+        Format("Unable to retrieve frame from telemetry resource %s.\r\n", resource.c_str()),
+        result);
+}
+
+std::unique_ptr<CTelemComm> CTelemControl::MakeResource() {
+    return std::make_unique<CTelemComm>(Queue, &Queue, Clock, MakePort);
+}
+
+CTelemControl::InstrumentRow* CTelemControl::FindInstrument(std::string_view name) {
+    for (InstrumentRow& row : Instruments)
+        if (row.instrument->Name() == name)
+            return &row;
+    return nullptr;
+}
+
+CommResult CTelemControl::Detach(InstrumentRow& row) {
+    CommResult result = row.resource->Detach(row.instrument->Name());
+    if (result == CommResult::Success)
+        row.resource = nullptr;
+    return result;
+}
+
+/// Runs the operation on the named resource; every failure is reported with the line.
+template <class Operation>
+CommResult CTelemControl::OnResource(const std::string& name, const char* line,
+                                     Operation operation) {
+    CTelemComm* resource = Resource(name);
+    return Checked(resource != nullptr ? operation(*resource) : CommResult::ResourceNotFound, line);
+}
+
+/// Reads something off the named instrument's definition.
+template <class Operation>
+CommResult CTelemControl::OnInstrument(const std::string& name, const char* line,
+                                       Operation operation) {
+    const CInstrument* instrument = Instrument(name);
+    if (instrument == nullptr)
+        return Fail(line, CommResult::InstrumentNotFound);
+    operation(*instrument);
+    return CommResult::Success;
+}
+
+/// Runs the operation on the named instrument's resource.
+template <class Operation>
+CommResult CTelemControl::OnAttached(const std::string& name, std::string line,
+                                     Operation operation) {
+    InstrumentRow* row = FindInstrument(name);
+    CommResult result = row == nullptr             ? CommResult::InstrumentNotFound
+                        : row->resource == nullptr ? CommResult::ResourceNotFound
+                                                   : operation(*row);
+    return Checked(result, std::move(line));
 }
 
 CommResult CTelemControl::AddResource(const SerialResourceSettings& settings) {
     const std::string line =
         Format("Unable to add communications resource: %s.\r\n", settings.portName.c_str());
     if (Resource(settings.portName) != nullptr)
-        return Owned->Fail(line, CommResult::ResourceAlreadyDefined);
-    auto resource = Owned->MakeResource();
+        return Fail(line, CommResult::ResourceAlreadyDefined);
+    auto resource = MakeResource();
     CommResult result = resource->InitialiseSerial(settings);
     if (result == CommResult::Success)
-        Owned->Resources.push_back(std::move(resource));
-    return Owned->Told(result, line);
+        Resources.push_back(std::move(resource));
+    return Checked(result, line);
 }
 
 CommResult CTelemControl::AddResource(const FileResourceSettings& settings, CFile file) {
     const std::string line =
         Format("Unable to add communications resource: %s.\r\n", file.Path().c_str());
     if (Resource(file.Path()) != nullptr)
-        return Owned->Fail(line, CommResult::ResourceAlreadyDefined);
-    auto resource = Owned->MakeResource();
+        return Fail(line, CommResult::ResourceAlreadyDefined);
+    auto resource = MakeResource();
     CommResult result = resource->InitialiseFile(settings, std::move(file));
     if (result == CommResult::Success)
-        Owned->Resources.push_back(std::move(resource));
-    return Owned->Told(result, line);
+        Resources.push_back(std::move(resource));
+    return Checked(result, line);
 }
 
 CommResult CTelemControl::RemoveResource(const std::string& name) {
-    Owned->Commands.Report(Format("Removing communications resource: %s.\r\n", name.c_str()));
+    Queue.Report(Format("Removing communications resource: %s.\r\n", name.c_str()));
     const std::string line =
         Format("Unable to remove communications resource: %s.\r\n", name.c_str());
     CTelemComm* resource = Resource(name);
     if (resource == nullptr)
-        return Owned->Fail(line, CommResult::ResourceNotFound);
+        return Fail(line, CommResult::ResourceNotFound);
     // Only a worker that does not end keeps the resource; what else went wrong while the port was
     // closed has been reported.
     if (CommResult result = resource->Disconnect(); result == CommResult::StillConnected)
-        return Owned->Fail(line, result);
-    for (InstrumentRow& row : Owned->Instruments)
+        return Fail(line, result);
+    for (InstrumentRow& row : Instruments)
         if (row.resource == resource)
-            if (CommResult result = Owned->Detach(row); result != CommResult::Success)
-                return Owned->Fail(line, result);
-    std::erase_if(Owned->Resources, [&](const auto& entry) { return entry.get() == resource; });
+            if (CommResult result = Detach(row); result != CommResult::Success)
+                return Fail(line, result);
+    std::erase_if(Resources, [&](const auto& entry) { return entry.get() == resource; });
     return CommResult::Success;
 }
 
@@ -161,8 +145,8 @@ CommResult CTelemControl::ModifyResource(const SerialResourceSettings& settings)
     CommResult result = resource == nullptr  ? CommResult::ResourceNotFound
                         : resource->IsFile() ? CommResult::NotASerialPort
                                              : resource->InitialiseSerial(settings);
-    return Owned->Told(result, Format("Unable to modify communications resource: %s.\r\n",
-                                      settings.portName.c_str()));
+    return Checked(result, Format("Unable to modify communications resource: %s.\r\n",
+                                  settings.portName.c_str()));
 }
 
 CommResult CTelemControl::ModifyResource(const std::string& name,
@@ -171,90 +155,88 @@ CommResult CTelemControl::ModifyResource(const std::string& name,
         Format("Unable to modify communications resource: %s.\r\n", name.c_str());
     CTelemComm* resource = Resource(name);
     if (resource == nullptr)
-        return Owned->Fail(line, CommResult::ResourceNotFound);
+        return Fail(line, CommResult::ResourceNotFound);
     if (!resource->IsFile())
-        return Owned->Fail(line, CommResult::NotAFile);
+        return Fail(line, CommResult::NotAFile);
     CTelemComm* namesake = Resource(file.Path());
     if (namesake != nullptr && namesake != resource)
-        return Owned->Fail(line, CommResult::ResourceAlreadyDefined);
-    return Owned->Told(resource->InitialiseFile(settings, std::move(file)), line);
+        return Fail(line, CommResult::ResourceAlreadyDefined);
+    return Checked(resource->InitialiseFile(settings, std::move(file)), line);
 }
 
 CommResult CTelemControl::CheckResource(const std::string& name, bool& exists) {
     exists = Resource(name) != nullptr;
-    return Owned->Told(name.empty() ? CommResult::ResourceReference : CommResult::Success,
-                       "Unable to check existance of communications resource.\r\n");
+    return Checked(name.empty() ? CommResult::ResourceReference : CommResult::Success,
+                   "Unable to check existance of communications resource.\r\n");
 }
 
 CommResult CTelemControl::ConnectResource(const std::string& name) {
-    return Owned->OnResource(
+    return OnResource(
         name, "Unable to connect communications resource.\r\n", [this](CTelemComm& resource) {
             CommResult result = resource.Connect();
             if (result == CommResult::AbortCodeSet)
-                Owned->Commands.Report(
-                    Format("%s has aborted and must be reset before connecting.\r\n",
-                           resource.Name().c_str()));
+                Queue.Report(Format("%s has aborted and must be reset before connecting.\r\n",
+                                    resource.Name().c_str()));
             return result;
         });
 }
 
 CommResult CTelemControl::DisconnectResource(const std::string& name, CFrameQueue* left) {
-    return Owned->OnResource(name, "Unable to disconnect communications resource.\r\n",
-                             [left](CTelemComm& resource) { return resource.Disconnect(left); });
+    return OnResource(name, "Unable to disconnect communications resource.\r\n",
+                      [left](CTelemComm& resource) { return resource.Disconnect(left); });
 }
 
 CommResult CTelemControl::ResourceSettings(const std::string& name,
                                            SerialResourceSettings& settings) {
-    return Owned->OnResource(name, "Unable to retrieve telemetry communications information.\r\n",
-                             [&](CTelemComm& resource) {
-                                 auto found = resource.QuerySerialSettings();
-                                 if (!found)
-                                     return CommResult::NotASerialPort;
-                                 settings = std::move(*found);
-                                 return CommResult::Success;
-                             });
+    return OnResource(name, "Unable to retrieve telemetry communications information.\r\n",
+                      [&](CTelemComm& resource) {
+                          auto found = resource.QuerySerialSettings();
+                          if (!found)
+                              return CommResult::NotASerialPort;
+                          settings = std::move(*found);
+                          return CommResult::Success;
+                      });
 }
 
 CommResult CTelemControl::ResourceSettings(const std::string& name,
                                            FileResourceSettings& settings) {
-    return Owned->OnResource(name, "Unable to retrieve telemetry communications information.\r\n",
-                             [&](CTelemComm& resource) {
-                                 auto found = resource.QueryFileSettings();
-                                 if (!found)
-                                     return CommResult::NotAFile;
-                                 settings = *found;
-                                 return CommResult::Success;
-                             });
+    return OnResource(name, "Unable to retrieve telemetry communications information.\r\n",
+                      [&](CTelemComm& resource) {
+                          auto found = resource.QueryFileSettings();
+                          if (!found)
+                              return CommResult::NotAFile;
+                          settings = *found;
+                          return CommResult::Success;
+                      });
 }
 
 CommResult CTelemControl::ResourceIdentification(std::size_t position, std::string& name) {
     if (position >= ResourceCount())
-        return Owned->Fail("Unable to retieve communications resource identification.\r\n",
-                           CommResult::ResourceNotFound);
-    name = Owned->Resources[position]->Name();
+        return Fail("Unable to retieve communications resource identification.\r\n",
+                    CommResult::ResourceNotFound);
+    name = Resources[position]->Name();
     return CommResult::Success;
 }
 
 CommResult CTelemControl::BytesDiscarded(const std::string& name, std::uint64_t& bytes) {
-    return Owned->OnResource(name, "Unable to retrieve the number of bytes discarded.\r\n",
-                             [&](CTelemComm& resource) {
-                                 bytes = resource.Figures().bytesDiscarded;
-                                 return CommResult::Success;
-                             });
+    return OnResource(name, "Unable to retrieve the number of bytes discarded.\r\n",
+                      [&](CTelemComm& resource) {
+                          bytes = resource.Figures().bytesDiscarded;
+                          return CommResult::Success;
+                      });
 }
 
 CommResult CTelemControl::ResetBytesDiscarded(const std::string& name) {
-    return Owned->OnResource(name, "Unable to reset the number of bytes discarded.\r\n",
-                             [](CTelemComm& resource) {
-                                 resource.ResetBytesDiscarded();
-                                 return CommResult::Success;
-                             });
+    return OnResource(name, "Unable to reset the number of bytes discarded.\r\n",
+                      [](CTelemComm& resource) {
+                          resource.ResetBytesDiscarded();
+                          return CommResult::Success;
+                      });
 }
 
 CommResult CTelemControl::AbortCode(const std::string& name, std::uint32_t& abortCode) {
-    return Owned->OnResource(
-        name, "Unable to retrieve telemetry aquisition abort code.\r\n",
-        [&](CTelemComm& resource) { return resource.ResetAbortCode(abortCode); });
+    return OnResource(name, "Unable to retrieve telemetry aquisition abort code.\r\n",
+                      [&](CTelemComm& resource) { return resource.ResetAbortCode(abortCode); });
 }
 
 CommResult CTelemControl::AddInstrument(std::unique_ptr<CInstrument> instrument) {
@@ -263,20 +245,20 @@ CommResult CTelemControl::AddInstrument(std::unique_ptr<CInstrument> instrument)
                         : Instrument(name) != nullptr ? CommResult::InstrumentAlreadyDefined
                                                       : CommResult::Success;
     if (result == CommResult::Success)
-        Owned->Instruments.push_back({std::move(instrument), nullptr});
-    return Owned->Told(result, Format("Unable to add instrument: %s.\r\n", name.c_str()));
+        Instruments.push_back({std::move(instrument), nullptr});
+    return Checked(result, Format("Unable to add instrument: %s.\r\n", name.c_str()));
 }
 
 CommResult CTelemControl::RemoveInstrument(const std::string& name) {
-    Owned->Commands.Report(Format("Removing instrument: %s.\r\n", name.c_str()));
+    Queue.Report(Format("Removing instrument: %s.\r\n", name.c_str()));
     const std::string line = Format("Unable to remove instrument: %s.\r\n", name.c_str());
-    InstrumentRow* row = Owned->FindInstrument(name);
+    InstrumentRow* row = FindInstrument(name);
     if (row == nullptr)
-        return Owned->Fail(line, CommResult::InstrumentNotFound);
+        return Fail(line, CommResult::InstrumentNotFound);
     if (row->resource != nullptr)
-        if (CommResult result = Owned->Detach(*row); result != CommResult::Success)
-            return Owned->Fail(line, result);
-    Owned->Instruments.erase(Owned->Instruments.begin() + (row - Owned->Instruments.data()));
+        if (CommResult result = Detach(*row); result != CommResult::Success)
+            return Fail(line, result);
+    Instruments.erase(Instruments.begin() + (row - Instruments.data()));
     return CommResult::Success;
 }
 
@@ -284,102 +266,99 @@ CommResult CTelemControl::AttachInstrument(const std::string& instrument,
                                            const std::string& resource) {
     const std::string line =
         Format("Unable to attach instrument %s to %s.\r\n", instrument.c_str(), resource.c_str());
-    InstrumentRow* row = Owned->FindInstrument(instrument);
+    InstrumentRow* row = FindInstrument(instrument);
     if (row == nullptr)
-        return Owned->Fail(line, CommResult::InstrumentNotFound);
+        return Fail(line, CommResult::InstrumentNotFound);
     CTelemComm* target = Resource(resource);
     if (target == nullptr)
-        return Owned->Fail(line, CommResult::ResourceNotFound);
+        return Fail(line, CommResult::ResourceNotFound);
     if (row->resource != nullptr)
-        if (CommResult result = Owned->Detach(*row); result != CommResult::Success)
-            return Owned->Fail(line, result);
+        if (CommResult result = Detach(*row); result != CommResult::Success)
+            return Fail(line, result);
     CommResult result = target->Attach(MakeAttachRequest(*row->instrument));
     if (result == CommResult::Success)
         row->resource = target;
-    return Owned->Told(result, line);
+    return Checked(result, line);
 }
 
 CommResult CTelemControl::DetachInstrument(const std::string& instrument) {
-    return Owned->OnAttached(instrument,
-                             Format("Unable to remove instrument %s.\r\n", instrument.c_str()),
-                             [this](InstrumentRow& row) { return Owned->Detach(row); });
+    return OnAttached(instrument, Format("Unable to remove instrument %s.\r\n", instrument.c_str()),
+                      [this](InstrumentRow& row) { return Detach(row); });
 }
 
 CommResult CTelemControl::StartAcquisition(const std::string& instrument) {
-    return Owned->OnAttached(
+    return OnAttached(
         instrument, "Unable to start telemetry frame aquisition.\r\n",
         [&](InstrumentRow& row) { return row.resource->EnableAcquisition(instrument); });
 }
 
 CommResult CTelemControl::StopAcquisition(const std::string& instrument) {
-    return Owned->OnAttached(
+    return OnAttached(
         instrument, "Unable to stop telemetry frame aquisition.\r\n",
         [&](InstrumentRow& row) { return row.resource->DisableAcquisition(instrument); });
 }
 
 CommResult CTelemControl::InstrumentResource(const std::string& instrument, std::string& resource) {
-    return Owned->OnAttached(instrument, "Unable to access instrument communications resource.\r\n",
-                             [&](InstrumentRow& row) {
-                                 resource = row.resource->Name();
-                                 return CommResult::Success;
-                             });
+    return OnAttached(instrument, "Unable to access instrument communications resource.\r\n",
+                      [&](InstrumentRow& row) {
+                          resource = row.resource->Name();
+                          return CommResult::Success;
+                      });
 }
 
 CommResult CTelemControl::InstrumentFileType(const std::string& instrument, std::string& kind) {
-    return Owned->OnInstrument(instrument, "Unable to retrieve the instrument file type.\r\n",
-                               [&](const CInstrument& found) { kind = found.FileKind(); });
+    return OnInstrument(instrument, "Unable to retrieve the instrument file type.\r\n",
+                        [&](const CInstrument& found) { kind = found.FileKind(); });
 }
 
 CommResult CTelemControl::InstrumentFileName(const std::string& instrument, std::string& path) {
-    return Owned->OnInstrument(instrument, "Unable to retrieve the instrument file name.\r\n",
-                               [&](const CInstrument& found) { path = found.FilePath(); });
+    return OnInstrument(instrument, "Unable to retrieve the instrument file name.\r\n",
+                        [&](const CInstrument& found) { path = found.FilePath(); });
 }
 
 CommResult CTelemControl::InstrumentSerialNumber(const std::string& instrument,
                                                  std::string& serial) {
-    return Owned->OnInstrument(instrument, "Unable to retrieve the instrument serial number.\r\n",
-                               [&](const CInstrument& found) { serial = found.SerialNumber(); });
+    return OnInstrument(instrument, "Unable to retrieve the instrument serial number.\r\n",
+                        [&](const CInstrument& found) { serial = found.SerialNumber(); });
 }
 
 CommResult CTelemControl::InstrumentSyncHeader(const std::string& instrument, std::string& header) {
-    return Owned->OnInstrument(instrument, "Unable to retieve instrument header.\r\n",
-                               [&](const CInstrument& found) { header = found.SyncHeader(); });
+    return OnInstrument(instrument, "Unable to retieve instrument header.\r\n",
+                        [&](const CInstrument& found) { header = found.SyncHeader(); });
 }
 
 CommResult CTelemControl::InstrumentLinesRead(const std::string& instrument, std::int32_t& lines) {
-    return Owned->OnInstrument(instrument,
-                               "Unable to retrieve the number of instrument file lines read.\r\n",
-                               [&](const CInstrument& found) { lines = found.LinesRead(); });
+    return OnInstrument(instrument,
+                        "Unable to retrieve the number of instrument file lines read.\r\n",
+                        [&](const CInstrument& found) { lines = found.LinesRead(); });
 }
 
 CommResult CTelemControl::InstrumentFrameSize(const std::string& instrument, std::int32_t& size) {
-    return Owned->OnInstrument(instrument, "Unable to retrive instrument frame size.\r\n",
-                               [&](const CInstrument& found) { size = found.FrameSize(); });
+    return OnInstrument(instrument, "Unable to retrive instrument frame size.\r\n",
+                        [&](const CInstrument& found) { size = found.FrameSize(); });
 }
 
 CommResult CTelemControl::InstrumentSensorCount(const std::string& instrument,
                                                 std::int32_t& count) {
-    return Owned->OnInstrument(instrument,
-                               "Unable to retrieve the number of instrument sensors.\r\n",
-                               [&](const CInstrument& found) { count = found.SensorCount(); });
+    return OnInstrument(instrument, "Unable to retrieve the number of instrument sensors.\r\n",
+                        [&](const CInstrument& found) { count = found.SensorCount(); });
 }
 
 CommResult CTelemControl::FindSensor(const std::string& instrument, std::string_view type,
                                      std::int32_t after, const CSensor*& sensor) {
     sensor = nullptr;
-    return Owned->OnInstrument(
-        instrument, "Unable to find instrument sensor.\r\n",
-        [&](const CInstrument& found) { sensor = found.NextSensor(type, after); });
+    return OnInstrument(instrument, "Unable to find instrument sensor.\r\n",
+                        [&](const CInstrument& found) { sensor = found.NextSensor(type, after); });
 }
 
 CommResult CTelemControl::AccessSensor(const std::string& instrument, std::int32_t index,
                                        const CSensor*& sensor) {
-    InstrumentRow* row = Owned->FindInstrument(instrument);
+    InstrumentRow* row = FindInstrument(instrument);
     sensor = row != nullptr ? row->instrument->Sensor(index) : nullptr;
     CommResult result = row == nullptr      ? CommResult::InstrumentNotFound
                         : sensor == nullptr ? CommResult::InstrumentReference
                                             : CommResult::Success;
-    return Owned->Told(result, "Unable to access instrument sensors.\r\n");
+    return Checked(result, "Unable to access instrument sensors.\r\n");
 }
 
 CommResult CTelemControl::RetrieveFrame(const std::string& resource, CFrameData& frame,
@@ -388,37 +367,38 @@ CommResult CTelemControl::RetrieveFrame(const std::string& resource, CFrameData&
     CTelemComm* source = Resource(resource);
     CommResult result =
         source != nullptr ? source->RetrieveFrame(frame, found) : CommResult::ResourceNotFound;
-    return Owned->ToldOfFrames(result, resource);
+    return CheckedFrames(result, resource);
 }
 
 CommResult CTelemControl::RetrieveFileFrame(std::size_t position, CFrameData& frame, bool& found) {
     found = false;
     if (position >= ResourceCount())
-        return Owned->Fail("Unable to retrieve instrument frame from file resource.\r\n",
-                           CommResult::ResourceNotFound);
-    CTelemComm& source = *Owned->Resources[position];
+        return Fail("Unable to retrieve instrument frame from file resource.\r\n",
+                    CommResult::ResourceNotFound);
+    CTelemComm& source = *Resources[position];
     CommResult result = source.IsFile() ? source.RetrieveFrame(frame, found) : CommResult::NotAFile;
-    return Owned->ToldOfFrames(result, source.Name());
+    return CheckedFrames(result, source.Name());
 }
 
 CommResult CTelemControl::RetrieveFrames(const std::string& resource, CFrameQueue& frames) {
     CTelemComm* source = Resource(resource);
     CommResult result =
         source != nullptr ? source->RetrieveFrames(frames) : CommResult::ResourceNotFound;
-    return Owned->ToldOfFrames(result, resource);
-}
-
-std::size_t CTelemControl::ResourceCount() const {
-    return Owned->Resources.size();
+    return CheckedFrames(result, resource);
 }
 
 CTelemComm* CTelemControl::Resource(std::string_view name) const {
-    return Owned->FindResource(name);
+    for (const auto& resource : Resources)
+        if (resource->Name() == name)
+            return resource.get();
+    return nullptr;
 }
 
 const CInstrument* CTelemControl::Instrument(std::string_view name) const {
-    InstrumentRow* row = Owned->FindInstrument(name);
-    return row != nullptr ? row->instrument.get() : nullptr;
+    for (const InstrumentRow& row : Instruments)
+        if (row.instrument->Name() == name)
+            return row.instrument.get();
+    return nullptr;
 }
 
 } // namespace qor

@@ -21,7 +21,7 @@ class CTelemControl {
     ~CTelemControl();
 
     /// The command queue that messages and notices travel through.
-    CProcessCommand& Commands();
+    CProcessCommand& Commands() { return Queue; }
 
     CommResult AddResource(const SerialResourceSettings& settings);
     CommResult AddResource(const FileResourceSettings& settings, CFile file);
@@ -69,14 +69,35 @@ class CTelemControl {
     /// All frames that wait on the resource; see CTelemComm::RetrieveFrames.
     CommResult RetrieveFrames(const std::string& resource, CFrameQueue& frames);
 
-    std::size_t ResourceCount() const;
+    std::size_t ResourceCount() const { return Resources.size(); }
     /// The resource or instrument by name, or null; nothing is reported.
     CTelemComm* Resource(std::string_view name) const;
     const CInstrument* Instrument(std::string_view name) const;
 
   private:
-    struct Tables;
-    std::unique_ptr<Tables> Owned;
+    struct InstrumentRow {
+        std::unique_ptr<CInstrument> instrument;
+        CTelemComm* resource = nullptr; ///< where it is attached
+    };
+
+    CommResult Fail(std::string line, CommResult code);
+    CommResult Checked(CommResult result, std::string line);
+    CommResult CheckedFrames(CommResult result, const std::string& resource);
+    std::unique_ptr<CTelemComm> MakeResource();
+    InstrumentRow* FindInstrument(std::string_view name);
+    CommResult Detach(InstrumentRow& row);
+    template <class Operation>
+    CommResult OnResource(const std::string& name, const char* line, Operation operation);
+    template <class Operation>
+    CommResult OnInstrument(const std::string& name, const char* line, Operation operation);
+    template <class Operation>
+    CommResult OnAttached(const std::string& name, std::string line, Operation operation);
+
+    CClock& Clock;
+    const SerialPortFactory MakePort;
+    CProcessCommand Queue; ///< outlives the resources, whose workers report here
+    std::vector<std::unique_ptr<CTelemComm>> Resources;
+    std::vector<InstrumentRow> Instruments;
 };
 
 } // namespace qor

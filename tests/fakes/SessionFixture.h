@@ -74,11 +74,8 @@ class ASession : public testing::Test {
         CFrameInfo info;
         info.identity = static_cast<std::uint32_t>(instrument.Id);
         info.time = Clock.Now();
-        for (const std::string& bytes : frames) {
-            CFrameData& slot = queue.PushSlot();
-            slot.Assign(info, AsBytes(bytes), 0);
-            slot.Error = error;
-        }
+        for (const std::string& bytes : frames)
+            queue.Push(info, AsBytes(bytes), 0).Error = error;
         Doc.Acquisition.ProcessFrames(queue);
         Doc.RawLog.WaitForDisk();
         Doc.RawLog.ShowPending();

@@ -139,8 +139,8 @@ TEST_F(ARawLog, OnlyUnusableFramesAndThoseOfSilencedInstrumentsAreLeftOut) {
     CFrameQueue stray;
     CFrameInfo nobodys;
     nobodys.identity = 4000000000;
-    stray.PushSlot().Assign(nobodys, AsBytes("stray"), 0);
-    stray.PushSlot().Assign(CFrameInfo{}, AsBytes("stray"), 0);
+    stray.Push(nobodys, AsBytes("stray"), 0);
+    stray.Push(CFrameInfo{}, AsBytes("stray"), 0);
     EXPECT_EQ(Doc.Acquisition.ProcessFrames(stray), 0u);
     EXPECT_TRUE(stray.Empty());
 }

@@ -67,15 +67,14 @@ TEST(FrameSyncReplay, RawLogsComeBackAsTheyWereLogged) {
 
 TEST(FrameSyncReplay, TheQueueDepthNeverCutsAFileShort) {
     CCollectingSink sink;
-    CFrameSync sync(sink, "f.raw", false);
-    sync.SetReplay(true);
+    CFrameSync sync(sink, "f.raw", StreamSource::File);
     sync.SetMaxFrameDepth(2);
     EXPECT_EQ(sync.Attach(Fixed("A", "A", 2)), CommResult::Success);
     EXPECT_EQ(sync.SetAcquisition("A", true), CommResult::Success);
     sync.Append(AsBytes(std::string(1000, 'A')));
-    EXPECT_TRUE(sync.Process({}, false, 64).moreReady);
+    EXPECT_TRUE(sync.RunPass(64).moreReady);
     EXPECT_EQ(sync.Frames().Size(), 64U);
-    EXPECT_FALSE(sync.Process({}).moreReady);
+    EXPECT_FALSE(sync.RunPass().moreReady);
     EXPECT_EQ(TakeFrames(sync.Frames()).size(), 500U);
     EXPECT_EQ(sink.Messages(), std::vector<std::string>{"A found on f.raw.\r\n"});
 }

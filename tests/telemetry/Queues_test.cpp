@@ -3,7 +3,7 @@
 // The two queues, of bytes and of frames: order, reuse of memory, and that reuse never mixes two
 // instruments.
 #include "telemetry/ByteQueue.h"
-#include "telemetry/FrameData.h"
+#include "telemetry/FrameQueue.h"
 
 #include <gtest/gtest.h>
 
@@ -27,7 +27,7 @@ TEST(FrameQueue, IsFirstInFirstOutWhateverSlotsHeldBefore) {
             info.identity = i % 3 + 1;
             info.frameCounter = i;
             std::string bytes(i % 50 + 1, static_cast<char>('a' + i % 26));
-            queue.PushSlot().Assign(info, AsBytes(bytes), i);
+            queue.Push(info, AsBytes(bytes), i);
             expected.push_back(i);
         } else if (random() % 8 == 0) {
             queue.DropFront();
@@ -65,15 +65,10 @@ TEST(ByteQueue, GivesBackWhatCameInOrder) {
         for (char& byte : bytes)
             byte = next++;
         std::size_t used = random() % (bytes.size() + 1);
-        if (random() % 2 == 0) {
-            used = bytes.size();
-            queue.Append(AsBytes(bytes));
-        } else {
-            std::span<std::uint8_t> room = queue.Prepare(bytes.size());
-            ASSERT_EQ(room.size(), bytes.size());
-            std::copy(bytes.begin(), bytes.end(), room.begin());
-            queue.Commit(used);
-        }
+        std::span<std::uint8_t> room = queue.Prepare(bytes.size());
+        ASSERT_EQ(room.size(), bytes.size());
+        std::copy(bytes.begin(), bytes.end(), room.begin());
+        queue.Commit(used);
         expected += bytes.substr(0, used);
         std::size_t taken = random() % (expected.size() + 1);
         queue.Consume(taken);

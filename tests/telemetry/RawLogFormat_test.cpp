@@ -57,7 +57,7 @@ TEST(RawLogFormat, WhatIsNoDateOrTimeIsNoTag) {
     const struct {
         std::uint64_t date, time;
         bool valid;
-    } cases[] = {{1980001, 0, true},          {2199365, 235959999, true}, {1979365, 0, false},
+    } cases[] = {{1970001, 0, true},          {2199365, 235959999, true}, {1969365, 0, false},
                  {2200001, 0, false},         {2005000, 0, false},        {2005366, 0, false},
                  {2004366, 0, true},          {2100366, 0, false},        {2004367, 0, false},
                  {2004001, 240000000, false}, {2004001, 6000000, false},  {2004001, 60000, false},

@@ -47,8 +47,7 @@ inline PlainResult Play(const std::vector<AttachRequest>& instruments, std::stri
                         const std::function<std::size_t()>& nextChunk,
                         const std::set<std::string>& untagged = {}, std::size_t frameLimit = 3) {
     CCollectingSink sink;
-    CFrameSync sync(sink, "played", false);
-    sync.SetReplay(true);
+    CFrameSync sync(sink, "played", StreamSource::File);
     for (const AttachRequest& instrument : instruments)
         if (sync.Attach(instrument) == CommResult::Success)
             (void)sync.SetAcquisition(instrument.instrumentName, true);
@@ -58,7 +57,7 @@ inline PlainResult Play(const std::vector<AttachRequest>& instruments, std::stri
     auto drain = [&] {
         PassResult pass;
         do {
-            pass = sync.Process({}, false, frameLimit);
+            pass = sync.RunPass(frameLimit);
             for (PlainFrame& frame : TakeFrames(sync.Frames()))
                 result.frames.push_back(std::move(frame));
         } while (pass.moreReady);
@@ -72,7 +71,7 @@ inline PlainResult Play(const std::vector<AttachRequest>& instruments, std::stri
     }
     sync.EndOfStream();
     drain();
-    result.discarded = sync.BytesDiscarded();
+    result.discarded = sync.Figures().bytesDiscarded;
     return result;
 }
 

@@ -59,8 +59,8 @@ class AResource : public testing::Test {
     const AttachRequest Radiometer = Fixed("RAD", "$R", 6);
     CPortScript Script;
     CCollectingSink Sink;
-    CProcessCommand Queue;
     CManualClock Clock;
+    CProcessCommand Queue{Clock};
     SerialResourceSettings Settings;
     CTelemComm Comm{Sink, &Queue, Clock, Script.Factory()};
 };

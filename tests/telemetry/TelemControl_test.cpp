@@ -7,7 +7,6 @@
 #include "fakes/DefinedInstrument.h"
 #include "fakes/ManualClock.h"
 #include "fakes/ScriptedPort.h"
-#include "telemetry/SpecialLine.h"
 
 #include <fstream>
 #include <map>
@@ -179,7 +178,7 @@ TEST_F(AController, FileResourceTakesAnotherFileOnceItsOwnHasBeenRead) {
     EXPECT_EQ(Control.ModifyResource(old, {}, OpenedAt(Path)), CommResult::ResourceAlreadyDefined);
 }
 
-TEST(SpecialLine, NamesTheTypesWithoutSyncHeader) {
+TEST(AttachRequest, NamesTheTypesWithoutSyncHeader) {
     struct {
         std::string line, type;
         bool noSync;
@@ -207,7 +206,8 @@ TEST(SpecialLine, NamesTheTypesWithoutSyncHeader) {
 }
 
 TEST(ProcessCommands, MessagesEndTheirLineAndWaitingNoticesAreNotRepeated) {
-    CProcessCommand queue;
+    CManualClock clock;
+    CProcessCommand queue{clock};
     queue.Report("no end");
     queue.Report("bare\n");
     queue.Report("");

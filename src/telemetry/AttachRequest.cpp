@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
 // The SPECIAL sensor line: its first field is the sensor's id, its second the units text.
-#include "telemetry/SpecialLine.h"
+#include "telemetry/AttachRequest.h"
 
 #include "base/Text.h"
+#include "instrument/Instrument.h"
+#include "telemetry/FrameData.h"
 
 namespace qor {
 

@@ -53,8 +53,8 @@ class APlayback : public testing::Test {
     const std::string Path = testing::TempDir() + "qor_playback_" +
                              testing::UnitTest::GetInstance()->current_test_info()->name() + ".raw";
     CCollectingSink Sink;
-    CProcessCommand Queue;
     CManualClock Clock;
+    CProcessCommand Queue{Clock};
 };
 
 TEST_F(APlayback, EveryReadSizeGivesTheSameFramesAndOneEnd) {

@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// The two ways in which a frame ends: after its declared size or behind its terminator.
+#include "telemetry/FrameEnd.h"
+
+#include <algorithm>
+
+namespace qor {
+
+Ending CFrameEnd::Find(const AttachedInstrument& instrument, ByteSpan bytes, bool declared,
+                       bool ended, std::size_t& length) {
+    if (!instrument.info.terminator.empty())
+        return FindTerminator(instrument, bytes, declared, ended, length);
+    length = instrument.frameLength;
+    if (length > LongestFixedFrame)
+        return Ending::TooLong;
+    if (bytes.size() >= length)
+        return Ending::Complete;
+    return ended ? Ending::Unfinished : Ending::Waiting;
+}
+
+// Decided: once the ended stream has shown no terminator for an instrument, later frames of it are
+// not looked through again, which would take a time that grows with the square of what is left.
+Ending CFrameEnd::FindTerminator(const AttachedInstrument& instrument, ByteSpan bytes,
+                                 bool declared, bool ended, std::size_t& length) {
+    if (instrument.endless)
+        return Ending::Unfinished;
+    ByteSpan frame = bytes.first(std::min(bytes.size(), LongestTextFrame));
+    if (!Terminator.Find(frame, instrument.info.terminator)) {
+        if (Terminator.Scanned() == LongestTextFrame)
+            return Ending::Endless;
+        return ended ? Ending::Unfinished : Ending::Waiting;
+    }
+    length = Terminator.Scanned();
+    std::size_t wanted = declared ? std::min(instrument.frameLength, LongestTextFrame) : 0;
+    return bytes.size() >= wanted || ended ? Ending::Complete : Ending::Waiting;
+}
+
+} // namespace qor

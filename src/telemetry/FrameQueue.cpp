@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// The ring of frames. Called under the frame lock of a resource, or by the one who took the queue.
+#include "telemetry/FrameQueue.h"
+
+#include <utility>
+
+namespace qor {
+
+void CFrameQueue::Grow() {
+    std::vector<CFrameData> larger(Slots.empty() ? 16 : Slots.size() * 2);
+    for (std::size_t i = 0; i < Count; ++i)
+        larger[i] = std::move(Slots[Wrapped(First + i)]);
+    Slots = std::move(larger);
+    First = 0;
+}
+
+bool CFrameQueue::Pop(CFrameData& frame) {
+    if (Count == 0)
+        return false;
+    frame.Exchange(Slots[First]);
+    DropFront();
+    return true;
+}
+
+void CFrameQueue::DropFront() {
+    if (Count == 0)
+        return;
+    First = Wrapped(First + 1);
+    // An emptied ring begins again at its start: a reader that keeps up stays in the same few
+    // slots.
+    if (--Count == 0)
+        First = 0;
+}
+
+void CFrameQueue::Clear() {
+    First = 0;
+    Count = 0;
+}
+
+} // namespace qor

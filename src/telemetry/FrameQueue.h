@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// The queue that carries frames from where they are cut to where they are logged: a ring of slots
+// whose memory is used again, so that a frame costs no allocation once the ring is warm. Not
+// thread-safe: guarded by the frame lock of its resource, or its taker's own.
+#pragma once
+
+#include "telemetry/FrameData.h"
+
+namespace qor {
+
+/// First in, first out.
+class CFrameQueue {
+  public:
+    std::size_t Size() const { return Count; }
+    bool Empty() const { return Count == 0; }
+    /// Appends a frame of these bytes and this instrument's record.
+    CFrameData& Push(const CFrameInfo& info, ByteSpan bytes, std::uint64_t streamOffset) {
+        if (Count == Slots.size())
+            Grow();
+        CFrameData& slot = Slots[Wrapped(First + Count++)];
+        slot.Assign(info, bytes, streamOffset);
+        return slot;
+    }
+    /// The oldest frame; the queue must not be empty.
+    const CFrameData& Front() const { return Slots[First]; }
+    /// The oldest frame in place, to be used and then dropped: cheaper than Pop.
+    CFrameData& Front() { return Slots[First]; }
+    /// Moves the oldest frame out by exchanging it with `frame`, whose memory the ring keeps. False
+    /// when empty.
+    bool Pop(CFrameData& frame);
+    /// Drops the oldest frame.
+    void DropFront();
+    void Clear();
+
+  private:
+    std::size_t Wrapped(std::size_t index) const {
+        return index < Slots.size() ? index : index - Slots.size();
+    }
+    void Grow();
+
+    std::vector<CFrameData> Slots;
+    std::size_t First = 0;
+    std::size_t Count = 0;
+};
+
+} // namespace qor

@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// The loop of a port's worker: a read and a status wait are always under way, and whichever is done
+// is collected and issued again.
+#include "telemetry/PortWorker.h"
+
+#include "platform/SystemText.h"
+#include "telemetry/TelemComm.h"
+
+#include <tuple>
+
+namespace qor {
+
+namespace {
+
+constexpr int WaitMilliseconds = 100;
+constexpr std::size_t BufferReserve = 100;
+
+} // namespace
+
+CommResult CPortWorker::Work() {
+    if (CommResult result = Prepare(); result != CommResult::Success)
+        return result;
+    for (bool started = false;; started = true) {
+        if (!ReadPending)
+            if (CommResult result = IssueRead(); result != CommResult::Success)
+                return result;
+        if (!StatusPending)
+            if (CommResult result = IssueStatusWait(); result != CommResult::Success)
+                return result;
+        if (!started)
+            Resource.WorkerRuns();
+        if (ReadPending || StatusPending)
+            if (CommResult result = WaitForEither(); result != CommResult::Success)
+                return result;
+        if (Resource.Stop.IsSet())
+            return CommResult::Success;
+    }
+}
+
+CommResult CPortWorker::Prepare() {
+    // calloc's memory is zero without being touched: a large buffer costs only what is used of it.
+    Memory.reset(static_cast<std::uint8_t*>(
+        std::calloc(std::size_t{Resource.Serial.bufferSize} + BufferReserve, 1)));
+    if (Memory == nullptr)
+        return Failed(CommResult::ReadBufferNotAllocated, SystemErrorNoMemory);
+    if (SystemError error = Port.CreateInput())
+        return Failed(CommResult::InputEventNotCreated, error);
+    // Clears errors from before. A failure is left to the first decoding that matters: bytes may
+    // well come without it.
+    std::ignore = DecodeStatus(0);
+    return CommResult::Success;
+}
+
+CommResult CPortWorker::IssueRead() {
+    std::size_t got = 0;
+    IssueResult issued = Port.IssueRead({Memory.get(), Resource.Serial.bufferSize}, got);
+    if (issued == IssueResult::Failed)
+        return Failed(CommResult::ReadNotIssued, Port.LastError());
+    ReadPending = issued == IssueResult::Pending;
+    Idle = 0;
+    if (!ReadPending)
+        Resource.ReceiveBytes({Memory.get(), got});
+    return CommResult::Success;
+}
+
+CommResult CPortWorker::IssueStatusWait() {
+    std::uint32_t mask = 0;
+    IssueResult issued = Port.IssueStatusWait(mask);
+    if (issued == IssueResult::Failed)
+        return Failed(CommResult::StatusWaitNotIssued, Port.LastError());
+    StatusPending = issued == IssueResult::Pending;
+    return StatusPending ? CommResult::Success : DecodeStatus(mask);
+}
+
+CommResult CPortWorker::WaitForEither() {
+    // A read that completed at once may have left bytes behind: only look, then read again.
+    switch (Port.Wait(ReadPending ? WaitMilliseconds : 0)) {
+    case WaitResult::ReadDone:
+        return CollectRead();
+    case WaitResult::StatusDone:
+        return CollectStatus();
+    case WaitResult::TimeOut:
+        if (ReadPending)
+            CountSilence();
+        break;
+    }
+    return CommResult::Success;
+}
+
+CommResult CPortWorker::CollectRead() {
+    std::size_t got = 0;
+    if (SystemError error = Port.CollectRead(got))
+        return Failed(CommResult::ReadNotCollected, error);
+    ReadPending = false;
+    Idle = 0;
+    Resource.ReceiveBytes({Memory.get(), got});
+    return CommResult::Success;
+}
+
+CommResult CPortWorker::CollectStatus() {
+    std::uint32_t mask = 0;
+    if (SystemError error = Port.CollectStatus(mask))
+        return Failed(CommResult::StatusNotCollected, error);
+    StatusPending = false;
+    return DecodeStatus(mask);
+}
+
+CommResult CPortWorker::DecodeStatus(std::uint32_t mask) {
+    return Resource.Line.Decode(Port, Resource.Name(), mask, LastError);
+}
+
+void CPortWorker::CountSilence() {
+    if (Idle < Resource.IdleTimeoutCount)
+        ++Idle;
+    else
+        Resource.ReportSilence();
+}
+
+} // namespace qor
