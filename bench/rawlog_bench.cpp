@@ -33,8 +33,7 @@ struct Bench {
                                                "VALUE NONE '' 4 BU 0 COUNT\n"
                                                "REST NONE '' 50 AS 0 NONE\n"
                                                "FRAME COUNTER '' 1 BU 0 COUNT\n";
-        const ResourceId port =
-            Doc.AddSerialResource({.portName = "PORT", .globalSyncString = ""});
+        const ResourceId port = Doc.AddSerialResource({.portName = "PORT", .globalSyncString = ""});
         const InstrumentId id = Doc.AddInstrument(Folder + "BENCH.cal", port).id;
         CRecursiveLock lock(Doc.DocLock);
         Instrument = Doc.Find(id);

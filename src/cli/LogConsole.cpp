@@ -3,10 +3,10 @@
 
 #include "base/Text.h"
 #include "cli/InstrumentOptions.h"
-#include "session/PortText.h"
 #include "cli/Report.h"
 #include "export/Output.h"
 #include "platform/SystemText.h"
+#include "session/PortText.h"
 
 #include <algorithm>
 #include <utility>
