@@ -112,23 +112,6 @@ class Calls(Folder):
 class Playback(Folder):
     OPTIONS = ("-d", RADIOMETER, "-d", PROFILER, "-d", GPS)
 
-    def test_every_read_size_gives_the_same_frames(self):
-        raw = self.simulated("--raw-log", *self.OPTIONS, "--frames", "60", "--noise", "23", "--drop", "0.1",
-                             "--corrupt", "0.1", "--rate", "10", "--seed", "7")
-        expected = run("decode", *self.OPTIONS, "--format", "jsonl", str(raw)).stdout
-        frames = [json.loads(line) for line in expected.splitlines()]
-        self.assertGreater(len(frames), 40)
-        self.assertTrue(any(frame["checksum_error"] for frame in frames))
-        self.assertTrue(any(frame["dropped"] for frame in frames))
-        for chunk in ("1", "3", "7", "128", "2048", "1000000"):
-            got = run("decode", *self.OPTIONS, "--format", "jsonl", "--chunk", chunk, str(raw)).stdout
-            self.assertEqual(got, expected, f"chunk {chunk}")
-        data = raw.read_bytes()
-        headers = {shape["instrument"]: shape["sync_header"].encode("latin-1")
-                   for shape in map(definition, (RADIOMETER, PROFILER, GPS))}
-        for frame in frames:
-            self.assertTrue(data[frame["offset"]:].startswith(headers[frame["instrument"]]))
-
     def test_csv_and_json_hold_the_same_numbers(self):
         raw = self.simulated("--raw-log", "-d", PROFILER, "--frames", "20", "--start", "2026-06-21T12:00:00")
         frames = decoded("-d", PROFILER, str(raw))
@@ -211,21 +194,6 @@ class Playback(Folder):
             complete = frames[:-1] if frames and frames[-1]["time"] is None else frames
             self.assertEqual(complete, whole[:len(complete)])
 
-
-    def test_the_sample_cast_gives_its_derived_products(self):
-        frames = decoded("-p", str(SOURCE / "examples/cast.sip"), "--wet=QOREDW118", "--wet=QORLUW119",
-                         "--saturation-irradiance", "200", "--derived", str(SOURCE / "examples/cast.raw"))
-        self.assertEqual(len(frames), 4400)
-        for line in (SOURCE / "tests/golden/cast/derived.jsonl").read_text("utf-8").splitlines():
-            number, instrument, frame, when, derived = json.loads(line)
-            got = frames[number]
-            self.assertEqual([got["instrument"], got["frame"], got["time"]], [instrument, frame, when])
-            self.assertEqual([row[:2] for row in got["derived"]], [row[:2] for row in derived])
-            for row, expected in zip(got["derived"], derived):
-                if expected[2] is None:
-                    self.assertIsNone(row[2], row)
-                else:
-                    self.assertAlmostEqual(row[2], expected[2], delta=1e-9 * max(1.0, abs(expected[2])))
 
 
 class Acquisition(Folder):

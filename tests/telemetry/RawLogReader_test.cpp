@@ -80,7 +80,7 @@ TEST_F(ARawLog, TimesAreFoundWhereverPiecesEnd) {
     for (std::size_t before : {0U, 262144U - 20, 262144U - 3, 262144U + 128 - 3}) {
         const std::string junk(before, 'j');
         CRawLogReader reader = Read(Head + junk + Tag(Begin + 1) + stamp(2) + junk + stamp(3) +
-                                    Tag(Begin + 4) + stamp(5).substr(0, 31));
+                                    Tag(Begin + 4) + stamp(5).substr(0, 30));
         const RawLogTimes& times = reader.Times();
         EXPECT_EQ(times.timeStamps, 2U) << before << ": a sentence cut off is none";
         EXPECT_EQ(times.firstTimeStamp.seconds, Begin + 2);
