@@ -31,5 +31,6 @@ void AddCompareCommand(CLI::App& app, CommandContext& context);
 void AddLogCommand(CLI::App& app, CommandContext& context);
 void AddSimulateCommand(CLI::App& app, CommandContext& context);
 void AddInfoCommand(CLI::App& app, CommandContext& context);
+void AddPageCommand(CLI::App& app, CommandContext& context);
 
 } // namespace qor

@@ -40,6 +40,7 @@ int Run(int argc, char** argv) {
     qor::AddLogCommand(app, context);
     qor::AddSimulateCommand(app, context);
     qor::AddInfoCommand(app, context);
+    qor::AddPageCommand(app, context);
 
     // The parser would take the word behind a bare --wet for its value.
     std::replace(arguments.begin(), arguments.end(), std::string("--wet"),

@@ -55,6 +55,9 @@ bool CAncViewSettings::Load(const CProfileStore& store, const std::string& prefi
 int CAncViewDlg::Refresh(const CQorViewDoc& doc) {
     CRecursiveLock lock(doc.DocLock);
     const CQorViewIns* instrument = doc.Find(doc.FindInstrument(Name));
+    Now = doc.Clock.MonotonicMilliseconds();
+    if (instrument && instrument->Live.Stale(Now) != WasStale)
+        LastFrame = -1; // what was live is to look old, though no frame comes
     if (instrument && instrument->Id != Shown)
         Initialise(*instrument);
     return Update(instrument);
@@ -74,7 +77,7 @@ void CAncViewDlg::Initialise(const CQorViewIns& instrument) {
     BuildSensorPage(instrument);
     Products = CInstrumentRows(instrument.Live);
     for (const DerivedRow& row : Products.Rows())
-        Derived.rows.push_back({row.label, row.units, {}});
+        Derived.rows.push_back({.label = row.label, .units = row.units, .value = {}});
 }
 
 void CAncViewDlg::BuildSensorPage(const CQorViewIns& instrument) {
@@ -90,8 +93,9 @@ void CAncViewDlg::BuildSensorPage(const CQorViewIns& instrument) {
             continue;
         const bool fewDecimals = &sensor == timer || &sensor == strain;
         SensorRows.push_back({sensor.Index, fewDecimals ? TimeDecimals : ValueDecimals});
-        Sensors.rows.push_back(
-            {SensorName(sensor), sensor.Units.empty() ? "" : "(" + sensor.Units + ")", {}});
+        Sensors.rows.push_back({.label = SensorName(sensor),
+                                .units = sensor.Units.empty() ? "" : "(" + sensor.Units + ")",
+                                .value = {}});
     }
 }
 
@@ -100,6 +104,7 @@ int CAncViewDlg::Update(const CQorViewIns* instrument) {
         instrument->Live.FrameNumber() == LastFrame)
         return 0;
     LastFrame = instrument->Live.FrameNumber();
+    WasStale = instrument->Live.Stale(Now);
     if (Settings.PageIndex == CAncViewSettings::SensorPage)
         UpdateSensorPage(*instrument);
     if (Settings.PageIndex == CAncViewSettings::DerivedPage)
@@ -117,16 +122,23 @@ void CAncViewDlg::UpdateSensorPage(const CQorViewIns& instrument) {
         static_cast<void>(FormatField(*sensor, instrument.Live.CurrentFrame()->Span(),
                                       instrument.Live.Immersed, view, SensorRows[i].decimals,
                                       Sensors.rows[i].value.text));
+        double number = 0.0;
+        const bool has = instrument.Live.Value(*sensor, number) == ConversionStatus::Good;
+        Sensors.rows[i].number = has ? std::optional(number) : std::nullopt;
+        Sensors.rows[i].stale = instrument.Live.Stale(Now);
     }
 }
 
 void CAncViewDlg::UpdateDerivedPage(const CQorViewIns& instrument) {
     Signal.blinkPhase = !Signal.blinkPhase;
     Products.Read(instrument.Live, Rows);
+    const bool stale = instrument.Live.Stale(Now);
     Derived.beep = false;
     for (std::size_t i = Visible.first; i < Rows.size() && Visible.Contains(i); ++i) {
         GridCell& cell = Derived.rows[i].value;
         cell.text = DerivedText(Rows[i]);
+        Derived.rows[i].number = Rows[i].value;
+        Derived.rows[i].stale = stale;
         if (Rows[i].kind != ANCDATATYPE::Tilt || !Rows[i].value)
             PaintUnwatched(cell);
         else if (PaintWatched(Settings.TiltWarnings, *Rows[i].value, Signal, cell))

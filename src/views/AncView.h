@@ -91,6 +91,8 @@ class CAncViewDlg {
     std::string Name;
     InstrumentId Shown = InstrumentId::None;
     std::vector<DerivedRow> Rows; ///< its memory is used from update to update
+    std::int64_t Now = 0;         ///< monotonic milliseconds, of the latest refresh
+    bool WasStale = false;
 };
 
 } // namespace qor

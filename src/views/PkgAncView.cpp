@@ -73,7 +73,7 @@ void CPkgAncViewDlg::Initialise(const CPackage& package) {
     LastFrames.assign(package.Live.size(), -1);
     Grid = {Format("Package %s - %s", package.Name.c_str(), "Ancillary View"), {}};
     for (const DerivedRow& row : package.Products.Rows())
-        Grid.rows.push_back({row.label, row.units, {}});
+        Grid.rows.push_back({.label = row.label, .units = row.units, .value = {}});
     SalinityText.clear();
     if (package.Products.LacksSalinity(package.Settings))
         SalinityText =
@@ -101,6 +101,8 @@ int CPkgAncViewDlg::Update(const CPackage& package, const CPackageRows::Inputs& 
     for (std::size_t i = Visible.first; i < Rows.size() && Visible.Contains(i); ++i) {
         GridCell& cell = Grid.rows[i].value;
         cell.text = DerivedText(Rows[i]);
+        Grid.rows[i].number = Rows[i].value;
+        Grid.rows[i].stale = Rows[i].stale;
         const WarningRanges* ranges = RangesOf(Settings, Rows[i].kind);
         if (!ranges || !Rows[i].value)
             PaintUnwatched(cell);
