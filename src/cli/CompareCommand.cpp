@@ -107,6 +107,8 @@ int RunCompare(const CompareOptions& options, CommandContext& context) {
         CPlayedFile playback(options.chunk);
         ComparedPair pair;
         well = playback.Open(path, options.instruments) && well;
+        if (playback.IsBadCall())
+            return ExitBadCall;
         if (!playback.IsOpen() || !FindPair(playback, options, pair)) {
             well = false;
             continue;

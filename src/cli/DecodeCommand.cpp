@@ -152,6 +152,8 @@ int DecodeToCsv(const DecodeOptions& options, CommandContext& context) {
     for (const std::string& path : options.files) {
         CPlayedFile playback(options.chunk);
         well = playback.Open(path, options.instruments) && well;
+        if (playback.IsBadCall())
+            return ExitBadCall;
         if (!playback.IsOpen())
             continue;
         if (playback.Instruments().size() > 1 && options.output.empty()) {
@@ -222,6 +224,8 @@ int DecodeToStream(const DecodeOptions& options, CommandContext& context) {
     for (const std::string& path : options.files) {
         CPlayedFile playback(options.chunk);
         well = playback.Open(path, options.instruments) && well;
+        if (playback.IsBadCall())
+            return ExitBadCall;
         if (!playback.IsOpen())
             continue;
         CFrameStream stream(output, options, path, playback);

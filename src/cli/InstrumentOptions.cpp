@@ -5,6 +5,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
+
 namespace qor {
 
 namespace {
@@ -91,6 +93,11 @@ void AddPackageOptions(CLI::App& command, PackageSettings& settings) {
 void ReportRefusal(const Refusal& refusal) {
     ReportError(refusal.subject + ": " + refusal.reason +
                 (refusal.hasParseLog ? " See qorview-cli check." : ""));
+}
+
+bool HasUnknownName(const std::vector<Refusal>& refusals) {
+    return std::ranges::any_of(
+        refusals, [](const Refusal& refusal) { return refusal.kind == Refusal::Kind::Name; });
 }
 
 bool ReportRefusals(const std::vector<Refusal>& refusals) {

@@ -27,6 +27,8 @@ void AddPackageOptions(CLI::App& command, PackageSettings& settings);
 
 /// One error line.
 void ReportRefusal(const Refusal& refusal);
+/// Whether a name was given that nothing has: a wrong call.
+bool HasUnknownName(const std::vector<Refusal>& refusals);
 /// One error line each; false when there is any.
 bool ReportRefusals(const std::vector<Refusal>& refusals);
 

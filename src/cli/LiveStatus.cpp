@@ -30,10 +30,11 @@ std::string CLiveStatus::Line(const ResourceStatus& status, double seconds, std:
     std::uint64_t& last = LastFrames[status.id];
     double rate = static_cast<double>(status.frames - last) / seconds;
     last = status.frames;
-    const char* state = status.figures.abortCode != 0 ? "ABORTED"
-                        : !status.figures.connected   ? "not connected"
-                        : status.figures.waiting      ? "waiting"
-                                                      : "reading";
+    const char* state = status.reconnects && !status.figures.connected ? "lost, trying"
+                        : status.figures.abortCode != 0                ? "ABORTED"
+                        : !status.figures.connected                    ? "not connected"
+                        : status.figures.waiting                       ? "waiting"
+                                                                       : "reading";
     auto frames = static_cast<unsigned long long>(status.frames);
     auto dropped = static_cast<unsigned long long>(status.dropped);
     auto checksumErrors = static_cast<unsigned long long>(status.checksumErrors);

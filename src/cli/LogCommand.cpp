@@ -83,6 +83,11 @@ int RunLog(const CLI::App& command, LogCallOptions& options, CommandContext& con
         wrong = ReadSpans(options);
     if (wrong.empty() && options.name.find_first_of("/\\") != std::string::npos)
         wrong = "--name " + options.name + ": give the file's name alone, and its folder with -o.";
+    const bool hasGps = std::ranges::any_of(options.names.roles, [](const RoleAssignment& one) {
+        return one.role == InstrumentRole::Gps;
+    });
+    if (wrong.empty() && options.log.gpsHeaderEnabled && !hasGps)
+        wrong = "--gps-header needs the instrument that gives the position: --role NAME=gps.";
     if (!wrong.empty()) {
         ReportError(wrong);
         return ExitBadCall;
@@ -149,6 +154,10 @@ void AddLogCommand(CLI::App& app, CommandContext& context) {
                       "Position and sentence list of the instrument in the gps role in the header");
     command->add_flag("--overwrite", options.log.overwriteExisting,
                       "Replace an existing log of the same name");
+    command->add_flag("--reconnect", options.reconnect,
+                      "Try a port that is lost, or not there yet, again until the run ends");
+    command->add_flag("--partly", options.partly,
+                      "Log with what can be used when some definition cannot");
     command->add_flag("--quiet", context.quiet, "No status lines");
     AddStationOptions(*command, options.station);
     command->callback([command, &context] {

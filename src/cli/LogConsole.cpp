@@ -34,19 +34,23 @@ constexpr Trouble Troubles[] = {
     {EventKind::FramesLost, true, true, "The program had no time for them; close other programs."},
     {EventKind::BytesLost, true, true, "Is it the right definition?"},
     {EventKind::PositionKept, true, false, "The typed position stands there."},
+    {EventKind::UnitsUnknown, true, false, "Nothing is derived from it."},
+    {EventKind::PortLost, true, false, ""},
+    {EventKind::PortBack, true, false, ""},
 };
 
 } // namespace
 
 CLogConsole::CLogConsole(LogRunPlan plan, CommandContext& context)
     : Context(context), Directory(plan.directory), WantsPosition(plan.log.gpsHeaderEnabled),
+      Partly(plan.partly), Reconnects(plan.reconnect),
       Document(Clock, MakeSystemSerialPort, User, Profile), LogRun(Document, std::move(plan)) {}
 
 void CLogConsole::ReportPorts() {
     const std::vector<PortRefusal>& refused = LogRun.PortRefusals();
     for (; PortsReported < refused.size(); ++PortsReported) {
         const PortRefusal& port = refused[PortsReported];
-        Fault = true;
+        Fault = Fault || !Reconnects;
         std::string why = Format("0x%08x", static_cast<unsigned>(port.result));
         if (port.systemError != 0)
             why += ": " + OneLine(SystemErrorText(port.systemError));
@@ -59,7 +63,8 @@ void CLogConsole::ReportPorts() {
                         OneLine(CommDetail(port.result)));
         else
             ReportError(port.settings.portName + ": could not be connected (" + why +
-                        "). Is it a serial port, not in use, and may you open it?");
+                        "). Is it a serial port, not in use, and may you open it?" +
+                        (Reconnects ? " It is tried again." : ""));
     }
 }
 
@@ -72,8 +77,11 @@ bool CLogConsole::ReportTroubles(CLiveStatus* status) {
             continue;
         if (status)
             status->Erase();
+        if (event.kind == EventKind::PortLost && !Reconnects)
+            continue; // said as an abort
         std::string text = (trouble->namesSubject ? "" : event.subject + ": ") +
-                           OneLine(event.text) + " " + std::string(trouble->advice);
+                           OneLine(event.text) + (trouble->advice.empty() ? "" : " ") +
+                           std::string(trouble->advice);
         (trouble->fault ? ReportError : ReportWarning)(text);
         Fault = Fault || trouble->fault;
         any = any || trouble->fault;
@@ -83,7 +91,8 @@ bool CLogConsole::ReportTroubles(CLiveStatus* status) {
 
 void CLogConsole::NoteAborts(CLiveStatus& status, const SessionSnapshot& snapshot) {
     for (const ResourceStatus& resource : snapshot.resources) {
-        if (resource.figures.abortCode == 0 || std::ranges::count(Aborted, resource.id) > 0)
+        if (resource.reconnects || resource.figures.abortCode == 0 ||
+            std::ranges::count(Aborted, resource.id) > 0)
             continue;
         Aborted.push_back(resource.id);
         Fault = true;
@@ -99,6 +108,7 @@ void CLogConsole::Watch() {
     while (!Context.stopEvent.Wait(WatchMilliseconds) && !User.CloseRequested.IsSet()) {
         NoteAborts(status, Document.Snapshot());
         ReportTroubles(&status);
+        User.Print();
         status.Update();
         const CLogRun::State state = LogRun.Look();
         if (state == CLogRun::State::Going)
@@ -143,8 +153,16 @@ bool CLogConsole::Begin() {
 int CLogConsole::Run() {
     const bool ports = LogRun.SetUp();
     ReportPorts();
-    if (!ReportRefusals(LogRun.Refusals()) || !ports)
+    const bool usable = ReportRefusals(LogRun.Refusals());
+    if (HasUnknownName(LogRun.Refusals()))
+        return ExitBadCall;
+    Fault = Fault || !usable;
+    const bool instruments = LogRun.HasInstruments();
+    if (!ports || !instruments || (!usable && !Partly)) {
+        if (ports && !usable && instruments)
+            ReportError("nothing was logged; --partly logs what can be used.");
         return ExitFault;
+    }
     // What the ports receive waits in their queues until there is a log for it; where no port can
     // be had no log is begun, or replaced, in vain.
     const bool connected = LogRun.Connect();
@@ -165,7 +183,13 @@ int CLogConsole::Run() {
         ReportError("the system has no thread to give; close other programs.");
         Fault = true;
     }
+    for (const ResourceStatus& resource : Document.Snapshot().resources)
+        if (resource.reconnects && !resource.figures.connected) {
+            ReportError(resource.name + ": it was not there when the run ended.");
+            Fault = true;
+        }
     LogRun.End();
+    User.Print();
     Fault = Fault || LogRun.Failed();
     ReportTroubles(nullptr);
     Summarise();

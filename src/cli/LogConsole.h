@@ -29,6 +29,8 @@ class CLogConsole {
     CommandContext& Context;
     const std::string Directory;
     const bool WantsPosition;
+    const bool Partly;
+    const bool Reconnects;
     CSystemClock Clock;
     CTerminalUser User;
     CMemoryProfileStore Profile;

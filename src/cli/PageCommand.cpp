@@ -2,11 +2,11 @@
 //
 // qorview-cli page: plays a raw log and prints a page as a window would show it at the end, or at a
 // moment before. A window is one row of the table.
+#include "base/Text.h"
 #include "cli/Commands.h"
 #include "cli/PageText.h"
 #include "cli/PlayedFile.h"
 #include "cli/Report.h"
-#include "base/Text.h"
 #include "views/AncView.h"
 #include "views/PkgAncView.h"
 #include "views/RealityCheck.h"
@@ -122,6 +122,8 @@ int RunPage(PageOptions& options, CommandContext& context) {
     }
     CPlayedFile playback(options.chunk ? options.chunk : until ? 2048 : 0);
     bool well = playback.Open(options.files.front(), options.instruments);
+    if (playback.IsBadCall())
+        return ExitBadCall;
     if (!playback.IsOpen())
         return ExitFault;
     if (options.instrument.empty())

@@ -31,6 +31,8 @@ class CPlayedFile {
     /// one. With a fault in some definition the others still play: see IsOpen.
     bool Open(const std::string& path, const InstrumentSelection& selection);
     bool IsOpen() const { return Opened; }
+    /// Whether the call names an instrument that is not there: nothing is to be printed (2).
+    bool IsBadCall() const { return HasUnknownName(Playback.Refusals()); }
 
     /// The instruments, in the order in which they were named.
     const std::vector<CQorViewIns*>& Instruments() const { return Playback.Instruments(); }

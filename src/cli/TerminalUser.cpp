@@ -5,34 +5,51 @@
 #include "cli/Report.h"
 #include "platform/Console.h"
 
+#include <utility>
+
 namespace qor {
 
 void CTerminalUser::ShowMessage(const std::string& text) {
+    if (Quiet)
+        return;
     {
         CLock lock(Guard);
-        Shown.push_back(text);
+        Waiting.push_back(OneLine(text));
     }
-    if (!Quiet)
-        ReportWarning(OneLine(text));
+    if (std::this_thread::get_id() == Owner)
+        Print();
 }
 
 bool CTerminalUser::AskYesNo(const std::string& text) {
-    ReportWarning(OneLine(text) + " Nobody can be asked here: answered No.");
+    ShowMessage(text + " Nobody can be asked here: answered No.");
     return false;
 }
 
 void CTerminalUser::Beep(BeepKind) {
-    if (IsTerminal(StandardStream::Error))
-        WriteError("\a");
+    {
+        CLock lock(Guard);
+        BeepWaits = true;
+    }
+    if (std::this_thread::get_id() == Owner)
+        Print();
 }
 
 bool CTerminalUser::ConfirmLog(const std::string&) {
     return true;
 }
 
-std::vector<std::string> CTerminalUser::Messages() const {
-    CLock lock(Guard);
-    return Shown;
+void CTerminalUser::Print() {
+    std::vector<std::string> texts;
+    bool beep;
+    {
+        CLock lock(Guard);
+        texts.swap(Waiting);
+        beep = std::exchange(BeepWaits, false);
+    }
+    for (const std::string& text : texts)
+        ReportWarning(text);
+    if (beep && IsTerminal(StandardStream::Error))
+        WriteError("\a");
 }
 
 } // namespace qor

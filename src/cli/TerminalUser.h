@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
 // The operator's seat of the command line: messages go to standard error, nothing is ever asked.
-// From any thread.
+// What its own thread says is written at once; what other threads say waits for its next Print, so
+// that no thread of the engine is ever held up by a terminal that nobody reads.
 #pragma once
 
 #include "base/Lock.h"
@@ -9,6 +10,7 @@
 #include "session/UserService.h"
 
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace qor {
@@ -25,15 +27,17 @@ class CTerminalUser : public CUserService {
     bool ConfirmLog(const std::string& displayName) override;
     void RequestClose() override { CloseRequested.Set(); }
 
-    /// What has been shown so far.
-    std::vector<std::string> Messages() const;
+    /// Writes what other threads have said since the last time. On the thread that made this.
+    void Print();
 
     CEvent CloseRequested;
 
   private:
     const bool Quiet;
-    mutable CMutex Guard; ///< a leaf
-    std::vector<std::string> Shown GUARDED_BY(Guard);
+    const std::thread::id Owner = std::this_thread::get_id();
+    CMutex Guard; ///< a leaf
+    std::vector<std::string> Waiting GUARDED_BY(Guard);
+    bool BeepWaits GUARDED_BY(Guard) = false;
 };
 
 } // namespace qor

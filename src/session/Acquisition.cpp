@@ -28,7 +28,8 @@ std::size_t CAcquisition::TakeFrames() {
         if (i >= Session.Resources.size())
             break;
         CQorViewRes& resource = *Session.Resources[i];
-        if (!resource.IsFile() || resource.Playing)
+        const bool waits = resource.IsFile() && (!resource.Playing || RawLog.IsCrowded());
+        if (!waits)
             total += TakeBatch(resource);
     }
     RawLog.ShowPending();
@@ -67,6 +68,12 @@ bool CAcquisition::IsPlaying() const {
     CRecursiveLock lock(Session.DocLock);
     return std::ranges::any_of(Session.Resources,
                                [](const auto& resource) { return resource->Playing; });
+}
+
+void CAcquisition::StopPlaying() {
+    CRecursiveLock lock(Session.DocLock);
+    for (const auto& resource : Session.Resources)
+        resource->Playing = false;
 }
 
 bool CAcquisition::AtEnd(ResourceId resource) const {

@@ -34,6 +34,8 @@ class CAcquisition {
     void TakeFramesOf(ResourceId resource, InstrumentId instrument, CFrameQueue& held);
     /// Whether some file is being read on.
     bool IsPlaying() const;
+    /// Files are not read on.
+    void StopPlaying();
     /// True when a file resource has given all that it has (and for any other resource).
     bool AtEnd(ResourceId resource) const;
 

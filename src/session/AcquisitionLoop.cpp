@@ -35,10 +35,12 @@ void CAcquisitionLoop::Stop() {
     if (!Running)
         return;
     Stopping.Set();
+    Doc.User.CancelQuestions(); // the ticker may be waiting for an answer
     Doc.Controller()->Commands().Wake();
     Acquisition.Join();
     Ticker.Join();
     Running = false;
+    Doc.Acquisition.StopPlaying(); // where it is: its rest is not for this run
     while (Take(0)) {
     }
 }
@@ -67,6 +69,7 @@ bool CAcquisitionLoop::TickIfDue() {
     if (TickPlanned && Doc.Clock.MonotonicMilliseconds() < NextTick)
         return false;
     Doc.RawLog.OnLogTick();
+    Doc.Ports.Tend();
     const std::int64_t now = Doc.Clock.MonotonicMilliseconds();
     const std::int64_t nextSecond = now + 1000 - Doc.Clock.Now().milliseconds;
     const std::int64_t timer = Doc.RawLog.NextTimer();

@@ -26,7 +26,7 @@ class CAcquisitionLoop {
     bool Start();
     /// Ends the threads, then takes every frame and message that is still there. Harmless when not
     /// started. Disconnect first, then end the log, then stop. A question to the operator that the
-    /// tick waits for has to be answered or taken away before.
+    /// tick waits for is taken back.
     void Stop();
 
     /// One round on the calling thread instead (not while started): waits at most so long for a

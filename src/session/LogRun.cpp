@@ -87,11 +87,19 @@ bool CLogRun::SetUpPort(const PortPlan& port) {
         PortsRefused.push_back({settings, result, 0});
         return false;
     }
+    Doc.SetReconnect(resource, Plan.reconnect);
     for (const std::string& path : port.instruments.definitions)
         Setup.AddDefinition(path, resource);
     for (LoadedPackage& loaded : packages)
         Setup.AddPackage(std::move(loaded), resource, port.instruments.packageSettings);
     return true;
+}
+
+bool CLogRun::HasInstruments() const {
+    for (const ResourceStatus& resource : Doc.Snapshot().resources)
+        if (!resource.instruments.empty())
+            return true;
+    return false;
 }
 
 bool CLogRun::Connect() {

@@ -28,7 +28,8 @@ struct LogRunPlan {
     std::string sessionLogDirectory; ///< empty: that of the logs
     LogOptions log;
     StationInformation station;
-    bool reconnect = false;
+    bool reconnect = false; ///< ports that are lost, or not there yet, are tried until the end
+    bool partly = false;    ///< start although some definition or member cannot be used
 };
 
 /// A port that could not be had.
@@ -45,6 +46,8 @@ class CLogRun {
     /// Fills the document. What could not be used is in Refusals and PortRefusals. False when a
     /// port was refused.
     bool SetUp();
+    /// Whether there is anything to log.
+    bool HasInstruments() const;
     /// Connects every port. True when at least one is connected or will be tried again.
     bool Connect();
     /// With a position in the header: waits at most so long for one. What other instruments on

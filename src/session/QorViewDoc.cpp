@@ -22,7 +22,7 @@ constexpr const char* LoggingSoundsKey = "Logging Sounds";
 CQorViewDoc::CQorViewDoc(CClock& clock, SerialPortFactory makePort, CUserService& user,
                          CProfileStore& profile)
     : SessionState(clock, user, profile), SessionLog(*this), RawLog(*this, *this),
-      Acquisition(*this, RawLog, SessionLog), Packages(*this) {
+      Acquisition(*this, RawLog, SessionLog), Packages(*this), Ports(*this, *this) {
     AttachController(std::make_unique<CTelemControl>(clock, std::move(makePort)));
     Acquisition.Use(*Controller());
 }
@@ -105,7 +105,8 @@ ResourceId CQorViewDoc::AddFileResource(const std::string& path,
 }
 
 CommResult CQorViewDoc::RemoveResource(ResourceId resource) {
-    CommResult disconnected = DisconnectResource(resource);
+    CLock ports(PortsLock);
+    CommResult disconnected = Disconnect(resource);
     if (disconnected == CommResult::ResourceReference || disconnected == CommResult::StillConnected)
         return disconnected;
     CRecursiveLock lock(DocLock);
@@ -194,13 +195,32 @@ CommResult CQorViewDoc::RemoveInstrument(InstrumentId instrument) {
 }
 
 CommResult CQorViewDoc::ConnectResource(ResourceId resource) {
+    CLock ports(PortsLock);
     const std::string name = NameOf(resource);
     if (name.empty())
         return NoResource("Unable to connect communications resource.");
+    {
+        CRecursiveLock lock(DocLock);
+        CQorViewRes* found = Find(resource);
+        found->Wanted = true;
+        if (!found->Comm.Figures().connected)
+            found->BeginConnection();
+    }
     return Controller()->ConnectResource(name);
 }
 
+void CQorViewDoc::SetReconnect(ResourceId resource, bool on) {
+    CRecursiveLock lock(DocLock);
+    if (CQorViewRes* found = Find(resource))
+        found->Reconnect = on;
+}
+
 CommResult CQorViewDoc::DisconnectResource(ResourceId resource) {
+    CLock ports(PortsLock);
+    return Disconnect(resource);
+}
+
+CommResult CQorViewDoc::Disconnect(ResourceId resource) {
     const std::string name = NameOf(resource);
     if (name.empty())
         return NoResource("Unable to disconnect communications resource.");
@@ -211,6 +231,8 @@ CommResult CQorViewDoc::DisconnectResource(ResourceId resource) {
             found->Playing = false;
             return CommResult::Success;
         }
+        if (found)
+            found->Wanted = false;
     }
     CFrameQueue left;
     CommResult result = Controller()->DisconnectResource(name, &left);
@@ -285,6 +307,7 @@ ResourceStatus CQorViewDoc::StatusOf(const CQorViewRes& resource) const {
     status.name = resource.Name();
     status.isFile = resource.IsFile();
     status.playing = resource.Playing;
+    status.reconnects = resource.Reconnect && resource.Wanted;
     status.serial = resource.Serial;
     status.figures = resource.Comm.Figures();
     for (const auto& instrument : resource.Instruments) {

@@ -12,6 +12,7 @@
 
 #include "session/Acquisition.h"
 #include "session/PackageList.h"
+#include "session/PortKeeper.h"
 #include "session/QorTelemetryDoc.h"
 #include "session/RawLog.h"
 #include "session/SessionLog.h"
@@ -44,6 +45,7 @@ class CQorViewDoc : public CQorTelemetryDoc, public SessionState {
     CRawLog RawLog;
     CAcquisition Acquisition;
     CPackageList Packages;
+    CPortKeeper Ports;
 
     /// Begins a session: opens the session log, reports "Beginning new session." or, with a path,
     /// "Beginning session ...".
@@ -72,7 +74,9 @@ class CQorViewDoc : public CQorTelemetryDoc, public SessionState {
     /// Connecting and disconnecting wait for the port's worker, without the document's lock.
     /// Disconnecting first processes the frames that are still queued; a file is not read on.
     CommResult ConnectResource(ResourceId resource);
-    CommResult DisconnectResource(ResourceId resource);
+    CommResult DisconnectResource(ResourceId resource) EXCLUDES(PortsLock);
+    /// Whether a port that was lost, or is not there yet, is tried again until it is disconnected.
+    void SetReconnect(ResourceId resource, bool on);
     /// Every serial resource; false when one failed.
     bool ConnectAll();
     void DisconnectAll();
@@ -96,6 +100,7 @@ class CQorViewDoc : public CQorTelemetryDoc, public SessionState {
 
   private:
     std::string NameOf(ResourceId resource) const;
+    CommResult Disconnect(ResourceId resource) REQUIRES(PortsLock);
     CommResult NoResource(const char* operation);
     ResourceStatus StatusOf(const CQorViewRes& resource) const REQUIRES(DocLock);
 

@@ -13,6 +13,11 @@ CQorViewRes::CQorViewRes(ResourceId id, CTelemComm& comm, const SerialResourceSe
 CQorViewRes::CQorViewRes(ResourceId id, CTelemComm& comm, const FileResourceSettings& settings)
     : Id(id), Comm(comm), Playback(settings), File(true) {}
 
+void CQorViewRes::BeginConnection() {
+    for (const auto& instrument : Instruments)
+        instrument->Checks.Resynchronise = true;
+}
+
 CQorViewIns* CQorViewRes::Instrument(std::string_view name) const {
     const auto found =
         std::ranges::find(Instruments, name, [](const auto& one) { return one->Name(); });

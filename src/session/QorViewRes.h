@@ -30,8 +30,13 @@ class CQorViewRes {
     SerialResourceSettings Serial; ///< of a serial port
     FileResourceSettings Playback; ///< of a file
     std::vector<std::unique_ptr<CQorViewIns>> Instruments;
-    bool Playing = false; ///< a file that the acquisition loop reads on
+    bool Playing = false;   ///< a file that the acquisition loop reads on
+    bool Reconnect = false; ///< a port that was lost is tried again
+    bool Wanted = false;    ///< a port that is to be connected
     std::uint64_t FramesReceived = 0;
+
+    /// What came before a connection says nothing about the frames after it.
+    void BeginConnection();
 
   private:
     bool File;

@@ -54,6 +54,13 @@ void CSessionSetup::AddPackage(LoadedPackage loaded, ResourceId resource,
                true);
         return;
     }
+    for (const FailedMember& member : loaded.failed)
+        Refuse(Refusal::Kind::Member, path + "(" + member.name + ")",
+               member.instrument
+                   ? "could not be loaded (" + CodeText(static_cast<std::uint32_t>(member.status)) +
+                         "). " + OneLine(member.instrument->ParseLog())
+                   : "could not be extracted.",
+               member.instrument != nullptr);
     std::vector<RefusedMember> members;
     Doc.Packages.AddPackage(std::move(loaded), resource, settings, &members);
     for (const RefusedMember& member : members)

@@ -30,6 +30,7 @@ struct ResourceStatus {
     std::string name;
     bool isFile = false;
     bool playing = false;
+    bool reconnects = false;       ///< is tried again when it is lost
     SerialResourceSettings serial; ///< of a port
     ResourceFigures figures;
     std::vector<InstrumentFigures> instruments;

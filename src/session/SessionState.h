@@ -71,6 +71,10 @@ struct SessionState {
     /// shown while it is released: do not hold it over a call that may show one.
     mutable CRecursiveMutex DocLock;
 
+    /// One connecting, disconnecting or removing of a resource at a time; taken before DocLock,
+    /// never with it held.
+    mutable CMutex PortsLock;
+
     CClock& Clock;
     CUserService& User;
     CProfileStore& Profile;

@@ -10,14 +10,20 @@ namespace qor {
 
 enum class BeepKind { Default, Asterisk };
 
+/// Showing, beeping and asking to close may come from any thread, under no lock, and return at
+/// once: an implementation posts or queues. Only questions wait for the operator; they never come
+/// from the acquisition thread and never under the document's lock.
 class CUserService {
   public:
     virtual ~CUserService() = default;
-    /// Shows a message (exclamation icon, OK).
+    /// Shows a message (exclamation icon, OK). Does not wait for the operator.
     virtual void ShowMessage(const std::string& text) = 0;
-    /// Asks yes or no; only a clear yes is consent.
+    /// Asks yes or no and waits; only a clear yes is consent.
     virtual bool AskYesNo(const std::string& text) = 0;
     virtual void Beep(BeepKind kind) = 0;
+    /// Takes back every question that is being asked: it is answered with no. Questions that come
+    /// afterwards are answered so too. For the end of a loop or a document.
+    virtual void CancelQuestions() {}
     /// Before a log begins: shows the next file's name and the station information. True: log as
     /// shown; false: do not begin.
     virtual bool ConfirmLog(const std::string& displayName) = 0;

@@ -106,7 +106,7 @@ CommResult CTelemComm::InitialiseFile(const FileResourceSettings& settings, CFil
     return CommResult::Success;
 }
 
-CommResult CTelemComm::Connect() {
+CommResult CTelemComm::Connect(bool quiet) {
     if (IsFile())
         return CommResult::Success;
     CLock operation(OperationLock);
@@ -135,7 +135,7 @@ CommResult CTelemComm::Connect() {
     if (result == CommResult::Success)
         result = StartWorker();
     if (result == CommResult::PortNotOpened || result == CommResult::WorkerNotStarted)
-        return Fail(refusal, result);
+        return quiet ? result : Fail(refusal, result);
     if (result != CommResult::Success)
         return result;
     Sink.Report(Format("%s connection successful.\r\n", ResourceName.c_str()));

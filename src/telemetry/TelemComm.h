@@ -56,7 +56,8 @@ class CTelemComm {
         EXCLUDES(OperationLock);
     /// Opens the port and starts the worker; returns when the worker runs. Success without change
     /// when connected already, and for a file.
-    CommResult Connect() EXCLUDES(OperationLock, StatusLock);
+    /// `quiet`: a port that cannot be opened is not reported (it is tried over and over).
+    CommResult Connect(bool quiet = false) EXCLUDES(OperationLock, StatusLock);
     /// Tells the worker to end, and returns at once. Disconnect still has to follow: with many
     /// ports, telling all of them first makes their workers end at the same time.
     void RequestStop() { Stop.Set(); }
