@@ -212,21 +212,6 @@ class Playback(Folder):
             self.assertEqual(complete, whole[:len(complete)])
 
 
-    def test_the_sample_cast_gives_its_derived_products(self):
-        frames = decoded("-p", str(SOURCE / "examples/cast.sip"), "--wet=QOREDW118", "--wet=QORLUW119",
-                         "--saturation-irradiance", "200", "--derived", str(SOURCE / "examples/cast.raw"))
-        self.assertEqual(len(frames), 4400)
-        for line in (SOURCE / "tests/golden/cast/derived.jsonl").read_text("utf-8").splitlines():
-            number, instrument, frame, when, derived = json.loads(line)
-            got = frames[number]
-            self.assertEqual([got["instrument"], got["frame"], got["time"]], [instrument, frame, when])
-            self.assertEqual([row[:2] for row in got["derived"]], [row[:2] for row in derived])
-            for row, expected in zip(got["derived"], derived):
-                if expected[2] is None:
-                    self.assertIsNone(row[2], row)
-                else:
-                    self.assertAlmostEqual(row[2], expected[2], delta=1e-9 * max(1.0, abs(expected[2])))
-
 
 class Acquisition(Folder):
     def setUp(self):
