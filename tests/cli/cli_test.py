@@ -112,23 +112,6 @@ class Calls(Folder):
 class Playback(Folder):
     OPTIONS = ("-d", RADIOMETER, "-d", PROFILER, "-d", GPS)
 
-    def test_every_read_size_gives_the_same_frames(self):
-        raw = self.simulated("--raw-log", *self.OPTIONS, "--frames", "60", "--noise", "23", "--drop", "0.1",
-                             "--corrupt", "0.1", "--rate", "10", "--seed", "7")
-        expected = run("decode", *self.OPTIONS, "--format", "jsonl", str(raw)).stdout
-        frames = [json.loads(line) for line in expected.splitlines()]
-        self.assertGreater(len(frames), 40)
-        self.assertTrue(any(frame["checksum_error"] for frame in frames))
-        self.assertTrue(any(frame["dropped"] for frame in frames))
-        for chunk in ("1", "3", "7", "128", "2048", "1000000"):
-            got = run("decode", *self.OPTIONS, "--format", "jsonl", "--chunk", chunk, str(raw)).stdout
-            self.assertEqual(got, expected, f"chunk {chunk}")
-        data = raw.read_bytes()
-        headers = {shape["instrument"]: shape["sync_header"].encode("latin-1")
-                   for shape in map(definition, (RADIOMETER, PROFILER, GPS))}
-        for frame in frames:
-            self.assertTrue(data[frame["offset"]:].startswith(headers[frame["instrument"]]))
-
     def test_csv_and_json_hold_the_same_numbers(self):
         raw = self.simulated("--raw-log", "-d", PROFILER, "--frames", "20", "--start", "2026-06-21T12:00:00")
         frames = decoded("-d", PROFILER, str(raw))

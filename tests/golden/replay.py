@@ -166,7 +166,7 @@ def main():
     every, rebuild = case.number("every", 1), "--rebuild" in sys.argv[3:]
     frames = decode(case, case.input)
     faults = [] if frames else ["no frames"]
-    for size in ("1", "61"):
+    for size in ("1", "7", "128", "1000000"):
         faults += differences(f"read by {size} bytes", shown(frames), shown(decode(case, case.input, chunk=("--chunk", size)))) \
             if every == 1 else []
     kept = {"frames.jsonl": shown(frames[::every])}
