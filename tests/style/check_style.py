@@ -26,9 +26,10 @@ def breaches(root):
     contents = {name: (root / name).read_bytes() for name in files(root)}
     enums = frozenset().union(*(enums_of(data.decode("latin-1")) for name, data in contents.items()
                                 if name.startswith("src/") and name.endswith((".cpp", ".h"))))
+    tree = frozenset(contents) | {str(parent) for name in contents for parent in pathlib.PurePosixPath(name).parents}
     found = collections.defaultdict(list)
     for name, data in contents.items():
-        source = Source(name, data, enums)
+        source = Source(name, data, enums, tree)
         for rule, look in RULES.items():
             found[rule, name] += [f"{name}:{line}: [{rule}] {message}" for line, message in look(source)]
     return found, len(contents), bool(enums)

@@ -20,10 +20,10 @@ LITERAL = re.compile(r"""R"(?P<mark>[^(\s]*)\(.*?\)(?P=mark)"|"(?:\\.|[^"\\\n])*
 
 class Source:
     """A file of the tree: its path below the root, its text, and the same text without comments and
-    with empty literals, line for line."""
+    with empty literals, line for line; beside it the enums of src, and all files and folders of the tree."""
 
-    def __init__(self, path, data, enums=frozenset()):
-        self.path, self.data, self.enums = path, data, enums
+    def __init__(self, path, data, enums=frozenset(), tree=frozenset()):
+        self.path, self.data, self.enums, self.tree = path, data, enums, tree
         self.text = data.decode("latin-1")
         self.is_cpp = path.endswith((".cpp", ".h"))
         parts = path.split("/")
@@ -252,6 +252,17 @@ def self_contained(source):
         yield number, f"refers to something outside the tree: {found.group()}"
 
 
+def named_files(source):
+    """What a page says about a file or folder of the tree is about one that exists."""
+    for number, found in source.find(r"(?<![\w/.*-])(?:src|tests|script|docs|bench|fuzz|cmake|examples|packaging)(?:/[\w.-]*\w)+"
+                                     r"(?![\w/]*[*<{])", source.text if source.path.endswith(".md") else ""):
+        name = found.group()
+        placeholder = name.rsplit("/", 1)[-1].isupper() or name.removeprefix("src/") in LAYERS
+        if name not in source.tree and not placeholder:
+            yield number, f"{name} is not in the tree"
+
+
 RULES = {"layers": layers, "system-headers": system_headers, "qt": qt, "exceptions": exceptions, "ascii": ascii_only,
          "licence": licence, "printing": printing, "statics": statics, "default": default_cases, "doc-lock": doc_lock,
-         "app-numbers": app_numbers, "nolint": nolint, "self-contained": self_contained}
+         "app-numbers": app_numbers, "nolint": nolint, "self-contained": self_contained,
+         "named-files": named_files}

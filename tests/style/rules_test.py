@@ -65,11 +65,15 @@ CASES = {
                         ("docs/a.md", "Part" " 3"), ("CMakeLists.txt", "# see #" "12"), ("script/x", "cd /work" "/main")],
                        [(C, "IssueRead(2); // a part 1 and Partial"), ("a.css", "color: #112233;"),
                         ("docs/a.md", "/usr/share/doc, an issue, specified")]),
+    "named-files": ([("docs/a.md", "see src/base/Gone.h."), ("README.md", "| `script/gone` |")],
+                    [("docs/a.md", "see src/base/Text.h, script/ and `src/base`; tests/<folder>/x, build/src/x, tests/golden/CASE, src/app"),
+                     ("src/base/X.h", "// src/base/Gone.h")]),
 }
 
 
 def breaches(rule, path, text):
-    return list(RULES[rule](Source(path, text.encode(), frozenset({"E"}))))
+    return list(RULES[rule](Source(path, text.encode(), frozenset({"E"}),
+                                    frozenset({"src/base/Text.h", "src/base"}))))
 
 
 class Rules(unittest.TestCase):
