@@ -6,7 +6,9 @@
 #include "fakes/TempFolder.h"
 #include "platform/WholeFile.h"
 
+#include <algorithm>
 #include <gmock/gmock.h>
+#include <limits>
 
 namespace qor {
 namespace {
@@ -95,6 +97,8 @@ TEST_F(ASession, EveryMemberArrivesAndIsWrittenInItsPlace) {
     EXPECT_EQ(again.warnings, reading.warnings);
     EXPECT_EQ(WriteSession(*again.session, Path).bytes, first.bytes);
     EXPECT_EQ(again.session->windows, session.windows);
+    std::string elsewhere = session.resources[0].instruments[1].definition;
+    std::ranges::replace(elsewhere, PathSeparator(), '/');
     EXPECT_EQ(first.bytes, R"({
   "qorview-session": 1,
   "title": "HE-612 )"
@@ -114,7 +118,7 @@ TEST_F(ASession, EveryMemberArrivesAndIsWrittenInItsPlace) {
           "x": null
         },
         {
-          "definition": ")" + std::string(session.resources[0].instruments[1].definition) +
+          "definition": ")" + elsewhere +
                                R"(",
           "title": "",
           "acquire": false,
@@ -327,10 +331,10 @@ TEST_F(ASession, DamageIsRefusedWithItsPlaceAndWhatWouldBeRight) {
 }
 
 TEST_F(ASession, HostileFilesAreRefusedBeforeTheyCost) {
-    std::string deep(200'000, '['), wide = "[0", keys = "{\"k\": 0";
-    for (int i = 0; i < 200'000; ++i)
+    std::string deep(100'000, '['), wide = "[0", keys = "{\"k\": 0";
+    for (int i = 0; i < 100'000; ++i)
         wide += ",0";
-    for (int i = 0; i < 45'000; ++i)
+    for (int i = 0; i < 5'000; ++i)
         keys += ", \"k" + std::to_string(i) + "\": 0";
     EXPECT_THAT(Read(deep).refusal, HasSubstr("nested deeper than 64 levels."));
     EXPECT_THAT(Read(With("\"note\": " + wide + ']')).refusal,
@@ -339,7 +343,7 @@ TEST_F(ASession, HostileFilesAreRefusedBeforeTheyCost) {
     const SessionReading many = Read(With("\"note\": " + keys + "}, " + keys.substr(1)));
     ASSERT_EQ(many.warnings.size(), 1u);
     EXPECT_LT(many.warnings[0].size(), 400u + Path.size());
-    EXPECT_THAT(many.warnings[0], HasSubstr(" and 44990 more."));
+    EXPECT_THAT(many.warnings[0], HasSubstr(" and 4990 more."));
 }
 
 TEST_F(ASession, PathsAreRelativeOnlyInOrBelowTheFolder) {
