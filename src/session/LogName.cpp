@@ -22,6 +22,18 @@ bool HasExtension(const std::string& name) {
     return dot != std::string::npos && inFileName && dot + 1 < name.size();
 }
 
+bool HasControl(std::string_view text) {
+    return std::ranges::any_of(text, [](unsigned char c) { return c < 0x20 || c == 0x7F; });
+}
+
+bool MayStandInName(std::string_view text) {
+    return !HasControl(text) && text.find_first_of("/\\:*?\"<>|") == std::string_view::npos;
+}
+
+bool IsLetter(char c) {
+    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+}
+
 void AdvanceCast(std::string& cast) {
     if (cast.size() < 2)
         return;
@@ -80,6 +92,37 @@ std::string LogDisplayName(const LogNaming& naming, const StationInformation& st
 std::string TimeStampFileName(const CalendarTime& local) {
     return Format("%04d-%03d-%02d%02d%02d.raw", local.year, local.dayOfYear, local.hour,
                   local.minute, local.second);
+}
+
+std::string NamingFault(const LogNaming& naming) {
+    for (const auto& [what, text] : {std::pair{"file name", &naming.logUserFileName},
+                                     std::pair{"SQM base name", &naming.sqmBaseName}})
+        if (!MayStandInName(*text))
+            return Format("The %s \"%s\" holds a character that a file's name cannot.", what,
+                          text->c_str());
+    if (naming.sqmSequence < 0 || naming.sqmSequence > LastSqmSequence)
+        return Format("The sequence number %d is not in 0 to %d.", naming.sqmSequence,
+                      LastSqmSequence);
+    return {};
+}
+
+std::string StationFault(const StationInformation& station, LogNamingMode mode) {
+    const std::pair<const char*, const std::string*> texts[] = {
+        {"cruise", &station.cruiseId},   {"operator", &station.operatorName},
+        {"latitude", &station.latitude}, {"longitude", &station.longitude},
+        {"time zone", &station.zone},    {"comment", &station.comment},
+        {"station", &station.stationId}, {"cast", &station.cast}};
+    for (const auto& [what, text] : texts)
+        if (HasControl(*text))
+            return Format("The %s holds a control character; a header record is one line.", what);
+    if (mode != LogNamingMode::AutoCast)
+        return {};
+    if (!MayStandInName(station.stationId))
+        return Format("The station \"%s\" holds a character that a file's name cannot.",
+                      station.stationId.c_str());
+    if (station.cast.size() != 2 || !std::ranges::all_of(station.cast, IsLetter))
+        return Format("The cast \"%s\" is not two letters.", station.cast.c_str());
+    return {};
 }
 
 void AdvanceLogFileName(LogNaming& naming, StationInformation& station) {

@@ -57,6 +57,12 @@ std::string LogDisplayName(const LogNaming& naming, const StationInformation& st
 /// "YYYY-DDD-HHMMSS.raw" of a local time.
 std::string TimeStampFileName(const CalendarTime& local);
 
+/// What is wrong with naming settings or with the station, as one sentence; empty when they can be
+/// used: a part of a file's name holds no separator and no control character, a cast of AUTOCAST
+/// is two letters, a sequence number lies in 0 to 999.
+std::string NamingFault(const LogNaming& naming);
+std::string StationFault(const StationInformation& station, LogNamingMode mode);
+
 /// Readies the name after a log: the next cast, the next SQM number; nothing for a user file name.
 void AdvanceLogFileName(LogNaming& naming, StationInformation& station);
 

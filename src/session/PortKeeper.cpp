@@ -86,7 +86,7 @@ void CPortKeeper::Tend() {
             NoteLoss(port, look);
         if (!look.connected && look.tries)
             Try(port, look);
-        if (port.counting)
+        else if (port.counting) // not in the round in which it came back: nobody has sent yet
             SayBack(port, look);
     }
 }

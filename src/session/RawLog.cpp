@@ -46,11 +46,25 @@ CRawLog::CRawLog(SessionState& session, CMessageSink& messages)
     EndDone.Set();
 }
 
-void CRawLog::SetNaming(const LogNaming& naming) {
+std::string CRawLog::SetNaming(const LogNaming& naming) {
+    if (std::string fault = NamingFault(naming); !fault.empty())
+        return fault;
     CRecursiveLock lock(Session.DocLock);
     Session.Naming = naming;
     Session.Naming.logNameReady = Session.Naming.logNamePrompted = false;
     ViewsUpdate = true;
+    return {};
+}
+
+std::string CRawLog::SetStation(const StationInformation& station) {
+    CRecursiveLock lock(Session.DocLock);
+    if (std::string fault = StationFault(station, Session.Naming.logNamingMode); !fault.empty())
+        return fault;
+    Session.Station = station;
+    if (Session.Naming.logNamingMode == LogNamingMode::AutoCast)
+        Session.Naming.logNameReady = Session.Naming.logNamePrompted = false;
+    ViewsUpdate = true;
+    return {};
 }
 
 void CRawLog::SetOptions(const LogOptions& options) {
@@ -76,12 +90,18 @@ bool CRawLog::BuildLogFileName() {
         LogNaming& naming = Session.Naming;
         if (naming.logNameReady)
             return true;
-        if (naming.logNamePrompted)
+        if (naming.logNamePrompted) {
+            SayNotBegun("its name was refused before; choose another.");
             return false;
+        }
         naming.logNamePrompted = true;
         naming.logFileDisplayName = LogDisplayName(naming, Session.Station);
-        if (naming.logFileDisplayName.empty())
+        if (naming.logFileDisplayName.empty()) {
+            SayNotBegun(naming.logNamingMode == LogNamingMode::AutoCast
+                            ? "the cast of the station information is empty."
+                            : "no file name is given.");
             return false;
+        }
         if (naming.logNamingMode == LogNamingMode::TimeStamp) {
             naming.logNameReady = true;
             return true;
@@ -94,6 +114,11 @@ bool CRawLog::BuildLogFileName() {
     Session.Naming.logFilePath = path;
     Session.Naming.logNameReady = true;
     return true;
+}
+
+void CRawLog::SayNotBegun(const char* why) {
+    Messages.Raise({EventKind::LogNotBegun, Session.Naming.logFileDisplayName,
+                    std::string("Logging has not begun: ") + why + "\r\n"});
 }
 
 bool CRawLog::MayReplace(const std::string& path) {

@@ -41,15 +41,18 @@ class CRawLog {
     /// Messages for the session log go to `messages`.
     CRawLog(SessionState& session, CMessageSink& messages);
 
-    /// Replaces the naming settings; what was built and accepted before counts no more.
-    void SetNaming(const LogNaming& naming);
+    /// Replaces the naming settings; what was built and accepted before counts no more. What is
+    /// wrong with them, or nothing; then nothing has changed.
+    std::string SetNaming(const LogNaming& naming);
+    /// Replaces the station information; a name that was made of it is built anew. As SetNaming.
+    std::string SetStation(const StationInformation& station);
     /// Replaces the options. A duration that is switched on or changed counts from the start of the
     /// log that is open; a repeat that is switched off ends the run with it.
     void SetOptions(const LogOptions& options);
     /// Prepares the name of the next log; asks when it would replace a file. False: no usable name.
     bool BuildLogFileName();
-    /// Begins a log; on failure the operator was told why, and nothing is open. A name that is not
-    /// there, or whose replacing was refused before, fails silently.
+    /// Begins a log; on failure the operator was told why, and nothing is open. Why a name is
+    /// not there, or was refused before, goes to the session log.
     bool BeginLogFile();
     /// Ends the log (`abort`: and the run) and waits until the disk has taken it. False when there
     /// is none to end.
@@ -91,6 +94,7 @@ class CRawLog {
     };
 
     bool Begin(StartedBy starter);
+    void SayNotBegun(const char* why) REQUIRES(Session.DocLock);
     bool MayReplace(const std::string& path);
     bool ClaimStart(StartedBy starter);
     bool ConfirmOverride();

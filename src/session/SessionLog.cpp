@@ -40,6 +40,8 @@ void CSessionLog::SetFile(bool enabled, const std::string& directory) {
     CRecursiveLock lock(Session.DocLock);
     Enabled = enabled;
     Directory = directory;
+    if (!directory.empty() && !directory.ends_with('/') && directory.back() != PathSeparator())
+        Directory += PathSeparator();
 }
 
 bool CSessionLog::SessionLogEnabled() const {

@@ -23,8 +23,8 @@ class CSessionLog {
   public:
     explicit CSessionLog(SessionState& session) : Session(session) {}
 
-    /// Settings of the application: "Enable Session Log File", "Session Log Directory" (ends in a
-    /// path separator). They count from the next OpenSessionLog on.
+    /// Settings of the application: "Enable Session Log File", "Session Log Directory" (with or
+    /// without a separator at its end). They count from the next OpenSessionLog on.
     void SetFile(bool enabled, const std::string& directory);
     bool SessionLogEnabled() const;
     std::string SessionLogDirectory() const;

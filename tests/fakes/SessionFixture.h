@@ -91,7 +91,7 @@ class ASession : public testing::Test {
         naming.logDirectory = Folder;
         naming.logUserFileName = userName;
         naming.sqmBaseName = "sqm";
-        Doc.RawLog.SetNaming(naming);
+        EXPECT_EQ(Doc.RawLog.SetNaming(naming), "");
     }
     /// Changes options or one member of the session under the lock.
     template <class Change> void Set(Change change) {

@@ -268,5 +268,74 @@ TEST_F(ARawLog, StepOfTheWallClockIsNotedAndMovesNoTimer) {
     EXPECT_THAT(Reported(), testing::StartsWith("End log file"));
 }
 
+TEST_F(ARawLog, ADurationChangedDuringALogCountsFromItsStart) {
+    ASSERT_TRUE(Begin());
+    Ticks(20);
+    LogOptions options;
+    options.durationEnabled = true;
+    options.duration = {0, 0, 30};
+    Doc.RawLog.SetOptions(options);
+    EXPECT_EQ(Doc.RawLog.Status().logEndTime.seconds,
+              Doc.RawLog.Status().logStartTime.seconds + 30);
+    Ticks(9);
+    EXPECT_TRUE(Doc.RawLog.Status().logOpen);
+    Ticks(1);
+    EXPECT_FALSE(Doc.RawLog.Status().loggingActive);
+}
+
+TEST_F(ARawLog, RepeatedLogsOfOneNameAreNumberedAndNeverReplaceEachOther) {
+    Set([](LogOptions& options) {
+        options.durationEnabled = options.repeatEnabled = options.overwriteExisting = true;
+        options.duration = options.repeatInterval = {0, 0, 2};
+    });
+    LogNaming naming;
+    naming.logNamingMode = LogNamingMode::UserFileName;
+    naming.logDirectory = Folder;
+    naming.logUserFileName = "cast";
+    naming.numbered = true;
+    EXPECT_EQ(Doc.RawLog.SetNaming(naming), "");
+    ASSERT_TRUE(Doc.RawLog.BeginLogFile());
+    Ticks(9);
+    EXPECT_TRUE(Doc.RawLog.EndLogFile(true));
+    for (const char* name : {"cast_001.raw", "cast_002.raw", "cast_003.raw"})
+        EXPECT_TRUE(std::filesystem::exists(Folder + name)) << name;
+
+    // Without numbers the second log of the run is refused, consent or not.
+    naming.numbered = false;
+    EXPECT_EQ(Doc.RawLog.SetNaming(naming), "");
+    ASSERT_TRUE(Doc.RawLog.BeginLogFile());
+    Reported();
+    Ticks(5);
+    EXPECT_THAT(Reported(), HasSubstr("already exists and is not replaced."));
+    EXPECT_TRUE(Doc.RawLog.Status().runFailed);
+}
+
+TEST_F(ARawLog, StationAndNamingAreCheckedAndBuildTheNameAnew) {
+    SetMode(LogNamingMode::AutoCast);
+    StationInformation station;
+    station.stationId = "S4";
+    station.cast = "AA";
+    EXPECT_EQ(Doc.RawLog.SetStation(station), "");
+    ASSERT_TRUE(Doc.RawLog.BuildLogFileName());
+    station.cast = "AB";
+    EXPECT_EQ(Doc.RawLog.SetStation(station), "");
+    ASSERT_TRUE(Doc.RawLog.BuildLogFileName());
+    EXPECT_EQ(Doc.RawLog.Status().logFilePath, Folder + "S4AB.raw");
+    for (auto [id, cast, part] : {std::tuple{"S4", "A", "cast"},
+                                  {"S4", "A1", "cast"},
+                                  {"../S4", "AB", "station"},
+                                  {"S\n4", "AB", "station"}}) {
+        station.stationId = id;
+        station.cast = cast;
+        EXPECT_THAT(Doc.RawLog.SetStation(station), HasSubstr(part));
+    }
+    LogNaming naming;
+    naming.sqmSequence = 1000;
+    EXPECT_THAT(Doc.RawLog.SetNaming(naming), HasSubstr("1000 is not in 0 to 999"));
+    naming.sqmSequence = 0;
+    naming.logUserFileName = "a/b";
+    EXPECT_THAT(Doc.RawLog.SetNaming(naming), HasSubstr("\"a/b\""));
+}
+
 } // namespace
 } // namespace qor

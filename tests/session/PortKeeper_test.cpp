@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// Ports that are lost and come back, by a manual clock and a scripted port.
+#include "fakes/ScriptedPort.h"
+#include "fakes/SessionFixture.h"
+
+namespace qor {
+namespace {
+
+using testing::HasSubstr;
+
+struct AScriptedLine {
+    CPortScript Script;
+};
+
+class APortKeeper : public AScriptedLine, public ASession {
+  protected:
+    APortKeeper() : ASession(Script.Factory()) {}
+
+    ResourceFigures Figures() { return Doc.Snapshot().Find(Port)->figures; }
+    /// The port is pulled out: its next read cannot be collected.
+    void Pull() {
+        Script.ThenFail("CollectRead", 5);
+        while (Figures().connected || Figures().abortCode == 0)
+            Doc.Acquisition.TakeCommands(1000);
+        Doc.Acquisition.TakeFrames();
+    }
+    void Frames(int first, int last) {
+        for (int i = first; i <= last; ++i)
+            Script.Bytes(CounterFrame("PRO", i));
+        Script.Played();
+        Doc.Acquisition.TakeFrames();
+    }
+    /// How often the port was tried in so many seconds.
+    std::size_t TriesIn(int seconds) {
+        Script.TakeCalls();
+        for (int i = 0; i < seconds; ++i) {
+            Clock.Advance(1000);
+            Doc.Ports.Tend();
+        }
+        const std::vector<std::string> calls = Script.TakeCalls();
+        return static_cast<std::size_t>(std::ranges::count(calls, "Open"));
+    }
+};
+
+TEST_F(APortKeeper, BringsAPortBackAndSaysWhatItsCountersMiss) {
+    CQorViewIns* pro = Add("PRO", Port);
+    Doc.SetReconnect(Port, true);
+    ASSERT_EQ(Doc.ConnectResource(Port), CommResult::Success);
+    Frames(1, 5);
+    Pull();
+    Reported();
+    Doc.Ports.Tend();
+    EXPECT_THAT(Reported(), HasSubstr("PORT1 was lost (0x10000003).|\tIt is tried again"));
+    Script.Fail("Open", 2);
+    EXPECT_EQ(TriesIn(62), 6u) << "after 1, 2, 4, 8, 16 and 30 seconds";
+    EXPECT_THAT(Reported(), testing::Not(HasSubstr("Unable to open")));
+    Script.Repair();
+    while (!Figures().connected)
+        TriesIn(1);
+    Frames(9, 10);
+    Doc.Ports.Tend();
+    EXPECT_THAT(Reported(),
+                HasSubstr("PORT1 is back after 91 s. Frames missing by their counters: 3 of PRO."));
+    EXPECT_EQ(pro->FramesReceived, 7u);
+    EXPECT_EQ(pro->Checks.DroppedCount, 0u) << "what the port missed is no fault of the frame";
+    Doc.Ports.Tend();
+    EXPECT_EQ(Reported(), "");
+}
+
+TEST_F(APortKeeper, LeavesAloneWhatIsNotToBeTried) {
+    Add("PRO", Port);
+    ASSERT_EQ(Doc.ConnectResource(Port), CommResult::Success);
+    Pull();
+    EXPECT_EQ(TriesIn(60), 0u);
+    EXPECT_THAT(Reported(), HasSubstr("It is not tried again."));
+    Doc.SetReconnect(Port, true);
+    ASSERT_EQ(Doc.DisconnectResource(Port), CommResult::Success);
+    EXPECT_EQ(TriesIn(60), 0u) << "the operator has disconnected it";
+}
+
+TEST_F(APortKeeper, TriesAPortThatWasNotThereFromTheStart) {
+    Add("PRO", Port);
+    Doc.SetReconnect(Port, true);
+    Script.Fail("Open", 2);
+    EXPECT_NE(Doc.ConnectResource(Port), CommResult::Success);
+    EXPECT_GE(TriesIn(3), 1u);
+    Script.Repair();
+    EXPECT_EQ(TriesIn(8), 1u);
+    EXPECT_TRUE(Figures().connected);
+}
+
+} // namespace
+} // namespace qor
