@@ -200,10 +200,12 @@ void RawLogWriting(const Setting& setting, const CInstrument& radiometer) {
         CLogWriter writer;
         if (writer.Create(path) != FileCause::None)
             std::exit(1);
+        LogRecords records;
         for (int i = 0; i < frames; ++i) {
             std::size_t written = 0;
-            writer.Add(frame, tag);
-            if (writer.Flush(written) != FileCause::None)
+            records.Clear();
+            records.Add(1, frame, tag);
+            if (writer.Write(records, written) != FileCause::None)
                 std::exit(1);
         }
     });

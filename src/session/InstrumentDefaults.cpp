@@ -178,15 +178,17 @@ std::string SettingText(const InstrumentDefaults& defaults, std::size_t index) {
            ValueText(defaults, index);
 }
 
+std::string LineEndOf(std::string_view text) {
+    const std::size_t end = text.find('\n');
+    return end != std::string_view::npos && end > 0 && text[end - 1] == '\r' ? "\r\n" : "\n";
+}
+
 /// Sets one section in the lines of a file.
 class CSectionEditor {
   public:
     CSectionEditor(std::string_view text, const std::string& name,
                    const InstrumentDefaults& defaults)
-        : Name(name), Defaults(defaults) {
-        const std::size_t end = text.find('\n');
-        if (end != std::string_view::npos && end > 0 && text[end - 1] == '\r')
-            LineEnd = "\r\n";
+        : Name(name), Defaults(defaults), LineEnd(LineEndOf(text)) {
         while (!text.empty())
             Take(TakeLine(text));
     }
@@ -241,7 +243,7 @@ class CSectionEditor {
 
     const std::string& Name;
     const InstrumentDefaults& Defaults;
-    std::string LineEnd = "\n";
+    const std::string LineEnd;
     std::vector<std::string> Lines;
     bool Inside = false;                  ///< the section
     std::size_t Place = 0;                ///< behind its last line that says anything; 0: not found
