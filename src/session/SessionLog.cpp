@@ -13,6 +13,9 @@ constexpr std::string_view LineEnd = "\r\n";
 constexpr const char* ProductName = "QorView";
 constexpr const char* Extension = "log";
 constexpr int LastNumber = 9;
+constexpr int RoundMilliseconds = 1000; // a lost wake-up costs no more than this
+/// Bytes that may wait for a disk that has stalled.
+constexpr std::size_t MostPending = std::size_t{16} << 20;
 
 std::string DirectoryPart(const std::string& path) {
     std::size_t separator = path.rfind(PathSeparator());
@@ -59,30 +62,48 @@ std::string CSessionLog::SessionLogText(std::size_t from) const {
     return from < Text.size() ? Text.substr(from) : "";
 }
 
+CSessionLog::~CSessionLog() {
+    {
+        CLock lock(WriterLock);
+        if (!Started)
+            return;
+        Stopping = true;
+    }
+    Changed.NotifyAll();
+    Writer.Join();
+}
+
 std::string CSessionLog::FilePath() const {
-    CRecursiveLock lock(Session.DocLock);
-    return File.IsOpen() ? File.Path() : "";
+    CLock lock(WriterLock);
+    return OpenPath;
 }
 
 void CSessionLog::OpenSessionLog() {
-    std::string forUser;
+    std::string directory;
+    bool enabled;
     {
         CRecursiveLock lock(Session.DocLock);
-        // Kept: in an unchanged directory the file stays open, also when it has been switched off.
-        if (File.IsOpen() && DirectoryPart(File.Path()) == Directory)
-            return;
-        File.Close();
-        if (Enabled)
-            forUser = OpenFirstFree();
+        directory = Directory;
+        enabled = Enabled;
+    }
+    // Kept: in an unchanged directory the file stays open, also when it has been switched off.
+    if (const std::string open = FilePath(); !open.empty() && DirectoryPart(open) == directory)
+        return;
+    WaitForDisk();
+    File.Close();
+    const std::string forUser = enabled ? OpenFirstFree(directory) : "";
+    {
+        CLock lock(WriterLock);
+        OpenPath = File.IsOpen() ? File.Path() : "";
     }
     if (!forUser.empty())
         Session.User.ShowMessage(forUser);
 }
 
-std::string CSessionLog::OpenFirstFree() {
+std::string CSessionLog::OpenFirstFree(const std::string& directory) {
     for (int number = 1; number <= LastNumber; ++number) {
         std::string path =
-            Directory + (number == 1 ? Format("%s.%s", ProductName, Extension)
+            directory + (number == 1 ? Format("%s.%s", ProductName, Extension)
                                      : Format("%s%01d.%s", ProductName, number, Extension));
         FileCause cause = File.CreateExclusive(path);
         if (cause == FileCause::None)
@@ -97,26 +118,69 @@ std::string CSessionLog::OpenFirstFree() {
 }
 
 void CSessionLog::AddSessionLogEntry(const std::string& message) {
-    std::string forUser;
+    std::string entry;
     {
         CRecursiveLock lock(Session.DocLock);
-        std::string entry = FormatSessionLogEntry(message, LocalCalendar(Session.Clock.Now()));
+        entry = FormatSessionLogEntry(message, LocalCalendar(Session.Clock.Now()));
         if (entry.empty())
             return;
         if (KeepText)
             Text += entry;
         if (OnEntry)
             OnEntry(entry);
-        FileCause cause = File.IsOpen() ? File.Write(AsBytes(entry)) : FileCause::None;
-        if (cause != FileCause::None) {
-            forUser = "An error occured while writing to the session log file:\r\n\"" +
-                      File.Path() + "\".\r\n" + std::string(GetFileErrorText(cause)) +
-                      "\r\nSession log aborted.";
-            File.Close();
-        }
     }
-    if (!forUser.empty())
-        Session.User.ShowMessage(forUser);
+    {
+        CLock lock(WriterLock);
+        if (OpenPath.empty() || Pending.size() > MostPending)
+            return;
+        if (!Started)
+            Started = Writer.Start(ThreadPriority::Normal, [this] { Run(); });
+        Pending += entry;
+        // Decided: beyond what a stalled disk may hold up, entries stand in the window alone.
+        if (Pending.size() > MostPending)
+            Pending += "... entries are missing here: the disk has taken nothing for long.\r\n";
+    }
+    Changed.NotifyAll();
+}
+
+void CSessionLog::Run() {
+    for (;;) {
+        std::string entries, path;
+        {
+            CLock lock(WriterLock);
+            Busy = false;
+            Changed.NotifyAll();
+            Changed.WaitFor(WriterLock, RoundMilliseconds,
+                            [this]() REQUIRES(WriterLock) { return Stopping || !Pending.empty(); });
+            if (Pending.empty() && Stopping)
+                return;
+            entries.swap(Pending);
+            path = OpenPath;
+            Busy = !entries.empty();
+        }
+        if (entries.empty() || path.empty())
+            continue;
+        const FileCause cause = File.Write(AsBytes(entries));
+        if (cause == FileCause::None)
+            continue;
+        {
+            CLock lock(WriterLock);
+            OpenPath.clear();
+            Pending.clear();
+        }
+        File.Close();
+        Session.User.ShowMessage("An error occured while writing to the session log file:\r\n\"" +
+                                 path + "\".\r\n" + std::string(GetFileErrorText(cause)) +
+                                 "\r\nSession log aborted.");
+    }
+}
+
+void CSessionLog::WaitForDisk() {
+    CLock lock(WriterLock);
+    while (Started &&
+           !Changed.WaitFor(WriterLock, RoundMilliseconds,
+                            [this]() REQUIRES(WriterLock) { return Pending.empty() && !Busy; })) {
+    }
 }
 
 } // namespace qor

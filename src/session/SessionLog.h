@@ -2,11 +2,13 @@
 //
 // The human-readable record of everything notable: stamps each message, keeps the text for the
 // session log window and appends it to a file. Entries come from the acquisition loop, which drains
-// the command queue; borrows the document's lock, and shows its messages when that is released.
+// the command queue; a thread of its own writes them, so that a stalled disk holds up neither the
+// loop nor the document's lock, which this room borrows. Its own lock is a leaf.
 #pragma once
 
 #include "base/MessageSink.h"
 #include "platform/File.h"
+#include "platform/Worker.h"
 #include "session/SessionState.h"
 
 #include <functional>
@@ -22,6 +24,10 @@ std::string FormatSessionLogEntry(std::string_view message, const CalendarTime& 
 class CSessionLog {
   public:
     explicit CSessionLog(SessionState& session) : Session(session) {}
+    /// Writes what waits.
+    ~CSessionLog();
+    CSessionLog(const CSessionLog&) = delete;
+    CSessionLog& operator=(const CSessionLog&) = delete;
 
     /// Settings of the application: "Enable Session Log File", "Session Log Directory" (with or
     /// without a separator at its end). They count from the next OpenSessionLog on.
@@ -31,8 +37,10 @@ class CSessionLog {
 
     /// (Re)opens the file: at the start of every session and after a change of the settings.
     void OpenSessionLog();
-    /// Stamps, stores and writes one message.
+    /// Stamps and stores one message and hands it to the writer.
     void AddSessionLogEntry(const std::string& message);
+    /// Waits until the file has every entry so far, or has failed. Without the document's lock.
+    void WaitForDisk();
 
     /// All stamped messages of this run, from an offset on (a window fetches what is new).
     std::string SessionLogText(std::size_t from = 0) const;
@@ -47,10 +55,19 @@ class CSessionLog {
 
   private:
     /// Tries the names in turn; returns the text to show to the user, empty when a file is open.
-    std::string OpenFirstFree() REQUIRES(Session.DocLock);
+    std::string OpenFirstFree(const std::string& directory);
+    void Run();
 
     SessionState& Session;
-    CFile File GUARDED_BY(Session.DocLock);
+    CFile File; ///< of the thread that opens it while nothing waits, then of the writer
+    mutable CMutex WriterLock; ///< a leaf
+    CCondition Changed;
+    std::string Pending GUARDED_BY(WriterLock);
+    std::string OpenPath GUARDED_BY(WriterLock); ///< empty: no file is open
+    bool Busy GUARDED_BY(WriterLock) = false;
+    bool Stopping GUARDED_BY(WriterLock) = false;
+    bool Started GUARDED_BY(WriterLock) = false;
+    CWorker Writer;
     std::string Text GUARDED_BY(Session.DocLock);
     std::string Directory GUARDED_BY(Session.DocLock);
     bool Enabled GUARDED_BY(Session.DocLock) = false;

@@ -111,6 +111,7 @@ TEST_F(AFailingDisk, SessionLogGoesOnInMemoryAfterAWriteFailure) {
     Doc.SessionLog.OpenSessionLog();
     LimitFiles(10);
     Doc.SessionLog.AddSessionLogEntry("A\r\n");
+    Doc.SessionLog.WaitForDisk();
     Doc.SessionLog.AddSessionLogEntry("B\r\n");
     LimitFiles(RLIM_INFINITY);
     EXPECT_THAT(User.TakeMessages(),
