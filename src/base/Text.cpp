@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <cstdarg>
 #include <cstdio>
 #include <limits>
@@ -59,6 +60,14 @@ double ReadNumber(std::string_view text, std::size_t& used) {
     }
     used = static_cast<std::size_t>(result.ptr - text.data());
     return negative ? -value : value;
+}
+
+/// Blanks go before the sign, zeros behind it.
+std::string Padded(std::string number, std::size_t width, char fill) {
+    const std::size_t behindSign = fill == '0' && number.starts_with('-') ? 1 : 0;
+    if (number.size() < width)
+        number.insert(behindSign, width - number.size(), fill);
+    return number;
 }
 
 } // namespace
@@ -135,6 +144,20 @@ std::string ShortestNumber(double value) {
     char digits[32]; // the longest is "-2.2250738585072014e-308"
     const std::to_chars_result result = std::to_chars(digits, digits + sizeof digits, value);
     return {digits, result.ptr};
+}
+
+std::string FixedNumber(double value, int decimals, std::size_t width, char fill) {
+    char digits[340]; // sign, 309 digits, point, 20 places
+    const auto end = std::to_chars(digits, digits + sizeof digits, value, std::chars_format::fixed,
+                                   std::clamp(decimals, 0, 20));
+    return Padded({digits, end.ptr}, width, std::isfinite(value) ? fill : ' ');
+}
+
+std::string GeneralNumber(double value, int digits, std::size_t width) {
+    char text[32]; // sign, 17 digits, point, exponent
+    const auto end = std::to_chars(text, text + sizeof text, value, std::chars_format::general,
+                                   std::clamp(digits, 1, 17));
+    return Padded({text, end.ptr}, width, ' ');
 }
 
 std::string DecodeEscapes(std::string_view text) {

@@ -4,6 +4,7 @@
 // numbers. Every layer uses them; they hold no state.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -59,6 +60,13 @@ std::optional<std::uint32_t> WholeCount(std::string_view text);
 
 /// The fewest digits that read back to the same double.
 std::string ShortestNumber(double value);
+
+/// The number with so many decimal places (0 to 20), as printf has it in the C locale: with a
+/// width "%9.2f", with zeros before it "%09.2f". Numbers too long for the width keep their length.
+std::string FixedNumber(double value, int decimals, std::size_t width = 0, char fill = ' ');
+
+/// The same for "%.4g": so many significant digits (1 to 17), as an exponent where that is shorter.
+std::string GeneralNumber(double value, int digits, std::size_t width = 0);
 
 /// Decodes "\xHH" escapes to bytes; every other character stands for itself. A malformed escape
 /// makes the whole result empty.

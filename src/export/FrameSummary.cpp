@@ -50,8 +50,10 @@ void CFrameSummary::Write(COutput& output) const {
         else if (row.count == 0)
             output.Text(Format("%12s %12s %12s %12s\n", "-", "-", "-", "-"));
         else
-            output.Text(Format("%12.5g %12.5g %12.5g %12.5g\n", row.least,
-                               row.sum / static_cast<double>(row.count), row.greatest, row.last));
+            output.Text(GeneralNumber(row.least, 5, 12) + ' ' +
+                        GeneralNumber(row.sum / static_cast<double>(row.count), 5, 12) + ' ' +
+                        GeneralNumber(row.greatest, 5, 12) + ' ' + GeneralNumber(row.last, 5, 12) +
+                        '\n');
     }
 }
 

@@ -5,7 +5,6 @@
 #include "instrument/ConversionPlan.h"
 
 #include "instrument/Calibration.h"
-#include "instrument/ConversionPlanState.h"
 
 #include <algorithm>
 #include <atomic>
@@ -139,24 +138,24 @@ bool IsOfTexts(const ConversionRun& run) {
 
 } // namespace
 
-void CConversionPlan::Impl::AddSensor(const CSensor& sensor) {
-    ConversionRun next = RunOf(sensor, sensors.size());
-    sensors.push_back(&sensor);
-    polynomials.push_back(PolynomialOf(sensor));
-    usual.push_back(UsualStatus(sensor));
-    usualFails = usualFails || usual.back() != ConversionStatus::Good;
-    std::size_t& needed = next.variable ? fields : bytes;
+void CConversionPlan::AddSensor(const CSensor& sensor) {
+    ConversionRun next = RunOf(sensor, Sensors.size());
+    Sensors.push_back(&sensor);
+    Polynomials.push_back(PolynomialOf(sensor));
+    Usual.push_back(UsualStatus(sensor));
+    UsualFails = UsualFails || Usual.back() != ConversionStatus::Good;
+    std::size_t& needed = next.variable ? FrameFields : FrameBytes;
     needed = std::max(needed, next.end);
     if (WorkFor(sensor) == Work::Nothing)
         return;
-    if (!runs.empty() && Continues(runs.back(), next)) {
-        ++runs.back().count;
-        runs.back().end = next.end;
+    if (!Runs.empty() && Continues(Runs.back(), next)) {
+        ++Runs.back().count;
+        Runs.back().end = next.end;
     } else {
-        next.pool = next.loop == FitLoop::Gains ? gains.size() : offsets.size();
+        next.pool = next.loop == FitLoop::Gains ? Gains.size() : Offsets.size();
         if (next.loop == FitLoop::TimedFactors)
-            next.slot = times++;
-        runs.push_back(next);
+            next.slot = Times++;
+        Runs.push_back(next);
     }
     if (next.loop == FitLoop::Gains)
         AddGains(sensor);
@@ -164,7 +163,7 @@ void CConversionPlan::Impl::AddSensor(const CSensor& sensor) {
         AddFactors(sensor, next.loop);
 }
 
-void CConversionPlan::Impl::AddGains(const CSensor& sensor) {
+void CConversionPlan::AddGains(const CSensor& sensor) {
     constexpr double Missing = std::numeric_limits<double>::quiet_NaN();
     GainCoefficients all;
     for (std::size_t g = 0; g < 4; ++g) {
@@ -173,30 +172,30 @@ void CConversionPlan::Impl::AddGains(const CSensor& sensor) {
         all.factor[g] = there ? sensor.Coefficients[g][1] : Missing;
         all.immersion[g] = there ? sensor.Coefficients[g][2] : Missing;
     }
-    gains.push_back(all);
+    Gains.push_back(all);
 }
 
-void CConversionPlan::Impl::AddFactors(const CSensor& sensor, FitLoop loop) {
+void CConversionPlan::AddFactors(const CSensor& sensor, FitLoop loop) {
     const std::vector<double>& c = sensor.Coefficients[0];
-    offsets.push_back(c[0]);
-    factors.push_back(c[1]);
-    immersions.push_back(c[2]);
-    numerators.push_back(loop == FitLoop::TimedFactors ? c[3] : 1.0);
+    Offsets.push_back(c[0]);
+    Factors.push_back(c[1]);
+    Immersions.push_back(c[2]);
+    Numerators.push_back(loop == FitLoop::TimedFactors ? c[3] : 1.0);
 }
 
-void CConversionPlan::Impl::AddSingles(const ConversionRun& run) {
+void CConversionPlan::AddSingles(const ConversionRun& run) {
     for (std::size_t i = 0; i < run.count; ++i) {
         SingleField single;
         single.at = run.begin + (i + 1) * run.width - sizeof(std::uint32_t);
         single.mask = ~std::uint32_t{0} >> (32 - 8 * run.width);
         single.signBit = run.data == DataType::BS ? single.mask ^ single.mask >> 1 : 0;
         single.sensor = run.first + i;
-        single.fit = polynomials[single.sensor];
-        singles.push_back(single);
+        single.fit = Polynomials[single.sensor];
+        Singles.push_back(single);
     }
 }
 
-void CConversionPlan::Impl::AddTexts(const ConversionRun& run) {
+void CConversionPlan::AddTexts(const ConversionRun& run) {
     for (std::size_t i = 0; i < run.count; ++i) {
         TextNumber text;
         text.variable = run.variable;
@@ -207,28 +206,23 @@ void CConversionPlan::Impl::AddTexts(const ConversionRun& run) {
         text.limit = text.statusOnly ? TimeTextLimit(run.fit, run.data)
                                      : std::numeric_limits<double>::infinity();
         text.sensor = run.first + i;
-        text.fit = polynomials[text.sensor];
-        texts.push_back(text);
+        text.fit = Polynomials[text.sensor];
+        Texts.push_back(text);
     }
 }
 
-CConversionPlan::Impl::Impl(const CInstrument& instrument) : identity(NextIdentity()) {
+CConversionPlan::CConversionPlan(const CInstrument& instrument) : Identity(NextIdentity()) {
     if (instrument.Type() == FrameType::Variable)
-        cutter.emplace(instrument.FieldDelimiter(), instrument.Terminator());
+        Cutter.emplace(instrument.FieldDelimiter(), instrument.Terminator());
     for (const CSensor& sensor : instrument.Sensors())
         AddSensor(sensor);
-    for (const ConversionRun& run : runs) {
+    for (const ConversionRun& run : Runs) {
         if (IsOfSingles(run))
             AddSingles(run);
         else if (IsOfTexts(run))
             AddTexts(run);
     }
-    std::erase_if(runs, [](const auto& run) { return IsOfSingles(run) || IsOfTexts(run); });
+    std::erase_if(Runs, [](const auto& run) { return IsOfSingles(run) || IsOfTexts(run); });
 }
-
-CConversionPlan::CConversionPlan(const CInstrument& instrument)
-    : Compiled(std::make_unique<Impl>(instrument)) {}
-
-CConversionPlan::~CConversionPlan() = default;
 
 } // namespace qor

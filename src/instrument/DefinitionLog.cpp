@@ -3,7 +3,9 @@
 // Writes diagnostics: "\tLine 12: " and the texts of the fault and of the action.
 #include "instrument/DefinitionLog.h"
 
+#include <algorithm>
 #include <limits>
+#include <string_view>
 
 namespace qor {
 
@@ -25,6 +27,20 @@ void CDefinitionLog::Diagnostic(DefinitionStatus fault, CorrectiveAction action)
     Listed += ": ";
     Listed += DiagnosticText(fault);
     Listed += ActionText(action);
+    if (Entries == 1)
+        FirstLength = Listed.size();
+}
+
+/// Line ends and tabs of the list become blanks.
+std::string CDefinitionLog::First() const {
+    std::string line;
+    for (std::string_view entry(Listed.data(), FirstLength); !entry.empty();) {
+        const std::size_t end = std::min(entry.find_first_of("\r\n\t"), entry.size());
+        if (end > 0)
+            line.append(line.empty() ? "" : " ").append(entry.substr(0, end));
+        entry.remove_prefix(std::min(end + 1, entry.size()));
+    }
+    return line;
 }
 
 } // namespace qor

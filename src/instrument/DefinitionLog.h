@@ -21,9 +21,12 @@ class CDefinitionLog {
 
     std::int32_t Count() const { return Entries; }
     const std::string& Text() const { return Listed; }
+    /// The first entry as one line without line end; empty when there is none.
+    std::string First() const;
 
   private:
     std::string Listed;
+    std::size_t FirstLength = 0; ///< of the first entry in the list
     std::int32_t Line = 0;
     std::int32_t Entries = 0;
     bool Full = false;

@@ -92,12 +92,18 @@ void CDefinitionReader::Begin(const std::string& fullPath) {
 
 bool CDefinitionReader::Feed(std::string_view piece) {
     return Fatal == DefinitionStatus::NoError &&
-           Lines.Feed(piece, [this](std::string_view line) { return TakeLine(line); });
+           Bytes.Feed(piece, [this](std::string_view text) { return TakeText(text); });
+}
+
+bool CDefinitionReader::TakeText(std::string_view text) {
+    return Lines.Feed(text, [this](std::string_view line) { return TakeLine(line); });
 }
 
 DefinitionStatus CDefinitionReader::Finish() {
-    if (Fatal == DefinitionStatus::NoError)
+    if (Fatal == DefinitionStatus::NoError &&
+        Bytes.Finish([this](std::string_view text) { return TakeText(text); }))
         Lines.Finish([this](std::string_view line) { return TakeLine(line); });
+    Target.FileEncoding = Bytes.Encoding();
     if (Fatal != DefinitionStatus::NoError)
         return Fatal;
     if (Waiting)
@@ -282,6 +288,7 @@ DefinitionStatus CDefinitionReader::Fail(std::string message, DefinitionStatus s
                                          std::string_view detail) {
     Waiting.reset();
     Target.Diagnostics += Log.Count(); // a refused second load adds none
+    Target.FirstFault += Log.First();
     Target.Log = std::move(message);
     if (!detail.empty())
         Target.Log.append("\t").append(detail);
@@ -292,6 +299,7 @@ DefinitionStatus CDefinitionReader::Fail(std::string message, DefinitionStatus s
 DefinitionStatus CDefinitionReader::Succeed() {
     const bool fixed = Target.Frame == FrameType::Fixed;
     Target.Diagnostics = Log.Count();
+    Target.FirstFault = Log.First();
     std::string& log = Target.Log;
     log = Target.Kind + " read successfully.\r\n";
     log += "\tFile name: \"" + Path + "\"\r\n";

@@ -6,6 +6,7 @@
 // and the texts stand in rooms of their own.
 #pragma once
 
+#include "instrument/DefinitionBytes.h"
 #include "instrument/DefinitionLines.h"
 #include "instrument/DefinitionLog.h"
 #include "instrument/Instrument.h"
@@ -34,6 +35,7 @@ class CDefinitionReader {
   private:
     using Tokens = std::array<std::string_view, 7>;
 
+    bool TakeText(std::string_view text);
     bool TakeLine(std::string_view text);
     DefinitionStatus ReadDefinition(std::string_view text);
     bool ReadTokens(const Tokens& tokens, CSensor& sensor);
@@ -62,6 +64,7 @@ class CDefinitionReader {
 
     CInstrument& Target;
     const std::string Path;
+    CDefinitionBytes Bytes;
     CDefinitionLines Lines;
     CDefinitionLog Log;
     std::optional<CSensor> Waiting; ///< for its coefficient lines

@@ -7,9 +7,6 @@
 #include "instrument/Calibration.h"
 #include "instrument/FieldValue.h"
 
-#include <algorithm>
-#include <charconv>
-
 namespace qor {
 
 namespace {
@@ -73,13 +70,6 @@ ConversionStatus FormatField(const CSensor& sensor, ByteSpan frame, bool immerse
     if (status != ConversionStatus::Good)
         text = ConversionStatusText(status);
     return status;
-}
-
-std::string FixedNumber(double value, int decimals) {
-    char digits[340]; // sign, 309 digits, point, 20 places
-    const auto end = std::to_chars(digits, digits + sizeof digits, value, std::chars_format::fixed,
-                                   std::clamp(decimals, 0, 20));
-    return {digits, end.ptr};
 }
 
 } // namespace qor

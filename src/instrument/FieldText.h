@@ -22,7 +22,4 @@ enum class FieldView { Calibrated, RawCounts, HexCounts };
 ConversionStatus FormatField(const CSensor& sensor, ByteSpan frame, bool immersed, FieldView view,
                              int decimals, std::string& text);
 
-/// The number with so many decimal places (0 to 20), apart from any locale.
-std::string FixedNumber(double value, int decimals);
-
 } // namespace qor

@@ -32,9 +32,7 @@ bool HasRoleForm(const CSensor& sensor) {
     return (oneByte || sensor.Data == DataType::AI) && sensor.Fit == FitType::COUNT;
 }
 
-bool HasRole(const CSensor& sensor, const Role& role) {
-    if (!HasRoleForm(sensor))
-        return false;
+bool HasRoleName(const CSensor& sensor, const Role& role) {
     if (EqualsNoCase(sensor.Type, role.joinedType))
         return sensor.Id.empty();
     return EqualsNoCase(sensor.Type, role.type) &&
@@ -44,8 +42,9 @@ bool HasRole(const CSensor& sensor, const Role& role) {
 /// The first sensor of either naming: of two it is the one earlier in the list.
 std::int32_t FindRole(const CInstrument& instrument, const Role& role) {
     const auto& sensors = instrument.Sensors();
-    const auto found = std::find_if(sensors.begin(), sensors.end(),
-                                    [&](const CSensor& s) { return HasRole(s, role); });
+    const auto found = std::find_if(sensors.begin(), sensors.end(), [&](const CSensor& s) {
+        return HasRoleForm(s) && HasRoleName(s, role);
+    });
     return found == sensors.end() ? -1 : static_cast<std::int32_t>(found - sensors.begin());
 }
 
@@ -66,6 +65,19 @@ std::int32_t FrameCounterIndex(const CInstrument& instrument) {
 
 std::int32_t ChecksumIndexOf(const CInstrument& instrument) {
     return FindRole(instrument, ChecksumRole);
+}
+
+bool IsNamedFrameCounter(const CSensor& sensor) {
+    return HasRoleName(sensor, CounterRole);
+}
+
+bool IsNamedChecksum(const CSensor& sensor) {
+    return HasRoleName(sensor, ChecksumRole);
+}
+
+bool HasDelimitedChecksum(const CInstrument& instrument) {
+    const CSensor* const sensor = instrument.Sensor(ChecksumIndexOf(instrument));
+    return sensor && sensor->VariableLength;
 }
 
 void CFrameChecks::SetUp(const CInstrument& instrument, const std::string& instrumentName,
@@ -143,6 +155,8 @@ void CFrameChecks::CheckCounter(std::int64_t received, FrameCheckResult& result)
 
 /// Sums the frame up to and including the byte where the checksum field begins, whatever the
 /// field's type: the byte that balances the sum.
+/// Kept: in a delimited frame that is the place by the declared lengths, where each variable field
+/// counts nothing, so the sum ends within one of the first fields.
 void CFrameChecks::CheckSum(ByteSpan frame, FrameCheckResult& result) {
     const std::size_t offset = Checksum->ByteOffset;
     const std::size_t count = std::min(frame.size(), offset + 1);

@@ -40,6 +40,10 @@ class CFrameChecks {
     void SetUp(const CInstrument& instrument, const std::string& instrumentName,
                const std::string& resourceName, CMessageSink& sink);
 
+    /// What comes next need not follow what came before (another connection, another file): the
+    /// next frame only sets the counter. The counts stay.
+    void BeginConnection() { Resynchronise = true; }
+
     /// Checks one frame of the instrument that SetUp was given; reports and counts what is wrong.
     FrameCheckResult Check(ByteSpan frame);
 
@@ -60,6 +64,14 @@ class CFrameChecks {
 /// The instrument's frame counter and checksum sensor by type and id, or -1.
 std::int32_t FrameCounterIndex(const CInstrument& instrument);
 std::int32_t ChecksumIndexOf(const CInstrument& instrument);
+
+/// The sensor has a role's type and id, whatever its data type, length and fit.
+bool IsNamedFrameCounter(const CSensor& sensor);
+bool IsNamedChecksum(const CSensor& sensor);
+
+/// The instrument's checksum is a field of a delimited frame: the check does not look at that
+/// field, and frames that are sent whole hardly ever pass.
+bool HasDelimitedChecksum(const CInstrument& instrument);
 
 /// The instrument's nominal frame rate in Hz from its RATE sensor; 6.0 without one. An invalid RATE
 /// sensor is reported and gives 6.0.

@@ -3,9 +3,10 @@
 // Converting a frame by its instrument's plan. What fails (a text without a number, a value that is
 // not finite) is converted again sensor by sensor, which yields each sensor's own status. So is a
 // frame that is too short for some sensor.
+#include "instrument/ConversionPlan.h"
+
 #include "instrument/AsciiNumber.h"
 #include "instrument/Calibration.h"
-#include "instrument/ConversionPlanState.h"
 
 #include <bit>
 #include <cmath>
@@ -27,30 +28,30 @@ ConversionStatus ReadAsciiWhole(ByteSpan frame, FieldRange field, double& number
 } // namespace
 
 /// Makes the values ready for the next frame: statuses of a frame without faults.
-void CConversionPlan::Impl::Prepare(FrameValues& values) const {
+void CConversionPlan::Prepare(FrameValues& values) const {
     FrameValues::Memory& memory = values.memory;
-    const bool fits = values.numbers.size() == sensors.size() &&
-                      values.statuses.size() == sensors.size() && memory.plan == identity;
+    const bool fits = values.numbers.size() == Sensors.size() &&
+                      values.statuses.size() == Sensors.size() && memory.plan == Identity;
     if (fits && !memory.failed)
         return;
-    values.statuses = usual;
+    values.statuses = Usual;
     memory.failed = false;
     if (fits)
         return;
-    memory.plan = identity;
-    values.numbers.assign(sensors.size(), 0.0);
+    memory.plan = Identity;
+    values.numbers.assign(Sensors.size(), 0.0);
     // No valid integration time is a NaN: the first frame computes the scales.
-    memory.integrationTimes.assign(times, std::numeric_limits<double>::quiet_NaN());
-    memory.scales.assign(offsets.size(), 0.0);
-    memory.cuts.assign(cutter ? cutter->Fields() + 1 : 0, 0);
+    memory.integrationTimes.assign(Times, std::numeric_limits<double>::quiet_NaN());
+    memory.scales.assign(Offsets.size(), 0.0);
+    memory.cuts.assign(Cutter ? Cutter->Fields() + 1 : 0, 0);
     memory.fieldCount = 0;
 }
 
 /// Raw values of text fields; false at the first that holds no number.
-bool CConversionPlan::Impl::LoadTexts(const ConversionRun& run, ByteSpan frame, double* numbers,
-                                      const FrameValues& values) const {
+bool CConversionPlan::LoadTexts(const ConversionRun& run, ByteSpan frame, double* numbers,
+                                const FrameValues& values) const {
     for (std::size_t i = 0; i < run.count; ++i) {
-        const CSensor& sensor = *sensors[run.first + i];
+        const CSensor& sensor = *Sensors[run.first + i];
         ByteSpan field;
         RawValue raw;
         if (Field(sensor, frame, values, field) != ConversionStatus::Good ||
@@ -62,8 +63,8 @@ bool CConversionPlan::Impl::LoadTexts(const ConversionRun& run, ByteSpan frame, 
 }
 
 /// Raw values into the numbers, as doubles; false when one cannot be extracted.
-bool CConversionPlan::Impl::Load(const ConversionRun& run, ByteSpan frame, double* numbers,
-                                 const FrameValues& values) const {
+bool CConversionPlan::Load(const ConversionRun& run, ByteSpan frame, double* numbers,
+                           const FrameValues& values) const {
     const std::uint8_t* const at = frame.data() + run.begin;
     switch (run.data) {
     case DataType::BU:
@@ -85,9 +86,9 @@ bool CConversionPlan::Impl::Load(const ConversionRun& run, ByteSpan frame, doubl
 
 /// The arrays of a run of factors for this frame; false without an integration time.
 /// Multiplying by 1.0 is exact, so without immersion its factor is left out.
-bool CConversionPlan::Impl::Coefficients(const ConversionRun& run, bool immersed,
-                                         FrameValues& values, OpticCoefficients& c) const {
-    c.offset = offsets.data() + run.pool;
+bool CConversionPlan::Coefficients(const ConversionRun& run, bool immersed, FrameValues& values,
+                                   OpticCoefficients& c) const {
+    c.offset = Offsets.data() + run.pool;
     if (run.loop == FitLoop::TimedFactors) {
         if (values.statuses[run.time] != ConversionStatus::Good)
             return false;
@@ -96,22 +97,21 @@ bool CConversionPlan::Impl::Coefficients(const ConversionRun& run, bool immersed
         double* const scales = memory.scales.data() + run.pool;
         double& known = memory.integrationTimes[run.slot];
         if (std::bit_cast<std::uint64_t>(known) != std::bit_cast<std::uint64_t>(time)) {
-            DivideAll(numerators.data() + run.pool, time, run.count, scales);
+            DivideAll(Numerators.data() + run.pool, time, run.count, scales);
             known = time;
         }
         c.factors[c.factorCount++] = scales;
     }
     if (immersed)
-        c.factors[c.factorCount++] = immersions.data() + run.pool;
-    c.factors[c.factorCount++] = factors.data() + run.pool;
+        c.factors[c.factorCount++] = Immersions.data() + run.pool;
+    c.factors[c.factorCount++] = Factors.data() + run.pool;
     return true;
 }
 
-bool CConversionPlan::Impl::ApplyGains(const ConversionRun& run, bool immersed,
-                                       double* numbers) const {
+bool CConversionPlan::ApplyGains(const ConversionRun& run, bool immersed, double* numbers) const {
     bool finite = true;
     for (std::size_t i = 0; i < run.count; ++i) {
-        const GainCoefficients& c = gains[run.pool + i];
+        const GainCoefficients& c = Gains[run.pool + i];
         const auto raw = static_cast<std::int64_t>(numbers[i]);
         const auto gain = static_cast<std::size_t>(raw & 3);
         const auto counts = static_cast<double>(raw & ~std::int64_t{3});
@@ -122,10 +122,10 @@ bool CConversionPlan::Impl::ApplyGains(const ConversionRun& run, bool immersed,
     return finite;
 }
 
-bool CConversionPlan::Impl::ApplyPolynomials(const ConversionRun& run, double* numbers) const {
+bool CConversionPlan::ApplyPolynomials(const ConversionRun& run, double* numbers) const {
     bool finite = true;
     for (std::size_t i = 0; i < run.count; ++i) {
-        numbers[i] = polynomials[run.first + i](numbers[i]);
+        numbers[i] = Polynomials[run.first + i](numbers[i]);
         finite = finite && std::isfinite(numbers[i]);
     }
     return finite;
@@ -133,8 +133,8 @@ bool CConversionPlan::Impl::ApplyPolynomials(const ConversionRun& run, double* n
 
 /// Converts a run whose fields all lie in the frame; false when some sensor of it fails, or when
 /// its sensors are to be converted one by one.
-bool CConversionPlan::Impl::ConvertRun(const ConversionRun& run, ByteSpan frame, bool immersed,
-                                       FrameValues& values) const {
+bool CConversionPlan::ConvertRun(const ConversionRun& run, ByteSpan frame, bool immersed,
+                                 FrameValues& values) const {
     if (run.loop == FitLoop::None)
         return false;
     double* const numbers = values.numbers.data() + run.first;
@@ -163,8 +163,8 @@ bool CConversionPlan::Impl::ConvertRun(const ConversionRun& run, ByteSpan frame,
 }
 
 /// Converts a text field that lies in the frame; false when it has no value.
-bool CConversionPlan::Impl::ConvertText(const TextNumber& text, ByteSpan frame,
-                                        FrameValues& values) const {
+bool CConversionPlan::ConvertText(const TextNumber& text, ByteSpan frame,
+                                  FrameValues& values) const {
     FieldRange field = text.field;
     if (text.variable)
         field = CFieldCutter::Field(values.memory.cuts.data(), text.cut);
@@ -182,8 +182,8 @@ bool CConversionPlan::Impl::ConvertText(const TextNumber& text, ByteSpan frame,
 }
 
 /// FieldOf, by the cuts that are there already.
-ConversionStatus CConversionPlan::Impl::Field(const CSensor& sensor, ByteSpan frame,
-                                              const FrameValues& values, ByteSpan& field) const {
+ConversionStatus CConversionPlan::Field(const CSensor& sensor, ByteSpan frame,
+                                        const FrameValues& values, ByteSpan& field) const {
     if (!frame.data() || !sensor.VariableLength)
         return FieldOf(sensor, frame, field);
     const auto k = static_cast<std::size_t>(sensor.VariableIndex);
@@ -194,9 +194,9 @@ ConversionStatus CConversionPlan::Impl::Field(const CSensor& sensor, ByteSpan fr
     return ConversionStatus::Good;
 }
 
-void CConversionPlan::Impl::ConvertSensor(std::size_t i, ByteSpan frame, bool immersed,
-                                          FrameValues& values) const {
-    const CSensor& sensor = *sensors[i];
+void CConversionPlan::ConvertSensor(std::size_t i, ByteSpan frame, bool immersed,
+                                    FrameValues& values) const {
+    const CSensor& sensor = *Sensors[i];
     ByteSpan field;
     ConversionStatus status = Field(sensor, frame, values, field);
     if (status == ConversionStatus::Good && KindOfValue(sensor) == ValueKind::Text)
@@ -216,36 +216,35 @@ void CConversionPlan::Impl::ConvertSensor(std::size_t i, ByteSpan frame, bool im
 }
 
 /// Converts a frame that holds every field.
-void CConversionPlan::Impl::ConvertWhole(ByteSpan frame, bool immersed, FrameValues& values) const {
-    if (!ConvertSingles(frame.data(), singles, values.numbers.data()))
-        for (const SingleField& single : singles)
+void CConversionPlan::ConvertWhole(ByteSpan frame, bool immersed, FrameValues& values) const {
+    if (!ConvertSingles(frame.data(), Singles, values.numbers.data()))
+        for (const SingleField& single : Singles)
             ConvertSensor(single.sensor, frame, immersed, values);
-    for (const TextNumber& text : texts)
+    for (const TextNumber& text : Texts)
         if (!ConvertText(text, frame, values))
             ConvertSensor(text.sensor, frame, immersed, values);
-    for (const ConversionRun& run : runs)
+    for (const ConversionRun& run : Runs)
         if (!ConvertRun(run, frame, immersed, values))
             for (std::size_t i = run.first; i < run.first + run.count; ++i)
                 ConvertSensor(i, frame, immersed, values);
 }
 
 void CConversionPlan::Convert(ByteSpan frame, bool immersed, FrameValues& values) const {
-    const Impl& plan = *Compiled;
-    plan.Prepare(values);
-    if (plan.cutter)
-        values.memory.fieldCount = plan.cutter->Cut(frame, values.memory.cuts.data());
-    if (frame.data() && frame.size() >= plan.bytes && values.memory.fieldCount >= plan.fields)
-        plan.ConvertWhole(frame, immersed, values);
+    Prepare(values);
+    if (Cutter)
+        values.memory.fieldCount = Cutter->Cut(frame, values.memory.cuts.data());
+    if (frame.data() && frame.size() >= FrameBytes && values.memory.fieldCount >= FrameFields)
+        ConvertWhole(frame, immersed, values);
     else
-        for (std::size_t i = 0; i < plan.sensors.size(); ++i)
-            plan.ConvertSensor(i, frame, immersed, values);
-    values.anyFailed = plan.usualFails || values.memory.failed;
+        for (std::size_t i = 0; i < Sensors.size(); ++i)
+            ConvertSensor(i, frame, immersed, values);
+    values.anyFailed = UsualFails || values.memory.failed;
 }
 
 ConversionStatus CConversionPlan::Text(const CSensor& sensor, ByteSpan frame,
                                        const FrameValues& values, std::string& text) const {
     ByteSpan field;
-    const ConversionStatus status = Compiled->Field(sensor, frame, values, field);
+    const ConversionStatus status = Field(sensor, frame, values, field);
     return status == ConversionStatus::Good ? TextOfField(sensor, field, &text) : status;
 }
 

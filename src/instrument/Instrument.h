@@ -5,6 +5,7 @@
 // threads without a lock. What a session adds (checks, counts, immersion) is CQorViewIns's.
 #pragma once
 
+#include "instrument/DefinitionBytes.h"
 #include "instrument/DefinitionStatus.h"
 #include "instrument/Sensor.h"
 
@@ -48,6 +49,9 @@ class CInstrument {
     std::int32_t LinesRead() const { return Lines; }
     std::int32_t BadFormatLines() const { return BadLines; }
     std::int32_t DiagnosticCount() const { return Diagnostics; }
+    /// The first diagnostic as one line without line end; empty when there is none.
+    const std::string& FirstDiagnostic() const { return FirstFault; }
+    TextEncoding Encoding() const { return FileEncoding; }
     bool ReadError() const { return ReadFailed; }
 
     const std::deque<CSensor>& Sensors() const { return SensorList; }
@@ -62,9 +66,11 @@ class CInstrument {
     friend class CDefinitionReader;
 
     std::string InstrumentName, Serial, Header, Kind, Path, Log, FrameTerminator, Delimiters;
+    std::string FirstFault;
     std::deque<CSensor> SensorList;
     std::int32_t Size = 0, Lines = 0, BadLines = 0, Diagnostics = 0;
     FrameType Frame = FrameType::Fixed;
+    TextEncoding FileEncoding = TextEncoding::Bytes;
     bool ReadFailed = false;
 };
 

@@ -5,7 +5,6 @@
 #include "base/Text.h"
 #include "instrument/FieldValue.h"
 
-#include <charconv>
 #include <chrono>
 #include <cmath>
 
@@ -26,14 +25,8 @@ std::string DateText(const RawValue& raw, DataType) {
 }
 
 std::string ClockText(const RawValue& raw, DataType) {
-    char digits[330]; // the longest double has 309 digits before the point
     // Kept: the sign is dropped.
-    const auto end = std::to_chars(digits, digits + sizeof digits, std::fabs(raw.number),
-                                   std::chars_format::fixed, 2);
-    std::string padded(digits, end.ptr);
-    if (padded.size() < 9)
-        padded.insert(0, 9 - padded.size(), '0');
-    return Split(padded, ':', 5);
+    return Split(FixedNumber(std::fabs(raw.number), 2, 9, '0'), ':', 5);
 }
 
 std::string PositionText(const RawValue& raw, DataType) {

@@ -44,7 +44,7 @@ std::string DerivedText(const DerivedRow& row) {
         return std::string(ConversionStatusText(row.status));
     if (!row.value)
         return NoValueText;
-    return Format("%.*f", row.decimals, *row.value);
+    return FixedNumber(*row.value, row.decimals);
 }
 
 int FindTiltAxis(const CInstrument& instrument, std::string_view axis) {

@@ -95,7 +95,7 @@ std::vector<HeaderRow> HeaderRows(const SessionState& session, const StationInfo
         {HeaderTag::TimeStamp, {FormatTime("%a %b %d %H:%M:%S %Y", local)}},
         {HeaderTag::Mode, {"NONE"}},
         {HeaderTag::PressureTare,
-         {profiler ? Format("%f", session.PressureTare.value_or(0.0)) : "OFF"}},
+         {profiler ? FixedNumber(session.PressureTare.value_or(0.0), 6) : "OFF"}},
         {HeaderTag::TimeTag, {"OFF"}},
         {HeaderTag::DateTag, {"ON"}},
         {HeaderTag::TimeTag2, {"ON"}},

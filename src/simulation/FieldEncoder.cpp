@@ -4,7 +4,6 @@
 #include "simulation/FieldEncoder.h"
 
 #include "base/Text.h"
-#include "instrument/FieldText.h"
 
 #include <algorithm>
 #include <bit>

@@ -7,6 +7,7 @@
 #include "base/Text.h"
 #include "instrument/Calibration.h"
 #include "instrument/FrameChecks.h"
+#include "simulation/DelimitedSum.h"
 #include "simulation/PlausibleValue.h"
 
 #include <algorithm>
@@ -263,8 +264,9 @@ void CFrameMaker::FillDelimited(std::vector<std::uint8_t>& frame) {
 /// Sets the checksum; false when no digits can, for these bytes.
 bool CFrameMaker::Balance(std::vector<std::uint8_t>& frame) const {
     const CSensor* const sensor = ChecksumAt < 0 ? nullptr : Instrument.Sensor(ChecksumAt);
-    if (!sensor || sensor->VariableLength ||
-        std::size_t{sensor->ByteOffset} + sensor->FieldLength > frame.size() ||
+    if (sensor && sensor->VariableLength)
+        return BalanceDelimited(Instrument, *sensor, frame);
+    if (!sensor || std::size_t{sensor->ByteOffset} + sensor->FieldLength > frame.size() ||
         sensor->FieldLength == 0)
         return true;
     const std::span<std::uint8_t> field =

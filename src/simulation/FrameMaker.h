@@ -35,8 +35,8 @@ class CFrameMaker {
     /// fills time and date fields and drives the plausible values. Bytes that no sensor describes
     /// are 0. Fixed frames above 16 MiB are not made: the frame is empty.
     ///
-    /// The checksum balances binary and fixed ASCII fields. In a delimited frame the byte that the
-    /// check takes for the checksum is one of the first fields', so there it is left to chance.
+    /// The checksum balances. In a delimited frame the sum ends within one of the first fields, and
+    /// characters behind a number there balance it, where there is room for them.
     std::vector<std::uint8_t> Next(double secondsOfTime);
 
     /// Leaves out frames: the counter moves on as if they had been sent.

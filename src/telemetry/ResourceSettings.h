@@ -17,8 +17,8 @@ struct SerialResourceSettings {
     std::uint8_t stopBits = 0;         ///< 0 one, 1 one and a half, 2 two
     std::uint32_t bufferSize = 1024;   ///< driver's input queue, read request, bound of the search
     std::string globalSyncString;      ///< empty: no global synchronisation
-    std::int32_t idleTimeoutCount = 0; ///< 100 ms waits before "waiting"; <= 0 keeps 15
-    std::int32_t maxFrameDepth = 0;    ///< frames queued at most; <= 0 keeps 200
+    std::int32_t idleTimeoutCount = 0; ///< 100 ms waits before "waiting"; <= 0: 15
+    std::int32_t maxFrameDepth = 0;    ///< frames queued at most; <= 0: 200
 };
 
 struct FileResourceSettings {

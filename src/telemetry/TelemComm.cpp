@@ -57,8 +57,8 @@ CommResult CTelemComm::InitialiseSerial(const SerialResourceSettings& settings) 
         return Fail(refusal, CommResult::StillConnected);
 
     Serial = settings;
-    if (settings.idleTimeoutCount > 0)
-        IdleTimeoutCount = settings.idleTimeoutCount;
+    IdleTimeoutCount =
+        settings.idleTimeoutCount > 0 ? settings.idleTimeoutCount : DefaultIdleTimeoutCount;
     {
         CLock lock(FrameLock);
         if (!IsSerial()) {
@@ -68,8 +68,7 @@ CommResult CTelemComm::InitialiseSerial(const SerialResourceSettings& settings) 
         }
         Sync.SetSearchBound(settings.bufferSize);
         Sync.SetGlobalSync(settings.globalSyncString);
-        if (settings.maxFrameDepth > 0)
-            Sync.SetMaxFrameDepth(settings.maxFrameDepth);
+        Sync.SetMaxFrameDepth(settings.maxFrameDepth);
     }
     std::string line =
         Format("Initializing serial communications on %s.\r\n", ResourceName.c_str());

@@ -135,7 +135,8 @@ class CTelemComm {
     std::string ResourceName;
     SerialResourceSettings Serial;
     FileResourceSettings Playback;
-    std::int32_t IdleTimeoutCount = 15;
+    static constexpr std::int32_t DefaultIdleTimeoutCount = 15;
+    std::int32_t IdleTimeoutCount = DefaultIdleTimeoutCount;
 
     bool Connected GUARDED_BY(StatusLock) = false;
     bool Disconnecting GUARDED_BY(StatusLock) = false;

@@ -48,8 +48,10 @@ void COSRCViewSettings::Save(CProfileStore& store) const {
     SavePlace(store, Section);
     for (const IntegerSetting& setting : IntegerSettings)
         store.WriteInteger(Section, setting.key, this->*setting.field);
-    store.WriteText(Section, "MaxValues",
-                    Format("%04.4f %04.4f %04.4f", MaxValues[0], MaxValues[1], MaxValues[2]));
+    std::string greatest;
+    for (double value : MaxValues)
+        greatest += (greatest.empty() ? "" : " ") + FixedNumber(value, 4, 4, '0');
+    store.WriteText(Section, "MaxValues", greatest);
 }
 
 void COSRCViewSettings::Load(const CProfileStore& store) {
@@ -215,7 +217,7 @@ void COSRCViewDlg::Select(int index) {
 
 std::string COSRCViewDlg::LimitText() const {
     const auto leading = Settings.Leading();
-    return leading ? Format("%.4g", Settings.MaxValues[PlaceOf(*leading)]) : std::string();
+    return leading ? GeneralNumber(Settings.MaxValues[PlaceOf(*leading)], 4) : std::string();
 }
 
 bool COSRCViewDlg::SetLimit(std::string_view text) {

@@ -35,8 +35,10 @@ constexpr bool Inside(double minimum, double value, double maximum) {
 } // namespace
 
 std::string FormatWarningRanges(const WarningRanges& ranges) {
-    return Format("%09.2f %09.2f %09.2f %09.2f %1d %1d", ranges.WarnMin, ranges.WarnMax,
-                  ranges.AlarmMin, ranges.AlarmMax, ranges.WarnEnabled, ranges.AlarmEnabled);
+    std::string text;
+    for (double limit : {ranges.WarnMin, ranges.WarnMax, ranges.AlarmMin, ranges.AlarmMax})
+        text += FixedNumber(limit, 2, 9, '0') + ' ';
+    return text + Format("%1d %1d", ranges.WarnEnabled, ranges.AlarmEnabled);
 }
 
 void ParseWarningRanges(std::string_view text, WarningRanges& ranges) {

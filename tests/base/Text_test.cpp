@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "base/Text.h"
 
+#include "fakes/CommaLocale.h"
+
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <limits>
 #include <utility>
+#include <vector>
 
 namespace qor {
 namespace {
@@ -65,6 +69,35 @@ TEST(Text, CountsArePlainDecimalNumbersBelowTwoToThe32) {
     };
     for (const auto& [text, count] : cases)
         EXPECT_EQ(WholeCount(text), count) << text;
+}
+
+/// The same texts as printf's in the C locale, whatever the locale is.
+TEST(Text, NumbersAreWrittenAsPrintfDoesInTheCLocale) {
+    const double values[] = {0.0,      -0.0,      0.5,          2.5,           -2.675,
+                             45.125,   -5.25,     1e-7,         9999.995,      99999.5,
+                             123456.7, -123456.7, 1e15,         -1e22,         1e300,
+                             Infinity, -Infinity, std::nan(""), -std::nan(""), 4.9e-324};
+    std::vector<std::string> expected, written;
+    for (double value : values) {
+        expected.insert(expected.end(),
+                        {Format("%f", value), Format("%.2f", value), Format("%09.2f", value),
+                         Format("%04.4f", value), Format("%12.3f", value), Format("%.0f", value),
+                         Format("%.4g", value), Format("%12.5g", value)});
+    }
+    const CCommaLocale comma;
+    for (double value : values) {
+        written.insert(written.end(), {FixedNumber(value, 6), FixedNumber(value, 2),
+                                       FixedNumber(value, 2, 9, '0'), FixedNumber(value, 4, 4, '0'),
+                                       FixedNumber(value, 3, 12), FixedNumber(value, 0),
+                                       GeneralNumber(value, 4), GeneralNumber(value, 5, 12)});
+    }
+    EXPECT_EQ(written, expected);
+    if (!comma.Active())
+        GTEST_SKIP() << "no locale with a decimal comma can be had here";
+    EXPECT_EQ(Format("%.1f", 0.5), "0,5");
+    EXPECT_EQ(ShortestNumber(0.5), "0.5");
+    EXPECT_EQ(WholeNumber("0.5"), 0.5);
+    EXPECT_EQ(WholeNumber("0,5"), std::nullopt);
 }
 
 TEST(Text, EscapesBecomeBytesAndAMalformedOneEmptiesTheText) {

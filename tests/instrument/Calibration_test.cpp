@@ -2,6 +2,7 @@
 #include "instrument/Calibration.h"
 #include "instrument/FieldText.h"
 
+#include "fakes/CommaLocale.h"
 #include "fakes/DefinedInstrument.h"
 
 #include <gmock/gmock.h>
@@ -174,6 +175,30 @@ TEST(Calibration, TextsOfTimesAndPositions) {
         const std::string frame = "HDR" + c.body;
         std::string text;
         EXPECT_EQ(ValueText(*instrument->Sensor(0), AsBytes(frame), text), c.status);
+        EXPECT_EQ(text, c.text);
+    }
+}
+
+TEST(FieldText, NoLocaleChangesADefinitionOrACell) {
+    const CCommaLocale comma;
+    if (!comma.Active())
+        GTEST_SKIP() << "no locale with a decimal comma can be had here";
+    struct {
+        std::string line, body;
+        FieldView view;
+        std::string text;
+    } const cases[] = {
+        {"X NONE '' 2 BU 1 POLYU\n0.5 2.25\n", "\1\2", FieldView::Calibrated, "581.00"},
+        {"X NONE '' 4 AF 1 POLYF\n1.5 0.25\n", "1.75", FieldView::Calibrated, "2.25"},
+        {"X NONE '' 4 BF 0 COUNT\n", "\x3D\xCC\xCC\xCD", FieldView::RawCounts,
+         "0.10000000149011612"},
+        {"X NONE '' 9 AF 0 HHMMSS\n", "93015.5  ", FieldView::Calibrated, "09:30:15.50"},
+    };
+    for (const auto& c : cases) {
+        const auto instrument = DefineFixed(c.line);
+        const std::string frame = "HDR" + c.body;
+        std::string text;
+        EXPECT_EQ(FormatField(*instrument->Sensor(0), AsBytes(frame), Dry, c.view, 2, text), Good);
         EXPECT_EQ(text, c.text);
     }
 }

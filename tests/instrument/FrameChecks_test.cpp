@@ -53,6 +53,15 @@ TEST_F(FrameChecks, CountersWrapFrom255AndResynchroniseAfterALoss) {
                                              "Dropped frame detected for HDR on COM1.\r\n"));
 }
 
+TEST_F(FrameChecks, AConnectionBeginsAnywhereAndKeepsTheCounts) {
+    Use(CounterLine);
+    EXPECT_EQ(Feed({"\1", "\2", "\5"}), "..D");
+    EXPECT_EQ(Feed({"\6", "\7"}), "..");
+    Checks.BeginConnection();
+    EXPECT_EQ(Feed({"\x40", "\x41", "\x50"}), "..D");
+    EXPECT_EQ(Checks.DroppedCount, 2u);
+}
+
 TEST_F(FrameChecks, AnUnreadableCounterEndsTheCheckAndResynchronises) {
     Use("FRAMECOUNTER NONE '' 3 AI 0 COUNT\n" + SumLine);
     Checks.ChecksumIndex = -1;

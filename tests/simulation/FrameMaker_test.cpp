@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "simulation/FrameMaker.h"
 
+#include "fakes/CollectingSink.h"
 #include "fakes/DefinedInstrument.h"
 #include "instrument/Calibration.h"
+#include "instrument/FieldText.h"
+#include "instrument/FrameChecks.h"
 
 #include <gmock/gmock.h>
 
@@ -43,6 +46,39 @@ TEST(FrameMaker, WantedValuesComeBackAsNearAsTheFieldAllows) {
         ASSERT_EQ(CalibratedValue(instrument->Sensors().back(), maker.Next(Noon), true, value),
                   ConversionStatus::Good);
         EXPECT_NEAR(value, c.wanted, c.tolerance);
+    }
+}
+
+TEST(FrameMaker, ADelimitedFramePassesTheCheckOfItsSum) {
+    const auto field = [](const std::string& sensor) {
+        return "FIELD NONE ',' 1 AS 0 DELIMITER\n" + sensor + "\n";
+    };
+    const std::string counter = field("FRAME COUNTER '' V AI 0 COUNT");
+    const std::string sum = field("CHECK SUM '' V AI 0 COUNT");
+    const std::string depth = field("PRES NONE 'dbar' V AF 1 POLYU\n0 1");
+    const std::string name = field("NAME NONE '' V AS 0 NONE");
+    for (const std::string& lines :
+         {counter + depth + depth + depth + sum, depth + sum, name + counter + sum,
+          sum + counter + depth, name + depth + sum + counter}) {
+        SCOPED_TRACE(lines);
+        const auto instrument = DefineDelimited(lines);
+        ASSERT_TRUE(HasDelimitedChecksum(*instrument));
+        CFrameMaker maker(*instrument);
+        CCollectingSink sink;
+        CFrameChecks checks;
+        checks.CounterEnabled = FrameCounterIndex(*instrument) >= 0;
+        checks.SetUp(*instrument, "TXT", "COM1", sink);
+        for (int i = 0; i < 300; ++i) {
+            const std::vector<std::uint8_t> frame = maker.Next(Noon + i);
+            checks.Check(frame);
+            for (const CSensor& sensor : instrument->Sensors()) {
+                std::string text;
+                EXPECT_EQ(FormatField(sensor, frame, false, FieldView::Calibrated, 2, text),
+                          ConversionStatus::Good)
+                    << sensor.Type << " in " << testing::PrintToString(frame);
+            }
+        }
+        EXPECT_THAT(sink.Messages(), testing::IsEmpty());
     }
 }
 

@@ -244,6 +244,19 @@ TEST_F(AResource, SilenceIsReportedOnceUntilBytesCome) {
     EXPECT_FALSE(Comm.Figures().waiting);
 }
 
+TEST_F(AResource, InitialisingWithZeroGivesTheDefaultsAgain) {
+    Settings.idleTimeoutCount = 3;
+    Settings.maxFrameDepth = 2;
+    Initialise();
+    Settings.idleTimeoutCount = Settings.maxFrameDepth = 0;
+    Initialise();
+    Attach();
+    Connect();
+    Script.Silence(15).Bytes("$Rabcd$Refgh$Rijkl").Played();
+    EXPECT_EQ(Sink.Take(), Lines{"$R found on COM1.\r\n"});
+    EXPECT_EQ(Frames().size(), 3u);
+}
+
 TEST_F(AResource, LineErrorsAreReportedAndNeverEndAcquisition) {
     Initialise();
     Attach();

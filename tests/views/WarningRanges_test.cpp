@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "fakes/CommaLocale.h"
 #include "fakes/ScriptedUser.h"
 #include "views/WarningRanges.h"
 
@@ -17,6 +18,7 @@ WarningRanges Parsed(std::string_view text) {
 }
 
 TEST(WarningRanges, AreStoredAtFixedPositionsAndReadByThemEvenWhereThatMisreads) {
+    const CCommaLocale comma; // where there is one, it makes no difference
     const WarningRanges ranges{-5.25, 45, 45.125, 180, 0, 1};
     const std::string text = FormatWarningRanges(ranges);
     EXPECT_EQ(text, "-00005.25 000045.00 000045.12 000180.00 0 1");

@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// What somebody who is about to use a definition is to be told of it. A pure question to a loaded
+// instrument; the document and the faces ask it.
+#pragma once
+
+#include "instrument/Instrument.h"
+
+#include <string>
+
+namespace qor {
+
+struct DefinitionVerdict {
+    std::int32_t diagnostics = 0; ///< lines that were repaired or dropped
+    std::string firstDiagnostic;  ///< the first of them as one line, without line end
+    /// Why the definition can never give a frame, as one sentence; empty when it can.
+    std::string noFrames;
+};
+
+/// Also of an instrument whose load failed, where the file's encoding may be the reason.
+DefinitionVerdict VerdictOf(const CInstrument& instrument);
+
+} // namespace qor
