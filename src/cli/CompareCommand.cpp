@@ -106,7 +106,7 @@ int RunCompare(const CompareOptions& options, CommandContext& context) {
     for (const std::string& path : options.files) {
         CPlayedFile playback(options.chunk);
         ComparedPair pair;
-        well = playback.Open(path, options.instruments) && well;
+        well = playback.Open(path, options.instruments, options.strict) && well;
         if (playback.IsBadCall())
             return ExitBadCall;
         if (!playback.IsOpen() || !FindPair(playback, options, pair)) {

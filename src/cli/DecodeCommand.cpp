@@ -151,7 +151,7 @@ int DecodeToCsv(const DecodeOptions& options, CommandContext& context) {
     bool well = true;
     for (const std::string& path : options.files) {
         CPlayedFile playback(options.chunk);
-        well = playback.Open(path, options.instruments) && well;
+        well = playback.Open(path, options.instruments, options.strict) && well;
         if (playback.IsBadCall())
             return ExitBadCall;
         if (!playback.IsOpen())
@@ -223,7 +223,7 @@ int DecodeToStream(const DecodeOptions& options, CommandContext& context) {
     bool well = true;
     for (const std::string& path : options.files) {
         CPlayedFile playback(options.chunk);
-        well = playback.Open(path, options.instruments) && well;
+        well = playback.Open(path, options.instruments, options.strict) && well;
         if (playback.IsBadCall())
             return ExitBadCall;
         if (!playback.IsOpen())

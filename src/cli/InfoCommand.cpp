@@ -49,7 +49,7 @@ bool ReadLog(const std::string& path, const CommandContext& context, CRawLogRead
 bool PlayLog(const std::string& path, const InfoOptions& options, CommandContext& context,
              PlayFacts& facts) {
     CPlayedFile playback(options.chunk);
-    bool well = playback.Open(path, options.instruments);
+    bool well = playback.Open(path, options.instruments, options.strict);
     if (!playback.IsOpen())
         return false;
     well = playback.Play(

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/InstrumentOptions.h"
 
+#include "base/Text.h"
 #include "cli/Report.h"
+#include "session/FileKind.h"
 
 #include <CLI/CLI.hpp>
 
@@ -10,6 +12,15 @@
 namespace qor {
 
 namespace {
+
+/// What the operator reads of a file that can be neither; a name without an extension that says
+/// otherwise is taken for a definition, as it always was.
+std::string CheckInstrumentFile(const std::string& path) {
+    const FileKind kind = KindByName(path);
+    const bool other = kind == FileKind::RawLog || kind == FileKind::Session ||
+                       (kind == FileKind::Other && !ExtensionOf(path).empty());
+    return other ? OneLine(NotInstrumentFile(path)) : std::string();
+}
 
 std::string RoleNames() {
     std::string names;
@@ -57,9 +68,11 @@ void AddInstrumentOptions(CLI::App& command, InstrumentSelection& selection) {
         .add_option("-d,--definition", selection.definitions,
                     "Definition file (.cal, .tdf) of an instrument")
         ->type_name("FILE")
+        ->check(CheckInstrumentFile)
         ->allow_extra_args(false);
     command.add_option("-p,--package", selection.packages, "Instrument package file (.sip)")
         ->type_name("FILE")
+        ->check(CheckInstrumentFile)
         ->allow_extra_args(false);
     AddNameOptions(command, selection);
 }
@@ -90,9 +103,9 @@ void AddPackageOptions(CLI::App& command, PackageSettings& settings) {
         ->group("Packages");
 }
 
-void ReportRefusal(const Refusal& refusal) {
-    ReportError(refusal.subject + ": " + refusal.reason +
-                (refusal.hasParseLog ? " See qorview-cli check." : ""));
+void AddStrictOption(CLI::App& command, bool& strict) {
+    command.add_flag("--strict", strict,
+                     "A definition with repaired or dropped lines is a fault, not a warning");
 }
 
 bool HasUnknownName(const std::vector<Refusal>& refusals) {
@@ -100,10 +113,17 @@ bool HasUnknownName(const std::vector<Refusal>& refusals) {
         refusals, [](const Refusal& refusal) { return refusal.kind == Refusal::Kind::Name; });
 }
 
-bool ReportRefusals(const std::vector<Refusal>& refusals) {
-    for (const Refusal& refusal : refusals)
-        ReportRefusal(refusal);
-    return refusals.empty();
+bool ReportSetup(const CSessionSetup& setup, bool strict, bool needsFrames) {
+    const auto say = [](const std::vector<Refusal>& all, bool fault) {
+        for (const Refusal& one : all)
+            (fault ? ReportError
+                   : ReportWarning)(one.subject + ": " + one.reason +
+                                    (one.hasParseLog ? " See qorview-cli check." : ""));
+        return all.empty() || !fault;
+    };
+    bool well = say(setup.Refusals(), true);
+    well = say(setup.Warnings(), strict) && well;
+    return say(setup.Silent(), strict || needsFrames) && well;
 }
 
 } // namespace qor

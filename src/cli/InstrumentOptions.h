@@ -22,14 +22,15 @@ inline constexpr const char* EveryInstrument = "*";
 void AddInstrumentOptions(CLI::App& command, InstrumentSelection& selection);
 /// Adds --wet and --role alone.
 void AddNameOptions(CLI::App& command, InstrumentSelection& selection);
+/// Adds --strict.
+void AddStrictOption(CLI::App& command, bool& strict);
 /// Adds the settings of packages that derived products need.
 void AddPackageOptions(CLI::App& command, PackageSettings& settings);
 
-/// One error line.
-void ReportRefusal(const Refusal& refusal);
+/// Says what is wrong with the instruments of a call, each as an error or, where they are used all
+/// the same, as a warning (`strict`: an error). False when there is an error.
+bool ReportSetup(const CSessionSetup& setup, bool strict, bool needsFrames);
 /// Whether a name was given that nothing has: a wrong call.
 bool HasUnknownName(const std::vector<Refusal>& refusals);
-/// One error line each; false when there is any.
-bool ReportRefusals(const std::vector<Refusal>& refusals);
 
 } // namespace qor

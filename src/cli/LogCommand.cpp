@@ -156,6 +156,7 @@ void AddLogCommand(CLI::App& app, CommandContext& context) {
                       "Replace an existing log of the same name");
     command->add_flag("--reconnect", options.reconnect,
                       "Try a port that is lost, or not there yet, again until the run ends");
+    AddStrictOption(*command, options.strict);
     command->add_flag("--partly", options.partly,
                       "Log with what can be used when some definition cannot");
     command->add_flag("--quiet", context.quiet, "No status lines");

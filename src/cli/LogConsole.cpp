@@ -43,7 +43,7 @@ constexpr Trouble Troubles[] = {
 
 CLogConsole::CLogConsole(LogRunPlan plan, CommandContext& context)
     : Context(context), Directory(plan.directory), WantsPosition(plan.log.gpsHeaderEnabled),
-      Partly(plan.partly), Reconnects(plan.reconnect),
+      Strict(plan.strict), Partly(plan.partly), Reconnects(plan.reconnect),
       Document(Clock, MakeSystemSerialPort, User, Profile), LogRun(Document, std::move(plan)) {}
 
 void CLogConsole::ReportPorts() {
@@ -153,8 +153,8 @@ bool CLogConsole::Begin() {
 int CLogConsole::Run() {
     const bool ports = LogRun.SetUp();
     ReportPorts();
-    const bool usable = ReportRefusals(LogRun.Refusals());
-    if (HasUnknownName(LogRun.Refusals()))
+    const bool usable = ReportSetup(LogRun.Set(), Strict, true);
+    if (HasUnknownName(LogRun.Set().Refusals()))
         return ExitBadCall;
     Fault = Fault || !usable;
     const bool instruments = LogRun.HasInstruments();

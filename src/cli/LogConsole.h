@@ -29,6 +29,7 @@ class CLogConsole {
     CommandContext& Context;
     const std::string Directory;
     const bool WantsPosition;
+    const bool Strict;
     const bool Partly;
     const bool Reconnects;
     CSystemClock Clock;

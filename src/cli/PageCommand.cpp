@@ -121,7 +121,7 @@ int RunPage(PageOptions& options, CommandContext& context) {
         return ExitBadCall;
     }
     CPlayedFile playback(options.chunk ? options.chunk : until ? 2048 : 0);
-    bool well = playback.Open(options.files.front(), options.instruments);
+    bool well = playback.Open(options.files.front(), options.instruments, options.strict);
     if (playback.IsBadCall())
         return ExitBadCall;
     if (!playback.IsOpen())

@@ -30,13 +30,14 @@ void CPlayedFile::SayLoss(const Event& event) {
     LossTold = true;
 }
 
-bool CPlayedFile::Open(const std::string& path, const InstrumentSelection& selection) {
+bool CPlayedFile::Open(const std::string& path, const InstrumentSelection& selection,
+                       bool strict) {
     Path = path;
     if (!Playback.Open(path, selection)) {
         ReportError(path + ": " + Playback.OpenFault());
         return false;
     }
-    const bool well = ReportRefusals(Playback.Refusals());
+    const bool well = ReportSetup(Playback.Set(), strict, false);
     for (const CQorViewIns* instrument : Instruments())
         if (instrument->Definition().SyncHeader().empty())
             ReportWarning(instrument->Definition().FilePath() +
@@ -78,6 +79,7 @@ void AddPlaybackOptions(CLI::App& command, PlaybackOptions& options, CommandCont
                     "Read size in bytes (2048); the frames are the same for every size")
         ->type_name("BYTES")
         ->check(CLI::Range(std::uint32_t{1}, LargestChunk));
+    AddStrictOption(command, options.strict);
     command.add_flag("--quiet", context.quiet, "No progress bar");
     command
         .add_option_function<std::vector<std::string>>(

@@ -20,6 +20,7 @@ struct PlaybackOptions {
     InstrumentSelection instruments;
     std::vector<std::string> files;
     std::uint32_t chunk = 0; ///< 0: not given
+    bool strict = false;
 };
 
 class CPlayedFile {
@@ -29,10 +30,10 @@ class CPlayedFile {
 
     /// Opens the file and sets up the instruments. Every fault is reported; false when there was
     /// one. With a fault in some definition the others still play: see IsOpen.
-    bool Open(const std::string& path, const InstrumentSelection& selection);
+    bool Open(const std::string& path, const InstrumentSelection& selection, bool strict = false);
     bool IsOpen() const { return Opened; }
     /// Whether the call names an instrument that is not there: nothing is to be printed (2).
-    bool IsBadCall() const { return HasUnknownName(Playback.Refusals()); }
+    bool IsBadCall() const { return HasUnknownName(Playback.Set().Refusals()); }
 
     /// The instruments, in the order in which they were named.
     const std::vector<CQorViewIns*>& Instruments() const { return Playback.Instruments(); }

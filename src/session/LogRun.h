@@ -29,6 +29,7 @@ struct LogRunPlan {
     LogOptions log;
     StationInformation station;
     bool reconnect = false; ///< ports that are lost, or not there yet, are tried until the end
+    bool strict = false;    ///< nothing is logged with a definition that was repaired
     bool partly = false;    ///< start although some definition or member cannot be used
 };
 
@@ -43,7 +44,7 @@ class CLogRun {
   public:
     CLogRun(CQorViewDoc& doc, LogRunPlan plan);
 
-    /// Fills the document. What could not be used is in Refusals and PortRefusals. False when a
+    /// Fills the document. What could not be used is in Set and PortRefusals. False when a
     /// port was refused.
     bool SetUp();
     /// Whether there is anything to log.
@@ -64,7 +65,7 @@ class CLogRun {
     /// Disconnects, ends the log and waits until the disk has it, stops the loop.
     void End();
 
-    const std::vector<Refusal>& Refusals() const { return Setup.Refusals(); }
+    const CSessionSetup& Set() const { return Setup; }
     const std::vector<PortRefusal>& PortRefusals() const { return PortsRefused; }
     /// What has happened since the last call, but for notes.
     std::vector<Event> TakeEvents();

@@ -22,7 +22,7 @@ class CPlayback {
     /// OpenFault); what could not be used of the selection is in Refusals, and the rest plays.
     bool Open(const std::string& path, const InstrumentSelection& selection);
     const std::string& OpenFault() const { return Fault; }
-    const std::vector<Refusal>& Refusals() const { return Setup.Refusals(); }
+    const CSessionSetup& Set() const { return Setup; }
 
     /// The instruments, in the order in which they were named. They live as long as the document.
     const std::vector<CQorViewIns*>& Instruments() const { return Named; }

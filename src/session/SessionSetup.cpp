@@ -4,6 +4,8 @@
 #include "session/SessionSetup.h"
 
 #include "base/Text.h"
+#include "instrument/DefinitionVerdict.h"
+#include "session/FileKind.h"
 
 namespace qor {
 namespace {
@@ -33,10 +35,29 @@ void CSessionSetup::Refuse(Refusal::Kind kind, std::string subject, std::string 
     Refused.push_back({kind, std::move(subject), std::move(reason), hasParseLog});
 }
 
+/// Also of a definition that was refused: what is wrong with it is why.
+void CSessionSetup::Judge(const CInstrument& definition, const std::string& subject,
+                          Refusal::Kind kind) {
+    const DefinitionVerdict verdict = VerdictOf(definition);
+    if (verdict.diagnostics > 0) {
+        std::string text =
+            Format("%d of its lines %s repaired or dropped; the first: %s", verdict.diagnostics,
+                   verdict.diagnostics == 1 ? "was" : "were", verdict.firstDiagnostic.c_str());
+        Doc.Raise({EventKind::DefinitionFaulty, subject, subject + ": " + text + "\r\n"});
+        Warned.push_back({kind, subject, std::move(text), true});
+    }
+    if (!verdict.noFrames.empty())
+        Frameless.push_back(
+            {kind, subject, "it can never give a frame: " + verdict.noFrames, true});
+}
+
 void CSessionSetup::AddDefinition(const std::string& path, ResourceId resource) {
     const AddedInstrument added = Doc.AddInstrument(path, resource);
-    if (added.Added())
+    if (added.Added()) {
+        CRecursiveLock lock(Doc.DocLock);
+        Judge(Doc.Find(added.id)->Definition(), path, Refusal::Kind::Definition);
         return;
+    }
     if (added.definition == DefinitionStatus::Success)
         Refuse(Refusal::Kind::Definition, path, WhyNotAttached(added.comm));
     else
@@ -44,6 +65,14 @@ void CSessionSetup::AddDefinition(const std::string& path, ResourceId resource) 
                "could not be loaded (" + CodeText(static_cast<std::uint32_t>(added.definition)) +
                    "). " + OneLine(added.parseLog),
                true);
+}
+
+void CSessionSetup::AddFile(const std::string& path, ResourceId resource,
+                            const PackageSettings& settings) {
+    if (KindByName(path) == FileKind::Package)
+        AddPackage(LoadPackage(path, Doc.User, Doc), resource, settings);
+    else
+        AddDefinition(path, resource);
 }
 
 void CSessionSetup::AddPackage(LoadedPackage loaded, ResourceId resource,
@@ -61,6 +90,8 @@ void CSessionSetup::AddPackage(LoadedPackage loaded, ResourceId resource,
                          "). " + OneLine(member.instrument->ParseLog())
                    : "could not be extracted.",
                member.instrument != nullptr);
+    for (const PackageMember& member : loaded.members)
+        Judge(*member.instrument, path + "(" + member.name + ")", Refusal::Kind::Member);
     std::vector<RefusedMember> members;
     Doc.Packages.AddPackage(std::move(loaded), resource, settings, &members);
     for (const RefusedMember& member : members)
@@ -69,9 +100,9 @@ void CSessionSetup::AddPackage(LoadedPackage loaded, ResourceId resource,
 
 void CSessionSetup::AddAll(const InstrumentSelection& selection, ResourceId resource) {
     for (const std::string& path : selection.definitions)
-        AddDefinition(path, resource);
+        AddFile(path, resource, selection.packageSettings);
     for (const std::string& path : selection.packages)
-        AddPackage(LoadPackage(path, Doc.User, Doc), resource, selection.packageSettings);
+        AddFile(path, resource, selection.packageSettings);
 }
 
 void CSessionSetup::ApplyNames(const InstrumentSelection& selection) {

@@ -49,20 +49,27 @@ class CSessionSetup {
 
     void AddDefinition(const std::string& path, ResourceId resource);
     void AddPackage(LoadedPackage loaded, ResourceId resource, const PackageSettings& settings);
-    /// Definitions, then packages.
+    /// The files that a call names, definitions and packages in their order; a file of either kind
+    /// may stand in either list.
     void AddAll(const InstrumentSelection& selection, ResourceId resource);
     /// Immersion and roles, over all resources.
     void ApplyNames(const InstrumentSelection& selection);
 
     /// In the order in which they came.
     const std::vector<Refusal>& Refusals() const { return Refused; }
+    /// What is used and yet may not be what was meant: definitions with repaired or dropped lines.
+    const std::vector<Refusal>& Warnings() const { return Warned; }
+    /// Definitions that are used and can never give a frame.
+    const std::vector<Refusal>& Silent() const { return Frameless; }
 
   private:
+    void AddFile(const std::string& path, ResourceId resource, const PackageSettings& settings);
+    void Judge(const CInstrument& definition, const std::string& subject, Refusal::Kind kind);
     void Refuse(Refusal::Kind kind, std::string subject, std::string reason,
                 bool hasParseLog = false);
 
     CQorViewDoc& Doc;
-    std::vector<Refusal> Refused;
+    std::vector<Refusal> Refused, Warned, Frameless;
 };
 
 } // namespace qor
