@@ -6,15 +6,13 @@
 #include "cli/Report.h"
 #include "cli/SessionSetup.h"
 #include "export/Output.h"
-#include "simulation/CastModel.h"
-#include "simulation/Simulator.h"
+#include "simulation/PlayedInstruments.h"
+#include "simulation/RawLogMaker.h"
 
 #include "base/Text.h"
 #include "instrument/FrameChecks.h"
 #include "platform/SystemText.h"
 #include "platform/VirtualPort.h"
-#include "session/LogHeader.h"
-#include "telemetry/RawLogFormat.h"
 
 #include <CLI/CLI.hpp>
 
@@ -152,10 +150,11 @@ class CSimulation {
     bool LoadInstruments();
     bool ReadStart();
     bool KnowsNames();
-    bool WriteHeaderBlock();
+    bool BeginRawLog();
+    void AddPlayers(CSimulator& simulator, const Pace& pace);
+    bool Play(CSimulator& simulator, const Pace& pace);
     bool Wait(double seconds);
     bool SendFrame(const SimulatedFrame& frame);
-    FrameTime TimeOf(double seconds) const;
     bool IsUntagged(const CInstrument& instrument) const;
     bool IsWet(const CInstrument& instrument) const;
 
@@ -163,42 +162,33 @@ class CSimulation {
     CommandContext& Context;
     CSystemClock Clock;
     CSimulatedLine Line;
-    std::vector<std::unique_ptr<CInstrument>> Instruments;
+    PlayedInstruments Instruments;
+    std::optional<CRawLogMaker> RawLog;
+    std::vector<std::uint8_t> Bytes; ///< of the frame being sent
     FrameTime Start;
     std::int64_t Begun = 0; ///< monotonic milliseconds
 };
 
 bool CSimulation::LoadInstruments() {
-    for (const std::string& path : Options.instruments.definitions) {
-        auto instrument = std::make_unique<CInstrument>();
-        if (instrument->Load(path) != DefinitionStatus::Success) {
-            ReportError(path + ": could not be loaded. " + OneLine(instrument->ParseLog()));
-            return false;
-        }
-        Instruments.push_back(std::move(instrument));
-    }
+    std::optional<PlayRefusal> refusal =
+        LoadDefinitions(Options.instruments.definitions, Instruments);
     CTerminalUser user;
     CWarningSink warnings;
     for (const std::string& path : Options.instruments.packages) {
+        if (refusal)
+            break;
         LoadedPackage package = LoadPackage(path, user, warnings);
-        if (!package.ok) {
-            ReportError(path +
-                        ": no instrument could be loaded from the package. See qorview-cli check.");
-            return false;
-        }
+        if (!package.ok)
+            refusal = {path,
+                       "no instrument could be loaded from the package. See qorview-cli check."};
         for (PackageMember& member : package.members)
             Instruments.push_back(std::move(member.instrument));
     }
-    for (const std::unique_ptr<CInstrument>& instrument : Instruments)
-        if (instrument->FrameSize() <= 0) {
-            ReportError(instrument->FilePath() +
-                        ": its frames have no bytes; there is nothing to simulate.");
-            return false;
-        } else if (instrument->FrameSize() > CFrameMaker::LargestFrame) {
-            ReportError(instrument->FilePath() + ": its frames are too long to simulate.");
-            return false;
-        }
-    return true;
+    if (!refusal)
+        refusal = FindUnplayable(Instruments);
+    if (refusal)
+        ReportError(refusal->path + ": " + OneLine(refusal->reason));
+    return !refusal;
 }
 
 bool CSimulation::ReadStart() {
@@ -219,15 +209,6 @@ bool CSimulation::ReadStart() {
         return true;
     ReportError("--start " + Options.startText + ": give a time such as 2026-06-21T12:00:00.");
     return false;
-}
-
-FrameTime CSimulation::TimeOf(double seconds) const {
-    FrameTime time = Start;
-    auto milliseconds =
-        static_cast<std::int64_t>(std::llround(seconds * 1000.0)) + Start.milliseconds;
-    time.seconds += milliseconds / 1000;
-    time.milliseconds = static_cast<std::uint16_t>(milliseconds % 1000);
-    return time;
 }
 
 /// Whether --role and --wet name instruments of the call; reports the first that does not.
@@ -263,25 +244,21 @@ bool CSimulation::IsWet(const CInstrument& instrument) const {
     });
 }
 
-bool CSimulation::WriteHeaderBlock() {
-    CTerminalUser user;
-    CMemoryProfileStore profile;
-    SessionState session(Clock, user, profile);
-    std::vector<std::string> lines;
-    {
-        CRecursiveLock lock(session.DocLock);
-        session.Station.cruiseId = "SIMULATED";
-        session.Station.comment = "made by qorview-cli simulate";
-        lines = HeaderLines(session, LocalCalendar(Start));
-    }
+bool CSimulation::BeginRawLog() {
+    RawLog.emplace(Start);
     for (const std::unique_ptr<CInstrument>& instrument : Instruments)
         if (IsUntagged(*instrument))
-            lines.push_back(
-                FormatHeaderLine(static_cast<int>(HeaderTag::Nmea), instrument->SyncHeader()));
-    for (const std::string& line : lines)
-        if (!Line.Send(MakeHeaderRecord(line), Context))
-            return false;
-    return true;
+            RawLog->LeaveUntagged(*instrument);
+    return Line.Send(RawLog->HeaderBlock("made by qorview-cli simulate"), Context);
+}
+
+void CSimulation::AddPlayers(CSimulator& simulator, const Pace& pace) {
+    CWarningSink warnings;
+    for (const std::unique_ptr<CInstrument>& instrument : Instruments)
+        simulator.Add(*instrument,
+                      {.rate = pace.rate.value_or(NominalFrameRate(*instrument, warnings)),
+                       .immersed = IsWet(*instrument),
+                       .castDepth = Options.castDepth});
 }
 
 bool CSimulation::Wait(double seconds) {
@@ -293,14 +270,26 @@ bool CSimulation::Wait(double seconds) {
 }
 
 bool CSimulation::SendFrame(const SimulatedFrame& frame) {
-    if (!frame.noise.empty() && !Line.Send(frame.noise, Context))
-        return false;
-    if (frame.bytes.empty())
-        return true;
-    if (!Line.Send(frame.bytes, Context))
-        return false;
-    return !Options.rawLog || IsUntagged(*frame.instrument) ||
-           Line.Send(MakeTimeTag(TimeOf(frame.seconds)), Context);
+    if (!RawLog)
+        return (frame.noise.empty() || Line.Send(frame.noise, Context)) &&
+               (frame.bytes.empty() || Line.Send(frame.bytes, Context));
+    Bytes.clear();
+    RawLog->Append(frame, Bytes);
+    return Line.Send(Bytes, Context);
+}
+
+bool CSimulation::Play(CSimulator& simulator, const Pace& pace) {
+    const bool stored = CSimulatedLine::IsStored(Options);
+    CProgress progress("simulate", Options.frames, Context.quiet || !stored);
+    Begun = Clock.MonotonicMilliseconds();
+    for (std::uint64_t i = 0; Options.frames == 0 || i < Options.frames; ++i) {
+        const bool timely =
+            pace.unthrottled || stored ? !Context.stop.Requested() : Wait(simulator.NextDue());
+        if (!timely || !SendFrame(simulator.Next()))
+            return false;
+        progress.Update(i);
+    }
+    return true;
 }
 
 int CSimulation::Run() {
@@ -316,37 +305,21 @@ int CSimulation::Run() {
     }
     if (!ReadStart())
         return ExitBadCall;
-    const bool stored = CSimulatedLine::IsStored(Options);
-    if (stored && Options.frames == 0) {
+    if (CSimulatedLine::IsStored(Options) && Options.frames == 0) {
         ReportError("a file has to end: give --frames N.");
         return ExitBadCall;
     }
     if (!LoadInstruments() || !KnowsNames() || !Line.Open(Options) ||
-        (Options.rawLog && !WriteHeaderBlock()))
+        (Options.rawLog && !BeginRawLog()))
         return ExitFault;
-    CWarningSink warnings;
     CSimulator simulator(Options.seed,
                          static_cast<double>(Start.seconds) + Start.milliseconds / 1000.0,
                          Options.faults);
-    for (const std::unique_ptr<CInstrument>& instrument : Instruments) {
-        double rate = pace->rate.value_or(NominalFrameRate(*instrument, warnings));
-        CFrameMaker::ValueSource values;
-        if (Options.castDepth > 0.0)
-            values = CastValues(Options.castDepth, [&simulator] { return simulator.Current(); });
-        simulator.Add(*instrument, rate > 0.0 ? rate : 1.0, IsWet(*instrument), std::move(values));
-    }
+    AddPlayers(simulator, *pace);
     if (!Line.WaitForListener(Context))
         return ExitInterrupted;
-    CProgress progress("simulate", Options.frames, Context.quiet || !stored);
-    Begun = Clock.MonotonicMilliseconds();
-    bool sent = true;
-    for (std::uint64_t i = 0; sent && (Options.frames == 0 || i < Options.frames); ++i) {
-        bool timely =
-            pace->unthrottled || stored ? !Context.stop.Requested() : Wait(simulator.NextDue());
-        sent = timely && SendFrame(simulator.Next());
-        progress.Update(i);
-    }
-    bool well = Line.Finish(Context) && sent;
+    const bool sent = Play(simulator, *pace);
+    const bool well = Line.Finish(Context) && sent;
     return Context.stop.Requested() ? ExitInterrupted : well ? ExitWell : ExitFault;
 }
 
