@@ -5,15 +5,9 @@
 #include "cli/Commands.h"
 #include "cli/Playback.h"
 #include "cli/Report.h"
-#include "export/FrameText.h"
-
-#include "base/Text.h"
-#include "products/Spectrum.h"
+#include "export/Comparison.h"
 
 #include <CLI/CLI.hpp>
-
-#include <algorithm>
-#include <cmath>
 
 namespace qor {
 
@@ -25,74 +19,25 @@ struct CompareOptions : PlaybackOptions {
     bool csv = false;
 };
 
-/// The two instruments of a comparison and the series that are compared.
-struct ComparedPair {
-    CQorViewIns* dut = nullptr;
-    CQorViewIns* reference = nullptr;
-    OpticalSeries dutSeries, referenceSeries;
-};
-
-CQorViewIns* FindNamed(CPlayback& playback, const char* option, const std::string& name) {
-    CQorViewIns* instrument = playback.Doc().FindInstrument(name);
-    if (!instrument)
-        ReportError(std::string(option) + " " + name + ": there is no instrument of that name.");
-    return instrument;
-}
-
-bool FindSeries(const CQorViewIns& instrument, const std::string& type, OpticalSeries& series) {
-    std::vector<OpticalSeries> all = SeriesOf(instrument.Definition());
-    int chosen = ChooseSeries(all, type);
-    if (chosen >= 0) {
-        series = all[static_cast<std::size_t>(chosen)];
-        return true;
-    }
-    ReportError(instrument.Name() + ": it has no optical series" +
-                (type.empty() ? "" : " of type " + type) + "; choose one with --sensor TYPE.");
-    return false;
-}
-
 bool FindPair(CPlayback& playback, const CompareOptions& options, ComparedPair& pair) {
-    pair.dut = FindNamed(playback, "--dut", options.dut);
-    pair.reference = FindNamed(playback, "--reference", options.reference);
-    return pair.dut && pair.reference && FindSeries(*pair.dut, options.sensor, pair.dutSeries) &&
-           FindSeries(*pair.reference, options.sensor, pair.referenceSeries);
-}
-
-void WriteJsonLine(COutput& output, const CQorViewIns& dut,
-                   const std::vector<ComparisonPoint>& points) {
-    CJsonWriter json(output);
-    json.BeginObject();
-    json.Key("time"), WriteTimeValue(json, output, dut.Live.CurrentFrame()->Info.time);
-    json.Key("frame"), json.Integer(dut.Live.FrameNumber());
-    json.Key("points"), json.BeginArray();
-    for (const ComparisonPoint& point : points) {
-        json.BeginArray();
-        json.Number(point.wavelength);
-        json.NumberOrNull(point.dut);
-        json.NumberOrNull(point.reference);
-        json.NumberOrNull(point.percent);
-        json.EndArray();
-    }
-    json.EndArray();
-    json.EndObject();
-    json.EndLine();
-}
-
-void WriteCsvRows(COutput& output, const CQorViewIns& dut,
-                  const std::vector<ComparisonPoint>& points) {
-    for (const ComparisonPoint& point : points) {
-        WriteTime(output, dut.Live.CurrentFrame()->Info.time);
-        output.Char(',');
-        output.Integer(dut.Live.FrameNumber());
-        for (std::optional<double> value :
-             {std::optional(point.wavelength), std::optional(point.dut), point.reference,
-              point.percent}) {
-            output.Char(',');
-            if (value && std::isfinite(*value))
-                output.Number(*value);
-        }
-        output.Text("\r\n");
-    }
+    const struct {
+        const char* option;
+        const std::string& name;
+        const CLiveInstrument*& instrument;
+    } sides[] = {{"--dut", options.dut, pair.dut},
+                 {"--reference", options.reference, pair.reference}};
+    for (const auto& side : sides)
+        if (const CQorViewIns* found = playback.Doc().FindInstrument(side.name))
+            side.instrument = &found->Live;
+        else
+            ReportError(std::string(side.option) + " " + side.name +
+                        ": there is no instrument of that name.");
+    if (!pair.dut || !pair.reference)
+        return false;
+    const std::optional<std::string> fault = ChooseComparedSeries(pair, options.sensor);
+    if (fault)
+        ReportError(*fault);
+    return !fault;
 }
 
 int RunCompare(const CompareOptions& options, CommandContext& context) {
@@ -100,7 +45,7 @@ int RunCompare(const CompareOptions& options, CommandContext& context) {
         return ExitBadCall;
     COutput output(ReportError);
     if (options.csv)
-        output.Text("time,frame,wavelength [nm],dut,reference,percent\r\n");
+        WriteComparisonHeader(output);
     bool well = true;
     for (const std::string& path : options.files) {
         CPlayback playback(options.chunk);
@@ -113,12 +58,9 @@ int RunCompare(const CompareOptions& options, CommandContext& context) {
         well = playback.Play(
                    context,
                    [&](CQorViewIns& instrument, const FrameCheckResult&) {
-                       if (&instrument != pair.dut)
-                           return;
-                       std::vector<ComparisonPoint> points =
-                           CompareSpectra(SpectrumOf(pair.dut->Live, pair.dutSeries),
-                                          SpectrumOf(pair.reference->Live, pair.referenceSeries));
-                       (options.csv ? WriteCsvRows : WriteJsonLine)(output, *pair.dut, points);
+                       if (&instrument.Live == pair.dut)
+                           (options.csv ? WriteComparisonCsv
+                                        : WriteComparisonJson)(output, CompareCurrent(pair));
                    },
                    [&] { return output.Good(); }) &&
                well;

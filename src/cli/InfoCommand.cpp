@@ -6,7 +6,7 @@
 #include "cli/Playback.h"
 #include "cli/RawHeader.h"
 #include "cli/Report.h"
-#include "export/FrameText.h"
+#include "export/LogFacts.h"
 
 #include "base/Text.h"
 #include "platform/FileErrorText.h"
@@ -23,26 +23,6 @@ namespace {
 
 struct InfoOptions : PlaybackOptions {
     bool json = false;
-};
-
-/// What the bytes of a file say without any definition.
-struct LogFacts {
-    std::uint64_t size = 0;
-    std::vector<HeaderRecord> records;
-    std::uint64_t timeStamps = 0;
-    FrameTime firstTimeStamp, lastTimeStamp;
-    FrameTime firstTag, lastTag; ///< of a raw log
-};
-
-/// What playing it with definitions adds.
-struct PlayFacts {
-    struct Instrument {
-        std::string name;
-        std::uint64_t frames = 0, dropped = 0, checksumErrors = 0;
-    };
-    std::vector<Instrument> instruments;
-    FrameTime firstTag, lastTag;
-    std::uint64_t bytesDiscarded = 0;
 };
 
 /// When the log was begun, in its local time; empty when its header does not say.
@@ -172,81 +152,6 @@ bool PlayLog(const std::string& path, const InfoOptions& options, CommandContext
     return well;
 }
 
-void WriteJson(COutput& output, const std::string& path, const LogFacts& facts,
-               const PlayFacts* play) {
-    CJsonWriter json(output);
-    auto time = [&](const char* key, const FrameTime& value) {
-        json.Key(key), WriteTimeValue(json, output, value);
-    };
-    json.BeginObject();
-    json.Key("file"), json.Path(path);
-    json.Key("size"), json.Integer(static_cast<std::int64_t>(facts.size));
-    json.Key("raw_log"), json.Bool(!facts.records.empty());
-    json.Key("header"), json.BeginArray();
-    for (const HeaderRecord& record : facts.records) {
-        json.BeginArray();
-        json.Text(record.tag);
-        json.Text(record.value);
-        json.EndArray();
-    }
-    json.EndArray();
-    json.Key("time_stamps"), json.Integer(static_cast<std::int64_t>(facts.timeStamps));
-    time("first_time_stamp", facts.firstTimeStamp);
-    time("last_time_stamp", facts.lastTimeStamp);
-    time("first_time_tag", play ? play->firstTag : facts.firstTag);
-    time("last_time_tag", play ? play->lastTag : facts.lastTag);
-    if (play) {
-        json.Key("instruments"), json.BeginArray();
-        for (const PlayFacts::Instrument& instrument : play->instruments) {
-            json.BeginObject();
-            json.Key("instrument"), json.Text(instrument.name);
-            json.Key("frames"), json.Integer(static_cast<std::int64_t>(instrument.frames));
-            json.Key("dropped"), json.Integer(static_cast<std::int64_t>(instrument.dropped));
-            json.Key("checksum_errors"),
-                json.Integer(static_cast<std::int64_t>(instrument.checksumErrors));
-            json.EndObject();
-        }
-        json.EndArray();
-        json.Key("bytes_discarded"), json.Integer(static_cast<std::int64_t>(play->bytesDiscarded));
-    }
-    json.EndObject();
-    json.EndLine();
-}
-
-void WriteText(COutput& output, const std::string& path, const LogFacts& facts,
-               const PlayFacts* play) {
-    auto time = [&](const char* label, const FrameTime& value) {
-        if (!value.known)
-            return;
-        output.Text(label);
-        WriteTime(output, value);
-        output.Char('\n');
-    };
-    output.Text(path + "\n");
-    output.Text(
-        Format("  size              %llu bytes\n", static_cast<unsigned long long>(facts.size)));
-    if (facts.records.empty())
-        output.Text("  no header: a plain capture, not a raw log\n");
-    for (const HeaderRecord& record : facts.records)
-        output.Text(Format("  %-17s %s\n", record.tag.c_str(), record.value.c_str()));
-    output.Text(
-        Format("  time stamps       %llu\n", static_cast<unsigned long long>(facts.timeStamps)));
-    time("  first time stamp  ", facts.firstTimeStamp);
-    time("  last time stamp   ", facts.lastTimeStamp);
-    time("  first time tag    ", play ? play->firstTag : facts.firstTag);
-    time("  last time tag     ", play ? play->lastTag : facts.lastTag);
-    if (!play)
-        return;
-    for (const PlayFacts::Instrument& instrument : play->instruments)
-        output.Text(Format("  %-17s %llu frames, %llu dropped, %llu checksum errors\n",
-                           instrument.name.c_str(),
-                           static_cast<unsigned long long>(instrument.frames),
-                           static_cast<unsigned long long>(instrument.dropped),
-                           static_cast<unsigned long long>(instrument.checksumErrors)));
-    output.Text(Format("  bytes discarded   %llu\n",
-                       static_cast<unsigned long long>(play->bytesDiscarded)));
-}
-
 int RunInfo(const InfoOptions& options, CommandContext& context) {
     if (!NamesRawFile(options.files))
         return ExitBadCall;
@@ -273,7 +178,7 @@ int RunInfo(const InfoOptions& options, CommandContext& context) {
             well = PlayLog(path, options, context, play) && well;
         for (const PlayFacts::Instrument& instrument : play.instruments)
             well = well && instrument.checksumErrors == 0;
-        (options.json ? WriteJson : WriteText)(output, path, facts, plays ? &play : nullptr);
+        (options.json ? WriteLogJson : WriteLogText)(output, path, facts, plays ? &play : nullptr);
         if (context.stop.Requested())
             return ExitInterrupted;
     }

@@ -88,7 +88,7 @@ bool CSimulatedLine::IsStored(const SimulateOptions& options) {
 
 bool CSimulatedLine::Open(const SimulateOptions& options) {
     if (!options.pty)
-        return options.output.empty() || Out.OpenFile(options.output);
+        return Out.OpenOnce(options.output) == OutputResult::Good;
     std::string name;
     Port.emplace();
     SystemError error = Port->Open(name);

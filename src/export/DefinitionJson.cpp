@@ -69,4 +69,24 @@ void WriteDefinition(CJsonWriter& json, std::string_view file, const CInstrument
     json.EndObject();
 }
 
+void WritePackageJson(COutput& output, const LoadedPackage& package) {
+    CJsonWriter json(output);
+    json.BeginObject();
+    json.Key("file"), json.Path(package.path);
+    json.Key("ok"), json.Bool(package.ok);
+    json.Key("kind"), json.Text("Instrument Package File");
+    json.Key("name"), json.Text(package.name);
+    json.Key("baud_rate"), json.Text(package.baudRate);
+    json.Key("messages"), json.BeginArray();
+    for (const std::string& message : package.messages)
+        json.Text(message);
+    json.EndArray();
+    json.Key("instruments"), json.BeginArray();
+    for (const PackageMember& member : package.members)
+        WriteDefinition(json, member.name, *member.instrument, DefinitionStatus::Success);
+    json.EndArray();
+    json.EndObject();
+    json.EndLine();
+}
+
 } // namespace qor

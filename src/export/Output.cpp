@@ -10,20 +10,29 @@ namespace {
 constexpr std::size_t BufferSize = 1 << 18;
 } // namespace
 
-COutput::COutput(FaultReport report) : Report(report), Buffer(BufferSize) {}
+COutput::COutput(FaultReport report) : Report(std::move(report)), Buffer(BufferSize) {}
 
 COutput::~COutput() {
     Flush();
 }
 
-bool COutput::OpenFile(const std::string& path) {
+OutputResult COutput::OpenFile(const std::string& path) {
     FileCause cause = File.OpenForWriting(path);
     if (cause == FileCause::None)
-        return true;
+        return OutputResult::Good;
     Report(path + ": cannot be written. " + std::string(GetFileErrorText(cause)));
     Usable = false;
     WriteFailed = true;
-    return false;
+    return OutputResult::Failed;
+}
+
+OutputResult COutput::OpenOnce(const std::string& path) {
+    return path.empty() || File.IsOpen() ? OutputResult::Good : OpenFile(path);
+}
+
+OutputResult COutput::Finish() {
+    Flush();
+    return WriteFailed ? OutputResult::Failed : OutputResult::Good;
 }
 
 bool COutput::MakeRoom(std::string_view text) {

@@ -8,6 +8,7 @@
 
 #include <charconv>
 #include <cstring>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,7 +16,11 @@
 namespace qor {
 
 /// Takes one sentence that names what failed and why.
-using FaultReport = void (*)(const std::string& text);
+using FaultReport = std::function<void(const std::string& text)>;
+
+/// What became of an output: good (also when the reader of a pipe has gone), refused because the
+/// call was wrong, or failed.
+enum class [[nodiscard]] OutputResult{Good, Refused, Failed};
 
 class COutput {
   public:
@@ -25,9 +30,10 @@ class COutput {
     COutput(const COutput&) = delete;
     COutput& operator=(const COutput&) = delete;
 
-    /// Writes to a file instead, which is created or replaced; reports and returns false when it
-    /// cannot be.
-    bool OpenFile(const std::string& path);
+    /// Writes to a file instead, which is created or replaced; reports when it cannot be.
+    OutputResult OpenFile(const std::string& path);
+    /// The same the first time; standard output for no path.
+    OutputResult OpenOnce(const std::string& path);
 
     void Text(std::string_view text) {
         if (text.size() > Buffer.size() - Used && !MakeRoom(text))
@@ -57,6 +63,8 @@ class COutput {
     bool Good() const { return Usable; }
     /// True when a write failed for a fault (not because a pipe's reader has gone).
     bool Failed() const { return WriteFailed; }
+    /// Ends the output: hands everything to the system.
+    OutputResult Finish();
 
   private:
     void Reserve(std::size_t bytes) {

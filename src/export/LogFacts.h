@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// What a raw log holds, as text for people and as JSON. Who reads the log fills the facts in.
+#pragma once
+
+#include "export/Output.h"
+#include "platform/Clock.h"
+#include "telemetry/RawLogFormat.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace qor {
+
+/// What playing a log with definitions counts.
+struct PlayFacts {
+    struct Instrument {
+        std::string name;
+        std::uint64_t frames = 0, dropped = 0, checksumErrors = 0;
+    };
+    std::vector<Instrument> instruments;
+    FrameTime firstTag, lastTag;
+    std::uint64_t bytesDiscarded = 0;
+};
+
+/// What the bytes of a file say without any definition.
+struct LogFacts {
+    std::uint64_t size = 0;
+    std::vector<HeaderRecord> records; ///< none: a plain capture
+    std::uint64_t timeStamps = 0;
+    FrameTime firstTimeStamp, lastTimeStamp;
+    FrameTime firstTag, lastTag; ///< of a raw log
+};
+
+/// `play` is null for a log that was not played.
+void WriteLogJson(COutput& output, const std::string& path, const LogFacts& facts,
+                  const PlayFacts* play);
+void WriteLogText(COutput& output, const std::string& path, const LogFacts& facts,
+                  const PlayFacts* play);
+
+} // namespace qor
