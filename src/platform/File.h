@@ -56,6 +56,10 @@ class CFile {
     /// AccessDenied.
     FileCause CreateExclusive(const std::string& path);
 
+    /// The same for a file that must not be there yet: anything of that name, also a symbolic link
+    /// that leads nowhere, is AccessDenied.
+    FileCause CreateNew(const std::string& path);
+
     /// Opens an existing file (a device, a port) or creates one for writing, without truncating a
     /// device.
     FileCause OpenForWriting(const std::string& path);
@@ -95,6 +99,8 @@ bool FileExists(const std::string& path);
 FileCause SetReadOnly(const std::string& path, bool readOnly);
 FileCause IsReadOnly(const std::string& path, bool& readOnly);
 FileCause RemoveFile(const std::string& path);
+/// Moves a file onto another name of the same disk in one step; what had that name is replaced.
+FileCause RenameFile(const std::string& from, const std::string& to);
 /// Makes a folder in an existing one.
 FileCause MakeDirectory(const std::string& path);
 /// Absolute form of a path; the path itself when the system cannot tell.

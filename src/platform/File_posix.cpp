@@ -31,17 +31,29 @@ struct CauseOfErrno {
 };
 
 constexpr CauseOfErrno Causes[] = {
-    {ENOENT, FileCause::FileNotFound},     {ENOTDIR, FileCause::BadPath},
-    {ENAMETOOLONG, FileCause::BadPath},    {ELOOP, FileCause::BadPath},
-    {EMFILE, FileCause::TooManyOpenFiles}, {ENFILE, FileCause::TooManyOpenFiles},
-    {EACCES, FileCause::AccessDenied},     {EPERM, FileCause::AccessDenied},
-    {EROFS, FileCause::AccessDenied},      {EISDIR, FileCause::AccessDenied},
-    {ETXTBSY, FileCause::AccessDenied},    {ENXIO, FileCause::AccessDenied},
-    {EBADF, FileCause::InvalidFile},       {ESPIPE, FileCause::BadSeek},
-    {EIO, FileCause::HardwareIo},          {ENODEV, FileCause::HardwareIo},
-    {EBUSY, FileCause::SharingViolation},  {EWOULDBLOCK, FileCause::SharingViolation},
-    {EDEADLK, FileCause::LockViolation},   {ENOSPC, FileCause::DiskFull},
-    {EDQUOT, FileCause::DiskFull},         {EFBIG, FileCause::DiskFull},
+    {ENOENT, FileCause::FileNotFound},
+    {ENOTDIR, FileCause::BadPath},
+    {ENAMETOOLONG, FileCause::BadPath},
+    {ELOOP, FileCause::BadPath},
+    {EMFILE, FileCause::TooManyOpenFiles},
+    {ENFILE, FileCause::TooManyOpenFiles},
+    {EACCES, FileCause::AccessDenied},
+    {EPERM, FileCause::AccessDenied},
+    {EROFS, FileCause::AccessDenied},
+    {EISDIR, FileCause::AccessDenied},
+    {ETXTBSY, FileCause::AccessDenied},
+    {ENXIO, FileCause::AccessDenied},
+    {EBADF, FileCause::InvalidFile},
+    {ESPIPE, FileCause::BadSeek},
+    {EIO, FileCause::HardwareIo},
+    {ENODEV, FileCause::HardwareIo},
+    {EEXIST, FileCause::AccessDenied},
+    {EBUSY, FileCause::SharingViolation},
+    {EWOULDBLOCK, FileCause::SharingViolation},
+    {EDEADLK, FileCause::LockViolation},
+    {ENOSPC, FileCause::DiskFull},
+    {EDQUOT, FileCause::DiskFull},
+    {EFBIG, FileCause::DiskFull},
 };
 
 constexpr const char* StandardInputPath = "-";
@@ -250,6 +262,25 @@ FileCause CFile::CreateExclusive(const std::string& path) {
     return FileCause::SharingViolation;
 }
 
+FileCause CFile::CreateNew(const std::string& path) {
+    Close();
+    int descriptor = -1;
+    struct stat status {};
+    FileCause cause = OpenDescriptor(path, O_WRONLY | O_CREAT | O_EXCL, descriptor, status);
+    if (cause != FileCause::None)
+        return cause;
+    cause = LockExclusively(descriptor);
+    if (cause != FileCause::None) {
+        ::close(descriptor);
+        return cause;
+    }
+    Handle = descriptor;
+    Claimed = true;
+    OpenedPath = path;
+    OpenedFullPath = FullPathOf(path);
+    return FileCause::None;
+}
+
 FileCause CFile::OpenForWriting(const std::string& path) {
     Close();
     int descriptor = -1;
@@ -410,6 +441,10 @@ FileCause IsReadOnly(const std::string& path, bool& readOnly) {
 
 FileCause RemoveFile(const std::string& path) {
     return ::unlink(path.c_str()) < 0 ? OpenFailure(path, errno) : FileCause::None;
+}
+
+FileCause RenameFile(const std::string& from, const std::string& to) {
+    return ::rename(from.c_str(), to.c_str()) < 0 ? CauseOf(errno) : FileCause::None;
 }
 
 FileCause MakeDirectory(const std::string& path) {

@@ -56,6 +56,7 @@ struct OpenRequest {
 constexpr DWORD ShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 constexpr OpenRequest ReadExisting = {GENERIC_READ, ShareAll, OPEN_EXISTING};
 constexpr OpenRequest CreateAlone = {GENERIC_WRITE, 0, CREATE_ALWAYS};
+constexpr OpenRequest CreateUnknown = {GENERIC_WRITE, 0, CREATE_NEW};
 constexpr OpenRequest WriteAny = {GENERIC_WRITE, FILE_SHARE_READ, OPEN_ALWAYS};
 
 constexpr const char* StandardInputPath = "-";
@@ -222,6 +223,19 @@ FileCause CFile::CreateExclusive(const std::string& path) {
     Close();
     OpenFilePointer file;
     if (FileCause cause = OpenHandle(WidePath(path), CreateAlone, file); cause != FileCause::None)
+        return cause;
+    if (!file->isDisk)
+        return FileCause::AccessDenied;
+    Handle = reinterpret_cast<std::intptr_t>(file.release());
+    OpenedPath = path;
+    OpenedFullPath = FullPathOf(path);
+    return FileCause::None;
+}
+
+FileCause CFile::CreateNew(const std::string& path) {
+    Close();
+    OpenFilePointer file;
+    if (FileCause cause = OpenHandle(WidePath(path), CreateUnknown, file); cause != FileCause::None)
         return cause;
     if (!file->isDisk)
         return FileCause::AccessDenied;
@@ -399,6 +413,22 @@ FileCause RemoveFile(const std::string& path) {
     if (wide.empty())
         return FileCause::BadPath;
     return DeleteFileW(wide.c_str()) ? FileCause::None : LastCause();
+}
+
+FileCause RenameFile(const std::string& from, const std::string& to) {
+    const std::wstring wideFrom = WidePath(from), wideTo = WidePath(to);
+    if (wideFrom.empty() || wideTo.empty())
+        return FileCause::BadPath;
+    constexpr DWORD Flags = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
+    FileCause cause = FileCause::None;
+    for (int i = 0; i <= ReleaseAttempts; ++i) {
+        cause =
+            MoveFileExW(wideFrom.c_str(), wideTo.c_str(), Flags) ? FileCause::None : LastCause();
+        if (cause != FileCause::SharingViolation)
+            break;
+        Sleep(ReleaseMilliseconds);
+    }
+    return cause;
 }
 
 FileCause MakeDirectory(const std::string& path) {

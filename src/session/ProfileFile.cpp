@@ -5,18 +5,16 @@
 #include "session/ProfileFile.h"
 
 #include "base/Text.h"
+#include "platform/WholeFile.h"
 
 #include <algorithm>
-#include <array>
-#include <filesystem>
-#include <system_error>
 #include <vector>
 
 namespace qor {
 
 namespace {
 
-constexpr std::uint64_t LargestFile = 8U << 20;
+constexpr std::size_t LargestFile = 8U << 20;
 
 bool StandsForItself(char c, std::string_view reserved) {
     const auto byte = static_cast<unsigned char>(c);
@@ -59,39 +57,6 @@ std::string Unescape(std::string_view text) {
 constexpr std::string_view ReservedInSection = "[]";
 constexpr std::string_view ReservedInKey = "=[;#";
 
-/// Puts the written file in the place of the old one in one step.
-FileCause RenameOver(const std::string& from, const std::string& to) {
-    const auto pathOf = [](const std::string& text) {
-        return std::filesystem::path(std::u8string(text.begin(), text.end()));
-    };
-    std::error_code error;
-    std::filesystem::rename(pathOf(from), pathOf(to), error);
-    if (!error)
-        return FileCause::None;
-    return error == std::errc::permission_denied ? FileCause::AccessDenied : FileCause::Generic;
-}
-
-FileCause ReadWhole(const std::string& path, std::string& text) {
-    CFile file;
-    std::uint64_t size = 0;
-    FileCause cause = file.OpenForReading(path);
-    if (cause == FileCause::None)
-        cause = file.Size(size);
-    if (cause != FileCause::None)
-        return cause;
-    if (size > LargestFile)
-        return FileCause::InvalidFile;
-    std::array<std::uint8_t, 4096> buffer{};
-    std::size_t got = 1;
-    while (got > 0 && text.size() <= LargestFile) {
-        cause = file.Read(buffer, got);
-        if (cause != FileCause::None)
-            return cause;
-        text += AsText(ByteSpan(buffer).first(got));
-    }
-    return FileCause::None;
-}
-
 } // namespace
 
 FileCause CFileProfileStore::Load(const std::string& path) {
@@ -99,7 +64,7 @@ FileCause CFileProfileStore::Load(const std::string& path) {
     Values.clear();
     Changed = false;
     std::string text;
-    LoadCause = ReadWhole(path, text);
+    LoadCause = ReadWholeFile(path, LargestFile, text);
     if (LoadCause == FileCause::FileNotFound || LoadCause == FileCause::BadPath)
         LoadCause = FileCause::None;
     if (LoadCause == FileCause::None)
@@ -112,21 +77,8 @@ FileCause CFileProfileStore::Flush() {
         return LoadCause;
     if (!Changed)
         return FileCause::None;
-    const std::string temporary = Path + ".new";
-    CFile file;
-    FileCause cause = file.CreateExclusive(temporary);
-    if (cause != FileCause::None)
-        return cause;
-    cause = file.Write(AsBytes(Compose()));
-    if (cause == FileCause::None)
-        cause = file.Sync();
-    file.Close();
-    if (cause == FileCause::None)
-        cause = RenameOver(temporary, Path);
-    if (cause == FileCause::None)
-        Changed = false;
-    else
-        static_cast<void>(RemoveFile(temporary));
+    const FileCause cause = WriteWholeFile(Path, Compose());
+    Changed = cause != FileCause::None;
     return cause;
 }
 
