@@ -4,6 +4,7 @@
 // values.
 #include "cli/Commands.h"
 #include "cli/DerivedColumns.h"
+#include "cli/OutputOptions.h"
 #include "cli/Playback.h"
 #include "cli/Report.h"
 #include "export/ExportFormat.h"
@@ -15,7 +16,7 @@ namespace qor {
 namespace {
 
 struct DecodeOptions : PlaybackOptions {
-    const ExportFormat* format = FindExportFormat("csv");
+    const ExportFormat* format = nullptr; ///< null: that of the output's name
     ExportSettings settings;
     bool rawCounts = false;
     bool hex = false;
@@ -38,7 +39,7 @@ bool DecodeLog(const std::string& path, const DecodeOptions& options, CommandCon
     for (std::size_t i = 0; derived && i < instruments.size(); ++i)
         instruments[i].derived = derived->Rows(*playback.Instruments()[i]);
     result = sink.BeginLog(path, instruments);
-    if (result != OutputResult::Good)
+    if (!result.Good())
         return false;
     well = playback.Play(
                context,
@@ -57,22 +58,27 @@ bool DecodeLog(const std::string& path, const DecodeOptions& options, CommandCon
 int RunDecode(DecodeOptions& options, CommandContext& context) {
     if (!NamesRawFile(options.files) || !NamesInstrument(options.instruments))
         return ExitBadCall;
+    if (!options.format)
+        options.format = ExportFormatOf(options.settings.path);
     options.settings.view = options.hex         ? ValueView::HexCounts
                             : options.rawCounts ? ValueView::RawCounts
                                                 : ValueView::Calibrated;
     options.settings.report = ReportError;
+    options.settings.rules.inputs =
+        Together({options.files, options.instruments.definitions, options.instruments.packages});
     const std::unique_ptr<CFrameSink> sink = options.format->make(options.settings);
     bool well = true;
-    OutputResult result = OutputResult::Good;
+    OutputResult result;
     for (const std::string& path : options.files) {
         well = DecodeLog(path, options, context, *sink, result) && well;
-        if (result != OutputResult::Good)
-            return result == OutputResult::Refused ? ExitBadCall : ExitFault;
-        if (context.stop.Requested() || !sink->Good())
+        if (!result.Good())
+            return OutputExit(result);
+        if (context.stop.Requested())
+            return ExitInterrupted; // files that are not complete are not there
+        if (!sink->Good())
             break;
     }
-    well = sink->Finish() == OutputResult::Good && well;
-    return PlaybackExit(context, well);
+    return sink->Finish().Good() && well ? ExitWell : ExitFault;
 }
 
 /// "csv (a table an instrument), ... or none" and the names alone.
@@ -102,10 +108,8 @@ void AddDecodeCommand(CLI::App& app, CommandContext& context) {
     const std::string help = FormatHelp(formats);
     AddFormatOption(*command, formats, help,
                     [](const std::string& name) { options.format = FindExportFormat(name); });
-    command
-        ->add_option("-o,--output", options.settings.path,
-                     "File for the results, or the folder for several tables")
-        ->type_name("PATH");
+    AddOutputOptions(*command, "File for the results, or the folder for several tables",
+                     options.settings.path, options.settings.rules);
     command->add_flag("--raw-counts", options.rawCounts, "Raw counts instead of calibrated values");
     command->add_flag("--hex", options.hex, "Raw counts in hexadecimal");
     command->add_flag("--derived", options.settings.derived,

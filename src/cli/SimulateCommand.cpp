@@ -3,22 +3,17 @@
 // qorview-cli simulate: plays instruments into a virtual serial port, a port, a file, or a raw log.
 #include "cli/Commands.h"
 #include "cli/Progress.h"
-#include "cli/Report.h"
 #include "cli/SessionSetup.h"
-#include "export/Output.h"
+#include "cli/SimulatedLine.h"
 #include "simulation/PlayedInstruments.h"
 #include "simulation/RawLogMaker.h"
 
 #include "base/Text.h"
 #include "instrument/FrameChecks.h"
-#include "platform/SystemText.h"
-#include "platform/VirtualPort.h"
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
-#include <cmath>
-#include <thread>
 
 namespace qor {
 
@@ -27,6 +22,7 @@ namespace {
 struct SimulateOptions {
     InstrumentOptions instruments;
     std::string output;
+    OutputRules rules;
     std::string rateText;
     std::string startText;
     std::uint64_t frames = 0; ///< 0: without end
@@ -36,8 +32,6 @@ struct SimulateOptions {
     bool pty = false;
     bool rawLog = false;
 };
-
-constexpr int WriteWaitMilliseconds = 100;
 
 /// The pace of a run: none ("max"), the instruments' own, or one for all.
 struct Pace {
@@ -63,82 +57,6 @@ class CWarningSink : public CMessageSink {
     void Report(std::string message) override { ReportWarning(OneLine(message)); }
 };
 
-/// Where simulated bytes go: a virtual port, or an output.
-class CSimulatedLine {
-  public:
-    bool Open(const SimulateOptions& options);
-    /// True where nobody waits for the bytes: time need not pass.
-    static bool IsStored(const SimulateOptions& options);
-    /// Waits until a program has the virtual port open; false when stopped.
-    bool WaitForListener(CommandContext& context);
-    /// Sends everything; false when that failed or the run is stopped.
-    bool Send(ByteSpan bytes, CommandContext& context);
-    bool Flush() { return Port || Out.Flush(); }
-    /// Lets the listener read what was sent. False when something was not written.
-    bool Finish(CommandContext& context);
-
-  private:
-    std::optional<CVirtualPort> Port;
-    COutput Out{ReportError};
-};
-
-bool CSimulatedLine::IsStored(const SimulateOptions& options) {
-    return options.rawLog || (!options.output.empty() && !IsDevice(options.output));
-}
-
-bool CSimulatedLine::Open(const SimulateOptions& options) {
-    if (!options.pty)
-        return Out.OpenOnce(options.output) == OutputResult::Good;
-    std::string name;
-    Port.emplace();
-    SystemError error = Port->Open(name);
-    if (error != 0) {
-        ReportError("no virtual serial port could be made: " + OneLine(SystemErrorText(error)));
-        return false;
-    }
-    COutput announcement(ReportError);
-    announcement.Text(name + "\n");
-    return announcement.Flush();
-}
-
-bool CSimulatedLine::WaitForListener(CommandContext& context) {
-    while (Port && !Port->WaitForListener(WriteWaitMilliseconds))
-        if (context.stop.Requested())
-            return false;
-    return true;
-}
-
-bool CSimulatedLine::Send(ByteSpan bytes, CommandContext& context) {
-    if (!Port) {
-        Out.Text(AsText(bytes));
-        return Out.Good();
-    }
-    while (!bytes.empty() && !context.stop.Requested()) {
-        std::size_t written = 0;
-        SystemError error = Port->Write(bytes, WriteWaitMilliseconds, written);
-        if (error != 0) {
-            ReportError("the virtual serial port cannot be written: " +
-                        OneLine(SystemErrorText(error)));
-            return false;
-        }
-        bytes = bytes.subspan(written);
-    }
-    return bytes.empty();
-}
-
-bool CSimulatedLine::Finish(CommandContext& context) {
-    if (!Port)
-        return Out.Flush() || !Out.Failed();
-    constexpr int drainMilliseconds = 5000, step = 10, graceMilliseconds = 200;
-    for (int waited = 0;
-         waited < drainMilliseconds && !Port->Drained() && !context.stop.Requested();
-         waited += step)
-        context.stopEvent.Wait(step);
-    context.stopEvent.Wait(
-        graceMilliseconds); // a listener with exclusive use does not show what it has read
-    return true;
-}
-
 /// A simulation run.
 class CSimulation {
   public:
@@ -147,6 +65,11 @@ class CSimulation {
     int Run();
 
   private:
+    /// True where nobody waits for the bytes: time need not pass.
+    bool IsStored() const {
+        return Options.rawLog || (!Options.output.empty() && !IsDevice(Options.output));
+    }
+    int OpenLine();
     bool LoadInstruments();
     bool ReadStart();
     bool KnowsNames();
@@ -161,7 +84,7 @@ class CSimulation {
     const SimulateOptions& Options;
     CommandContext& Context;
     CSystemClock Clock;
-    CSimulatedLine Line;
+    CSimulatedLine Line{Context};
     PlayedInstruments Instruments;
     std::optional<CRawLogMaker> RawLog;
     std::vector<std::uint8_t> Bytes; ///< of the frame being sent
@@ -244,12 +167,21 @@ bool CSimulation::IsWet(const CInstrument& instrument) const {
     });
 }
 
+int CSimulation::OpenLine() {
+    if (Options.pty)
+        return Line.OpenPort();
+    OutputRules rules = Options.rules;
+    rules.overRawLogs = rules.overwrite; // logs are what it makes
+    rules.inputs = Together({Options.instruments.definitions, Options.instruments.packages});
+    return Line.OpenOutput(Options.output, rules);
+}
+
 bool CSimulation::BeginRawLog() {
     RawLog.emplace(Start);
     for (const std::unique_ptr<CInstrument>& instrument : Instruments)
         if (IsUntagged(*instrument))
             RawLog->LeaveUntagged(*instrument);
-    return Line.Send(RawLog->HeaderBlock("made by qorview-cli simulate"), Context);
+    return Line.Send(RawLog->HeaderBlock("made by qorview-cli simulate"));
 }
 
 void CSimulation::AddPlayers(CSimulator& simulator, const Pace& pace) {
@@ -271,15 +203,15 @@ bool CSimulation::Wait(double seconds) {
 
 bool CSimulation::SendFrame(const SimulatedFrame& frame) {
     if (!RawLog)
-        return (frame.noise.empty() || Line.Send(frame.noise, Context)) &&
-               (frame.bytes.empty() || Line.Send(frame.bytes, Context));
+        return (frame.noise.empty() || Line.Send(frame.noise)) &&
+               (frame.bytes.empty() || Line.Send(frame.bytes));
     Bytes.clear();
     RawLog->Append(frame, Bytes);
-    return Line.Send(Bytes, Context);
+    return Line.Send(Bytes);
 }
 
 bool CSimulation::Play(CSimulator& simulator, const Pace& pace) {
-    const bool stored = CSimulatedLine::IsStored(Options);
+    const bool stored = IsStored();
     CProgress progress("simulate", Options.frames, Context.quiet || !stored);
     Begun = Clock.MonotonicMilliseconds();
     for (std::uint64_t i = 0; Options.frames == 0 || i < Options.frames; ++i) {
@@ -305,21 +237,27 @@ int CSimulation::Run() {
     }
     if (!ReadStart())
         return ExitBadCall;
-    if (CSimulatedLine::IsStored(Options) && Options.frames == 0) {
+    if (IsStored() && Options.frames == 0) {
         ReportError("a file has to end: give --frames N.");
         return ExitBadCall;
     }
-    if (!LoadInstruments() || !KnowsNames() || !Line.Open(Options) ||
-        (Options.rawLog && !BeginRawLog()))
+    if (!LoadInstruments())
         return ExitFault;
+    if (!KnowsNames())
+        return ExitBadCall;
+    if (const int status = OpenLine(); status != ExitWell)
+        return status;
     CSimulator simulator(Options.seed,
                          static_cast<double>(Start.seconds) + Start.milliseconds / 1000.0,
                          Options.faults);
     AddPlayers(simulator, *pace);
-    if (!Line.WaitForListener(Context))
+    if (!Line.WaitForListener())
         return ExitInterrupted;
-    const bool sent = Play(simulator, *pace);
-    const bool well = Line.Finish(Context) && sent;
+    const bool sent = (!Options.rawLog || BeginRawLog()) && Play(simulator, *pace);
+    if (Context.stop.Requested() && IsStored())
+        return ExitInterrupted; // a file that is not complete is not there
+    // An output whose reader has gone is no fault; one that failed tells at its end.
+    const bool well = Line.Finish() && (sent || !Options.pty);
     return Context.stop.Requested() ? ExitInterrupted : well ? ExitWell : ExitFault;
 }
 
@@ -351,10 +289,8 @@ void AddSimulateCommand(CLI::App& app, CommandContext& context) {
         ->allow_extra_args(false);
     CLI::Option* pty = command->add_flag(
         "--pty", options.pty, "Create a virtual serial port, print its name and serve it");
-    command
-        ->add_option("-o,--output", options.output,
-                     "File or existing port to write to (standard output)")
-        ->type_name("PATH")
+    AddOutputOptions(*command, "File or existing port to write to (standard output)",
+                     options.output, options.rules)
         ->excludes(pty);
     command
         ->add_flag("--raw-log", options.rawLog,

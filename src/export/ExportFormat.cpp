@@ -4,6 +4,7 @@
 #include "export/FrameLines.h"
 #include "export/FrameSummary.h"
 #include "export/FrameTables.h"
+#include "session/MemberName.h"
 
 #include <algorithm>
 
@@ -14,11 +15,10 @@ namespace {
 /// All the work and no results.
 class CNoFrames final : public CFrameSink {
   public:
-    explicit CNoFrames(const ExportSettings& settings)
-        : Path(settings.path), Out(settings.report) {}
+    explicit CNoFrames(const ExportSettings& settings) : Settings(settings), Out(settings.report) {}
 
     OutputResult BeginLog(const std::string&, std::span<const ExportedInstrument>) override {
-        return Out.OpenOnce(Path);
+        return Out.Open(Settings.path, Settings.rules);
     }
     void Write(const ExportedFrame&) override {}
     void EndLog() override {}
@@ -26,7 +26,7 @@ class CNoFrames final : public CFrameSink {
     OutputResult Finish() override { return Out.Finish(); }
 
   private:
-    const std::string Path;
+    const ExportSettings Settings;
     COutput Out;
 };
 
@@ -50,6 +50,12 @@ std::span<const ExportFormat> ExportFormats() {
 const ExportFormat* FindExportFormat(std::string_view name) {
     const auto* found = std::ranges::find(Formats, name, &ExportFormat::name);
     return found == std::end(Formats) ? nullptr : found;
+}
+
+const ExportFormat* ExportFormatOf(std::string_view path) {
+    const std::string extension = "." + ExtensionOf(path);
+    const auto* found = std::ranges::find(Formats, extension, &ExportFormat::extension);
+    return found == std::end(Formats) ? Formats : found;
 }
 
 } // namespace qor

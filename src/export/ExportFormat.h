@@ -21,5 +21,7 @@ struct ExportFormat {
 std::span<const ExportFormat> ExportFormats();
 /// Null when there is none of the name.
 const ExportFormat* FindExportFormat(std::string_view name);
+/// The format whose extension the file has, in any case; else the first.
+const ExportFormat* ExportFormatOf(std::string_view path);
 
 } // namespace qor

@@ -14,7 +14,7 @@ class CFrameLines final : public CFrameSink {
 
     OutputResult BeginLog(const std::string& path, std::span<const ExportedInstrument>) override {
         Line.emplace(Out, path, Settings.view, Settings.derived);
-        return Out.OpenOnce(Settings.path);
+        return Out.Open(Settings.path, Settings.rules);
     }
     void Write(const ExportedFrame& frame) override {
         Line->WriteFrame(frame.instrument, frame.checks, frame.derived);

@@ -18,6 +18,7 @@ namespace qor {
 struct ExportSettings {
     std::string path; ///< of the file, or of the folder for several tables; empty: standard output
     ValueView view = ValueView::Calibrated;
+    OutputRules rules;
     bool derived = false; ///< with the products computed from frames
     FaultReport report;   ///< hears what fails
 };
@@ -46,7 +47,7 @@ class CFrameSink {
     virtual void EndLog() = 0;
     /// False once nothing more can be written: the caller ends early.
     virtual bool Good() const = 0;
-    /// Ends every output. Without it they are not complete.
+    /// Ends every output. Files are not there without it.
     virtual OutputResult Finish() = 0;
 };
 

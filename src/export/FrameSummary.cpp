@@ -60,13 +60,13 @@ namespace {
 class CFrameSummaries final : public CFrameSink {
   public:
     explicit CFrameSummaries(const ExportSettings& settings)
-        : Path(settings.path), Out(settings.report) {}
+        : Settings(settings), Out(settings.report) {}
 
     OutputResult BeginLog(const std::string&,
                           std::span<const ExportedInstrument> instruments) override {
         for (const ExportedInstrument& instrument : instruments)
             Summaries.emplace_back(instrument.live, instrument.live->Definition());
-        return Out.OpenOnce(Path);
+        return Out.Open(Settings.path, Settings.rules);
     }
     void Write(const ExportedFrame& frame) override {
         for (auto& [owner, summary] : Summaries)
@@ -82,7 +82,7 @@ class CFrameSummaries final : public CFrameSink {
     OutputResult Finish() override { return Out.Finish(); }
 
   private:
-    const std::string Path;
+    const ExportSettings Settings;
     COutput Out;
     std::vector<std::pair<const CLiveInstrument*, CFrameSummary>> Summaries;
 };

@@ -32,19 +32,18 @@ class CFrameTables final : public CFrameSink {
 
 OutputResult CFrameTables::BeginLog(const std::string&,
                                     std::span<const ExportedInstrument> instruments) {
-    if (OutputResult result = Files.Prepare(instruments.size()); result != OutputResult::Good)
+    if (OutputResult result = Files.Prepare(instruments.size()); !result.Good())
         return result;
     for (const ExportedInstrument& instrument : instruments) {
         TableFile file;
-        if (OutputResult result = Files.Open(instrument.live->Name(), file);
-            result != OutputResult::Good)
+        if (OutputResult result = Files.Open(instrument.live->Name(), file); !result.Good())
             return result;
         CFrameCsv rows(*file.output, instrument.live->Definition(), Settings.view);
         if (file.isNew)
             rows.WriteHeader(instrument.derived);
         Tables.emplace(instrument.live, std::move(rows));
     }
-    return OutputResult::Good;
+    return {};
 }
 
 } // namespace

@@ -20,16 +20,13 @@ std::string FileNameOf(const std::string& instrument) {
 } // namespace
 
 OutputResult CTableFiles::Prepare(std::size_t instruments) {
-    if (instruments > 1 && Settings.path.empty()) {
-        Settings.report(
-            "several instruments give several tables: name a folder for them with -o DIR.");
-        return OutputResult::Refused;
-    }
+    if (instruments > 1 && Settings.path.empty())
+        return {OutputState::NeedsFolder};
     // What is in the way of the folder shows when the first table is opened.
     if (instruments > 1 && !IsDirectory(Settings.path)) [[maybe_unused]]
         FileCause made = MakeDirectory(Settings.path);
     InFolder = instruments > 1 || IsDirectory(Settings.path);
-    return OutputResult::Good;
+    return {};
 }
 
 /// Names that differ only in case or in what a file name cannot hold get a number, so that no table
@@ -47,15 +44,15 @@ std::string CTableFiles::PathInFolder(const std::string& instrument) {
 OutputResult CTableFiles::Open(const std::string& instrument, TableFile& file) {
     if (const auto known = Outputs.find(instrument); known != Outputs.end()) {
         file = {known->second.get(), false};
-        return OutputResult::Good;
+        return {};
     }
     auto output = std::make_unique<COutput>(Settings.report);
     const std::string path = InFolder ? PathInFolder(instrument) : Settings.path;
-    if (OutputResult result = output->OpenOnce(path); result != OutputResult::Good)
+    if (OutputResult result = output->Open(path, Settings.rules); !result.Good())
         return result;
     file = {output.get(), true};
     Outputs[instrument] = std::move(output);
-    return OutputResult::Good;
+    return {};
 }
 
 bool CTableFiles::Good() const {
@@ -65,12 +62,15 @@ bool CTableFiles::Good() const {
     return true;
 }
 
+/// Tables that one of them has cut short are all incomplete.
 OutputResult CTableFiles::Finish() {
-    OutputResult worst = OutputResult::Good;
     for (const auto& [name, output] : Outputs)
-        if (OutputResult result = output->Finish(); result != OutputResult::Good)
-            worst = result;
-    return worst;
+        if (!output->Flush() && output->Failed())
+            return output->Finish();
+    for (const auto& [name, output] : Outputs)
+        if (OutputResult result = output->Finish(); !result.Good())
+            return result;
+    return {};
 }
 
 } // namespace qor
