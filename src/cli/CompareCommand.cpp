@@ -3,11 +3,15 @@
 // qorview-cli compare: the optical reality check over a raw log, for every frame of the device
 // under test against the latest frame of the reference before it.
 #include "cli/Commands.h"
+#include "cli/OutputOptions.h"
 #include "cli/Playback.h"
 #include "cli/Report.h"
 #include "export/Comparison.h"
 
 #include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <utility>
 
 namespace qor {
 
@@ -16,10 +20,13 @@ namespace {
 struct CompareOptions : PlaybackOptions {
     std::string dut, reference;
     std::string sensor;
+    std::string output;
+    OutputRules rules;
     bool csv = false;
 };
 
-bool FindPair(CPlayback& playback, const CompareOptions& options, ComparedPair& pair) {
+/// False when a name of the call is none's; reported.
+bool KnowsNames(CPlayback& playback, const CompareOptions& options, ComparedPair& pair) {
     const struct {
         const char* option;
         const std::string& name;
@@ -34,41 +41,92 @@ bool FindPair(CPlayback& playback, const CompareOptions& options, ComparedPair& 
                         ": there is no instrument of that name.");
     if (!pair.dut || !pair.reference)
         return false;
-    const std::optional<std::string> fault = ChooseComparedSeries(pair, options.sensor);
-    if (fault)
-        ReportError(*fault);
-    return !fault;
+    if (options.sensor.empty() || HasSeries(*pair.dut, options.sensor) ||
+        HasSeries(*pair.reference, options.sensor))
+        return true;
+    ReportError("--sensor " + options.sensor + ": neither instrument has a series of that type.");
+    return false;
 }
 
-int RunCompare(const CompareOptions& options, CommandContext& context) {
-    if (!NamesRawFile(options.files) || !NamesInstrument(options.instruments))
+bool FindSeries(const CompareOptions& options, ComparedPair& pair) {
+    const CLiveInstrument* without = ChooseComparedSeries(pair, options.sensor);
+    if (without)
+        ReportError(without->Name() + ": it has no optical series" +
+                    (options.sensor.empty() ? "" : " of type " + options.sensor) +
+                    "; choose one with --sensor TYPE.");
+    return !without;
+}
+
+class CComparison {
+  public:
+    CComparison(const CompareOptions& options, CommandContext& context)
+        : Options(options), Context(context) {}
+    int Run();
+
+  private:
+    int CompareLog(const std::string& path);
+    int Begin(const ComparedPair& pair);
+
+    const CompareOptions& Options;
+    CommandContext& Context;
+    COutput Out{ReportError};
+    bool Begun = false;
+};
+
+/// Before the first result: opens the output and says what makes the results doubtful.
+int CComparison::Begin(const ComparedPair& pair) {
+    if (std::exchange(Begun, true))
+        return ExitWell;
+    const std::string &dut = pair.dutSeries.units, &reference = pair.referenceSeries.units;
+    if (dut != reference)
+        ReportWarning(Options.dut + " measures in " + dut + ", " + Options.reference + " in " +
+                      reference + ": the percentages compare unlike units.");
+    OutputRules rules = Options.rules;
+    rules.inputs =
+        Together({Options.files, Options.instruments.definitions, Options.instruments.packages});
+    const int status = OutputExit(Out.Open(Options.output, rules));
+    if (status == ExitWell && Options.csv)
+        WriteComparisonHeader(Out);
+    return status;
+}
+
+/// ExitFault also when part of what was named could not be used.
+int CComparison::CompareLog(const std::string& path) {
+    CPlayback playback(Options.chunk);
+    ComparedPair pair;
+    bool well = playback.Open(path, Options.instruments);
+    if (!playback.IsOpen())
+        return ExitFault;
+    if (!KnowsNames(playback, Options, pair))
+        return well ? ExitBadCall : ExitFault; // it may be a name of what did not load
+    if (!FindSeries(Options, pair))
+        return ExitFault;
+    if (const int status = Begin(pair); status != ExitWell)
+        return status;
+    well = playback.Play(
+               Context,
+               [&](CQorViewIns& instrument, const FrameCheckResult&) {
+                   if (&instrument.Live == pair.dut)
+                       (Options.csv ? WriteComparisonCsv
+                                    : WriteComparisonJson)(Out, CompareCurrent(pair));
+               },
+               [&] { return Out.Good(); }) &&
+           well;
+    return well ? ExitWell : ExitFault;
+}
+
+int CComparison::Run() {
+    if (!NamesRawFile(Options.files) || !NamesInstrument(Options.instruments))
         return ExitBadCall;
-    COutput output(ReportError);
-    if (options.csv)
-        WriteComparisonHeader(output);
-    bool well = true;
-    for (const std::string& path : options.files) {
-        CPlayback playback(options.chunk);
-        ComparedPair pair;
-        well = playback.Open(path, options.instruments) && well;
-        if (!playback.IsOpen() || !FindPair(playback, options, pair)) {
-            well = false;
-            continue;
-        }
-        well = playback.Play(
-                   context,
-                   [&](CQorViewIns& instrument, const FrameCheckResult&) {
-                       if (&instrument.Live == pair.dut)
-                           (options.csv ? WriteComparisonCsv
-                                        : WriteComparisonJson)(output, CompareCurrent(pair));
-                   },
-                   [&] { return output.Good(); }) &&
-               well;
-        if (context.stop.Requested() || !output.Good())
+    int status = ExitWell;
+    for (const std::string& path : Options.files) {
+        status = std::max(status, CompareLog(path));
+        if (Context.stop.Requested())
+            return ExitInterrupted; // a file that is not complete is not there
+        if (status == ExitBadCall || !Out.Good())
             break;
     }
-    well = (output.Flush() || !output.Failed()) && well;
-    return PlaybackExit(context, well);
+    return status != ExitBadCall && !Out.Finish().Good() ? ExitFault : status;
 }
 
 } // namespace
@@ -88,9 +146,10 @@ void AddCompareCommand(CLI::App& app, CommandContext& context) {
         ->type_name("TYPE");
     AddFormatOption(*command, {"csv", "jsonl"}, "csv (a row a point) or jsonl (an object a frame)",
                     [](const std::string& name) { options.csv = name == "csv"; });
+    AddOutputOptions(*command, "File for the results", options.output, options.rules);
     AddPlaybackOptions(*command, options, context);
     command->callback(
-        [&context] { context.body = [&context] { return RunCompare(options, context); }; });
+        [&context] { context.body = [&context] { return CComparison(options, context).Run(); }; });
 }
 
 } // namespace qor

@@ -22,15 +22,18 @@ struct ComparedPair {
     OpticalSeries dutSeries, referenceSeries;
 };
 
-/// Chooses the series of a type (the first ones for an empty type). Gives a sentence when an
-/// instrument has none.
-std::optional<std::string> ChooseComparedSeries(ComparedPair& pair, std::string_view type);
+/// Whether some series of the instrument is of the type.
+bool HasSeries(const CLiveInstrument& instrument, std::string_view type);
+/// Chooses the series of a type: the first ones for an empty type, an instrument's only one
+/// whatever the type. Gives the instrument that has none to choose; null when both have.
+const CLiveInstrument* ChooseComparedSeries(ComparedPair& pair, std::string_view type);
 
 /// The comparison at the DUT's current frame.
 struct ComparedFrame {
     FrameTime time;
     std::uint32_t frame = 0; ///< of the DUT
     std::vector<ComparisonPoint> points;
+    std::optional<double> referenceAge; ///< s from the reference's frame to the DUT's
 };
 ComparedFrame CompareCurrent(const ComparedPair& pair);
 
