@@ -2,11 +2,10 @@
 //
 // qorview-cli check: loads definition files and packages and reports what was found.
 #include "cli/Commands.h"
-#include "cli/InstrumentOptions.h"
 #include "cli/Progress.h"
 #include "cli/Report.h"
-#include "cli/TerminalUser.h"
 #include "export/DefinitionJson.h"
+#include "export/DefinitionText.h"
 
 #include "base/Text.h"
 #include "session/FileKind.h"
@@ -24,55 +23,6 @@ struct CheckOptions {
     std::vector<std::string> files;
     bool json = false;
 };
-
-/// The log with this platform's line ends.
-void WriteLog(COutput& output, std::string_view log) {
-    for (std::size_t start = 0; start < log.size();) {
-        std::size_t end = log.find("\r\n", start);
-        output.Text(log.substr(start, end - start));
-        if (end == std::string_view::npos)
-            return;
-        output.Text(NativeLineEnd());
-        start = end + 2;
-    }
-}
-
-/// The parse logs of members that failed; a package's messages already name them.
-class CIgnoredLogs : public CMessageSink {
-  public:
-    void Raise(Event) override {}
-};
-
-void WritePackage(COutput& output, const LoadedPackage& package) {
-    CJsonWriter json(output);
-    json.BeginObject();
-    json.Key("file"), json.Path(package.path);
-    json.Key("ok"), json.Bool(package.ok);
-    json.Key("kind"), json.Text("Instrument Package File");
-    json.Key("name"), json.Text(package.name);
-    json.Key("baud_rate"), json.Text(package.baudRate);
-    json.Key("messages"), json.BeginArray();
-    for (const std::string& message : package.messages)
-        json.Text(message);
-    json.EndArray();
-    json.Key("instruments"), json.BeginArray();
-    for (const PackageMember& member : package.members)
-        WriteDefinition(json, member.name, *member.instrument, DefinitionStatus::Success);
-    json.EndArray();
-    json.EndObject();
-    json.EndLine();
-}
-
-void PrintPackage(COutput& output, const LoadedPackage& package) {
-    WriteLog(output, "Instrument Package File: \"" + package.path + "\"\r\n\tName: " +
-                         package.name + "\r\n\tBaud rate: " + package.baudRate + "\r\n");
-    for (const std::string& message : package.messages) {
-        WriteLog(output, message);
-        output.Text(NativeLineEnd());
-    }
-    for (const PackageMember& member : package.members)
-        WriteLog(output, "\r\n" + member.name + "\r\n" + member.instrument->ParseLog());
-}
 
 std::uint64_t SizeOf(const std::string& path) {
     CFile file;
@@ -105,7 +55,7 @@ bool CheckDefinition(COutput& output, const std::string& path, bool json,
         });
         writer.EndLine();
     } else {
-        WriteLog(output, instrument.ParseLog());
+        WriteParseLog(output, instrument.ParseLog());
     }
     bar.reset();
     if (status == DefinitionStatus::Success)
@@ -117,17 +67,21 @@ bool CheckDefinition(COutput& output, const std::string& path, bool json,
 }
 
 bool CheckPackage(COutput& output, const std::string& path, bool json, const CommandContext&) {
-    CTerminalUser user(true); // the messages are part of the result
-    CIgnoredLogs ignored;
-    LoadedPackage package = LoadPackage(path, user, ignored);
+    const LoadedPackage package = ReadPackage(path); // its messages are part of the result
     if (json)
-        WritePackage(output, package);
+        WritePackageJson(output, package);
     else
-        PrintPackage(output, package);
-    if (package.ok)
+        WritePackageText(output, package);
+    if (package.ok && package.failed.empty())
         return true;
     output.Flush();
-    ReportError(path + ": no instrument could be loaded from the package; its messages say why.");
+    if (!package.ok)
+        ReportError(path +
+                    ": no instrument could be loaded from the package; its messages say why.");
+    for (const FailedMember& member : package.failed)
+        ReportError(path + "(" + member.name + "): " +
+                    (member.instrument ? "could not be loaded; its parse log says why."
+                                       : "could not be extracted."));
     return false;
 }
 

@@ -3,17 +3,15 @@
 // qorview-cli compare: the optical reality check over a raw log, for every frame of the device
 // under test against the latest frame of the reference before it.
 #include "cli/Commands.h"
+#include "cli/OutputOptions.h"
 #include "cli/PlayedFile.h"
 #include "cli/Report.h"
-#include "export/FrameText.h"
-
-#include "base/Text.h"
-#include "products/Spectrum.h"
+#include "export/Comparison.h"
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
-#include <cmath>
+#include <utility>
 
 namespace qor {
 
@@ -22,114 +20,115 @@ namespace {
 struct CompareOptions : PlaybackOptions {
     std::string dut, reference;
     std::string sensor;
+    std::string output;
+    OutputRules rules;
     bool csv = false;
 };
 
-/// The two instruments of a comparison and the series that are compared.
-struct ComparedPair {
-    CQorViewIns* dut = nullptr;
-    CQorViewIns* reference = nullptr;
-    OpticalSeries dutSeries, referenceSeries;
-};
-
-CQorViewIns* FindNamed(CPlayedFile& playback, const char* option, const std::string& name) {
-    for (CQorViewIns* instrument : playback.Instruments())
-        if (instrument->Name() == name)
-            return instrument;
-    ReportError(std::string(option) + " " + name + ": there is no instrument of that name.");
-    return nullptr;
-}
-
-bool FindSeries(const CQorViewIns& instrument, const std::string& type, OpticalSeries& series) {
-    std::vector<OpticalSeries> all = SeriesOf(instrument.Definition());
-    int chosen = ChooseSeries(all, type);
-    if (chosen >= 0) {
-        series = all[static_cast<std::size_t>(chosen)];
+/// False when a name of the call is none's; reported.
+bool KnowsNames(CPlayedFile& playback, const CompareOptions& options, ComparedPair& pair) {
+    const struct {
+        const char* option;
+        const std::string& name;
+        const CLiveInstrument*& instrument;
+    } sides[] = {{"--dut", options.dut, pair.dut},
+                 {"--reference", options.reference, pair.reference}};
+    for (const auto& side : sides)
+        if (const CQorViewIns* found = playback.Find(side.name))
+            side.instrument = &found->Live;
+        else
+            ReportError(std::string(side.option) + " " + side.name +
+                        ": there is no instrument of that name.");
+    if (!pair.dut || !pair.reference)
+        return false;
+    if (options.sensor.empty() || HasSeries(*pair.dut, options.sensor) ||
+        HasSeries(*pair.reference, options.sensor))
         return true;
-    }
-    ReportError(instrument.Name() + ": it has no optical series" +
-                (type.empty() ? "" : " of type " + type) + "; choose one with --sensor TYPE.");
+    ReportError("--sensor " + options.sensor + ": neither instrument has a series of that type.");
     return false;
 }
 
-bool FindPair(CPlayedFile& playback, const CompareOptions& options, ComparedPair& pair) {
-    pair.dut = FindNamed(playback, "--dut", options.dut);
-    pair.reference = FindNamed(playback, "--reference", options.reference);
-    return pair.dut && pair.reference && FindSeries(*pair.dut, options.sensor, pair.dutSeries) &&
-           FindSeries(*pair.reference, options.sensor, pair.referenceSeries);
+bool FindSeries(const CompareOptions& options, ComparedPair& pair) {
+    const CLiveInstrument* without = ChooseComparedSeries(pair, options.sensor);
+    if (without)
+        ReportError(without->Name() + ": it has no optical series" +
+                    (options.sensor.empty() ? "" : " of type " + options.sensor) +
+                    "; choose one with --sensor TYPE.");
+    return !without;
 }
 
-void WriteJsonLine(COutput& output, const CQorViewIns& dut,
-                   const std::vector<ComparisonPoint>& points) {
-    CJsonWriter json(output);
-    json.BeginObject();
-    json.Key("time"), WriteTimeValue(json, output, dut.Live.CurrentFrame()->Info.time);
-    json.Key("frame"), json.Integer(dut.Live.FrameNumber());
-    json.Key("points"), json.BeginArray();
-    for (const ComparisonPoint& point : points) {
-        json.BeginArray();
-        json.Number(point.wavelength);
-        json.NumberOrNull(point.dut);
-        json.NumberOrNull(point.reference);
-        json.NumberOrNull(point.percent);
-        json.EndArray();
-    }
-    json.EndArray();
-    json.EndObject();
-    json.EndLine();
+class CComparison {
+  public:
+    CComparison(const CompareOptions& options, CommandContext& context)
+        : Options(options), Context(context) {}
+    int Run();
+
+  private:
+    int CompareLog(const std::string& path);
+    int Begin(const ComparedPair& pair);
+
+    const CompareOptions& Options;
+    CommandContext& Context;
+    COutput Out{ReportError};
+    bool Begun = false;
+};
+
+/// Before the first result: opens the output and says what makes the results doubtful.
+int CComparison::Begin(const ComparedPair& pair) {
+    if (std::exchange(Begun, true))
+        return ExitWell;
+    const std::string &dut = pair.dutSeries.units, &reference = pair.referenceSeries.units;
+    if (dut != reference)
+        ReportWarning(Options.dut + " measures in " + dut + ", " + Options.reference + " in " +
+                      reference + ": the percentages compare unlike units.");
+    OutputRules rules = Options.rules;
+    rules.inputs =
+        Together({Options.files, Options.instruments.definitions, Options.instruments.packages});
+    const int status = OutputExit(Out.Open(Options.output, rules));
+    if (status == ExitWell && Options.csv)
+        WriteComparisonHeader(Out);
+    return status;
 }
 
-void WriteCsvRows(COutput& output, const CQorViewIns& dut,
-                  const std::vector<ComparisonPoint>& points) {
-    for (const ComparisonPoint& point : points) {
-        WriteTime(output, dut.Live.CurrentFrame()->Info.time);
-        output.Char(',');
-        output.Integer(dut.Live.FrameNumber());
-        for (std::optional<double> value :
-             {std::optional(point.wavelength), std::optional(point.dut), point.reference,
-              point.percent}) {
-            output.Char(',');
-            if (value && std::isfinite(*value))
-                output.Number(*value);
-        }
-        output.Text("\r\n");
-    }
-}
-
-int RunCompare(const CompareOptions& options, CommandContext& context) {
-    if (!NamesRawFile(options.files) || !NamesInstrument(options.instruments))
+/// ExitFault also when part of what was named could not be used.
+int CComparison::CompareLog(const std::string& path) {
+    CPlayedFile playback(Options.chunk);
+    ComparedPair pair;
+    bool well = playback.Open(path, Options.instruments, Options.strict);
+    if (playback.IsBadCall())
         return ExitBadCall;
-    COutput output(ReportError);
-    if (options.csv)
-        output.Text("time,frame,wavelength [nm],dut,reference,percent\r\n");
-    bool well = true;
-    for (const std::string& path : options.files) {
-        CPlayedFile playback(options.chunk);
-        ComparedPair pair;
-        well = playback.Open(path, options.instruments, options.strict) && well;
-        if (playback.IsBadCall())
-            return ExitBadCall;
-        if (!playback.IsOpen() || !FindPair(playback, options, pair)) {
-            well = false;
-            continue;
-        }
-        well = playback.Play(
-                   context,
-                   [&](CQorViewIns& instrument, const FrameCheckResult&) {
-                       if (&instrument != pair.dut)
-                           return;
-                       std::vector<ComparisonPoint> points =
-                           CompareSpectra(SpectrumOf(pair.dut->Live, pair.dutSeries),
-                                          SpectrumOf(pair.reference->Live, pair.referenceSeries));
-                       (options.csv ? WriteCsvRows : WriteJsonLine)(output, *pair.dut, points);
-                   },
-                   [&] { return output.Good(); }) &&
-               well;
-        if (context.stop.Requested() || !output.Good())
+    if (!playback.IsOpen())
+        return ExitFault;
+    if (!KnowsNames(playback, Options, pair))
+        return well ? ExitBadCall : ExitFault; // it may be a name of what did not load
+    if (!FindSeries(Options, pair))
+        return ExitFault;
+    if (const int status = Begin(pair); status != ExitWell)
+        return status;
+    well = playback.Play(
+               Context,
+               [&](CQorViewIns& instrument, const FrameCheckResult&) {
+                   if (&instrument.Live == pair.dut)
+                       (Options.csv ? WriteComparisonCsv
+                                    : WriteComparisonJson)(Out, CompareCurrent(pair));
+               },
+               [&] { return Out.Good(); }) &&
+           well;
+    return well ? ExitWell : ExitFault;
+}
+
+int CComparison::Run() {
+    if (!NamesRawFile(Options.files) || !NamesInstrument(Options.instruments))
+        return ExitBadCall;
+    int status = ExitWell;
+    for (const std::string& path : Options.files) {
+        status = std::max(status, CompareLog(path));
+        if (Context.stop.Requested())
+            return ExitInterrupted; // a file that is not complete is not there
+        if (status == ExitBadCall || !Out.Good())
             break;
     }
-    well = (output.Flush() || !output.Failed()) && well;
-    return PlaybackExit(context, well);
+    return status != ExitBadCall && !Out.Finish().Good() ? ExitFault : status;
 }
 
 } // namespace
@@ -149,9 +148,10 @@ void AddCompareCommand(CLI::App& app, CommandContext& context) {
         ->type_name("TYPE");
     AddFormatOption(*command, {"csv", "jsonl"}, "csv (a row a point) or jsonl (an object a frame)",
                     [](const std::string& name) { options.csv = name == "csv"; });
+    AddOutputOptions(*command, "File for the results", options.output, options.rules);
     AddPlaybackOptions(*command, options, context);
     command->callback(
-        [&context] { context.body = [&context] { return RunCompare(options, context); }; });
+        [&context] { context.body = [&context] { return CComparison(options, context).Run(); }; });
 }
 
 } // namespace qor

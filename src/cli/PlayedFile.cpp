@@ -30,8 +30,7 @@ void CPlayedFile::SayLoss(const Event& event) {
     LossTold = true;
 }
 
-bool CPlayedFile::Open(const std::string& path, const InstrumentSelection& selection,
-                       bool strict) {
+bool CPlayedFile::Open(const std::string& path, const InstrumentSelection& selection, bool strict) {
     Path = path;
     if (!Playback.Open(path, selection)) {
         ReportError(path + ": " + Playback.OpenFault());
@@ -47,6 +46,17 @@ bool CPlayedFile::Open(const std::string& path, const InstrumentSelection& selec
         ReportError(path + ": no instrument to decode it with; no definition or package named "
                            "could be loaded.");
     return well && Opened;
+}
+
+const CQorViewIns* CPlayedFile::Find(std::string_view name) const {
+    for (const CQorViewIns* instrument : Instruments())
+        if (instrument->Name() == name)
+            return instrument;
+    return nullptr;
+}
+
+std::vector<DerivedRow> CPlayedFile::Derived(const CQorViewIns& instrument) const {
+    return Document.DerivedOf(instrument);
 }
 
 bool CPlayedFile::Play(CommandContext& context, const FrameFunction& onFrame,

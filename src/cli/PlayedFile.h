@@ -37,6 +37,10 @@ class CPlayedFile {
 
     /// The instruments, in the order in which they were named.
     const std::vector<CQorViewIns*>& Instruments() const { return Playback.Instruments(); }
+    /// The instrument of a name, or null.
+    const CQorViewIns* Find(std::string_view name) const;
+    /// The derived rows that go with an instrument's current frame.
+    std::vector<DerivedRow> Derived(const CQorViewIns& instrument) const;
     CQorViewDoc& Doc() { return Document; }
     const CQorViewDoc& Doc() const { return Document; }
     ResourceFigures Figures() const { return Playback.Figures(); }

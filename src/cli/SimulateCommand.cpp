@@ -5,23 +5,17 @@
 #include "cli/InstrumentOptions.h"
 #include "cli/Progress.h"
 #include "cli/Report.h"
+#include "cli/SimulatedLine.h"
 #include "cli/TerminalUser.h"
-#include "export/Output.h"
-#include "simulation/CastModel.h"
-#include "simulation/Simulator.h"
+#include "simulation/PlayedInstruments.h"
+#include "simulation/RawLogMaker.h"
 
 #include "base/Text.h"
 #include "instrument/FrameChecks.h"
-#include "platform/SystemText.h"
-#include "platform/VirtualPort.h"
-#include "session/LogHeader.h"
-#include "telemetry/RawLogFormat.h"
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
-#include <cmath>
-#include <thread>
 
 namespace qor {
 
@@ -30,6 +24,7 @@ namespace {
 struct SimulateOptions {
     InstrumentSelection instruments;
     std::string output;
+    OutputRules rules;
     std::string rateText;
     std::string startText;
     std::uint64_t frames = 0; ///< 0: without end
@@ -39,8 +34,6 @@ struct SimulateOptions {
     bool pty = false;
     bool rawLog = false;
 };
-
-constexpr int WriteWaitMilliseconds = 100;
 
 /// The pace of a run: none ("max"), the instruments' own, or one for all.
 struct Pace {
@@ -66,82 +59,6 @@ class CWarningSink : public CMessageSink {
     void Raise(Event event) override { ReportWarning(OneLine(event.text)); }
 };
 
-/// Where simulated bytes go: a virtual port, or an output.
-class CSimulatedLine {
-  public:
-    bool Open(const SimulateOptions& options);
-    /// True where nobody waits for the bytes: time need not pass.
-    static bool IsStored(const SimulateOptions& options);
-    /// Waits until a program has the virtual port open; false when stopped.
-    bool WaitForListener(CommandContext& context);
-    /// Sends everything; false when that failed or the run is stopped.
-    bool Send(ByteSpan bytes, CommandContext& context);
-    bool Flush() { return Port || Out.Flush(); }
-    /// Lets the listener read what was sent. False when something was not written.
-    bool Finish(CommandContext& context);
-
-  private:
-    std::optional<CVirtualPort> Port;
-    COutput Out{ReportError};
-};
-
-bool CSimulatedLine::IsStored(const SimulateOptions& options) {
-    return options.rawLog || (!options.output.empty() && !IsDevice(options.output));
-}
-
-bool CSimulatedLine::Open(const SimulateOptions& options) {
-    if (!options.pty)
-        return options.output.empty() || Out.OpenFile(options.output);
-    std::string name;
-    Port.emplace();
-    SystemError error = Port->Open(name);
-    if (error != 0) {
-        ReportError("no virtual serial port could be made: " + OneLine(SystemErrorText(error)));
-        return false;
-    }
-    COutput announcement(ReportError);
-    announcement.Text(name + "\n");
-    return announcement.Flush();
-}
-
-bool CSimulatedLine::WaitForListener(CommandContext& context) {
-    while (Port && !Port->WaitForListener(WriteWaitMilliseconds))
-        if (context.stop.Requested())
-            return false;
-    return true;
-}
-
-bool CSimulatedLine::Send(ByteSpan bytes, CommandContext& context) {
-    if (!Port) {
-        Out.Text(AsText(bytes));
-        return Out.Good();
-    }
-    while (!bytes.empty() && !context.stop.Requested()) {
-        std::size_t written = 0;
-        SystemError error = Port->Write(bytes, WriteWaitMilliseconds, written);
-        if (error != 0) {
-            ReportError("the virtual serial port cannot be written: " +
-                        OneLine(SystemErrorText(error)));
-            return false;
-        }
-        bytes = bytes.subspan(written);
-    }
-    return bytes.empty();
-}
-
-bool CSimulatedLine::Finish(CommandContext& context) {
-    if (!Port)
-        return Out.Flush() || !Out.Failed();
-    constexpr int drainMilliseconds = 5000, step = 10, graceMilliseconds = 200;
-    for (int waited = 0;
-         waited < drainMilliseconds && !Port->Drained() && !context.stop.Requested();
-         waited += step)
-        context.stopEvent.Wait(step);
-    context.stopEvent.Wait(
-        graceMilliseconds); // a listener with exclusive use does not show what it has read
-    return true;
-}
-
 /// A simulation run.
 class CSimulation {
   public:
@@ -150,56 +67,53 @@ class CSimulation {
     int Run();
 
   private:
+    /// True where nobody waits for the bytes: time need not pass.
+    bool IsStored() const {
+        return Options.rawLog || (!Options.output.empty() && !IsDevice(Options.output));
+    }
+    int OpenLine();
     bool LoadInstruments();
     bool ReadStart();
     bool KnowsNames();
-    bool WriteHeaderBlock();
+    bool BeginRawLog();
+    void AddPlayers(CSimulator& simulator, const Pace& pace);
+    bool Play(CSimulator& simulator, const Pace& pace);
     bool Wait(double seconds);
     bool SendFrame(const SimulatedFrame& frame);
-    FrameTime TimeOf(double seconds) const;
     bool IsUntagged(const CInstrument& instrument) const;
     bool IsWet(const CInstrument& instrument) const;
 
     const SimulateOptions& Options;
     CommandContext& Context;
     CSystemClock Clock;
-    CSimulatedLine Line;
-    std::vector<std::unique_ptr<CInstrument>> Instruments;
+    CSimulatedLine Line{Context};
+    PlayedInstruments Instruments;
+    std::optional<CRawLogMaker> RawLog;
+    std::vector<std::uint8_t> Bytes; ///< of the frame being sent
     FrameTime Start;
     std::int64_t Begun = 0; ///< monotonic milliseconds
 };
 
 bool CSimulation::LoadInstruments() {
-    for (const std::string& path : Options.instruments.definitions) {
-        auto instrument = std::make_unique<CInstrument>();
-        if (instrument->Load(path) != DefinitionStatus::Success) {
-            ReportError(path + ": could not be loaded. " + OneLine(instrument->ParseLog()));
-            return false;
-        }
-        Instruments.push_back(std::move(instrument));
-    }
+    std::optional<PlayRefusal> refusal =
+        LoadDefinitions(Options.instruments.definitions, Instruments);
     CTerminalUser user;
     CWarningSink warnings;
     for (const std::string& path : Options.instruments.packages) {
+        if (refusal)
+            break;
         LoadedPackage package = LoadPackage(path, user, warnings);
-        if (!package.ok) {
-            ReportError(path +
-                        ": no instrument could be loaded from the package. See qorview-cli check.");
-            return false;
-        }
+        if (!package.ok)
+            refusal = {path,
+                       "no instrument could be loaded from the package. See qorview-cli check."};
         for (PackageMember& member : package.members)
             Instruments.push_back(std::move(member.instrument));
     }
-    for (const std::unique_ptr<CInstrument>& instrument : Instruments)
-        if (instrument->FrameSize() <= 0) {
-            ReportError(instrument->FilePath() +
-                        ": its frames have no bytes; there is nothing to simulate.");
-            return false;
-        } else if (instrument->FrameSize() > CFrameMaker::LargestFrame) {
-            ReportError(instrument->FilePath() + ": its frames are too long to simulate.");
-            return false;
-        }
-    return true;
+    if (!refusal)
+        refusal = FindUnplayable(Instruments);
+    if (refusal)
+        ReportError(refusal->path + ": " + OneLine(refusal->reason));
+    return !refusal;
 }
 
 bool CSimulation::ReadStart() {
@@ -220,15 +134,6 @@ bool CSimulation::ReadStart() {
         return true;
     ReportError("--start " + Options.startText + ": give a time such as 2026-06-21T12:00:00.");
     return false;
-}
-
-FrameTime CSimulation::TimeOf(double seconds) const {
-    FrameTime time = Start;
-    auto milliseconds =
-        static_cast<std::int64_t>(std::llround(seconds * 1000.0)) + Start.milliseconds;
-    time.seconds += milliseconds / 1000;
-    time.milliseconds = static_cast<std::uint16_t>(milliseconds % 1000);
-    return time;
 }
 
 /// Whether --role and --wet name instruments of the call; reports the first that does not.
@@ -256,25 +161,30 @@ bool CSimulation::IsWet(const CInstrument& instrument) const {
     return Options.instruments.allWet || std::ranges::count(wet, instrument.Name()) > 0;
 }
 
-bool CSimulation::WriteHeaderBlock() {
-    CTerminalUser user;
-    CMemoryProfileStore profile;
-    SessionState session(Clock, user, profile);
-    std::vector<std::string> lines;
-    {
-        CRecursiveLock lock(session.DocLock);
-        session.Station.cruiseId = "SIMULATED";
-        session.Station.comment = "made by qorview-cli simulate";
-        lines = HeaderLines(session, session.Station, LocalCalendar(Start));
-    }
+int CSimulation::OpenLine() {
+    if (Options.pty)
+        return Line.OpenPort();
+    OutputRules rules = Options.rules;
+    rules.overRawLogs = rules.overwrite; // logs are what it makes
+    rules.inputs = Together({Options.instruments.definitions, Options.instruments.packages});
+    return Line.OpenOutput(Options.output, rules);
+}
+
+bool CSimulation::BeginRawLog() {
+    RawLog.emplace(Start);
     for (const std::unique_ptr<CInstrument>& instrument : Instruments)
         if (IsUntagged(*instrument))
-            lines.push_back(
-                FormatHeaderLine(static_cast<int>(HeaderTag::Nmea), instrument->SyncHeader()));
-    for (const std::string& line : lines)
-        if (!Line.Send(MakeHeaderRecord(line), Context))
-            return false;
-    return true;
+            RawLog->LeaveUntagged(*instrument);
+    return Line.Send(RawLog->HeaderBlock("made by qorview-cli simulate"));
+}
+
+void CSimulation::AddPlayers(CSimulator& simulator, const Pace& pace) {
+    CWarningSink warnings;
+    for (const std::unique_ptr<CInstrument>& instrument : Instruments)
+        simulator.Add(*instrument,
+                      {.rate = pace.rate.value_or(NominalFrameRate(*instrument, warnings)),
+                       .immersed = IsWet(*instrument),
+                       .castDepth = Options.castDepth});
 }
 
 bool CSimulation::Wait(double seconds) {
@@ -286,14 +196,26 @@ bool CSimulation::Wait(double seconds) {
 }
 
 bool CSimulation::SendFrame(const SimulatedFrame& frame) {
-    if (!frame.noise.empty() && !Line.Send(frame.noise, Context))
-        return false;
-    if (frame.bytes.empty())
-        return true;
-    if (!Line.Send(frame.bytes, Context))
-        return false;
-    return !Options.rawLog || IsUntagged(*frame.instrument) ||
-           Line.Send(MakeTimeTag(TimeOf(frame.seconds)), Context);
+    if (!RawLog)
+        return (frame.noise.empty() || Line.Send(frame.noise)) &&
+               (frame.bytes.empty() || Line.Send(frame.bytes));
+    Bytes.clear();
+    RawLog->Append(frame, Bytes);
+    return Line.Send(Bytes);
+}
+
+bool CSimulation::Play(CSimulator& simulator, const Pace& pace) {
+    const bool stored = IsStored();
+    CProgress progress("simulate", Options.frames, Context.quiet || !stored);
+    Begun = Clock.MonotonicMilliseconds();
+    for (std::uint64_t i = 0; Options.frames == 0 || i < Options.frames; ++i) {
+        const bool timely =
+            pace.unthrottled || stored ? !Context.stop.Requested() : Wait(simulator.NextDue());
+        if (!timely || !SendFrame(simulator.Next()))
+            return false;
+        progress.Update(i);
+    }
+    return true;
 }
 
 int CSimulation::Run() {
@@ -309,37 +231,27 @@ int CSimulation::Run() {
     }
     if (!ReadStart())
         return ExitBadCall;
-    const bool stored = CSimulatedLine::IsStored(Options);
-    if (stored && Options.frames == 0) {
+    if (IsStored() && Options.frames == 0) {
         ReportError("a file has to end: give --frames N.");
         return ExitBadCall;
     }
-    if (!LoadInstruments() || !KnowsNames() || !Line.Open(Options) ||
-        (Options.rawLog && !WriteHeaderBlock()))
+    if (!LoadInstruments())
         return ExitFault;
-    CWarningSink warnings;
+    if (!KnowsNames())
+        return ExitBadCall;
+    if (const int status = OpenLine(); status != ExitWell)
+        return status;
     CSimulator simulator(Options.seed,
                          static_cast<double>(Start.seconds) + Start.milliseconds / 1000.0,
                          Options.faults);
-    for (const std::unique_ptr<CInstrument>& instrument : Instruments) {
-        double rate = pace->rate.value_or(NominalFrameRate(*instrument, warnings));
-        CFrameMaker::ValueSource values;
-        if (Options.castDepth > 0.0)
-            values = CastValues(Options.castDepth, [&simulator] { return simulator.Current(); });
-        simulator.Add(*instrument, rate > 0.0 ? rate : 1.0, IsWet(*instrument), std::move(values));
-    }
-    if (!Line.WaitForListener(Context))
+    AddPlayers(simulator, *pace);
+    if (!Line.WaitForListener())
         return ExitInterrupted;
-    CProgress progress("simulate", Options.frames, Context.quiet || !stored);
-    Begun = Clock.MonotonicMilliseconds();
-    bool sent = true;
-    for (std::uint64_t i = 0; sent && (Options.frames == 0 || i < Options.frames); ++i) {
-        bool timely =
-            pace->unthrottled || stored ? !Context.stop.Requested() : Wait(simulator.NextDue());
-        sent = timely && SendFrame(simulator.Next());
-        progress.Update(i);
-    }
-    bool well = Line.Finish(Context) && sent;
+    const bool sent = (!Options.rawLog || BeginRawLog()) && Play(simulator, *pace);
+    if (Context.stop.Requested() && IsStored())
+        return ExitInterrupted; // a file that is not complete is not there
+    // An output whose reader has gone is no fault; one that failed tells at its end.
+    const bool well = Line.Finish() && (sent || !Options.pty);
     return Context.stop.Requested() ? ExitInterrupted : well ? ExitWell : ExitFault;
 }
 
@@ -361,10 +273,8 @@ void AddSimulateCommand(CLI::App& app, CommandContext& context) {
     AddNameOptions(*command, options.instruments);
     CLI::Option* pty = command->add_flag(
         "--pty", options.pty, "Create a virtual serial port, print its name and serve it");
-    command
-        ->add_option("-o,--output", options.output,
-                     "File or existing port to write to (standard output)")
-        ->type_name("PATH")
+    AddOutputOptions(*command, "File or existing port to write to (standard output)",
+                     options.output, options.rules)
         ->excludes(pty);
     command
         ->add_flag("--raw-log", options.rawLog,

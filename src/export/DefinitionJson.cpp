@@ -69,4 +69,45 @@ void WriteDefinition(CJsonWriter& json, std::string_view file, const CInstrument
     json.EndObject();
 }
 
+namespace {
+
+/// What could not be extracted has a name and nothing to say of itself.
+void WriteFailed(CJsonWriter& json, const FailedMember& member) {
+    if (member.instrument) {
+        WriteDefinition(json, member.name, *member.instrument, member.status);
+        return;
+    }
+    json.BeginObject();
+    json.Key("file"), json.Path(member.name);
+    json.Key("ok"), json.Bool(false);
+    json.Key("status"), json.Null();
+    json.EndObject();
+}
+
+} // namespace
+
+void WritePackageJson(COutput& output, const LoadedPackage& package) {
+    CJsonWriter json(output);
+    json.BeginObject();
+    json.Key("file"), json.Path(package.path);
+    json.Key("ok"), json.Bool(package.ok);
+    json.Key("kind"), json.Text("Instrument Package File");
+    json.Key("name"), json.Path(package.name);
+    json.Key("baud_rate"), json.Text(package.baudRate);
+    json.Key("messages"), json.BeginArray();
+    for (const std::string& message : package.messages)
+        json.Path(message); // a member's name is UTF-8
+    json.EndArray();
+    json.Key("instruments"), json.BeginArray();
+    for (const PackageMember& member : package.members)
+        WriteDefinition(json, member.name, *member.instrument, DefinitionStatus::Success);
+    json.EndArray();
+    json.Key("failed"), json.BeginArray();
+    for (const FailedMember& member : package.failed)
+        WriteFailed(json, member);
+    json.EndArray();
+    json.EndObject();
+    json.EndLine();
+}
+
 } // namespace qor

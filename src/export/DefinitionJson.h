@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// A loaded definition as a JSON object: what `check --json` prints.
+// Loaded definitions and packages as JSON objects.
 #pragma once
 
 #include "export/Json.h"
-#include "instrument/Instrument.h"
+#include "session/Package.h"
+
+#include <functional>
 
 namespace qor {
 
@@ -13,5 +15,8 @@ namespace qor {
 void WriteDefinition(CJsonWriter& json, std::string_view file, const CInstrument& instrument,
                      DefinitionStatus status,
                      const std::function<void(const CSensor&)>& progress = {});
+
+/// One line for one package.
+void WritePackageJson(COutput& output, const LoadedPackage& package);
 
 } // namespace qor

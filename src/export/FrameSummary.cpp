@@ -57,4 +57,42 @@ void CFrameSummary::Write(COutput& output) const {
     }
 }
 
+namespace {
+
+class CFrameSummaries final : public CFrameSink {
+  public:
+    explicit CFrameSummaries(const ExportSettings& settings)
+        : Settings(settings), Out(settings.report) {}
+
+    OutputResult BeginLog(const std::string&,
+                          std::span<const ExportedInstrument> instruments) override {
+        for (const ExportedInstrument& instrument : instruments)
+            Summaries.emplace_back(instrument.live, instrument.live->Definition());
+        return Out.Open(Settings.path, Settings.rules);
+    }
+    void Write(const ExportedFrame& frame) override {
+        for (auto& [owner, summary] : Summaries)
+            if (owner == &frame.instrument)
+                summary.AddFrame(frame.instrument);
+    }
+    void EndLog() override {
+        for (const auto& [owner, summary] : Summaries)
+            summary.Write(Out);
+        Summaries.clear();
+    }
+    bool Good() const override { return Out.Good(); }
+    OutputResult Finish() override { return Out.Finish(); }
+
+  private:
+    const ExportSettings Settings;
+    COutput Out;
+    std::vector<std::pair<const CLiveInstrument*, CFrameSummary>> Summaries;
+};
+
+} // namespace
+
+std::unique_ptr<CFrameSink> MakeFrameSummaries(const ExportSettings& settings) {
+    return std::make_unique<CFrameSummaries>(settings);
+}
+
 } // namespace qor

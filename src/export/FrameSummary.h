@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
 // A table for people: each sensor of an instrument with the least, mean, greatest and last of its
-// calibrated values. What `decode --format summary` prints.
+// calibrated values.
 #pragma once
 
-#include "export/Output.h"
-#include "products/LiveInstrument.h"
+#include "export/FrameSink.h"
 
 #include <string>
 #include <vector>
@@ -32,5 +31,8 @@ class CFrameSummary {
     std::vector<Row> Rows;
     std::uint64_t Frames = 0;
 };
+
+/// A table an instrument at the end of each log.
+std::unique_ptr<CFrameSink> MakeFrameSummaries(const ExportSettings& settings);
 
 } // namespace qor

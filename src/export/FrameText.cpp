@@ -38,6 +38,18 @@ ShownValue ValueOf(const CLiveInstrument& instrument, const CSensor& sensor, Val
     return value;
 }
 
+/// Labels and units are 8-bit texts of our own; CSV is UTF-8.
+std::string Utf8Of(std::string_view latin) {
+    std::string text;
+    for (char c : latin) {
+        auto byte = static_cast<unsigned char>(c);
+        if (byte >= 0x80)
+            text += static_cast<char>(0xC0 | byte >> 6);
+        text += byte < 0x80 ? c : static_cast<char>(0x80 | (byte & 0x3F));
+    }
+    return text;
+}
+
 void PutDigits(char* place, int digits, int value) {
     for (int i = digits; i-- > 0; value /= 10)
         place[i] = static_cast<char>('0' + value % 10);
@@ -94,19 +106,34 @@ CFrameCsv::CFrameCsv(COutput& output, const CInstrument& instrument, ValueView v
     }
 }
 
-void CFrameCsv::WriteHeader() {
+void CFrameCsv::WriteHeader(std::span<const DerivedRow> derived) {
     Out.Text("time,frame");
     for (const Column& column : Columns) {
         Out.Char(',');
         WriteCsvField(Out, column.sensor->Type + "(" + column.sensor->Id + ") [" +
                                column.sensor->Units + "]");
     }
+    for (const DerivedRow& row : derived) {
+        Out.Char(',');
+        WriteCsvField(Out, Utf8Of(row.label + " [" + row.units + "]"));
+    }
+    Out.Text("\r\n");
 }
 
-void CFrameCsv::WriteFrame(const CLiveInstrument& instrument) {
+void CFrameCsv::WriteFrame(const CLiveInstrument& instrument, std::span<const DerivedRow> derived) {
     WriteTime(Out, instrument.CurrentFrame()->Info.time);
     Out.Char(',');
     Out.Integer(instrument.FrameNumber());
+    WriteSensors(instrument);
+    for (const DerivedRow& row : derived) {
+        Out.Char(',');
+        if (row.value)
+            Out.Number(*row.value);
+    }
+    Out.Text("\r\n");
+}
+
+void CFrameCsv::WriteSensors(const CLiveInstrument& instrument) {
     const FrameValues& values = instrument.Values();
     for (const Column& column : Columns) {
         Out.Char(',');
@@ -126,7 +153,8 @@ void CFrameCsv::WriteFrame(const CLiveInstrument& instrument) {
     }
 }
 
-void CFrameJson::BeginFrame(const CLiveInstrument& instrument, const FrameCheckResult& checks) {
+void CFrameJson::WriteFrame(const CLiveInstrument& instrument, const FrameCheckResult& checks,
+                            std::span<const DerivedRow> derived) {
     const CFrameData& frame = *instrument.CurrentFrame();
     Json.BeginObject();
     Json.Key("file"), Json.Path(File);
@@ -139,6 +167,10 @@ void CFrameJson::BeginFrame(const CLiveInstrument& instrument, const FrameCheckR
     Json.Key("checksum_error"), Json.Bool(checks.checksumError);
     Json.Key("value_error"), Json.Bool(checks.valueError);
     WriteValues(instrument);
+    if (Derived)
+        WriteDerived(derived);
+    Json.EndObject();
+    Json.EndLine();
 }
 
 void CFrameJson::WriteValues(const CLiveInstrument& instrument) {
@@ -162,9 +194,16 @@ void CFrameJson::WriteValues(const CLiveInstrument& instrument) {
     Json.EndObject();
 }
 
-void CFrameJson::EndFrame() {
-    Json.EndObject();
-    Json.EndLine();
+void CFrameJson::WriteDerived(std::span<const DerivedRow> derived) {
+    Json.Key("derived"), Json.BeginArray();
+    for (const DerivedRow& row : derived) {
+        Json.BeginArray();
+        Json.Text(row.label);
+        Json.Text(row.units);
+        Json.NumberOrNull(row.value);
+        Json.EndArray();
+    }
+    Json.EndArray();
 }
 
 } // namespace qor

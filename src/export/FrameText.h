@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// Frames as rows of CSV and as lines of JSON: what `decode` prints. Each writer belongs to one
-// output and is called for one frame at a time, while that frame is the instrument's current one.
+// Frames as rows of CSV and as lines of JSON. Each writer belongs to one output and is called for
+// one frame at a time, while that frame is the instrument's current one.
 #pragma once
 
 #include "export/Json.h"
 #include "instrument/FrameChecks.h"
-#include "products/LiveInstrument.h"
+#include "products/DerivedRows.h"
 
+#include <span>
 #include <string>
 #include <vector>
 
@@ -23,20 +24,20 @@ void WriteTime(COutput& output, const FrameTime& time);
 void WriteTimeValue(CJsonWriter& json, COutput& output, const FrameTime& time);
 
 /// The CSV table of one instrument: a header row, then a row a frame with a column for every sensor
-/// that has a value.
+/// that has a value, then the derived rows.
 class CFrameCsv {
   public:
     CFrameCsv(COutput& output, const CInstrument& instrument, ValueView view);
-    /// The header row and a frame's row, without their line end: the caller may add columns.
-    void WriteHeader();
-    void WriteFrame(const CLiveInstrument& instrument);
-    void EndRow() { Out.Text("\r\n"); }
+    void WriteHeader(std::span<const DerivedRow> derived);
+    void WriteFrame(const CLiveInstrument& instrument, std::span<const DerivedRow> derived);
 
   private:
     struct Column {
         const CSensor* sensor;
         bool text;
     };
+    void WriteSensors(const CLiveInstrument& instrument);
+
     COutput& Out;
     ValueView View;
     std::vector<Column> Columns;
@@ -46,22 +47,21 @@ class CFrameCsv {
 /// One JSON object a frame.
 class CFrameJson {
   public:
-    CFrameJson(COutput& output, std::string file, ValueView view)
-        : Out(output), Json(output), File(std::move(file)), View(view) {}
+    CFrameJson(COutput& output, std::string file, ValueView view, bool derived)
+        : Out(output), Json(output), File(std::move(file)), View(view), Derived(derived) {}
 
-    /// Opens the object and writes every field but `derived`.
-    void BeginFrame(const CLiveInstrument& instrument, const FrameCheckResult& checks);
-    void EndFrame();
-    /// For the fields that the caller adds between the two.
-    CJsonWriter& Writer() { return Json; }
+    void WriteFrame(const CLiveInstrument& instrument, const FrameCheckResult& checks,
+                    std::span<const DerivedRow> derived);
 
   private:
     void WriteValues(const CLiveInstrument& instrument);
+    void WriteDerived(std::span<const DerivedRow> derived);
 
     COutput& Out;
     CJsonWriter Json;
     std::string File;
     ValueView View;
+    bool Derived; ///< the objects have the field
     std::string Text;
     std::vector<std::pair<std::int32_t, ConversionStatus>> Failed;
 };

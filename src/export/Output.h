@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// Where a command's results go: standard output or a file, through one large buffer. Numbers are
-// written with the fewest digits that read back to the same double. One thread at a time.
+// Where results go: standard output or a file, through one large buffer. A file is complete or not
+// there: it is written beside its place and put there at the end. Numbers are written with the
+// fewest digits that read back to the same double. One thread at a time.
 #pragma once
 
 #include "platform/File.h"
 
 #include <charconv>
 #include <cstring>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,19 +17,47 @@
 namespace qor {
 
 /// Takes one sentence that names what failed and why.
-using FaultReport = void (*)(const std::string& text);
+using FaultReport = std::function<void(const std::string& text)>;
+
+/// What became of an output. Beyond Failed, which is reported where it happens, the call asked for
+/// what is not done; a face says so in its own words.
+enum class OutputState {
+    Good,        ///< also when the reader of a pipe has gone
+    Failed,      ///< the system refused or lost it
+    NeedsFolder, ///< several tables, and no folder is named for them
+    IsInput,     ///< the file is one of the call's inputs
+    IsRawLog,    ///< a file that begins as a raw log is there
+    IsLink,      ///< a symbolic link is there
+    Exists,      ///< a file that is not empty is there, without leave to replace it
+    InUse,       ///< another program holds the file
+};
+struct [[nodiscard]] OutputResult {
+    OutputState state = OutputState::Good;
+    std::string path = {}; ///< that was refused
+
+    bool Good() const { return state == OutputState::Good; }
+    bool Refused() const { return state > OutputState::Failed; }
+};
+
+/// What a file may replace.
+struct OutputRules {
+    bool overwrite = false;               ///< a file that is not empty
+    bool overRawLogs = false;             ///< also one that begins as a raw log
+    std::vector<std::string> inputs = {}; ///< paths that are never written onto
+};
 
 class COutput {
   public:
     /// Standard output. What fails is told to `report`, once.
     explicit COutput(FaultReport report);
+    /// A file that Finish has not put in its place is gone.
     ~COutput();
     COutput(const COutput&) = delete;
     COutput& operator=(const COutput&) = delete;
 
-    /// Writes to a file instead, which is created or replaced; reports and returns false when it
-    /// cannot be.
-    bool OpenFile(const std::string& path);
+    /// Writes to this file instead; standard output when the path is empty, and to a device or pipe
+    /// as it is. Harmless when it is open already.
+    OutputResult Open(const std::string& path, const OutputRules& rules);
 
     void Text(std::string_view text) {
         if (text.size() > Buffer.size() - Used && !MakeRoom(text))
@@ -57,6 +87,8 @@ class COutput {
     bool Good() const { return Usable; }
     /// True when a write failed for a fault (not because a pipe's reader has gone).
     bool Failed() const { return WriteFailed; }
+    /// Ends the output: a file is made safe on the disk and put in its place.
+    OutputResult Finish();
 
   private:
     void Reserve(std::size_t bytes) {
@@ -65,11 +97,17 @@ class COutput {
     }
     bool MakeRoom(std::string_view text);
     bool Write(std::string_view bytes);
+    OutputResult OpenBeside(const OutputRules& rules);
+    OutputResult Fail(FileCause cause);
+    OutputResult Refuse(OutputState state);
 
     const FaultReport Report;
     std::vector<char> Buffer;
     std::size_t Used = 0;
     CFile File;
+    std::string Place;  ///< where the file belongs; empty for standard output
+    std::string Beside; ///< where it is written meanwhile; empty when it is no such file
+    bool Replaces = false;
     bool Usable = true;
     bool WriteFailed = false;
 };

@@ -101,6 +101,15 @@ FileCause IsReadOnly(const std::string& path, bool& readOnly);
 FileCause RemoveFile(const std::string& path);
 /// Moves a file onto another name of the same disk in one step; what had that name is replaced.
 FileCause RenameFile(const std::string& from, const std::string& to);
+/// The same for a name that is free; what has it is left alone and AccessDenied.
+FileCause RenameToNew(const std::string& from, const std::string& to);
+/// Whether an existing file could be written and nobody holds it: SharingViolation when another
+/// program does, AccessDenied when it is read-only. Leaves it as it is.
+FileCause CheckWritable(const std::string& path);
+/// True for a symbolic link, also for one that leads nowhere.
+bool IsSymbolicLink(const std::string& path);
+/// True when both paths lead to one existing file.
+bool IsSameFile(const std::string& path, const std::string& other);
 /// Makes a folder in an existing one.
 FileCause MakeDirectory(const std::string& path);
 /// Absolute form of a path; the path itself when the system cannot tell.

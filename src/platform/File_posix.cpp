@@ -447,6 +447,49 @@ FileCause RenameFile(const std::string& from, const std::string& to) {
     return ::rename(from.c_str(), to.c_str()) < 0 ? CauseOf(errno) : FileCause::None;
 }
 
+FileCause RenameToNew(const std::string& from, const std::string& to) {
+    if (::link(from.c_str(), to.c_str()) == 0)
+        return RemoveFile(from);
+    const int error = errno;
+    struct stat status {};
+    if (error == EEXIST || ::lstat(to.c_str(), &status) == 0)
+        return FileCause::AccessDenied;
+    // A file system without links: the moment between looking and renaming stays.
+    const bool noLinks =
+        error == EPERM || error == EOPNOTSUPP || error == ENOSYS || error == EMLINK;
+    return noLinks ? RenameFile(from, to) : CauseOf(error);
+}
+
+FileCause CheckWritable(const std::string& path) {
+    int descriptor = -1;
+    struct stat status {};
+    if (FileCause cause = OpenDescriptor(path, O_WRONLY, descriptor, status);
+        cause != FileCause::None)
+        return cause;
+    FileCause cause = LockExclusively(descriptor);
+    struct flock record {};
+    record.l_type = F_WRLCK;
+    if (cause == FileCause::None && ::fcntl(descriptor, F_GETLK, &record) == 0 &&
+        record.l_type != F_UNLCK)
+        cause = FileCause::SharingViolation;
+    if (cause == FileCause::None && (status.st_mode & AnyWriteBit) == 0)
+        cause = FileCause::AccessDenied;
+    ::close(descriptor);
+    return cause;
+}
+
+bool IsSymbolicLink(const std::string& path) {
+    struct stat status {};
+    return ::lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode);
+}
+
+bool IsSameFile(const std::string& path, const std::string& other) {
+    struct stat first {
+    }, second{};
+    return ::stat(path.c_str(), &first) == 0 && ::stat(other.c_str(), &second) == 0 &&
+           first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+}
+
 FileCause MakeDirectory(const std::string& path) {
     return ::mkdir(path.c_str(), 0777) < 0 ? OpenFailure(path, errno) : FileCause::None;
 }

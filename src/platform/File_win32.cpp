@@ -431,6 +431,57 @@ FileCause RenameFile(const std::string& from, const std::string& to) {
     return cause;
 }
 
+FileCause RenameToNew(const std::string& from, const std::string& to) {
+    const std::wstring wideFrom = WidePath(from), wideTo = WidePath(to);
+    if (wideFrom.empty() || wideTo.empty())
+        return FileCause::BadPath;
+    if (MoveFileExW(wideFrom.c_str(), wideTo.c_str(), MOVEFILE_WRITE_THROUGH))
+        return FileCause::None;
+    return GetLastError() == ERROR_ALREADY_EXISTS ? FileCause::AccessDenied : LastCause();
+}
+
+FileCause CheckWritable(const std::string& path) {
+    constexpr OpenRequest WriteAlone = {GENERIC_WRITE, 0, OPEN_EXISTING};
+    OpenFilePointer file;
+    return OpenHandle(WidePath(path), WriteAlone, file);
+}
+
+bool IsSymbolicLink(const std::string& path) {
+    std::wstring wide;
+    DWORD attributes = 0;
+    if (Attributes(path, wide, attributes) != FileCause::None ||
+        (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0)
+        return false;
+    WIN32_FIND_DATAW found{};
+    const HANDLE search = FindFirstFileW(wide.c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE)
+        return false;
+    FindClose(search);
+    // Other reparse points are files like any other: in the cloud, deduplicated.
+    return found.dwReserved0 == IO_REPARSE_TAG_SYMLINK;
+}
+
+bool IsSameFile(const std::string& path, const std::string& other) {
+    BY_HANDLE_FILE_INFORMATION known[2] = {};
+    const std::string* paths[2] = {&path, &other};
+    for (int i = 0; i < 2; ++i) {
+        const std::wstring wide = WidePath(*paths[i]);
+        const HANDLE handle = wide.empty()
+                                  ? INVALID_HANDLE_VALUE
+                                  : CreateFileW(wide.c_str(), 0, ShareAll, nullptr, OPEN_EXISTING,
+                                                FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+        if (handle == INVALID_HANDLE_VALUE)
+            return false;
+        const bool told = GetFileInformationByHandle(handle, &known[i]) != FALSE;
+        CloseHandle(handle);
+        if (!told)
+            return false;
+    }
+    return known[0].dwVolumeSerialNumber == known[1].dwVolumeSerialNumber &&
+           known[0].nFileIndexHigh == known[1].nFileIndexHigh &&
+           known[0].nFileIndexLow == known[1].nFileIndexLow;
+}
+
 FileCause MakeDirectory(const std::string& path) {
     std::wstring wide = WidePath(path);
     if (wide.empty())

@@ -95,8 +95,7 @@ class CQorViewDoc : public CQorTelemetryDoc, public SessionState {
 
     /// The derived rows that go with an instrument's frame: its package's, or its own. With values
     /// for the latest frames.
-    void ReadDerived(const CQorViewIns& instrument, std::vector<DerivedRow>& rows) const
-        REQUIRES(DocLock);
+    std::vector<DerivedRow> DerivedOf(const CQorViewIns& instrument) const;
 
   private:
     std::string NameOf(ResourceId resource) const;

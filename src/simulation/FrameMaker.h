@@ -40,7 +40,7 @@ class CFrameMaker {
     std::vector<std::uint8_t> Next(double secondsOfTime);
 
     /// Leaves out frames: the counter moves on as if they had been sent.
-    void Skip(int frames) { Counter += static_cast<std::uint32_t>(frames); }
+    void Skip(std::uint64_t frames) { Counter += static_cast<std::uint32_t>(frames); }
 
   private:
     /// How a field gets its content.

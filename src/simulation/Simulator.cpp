@@ -1,23 +1,25 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "simulation/Simulator.h"
 
+#include "simulation/CastModel.h"
+
 #include <algorithm>
+#include <cmath>
 
 namespace qor {
 
 CSimulator::CSimulator(std::uint64_t seed, double startSeconds, SimulatedFaults faults)
     : Random(seed), Seed(seed), Start(startSeconds), Faults(faults) {}
 
-void CSimulator::Add(const CInstrument& instrument, double rate, bool immersed,
-                     CFrameMaker::ValueSource values) {
-    double period = 1.0 / rate;
+void CSimulator::Add(const CInstrument& instrument, const PlayedAs& as) {
+    const double period = 1.0 / (as.rate > 0.0 ? as.rate : 1.0);
     // Instruments of one rate on one line take turns instead of talking at the same moment.
     double phase = period * (1.0 - 1.0 / static_cast<double>(Players.size() + 1));
     Player& player = Players.emplace_back(
         Player{&instrument, CFrameMaker(instrument, Seed + Players.size()), period, phase});
-    player.maker.SetImmersed(immersed);
-    if (values)
-        player.maker.SetValues(std::move(values));
+    player.maker.SetImmersed(as.immersed);
+    if (as.castDepth > 0.0)
+        player.maker.SetValues(CastValues(as.castDepth, [this] { return Current; }));
 }
 
 const CSimulator::Player& CSimulator::NextPlayer() const {
@@ -37,7 +39,7 @@ SimulatedFrame CSimulator::Next() {
     Player& player = const_cast<Player&>(NextPlayer()); // one of ours
     SimulatedFrame frame;
     frame.instrument = player.instrument;
-    frame.seconds = CurrentSeconds = player.Due();
+    frame.seconds = Current = player.Due();
     ++player.sent;
     for (std::size_t i = 0; i < Faults.noise; ++i)
         frame.noise.push_back(static_cast<std::uint8_t>(Random()));
@@ -53,6 +55,16 @@ SimulatedFrame CSimulator::Next() {
         frame.bytes[place] = static_cast<std::uint8_t>(frame.bytes[place] ^ (1u << Random() % 7));
     }
     return frame;
+}
+
+void CSimulator::SkipTo(double seconds) {
+    for (Player& player : Players) {
+        const double left = std::ceil((seconds - player.Due()) / player.period);
+        if (!(left > 0.0))
+            continue;
+        player.maker.Skip(static_cast<std::uint64_t>(left));
+        player.sent += static_cast<std::uint64_t>(left);
+    }
 }
 
 } // namespace qor

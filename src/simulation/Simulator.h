@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
 // A bench of simulated instruments: which one sends next, when, and with which faults. It makes
-// bytes and waits for nothing; the command decides where they go and keeps the pace.
+// bytes and waits for nothing; whoever plays them keeps the pace and decides where they go. One
+// thread.
 #pragma once
 
 #include "simulation/FrameMaker.h"
 
 #include <deque>
-#include <optional>
 #include <random>
 
 namespace qor {
@@ -17,6 +17,13 @@ struct SimulatedFaults {
     double drop = 0.0;     ///< probability that a frame is left out (its counter moves on)
     double corrupt = 0.0;  ///< probability that one byte behind the sync header is changed
     std::size_t noise = 0; ///< junk bytes before each frame
+};
+
+/// How an instrument is played.
+struct PlayedAs {
+    double rate = 1.0; ///< frames a second; 1 when it is not positive
+    bool immersed = false;
+    double castDepth = 0.0; ///< m: lowered through a water column; 0: on the bench
 };
 
 /// One frame as the line carries it.
@@ -31,17 +38,22 @@ class CSimulator {
   public:
     /// Same seed, same bytes. `startSeconds` is the first frame's time (UTC since 1970).
     CSimulator(std::uint64_t seed, double startSeconds, SimulatedFaults faults);
+    CSimulator(const CSimulator&) = delete;
+    CSimulator& operator=(const CSimulator&) = delete;
 
-    /// Adds an instrument that sends `rate` frames a second; `immersed` when it is in the water.
-    void Add(const CInstrument& instrument, double rate, bool immersed,
-             CFrameMaker::ValueSource values = {});
+    /// Adds an instrument, which must outlive the simulator.
+    void Add(const CInstrument& instrument, const PlayedAs& as);
+    /// From the next frame on.
+    void SetFaults(const SimulatedFaults& faults) { Faults = faults; }
 
-    /// Seconds since the start at which the next frame is due.
+    bool Empty() const { return Players.empty(); }
+    /// Seconds since the start at which the next frame is due. There must be an instrument here
+    /// and below.
     double NextDue() const;
-    /// Seconds since the start of the frame that is being made, for a source of values.
-    double Current() const { return CurrentSeconds; }
     /// Makes the next frame, in order of time.
     SimulatedFrame Next();
+    /// Leaves out every frame that is due before this time, as if nobody had listened.
+    void SkipTo(double seconds);
 
   private:
     struct Player {
@@ -59,7 +71,7 @@ class CSimulator {
     std::mt19937_64 Random;
     std::uint64_t Seed;
     double Start;
-    double CurrentSeconds = 0.0;
+    double Current = 0.0; ///< seconds since the start of the frame that is being made
     SimulatedFaults Faults;
 };
 

@@ -68,11 +68,11 @@ class Calls(Folder):
             (("log", "--port", "x", "-d", GPS, "--comment", "two\r\nlines"), 2), (("simulate", "-d", GPS, "--rate", "fast"), 2), (("simulate", "--frames", "1"), 2),
             (("simulate", "-d", GPS, "-o", bad), 2), (("decode", "-d", GPS, "--role", "$GPRMC=pilot", empty), 2),
             (("simulate", "-d", GPS, "--start", "2026-02-30T12:00:00", "--frames", "1"), 2),
-            (("simulate", "-d", GPS, "--role", "NOBODY=gps", "--frames", "1"), 1),
+            (("simulate", "-d", GPS, "--role", "NOBODY=gps", "--frames", "1"), 2),
             (("check", "--quiet", GPS), 0), (("check", bad), 1), (("check", missing), 1), (("check", str(self.folder)), 1),
             (("decode", "-d", GPS, empty), 0), (("decode", "-d", GPS, missing), 1), (("decode", "-d", bad, empty), 1),
             (("decode", "-d", GPS, str(self.folder)), 1), (("decode", empty), 2),
-            (("decode", "-d", GPS, "--role", "NOBODY=gps", empty), 1), (("info", empty), 0), (("info", missing), 1),
+            (("decode", "-d", GPS, "--role", "NOBODY=gps", empty), 2), (("info", empty), 0), (("info", missing), 1),
             (("log", "--port", str(self.folder), "-d", GPS, "-o", str(self.folder)), 1),
             (("log", "--port", missing, "-d", GPS, "-o", missing), 1),
         ]
@@ -196,6 +196,72 @@ class Playback(Folder):
 
 
 
+class Outputs(Folder):
+    def test_results_never_replace_what_has_to_stay(self):
+        raw = self.simulated("--raw-log", "-d", PROFILER, "--frames", "5")
+        (self.folder / "own.cal").write_bytes(pathlib.Path(PROFILER).read_bytes())
+        (self.folder / "table.csv").write_text("precious")
+        os.symlink("table.csv", self.folder / "link")
+        own, table, link = (str(self.folder / name) for name in ("own.cal", "table.csv", "link"))
+        calls = [
+            (("decode", "-d", PROFILER, "-o", table, str(raw)), "--overwrite"),
+            (("decode", "-d", PROFILER, "--overwrite", "-o", link, str(raw)), "symbolic link"),
+            (("decode", "-d", PROFILER, "--overwrite", "-o", str(raw), str(raw)), "to read"),
+            (("decode", "-d", own, "--overwrite", "-o", f"{self.folder}/./own.cal", str(raw)), "to read"),
+            (("simulate", "-d", PROFILER, "--frames", "1", "-o", str(raw)), "raw log"),
+            (("simulate", "-d", own, "--frames", "1", "--overwrite", "-o", own), "to read"),
+            (("compare", "-d", RADIOMETER, "-d", PROFILER, *self.names(), "-o", table, str(raw)), "--overwrite"),
+        ]
+        before = {path: path.read_bytes() for path in self.folder.iterdir()}
+        for call, word in calls:
+            with self.subTest(call=call):
+                done = run(*call)
+                self.assertEqual((done.returncode, done.stdout, done.stderr.count(b"\n")), (2, b"", 1), done.stderr)
+                self.assertIn(word, done.stderr.decode())
+        self.assertEqual({path: path.read_bytes() for path in self.folder.iterdir()}, before)
+        self.assertEqual(run("decode", "-d", PROFILER, "--overwrite", "-o", table, str(raw)).returncode, 0)
+        self.assertEqual(pathlib.Path(table).read_bytes(), run("decode", "-d", PROFILER, "-o", "-", str(raw)).stdout)
+        self.simulated("--raw-log", "-d", PROFILER, "--frames", "6", "--overwrite")
+
+    def names(self):
+        name = definition(RADIOMETER)["instrument"]
+        return "--dut", name, "--reference", name
+
+    def test_an_interrupted_result_is_not_there(self):
+        fifo = str(self.folder / "fifo")
+        os.mkfifo(fifo)
+        command = subprocess.Popen([CLI, "decode", "-d", PROFILER, "-o", str(self.folder / "table.csv"), fifo])
+        pipe = open(fifo, "wb", buffering=0)
+        self.addCleanup(pipe.close)
+        wait_for((self.folder / "table.csv.part").exists, "the output")
+        command.send_signal(signal.SIGINT)
+        self.assertEqual(command.wait(30), 130)
+        self.assertEqual([path.name for path in self.folder.iterdir()], ["fifo"])
+
+    def test_a_comparison_says_how_old_its_reference_is_and_refuses_what_nothing_has(self):
+        package, dut, reference = ("-p", str(SOURCE / "examples/cast.sip")), "QORLUW119", "QOREDW118"
+        raw = self.simulated("--raw-log", *package, "--frames", "80")
+        compare = ("compare", *package, "--dut", dut)
+        done = run(*compare, "--reference", reference, str(raw))
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertIn("unlike units", done.stderr.decode())
+        lines = [json.loads(line) for line in done.stdout.splitlines()]
+        seen, ages = None, []
+        for frame in decoded(*package, str(raw)):
+            when = float(frame["time"][17:])
+            seen = when if frame["instrument"] == reference else seen
+            if frame["instrument"] == dut:
+                ages.append(None if seen is None else (when - seen) % 60)
+        self.assertGreater(len(ages), 10)
+        self.assertEqual(len(lines), len(ages))
+        for line, age in zip(lines, ages):
+            self.assertEqual(line["reference_age"] is None, age is None)
+            self.assertAlmostEqual(line["reference_age"] or 0, age or 0, places=3)
+        for option in (("--reference", "NOBODY"), ("--reference", reference, "--sensor", "XYZ")):
+            refused = run(*compare, *option, "--format", "csv", str(raw))
+            self.assertEqual((refused.returncode, refused.stdout), (2, b""))
+
+
 class Acquisition(Folder):
     def setUp(self):
         super().setUp()
@@ -204,8 +270,8 @@ class Acquisition(Folder):
 
     def frames_of(self, path, count, seed=1):
         target = self.folder / "frames.bin"
-        self.assertEqual(run("simulate", "-d", path, "--frames", str(count), "--seed", str(seed), "-o",
-                             str(target)).returncode, 0)
+        self.assertEqual(run("simulate", "-d", path, "--frames", str(count), "--seed", str(seed), "--overwrite",
+                             "-o", str(target)).returncode, 0)
         data, shape = target.read_bytes(), definition(path)
         if shape["frame_type"] == "Variable":
             return data.splitlines(keepends=True)

@@ -49,6 +49,17 @@ TEST_F(AFile, FullPathIsAbsoluteAndKeepsLinks) {
     EXPECT_EQ(FullPathOf("a").front(), '/');
 }
 
+TEST_F(AFile, LinksAreSeenAsLinksAndAsWhatTheyLeadTo) {
+    Temp.Put("log", "");
+    ASSERT_EQ(::symlink((Folder + "log").c_str(), (Folder + "link").c_str()), 0);
+    ASSERT_EQ(::symlink((Folder + "none").c_str(), (Folder + "broken").c_str()), 0);
+    EXPECT_TRUE(IsSymbolicLink(Folder + "link"));
+    EXPECT_TRUE(IsSymbolicLink(Folder + "broken"));
+    EXPECT_FALSE(IsSymbolicLink(Folder + "log"));
+    EXPECT_TRUE(IsSameFile(Folder + "link", Folder + "log"));
+    EXPECT_EQ(RenameToNew(Folder + "log", Folder + "broken"), FileCause::AccessDenied);
+}
+
 TEST(SystemText, IsTheSystemsMessageAndEndsTheLine) {
     EXPECT_EQ(SystemErrorText(EIO), "Input/output error\r\n");
     EXPECT_EQ(SystemErrorText(0xFFFFFFFF), "Unknown error 4294967295\r\n");

@@ -59,5 +59,35 @@ TEST_F(AFile, ReadsToTheEndAndMovesWithItsHandle) {
     EXPECT_EQ(CFile().Read(buffer, got), FileCause::InvalidFile);
 }
 
+TEST_F(AFile, MovesOnlyToAFreeName) {
+    Temp.Put("new", "whole");
+    Temp.Put("taken", "precious");
+    EXPECT_EQ(RenameToNew(Folder + "new", Folder + "taken"), FileCause::AccessDenied);
+    EXPECT_EQ(Temp.Content("taken"), "precious");
+    ASSERT_EQ(RenameToNew(Folder + "new", Folder + "free"), FileCause::None);
+    EXPECT_EQ(Temp.Content("free"), "whole");
+    EXPECT_FALSE(FileExists(Folder + "new"));
+    EXPECT_EQ(RenameToNew(Folder + "new", Folder + "other"), FileCause::FileNotFound);
+}
+
+TEST_F(AFile, IsWritableUnlessHeldOrReadOnlyAndStaysAsItWas) {
+    Temp.Put("log", "precious");
+    EXPECT_EQ(CheckWritable(Folder + "log"), FileCause::None);
+    EXPECT_EQ(CheckWritable(Folder + "none"), FileCause::FileNotFound);
+    EXPECT_EQ(Temp.Content("log"), "precious");
+    ASSERT_EQ(SetReadOnly(Folder + "log", true), FileCause::None);
+    EXPECT_EQ(CheckWritable(Folder + "log"), FileCause::AccessDenied);
+    ASSERT_EQ(File.CreateExclusive(Folder + "other"), FileCause::None);
+    EXPECT_EQ(CheckWritable(Folder + "other"), FileCause::SharingViolation);
+}
+
+TEST_F(AFile, IsKnownUnderEveryPath) {
+    Temp.Put("a", "same");
+    Temp.Put("b", "same");
+    EXPECT_TRUE(IsSameFile(Folder + "a", Folder + "./a"));
+    EXPECT_FALSE(IsSameFile(Folder + "a", Folder + "b"));
+    EXPECT_FALSE(IsSameFile(Folder + "none", Folder + "none"));
+}
+
 } // namespace
 } // namespace qor

@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "cli/OutputOptions.h"
+
+#include "cli/Commands.h"
+#include "cli/Report.h"
+
+#include <CLI/CLI.hpp>
+
+namespace qor {
+
+namespace {
+
+const char* RefusalText(OutputState state) {
+    switch (state) {
+    case OutputState::NeedsFolder:
+        return "several instruments give several tables: name a folder for them with -o DIR.";
+    case OutputState::IsInput:
+        return "it is one of the files to read; name another one for the results.";
+    case OutputState::IsRawLog:
+        return "it begins as a raw log, which results do not replace; name another file.";
+    case OutputState::IsLink:
+        return "it is a symbolic link; name the file itself.";
+    case OutputState::Exists:
+        return "it exists and is not empty; replace it with --overwrite, or name another file.";
+    case OutputState::InUse:
+        return "another program holds it; wait for that, or name another file.";
+    case OutputState::Good:
+    case OutputState::Failed:
+        break;
+    }
+    return "";
+}
+
+} // namespace
+
+CLI::Option* AddOutputOptions(CLI::App& command, const std::string& help, std::string& path,
+                              OutputRules& rules) {
+    command.add_flag("--overwrite", rules.overwrite, "Replace files that exist");
+    return command
+        .add_option_function<std::string>(
+            "-o,--output", [&path](const std::string& name) { path = name == "-" ? "" : name; },
+            help)
+        ->type_name("PATH");
+}
+
+std::vector<std::string> Together(std::initializer_list<std::vector<std::string>> lists) {
+    std::vector<std::string> all;
+    for (const std::vector<std::string>& list : lists)
+        all.insert(all.end(), list.begin(), list.end());
+    return all;
+}
+
+int OutputExit(const OutputResult& result) {
+    if (result.Refused())
+        ReportError((result.path.empty() ? "" : result.path + ": ") + RefusalText(result.state));
+    return result.Good() ? ExitWell : result.Refused() ? ExitBadCall : ExitFault;
+}
+
+} // namespace qor

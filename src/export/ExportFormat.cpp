@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "export/ExportFormat.h"
+
+#include "export/FrameLines.h"
+#include "export/FrameSummary.h"
+#include "export/FrameTables.h"
+#include "session/FileKind.h"
+
+#include <algorithm>
+
+namespace qor {
+
+namespace {
+
+/// All the work and no results.
+class CNoFrames final : public CFrameSink {
+  public:
+    explicit CNoFrames(const ExportSettings& settings) : Settings(settings), Out(settings.report) {}
+
+    OutputResult BeginLog(const std::string&, std::span<const ExportedInstrument>) override {
+        return Out.Open(Settings.path, Settings.rules);
+    }
+    void Write(const ExportedFrame&) override {}
+    void EndLog() override {}
+    bool Good() const override { return Out.Good(); }
+    OutputResult Finish() override { return Out.Finish(); }
+
+  private:
+    const ExportSettings Settings;
+    COutput Out;
+};
+
+std::unique_ptr<CFrameSink> MakeNoFrames(const ExportSettings& settings) {
+    return std::make_unique<CNoFrames>(settings);
+}
+
+constexpr ExportFormat Formats[] = {
+    {"csv", ".csv", "a table an instrument", true, MakeFrameTables},
+    {"jsonl", ".jsonl", "an object a frame", true, MakeFrameLines},
+    {"summary", "", "for people", false, MakeFrameSummaries},
+    {"none", "", "", false, MakeNoFrames},
+};
+
+} // namespace
+
+std::span<const ExportFormat> ExportFormats() {
+    return Formats;
+}
+
+const ExportFormat* FindExportFormat(std::string_view name) {
+    const auto* found = std::ranges::find(Formats, name, &ExportFormat::name);
+    return found == std::end(Formats) ? nullptr : found;
+}
+
+const ExportFormat* ExportFormatOf(std::string_view path) {
+    const std::string extension = "." + ExtensionOf(path);
+    const auto* found = std::ranges::find(Formats, extension, &ExportFormat::extension);
+    return found == std::end(Formats) ? Formats : found;
+}
+
+} // namespace qor

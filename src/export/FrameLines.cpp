@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "export/FrameLines.h"
+
+#include <optional>
+
+namespace qor {
+
+namespace {
+
+class CFrameLines final : public CFrameSink {
+  public:
+    explicit CFrameLines(const ExportSettings& settings)
+        : Settings(settings), Out(settings.report) {}
+
+    OutputResult BeginLog(const std::string& path, std::span<const ExportedInstrument>) override {
+        Line.emplace(Out, path, Settings.view, Settings.derived);
+        return Out.Open(Settings.path, Settings.rules);
+    }
+    void Write(const ExportedFrame& frame) override {
+        Line->WriteFrame(frame.instrument, frame.checks, frame.derived);
+    }
+    void EndLog() override { Line.reset(); }
+    bool Good() const override { return Out.Good(); }
+    OutputResult Finish() override { return Out.Finish(); }
+
+  private:
+    const ExportSettings Settings;
+    COutput Out;
+    std::optional<CFrameJson> Line;
+};
+
+} // namespace
+
+std::unique_ptr<CFrameSink> MakeFrameLines(const ExportSettings& settings) {
+    return std::make_unique<CFrameLines>(settings);
+}
+
+} // namespace qor

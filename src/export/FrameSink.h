@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// Where exported frames go: one implementation a format. Whoever plays logs feeds it: each log's
+// instruments, then its frames one at a time, while each is its instrument's current one. One
+// thread, under the document's lock where there is one.
+#pragma once
+
+#include "export/FrameText.h"
+#include "export/Output.h"
+
+#include <memory>
+#include <span>
+#include <string>
+
+namespace qor {
+
+/// What an export is asked for.
+struct ExportSettings {
+    std::string path; ///< of the file, or of the folder for several tables; empty: standard output
+    ValueView view = ValueView::Calibrated;
+    OutputRules rules;
+    bool derived = false; ///< with the products computed from frames
+    FaultReport report;   ///< hears what fails
+};
+
+/// An instrument whose frames will come, and its derived rows without values.
+struct ExportedInstrument {
+    const CLiveInstrument* live = nullptr;
+    std::span<const DerivedRow> derived;
+};
+
+/// A frame with what its checks found and its derived rows.
+struct ExportedFrame {
+    const CLiveInstrument& instrument;
+    const FrameCheckResult& checks;
+    std::span<const DerivedRow> derived;
+};
+
+class CFrameSink {
+  public:
+    virtual ~CFrameSink() = default;
+
+    /// A log begins. Its instruments live until EndLog; several logs go on with the same outputs.
+    virtual OutputResult BeginLog(const std::string& path,
+                                  std::span<const ExportedInstrument> instruments) = 0;
+    virtual void Write(const ExportedFrame& frame) = 0;
+    virtual void EndLog() = 0;
+    /// False once nothing more can be written: the caller ends early.
+    virtual bool Good() const = 0;
+    /// Ends every output. Files are not there without it.
+    virtual OutputResult Finish() = 0;
+};
+
+} // namespace qor

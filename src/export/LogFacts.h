@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// What a raw log holds, as text for people and as JSON. Who reads the log fills the facts in.
+#pragma once
+
+#include "export/Output.h"
+#include "platform/Clock.h"
+#include "telemetry/RawLogReader.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace qor {
+
+/// What playing a log with definitions counts.
+struct PlayFacts {
+    struct Instrument {
+        std::string name;
+        std::uint64_t frames = 0, dropped = 0, checksumErrors = 0;
+    };
+    std::vector<Instrument> instruments;
+    FrameTime firstTag, lastTag;
+    std::uint64_t bytesDiscarded = 0;
+};
+
+/// `play` is null for a log that was not played.
+void WriteLogJson(COutput& output, const std::string& path, const CRawLogReader& log,
+                  const PlayFacts* play);
+void WriteLogText(COutput& output, const std::string& path, const CRawLogReader& log,
+                  const PlayFacts* play);
+
+} // namespace qor

@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "export/TableFiles.h"
+
+#include "base/Text.h"
+
+namespace qor {
+
+namespace {
+
+/// An instrument's name as part of a file name: what is not harmless everywhere becomes "_".
+std::string FileNameOf(const std::string& instrument) {
+    std::string name = instrument.empty() ? "instrument" : instrument;
+    for (char& c : name)
+        if (!(c >= '0' && c <= '9') &&
+            !(ToLower({&c, 1})[0] >= 'a' && ToLower({&c, 1})[0] <= 'z') && c != '-' && c != '.')
+            c = '_';
+    return name;
+}
+
+} // namespace
+
+OutputResult CTableFiles::Prepare(std::size_t instruments) {
+    if (instruments > 1 && Settings.path.empty())
+        return {OutputState::NeedsFolder};
+    // What is in the way of the folder shows when the first table is opened.
+    if (instruments > 1 && !IsDirectory(Settings.path)) [[maybe_unused]]
+        FileCause made = MakeDirectory(Settings.path);
+    InFolder = instruments > 1 || IsDirectory(Settings.path);
+    return {};
+}
+
+/// Names that differ only in case or in what a file name cannot hold get a number, so that no table
+/// overwrites another.
+std::string CTableFiles::PathInFolder(const std::string& instrument) {
+    const std::string stem = FileNameOf(instrument);
+    std::string name = stem;
+    for (int number = 2; !FileNames.insert(ToLower(name)).second; ++number)
+        name = stem + "_" + std::to_string(number);
+    const std::string& folder = Settings.path;
+    const bool separated = folder.ends_with('/') || folder.ends_with(PathSeparator());
+    return folder + (separated ? "" : std::string(1, PathSeparator())) + name + Extension;
+}
+
+OutputResult CTableFiles::Open(const std::string& instrument, TableFile& file) {
+    if (const auto known = Outputs.find(instrument); known != Outputs.end()) {
+        file = {known->second.get(), false};
+        return {};
+    }
+    auto output = std::make_unique<COutput>(Settings.report);
+    const std::string path = InFolder ? PathInFolder(instrument) : Settings.path;
+    if (OutputResult result = output->Open(path, Settings.rules); !result.Good())
+        return result;
+    file = {output.get(), true};
+    Outputs[instrument] = std::move(output);
+    return {};
+}
+
+bool CTableFiles::Good() const {
+    for (const auto& [name, output] : Outputs)
+        if (!output->Good())
+            return false;
+    return true;
+}
+
+/// Tables that one of them has cut short are all incomplete.
+OutputResult CTableFiles::Finish() {
+    for (const auto& [name, output] : Outputs)
+        if (!output->Flush() && output->Failed())
+            return output->Finish();
+    for (const auto& [name, output] : Outputs)
+        if (OutputResult result = output->Finish(); !result.Good())
+            return result;
+    return {};
+}
+
+} // namespace qor

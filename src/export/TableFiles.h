@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// The files of an export that makes a table an instrument: one on standard output or in the named
+// file, or one file an instrument in the named folder, under names that are safe and distinct.
+#pragma once
+
+#include "export/FrameSink.h"
+
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+
+namespace qor {
+
+/// A table's output, and whether its header is still to be written.
+struct TableFile {
+    COutput* output = nullptr; ///< of the CTableFiles
+    bool isNew = false;
+};
+
+class CTableFiles {
+  public:
+    /// The extension has its dot.
+    CTableFiles(const ExportSettings& settings, std::string extension)
+        : Settings(settings), Extension(std::move(extension)) {}
+
+    /// Before the tables of a log with so many instruments: makes the folder.
+    OutputResult Prepare(std::size_t instruments);
+    /// The table of the instrument's name; the one of an earlier log goes on.
+    OutputResult Open(const std::string& instrument, TableFile& file);
+    bool Good() const;
+    OutputResult Finish();
+
+  private:
+    std::string PathInFolder(const std::string& instrument);
+
+    const ExportSettings Settings;
+    const std::string Extension;
+    bool InFolder = false;
+    std::map<std::string, std::unique_ptr<COutput>> Outputs; ///< by instrument name
+    std::set<std::string> FileNames;                         ///< taken, in lower case
+};
+
+} // namespace qor

@@ -1,0 +1,145 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// Exported frames, format by format: the very bytes, and which file they are in.
+#include "export/ExportFormat.h"
+
+#include "fakes/DefinedInstrument.h"
+#include "fakes/TempFolder.h"
+
+#include <gmock/gmock.h>
+
+namespace qor {
+namespace {
+
+/// An instrument and its latest frame.
+class CSender {
+  public:
+    explicit CSender(const std::string& name, const std::string& lines)
+        : Definition(Define("INSTRUMENT " + name + " '' 3 AS 0 NONE\n" + lines)),
+          Live(*Definition) {}
+
+    void Send(const std::string& bytes) {
+        CFrameData frame;
+        frame.Bytes.assign(bytes.begin(), bytes.end());
+        frame.Info.frameSize = static_cast<std::int32_t>(bytes.size());
+        frame.Info.frameCounter = ++Sent;
+        frame.Info.time = {1'115'130'185, 250, 60, false, true};
+        frame.StreamOffset = 100;
+        Live.Take(frame);
+    }
+
+    std::unique_ptr<CInstrument> Definition;
+    CLiveInstrument Live;
+    std::uint32_t Sent = 0;
+};
+
+class AnExport : public testing::Test {
+  protected:
+    /// A sink of the format for a path in the folder.
+    std::unique_ptr<CFrameSink> Make(const char* format, const std::string& name) {
+        Settings.path = name.empty() ? "" : Temp.Path + name;
+        Settings.report = [](const std::string& text) { ADD_FAILURE() << text; };
+        return FindExportFormat(format)->make(Settings);
+    }
+    OutputResult Begin(CFrameSink& sink, std::initializer_list<CSender*> senders) {
+        std::vector<ExportedInstrument> instruments;
+        for (const CSender* sender : senders)
+            instruments.push_back({&sender->Live, Derived});
+        return sink.BeginLog("cast.raw", instruments);
+    }
+    void Write(CFrameSink& sink, CSender& sender, const std::string& bytes) {
+        sender.Send(bytes);
+        sink.Write({sender.Live, Checks, Derived});
+    }
+
+    CTempFolder Temp;
+    ExportSettings Settings;
+    FrameCheckResult Checks{.dropped = true};
+    std::vector<DerivedRow> Derived;
+};
+
+const std::string Sensors = "NOTE 1 '' 3 AS 0 NONE\n"
+                            "TEMP NONE 'C' 2 BU 1 POLYU\n0 0.1\n"
+                            "DEPTH NONE 'm' 2 AI 1 POLYU\n0 0.1\n";
+
+TEST_F(AnExport, QuotesTextsShortensNumbersAndLeavesOutWhatHasNoValue) {
+    Settings.derived = true;
+    Derived.resize(2);
+    Derived[0].label = "K \xB5";
+    Derived[0].units = "1/m";
+    Derived[0].value = 0.1;
+    Derived[1].label = "T";
+    CSender sender("ABC", Sensors);
+    const std::string frame = "ABC\",~" + std::string("\0\3", 2) + "??";
+    const struct {
+        const char *format, *expected;
+    } cases[] = {
+        {"csv", "time,frame,NOTE(1) [],TEMP() [C],DEPTH() [m],K \xC2\xB5 [1/m],T []\r\n"
+                "2005-05-03T15:23:05.250,1,\"\"\",~\",0.30000000000000004,,0.1,\r\n"},
+        {"jsonl",
+         "{\"file\":\"cast.raw\",\"instrument\":\"ABC\",\"frame\":2,\"offset\":100,\"length\":10,"
+         "\"time\":\"2005-05-03T15:23:05.250\",\"dropped\":true,\"checksum_error\":false,"
+         "\"value_error\":false,\"values\":[\"\\\",~\",0.30000000000000004,null],"
+         "\"status\":{\"2\":\"0x20000006\"},"
+         "\"derived\":[[\"K \xC2\xB5\",\"1/m\",0.1],[\"T\",\"\",null]]}\n"},
+    };
+    for (const auto& row : cases) {
+        const auto sink = Make(row.format, row.format);
+        ASSERT_TRUE(Begin(*sink, {&sender}).Good());
+        Write(*sink, sender, frame);
+        sink->EndLog();
+        ASSERT_TRUE(sink->Finish().Good());
+        EXPECT_EQ(Temp.Content(row.format), row.expected);
+    }
+}
+
+TEST_F(AnExport, PutsATableAnInstrumentIntoAFolderAndGoesOnWithItInTheNextLog) {
+    CSender upper("A_B", Sensors), lower("a_b", Sensors), other("A/B", Sensors);
+    const std::string row = "2005-05-03T15:23:05.250,";
+    EXPECT_EQ(Begin(*Make("csv", ""), {&upper, &lower}).state, OutputState::NeedsFolder);
+    const auto sink = Make("csv", "tables");
+    ASSERT_TRUE(Begin(*sink, {&upper, &lower, &other}).Good());
+    Write(*sink, upper, "A_Bxyz12 8");
+    sink->EndLog();
+    CSender again("A_B", Sensors);
+    ASSERT_TRUE(Begin(*sink, {&again}).Good());
+    Write(*sink, again, "A_Bxyz12 9");
+    sink->EndLog();
+    ASSERT_TRUE(sink->Finish().Good());
+    EXPECT_THAT(
+        Temp.Content("tables/A_B.csv"),
+        testing::EndsWith("\r\n" + row + "1,xyz,1259.4,0.8\r\n" + row + "1,xyz,1259.4,0.9\r\n"));
+    EXPECT_TRUE(FileExists(Temp.Path + "tables/a_b_2.csv"));
+    EXPECT_TRUE(FileExists(Temp.Path + "tables/A_B_3.csv"));
+}
+
+TEST_F(AnExport, OfWhichOneTableIsRefusedLeavesNone) {
+    CSender first("ABC", Sensors), second("DEF", Sensors);
+    std::filesystem::create_directory(Temp.Path + "tables");
+    Temp.Put("tables/DEF.csv", "precious");
+    {
+        const auto sink = Make("csv", "tables");
+        const OutputResult result = Begin(*sink, {&first, &second});
+        EXPECT_EQ(result.state, OutputState::Exists);
+        EXPECT_EQ(result.path, Temp.Path + "tables/DEF.csv");
+    }
+    EXPECT_EQ(Temp.Content("tables/DEF.csv"), "precious");
+    EXPECT_FALSE(FileExists(Temp.Path + "tables/ABC.csv"));
+    EXPECT_FALSE(FileExists(Temp.Path + "tables/ABC.csv.part"));
+}
+
+TEST(ExportFormats, AreFoundByTheirNamesAndByTheExtensionsOfTheirFiles) {
+    for (const ExportFormat& format : ExportFormats()) {
+        EXPECT_EQ(FindExportFormat(format.name), &format);
+        if (format.extension.empty())
+            continue;
+        EXPECT_EQ(ExportFormatOf("some.folder/CAST" + std::string(format.extension)), &format);
+    }
+    EXPECT_EQ(FindExportFormat("CSV"), nullptr);
+    EXPECT_EQ(ExportFormatOf("cast.JSONL"), FindExportFormat("jsonl"));
+    for (const char* path : {"", "tables", "a.jsonl/tables", "cast.txt"})
+        EXPECT_EQ(ExportFormatOf(path), FindExportFormat("csv")) << path;
+}
+
+} // namespace
+} // namespace qor
