@@ -4,6 +4,8 @@
 // it, the command line prints it, tests read it.
 #pragma once
 
+#include "views/PageHead.h"
+
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -27,11 +29,32 @@ struct GridRow {
     std::string label;
     std::string units;
     GridCell value;
+    std::vector<GridCell> more = {}; ///< the cells of the page's further columns
+    std::uint64_t id = 0;            ///< what the row is to its view; keeps the operator's place
+    Sign sign = Sign::None;
+    std::string age = {}; ///< beside the value when it is stale, "38 s"
+    bool opens = false;   ///< activating the row leads somewhere (its ranges)
+
+    bool operator==(const GridRow&) const = default;
+};
+
+/// A column of a page that is a table: column 0 heads the labels, 1 the values, n the cells
+/// `more[n - 2]`. Such a page shows no units of its own.
+struct GridColumn {
+    std::string title;
+    bool number = false; ///< right-aligned
+
+    bool operator==(const GridColumn&) const = default;
 };
 
 struct GridPage {
     std::string title;
     std::vector<GridRow> rows;
+    std::vector<GridColumn> columns = {}; ///< empty: label, value and unit
+    PageHead head = {};
+    /// True: the cells' own colours are shown, on a black grid. False: the face's colours.
+    bool ownColours = true;
+    bool beep = false; ///< this update asks for the alarm sound
 };
 
 } // namespace qor

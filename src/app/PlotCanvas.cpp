@@ -1,0 +1,386 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// The layout of lanes and axes, and the curves.
+#include "app/PlotCanvas.h"
+
+#include "app/PlotMarks.h"
+#include "app/ShownText.h"
+
+#include <QTimeZone>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <set>
+
+namespace qor {
+
+namespace {
+
+constexpr double Gap = std::numeric_limits<double>::quiet_NaN();
+constexpr double ThinWidth = 1.0, BroadWidth = 1.5, PickedWidth = 2.5;
+constexpr int NamesFrom = 2; ///< a plot of fewer curves is named by its title
+
+bool Joined(const PlotPoint& point) {
+    return point.valid && !std::isnan(point.y);
+}
+
+/// Marks for points, hollow or filled, in a curve's own colour.
+QCPScatterStyle Mark(const QColor& colour, bool filled, double size) {
+    return {QCPScatterStyle::ssCircle, QPen(colour, 1.2),
+            filled ? QBrush(colour) : QBrush(Qt::NoBrush), size};
+}
+
+} // namespace
+
+CPlotCanvas::CPlotCanvas(const CTheme& theme, Look look, QWidget* parent)
+    : QCustomPlot(parent), Theme(theme), Shown(look) {
+    setLocale(QLocale::c());
+    setPlottingHint(QCP::phFastPolylines, true);
+    plotLayout()->clear();
+    plotLayout()->setRowSpacing(Theme.Px(6));
+    setAutoAddPlottableToLegend(false);
+    addLayer(QStringLiteral("names"), layer(QStringLiteral("axes")), limAbove);
+    addLayer(QStringLiteral("cursor"), layer(QStringLiteral("names")), limAbove);
+    layer(QStringLiteral("cursor"))->setMode(QCPLayer::lmBuffered);
+    // Owned by the plot's layers.
+    new CPlotGround(*this);
+    new CPlotNames(*this);
+    new CPlotCursor(*this);
+}
+
+void CPlotCanvas::SetLook(Look look) {
+    Shown = look;
+    Styled = false;
+}
+
+CPlotCanvas::Shape CPlotCanvas::ShapeOf(const PlotPage& page) {
+    Shape shape;
+    // Limits are set anew each time and are no matter of layout.
+    const auto plain = [](PlotAxis axis) {
+        axis.minimum = axis.maximum = 0.0;
+        axis.automatic = false;
+        return axis;
+    };
+    for (std::size_t i = 0; i < ValueAxisCount(page); ++i)
+        shape.axes.push_back(plain(ValueAxis(page, i)));
+    shape.key = plain(KeyAxis(page));
+    shape.keyUpright = page.keyUpright;
+    for (const PlotCurve& curve : page.curves) {
+        shape.curves.emplace_back(curve.axis, curve.loops);
+        shape.styles.push_back(curve.style);
+    }
+    return shape;
+}
+
+void CPlotCanvas::Show(const PlotPage& page, const PlotView& view) {
+    Current = page;
+    Seen = view;
+    Shape shape = ShapeOf(page);
+    if (!(shape == Built) || !Styled || Lanes.empty()) {
+        Built = std::move(shape);
+        Build();
+    }
+    for (std::size_t i = 0; i < Curves.size(); ++i)
+        FillCurve(i);
+    ApplyRanges();
+}
+
+void CPlotCanvas::Build() {
+    Styled = true;
+    clearPlottables();
+    Curves.clear();
+    Labels.clear();
+    Gutter = 0;
+    for (QCPAxisRect* lane : Lanes)
+        plotLayout()->remove(lane);
+    plotLayout()->simplify();
+    Lanes.clear();
+    Keys.clear();
+    Values.assign(Built.axes.size(), nullptr);
+    setBackground(QBrush(QColor(Colours().base)));
+
+    delete Sides;
+    Sides = new QCPMarginGroup(this);
+    std::set<int> lanes;
+    for (const PlotAxis& axis : Built.axes)
+        lanes.insert(axis.lane);
+    for (const int lane : lanes)
+        BuildLane(lane);
+    for (std::size_t i = 0; i + 1 < Keys.size(); ++i)
+        Keys[i]->setTickLabels(false);
+    if (!Keys.empty())
+        StyleAxis(*Keys.back(), Built.key, Seen.keyFixed);
+    BuildCurves();
+}
+
+void CPlotCanvas::BuildLane(int lane) {
+    auto* rect = new QCPAxisRect(this, false);
+    plotLayout()->addElement(plotLayout()->rowCount(), 0, rect);
+    rect->setAutoMargins(QCP::msLeft | QCP::msTop | QCP::msBottom);
+    rect->setMinimumMargins(QMargins(0, 0, 0, 0));
+    rect->setMarginGroup(QCP::msLeft, Sides);
+    rect->setMargins(QMargins(0, 0, Theme.Px(12), 0));
+    rect->setMinimumSize(Theme.Px(40), Theme.Px(24));
+    QCPAxis* key = rect->addAxis(Built.keyUpright ? QCPAxis::atLeft : QCPAxis::atBottom);
+    StyleAxis(*key, Built.key, false);
+    key->setLabel({});
+    key->grid()->setVisible(true);
+    int place = 0;
+    for (std::size_t i = 0; i < Built.axes.size(); ++i) {
+        if (Built.axes[i].lane != lane)
+            continue;
+        const QCPAxis::AxisType type = !Built.keyUpright ? QCPAxis::atLeft
+                                       : place % 2 == 0  ? QCPAxis::atBottom
+                                                         : QCPAxis::atTop;
+        ++place;
+        QCPAxis* axis = rect->addAxis(type);
+        StyleAxis(*axis, Built.axes[i], i < Seen.fixed.size() && Seen.fixed[i]);
+        axis->grid()->setVisible(place == 1);
+        Values[i] = axis;
+    }
+    Lanes.push_back(rect);
+    Keys.push_back(key);
+}
+
+void CPlotCanvas::StyleAxis(QCPAxis& axis, const PlotAxis& shown, bool fixed) const {
+    const QPen line(QColor(Colours().border), 1.0);
+    axis.setBasePen(line);
+    axis.setTickPen(line);
+    axis.setSubTickPen(line);
+    axis.setSubTicks(shown.logarithmic);
+    axis.setTickLabelFont(Theme.Font(FontRole::Ticks));
+    axis.setLabelFont(Theme.Font(FontRole::Ticks));
+    axis.setTickLabelColor(QColor(Colours().text));
+    axis.setLabelColor(QColor(Colours().text));
+    axis.setTickLabelPadding(Theme.Px(4));
+    axis.setLabelPadding(Theme.Px(2));
+    axis.grid()->setPen(QPen(QColor(Colours().grid), 1.0));
+    axis.grid()->setZeroLinePen(Qt::NoPen);
+    axis.setLayer(QStringLiteral("axes"));
+    axis.grid()->setLayer(QStringLiteral("grid"));
+    axis.setRangeReversed(shown.reversed);
+    axis.setScaleType(shown.logarithmic ? QCPAxis::stLogarithmic : QCPAxis::stLinear);
+    const QString title = ShownInLanguage(AxisTitle(shown));
+    axis.setLabel(fixed ? tr("%1, fixed", "axis title").arg(title) : title);
+    SetTicker(axis, shown);
+}
+
+void CPlotCanvas::SetTicker(QCPAxis& axis, const PlotAxis& shown) const {
+    axis.setNumberFormat(QStringLiteral("gb"));
+    axis.setNumberPrecision(6);
+    if (shown.kind == AxisKind::Time) {
+        const QSharedPointer<QCPAxisTickerDateTime> ticker(new QCPAxisTickerDateTime);
+        ticker->setDateTimeFormat(QStringLiteral("HH:mm:ss"));
+        ticker->setDateTimeSpec(Qt::TimeZone);
+        ticker->setTimeZone(QTimeZone(shown.zoneMinutes * 60));
+        axis.setTicker(ticker);
+    } else if (shown.logarithmic) {
+        axis.setTicker(QSharedPointer<QCPAxisTickerLog>(new QCPAxisTickerLog));
+    } else {
+        axis.setTicker(QSharedPointer<QCPAxisTicker>(new QCPAxisTicker));
+    }
+}
+
+QCPAxis* CPlotCanvas::KeyOf(int valueAxis) const {
+    return Keys[static_cast<std::size_t>(LaneOfAxis(valueAxis))];
+}
+
+int CPlotCanvas::LaneOfAxis(int axis) const {
+    const QCPAxis* value = Values[static_cast<std::size_t>(axis)];
+    const auto lane = std::find(Lanes.begin(), Lanes.end(), value->axisRect());
+    return static_cast<int>(lane - Lanes.begin());
+}
+
+QRect CPlotCanvas::LaneRect(int lane) const {
+    return lane < LaneCount() ? Lanes[static_cast<std::size_t>(lane)]->rect() : QRect();
+}
+
+QPen CPlotCanvas::PenOf(std::size_t index) const {
+    const PlotCurve& curve = Current.curves[index];
+    const double width = curve.picked ? PickedWidth : curve.broad ? BroadWidth : ThinWidth;
+    if (curve.frozen)
+        return {QColor(Colours().stale), ThinWidth};
+    switch (curve.role) {
+    case CurveRole::Series:
+        return SeriesPen(Shown, static_cast<int>(curve.place), width);
+    case CurveRole::Wavelength:
+        return WavelengthPen(Shown, curve.place, static_cast<int>(index), width);
+    case CurveRole::Reference:
+        return {QColor(Colours().text), width};
+    case CurveRole::PreviousCast:
+        return {QColor(Colours().stale), ThinWidth, Qt::DashLine};
+    }
+    return {};
+}
+
+void CPlotCanvas::BuildCurves() {
+    for (const PlotCurve& curve : Current.curves) {
+        const int last = static_cast<int>(Values.size()) - 1;
+        const int axis = std::clamp(curve.axis, 0, last);
+        QCPAxis *key = KeyOf(axis), *value = Values[static_cast<std::size_t>(axis)];
+        Plotted plotted;
+        if (curve.loops) {
+            plotted.line = new QCPCurve(key, value);
+        } else {
+            plotted.line = new QCPGraph(key, value);
+        }
+        const auto marks = [key, value] {
+            auto* graph = new QCPGraph(key, value);
+            graph->setLineStyle(QCPGraph::lsNone);
+            return graph;
+        };
+        plotted.marks = marks();
+        plotted.lone = marks();
+        Curves.push_back(plotted);
+    }
+}
+
+void CPlotCanvas::FillCurve(std::size_t index) {
+    const PlotCurve& curve = Current.curves[index];
+    const Plotted& plotted = Curves[index];
+    const bool shown = !Seen.hidden.contains(curve.id);
+    plotted.line->setVisible(shown);
+    plotted.marks->setVisible(shown);
+    plotted.lone->setVisible(shown);
+    if (!shown)
+        return;
+    const bool points = curve.style == CurveStyle::Points;
+    const QPen pen = PenOf(index);
+    plotted.line->setPen(pen);
+    plotted.marks->setScatterStyle(Mark(pen.color(), false, Theme.Px(7)));
+    plotted.lone->setScatterStyle(Mark(pen.color(), true, Theme.Px(points ? 5 : 3)));
+
+    QVector<QCPGraphData> hollow, lone, line;
+    QVector<QCPCurveData> loop;
+    const std::size_t count = curve.points.size();
+    (curve.loops ? loop.reserve(static_cast<qsizetype>(count))
+                 : line.reserve(static_cast<qsizetype>(count)));
+    for (std::size_t i = 0; i < count; ++i) {
+        const PlotPoint& point = curve.points[i];
+        const double y = Joined(point) ? point.y : Gap;
+        if (curve.loops)
+            loop.append(QCPCurveData(static_cast<double>(i), point.x, y));
+        else
+            line.append(QCPGraphData(point.x, y));
+        const bool before = i > 0 && Joined(curve.points[i - 1]);
+        const bool behind = i + 1 < count && Joined(curve.points[i + 1]);
+        if (!point.valid && !std::isnan(point.y))
+            hollow.append(QCPGraphData(point.x, point.y));
+        else if (Joined(point) && (points || (!before && !behind)))
+            lone.append(QCPGraphData(point.x, point.y));
+    }
+    if (auto* asCurve = qobject_cast<QCPCurve*>(plotted.line)) {
+        asCurve->data()->set(loop, true);
+        asCurve->setLineStyle(points ? QCPCurve::lsNone : QCPCurve::lsLine);
+    } else if (auto* asGraph = qobject_cast<QCPGraph*>(plotted.line)) {
+        asGraph->data()->set(line, true);
+        asGraph->setLineStyle(points ? QCPGraph::lsNone : QCPGraph::lsLine);
+    }
+    plotted.marks->data()->set(hollow, !curve.loops);
+    plotted.lone->data()->set(lone, !curve.loops);
+}
+
+/// As wide as the longest name, at most a third of the plot.
+int CPlotCanvas::GutterWidth() const {
+    if (Current.curves.size() < NamesFrom)
+        return Theme.Px(12);
+    const QFontMetrics metrics(Theme.Font(FontRole::Ticks));
+    int widest = 0;
+    for (const PlotCurve& curve : Current.curves)
+        widest = std::max(widest, metrics.horizontalAdvance(qor::Shown(curve.title)));
+    return std::min(widest + Theme.Px(30), width() / 3);
+}
+
+void CPlotCanvas::ApplyRanges() {
+    Gutter = std::max(Gutter, GutterWidth());
+    for (QCPAxisRect* lane : Lanes) {
+        QMargins margins = lane->margins();
+        margins.setRight(Gutter);
+        lane->setMargins(margins);
+    }
+    for (QCPAxis* key : Keys) {
+        key->setRange(Seen.key.lower, Seen.key.upper);
+        const double length =
+            Built.keyUpright ? key->axisRect()->height() : key->axisRect()->width();
+        key->ticker()->setTickCount(
+            std::clamp(static_cast<int>(length / Theme.Px(Built.keyUpright ? 48 : 90)), 2, 10));
+        if (auto time = key->ticker().dynamicCast<QCPAxisTickerDateTime>())
+            time->setDateTimeFormat(Seen.key.Size() > 2.0 * 86400.0 ? QStringLiteral("MM-dd\nHH:mm")
+                                    : Seen.key.Size() > 300.0       ? QStringLiteral("HH:mm")
+                                                                    : QStringLiteral("HH:mm:ss"));
+    }
+    for (std::size_t i = 0; i < Values.size() && i < Seen.values.size(); ++i) {
+        Values[i]->setRange(Seen.values[i].lower, Seen.values[i].upper);
+        const QCPAxisRect* rect = Values[i]->axisRect();
+        const double length = Built.keyUpright ? rect->width() : rect->height();
+        if (!Built.axes[i].logarithmic)
+            Values[i]->ticker()->setTickCount(
+                std::clamp(static_cast<int>(length / Theme.Px(Built.keyUpright ? 90 : 40)), 2, 8));
+        const bool fixed = i < Seen.fixed.size() && Seen.fixed[i];
+        const QString title = ShownInLanguage(AxisTitle(Built.axes[i]));
+        Values[i]->setLabel(fixed ? tr("%1, fixed", "axis title").arg(title) : title);
+    }
+    if (!Keys.empty()) {
+        const QString title = ShownInLanguage(AxisTitle(Built.key));
+        Keys.back()->setLabel(Seen.keyFixed ? tr("%1, fixed", "axis title").arg(title) : title);
+    }
+}
+
+void CPlotCanvas::ShowCursor(const PlotView& view) {
+    Seen.cursor = view.cursor;
+    Seen.anchor = view.anchor;
+    Seen.readout = view.readout;
+    layer(QStringLiteral("cursor"))->replot();
+}
+
+void CPlotCanvas::AddTitle(const QString& title, const QString& foot) {
+    const auto line = [this](const QString& text, FontRole role) {
+        QFont font = Theme.Font(role);
+        auto* element = new QCPTextElement(this, text, font);
+        element->setTextColor(QColor(Colours().text));
+        element->setTextFlags(Qt::AlignLeft | Qt::TextSingleLine);
+        element->setMargins(QMargins(Theme.Px(6), Theme.Px(4), Theme.Px(6), Theme.Px(4)));
+        return element;
+    };
+    plotLayout()->insertRow(0);
+    plotLayout()->addElement(0, 0, line(title, FontRole::Tool));
+    if (!foot.isEmpty())
+        plotLayout()->addElement(plotLayout()->rowCount(), 0, line(foot, FontRole::Ticks));
+}
+
+PlotPlace CPlotCanvas::PlaceAt(const QPoint& point) const {
+    for (const LabelBox& label : Labels)
+        if (label.place.contains(point))
+            return {PlotPlace::Kind::Label, 0, label.curve};
+    for (std::size_t i = 0; i < Values.size(); ++i)
+        if (Values[i]->getPartAt(point) != QCPAxis::spNone)
+            return {PlotPlace::Kind::Value, static_cast<int>(i), 0};
+    for (const QCPAxis* key : Keys)
+        if (key->getPartAt(point) != QCPAxis::spNone)
+            return {PlotPlace::Kind::Key, 0, 0};
+    for (std::size_t i = 0; i < Values.size(); ++i)
+        if (Values[i]->axisRect()->rect().contains(point))
+            return {PlotPlace::Kind::Inside, static_cast<int>(i), 0};
+    return {};
+}
+
+double CPlotCanvas::KeyAt(const QPoint& point) const {
+    return Keys.empty() ? 0.0
+                        : Keys.front()->pixelToCoord(Built.keyUpright ? point.y() : point.x());
+}
+
+double CPlotCanvas::ValueAt(int axis, const QPoint& point) const {
+    return Values[static_cast<std::size_t>(axis)]->pixelToCoord(Built.keyUpright ? point.x()
+                                                                                 : point.y());
+}
+
+double CPlotCanvas::KeyPixel(double key) const {
+    return Keys.empty() ? 0.0 : Keys.front()->coordToPixel(key);
+}
+
+double CPlotCanvas::ValuePixel(int axis, double value) const {
+    return Values[static_cast<std::size_t>(axis)]->coordToPixel(value);
+}
+
+} // namespace qor
