@@ -52,7 +52,7 @@ constexpr ActionRow Table[] = {
      T("Start telemetry on every connected port."), true},
     {Do::Roles, InMenu::Instruments, T("&Roles ..."), "role", "Ctrl+Shift+R",
      T("Which instrument is profiler, reference, GPS and so on."), false, true},
-    {Do::Properties, InMenu::Instruments, T("P&roperties ..."), "settings", "Alt+Return",
+    {Do::Properties, InMenu::Instruments, T("Prop&erties ..."), "settings", "Alt+Return",
      T("Properties of what is chosen in the session tree.")},
 
     {Do::StartLog, InMenu::Log, T("Start &log"), "log", "Ctrl+L", T("Begin to log.")},
@@ -111,7 +111,7 @@ constexpr ActionRow Table[] = {
      T("Sensors and derived values as figures.")},
     {Do::NewRealityCheck, InMenu::NewWindow, T("Optical &reality check"), "find", "Ctrl+Alt+7",
      T("An instrument against the reference.")},
-    {Do::NewStatus, InMenu::NewWindow, T("Instrument s&tatus"), "status", "Ctrl+Alt+8",
+    {Do::NewStatus, InMenu::NewWindow, T("Instrument stat&us"), "status", "Ctrl+Alt+8",
      T("Rates, losses and errors, the worst first.")},
     {Do::NextWindow, InMenu::Window, T("Ne&xt window"), "series", "Ctrl+Tab", T("Go to the next window.")},
     {Do::CloseWindow, InMenu::Window, T("&Close window"), "close", "Ctrl+W", T("Close the window with the focus.")},
@@ -158,6 +158,31 @@ constexpr MenuRow MenuRows[] = {
 
 #undef T
 
+bool NeedsSession(const ActionRow& row) {
+    switch (row.menu) {
+    case InMenu::Instruments:
+        return row.action != Do::FindInstruments;
+    case InMenu::Log:
+    case InMenu::Cast:
+    case InMenu::Docks:
+    case InMenu::Window:
+    case InMenu::NewWindow:
+    case InMenu::Layouts:
+        return true;
+    case InMenu::Session:
+        return row.action == Do::SaveSession || row.action == Do::SaveSessionAs ||
+               row.action == Do::CloseSession;
+    case InMenu::View:
+        return row.action == Do::WatchMode || row.action == Do::Silence;
+    case InMenu::Palette:
+    case InMenu::TextSize:
+    case InMenu::Replay:
+    case InMenu::Help:
+        return false;
+    }
+    return false;
+}
+
 QString Translated(const char* text) {
     return QCoreApplication::translate("Actions", text);
 }
@@ -202,6 +227,14 @@ void CActions::SetWhyNot(Do action, const QString& reason) {
     made->setToolTip(
         QStringLiteral("%1 (%2)").arg(tip, made->shortcut().toString(QKeySequence::NativeText)));
     made->setStatusTip(tip);
+}
+
+void CActions::SetSession(bool open) {
+    for (const ActionRow& row : Table)
+        if (NeedsSession(row))
+            SetWhyNot(row.action,
+                      open ? QString()
+                           : QCoreApplication::translate("Actions", "No session is open."));
 }
 
 void CActions::FillMenuBar(QMenuBar& bar) {

@@ -76,6 +76,9 @@ class CActions : public QObject {
     /// Grey with its reason, which the tip says; an empty reason makes it possible again.
     void SetWhyNot(Do action, const QString& reason);
 
+    /// Without a session, what needs one is grey.
+    void SetSession(bool open);
+
     void FillMenuBar(QMenuBar& bar);
     /// The menu of recent sessions, which its owner fills.
     QMenu* RecentMenu() const { return Recent; }

@@ -41,12 +41,15 @@ void CNotice::ShowHead(const PageHead& head) {
 
 void CNotice::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    if (Covers)
-        painter.fillRect(rect(), QColor(Theme.Colours().base));
-    else
-        painter.fillRect(
-            Sentence->geometry().united(Remedy->isVisible() ? Remedy->geometry() : QRect()),
-            QColor(Theme.Colours().base));
+    QRect ground = rect();
+    if (!Covers) {
+        // Only behind the words: the axes beside them stay in sight.
+        const QRect words = Sentence->fontMetrics().boundingRect(
+            Sentence->geometry(), Qt::AlignCenter | Qt::TextWordWrap, Sentence->text());
+        ground = words.united(Remedy->isVisible() ? Remedy->geometry() : words)
+                     .adjusted(-size::Between, -size::Grid, size::Between, size::Grid);
+    }
+    painter.fillRect(ground, QColor(Theme.Colours().base));
 }
 
 CDisplayWindow::CDisplayWindow(const CTheme& theme, const QString& name, CWindowTitleBar::Has has,

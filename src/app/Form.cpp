@@ -58,10 +58,12 @@ CForm::CForm(const CTheme& theme, const QString& title, QWidget* parent)
     Fields->setColumnMinimumWidth(1, Theme.Px(FieldWidth));
     Fields->setColumnStretch(1, 1);
     Fields->setHorizontalSpacing(Theme.Px(size::Margin));
-    Fields->setVerticalSpacing(Theme.Px(size::Grid));
+    Fields->setVerticalSpacing(Theme.Px(size::Between));
 
     Buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
     Ok = Buttons->button(QDialogButtonBox::Ok);
+    Ok->setDefault(true);
+    Buttons->button(QDialogButtonBox::Cancel)->setAutoDefault(false);
     connect(Buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(Buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     auto* whole = new QVBoxLayout(this);
@@ -82,19 +84,21 @@ void CForm::AddField(const QString& label, QWidget* field, FaultOf fault) {
     Fields->addWidget(AddLabel(label, field), row, 0, Qt::AlignRight | Qt::AlignVCenter);
     Fields->addWidget(field, row, 1);
     field->setAccessibleName(QString(label).remove(QLatin1Char('&')));
+    if (!fault)
+        return;
     auto* line = new QWidget;
     auto* lineLayout = new QHBoxLayout(line);
-    lineLayout->setContentsMargins(0, 0, 0, Theme.Px(size::Grid));
+    lineLayout->setContentsMargins(0, 0, 0, 0);
     lineLayout->setSpacing(Theme.Px(size::Grid));
     lineLayout->addWidget(new CSignLabel(Theme, Sign::Error, SignSize), 0, Qt::AlignTop);
     auto* text = new QLabel;
     text->setWordWrap(true);
+    text->setMinimumHeight(text->fontMetrics().height());
     lineLayout->addWidget(text, 1);
     // The line keeps its place, so that nothing moves under the hand that types.
     QSizePolicy keeps = line->sizePolicy();
-    keeps.setRetainSizeWhenHidden(static_cast<bool>(fault));
+    keeps.setRetainSizeWhenHidden(true);
     line->setSizePolicy(keeps);
-    text->setMinimumHeight(text->fontMetrics().height());
     line->setVisible(false);
     Fields->addWidget(line, row + 1, 1);
     Rows.push_back({field, line, text, std::move(fault)});
@@ -154,7 +158,7 @@ QPushButton* CForm::AddButton(const QString& text) {
 void CForm::Check() {
     bool valid = true;
     for (const Row& row : Rows) {
-        const std::string fault = row.fault ? row.fault() : std::string();
+        const std::string fault = row.fault();
         const bool faulty = !fault.empty();
         valid = valid && !faulty;
         row.faultText->setText(ShownInLanguage(fault));
@@ -170,7 +174,7 @@ void CForm::Check() {
 
 bool CForm::IsValid() const {
     return std::all_of(Rows.begin(), Rows.end(),
-                       [](const Row& row) { return !row.fault || row.fault().empty(); });
+                       [](const Row& row) { return row.fault().empty(); });
 }
 
 void CForm::Open() {

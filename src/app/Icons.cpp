@@ -42,6 +42,13 @@ const SignLook& LookOf(Sign sign) {
     return SignLooks[static_cast<std::size_t>(sign)];
 }
 
+/// The largest square in the middle of a rectangle.
+QRect SquareIn(const QRect& place) {
+    const int side = std::min(place.width(), place.height());
+    return {place.x() + (place.width() - side) / 2, place.y() + (place.height() - side) / 2, side,
+            side};
+}
+
 QByteArray Svg(const QString& name, QRgb line, QRgb fill) {
     QFile file(QStringLiteral(":/icons/%1.svg").arg(name));
     if (!file.open(QIODevice::ReadOnly))
@@ -121,8 +128,8 @@ QIcon SignIcon(const CTheme& theme, Sign sign) {
 }
 
 void PaintIcon(QPainter& painter, const QRect& place, const QString& name, QRgb line) {
-    const int side = std::min(place.width(), place.height());
-    const QRect square(place.center() - QPoint(side / 2, side / 2), QSize(side, side));
+    const QRect square = SquareIn(place);
+    const int side = square.width();
     painter.drawPixmap(square,
                        IconPixmap(name, line, line, side, painter.device()->devicePixelRatioF()));
 }
@@ -131,8 +138,8 @@ void PaintSign(QPainter& painter, const QRect& place, Sign sign, const Tokens& c
     const SignLook& look = LookOf(sign);
     if (!look.icon)
         return;
-    const int side = std::min(place.width(), place.height());
-    const QRect square(place.center() - QPoint(side / 2, side / 2), QSize(side, side));
+    const QRect square = SquareIn(place);
+    const int side = square.width();
     painter.drawPixmap(square,
                        IconPixmap(QString::fromLatin1(look.icon), colours.*look.line,
                                   colours.*look.fill, side, painter.device()->devicePixelRatioF()));

@@ -80,6 +80,7 @@ QWidget* CMainWindow::MakeTop() {
     State = new CBanner(Theme);
     auto* row = new QHBoxLayout;
     row->setContentsMargins(size::Between, size::Between, size::Between, size::Between);
+    row->setSpacing(size::Between);
     row->addWidget(Tools);
     row->addWidget(State, 1);
     whole->addLayout(row);
@@ -124,6 +125,9 @@ CDisplayWindow* CMainWindow::AddDock(Do toggle, const QString& name, const QStri
 
 void CMainWindow::ShowStart(bool start) {
     Middle->setCurrentWidget(start ? static_cast<QWidget*>(Beginning) : Displays);
+    Possible->SetSession(!start);
+    // Never on a button of the tool row, which a hand on the keys would press.
+    (start ? static_cast<QWidget*>(Beginning) : Instruments)->setFocus();
     for (const auto& [action, dock] : Docks)
         dock->setVisible(!start);
 }
@@ -155,6 +159,9 @@ void CMainWindow::SetWatch(bool watch) {
                 HiddenByWatch.push_back(dock);
                 dock->hide();
             }
+        // Else the focus would go to whatever comes next, which may be a button.
+        if (const auto windows = Displays->Windows(); !windows.empty())
+            windows.front()->setFocus();
         showFullScreen();
     } else {
         for (CDisplayWindow* dock : HiddenByWatch)
@@ -247,7 +254,7 @@ void CMainWindow::NextArea() {
     for (std::size_t i = 0; i < areas.size(); ++i) {
         QWidget* area = areas[(static_cast<std::size_t>(begin - areas.begin()) + i) % areas.size()];
         const bool takes = area->focusPolicy() & Qt::TabFocus;
-        QWidget* target = takes ? area : nullptr;
+        QWidget* target = area->focusProxy() ? area->focusProxy() : takes ? area : nullptr;
         for (QWidget* child : area->findChildren<QWidget*>())
             if (!target && child->isVisible() && child->isEnabled() &&
                 (child->focusPolicy() & Qt::TabFocus))

@@ -17,6 +17,7 @@ namespace qor {
 namespace {
 
 constexpr int SignWidth = 32, CellMargin = 6;
+constexpr int LeastLabel = 56, LeastValue = 150;
 /// Labels and units of a page with its own colours, which stands on black in every palette.
 constexpr QRgb LabelOnBlack = Solid(0xE6EAEE);
 
@@ -34,7 +35,7 @@ class CPageDelegate : public QStyledItemDelegate {
         const bool value = Model.Cell(0, column) != nullptr;
         if (Model.Page().ownColours)
             return Theme.Font(value ? FontRole::Value : FontRole::Tool);
-        return Theme.Font(value ? FontRole::Fixed : FontRole::Text);
+        return Theme.Font(value && NumberColumn(column) ? FontRole::Fixed : FontRole::Text);
     }
 
     void paint(QPainter* painter, const QStyleOptionViewItem& option,
@@ -65,12 +66,16 @@ class CPageDelegate : public QStyledItemDelegate {
             PaintSign(*painter, option.rect.adjusted(6, 6, -6, -6), row.sign,
                       own && !Theme.IsNight() ? TokensOf(Look::Dark) : colours);
         else
-            PaintText(*painter, option, index, text);
+            PaintTexts(*painter, option.rect.adjusted(CellMargin, 0, -CellMargin, 0), index, text);
         if (selected && own)
             PaintRowFrame(*painter, option.rect, index.column());
     }
 
   private:
+    bool NumberColumn(int column) const {
+        return Model.index(0, column).data(Qt::TextAlignmentRole).toInt() & Qt::AlignRight;
+    }
+
     /// Slanted lines: the value is not of now.
     static void Hatch(QPainter& painter, const QRect& place, const QColor& colour) {
         QColor line = colour;
@@ -83,17 +88,30 @@ class CPageDelegate : public QStyledItemDelegate {
         painter.restore();
     }
 
-    void PaintText(QPainter& painter, const QStyleOptionViewItem& option, const QModelIndex& index,
-                   const QColor& colour) const {
-        const QRect place = option.rect.adjusted(CellMargin, 0, -CellMargin, 0);
+    /// The cell's text; in the column of units the age of a stale value below it.
+    void PaintTexts(QPainter& painter, QRect place, const QModelIndex& index,
+                    const QColor& colour) const {
         painter.save();
         painter.setFont(FontOf(index.column()));
         painter.setPen(colour);
-        const QString text = index.data().toString();
-        const QString elided =
-            painter.fontMetrics().elidedText(text, Qt::ElideRight, place.width());
-        painter.drawText(place, index.data(Qt::TextAlignmentRole).toInt() | Qt::TextSingleLine,
-                         elided);
+        const int alignment = index.data(Qt::TextAlignmentRole).toInt() | Qt::TextSingleLine;
+        const auto draw = [&painter, alignment](const QRect& line, const QString& text) {
+            painter.drawText(line, alignment,
+                             painter.fontMetrics().elidedText(text, Qt::ElideRight, line.width()));
+        };
+        const std::string& age = Model.Page().rows[static_cast<std::size_t>(index.row())].age;
+        if (!Model.IsTable() && index.column() == CPageModel::UnitColumn && !age.empty()) {
+            const int half = place.height() / 2;
+            QFont font = Theme.Font(FontRole::Ticks);
+            painter.setFont(font);
+            draw(QRect(place.left(), place.top(), place.width(), half + 2),
+                 index.data().toString());
+            font.setBold(true);
+            painter.setFont(font);
+            draw(QRect(place.left(), place.top() + half - 1, place.width(), half), Shown(age));
+        } else {
+            draw(place, index.data().toString());
+        }
         painter.restore();
     }
 
@@ -169,38 +187,57 @@ void CPageGrid::ShowPage(const GridPage& page) {
     TellVisibleRows();
 }
 
-/// Columns are as wide as their widest text so far; the labels share out what is left.
-void CPageGrid::FitColumns() {
+/// The widest text of each column so far.
+void CPageGrid::MeasureColumns() {
     const int columns = Model.columnCount();
     if (Widths.size() != static_cast<std::size_t>(columns))
         Widths.assign(static_cast<std::size_t>(columns), 0);
     const auto* delegate = static_cast<const CPageDelegate*>(itemDelegate());
-    int used = 0;
     for (int column = 0; column < columns; ++column) {
         int& width = Widths[static_cast<std::size_t>(column)];
-        if (column == CPageModel::SignColumn)
+        if (column == CPageModel::SignColumn) {
             width = Theme.Px(SignWidth);
+            continue;
+        }
         const QFontMetrics metrics(delegate->FontOf(column));
         const auto widen = [&width, &metrics](const QString& text) {
+            // Advances are rounded; what is drawn must never be cut for a fraction of a pixel.
             if (!text.isEmpty())
-                width = std::max(width, metrics.horizontalAdvance(text) + 2 * CellMargin);
+                width = std::max(width, metrics.horizontalAdvance(text) + 2 * CellMargin + 2);
         };
         if (Model.IsTable())
             widen(Model.headerData(column, Qt::Horizontal, Qt::DisplayRole).toString() +
                   QStringLiteral("  "));
-        for (int row = 0; row < Model.rowCount() && column != CPageModel::SignColumn; ++row)
+        for (int row = 0; row < Model.rowCount(); ++row)
             widen(Model.index(row, column).data().toString());
-        if (column != CPageModel::LabelColumn)
-            used += width;
     }
-    for (int column = 0; column < columns; ++column) {
-        const int wanted = Widths[static_cast<std::size_t>(column)];
-        const int width = column == CPageModel::LabelColumn
-                              ? std::max(viewport()->width() - used, std::min(wanted, Theme.Px(96)))
-                              : wanted;
-        if (columnWidth(column) != width)
-            setColumnWidth(column, width);
-        setColumnHidden(column, width == 0);
+}
+
+/// Labels take what the others leave. Where it is too little for them they are cut before figures
+/// are; a value that is a whole sentence, of a fault, is cut before them. The tip has it all.
+void CPageGrid::FitColumns() {
+    MeasureColumns();
+    if (Widths.empty())
+        return;
+    std::vector<int> widths = Widths;
+    int& label = widths[CPageModel::LabelColumn];
+    int& value = widths[CPageModel::ValueColumn];
+    int others = 0;
+    for (std::size_t column = 0; column < widths.size(); ++column)
+        if (column != CPageModel::LabelColumn && column != CPageModel::ValueColumn)
+            others += widths[column];
+    const int room = viewport()->width() - others;
+    if (!Model.IsTable() && label + value > room) {
+        const int figures = std::min(room - Theme.Px(LeastLabel), Theme.Px(LeastValue));
+        value = std::min(value, std::max(room - label, figures));
+        label = room - value;
+    } else {
+        label = std::max(room - value, label);
+    }
+    for (std::size_t i = 0; i < widths.size(); ++i) {
+        const int column = static_cast<int>(i);
+        if (columnWidth(column) != widths[i])
+            setColumnWidth(column, widths[i]);
     }
 }
 

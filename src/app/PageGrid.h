@@ -45,6 +45,7 @@ class CPageGrid : public QTableView {
 
   private:
     void TakeTheme();
+    void MeasureColumns();
     void FitColumns();
     void TellVisibleRows();
     int RowHeight() const;

@@ -59,7 +59,7 @@ int CPageModel::rowCount(const QModelIndex& parent) const {
 int CPageModel::columnCount(const QModelIndex& parent) const {
     if (parent.isValid())
         return 0;
-    return IsTable() ? static_cast<int>(Current.columns.size()) + 1 : AgeColumn + 1;
+    return IsTable() ? static_cast<int>(Current.columns.size()) + 1 : UnitColumn + 1;
 }
 
 QString CPageModel::RowInWords(const GridRow& row) const {
@@ -88,11 +88,14 @@ QVariant CPageModel::data(const QModelIndex& index, int role) const {
         const auto place = static_cast<std::size_t>(std::max(column - 1, 0));
         const bool number = IsTable()
                                 ? place < Current.columns.size() && Current.columns[place].number
-                                : column == ValueColumn || column == AgeColumn;
+                                : column == ValueColumn;
         return static_cast<int>((number ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter);
     }
-    if (role == Qt::ToolTipRole && row.opens && column != SignColumn)
-        return tr("Enter or double-click opens the ranges of %1.").arg(Shown(row.label));
+    if (role == Qt::ToolTipRole && column != SignColumn) {
+        const QString words = RowInWords(row);
+        return row.opens ? words + QLatin1Char('\n') + tr("Enter or double-click opens its ranges.")
+                         : words;
+    }
     if (role != Qt::DisplayRole)
         return {};
     if (column == LabelColumn)
@@ -101,8 +104,6 @@ QVariant CPageModel::data(const QModelIndex& index, int role) const {
         return Shown(cell->text);
     if (!IsTable() && column == UnitColumn)
         return Shown(row.units);
-    if (!IsTable() && column == AgeColumn)
-        return Shown(row.age);
     return {};
 }
 

@@ -15,8 +15,8 @@ class CPageModel : public QAbstractTableModel {
 
   public:
     /// The first columns of every page. A page that is a table goes on with its own behind the
-    /// value, the others with their unit and the age of a stale value.
-    enum Column { SignColumn, LabelColumn, ValueColumn, UnitColumn, AgeColumn };
+    /// value, the others with their unit.
+    enum Column { SignColumn, LabelColumn, ValueColumn, UnitColumn };
 
     using QAbstractTableModel::QAbstractTableModel;
 

@@ -47,6 +47,7 @@ CPlotCanvas::CPlotCanvas(const CTheme& theme, Look look, QWidget* parent)
     new CPlotGround(*this);
     new CPlotNames(*this);
     new CPlotCursor(*this);
+    connect(this, &QCustomPlot::afterReplot, this, &CPlotCanvas::KeepLeftEdge);
 }
 
 void CPlotCanvas::SetLook(Look look) {
@@ -91,9 +92,12 @@ void CPlotCanvas::Build() {
     clearPlottables();
     Curves.clear();
     Labels.clear();
-    Gutter = 0;
+    LeftEdge = 0;
     for (QCPAxisRect* lane : Lanes)
         plotLayout()->remove(lane);
+    if (NamesRow)
+        plotLayout()->remove(NamesRow);
+    NamesRow = nullptr;
     plotLayout()->simplify();
     Lanes.clear();
     Keys.clear();
@@ -102,6 +106,10 @@ void CPlotCanvas::Build() {
 
     delete Sides;
     Sides = new QCPMarginGroup(this);
+    if (Built.keyUpright) {
+        NamesRow = new QCPLayoutElement(this);
+        plotLayout()->addElement(0, 0, NamesRow);
+    }
     std::set<int> lanes;
     for (const PlotAxis& axis : Built.axes)
         lanes.insert(axis.lane);
@@ -109,8 +117,6 @@ void CPlotCanvas::Build() {
         BuildLane(lane);
     for (std::size_t i = 0; i + 1 < Keys.size(); ++i)
         Keys[i]->setTickLabels(false);
-    if (!Keys.empty())
-        StyleAxis(*Keys.back(), Built.key, Seen.keyFixed);
     BuildCurves();
 }
 
@@ -123,8 +129,7 @@ void CPlotCanvas::BuildLane(int lane) {
     rect->setMargins(QMargins(0, 0, Theme.Px(12), 0));
     rect->setMinimumSize(Theme.Px(40), Theme.Px(24));
     QCPAxis* key = rect->addAxis(Built.keyUpright ? QCPAxis::atLeft : QCPAxis::atBottom);
-    StyleAxis(*key, Built.key, false);
-    key->setLabel({});
+    StyleAxis(*key, Built.key);
     key->grid()->setVisible(true);
     int place = 0;
     for (std::size_t i = 0; i < Built.axes.size(); ++i) {
@@ -135,7 +140,7 @@ void CPlotCanvas::BuildLane(int lane) {
                                                          : QCPAxis::atTop;
         ++place;
         QCPAxis* axis = rect->addAxis(type);
-        StyleAxis(*axis, Built.axes[i], i < Seen.fixed.size() && Seen.fixed[i]);
+        StyleAxis(*axis, Built.axes[i]);
         axis->grid()->setVisible(place == 1);
         Values[i] = axis;
     }
@@ -143,7 +148,7 @@ void CPlotCanvas::BuildLane(int lane) {
     Keys.push_back(key);
 }
 
-void CPlotCanvas::StyleAxis(QCPAxis& axis, const PlotAxis& shown, bool fixed) const {
+void CPlotCanvas::StyleAxis(QCPAxis& axis, const PlotAxis& shown) const {
     const QPen line(QColor(Colours().border), 1.0);
     axis.setBasePen(line);
     axis.setTickPen(line);
@@ -161,8 +166,6 @@ void CPlotCanvas::StyleAxis(QCPAxis& axis, const PlotAxis& shown, bool fixed) co
     axis.grid()->setLayer(QStringLiteral("grid"));
     axis.setRangeReversed(shown.reversed);
     axis.setScaleType(shown.logarithmic ? QCPAxis::stLogarithmic : QCPAxis::stLinear);
-    const QString title = ShownInLanguage(AxisTitle(shown));
-    axis.setLabel(fixed ? tr("%1, fixed", "axis title").arg(title) : title);
     SetTicker(axis, shown);
 }
 
@@ -207,7 +210,8 @@ QPen CPlotCanvas::PenOf(std::size_t index) const {
     case CurveRole::Wavelength:
         return WavelengthPen(Shown, curve.place, static_cast<int>(index), width);
     case CurveRole::Reference:
-        return {QColor(Colours().text), width};
+        // At night its colour is that of the first series.
+        return {QColor(Colours().text), Shown == Look::Night ? PickedWidth : width};
     case CurveRole::PreviousCast:
         return {QColor(Colours().stale), ThinWidth, Qt::DashLine};
     }
@@ -283,7 +287,7 @@ void CPlotCanvas::FillCurve(std::size_t index) {
 
 /// As wide as the longest name, at most a third of the plot.
 int CPlotCanvas::GutterWidth() const {
-    if (Current.curves.size() < NamesFrom)
+    if (Current.curves.size() < NamesFrom || Built.keyUpright)
         return Theme.Px(12);
     const QFontMetrics metrics(Theme.Font(FontRole::Ticks));
     int widest = 0;
@@ -292,39 +296,104 @@ int CPlotCanvas::GutterWidth() const {
     return std::min(widest + Theme.Px(30), width() / 3);
 }
 
+/// Upright plots are narrow: their names stand in lines above them.
+int CPlotCanvas::NamesAbove() const {
+    if (!Built.keyUpright || Current.curves.size() < NamesFrom)
+        return 0;
+    const QFontMetrics metrics(Theme.Font(FontRole::Ticks));
+    int lines = 1, used = 0;
+    for (const PlotCurve& curve : Current.curves) {
+        const int name = NameWidth(metrics, curve);
+        const bool wraps = used > 0 && used + name > width();
+        lines += wraps ? 1 : 0;
+        used = wraps ? name : used + name;
+    }
+    return lines * metrics.height() + Theme.Px(4);
+}
+
+int CPlotCanvas::NameWidth(const QFontMetrics& metrics, const PlotCurve& curve) const {
+    return metrics.horizontalAdvance(qor::Shown(curve.title)) + Theme.Px(34);
+}
+
+QRect CPlotCanvas::NamesRect() const {
+    return NamesRow ? NamesRow->outerRect() : QRect();
+}
+
+/// The title that an axis of that length has room for: whole, its unit alone, or none.
+QString CPlotCanvas::FittingTitle(const PlotAxis& axis, bool fixed, double length) const {
+    const QFontMetrics metrics(Theme.Font(FontRole::Ticks));
+    QString title = ShownInLanguage(AxisTitle(axis));
+    if (fixed)
+        title = tr("%1, fixed", "axis title").arg(title);
+    if (metrics.horizontalAdvance(title) <= length)
+        return title;
+    title = axis.units.empty() ? QString() : QStringLiteral("[%1]").arg(qor::Shown(axis.units));
+    return metrics.horizontalAdvance(title) <= length ? title : QString();
+}
+
+/// About how long axes will be: they are laid out only when everything is drawn.
+double CPlotCanvas::AxisLength(bool upright) const {
+    const int beside = LeftEdge > 0 ? LeftEdge : Theme.Px(56);
+    if (!upright)
+        return viewport().width() - beside - GutterWidth();
+    const int ends = Theme.Px(Built.keyUpright ? 92 : 48) + NamesAbove();
+    return static_cast<double>(viewport().height() - ends) /
+               static_cast<double>(std::max<std::size_t>(Lanes.size(), 1)) -
+           Theme.Px(6);
+}
+
+void CPlotCanvas::ApplyTicks(QCPAxis& axis, const PlotAxis& shown, bool fixed, bool upright) const {
+    const double length = AxisLength(upright);
+    if (!shown.logarithmic)
+        axis.ticker()->setTickCount(
+            std::clamp(static_cast<int>(length / Theme.Px(upright ? 40 : 90)), 2, 10));
+    if (const auto time = axis.ticker().dynamicCast<QCPAxisTickerDateTime>()) {
+        const double range = axis.range().size();
+        time->setDateTimeFormat(range > 2.0 * 86400.0 ? QStringLiteral("MM-dd\nHH:mm")
+                                : range > 300.0       ? QStringLiteral("HH:mm")
+                                                      : QStringLiteral("HH:mm:ss"));
+    }
+    axis.setLabel(FittingTitle(shown, fixed, length));
+}
+
 void CPlotCanvas::ApplyRanges() {
-    Gutter = std::max(Gutter, GutterWidth());
+    const int gutter = GutterWidth();
     for (QCPAxisRect* lane : Lanes) {
         QMargins margins = lane->margins();
-        margins.setRight(Gutter);
+        margins.setRight(gutter);
         lane->setMargins(margins);
+        lane->setMinimumMargins(QMargins(LeftEdge, 0, 0, 0));
+    }
+    if (NamesRow) {
+        const int height = NamesAbove();
+        NamesRow->setMinimumSize(0, height);
+        NamesRow->setMaximumSize(QWIDGETSIZE_MAX, height);
     }
     for (QCPAxis* key : Keys) {
         key->setRange(Seen.key.lower, Seen.key.upper);
-        const double length =
-            Built.keyUpright ? key->axisRect()->height() : key->axisRect()->width();
-        key->ticker()->setTickCount(
-            std::clamp(static_cast<int>(length / Theme.Px(Built.keyUpright ? 48 : 90)), 2, 10));
-        if (auto time = key->ticker().dynamicCast<QCPAxisTickerDateTime>())
-            time->setDateTimeFormat(Seen.key.Size() > 2.0 * 86400.0 ? QStringLiteral("MM-dd\nHH:mm")
-                                    : Seen.key.Size() > 300.0       ? QStringLiteral("HH:mm")
-                                                                    : QStringLiteral("HH:mm:ss"));
+        ApplyTicks(*key, Built.key, Seen.keyFixed, Built.keyUpright);
+        if (key != Keys.back())
+            key->setLabel({});
     }
     for (std::size_t i = 0; i < Values.size() && i < Seen.values.size(); ++i) {
         Values[i]->setRange(Seen.values[i].lower, Seen.values[i].upper);
-        const QCPAxisRect* rect = Values[i]->axisRect();
-        const double length = Built.keyUpright ? rect->width() : rect->height();
-        if (!Built.axes[i].logarithmic)
-            Values[i]->ticker()->setTickCount(
-                std::clamp(static_cast<int>(length / Theme.Px(Built.keyUpright ? 90 : 40)), 2, 8));
-        const bool fixed = i < Seen.fixed.size() && Seen.fixed[i];
-        const QString title = ShownInLanguage(AxisTitle(Built.axes[i]));
-        Values[i]->setLabel(fixed ? tr("%1, fixed", "axis title").arg(title) : title);
+        ApplyTicks(*Values[i], Built.axes[i], Seen.fixed[i], !Built.keyUpright);
     }
-    if (!Keys.empty()) {
-        const QString title = ShownInLanguage(AxisTitle(Built.key));
-        Keys.back()->setLabel(Seen.keyFixed ? tr("%1, fixed", "axis title").arg(title) : title);
-    }
+}
+
+/// Room that was once needed for tick labels stays, so that the plot does not jump with its digits.
+void CPlotCanvas::KeepLeftEdge() {
+    for (const QCPAxisRect* lane : Lanes)
+        LeftEdge = std::max(LeftEdge, lane->margins().left());
+}
+
+void CPlotCanvas::resizeEvent(QResizeEvent* event) {
+    QCustomPlot::resizeEvent(event);
+    if (Lanes.empty())
+        return;
+    // Ticks and titles are chosen for the room that there is now.
+    ApplyRanges();
+    replot(rpQueuedReplot);
 }
 
 void CPlotCanvas::ShowCursor(const PlotView& view) {

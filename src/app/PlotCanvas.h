@@ -67,6 +67,9 @@ class CPlotCanvas : public QCustomPlot {
     Look UsedLook() const { return Shown; }
     const Tokens& Colours() const { return TokensOf(Shown); }
     QPen PenOf(std::size_t curve) const;
+    /// What a name takes in a line of names, and where the lines of an upright plot are.
+    int NameWidth(const QFontMetrics& metrics, const PlotCurve& curve) const;
+    QRect NamesRect() const;
 
     /// Where the names of the curves stand, as drawn last.
     struct LabelBox {
@@ -74,6 +77,9 @@ class CPlotCanvas : public QCustomPlot {
         std::uint64_t curve;
     };
     std::vector<LabelBox> Labels;
+
+  protected:
+    void resizeEvent(QResizeEvent* event) override;
 
   private:
     /// What a page's layout hangs on; another one builds everything anew.
@@ -95,11 +101,16 @@ class CPlotCanvas : public QCustomPlot {
     void Build();
     void BuildLane(int lane);
     void BuildCurves();
-    void StyleAxis(QCPAxis& axis, const PlotAxis& shown, bool fixed) const;
+    void StyleAxis(QCPAxis& axis, const PlotAxis& shown) const;
     void SetTicker(QCPAxis& axis, const PlotAxis& shown) const;
     void FillCurve(std::size_t index);
     void ApplyRanges();
+    void ApplyTicks(QCPAxis& axis, const PlotAxis& shown, bool fixed, bool upright) const;
+    double AxisLength(bool upright) const;
+    QString FittingTitle(const PlotAxis& axis, bool fixed, double length) const;
     int GutterWidth() const;
+    int NamesAbove() const;
+    void KeepLeftEdge();
     QCPAxis* KeyOf(int valueAxis) const;
 
     const CTheme& Theme;
@@ -113,7 +124,8 @@ class CPlotCanvas : public QCustomPlot {
     std::vector<QCPAxis*> Keys;   ///< by lane
     std::vector<QCPAxis*> Values; ///< by value axis
     std::vector<Plotted> Curves;
-    int Gutter = 0; ///< room for names on the right, which only grows
+    QCPLayoutElement* NamesRow = nullptr; ///< of an upright plot
+    int LeftEdge = 0;                     ///< room for tick labels, which only grows
 };
 
 } // namespace qor

@@ -118,14 +118,32 @@ void CPlotNames::draw(QCPPainter* painter) {
     if (Canvas.Page().curves.size() < 2)
         return;
     painter->setFont(Canvas.UsedTheme().Font(FontRole::Ticks));
+    if (Canvas.Page().keyUpright)
+        return DrawAbove(*painter);
     for (int lane = 0; lane < Canvas.LaneCount(); ++lane)
         DrawLane(*painter, lane);
+}
+
+void CPlotNames::DrawAbove(QCPPainter& painter) {
+    const QFontMetrics metrics = painter.fontMetrics();
+    const QRect place = Canvas.NamesRect();
+    int x = place.left(), y = place.top();
+    for (std::size_t i = 0; i < Canvas.Page().curves.size(); ++i) {
+        const PlotCurve& curve = Canvas.Page().curves[i];
+        const int width = Canvas.NameWidth(metrics, curve);
+        if (x > place.left() && x + width > place.right() + 1) {
+            x = place.left();
+            y += metrics.height();
+        }
+        DrawName(painter, {i, 0.0}, QRectF(x + 4, y, width - 8, metrics.height()),
+                 Canvas.View().hidden.contains(curve.id));
+        x += width;
+    }
 }
 
 std::vector<CPlotNames::Name> CPlotNames::NamesOf(int lane, const QRect& rect) const {
     std::vector<Name> names;
     const PlotPage& page = Canvas.Page();
-    const bool upright = page.keyUpright;
     for (std::size_t i = 0; i < page.curves.size(); ++i) {
         const PlotCurve& curve = page.curves[i];
         if (Canvas.LaneOfAxis(curve.axis) != lane)
@@ -133,9 +151,7 @@ std::vector<CPlotNames::Name> CPlotNames::NamesOf(int lane, const QRect& rect) c
         double y = rect.bottom() + 1.0; // switched off, or nothing to see: to the end of the list
         if (!Canvas.View().hidden.contains(curve.id)) {
             const PlotPoint* last = LastPoint(curve, Canvas.View().key);
-            if (upright)
-                y = rect.top();
-            else if (last)
+            if (last)
                 y = std::clamp(Canvas.ValuePixel(curve.axis, last->y),
                                static_cast<double>(rect.top()), static_cast<double>(rect.bottom()));
         }

@@ -44,6 +44,7 @@ class CPlotNames : public QCPLayerable {
         std::size_t curve;
         double y;
     };
+    void DrawAbove(QCPPainter& painter);
     void DrawLane(QCPPainter& painter, int lane);
     std::vector<Name> NamesOf(int lane, const QRect& rect) const;
     void DrawName(QCPPainter& painter, const Name& name, const QRectF& place, bool hidden);

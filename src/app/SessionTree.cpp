@@ -15,7 +15,7 @@ namespace qor {
 
 namespace {
 
-constexpr int TreeWidth = 286, RateWidth = 74, AgeWidth = 62;
+constexpr int TreeWidth = 286, RateWidth = 68, AgeWidth = 52;
 
 bool SameShape(const std::vector<TreeRow>& a, const std::vector<TreeRow>& b) {
     return std::equal(a.begin(), a.end(), b.begin(), b.end(),
@@ -64,7 +64,7 @@ class CTreeDelegate : public QStyledItemDelegate {
         const int side = Theme.Px(16);
         if (row.kind != TreeKind::Note) {
             // On the accent, a shape in the colour of its text; the word is in the tip and the row.
-            const QRect sign(place.left(), place.center().y() - side / 2, side, side);
+            const QRect sign(place.left(), place.top(), side, place.height());
             Tokens colours = Theme.Colours();
             if (selected)
                 colours.text = colours.text2 = colours.stale = colours.base;
@@ -195,6 +195,8 @@ QVariant CTreeModel::data(const QModelIndex& index, int role) const {
 }
 
 QVariant CTreeModel::headerData(int section, Qt::Orientation orientation, int role) const {
+    if (orientation == Qt::Horizontal && role == Qt::TextAlignmentRole && section != NameColumn)
+        return static_cast<int>(Qt::AlignRight | Qt::AlignVCenter);
     if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
         return {};
     return section == NameColumn   ? tr("Instrument")
@@ -235,7 +237,7 @@ void CSessionTree::TakeTheme() {
     QPalette colours;
     colours.setColor(QPalette::Base, QColor(Theme.Colours().window));
     setPalette(colours);
-    setIndentation(Theme.Px(16));
+    setIndentation(Theme.Px(12));
     FitColumns();
     doItemsLayout();
 }
@@ -262,8 +264,19 @@ void CSessionTree::ShowPage(const TreePage& page) {
         setCurrentIndex(again);
 }
 
+/// What has neither rate nor age takes the whole width.
+void CSessionTree::Span(const QModelIndex& parent) {
+    for (int place = 0; place < Model.rowCount(parent); ++place) {
+        const QModelIndex index = Model.index(place, 0, parent);
+        const TreeRow* row = Model.Row(index);
+        setFirstColumnSpanned(place, parent, row && row->kind != TreeKind::Instrument);
+        Span(index);
+    }
+}
+
 /// Everything is open but what the operator closed.
 void CSessionTree::ExpandAgain() {
+    Span({});
     const std::set<std::uint64_t> folded = Folded;
     expandAll();
     for (const std::uint64_t id : folded)

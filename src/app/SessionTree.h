@@ -72,6 +72,7 @@ class CSessionTree : public QTreeView {
     void TakeTheme();
     void FitColumns();
     void ExpandAgain();
+    void Span(const QModelIndex& parent);
 
     const CTheme& Theme;
     CTreeModel Model;

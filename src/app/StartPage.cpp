@@ -25,14 +25,21 @@ CStartPage::CStartPage(const CTheme& theme, const CActions& actions, QWidget* pa
     auto* whole = new QVBoxLayout(column);
     whole->setSpacing(size::Between);
     whole->addWidget(Title);
-    whole->addWidget(MakeButton(
-        Do::Practice, tr("Simulated instruments, no hardware needed. Curves move at once."), true));
+    whole->addWidget(
+        MakeButton(Do::Practice, tr("Practice"),
+                   tr("Simulated instruments, no hardware needed. Curves move at once."), true));
     auto* grid = new QGridLayout;
     grid->setSpacing(size::Between);
-    grid->addWidget(MakeButton(Do::NewSession, tr("Port, instruments, log."), false), 0, 0);
-    grid->addWidget(MakeButton(Do::FindInstruments, tr("Listen on the free ports."), false), 0, 1);
-    grid->addWidget(MakeButton(Do::OpenSession, tr("A kept session."), false), 1, 0);
-    grid->addWidget(MakeButton(Do::ReplayLog, tr("With pause, speed and seeking."), false), 1, 1);
+    grid->addWidget(
+        MakeButton(Do::NewSession, tr("New session"), tr("Port, instruments, log."), false), 0, 0);
+    grid->addWidget(MakeButton(Do::FindInstruments, tr("Find instruments"),
+                               tr("Listen on the free ports."), false),
+                    0, 1);
+    grid->addWidget(MakeButton(Do::OpenSession, tr("Open a session"), tr("A kept session."), false),
+                    1, 0);
+    grid->addWidget(MakeButton(Do::ReplayLog, tr("Replay a raw log"),
+                               tr("With pause, speed and seeking."), false),
+                    1, 1);
     whole->addLayout(grid);
     whole->addSpacing(size::Margin);
     whole->addLayout(Sessions);
@@ -70,13 +77,13 @@ void CStartPage::TakeTheme() {
     ShowSessions(Recent, Unfinished);
 }
 
-QWidget* CStartPage::MakeButton(Do action, const QString& below, bool large) {
+QWidget* CStartPage::MakeButton(Do action, const QString& text, const QString& below, bool large) {
     QAction* made = Actions[action];
     auto* place = new QWidget;
     auto* row = new QVBoxLayout(place);
     row->setContentsMargins(0, 0, 0, size::Grid);
     row->setSpacing(2);
-    auto* button = new QPushButton(made->icon(), made->text().remove(QStringLiteral(" ...")));
+    auto* button = new QPushButton(made->icon(), text);
     button->setToolTip(made->toolTip());
     button->setAccessibleDescription(below);
     button->setDefault(large);
@@ -95,9 +102,9 @@ QWidget* CStartPage::MakeButton(Do action, const QString& below, bool large) {
     connect(&Theme, &CTheme::Changed, button, take);
     take();
     row->addWidget(button);
-    auto* text = new QLabel(below);
-    text->setWordWrap(true);
-    row->addWidget(text);
+    auto* line = new QLabel(below);
+    line->setWordWrap(true);
+    row->addWidget(line);
     return place;
 }
 
@@ -107,8 +114,7 @@ void CStartPage::ShowSessions(const std::vector<RecentSession>& recent,
         Recent = recent;
     Unfinished = unfinished;
     while (QLayoutItem* item = Sessions->takeAt(0)) {
-        if (item->widget())
-            item->widget()->deleteLater();
+        delete item->widget();
         delete item;
     }
     if (!Unfinished.empty()) {

@@ -36,7 +36,7 @@ class CStartPage : public QWidget {
     void RestoreAsked();
 
   private:
-    QWidget* MakeButton(Do action, const QString& below, bool large);
+    QWidget* MakeButton(Do action, const QString& text, const QString& below, bool large);
     void TakeTheme();
 
     const CTheme& Theme;

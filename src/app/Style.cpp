@@ -6,6 +6,7 @@
 #include "app/Icons.h"
 
 #include <QApplication>
+#include <QDialogButtonBox>
 #include <QLineEdit>
 #include <QPainter>
 #include <QPainterPath>
@@ -168,6 +169,8 @@ int CStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWidget*
         return Qt::LeftButton;
     case SH_ToolTipLabel_Opacity:
         return 255;
+    case SH_DialogButtonLayout:
+        return QDialogButtonBox::GnomeLayout;
     default:
         return QProxyStyle::styleHint(hint, option, widget, returned);
     }
@@ -178,7 +181,7 @@ QSize CStyle::sizeFromContents(ContentsType type, const QStyleOption* option, co
     const QSize given = QProxyStyle::sizeFromContents(type, option, size, widget);
     switch (type) {
     case CT_PushButton:
-        return given.expandedTo({Theme.Px(80), Theme.Target()});
+        return (given + QSize(Theme.Px(16), 0)).expandedTo({Theme.Px(80), Theme.Target()});
     case CT_ToolButton:
     case CT_ComboBox:
     case CT_LineEdit:
@@ -203,6 +206,14 @@ QSize CStyle::sizeFromContents(ContentsType type, const QStyleOption* option, co
     default:
         return given;
     }
+}
+
+QRect CStyle::subElementRect(SubElement element, const QStyleOption* option,
+                             const QWidget* widget) const {
+    const QRect given = QProxyStyle::subElementRect(element, option, widget);
+    if (element == SE_LineEditContents)
+        return given.adjusted(Theme.Px(5), 0, -Theme.Px(5), 0);
+    return given;
 }
 
 QIcon CStyle::standardIcon(StandardPixmap standard, const QStyleOption* option,

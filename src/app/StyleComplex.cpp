@@ -135,6 +135,18 @@ QRect CStyle::subControlRect(ComplexControl control, const QStyleOptionComplex* 
             return {};
         }
     }
+    if (control == CC_GroupBox) {
+        const auto* group = qstyleoption_cast<const QStyleOptionGroupBox*>(option);
+        const int title =
+            group && !group->text.isEmpty() ? group->fontMetrics.height() + Theme.Px(6) : 0;
+        const QRect frame = whole.adjusted(0, title, 0, 0);
+        if (part == SC_GroupBoxFrame)
+            return frame;
+        if (part == SC_GroupBoxContents)
+            return frame.adjusted(1, 1, -1, -1);
+        if (part == SC_GroupBoxLabel)
+            return {whole.left(), whole.top(), whole.width(), title};
+    }
     if (control == CC_ScrollBar) {
         const auto* bar = qstyleoption_cast<const QStyleOptionSlider*>(option);
         if (!bar)

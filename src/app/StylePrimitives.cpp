@@ -147,9 +147,12 @@ void CStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option,
     }
     case PE_PanelButtonBevel:
     case PE_PanelButtonTool:
-    case PE_IndicatorButtonDropDown:
-        DrawButton(*option, *painter, option->state & State_AutoRaise, false);
+    case PE_IndicatorButtonDropDown: {
+        QStyleOption panel = *option; // a frame of its own shows the focus
+        panel.state &= ~State_HasFocus;
+        DrawButton(panel, *painter, option->state & State_AutoRaise, false);
         return;
+    }
     case PE_IndicatorCheckBox:
     case PE_IndicatorItemViewItemCheck:
         DrawCheckBox(*option, *painter);

@@ -9,7 +9,16 @@
 #include <QPainter>
 #include <QToolButton>
 
+#include <algorithm>
+#include <utility>
+
 namespace qor {
+
+namespace {
+
+constexpr int LeastTitle = 160; ///< a longer title gives way to the value
+
+} // namespace
 
 CWindowTitleBar::CWindowTitleBar(const CTheme& theme, Has has, QWidget* parent)
     : QWidget(parent), Theme(theme), Wanted(has), SignShown(new CSignLabel(theme, Sign::None, 20)),
@@ -59,6 +68,9 @@ void CWindowTitleBar::TakeTheme() {
                              Theme.LargeTargets() ? Theme.Target() : side);
         button->setIconSize(QSize(Theme.Px(18), Theme.Px(18)));
     }
+    const QString leading = std::exchange(FullLeading, QString());
+    if (!PausedShown)
+        SetLeading(leading);
     updateGeometry();
     FitTitle();
     update();
@@ -74,14 +86,17 @@ void CWindowTitleBar::SetTitle(const QString& title) {
 void CWindowTitleBar::SetSign(Sign sign) {
     SignShown->SetSign(sign);
     SignShown->setVisible(sign != Sign::None);
+    FitTitle();
 }
 
 void CWindowTitleBar::SetLeading(const QString& leading, const QString& paused) {
     const Tokens& colours = Theme.Colours();
     const bool isPaused = !paused.isEmpty();
     const QString text = isPaused ? tr("PAUSED %1").arg(paused) : leading;
-    if (Leading->text() != text)
-        Leading->setText(text);
+    if (text == FullLeading && isPaused == PausedShown)
+        return;
+    FullLeading = text;
+    PausedShown = isPaused;
     QPalette palette;
     palette.setColor(QPalette::WindowText, QColor(isPaused ? colours.amberText : colours.text));
     palette.setColor(QPalette::Window, QColor(isPaused ? colours.amber : colours.window));
@@ -92,6 +107,7 @@ void CWindowTitleBar::SetLeading(const QString& leading, const QString& paused) 
     QFont font = Theme.Font(FontRole::Text);
     font.setBold(true);
     Leading->setFont(font);
+    FitTitle();
 }
 
 void CWindowTitleBar::SetPauseDown(bool down) {
@@ -107,11 +123,27 @@ QSize CWindowTitleBar::minimumSizeHint() const {
     return {Theme.Px(120), sizeHint().height()};
 }
 
+/// The value is shown whole or not at all: part of a number is another number.
 void CWindowTitleBar::FitTitle() {
-    Title->setText(
-        Title->fontMetrics().elidedText(FullTitle, Qt::ElideRight, std::max(Title->width(), 1)));
-    setToolTip(Title->text() == FullTitle ? QString() : FullTitle);
+    int room = width() - layout()->contentsMargins().left();
+    for (const QWidget* part : {static_cast<QWidget*>(SignShown), static_cast<QWidget*>(Pause),
+                                static_cast<QWidget*>(Fit), static_cast<QWidget*>(Menu),
+                                static_cast<QWidget*>(Float), static_cast<QWidget*>(Close)})
+        if (!part->isHidden())
+            room -= std::max(part->minimumWidth(), part->sizeHint().width()) + layout()->spacing();
+    const int value = Leading->fontMetrics().horizontalAdvance(FullLeading) + Theme.Px(16);
+    const int title =
+        std::min(Title->fontMetrics().horizontalAdvance(FullTitle), Theme.Px(LeastTitle));
+    const bool fits = !FullLeading.isEmpty() && (PausedShown || value + title <= room);
+    Leading->setVisible(fits);
+    if (Leading->text() != FullLeading)
+        Leading->setText(FullLeading);
+    Title->setText(Title->fontMetrics().elidedText(FullTitle, Qt::ElideRight,
+                                                   std::max(room - (fits ? value : 0), 1)));
+    const bool whole = Title->text() == FullTitle && (fits || FullLeading.isEmpty());
+    setToolTip(whole ? QString() : FullTitle + QLatin1Char('\n') + FullLeading);
     setAccessibleName(FullTitle);
+    setAccessibleDescription(FullLeading);
 }
 
 void CWindowTitleBar::resizeEvent(QResizeEvent* event) {
@@ -122,7 +154,6 @@ void CWindowTitleBar::resizeEvent(QResizeEvent* event) {
     Menu->setVisible(Wanted.menu);
     Float->setVisible(!Narrow);
     Close->setVisible(!Narrow);
-    layout()->activate();
     FitTitle();
 }
 

@@ -65,6 +65,8 @@ class CWindowTitleBar : public QWidget {
     QLabel* Leading;
     QToolButton *Pause, *Fit, *Menu, *Float, *Close;
     QString FullTitle;
+    QString FullLeading;
+    bool PausedShown = false;
     bool Narrow = false;
 };
 

@@ -82,7 +82,7 @@ TEST_F(PlotWidgetTest, NoLineCrossesAGapOrAPointWithoutValue) {
     Show(page);
     EXPECT_FALSE(DrawnAt(50.0));
     EXPECT_TRUE(DrawnAt(30.0));
-    EXPECT_FALSE(DrawnAt(79.5)) << "towards the point without value";
+    EXPECT_FALSE(DrawnAt(79.25)) << "towards the point without value";
     EXPECT_TRUE(DrawnAt(80.0)) << "its own mark";
 }
 

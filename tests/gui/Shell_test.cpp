@@ -236,6 +236,7 @@ TEST(MainWindow, F6GoesRoundAndEachAreaIsReached) {
     CMainWindow main(TestTheme());
     main.ShowStart(false);
     main.Tree().ShowPage(SampleTree());
+    main.resize(1300, 700);
     main.show();
     QApplication::setActiveWindow(&main);
     Settle();

@@ -91,6 +91,7 @@ CMainWindow* Shell(CTheme& theme, QSize screen) {
     area.AddDisplay(status, series, CDisplayArea::Place::Tab);
     series->raise();
     auto* log = new QListWidget;
+    log->setWordWrap(true);
     log->addItems({QStringLiteral("09:30:15  Log 2026-325-093015.raw begun."),
                    QStringLiteral("09:41:04  ttyUSB1 lost.")});
     auto* logDock = main->AddDock(Do::LogDock, QStringLiteral("log"), QStringLiteral("Session log"),
@@ -108,6 +109,9 @@ QWidget* ArrangeShell(QWidget* widget) {
     const auto windows = main->Area().Windows();
     main->resizeDocks({main->findChild<QDockWidget*>(QStringLiteral("tree"))}, {286},
                       Qt::Horizontal);
+    main->resizeDocks({main->findChild<QDockWidget*>(QStringLiteral("tree")),
+                       main->findChild<QDockWidget*>(QStringLiteral("log"))},
+                      {450, 120}, Qt::Vertical);
     main->Area().resizeDocks({windows[0], windows[1]}, {360, 640}, Qt::Horizontal);
     main->Area().resizeDocks({windows[1], windows[2]}, {55, 45}, Qt::Vertical);
     main->Area().resizeDocks({windows[2], windows[3]}, {330, 380}, Qt::Horizontal);
