@@ -36,7 +36,7 @@ bool DecodeLog(const std::string& path, const DecodeOptions& options, CommandCon
     for (const CQorViewIns* instrument : playback.Instruments())
         instruments.push_back({&instrument->Live, {}});
     for (std::size_t i = 0; derives && i < instruments.size(); ++i)
-        instruments[i].derived = playback.Derived(*playback.Instruments()[i]);
+        instruments[i].derived = playback.Doc().DerivedOf(*playback.Instruments()[i]);
     result = sink.BeginLog(path, instruments);
     if (!result.Good())
         return false;
@@ -44,7 +44,7 @@ bool DecodeLog(const std::string& path, const DecodeOptions& options, CommandCon
                context,
                [&](CQorViewIns& instrument, const FrameCheckResult& checks) {
                    if (derives)
-                       derived = playback.Derived(instrument);
+                       derived = playback.Doc().DerivedOf(instrument);
                    sink.Write({instrument.Live, checks, derived});
                },
                [&] { return sink.Good(); }) &&

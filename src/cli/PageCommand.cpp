@@ -95,22 +95,12 @@ std::string WindowNames() {
     return QuotedChoice(names);
 }
 
-/// The moment of --at as a local time; empty when it is none.
-std::optional<std::int64_t> MomentOf(const std::string& text) {
-    int part[6] = {}, length = 0;
-    if (std::sscanf(text.c_str(), "%4d-%2d-%2dT%2d:%2d:%2d%n", &part[0], &part[1], &part[2],
-                    &part[3], &part[4], &part[5], &length) != 6 ||
-        static_cast<std::size_t>(length) != text.size())
-        return std::nullopt;
-    return SecondsFromCalendar(part[0], part[1], part[2], part[3], part[4], part[5]);
-}
-
 int RunPage(PageOptions& options, CommandContext& context) {
     if (!NamesInstrument(options.instruments))
         return ExitBadCall;
     const Window* window = std::ranges::find(Windows, options.window,
                                              [](const Window& w) { return std::string(w.name); });
-    const std::optional<std::int64_t> until = MomentOf(options.at);
+    const std::optional<std::int64_t> until = SecondsFromText(options.at);
     if (window == std::end(Windows) || options.files.size() != 1 ||
         (!options.at.empty() && !until)) {
         ReportError(window == std::end(Windows)

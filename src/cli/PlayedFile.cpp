@@ -55,10 +55,6 @@ const CQorViewIns* CPlayedFile::Find(std::string_view name) const {
     return nullptr;
 }
 
-std::vector<DerivedRow> CPlayedFile::Derived(const CQorViewIns& instrument) const {
-    return Document.DerivedOf(instrument);
-}
-
 bool CPlayedFile::Play(CommandContext& context, const FrameFunction& onFrame,
                        const std::function<bool()>& goOn) {
     Document.Acquisition.SetFrameHook(onFrame);

@@ -39,8 +39,6 @@ class CPlayedFile {
     const std::vector<CQorViewIns*>& Instruments() const { return Playback.Instruments(); }
     /// The instrument of a name, or null.
     const CQorViewIns* Find(std::string_view name) const;
-    /// The derived rows that go with an instrument's current frame.
-    std::vector<DerivedRow> Derived(const CQorViewIns& instrument) const;
     CQorViewDoc& Doc() { return Document; }
     const CQorViewDoc& Doc() const { return Document; }
     ResourceFigures Figures() const { return Playback.Figures(); }

@@ -120,18 +120,12 @@ bool CSimulation::ReadStart() {
     Start = Clock.Now();
     if (Options.startText.empty())
         return true;
-    int part[6] = {};
-    int length = 0;
-    bool reads = std::sscanf(Options.startText.c_str(), "%4d-%2d-%2dT%2d:%2d:%2d%n", &part[0],
-                             &part[1], &part[2], &part[3], &part[4], &part[5], &length) == 6 &&
-                 static_cast<std::size_t>(length) == Options.startText.size();
-    Start = FrameTime{};
-    Start.seconds = SecondsFromCalendar(part[0], part[1], part[2], part[3], part[4], part[5]);
-    Start.known = true;
-    const CalendarTime real = CalendarFromSeconds(Start.seconds);
-    const int there[6] = {real.year, real.month, real.day, real.hour, real.minute, real.second};
-    if (reads && std::ranges::equal(part, there))
+    if (const std::optional<std::int64_t> seconds = SecondsFromText(Options.startText)) {
+        Start = FrameTime{};
+        Start.seconds = *seconds;
+        Start.known = true;
         return true;
+    }
     ReportError("--start " + Options.startText + ": give a time such as 2026-06-21T12:00:00.");
     return false;
 }

@@ -34,10 +34,6 @@ void CTerminalUser::Beep(BeepKind) {
         Print();
 }
 
-bool CTerminalUser::ConfirmLog(const std::string&) {
-    return true;
-}
-
 void CTerminalUser::Print() {
     std::vector<std::string> texts;
     bool beep;

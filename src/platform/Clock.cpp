@@ -4,6 +4,8 @@
 // time zone is Clock_posix.cpp and Clock_win32.cpp. Any thread may call; nothing here locks.
 #include "platform/Clock.h"
 
+#include <cstdio>
+
 #include "base/Text.h"
 
 #include <algorithm>
@@ -118,6 +120,19 @@ std::int64_t SecondsFromCalendar(int year, int month, int day, int hour, int min
     std::int64_t seconds =
         days * SecondsPerDay + std::int64_t{hour} * 3600 + std::int64_t{minute} * 60 + second;
     return std::clamp(seconds, FirstSecond, LastSecond);
+}
+
+std::optional<std::int64_t> SecondsFromText(const std::string& text) {
+    int part[6] = {}, length = 0;
+    if (std::sscanf(text.c_str(), "%4d-%2d-%2dT%2d:%2d:%2d%n", &part[0], &part[1], &part[2],
+                    &part[3], &part[4], &part[5], &length) != 6 ||
+        static_cast<std::size_t>(length) != text.size())
+        return std::nullopt;
+    const std::int64_t seconds =
+        SecondsFromCalendar(part[0], part[1], part[2], part[3], part[4], part[5]);
+    const CalendarTime real = CalendarFromSeconds(seconds);
+    const int there[6] = {real.year, real.month, real.day, real.hour, real.minute, real.second};
+    return std::ranges::equal(part, there) ? std::optional(seconds) : std::nullopt;
 }
 
 CalendarTime LocalCalendar(const FrameTime& time) {

@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace qor {
@@ -38,6 +39,10 @@ struct CalendarTime {
 /// Moments outside the years 0 to 9999 give the nearest moment inside them.
 CalendarTime CalendarFromSeconds(std::int64_t seconds);
 std::int64_t SecondsFromCalendar(int year, int month, int day, int hour, int minute, int second);
+
+/// "2026-06-21T12:00:00" as seconds since 1970 of whatever zone it is meant in; empty when the text
+/// is no such time or the time does not exist.
+std::optional<std::int64_t> SecondsFromText(const std::string& text);
 
 /// The stamp's local date and time.
 CalendarTime LocalCalendar(const FrameTime& time);

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/Application.h"
+
+#include "app/Icons.h"
+#include "app/Style.h"
+
+#include <QApplication>
+#include <QLibraryInfo>
+#include <QLocale>
+#include <QTranslator>
+
+#include <clocale>
+
+namespace qor {
+
+bool UseLanguage(QApplication& application, const QString& language) {
+    auto* ours = new QTranslator(&application);
+    if (!ours->load(QStringLiteral("qorview_%1").arg(language), QStringLiteral(":/i18n"))) {
+        delete ours;
+        return false;
+    }
+    // The texts of Qt's own boxes, where the system has them.
+    auto* system = new QTranslator(&application);
+    if (system->load(QStringLiteral("qtbase_%1").arg(language),
+                     QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+        application.installTranslator(system);
+    application.installTranslator(ours);
+    return true;
+}
+
+void PrepareApplication(QApplication& application, CTheme& theme) {
+    // The application object took the environment's; numbers in files have a point everywhere.
+    std::setlocale(LC_NUMERIC, "C");
+    QLocale::setDefault(QLocale::c());
+    QCoreApplication::setApplicationName(QStringLiteral("QorView"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(QORVIEW_VERSION));
+    QGuiApplication::setDesktopFileName(QStringLiteral("qorview"));
+    UseLanguage(application, QLocale::system().name().left(2));
+    LoadIcons();
+    QApplication::setStyle(new CStyle(theme));
+    theme.Apply();
+    QApplication::setWindowIcon(ThemeIcon(theme, QStringLiteral("app")));
+}
+
+} // namespace qor

@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// What every program with our windows sets up after the Qt application object: numbers in the C
+// locale, icons, style, language.
+#pragma once
+
+#include "app/Theme.h"
+
+class QApplication;
+
+namespace qor {
+
+/// `theme` lives as long as the application.
+void PrepareApplication(QApplication& application, CTheme& theme);
+
+/// The catalogue of a language ("de"); false when there is none.
+bool UseLanguage(QApplication& application, const QString& language);
+
+} // namespace qor

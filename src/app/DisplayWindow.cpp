@@ -1,0 +1,155 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/DisplayWindow.h"
+
+#include "app/MenuPopup.h"
+#include "app/PageGrid.h"
+#include "app/PlotWidget.h"
+#include "app/ShownText.h"
+
+#include <QEvent>
+#include <QLabel>
+#include <QPainter>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+namespace qor {
+
+CNotice::CNotice(const CTheme& theme, QWidget* parent)
+    : QWidget(parent), Theme(theme), Sentence(new QLabel), Remedy(new QPushButton) {
+    Sentence->setWordWrap(true);
+    Sentence->setAlignment(Qt::AlignCenter);
+    Sentence->setTextFormat(Qt::PlainText);
+    connect(Remedy, &QPushButton::clicked, this, &CNotice::RemedyPressed);
+    auto* whole = new QVBoxLayout(this);
+    whole->addStretch(1);
+    whole->addWidget(Sentence);
+    whole->addWidget(Remedy, 0, Qt::AlignHCenter);
+    whole->addStretch(1);
+    hide();
+}
+
+void CNotice::ShowHead(const PageHead& head) {
+    setVisible(head.state != PageState::Live);
+    // A plot that waits keeps its axes in sight.
+    Covers = head.state == PageState::Empty;
+    setAttribute(Qt::WA_TransparentForMouseEvents, head.remedy.empty());
+    Sentence->setText(ShownInLanguage(head.sentence));
+    Remedy->setText(ShownInLanguage(head.remedy));
+    Remedy->setVisible(!head.remedy.empty());
+    update();
+}
+
+void CNotice::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    QRect ground = rect();
+    if (!Covers) {
+        // Only behind the words: the axes beside them stay in sight.
+        const QRect words = Sentence->fontMetrics().boundingRect(
+            Sentence->geometry(), Qt::AlignCenter | Qt::TextWordWrap, Sentence->text());
+        ground = words.united(Remedy->isVisible() ? Remedy->geometry() : words)
+                     .adjusted(-size::Between, -size::Grid, size::Between, size::Grid);
+    }
+    painter.fillRect(ground, QColor(Theme.Colours().base));
+}
+
+CDisplayWindow::CDisplayWindow(const CTheme& theme, const QString& name, CWindowTitleBar::Has has,
+                               QWidget* parent)
+    : QDockWidget(parent), Theme(theme), Has(has), Bar(new CWindowTitleBar(theme, has, this)),
+      Body(new QWidget), Notice(new CNotice(theme, Body)) {
+    setObjectName(name);
+    setTitleBarWidget(Bar);
+    setAllowedAreas(Qt::AllDockWidgetAreas);
+    auto* whole = new QVBoxLayout(Body);
+    whole->setContentsMargins(0, 0, 0, 0);
+    Body->installEventFilter(this);
+    setWidget(Body);
+    connect(Bar, &CWindowTitleBar::ClosePressed, this, &QDockWidget::close);
+    connect(Bar, &CWindowTitleBar::FloatPressed, this, [this] { setFloating(!isFloating()); });
+    connect(Bar, &CWindowTitleBar::MenuPressed, this, &CDisplayWindow::OpenMenuAt);
+    connect(Notice, &CNotice::RemedyPressed, this, &CDisplayWindow::RemedyPressed);
+    connect(this, &QDockWidget::visibilityChanged, this, [this](bool visible) {
+        Seen = visible;
+        emit SeenChanged(visible);
+    });
+}
+
+void CDisplayWindow::SetContent(QWidget* content) {
+    Body->layout()->addWidget(content);
+    setFocusProxy(content);
+    Notice->raise();
+}
+
+void CDisplayWindow::SetPlot(CPlotWidget* plot) {
+    Plot = plot;
+    SetContent(plot);
+    connect(plot, &CPlotWidget::MenuAsked, this, &CDisplayWindow::OpenMenuAt);
+    connect(plot, &CPlotWidget::ExportAsked, this, &CDisplayWindow::ExportAsked);
+    connect(plot, &CPlotWidget::PausedChanged, this, &CDisplayWindow::RefreshPaused);
+    connect(Bar, &CWindowTitleBar::PausePressed, plot,
+            [plot] { plot->SetPaused(!plot->IsPaused()); });
+    connect(Bar, &CWindowTitleBar::FitPressed, plot, &CPlotWidget::ResetView);
+}
+
+void CDisplayWindow::SetGrid(CPageGrid* grid) {
+    SetContent(grid);
+    connect(grid, &CPageGrid::MenuAsked, this,
+            [this](int, const QPoint& place) { OpenMenuAt(place); });
+}
+
+void CDisplayWindow::ShowHead(const QString& title, const PageHead& head) {
+    const bool otherSign = head.sign != Head.sign;
+    const bool otherNotice =
+        head.state != Head.state || head.sentence != Head.sentence || head.remedy != Head.remedy;
+    Head = head;
+    if (windowTitle() != title)
+        setWindowTitle(title);
+    Bar->SetTitle(title);
+    Bar->SetSign(head.sign);
+    RefreshPaused();
+    if (otherNotice) {
+        Notice->ShowHead(head);
+        PlaceNotice();
+    }
+    if (otherSign)
+        emit SignChanged();
+}
+
+void CDisplayWindow::RefreshPaused() {
+    const std::string paused = Plot ? Plot->PausedText() : std::string();
+    Bar->SetLeading(Shown(Head.leading), Shown(paused));
+    Bar->SetPauseDown(!paused.empty());
+}
+
+void CDisplayWindow::PlaceNotice() {
+    Notice->setGeometry(Body->rect());
+    Notice->raise();
+}
+
+bool CDisplayWindow::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == Body && event->type() == QEvent::Resize)
+        PlaceNotice();
+    return QDockWidget::eventFilter(watched, event);
+}
+
+Menu CDisplayWindow::WholeMenu() {
+    Menu menu = OwnMenu ? OwnMenu() : Menu();
+    const auto append = [&menu](Menu more) {
+        if (!menu.empty() && !more.empty())
+            menu.push_back({});
+        for (MenuEntry& entry : more)
+            menu.push_back(std::move(entry));
+    };
+    if (Plot)
+        append(Plot->PlotMenu());
+    const auto text = [](const QString& translated) { return translated.toStdString(); };
+    append({{text(isFloating() ? tr("Put back into the frame") : tr("Take out of the frame")),
+             [this] { setFloating(!isFloating()); }},
+            {text(tr("Close")), [this] { close(); }}});
+    return menu;
+}
+
+void CDisplayWindow::OpenMenuAt(const QPoint& screenPlace) {
+    OpenMenu(WholeMenu(), screenPlace, this);
+}
+
+} // namespace qor

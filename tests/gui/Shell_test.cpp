@@ -1,0 +1,296 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/Application.h"
+#include "app/Boxes.h"
+#include "app/CommandLine.h"
+#include "app/Form.h"
+#include "app/Icons.h"
+#include "app/MainWindow.h"
+#include "gui/Desk.h"
+#include "gui/SamplePages.h"
+
+#include <QApplication>
+#include <QDialogButtonBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTest>
+#include <QTranslator>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <set>
+
+namespace qor {
+
+namespace {
+
+StripMessage Message(const char* topic, Sign sign, const char* text) {
+    return {topic, sign, "09:41:07", text, {}};
+}
+
+std::string Shown(const CMessageHistory& history) {
+    const StripMessage* current = history.Current();
+    return current ? current->text : "";
+}
+
+} // namespace
+
+TEST(Actions, EachHasIconKeysAndTipAndNoKeysTwice) {
+    std::set<std::string> keys, texts;
+    std::set<Do> actions;
+    for (const ActionRow& row : ActionTable()) {
+        SCOPED_TRACE(row.text);
+        EXPECT_TRUE(actions.insert(row.action).second) << "twice in the table";
+        EXPECT_THAT(IconNames, testing::Contains(testing::StrEq(row.icon)));
+        EXPECT_STRNE(row.tip, "");
+        const QKeySequence sequence(QString::fromLatin1(row.keys));
+        EXPECT_EQ(sequence.count(), 1);
+        EXPECT_TRUE(keys.insert(sequence.toString().toStdString()).second) << row.keys;
+    }
+    EXPECT_EQ(actions.size(), static_cast<std::size_t>(Do::About) + 1);
+    for (char digit = '1'; digit <= '9'; ++digit)
+        EXPECT_FALSE(keys.contains(std::string("Ctrl+") + digit)) << "goes to a window";
+}
+
+TEST(Actions, MnemonicsOfAMenuDiffer) {
+    std::map<InMenu, std::set<QChar>> used;
+    for (const ActionRow& row : ActionTable()) {
+        const QString text = QString::fromLatin1(row.text);
+        const qsizetype mark = text.indexOf(QLatin1Char('&'));
+        ASSERT_GE(mark, 0) << row.text;
+        EXPECT_TRUE(used[row.menu].insert(text[mark + 1].toLower()).second) << row.text;
+    }
+}
+
+TEST(Actions, TheImpossibleIsGreyAndSaysWhy) {
+    CMainWindow window(TestTheme());
+    QAction* tare = window.Actions()[Do::Tare];
+    window.Actions().SetWhyNot(Do::Tare, QStringLiteral("No profiler is connected."));
+    EXPECT_FALSE(tare->isEnabled());
+    EXPECT_TRUE(tare->toolTip().startsWith(QStringLiteral("No profiler")));
+    window.Actions().SetWhyNot(Do::Tare, {});
+    EXPECT_TRUE(tare->isEnabled());
+    EXPECT_TRUE(tare->toolTip().contains(QStringLiteral("Ctrl+T")));
+}
+
+TEST(MessageHistory, TheWorstUnseenIsShownAndTheNewestOfSeveral) {
+    CMessageHistory history;
+    EXPECT_EQ(Shown(history), "");
+    history.Post(Message("port", Sign::Error, "lost"));
+    history.Post(Message("", Sign::None, "tare"));
+    EXPECT_EQ(Shown(history), "lost");
+    history.Post(Message("tilt", Sign::Alarm, "tilt"));
+    EXPECT_EQ(Shown(history), "tilt");
+    history.Post(Message("other", Sign::Alarm, "later"));
+    EXPECT_EQ(Shown(history), "later");
+    history.SeeCurrent();
+    EXPECT_EQ(Shown(history), "tilt");
+    history.Close("tilt");
+    EXPECT_EQ(Shown(history), "lost");
+    history.Post(Message("port", Sign::None, "back"));
+    EXPECT_EQ(Shown(history), "back") << "takes the place of its topic";
+    EXPECT_EQ(history.UnseenCount(), 2U);
+    history.SeeAll();
+    EXPECT_EQ(Shown(history), "");
+    EXPECT_EQ(history.Entries().size(), 5U);
+}
+
+TEST(MessageHistory, IsBounded) {
+    CMessageHistory history;
+    for (std::size_t i = 0; i < 3 * CMessageHistory::Most; ++i)
+        history.Post(Message("", Sign::None, "x"));
+    EXPECT_EQ(history.Entries().size(), CMessageHistory::Most);
+}
+
+TEST(MessageStrip, IsGoneWhenNothingIsUnseenAndTakesNoFocus) {
+    CMainWindow window(TestTheme());
+    window.ShowStart(false);
+    window.show();
+    QApplication::setActiveWindow(&window);
+    window.Tree().setFocus();
+    EXPECT_FALSE(window.Strip().isVisible());
+    bool pressed = false;
+    StripMessage message = Message("port", Sign::Error, "lost");
+    message.buttons.push_back({"Show", [&pressed] { pressed = true; }});
+    window.Strip().Post(message);
+    Settle();
+    EXPECT_TRUE(window.Strip().isVisible());
+    EXPECT_TRUE(window.Tree().hasFocus());
+    auto* button = window.Strip().findChild<QPushButton*>();
+    ASSERT_NE(button, nullptr);
+    QTest::mouseClick(button, Qt::LeftButton);
+    EXPECT_TRUE(pressed);
+    EXPECT_FALSE(window.Strip().isVisible());
+}
+
+TEST(ToolRow, StoppingTheLogTakesAHeldButton) {
+    QAction action;
+    QSignalSpy triggered(&action, &QAction::triggered);
+    CToolRowButton button(TestTheme(), &action);
+    button.show();
+    QTest::mouseClick(&button, Qt::LeftButton);
+    EXPECT_EQ(triggered.count(), 1);
+    button.SetHold(60);
+    QTest::mouseClick(&button, Qt::LeftButton);
+    EXPECT_EQ(triggered.count(), 1) << "a slip of the hand";
+    QTest::mousePress(&button, Qt::LeftButton);
+    EXPECT_TRUE(triggered.wait(2000));
+    QTest::mouseRelease(&button, Qt::LeftButton);
+    EXPECT_EQ(triggered.count(), 2);
+}
+
+TEST(Banner, SaysItsStateToAScreenReader) {
+    CBanner banner(TestTheme());
+    banner.ShowPage(SampleLog(LogState::Open, RunKind::Practice));
+    EXPECT_EQ(banner.accessibleName().toStdString(),
+              "PRACTICE  LOGGING  00:12:34. 2026-325-093015.raw   48 210 frames");
+    banner.ShowPage(SampleLog(LogState::Failed, RunKind::Replay));
+    EXPECT_TRUE(banner.accessibleName().startsWith(QStringLiteral("REPLAY x4  LOG FAILED")));
+}
+
+TEST(Form, OkIsPossibleOnlyWhenEveryFieldIsRight) {
+    CForm form(TestTheme(), QStringLiteral("Speed"), nullptr);
+    form.setAttribute(Qt::WA_DeleteOnClose, false);
+    QLineEdit* edit = nullptr;
+    edit = form.AddText(QStringLiteral("Speed"), QStringLiteral("fast"), [&edit] {
+        return edit && edit->text() == QStringLiteral("57600") ? std::string() : "Give a number.";
+    });
+    form.Open();
+    EXPECT_FALSE(form.OkButton()->isEnabled());
+    EXPECT_EQ(edit->accessibleDescription(), QStringLiteral("Give a number."));
+    const int height = form.sizeHint().height();
+    QTest::keyClick(edit, Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClicks(edit, QStringLiteral("57600"));
+    EXPECT_TRUE(form.OkButton()->isEnabled());
+    EXPECT_EQ(form.sizeHint().height(), height) << "nothing moves under the hand";
+}
+
+TEST(Boxes, ComeOneAtATimeAndClosingIsNo) {
+    QWidget window;
+    window.show();
+    CBoxes boxes(TestTheme(), &window);
+    std::vector<std::string> told;
+    QObject::connect(&boxes, &CBoxes::Appears,
+                     [&told](const QString& text) { told.push_back(text.toStdString()); });
+    std::vector<bool> answers;
+    boxes.Tell(QStringLiteral("first"));
+    boxes.Ask(QStringLiteral("second"), [&answers](bool yes) { answers.push_back(yes); });
+    boxes.Ask(QStringLiteral("third"), [&answers](bool yes) { answers.push_back(yes); });
+    EXPECT_THAT(told, testing::ElementsAre("first"));
+    EXPECT_FALSE(boxes.Current()->isModal());
+    boxes.Current()->accept();
+    EXPECT_THAT(told, testing::ElementsAre("first", "second"));
+    auto* buttons = boxes.Current()->findChild<QDialogButtonBox*>();
+    EXPECT_TRUE(buttons->button(QDialogButtonBox::No)->isDefault());
+    boxes.Current()->close();
+    EXPECT_THAT(answers, testing::ElementsAre(false));
+    boxes.Current()->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Yes)->click();
+    EXPECT_THAT(answers, testing::ElementsAre(false, true));
+    EXPECT_FALSE(boxes.IsOpen());
+}
+
+TEST(MainWindow, WindowsComeBackWhereTheyWere) {
+    CMemoryProfileStore store;
+    const auto open = [](CMainWindow& main) {
+        std::vector<CDisplayWindow*> windows;
+        for (const char* name : {"one", "two", "three", "four"}) {
+            auto* window = new CDisplayWindow(TestTheme(), QString::fromLatin1(name), {});
+            window->SetContent(new QWidget);
+            window->ShowHead(QString::fromLatin1(name), {});
+            main.Area().AddDisplay(window);
+            windows.push_back(window);
+        }
+        return windows;
+    };
+    QRect place;
+    {
+        CMainWindow main(TestTheme());
+        main.resize(1300, 700);
+        main.ShowStart(false);
+        main.show();
+        const auto windows = open(main);
+        main.Area().tabifyDockWidget(windows[0], windows[1]);
+        windows[3]->setFloating(true);
+        windows[3]->setGeometry(120, 80, 300, 200);
+        Settle();
+        place = windows[3]->geometry();
+        main.SaveLayout(store);
+    }
+    CMainWindow main(TestTheme());
+    main.ShowStart(false);
+    const auto windows = open(main);
+    EXPECT_TRUE(main.RestoreLayout(store));
+    main.show();
+    Settle();
+    EXPECT_EQ(main.size(), QSize(1300, 700));
+    EXPECT_EQ(main.Area().tabifiedDockWidgets(windows[0]), QList<QDockWidget*>{windows[1]});
+    EXPECT_TRUE(windows[3]->isFloating());
+    EXPECT_EQ(windows[3]->geometry(), place);
+    CMemoryProfileStore damaged;
+    EXPECT_FALSE(main.RestoreLayout(damaged));
+}
+
+TEST(MainWindow, F6GoesRoundAndEachAreaIsReached) {
+    CMainWindow main(TestTheme());
+    main.ShowStart(false);
+    main.Tree().ShowPage(SampleTree());
+    main.resize(1300, 700);
+    main.show();
+    QApplication::setActiveWindow(&main);
+    Settle();
+    std::set<const QWidget*> reached;
+    for (int i = 0; i < 6; ++i) {
+        main.Actions()[Do::NextArea]->trigger();
+        ASSERT_NE(QApplication::focusWidget(), nullptr);
+        reached.insert(QApplication::focusWidget());
+    }
+    EXPECT_TRUE(reached.contains(&main.Banner()));
+    EXPECT_TRUE(reached.contains(&main.Tree()));
+    EXPECT_GE(reached.size(), 3U);
+}
+
+TEST(MainWindow, ClosingCanBeRefused) {
+    CMainWindow main(TestTheme());
+    main.show();
+    main.MayClose = [] { return false; };
+    EXPECT_FALSE(main.close());
+    main.MayClose = [] { return true; };
+    EXPECT_TRUE(main.close());
+}
+
+TEST(CommandLine, TakesEveryFormOfASwitch) {
+    const auto parse = [](std::vector<std::string> words) {
+        words.insert(words.begin(), "qorview");
+        return ParseDesktopCommand(words);
+    };
+    for (const char* form : {"--lognow", "-lognow", "/lognow", "-LogNow"})
+        EXPECT_TRUE(parse({form}).logNow) << form;
+    const DesktopCommand all = parse({"-exitifdone", "cruise.qor", "/LOGNOW"});
+    EXPECT_TRUE(all.exitIfDone && all.logNow);
+    EXPECT_EQ(all.sessionFile, "cruise.qor");
+    EXPECT_EQ(all.fault, "");
+    EXPECT_EQ(parse({"/home/me/a.qor"}).sessionFile, "/home/me/a.qor");
+    EXPECT_NE(parse({"--lognov"}).fault, "");
+    EXPECT_NE(parse({"a.qor", "b.qor"}).fault, "");
+    EXPECT_NE(parse({"a.qor", "--practice"}).fault, "");
+}
+
+TEST(Language, TheGermanCatalogueHasEveryActionAndFitsItsPlaces) {
+    auto* application = static_cast<QApplication*>(QCoreApplication::instance());
+    if (!UseLanguage(*application, QStringLiteral("de")))
+        GTEST_SKIP() << "built without lrelease";
+    int same = 0;
+    for (const ActionRow& row : ActionTable()) {
+        const QString german = QCoreApplication::translate("Actions", row.text);
+        EXPECT_TRUE(german.contains(QLatin1Char('&'))) << row.text;
+        same += german == QString::fromLatin1(row.text) ? 1 : 0;
+        EXPECT_NE(QCoreApplication::translate("Actions", row.tip), QString::fromLatin1(row.tip));
+    }
+    EXPECT_LE(same, 4) << "words that are the same in both languages";
+    for (QTranslator* translator : application->findChildren<QTranslator*>())
+        delete translator;
+}
+
+} // namespace qor

@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// What the gallery shows: each scene makes one window.
+#pragma once
+
+#include "app/Theme.h"
+
+#include <QSize>
+#include <QWidget>
+
+#include <vector>
+
+namespace qor {
+
+struct Scene {
+    const char* name;
+    QWidget* (*make)(CTheme& theme, QSize screen);
+    /// Something done to it once it is shown; the widget that is pictured comes back.
+    QWidget* (*then)(QWidget* widget) = nullptr;
+};
+
+extern const std::vector<Scene> Scenes;
+
+/// Deletes every window that is open.
+void ClearStage();
+
+} // namespace qor
