@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -26,5 +27,37 @@ struct AttachRequest {
 /// The attach request of an instrument. Its SPECIAL sensor line, if there is one, names the types
 /// whose telemetry carries no sync header; every other instrument is a generic one.
 AttachRequest MakeAttachRequest(const CInstrument& instrument);
+
+/// How the frames of an instrument are told apart in its telemetry.
+enum class FrameRule {
+    Header,        ///< from its sync header to its declared size or its terminator
+    HeaderAndSize, ///< from its sync header to its declared size, whatever the terminator
+    Packets,       ///< byte pairs at their fixed places
+    Lines,         ///< whatever stands before its terminator
+};
+
+/// The rule of an instrument where its no-sync flag counts: on a port of its own, and in a raw log.
+FrameRule RuleOf(const AttachRequest& request);
+
+/// An instrument whose frames a raw log is to hold.
+struct LoggedInstrument {
+    AttachRequest request;
+    bool tagged = true; ///< a time tag follows its frames: it is not in the GPS role
+};
+
+/// Why the frames of a raw log could not be told apart again when it is played.
+enum class ReplayConflict {
+    None,
+    NoTag,      ///< the first one has no sync header, and no time tag says where its frames end
+    SameHeader, ///< the two have the same sync header, or none both
+    SameFrames, ///< the two have no sync header, and frames of one kind
+};
+struct ReplayVerdict {
+    ReplayConflict conflict = ReplayConflict::None;
+    std::size_t first = 0, second = 0; ///< positions of the instruments in question
+};
+
+/// Whether a log of all these instruments, whatever ports they are on, can be taken apart again.
+ReplayVerdict CheckReplay(std::span<const LoggedInstrument> instruments);
 
 } // namespace qor

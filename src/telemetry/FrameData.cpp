@@ -46,7 +46,6 @@ void ExchangeAttachments(CFrameInfo& a, CFrameInfo& b) {
     a.syncBytes.swap(b.syncBytes);
     std::swap(a.syncByteCount, b.syncByteCount);
     std::swap(a.noSync, b.noSync);
-    std::swap(a.frameSize, b.frameSize);
     std::swap(a.identity, b.identity);
 }
 
@@ -55,6 +54,7 @@ void ExchangeAttachments(CFrameInfo& a, CFrameInfo& b) {
 void CFrameData::Assign(const CFrameInfo& info, ByteSpan bytes, std::uint64_t streamOffset) {
     if (SameAttachment(Info, info)) {
         Info.frameCounter = info.frameCounter;
+        Info.frameSize = info.frameSize;
         Info.time = info.time;
     } else {
         Info = info;
@@ -71,6 +71,7 @@ void CFrameData::Exchange(CFrameData& other) {
     if (!SameAttachment(Info, other.Info))
         ExchangeAttachments(Info, other.Info);
     std::swap(Info.frameCounter, other.Info.frameCounter);
+    std::swap(Info.frameSize, other.Info.frameSize);
     std::swap(Info.time, other.Info.time);
     Bytes.swap(other.Bytes);
     std::swap(StreamOffset, other.StreamOffset);

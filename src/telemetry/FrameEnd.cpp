@@ -9,7 +9,7 @@ namespace qor {
 
 Ending CFrameEnd::Find(const AttachedInstrument& instrument, ByteSpan bytes, bool declared,
                        bool ended, std::size_t& length) {
-    if (!instrument.info.terminator.empty())
+    if (instrument.byTerminator)
         return FindTerminator(instrument, bytes, declared, ended, length);
     length = instrument.frameLength;
     if (length > LongestFixedFrame)

@@ -19,23 +19,27 @@ bool CFrameQueue::Pop(CFrameData& frame) {
     if (Count == 0)
         return false;
     frame.Exchange(Slots[First]);
-    DropFront();
+    Release(frame.Bytes.size());
     return true;
 }
 
 void CFrameQueue::DropFront() {
-    if (Count == 0)
-        return;
+    if (Count != 0)
+        Release(Slots[First].Bytes.size());
+}
+
+// An emptied ring begins again at its start: a reader that keeps up stays in the same few slots.
+void CFrameQueue::Release(std::size_t bytes) {
     First = Wrapped(First + 1);
-    // An emptied ring begins again at its start: a reader that keeps up stays in the same few
-    // slots.
+    Held -= bytes;
     if (--Count == 0)
-        First = 0;
+        Clear();
 }
 
 void CFrameQueue::Clear() {
     First = 0;
     Count = 0;
+    Held = 0;
 }
 
 } // namespace qor

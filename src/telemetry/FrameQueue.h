@@ -14,12 +14,16 @@ class CFrameQueue {
   public:
     std::size_t Size() const { return Count; }
     bool Empty() const { return Count == 0; }
+    /// What the queued frames take: their bytes, and a record each. It holds as long as nobody
+    /// exchanges the bytes of a frame in place.
+    std::uint64_t Memory() const { return Held + Count * sizeof(CFrameData); }
     /// Appends a frame of these bytes and this instrument's record.
     CFrameData& Push(const CFrameInfo& info, ByteSpan bytes, std::uint64_t streamOffset) {
         if (Count == Slots.size())
             Grow();
         CFrameData& slot = Slots[Wrapped(First + Count++)];
         slot.Assign(info, bytes, streamOffset);
+        Held += bytes.size();
         return slot;
     }
     /// The oldest frame; the queue must not be empty.
@@ -38,10 +42,12 @@ class CFrameQueue {
         return index < Slots.size() ? index : index - Slots.size();
     }
     void Grow();
+    void Release(std::size_t bytes);
 
     std::vector<CFrameData> Slots;
     std::size_t First = 0;
     std::size_t Count = 0;
+    std::uint64_t Held = 0; ///< bytes of the queued frames
 };
 
 } // namespace qor

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace qor {
 
@@ -98,24 +99,43 @@ void CFrameSync::Commit(std::size_t bytes) {
         instrument.endless = false;
 }
 
-// Decided: silence at the end of a line does not make the next line a partial one; instruments that
-// pause between lines would never give a frame. Kept: a global string that has passed is not waited
-// for again.
+PassResult CFrameSync::GoIdle() {
+    Settling = true;
+    PassResult pass = RunPass();
+    Settling = false;
+    ResetSync();
+    return pass;
+}
+
+PassResult CFrameSync::CutRest() {
+    const StreamFigures before = Counted;
+    EndOfStream();
+    PassResult pass = RunPass();
+    Counted.bytesDiscarded = before.bytesDiscarded + Counted.bytesLost - before.bytesLost;
+    return pass;
+}
+
+// Decided: silence between lines makes the next byte the first of a line, whatever came before;
+// instruments that pause between lines would never give a frame. Kept: a global string that has
+// passed is not waited for again.
 void CFrameSync::ResetSync() {
     LoseFrame();
-    if (!Queue.Empty())
-        Attached.Special().LoseLine();
+    if (Queue.Empty())
+        Attached.BeginLine();
+    else
+        Attached.LoseLine();
     for (AttachedInstrument& instrument : Attached)
         instrument.foundReported = false;
 }
 
 void CFrameSync::ForgetBytes() {
     ResetSync();
-    Attached.Special().LoseLine();
+    Attached.LoseLine();
+    Attached.SetRawLog(false);
     Queue.Clear();
     Arrivals.Clear();
     Filter.Reset();
-    RefreshTagged();
+    Records.Reset();
     Global.ForgetBytes();
     AtBoundary = true;
     Commit(0);
@@ -129,6 +149,7 @@ void CFrameSync::LoseFrame() {
 }
 
 void CFrameSync::Discard(std::size_t bytes) {
+    AtBoundary = AtBoundary && bytes == 0;
     Queue.Consume(bytes);
     Counted.bytesDiscarded += bytes;
 }
@@ -157,17 +178,17 @@ bool CFrameSync::Synchronise() {
 CFrameSync::Step CFrameSync::SynchronisationStep() {
     if (!Global.Passed())
         return SearchGlobalString();
-    AtBoundary =
-        AtBoundary && Source == StreamSource::File && Filter.MayStandHere(Queue.Bytes()[0]);
-    if (AtBoundary)
+    if (Source == StreamSource::File && AtBoundary && Filter.MayStandHere(Queue.Bytes()[0]))
         if (std::optional<Step> step = SkipRecord())
             return *step;
     if (!Attached.AnyEnabled()) {
         Discard(Queue.Size());
-        Attached.Special().LoseLine();
+        Attached.LoseLine();
         return Step::Wait;
     }
-    return ChainAfter ? MatchChain() : SearchHeader();
+    if (ChainAfter)
+        return MatchChain();
+    return Attached.Headerless().empty() || Attached.IsAlone() ? SearchHeader() : SearchRecord();
 }
 
 CFrameSync::Step CFrameSync::SearchGlobalString() {
@@ -183,11 +204,11 @@ CFrameSync::Step CFrameSync::SearchGlobalString() {
 /// Takes out what a raw log holds between frames; empty when a frame may begin at the head.
 std::optional<CFrameSync::Step> CFrameSync::SkipRecord() {
     std::optional<std::size_t> length = Filter.Skippable(Queue.Bytes(), Ended);
+    Attached.SetRawLog(Filter.IsRawLog());
     if (!length)
         return Step::Wait;
     Queue.Consume(*length);
-    AtBoundary = *length != 0;
-    return AtBoundary ? std::optional(Step::Again) : std::nullopt;
+    return *length != 0 ? std::optional(Step::Again) : std::nullopt;
 }
 
 /// The instruments attached after the one whose frame was cut come first at the frame's end.
@@ -218,16 +239,26 @@ bool CFrameSync::GuessFollower() {
 }
 
 CFrameSync::Step CFrameSync::SearchHeader() {
-    CSpecialSync& special = Attached.Special();
-    SearchResult result = special.Active()
-                              ? special.Search(Queue.Bytes(), SearchBound, Ended)
-                              : Attached.Headers().Search(Queue.Bytes(), SearchBound, Ended);
+    const bool alone = !Attached.Headerless().empty();
+    SearchResult result = alone ? Attached[0].special.Search(Queue.Bytes(), SearchBound, Ended)
+                                : Attached.Headers().Search(Queue.Bytes(), SearchBound, Ended);
     Discard(result.position);
     if (result.outcome == SearchResult::Outcome::Pending)
         return Step::Wait;
     if (result.outcome == SearchResult::Outcome::Found)
-        SetFound(Attached.PositionOf(result.candidate));
+        SetFound(alone ? 0 : Attached.PositionOf(result.candidate));
     return Step::Again;
+}
+
+/// The same in a raw log that holds frames without sync header too.
+CFrameSync::Step CFrameSync::SearchRecord() {
+    RecordResult result =
+        Records.Search(Attached, Queue.Bytes(), Queue.Offset(), AtBoundary, Ended);
+    Discard(result.position);
+    if (result.outcome == RecordResult::Outcome::Found)
+        SetFound(result.instrument);
+    AtBoundary = AtBoundary || result.outcome == RecordResult::Outcome::Boundary;
+    return result.outcome == RecordResult::Outcome::Pending ? Step::Wait : Step::Again;
 }
 
 void CFrameSync::SetFound(std::size_t position) {
@@ -241,7 +272,7 @@ void CFrameSync::SetFound(std::size_t position) {
 bool CFrameSync::ExtractFrame() {
     AttachedInstrument& instrument = Attached[*Found];
     // A port waits until the declared size has come; a file need not, the frame is the same.
-    const bool declared = Source != StreamSource::File && !Attached.Special().Lines();
+    const bool declared = Source != StreamSource::File && !Settling && instrument.HasHeader();
     std::size_t length = 0;
     Ending ending = FrameEnd.Find(instrument, Queue.Bytes(), declared, Ended, length);
     if (ending == Ending::Waiting)
@@ -286,45 +317,69 @@ void CFrameSync::QueueFrame(AttachedInstrument& instrument, std::size_t length,
     CFrameInfo& info = instrument.info;
     ++info.frameCounter;
     info.time = time;
-    if (Source != StreamSource::File && Queued.Size() > MaxDepth) {
-        Sink.Raise({EventKind::FramesLost, ResourceName,
-                    Format("%s frame buffer exceeded maximum depth.\r\n", ResourceName.c_str())});
-        Counted.bytesDiscarded += Queued.Front().Bytes.size();
-        Queued.DropFront();
-    }
+    if (Source != StreamSource::File)
+        MakeRoom(length);
     if (!instrument.foundReported) {
         Sink.Report(Format("%s found on %s.\r\n", info.syncHeader.c_str(), ResourceName.c_str()));
         instrument.foundReported = true;
     }
+    instrument.endlessTold = false;
     Queued.Push(info, Queue.Bytes().first(length), Queue.Offset());
     Pass.framesQueued = true;
     ++Counted.framesCut;
     BytesCut += length;
 }
 
+void CFrameSync::MakeRoom(std::size_t bytes) {
+    // Kept: one frame more than the depth is queued, and each one that is lost for it is told.
+    if (Queued.Size() > MaxDepth) {
+        Sink.Raise({EventKind::FramesLost, ResourceName,
+                    Format("%s frame buffer exceeded maximum depth.\r\n", ResourceName.c_str())});
+        LoseOldest();
+    }
+    Losing = Losing && !Queued.Empty();
+    if (MaxBytes == 0)
+        return;
+    while (!Queued.Empty() && Queued.Memory() + bytes + sizeof(CFrameData) > MaxBytes) {
+        if (!std::exchange(Losing, true))
+            Sink.Raise({EventKind::FramesLost, ResourceName,
+                        Format("%s frame buffer is full: the oldest frames are lost.\r\n",
+                               ResourceName.c_str())});
+        LoseOldest();
+    }
+}
+
+void CFrameSync::LoseOldest() {
+    const std::size_t bytes = Queued.Front().Bytes.size();
+    ++Counted.framesLost;
+    Counted.bytesLost += bytes;
+    Counted.bytesDiscarded += bytes;
+    Queued.DropFront();
+}
+
 /// The search goes on behind the header of a frame that has no end.
 void CFrameSync::GiveUpFrame(AttachedInstrument& instrument, Ending ending) {
     std::size_t header = std::max<std::size_t>(instrument.info.syncHeader.size(), 1);
     if (ending == Ending::Endless) {
-        Sink.Raise({EventKind::BytesLost, ResourceName,
-                    Format("No frame terminator of %s within %zu bytes on %s.\r\n",
-                           instrument.info.instrumentName.c_str(), CFrameEnd::LongestTextFrame,
-                           ResourceName.c_str())});
+        if (!std::exchange(instrument.endlessTold, true))
+            Sink.Raise({EventKind::BytesLost, ResourceName,
+                        Format("No frame terminator of %s within %zu bytes on %s.\r\n",
+                               instrument.info.instrumentName.c_str(), CFrameEnd::LongestTextFrame,
+                               ResourceName.c_str())});
         header = CFrameEnd::LongestTextFrame;
     } else if (ending == Ending::TooLong) {
-        if (!instrument.tooLong)
+        if (!std::exchange(instrument.tooLong, true))
             Sink.Raise({EventKind::BytesLost, ResourceName,
                         Format("Frames of %s are longer than %zu bytes and are not cut on %s.\r\n",
                                instrument.info.instrumentName.c_str(), CFrameEnd::LongestFixedFrame,
                                ResourceName.c_str())});
-        instrument.tooLong = true;
-    } else if (!instrument.info.terminator.empty()) {
+    } else if (instrument.byTerminator) {
         instrument.endless = true;
     }
-    if (Attached.Special().Lines() && Ended)
+    if (Attached.IsAlone() && instrument.rule == FrameRule::Lines && Ended)
         header = Queue.Size();
     Discard(std::min(header, Queue.Size()));
-    Attached.Special().LoseLine();
+    Attached.LoseLine();
     LoseFrame();
 }
 

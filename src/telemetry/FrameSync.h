@@ -14,6 +14,7 @@
 #include "telemetry/FrameEnd.h"
 #include "telemetry/FrameQueue.h"
 #include "telemetry/GlobalSync.h"
+#include "telemetry/RecordSearch.h"
 #include "telemetry/ReplayFilter.h"
 
 #include <optional>
@@ -43,7 +44,9 @@ struct PassResult {
 struct StreamFigures {
     std::uint64_t bytesReceived = 0;
     std::uint64_t bytesDiscarded = 0;
-    std::uint64_t framesCut = 0; ///< dropped ones included
+    std::uint64_t framesCut = 0;  ///< lost ones included
+    std::uint64_t framesLost = 0; ///< dropped because the queue was full
+    std::uint64_t bytesLost = 0;  ///< of these; they count as discarded too
 };
 
 class CFrameSync {
@@ -57,6 +60,8 @@ class CFrameSync {
     void SetGlobalSync(const std::string& text) { Global.SetText(text); }
     /// 0 or less: the default of 200.
     void SetMaxFrameDepth(std::int32_t frames);
+    /// Bounds the memory of the queued frames too; 0: does not.
+    void SetMaxFrameBytes(std::uint64_t bytes) { MaxBytes = bytes; }
     /// An instrument (by name) whose frames carry no time tag in the raw log: the one in the GPS
     /// role. What follows its frames is not looked at as a tag.
     void SetUntagged(const std::string& instrumentName, bool untagged);
@@ -87,15 +92,20 @@ class CFrameSync {
     CFrameQueue& Frames() { return Queued; }
     const StreamFigures& Figures() const { return Counted; }
     void ResetBytesDiscarded() { Counted.bytesDiscarded = 0; }
-    /// Idle: back to searching, found-reported flags cleared; bytes and queued frames stay. A
-    /// global string that has passed is not waited for again.
-    void ResetSync();
+    /// An idle period: a frame whose terminator has come waits for its declared size no longer.
+    /// Then back to searching, found-reported flags cleared; bytes and queued frames stay. A global
+    /// string that has passed is not waited for again.
+    PassResult GoIdle();
+    /// The port is about to be closed: what lies complete in the byte queue is cut, as at the end
+    /// of a file. The rest is no junk, only cut short, and does not count as discarded.
+    PassResult CutRest();
     /// The connection is over: as ResetSync, and every byte goes; queued frames stay.
     void ForgetBytes();
 
   private:
     enum class Step { Again, Wait };
 
+    void ResetSync();
     void LoseFrame();
     void Discard(std::size_t bytes);
     void RefreshTagged();
@@ -107,12 +117,15 @@ class CFrameSync {
     Step MatchChain();
     bool GuessFollower();
     Step SearchHeader();
+    Step SearchRecord();
     void SetFound(std::size_t position);
 
     bool ExtractFrame();
     bool TimeFrame(const AttachedInstrument& instrument, std::size_t length, FrameTime& time,
                    std::size_t& tagSize);
     void QueueFrame(AttachedInstrument& instrument, std::size_t length, const FrameTime& time);
+    void MakeRoom(std::size_t bytes);
+    void LoseOldest();
     void GiveUpFrame(AttachedInstrument& instrument, Ending ending);
 
     CMessageSink& Sink;
@@ -120,16 +133,20 @@ class CFrameSync {
     StreamSource Source;
     std::size_t SearchBound = 1024;
     std::size_t MaxDepth;
+    std::uint64_t MaxBytes = 0;
+    bool Losing = false; ///< frames were lost for MaxBytes since the queue was last empty
 
     CByteQueue Queue;
     CArrivalTimes Arrivals;
     CReplayFilter Filter;
+    CRecordSearch Records;
     CGlobalSync Global;
     CAttachedInstruments Attached;
     std::vector<std::string> UntaggedNames;
     CFrameQueue Queued;
     StreamFigures Counted;
     bool Ended = false;
+    bool Settling = false; ///< an idle period's pass
 
     bool AtBoundary = true;                ///< a raw log's records and sentences may stand here
     std::optional<std::size_t> ChainAfter; ///< whose frame was cut just before the head

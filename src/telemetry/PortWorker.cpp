@@ -14,10 +14,44 @@ namespace qor {
 namespace {
 
 constexpr int WaitMilliseconds = 100;
+constexpr int PauseMilliseconds = 50;
 constexpr std::size_t BufferReserve = 100;
 
 } // namespace
 
+bool CPortWorker::Start(CSerialPort& port) {
+    Port = &port;
+    Answered.Clear();
+    Finished.Clear();
+    Stop.Clear();
+    Running = ReadPending = StatusPending = false;
+    Idle = 0;
+    LastError = 0;
+    if (!Thread.Start(ThreadPriority::TimeCritical, [this] { Run(); }))
+        return false;
+    Answered.Wait();
+    if (!Running)
+        Thread.Join();
+    return Running;
+}
+
+bool CPortWorker::WaitForEnd(CClock& clock, int longestMilliseconds) const {
+    const std::int64_t begun = clock.MonotonicMilliseconds();
+    while (!Finished.Wait(PauseMilliseconds))
+        if (clock.MonotonicMilliseconds() - begun >= longestMilliseconds)
+            return false;
+    return true;
+}
+
+void CPortWorker::Run() {
+    CommResult result = Work();
+    Memory.reset();
+    Resource.WorkerEnds(result, LastError);
+    Answered.Set();
+    Finished.Set();
+}
+
+/// Works until it is told to stop (Success) or something fails (the abort code).
 CommResult CPortWorker::Work() {
     if (CommResult result = Prepare(); result != CommResult::Success)
         return result;
@@ -28,12 +62,14 @@ CommResult CPortWorker::Work() {
         if (!StatusPending)
             if (CommResult result = IssueStatusWait(); result != CommResult::Success)
                 return result;
-        if (!started)
-            Resource.WorkerRuns();
+        if (!started) {
+            Running = true;
+            Answered.Set();
+        }
         if (ReadPending || StatusPending)
             if (CommResult result = WaitForEither(); result != CommResult::Success)
                 return result;
-        if (Resource.Stop.IsSet())
+        if (Stop.IsSet())
             return CommResult::Success;
     }
 }
@@ -44,7 +80,7 @@ CommResult CPortWorker::Prepare() {
         std::calloc(std::size_t{Resource.Serial.bufferSize} + BufferReserve, 1)));
     if (Memory == nullptr)
         return Failed(CommResult::ReadBufferNotAllocated, SystemErrorNoMemory);
-    if (SystemError error = Port.CreateInput())
+    if (SystemError error = Port->CreateInput())
         return Failed(CommResult::InputEventNotCreated, error);
     // Clears errors from before. A failure is left to the first decoding that matters: bytes may
     // well come without it.
@@ -54,9 +90,9 @@ CommResult CPortWorker::Prepare() {
 
 CommResult CPortWorker::IssueRead() {
     std::size_t got = 0;
-    IssueResult issued = Port.IssueRead({Memory.get(), Resource.Serial.bufferSize}, got);
+    IssueResult issued = Port->IssueRead({Memory.get(), Resource.Serial.bufferSize}, got);
     if (issued == IssueResult::Failed)
-        return Failed(CommResult::ReadNotIssued, Port.LastError());
+        return Failed(CommResult::ReadNotIssued, Port->LastError());
     ReadPending = issued == IssueResult::Pending;
     Idle = 0;
     if (!ReadPending)
@@ -66,16 +102,16 @@ CommResult CPortWorker::IssueRead() {
 
 CommResult CPortWorker::IssueStatusWait() {
     std::uint32_t mask = 0;
-    IssueResult issued = Port.IssueStatusWait(mask);
+    IssueResult issued = Port->IssueStatusWait(mask);
     if (issued == IssueResult::Failed)
-        return Failed(CommResult::StatusWaitNotIssued, Port.LastError());
+        return Failed(CommResult::StatusWaitNotIssued, Port->LastError());
     StatusPending = issued == IssueResult::Pending;
     return StatusPending ? CommResult::Success : DecodeStatus(mask);
 }
 
 CommResult CPortWorker::WaitForEither() {
     // A read that completed at once may have left bytes behind: only look, then read again.
-    switch (Port.Wait(ReadPending ? WaitMilliseconds : 0)) {
+    switch (Port->Wait(ReadPending ? WaitMilliseconds : 0)) {
     case WaitResult::ReadDone:
         return CollectRead();
     case WaitResult::StatusDone:
@@ -90,7 +126,7 @@ CommResult CPortWorker::WaitForEither() {
 
 CommResult CPortWorker::CollectRead() {
     std::size_t got = 0;
-    if (SystemError error = Port.CollectRead(got))
+    if (SystemError error = Port->CollectRead(got))
         return Failed(CommResult::ReadNotCollected, error);
     ReadPending = false;
     Idle = 0;
@@ -100,14 +136,14 @@ CommResult CPortWorker::CollectRead() {
 
 CommResult CPortWorker::CollectStatus() {
     std::uint32_t mask = 0;
-    if (SystemError error = Port.CollectStatus(mask))
+    if (SystemError error = Port->CollectStatus(mask))
         return Failed(CommResult::StatusNotCollected, error);
     StatusPending = false;
     return DecodeStatus(mask);
 }
 
 CommResult CPortWorker::DecodeStatus(std::uint32_t mask) {
-    return Resource.Line.Decode(Port, Resource.Name(), mask, LastError);
+    return Resource.Line.Decode(*Port, Resource.Name(), mask, LastError);
 }
 
 void CPortWorker::CountSilence() {

@@ -139,6 +139,10 @@ std::optional<FrameTime> ParseTimeTag(ByteSpan tag) {
     return CTimeTagReader().Read(tag);
 }
 
+bool MayBeginTimeTag(std::uint8_t first) {
+    return first >= FirstTagYear * 1000 >> 16 && first <= (LastTagYear * 1000 + 366) >> 16;
+}
+
 std::optional<FrameTime> CTimeTagReader::Read(ByteSpan tag) {
     if (tag.size() < TimeTagSize)
         return {};

@@ -72,6 +72,9 @@ std::array<std::uint8_t, TimeTagSize> MakeTimeTag(const FrameTime& time);
 /// 1970 to 2199; a day, hour, minute, second and millisecond that exist).
 std::optional<FrameTime> ParseTimeTag(ByteSpan tag);
 
+/// False when no tag begins with the byte: the quick test for most places.
+bool MayBeginTimeTag(std::uint8_t first);
+
 /// Reads the tags of a log one after another, working out each date only once.
 class CTimeTagReader {
   public:

@@ -19,6 +19,7 @@ struct SerialResourceSettings {
     std::string globalSyncString;      ///< empty: no global synchronisation
     std::int32_t idleTimeoutCount = 0; ///< 100 ms waits before "waiting"; <= 0: 15
     std::int32_t maxFrameDepth = 0;    ///< frames queued at most; <= 0: 200
+    std::uint64_t maxFrameBytes = 0;   ///< memory of the queued frames at most; 0: the depth alone
 };
 
 struct FileResourceSettings {

@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
 // A resource's settings, connection, instruments, frames and figures: what is done under its locks.
-// Only the functions from RunWorker to Abort run on the worker's thread; the worker that aborts
+// Only the functions from ReceiveBytes to Abort run on the worker's thread; the worker that aborts
 // closes the port itself and never waits for its own end.
 #include "telemetry/TelemComm.h"
 
 #include "base/Text.h"
 #include "platform/FileErrorText.h"
 #include "platform/SystemText.h"
-#include "telemetry/PortWorker.h"
 
 #include <tuple>
 #include <utility>
@@ -17,8 +16,7 @@ namespace qor {
 
 namespace {
 
-/// The first look at whether the worker has ended, and how long its end is waited for after that.
-constexpr int FirstPauseMilliseconds = 50;
+/// How long a disconnection waits for the worker's end.
 constexpr int LongestWaitMilliseconds = 5000;
 
 } // namespace
@@ -26,7 +24,7 @@ constexpr int LongestWaitMilliseconds = 5000;
 CTelemComm::CTelemComm(CMessageSink& sink, CProcessCommand* commands, CClock& clock,
                        SerialPortFactory makePort)
     : Sink(sink), Commands(commands), Clock(clock), Sync(sink, {}, StreamSource::Port),
-      Player(sink, commands), Port(sink, std::move(makePort)), Line(sink) {}
+      Player(sink, commands), Port(sink, std::move(makePort)), Line(sink), Worker(*this) {}
 
 CTelemComm::~CTelemComm() {
     std::ignore = Disconnect();
@@ -69,6 +67,7 @@ CommResult CTelemComm::InitialiseSerial(const SerialResourceSettings& settings) 
         Sync.SetSearchBound(settings.bufferSize);
         Sync.SetGlobalSync(settings.globalSyncString);
         Sync.SetMaxFrameDepth(settings.maxFrameDepth);
+        Sync.SetMaxFrameBytes(settings.maxFrameBytes);
     }
     std::string line =
         Format("Initializing serial communications on %s.\r\n", ResourceName.c_str());
@@ -113,9 +112,8 @@ CommResult CTelemComm::Connect(bool quiet) {
         return Fail("Unable to open serial port communications.\r\n", CommResult::NotInitialised);
     const std::string refusal =
         Format("Unable to open serial port communications on %s.\r\n", ResourceName.c_str());
-    // A worker that aborted may still be closing the port.
-    if (IsDisconnecting())
-        Worker.Join();
+    if (CommResult result = ClearOldRun(); result != CommResult::Success)
+        return quiet ? result : Fail(refusal, result);
     {
         CLock lock(StatusLock);
         if (Connected)
@@ -142,24 +140,34 @@ CommResult CTelemComm::Connect(bool quiet) {
     return CommResult::Success;
 }
 
+/// A worker that aborted may still be closing the port. One that was told to stop and had not ended
+/// in time left the port open: it is closed here once the worker has ended.
+CommResult CTelemComm::ClearOldRun() {
+    bool aborting, left;
+    {
+        CLock lock(StatusLock);
+        aborting = Disconnecting;
+        left = Connected && !Disconnecting && Worker.StopRequested();
+    }
+    if (left && !Worker.HasEnded())
+        return CommResult::StillConnected;
+    if (aborting || left)
+        Worker.Join();
+    if (left)
+        std::ignore = ClosePort(); // what could not be restored is told, and opened again
+    return CommResult::Success;
+}
+
 CommResult CTelemComm::StartWorker() {
-    Answered.Clear();
-    Finished.Clear();
-    Stop.Clear();
-    Running = false;
     {
         // Connected from here on: a worker that aborts at once disconnects like any other.
         CLock lock(StatusLock);
         Connected = true;
     }
-    if (!Worker.Start(ThreadPriority::TimeCritical, [this] { RunWorker(); })) {
-        std::ignore = ClosePort();
-        return CommResult::WorkerNotStarted;
-    }
-    Answered.Wait();
-    if (Running)
+    if (Worker.Start(*Port))
         return CommResult::Success;
-    Worker.Join();
+    if (IsConnected()) // there was no thread for it
+        std::ignore = ClosePort();
     return CommResult::WorkerNotStarted;
 }
 
@@ -181,10 +189,10 @@ CommResult CTelemComm::Disconnect(CFrameQueue* left) {
             HandOver(left);
         return CommResult::Success;
     }
-    Stop.Set();
-    bool ended = Finished.Wait(FirstPauseMilliseconds);
+    Worker.RequestStop();
+    Worker.WaitForEnd(Clock, 0);
     Sink.Report(Format("%s disconnection successful.\r\n", ResourceName.c_str()));
-    if (!ended && !Finished.Wait(LongestWaitMilliseconds)) {
+    if (!Worker.WaitForEnd(Clock, LongestWaitMilliseconds)) {
         // Closing a port under a worker that still uses it could hand its bytes to another file.
         CLock lock(StatusLock);
         Disconnecting = false;
@@ -217,19 +225,6 @@ CommResult CTelemComm::ClosePort() {
     return result;
 }
 
-void CTelemComm::RunWorker() {
-    CPortWorker worker(*this, *Port);
-    if (CommResult result = worker.Work(); result != CommResult::Success)
-        Abort(result, worker.Error());
-    Answered.Set();
-    Finished.Set();
-}
-
-void CTelemComm::WorkerRuns() {
-    Running = true;
-    Answered.Set();
-}
-
 /// The byte handler and the processing pass: at once, because the next read may complete too and
 /// would make these frames look later.
 void CTelemComm::ReceiveBytes(ByteSpan bytes) {
@@ -258,26 +253,44 @@ void CTelemComm::PostPass(const PassResult& pass) {
 }
 
 void CTelemComm::ReportSilence() {
+    PassResult pass;
     bool wasWaiting;
     {
         CLock status(StatusLock);
         CLock lock(FrameLock);
-        Sync.ResetSync();
+        pass = Sync.GoIdle();
         wasWaiting = std::exchange(Waiting, true);
     }
+    PostPass(pass);
     if (wasWaiting || Commands == nullptr)
         return;
     PostStatus();
     Sink.Report(Format("%s waiting for telemetry.\r\n", ResourceName.c_str()));
 }
 
+/// What was received whole is cut, however the worker ends.
+void CTelemComm::WorkerEnds(CommResult result, SystemError error) {
+    PassResult pass;
+    {
+        CLock status(StatusLock);
+        CLock lock(FrameLock);
+        pass = Sync.CutRest();
+    }
+    PostPass(pass);
+    if (result != CommResult::Success)
+        Abort(result, error);
+}
+
 void CTelemComm::Abort(CommResult code, SystemError error) {
+    const FrameTime now = Clock.Now();
     {
         CLock lock(StatusLock);
-        // Somebody is disconnecting already: the failure no longer matters.
-        if (Disconnecting)
+        // Somebody is disconnecting already, or will: the failure no longer matters.
+        if (Disconnecting || Worker.StopRequested())
             return;
         AbortCode = static_cast<std::uint32_t>(code);
+        LastLoss = {code, error, now, Clock.MonotonicMilliseconds()};
+        ++Losses;
         Disconnecting = true;
     }
     std::ignore = Fail(Format("Telemetry acquisition aborted on %s.\r\n", ResourceName.c_str()),
@@ -382,11 +395,6 @@ bool CTelemComm::IsConnected() const {
     return Connected;
 }
 
-bool CTelemComm::IsDisconnecting() const {
-    CLock lock(StatusLock);
-    return Disconnecting;
-}
-
 bool CTelemComm::AtEnd() const {
     CLock lock(FrameLock);
     return Player.AtEnd();
@@ -403,11 +411,17 @@ ResourceFigures CTelemComm::Figures() const {
     figures.connected = Connected;
     figures.abortCode = AbortCode;
     figures.connectError = ConnectError;
+    figures.lastLoss = LastLoss;
+    figures.losses = Losses;
+    figures.lineErrors = Line.Counts();
     CLock lock(FrameLock);
     figures.waiting = Waiting;
-    figures.bytesReceived = Sync.Figures().bytesReceived;
-    figures.bytesDiscarded = Sync.Figures().bytesDiscarded;
-    figures.framesCut = Sync.Figures().framesCut;
+    const StreamFigures& stream = Sync.Figures();
+    figures.bytesReceived = stream.bytesReceived;
+    figures.bytesDiscarded = stream.bytesDiscarded;
+    figures.framesCut = stream.framesCut;
+    figures.framesLost = stream.framesLost;
+    figures.bytesLost = stream.bytesLost;
     return figures;
 }
 

@@ -12,10 +12,10 @@
 #include "base/Lock.h"
 #include "base/MessageSink.h"
 #include "platform/Clock.h"
-#include "platform/Worker.h"
 #include "telemetry/FilePlayer.h"
 #include "telemetry/LineStatus.h"
 #include "telemetry/OpenPort.h"
+#include "telemetry/PortWorker.h"
 
 #include <atomic>
 #include <optional>
@@ -31,15 +31,28 @@ enum class ResourceState : std::uint32_t {
     SerialReporting = 4,
 };
 
-/// A moment's figures of a resource, for status lines.
+/// How a connection ended by itself.
+struct PortLoss {
+    CommResult code = CommResult::Success; ///< the abort code; Success: none was lost yet
+    SystemError error = 0;                 ///< the system's reason
+    FrameTime time;
+    std::int64_t milliseconds = 0; ///< the same moment on the monotonic clock
+};
+
+/// A moment's figures of a resource, for status lines. Counts go on through reconnections.
 struct ResourceFigures {
     bool connected = false;
     bool waiting = false; ///< "waiting for telemetry" was reported
     std::uint32_t abortCode = 0;
+    PortLoss lastLoss;              ///< kept when the abort code is reset and the port is back
+    std::uint32_t losses = 0;       ///< how often the port was lost
     std::uint32_t connectError = 0; ///< system error that the last attempt to connect ended with
     std::uint64_t bytesReceived = 0;
     std::uint64_t bytesDiscarded = 0;
     std::uint64_t framesCut = 0;
+    std::uint64_t framesLost = 0; ///< dropped because nobody took them in time
+    std::uint64_t bytesLost = 0;  ///< of these frames; they count as discarded too
+    LineErrorCounts lineErrors{}; ///< by LineErrorKind
 };
 
 class CTelemComm {
@@ -55,12 +68,14 @@ class CTelemComm {
     CommResult InitialiseFile(const FileResourceSettings& settings, CFile file)
         EXCLUDES(OperationLock);
     /// Opens the port and starts the worker; returns when the worker runs. Success without change
-    /// when connected already, and for a file.
+    /// when connected already, and for a file. After an abort its code must be reset first. A
+    /// worker that had not ended when it was disconnected is waited for no longer: StillConnected
+    /// until it has ended, then the connection is made.
     /// `quiet`: a port that cannot be opened is not reported (it is tried over and over).
     CommResult Connect(bool quiet = false) EXCLUDES(OperationLock, StatusLock);
     /// Tells the worker to end, and returns at once. Disconnect still has to follow: with many
     /// ports, telling all of them first makes their workers end at the same time.
-    void RequestStop() { Stop.Set(); }
+    void RequestStop() { Worker.RequestStop(); }
     /// Ends the worker and closes the port. Frames that are still queued when the worker has ended,
     /// also one that ended by itself, go to `left` (when given) before the queue is emptied, so
     /// that a disconnection loses none.
@@ -109,16 +124,15 @@ class CTelemComm {
         return Kind == ResourceState::Serial || Kind == ResourceState::SerialReporting;
     }
     bool IsConnected() const EXCLUDES(StatusLock);
-    bool IsDisconnecting() const EXCLUDES(StatusLock);
+    CommResult ClearOldRun() REQUIRES(OperationLock) EXCLUDES(StatusLock);
     CommResult StartWorker() EXCLUDES(StatusLock);
     CommResult ClosePort() EXCLUDES(StatusLock, FrameLock);
     void HandOver(CFrameQueue* left) EXCLUDES(FrameLock);
 
     // On the worker's thread.
-    void RunWorker();
-    void WorkerRuns();
     void ReceiveBytes(ByteSpan bytes) EXCLUDES(StatusLock, FrameLock);
     void ReportSilence() EXCLUDES(StatusLock, FrameLock);
+    void WorkerEnds(CommResult result, SystemError error) EXCLUDES(StatusLock, FrameLock);
     void PostPass(const PassResult& pass);
     void Abort(CommResult code, SystemError error) EXCLUDES(StatusLock);
 
@@ -142,6 +156,8 @@ class CTelemComm {
     bool Disconnecting GUARDED_BY(StatusLock) = false;
     std::uint32_t AbortCode GUARDED_BY(StatusLock) = 0;
     SystemError ConnectError GUARDED_BY(StatusLock) = 0;
+    PortLoss LastLoss GUARDED_BY(StatusLock);
+    std::uint32_t Losses GUARDED_BY(StatusLock) = 0;
 
     CFrameSync Sync GUARDED_BY(FrameLock);
     CFilePlayer Player GUARDED_BY(FrameLock);
@@ -150,12 +166,7 @@ class CTelemComm {
     COpenPort Port; ///< handed from thread to thread, see there
     CLineStatus Line;
 
-    CEvent Answered; ///< the worker runs, or has ended without
-    CEvent Finished; ///< the worker has ended
-    CEvent Stop;
-    std::atomic<bool> Running = false; ///< it has issued its first read and status wait
-    /// Started and joined under OperationLock. The last member: joined before what it uses goes.
-    CWorker Worker;
+    CPortWorker Worker; ///< the last member: ends before what it uses goes
 };
 
 } // namespace qor

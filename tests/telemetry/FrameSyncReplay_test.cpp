@@ -65,6 +65,80 @@ TEST(FrameSyncReplay, RawLogsComeBackAsTheyWereLogged) {
                 << c.why << ", chunks of " << chunk;
 }
 
+/// A line instrument, one of packets (8 bytes), and one with a header and a size.
+const AttachRequest Lines = NoSync(Text("L", ""), "SEABIRD_19SCT");
+const AttachRequest Packets = NoSync(Fixed("P", "PKT", 99), "BSI", {"Q\1R\0", 4});
+const AttachRequest Sized = NoSync(Text("H", "H2", "\r\n", 6), "HOBILABS_HS2_D");
+const std::string PacketFrame("Q\1..+R\0+", 8);
+
+TEST(FrameSyncReplay, WhatWasLoggedWithoutHeaderDecodesAgain) {
+    const std::vector<AttachRequest> all = {Fixed("A", "AA", 4), Lines, Packets, Sized,
+                                            Text("G", "$GPGGA,")};
+    const std::string tag = Tag(Noon);
+    std::string timely = PacketFrame;
+    timely.replace(1, 1, "\10").replace(2, 3, std::string(17, '.')).replace(4, 7, tag);
+    AttachRequest longPackets = Packets;
+    longPackets.syncBytes[1] = 8;
+    const struct {
+        std::string stream;
+        PlainResult expected;
+        const char* why;
+        std::vector<AttachRequest> instruments;
+    } cases[] = {
+        {RawBegin + "12.5\r\n" + tag + "AA12" + tag + PacketFrame + tag + "H2\r\n12" + tag +
+             "$GPGGA,1\r\n" + "13.0\r\n" + tag + Stamp + "\r\n" + tag,
+         {{Frame("L", "12.5\r\n", 128, Noon),
+           Frame("A", "AA12", 141, Noon),
+           {"P", PacketFrame, 152, Noon * 1000},
+           Frame("H", "H2\r\n12", 167, Noon),
+           Frame("G", "$GPGGA,1\r\n", 180),
+           Frame("L", "13.0\r\n", 190, Noon),
+           Frame("L", "\r\n", 234, Noon)},
+          0},
+         "each by its own rule",
+         all},
+        {"12.5\r\n" + tag + "AA12" + PacketFrame,
+         {{Frame("A", "AA12", 13)}, 21},
+         "a capture knows no rules",
+         all},
+        {RawBegin + std::string("unknown", 7) + tag + "12.5\r\n" + tag,
+         {{Frame("L", "12.5\r\n", 142, Noon)}, 14},
+         "what nobody knows ends with its tag",
+         {Lines}},
+        {RawBegin + "$GPGGA,1\r\n$GPRMC,1\r\n12.5\r\n" + tag,
+         {{Frame("L", "12.5\r\n", 148, Noon)}, 20},
+         "sentences that nobody knows have no tag",
+         {Lines}},
+        {RawBegin + "12.5\r\r\n3\r\n" + tag + "5\r\n" + tag + "A!\r\n" + tag.substr(0, 3),
+         {{Frame("L", "12.5\r\r\n3\r\n", 128, Noon), Frame("L", "5\r\n", 145, Noon),
+           Frame("L", "A!\r\n", 155)},
+          3},
+         "lines as they were cut, the last one with half a tag",
+         {Lines}},
+        {RawBegin + "xx\r\n12.5", {{}, 8}, "a line without tag is none", {Lines}},
+        {RawBegin + timely + tag + PacketFrame.substr(0, 5) + tag,
+         {{{"P", timely, 128, Noon * 1000}}, 12},
+         "packets may hold what reads as a time",
+         {longPackets}},
+        {RawBegin + "..AA12" + tag + "..12.5\r\n" + tag,
+         {{Frame("A", "AA12", 130, Noon), Frame("L", "..12.5\r\n", 141, Noon)}, 2},
+         "a header behind junk is found, a line is whatever ends as one",
+         all},
+    };
+    for (const auto& c : cases)
+        for (std::size_t chunk = 1; chunk <= c.stream.size(); chunk += 1 + chunk / 8)
+            ASSERT_EQ(Play(c.instruments, c.stream, [chunk] { return chunk; }), c.expected)
+                << c.why << ", chunks of " << chunk;
+}
+
+// A stream without any tag costs a megabyte at a time, and a search that is not quadratic.
+TEST(FrameSyncReplay, WhatHoldsNoTagIsGivenUpInPieces) {
+    const std::string junk = RawBegin + std::string((3U << 20) - 1, 'x') + "\n";
+    PlainResult result = Play({Lines, Fixed("A", "AA", 4)}, junk + "AA12", [] { return 5000; });
+    EXPECT_EQ(result.frames, std::vector<PlainFrame>{Frame("A", "AA12", junk.size())});
+    EXPECT_EQ(result.discarded, 3U << 20);
+}
+
 TEST(FrameSyncReplay, TheQueueDepthNeverCutsAFileShort) {
     CCollectingSink sink;
     CFrameSync sync(sink, "f.raw", StreamSource::File);
@@ -100,10 +174,37 @@ struct RandomCase {
             if (random() % 4 == 0)
                 untagged.insert(request.instrumentName);
         }
+        if (random() % 2 == 0)
+            AddHeaderless(random);
         if (random() % 3 != 0)
             stream = RawBegin;
         for (std::size_t pieces = random() % 40; pieces-- > 0;)
             stream += Piece(random);
+    }
+
+    /// One or two of the kinds that carry no sync header, among the others.
+    void AddHeaderless(std::mt19937& random) {
+        AttachRequest request = Text("L", "", random() % 3 == 0 ? "AB" : "\r\n");
+        request.noSync = true;
+        request.typeName = "SEABIRD_19SCT";
+        if (random() % 3 != 0)
+            instruments.insert(instruments.begin() +
+                                   static_cast<std::ptrdiff_t>(random() % (instruments.size() + 1)),
+                               request);
+        request.instrumentName = "P";
+        request.typeName = "BSI";
+        request.syncHeader = "AABBA";
+        request.syncBytes = {'A', 1};
+        if (random() % 2 == 0)
+            request.syncBytes.insert(request.syncBytes.end(), {'A', 0});
+        if (random() % 3 != 0)
+            instruments.push_back(request);
+        request.instrumentName = "H";
+        request.typeName = "HOBILABS_HS2_D";
+        request.syncHeader = "HAB";
+        request.frameSize = 7;
+        if (random() % 3 == 0)
+            instruments.push_back(request);
     }
 
     static std::string Letters(std::mt19937& random, std::size_t length) {
@@ -128,6 +229,9 @@ struct RandomCase {
             return instrument.syncHeader;
         default: {
             std::size_t size = static_cast<std::size_t>(instrument.frameSize);
+            if (instrument.typeName == "BSI" && random() % 2 == 0)
+                return std::string("A\1..+A\0+", instrument.syncBytes.size() == 2 ? 5 : 8) +
+                       Tag(Noon);
             std::string frame = instrument.syncHeader + Letters(random, random() % 9);
             if (instrument.terminator.empty())
                 frame.resize(std::max(size, instrument.syncHeader.size()), '.');
@@ -139,13 +243,16 @@ struct RandomCase {
 
 TEST(FrameSyncReplay, AnyStreamGivesThePlainFramesAtEveryReadSize) {
     std::mt19937 random(11);
-    std::size_t frames = 0, tags = 0;
+    std::size_t frames = 0, tags = 0, lines = 0, packets = 0;
     for (int round = 0; round < 6000; ++round) {
         RandomCase c(random);
         PlainResult expected = CPlainSync(c.instruments, c.stream, c.untagged).Run();
         frames += expected.frames.size();
-        for (const PlainFrame& frame : expected.frames)
+        for (const PlainFrame& frame : expected.frames) {
             tags += frame.milliseconds ? 1 : 0;
+            lines += frame.instrument == "L" ? 1 : 0;
+            packets += frame.instrument == "P" ? 1 : 0;
+        }
         for (std::size_t longest : {1U, 8U, 1000U})
             ASSERT_EQ(
                 Play(
@@ -155,6 +262,8 @@ TEST(FrameSyncReplay, AnyStreamGivesThePlainFramesAtEveryReadSize) {
     }
     EXPECT_GT(frames, 30000U);
     EXPECT_GT(tags, 5000U);
+    EXPECT_GT(lines, 500U);
+    EXPECT_GT(packets, 500U);
 }
 
 } // namespace

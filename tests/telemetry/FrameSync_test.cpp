@@ -41,13 +41,6 @@ class FrameSync : public testing::Test {
     std::vector<std::int64_t> Stamps;
 };
 
-AttachRequest NoSync(AttachRequest request, const char* type, std::string_view pairs = {}) {
-    request.noSync = true;
-    request.typeName = type;
-    request.syncBytes.assign(pairs.begin(), pairs.end());
-    return request;
-}
-
 TEST_F(FrameSync, AttachRefusesByItsRules) {
     auto lines = NoSync(Text("L", ""), "HEITRONICS_IRC");
     EXPECT_EQ(Sync.Attach(NoSync(Fixed("B", "b", 9), "BSI", "abc")), CommResult::BsiWithoutPairs);
@@ -72,7 +65,7 @@ TEST_F(FrameSync, FoundIsReportedAgainOnlyAfterALoss) {
     Add(Fixed("A", "A", 2));
     Feed("A1");
     Feed("A2A3");
-    Sync.ResetSync();
+    Sync.GoIdle();
     Feed("A4");
     EXPECT_EQ(Sink.Count("A found on COM1.\r\n"), 2U);
     EXPECT_EQ(Cut(), "A:A1 A:A2 A:A3 A:A4") << "a loss of synchronisation costs no queued frame";
@@ -82,12 +75,12 @@ TEST_F(FrameSync, NothingIsCutUntilTheGlobalStringHasPassed) {
     Sync.SetGlobalSync("SYNC");
     Add(Fixed("A", "A", 2));
     EXPECT_FALSE(Feed("A1SY").globalSyncFound);
-    Sync.ResetSync();
+    Sync.GoIdle();
     Feed("A2S");
     EXPECT_EQ(Cut(), "");
     EXPECT_TRUE(Feed("YNCA3").globalSyncFound);
     EXPECT_EQ(Cut(), "A:A1 A:A2 A:A3") << "a global search removes nothing";
-    Sync.ResetSync();
+    Sync.GoIdle();
     Feed("A4");
     EXPECT_EQ(Cut(), "A:A4");
     EXPECT_EQ(Sink.Count("Telemetry synchronized on COM1.\r\n"), 1U);
@@ -127,6 +120,65 @@ TEST_F(FrameSync, ADepthBeyondTheLimitDropsTheOldest) {
     EXPECT_EQ(Sync.Frames().Size(), 201U);
     EXPECT_EQ(Sync.Frames().Front().Text(), "A02");
     EXPECT_EQ(Sync.Frames().Front().Info.frameCounter, 3U);
+}
+
+TEST_F(FrameSync, AMemoryBeyondTheLimitDropsTheOldestAndIsToldOnceABurst) {
+    Add(Fixed("A", "A", 100));
+    const std::string told = "COM1 frame buffer is full: the oldest frames are lost.\r\n";
+    const std::string frame = "A" + std::string(99, '.');
+    Sync.SetMaxFrameDepth(1000);
+    Sync.SetMaxFrameBytes(3 * (100 + sizeof(CFrameData)));
+    for (std::size_t burst : {1U, 2U}) {
+        for (int i = 0; i < 3; ++i)
+            Feed(frame);
+        EXPECT_EQ(Sink.Count(told), burst - 1);
+        for (int i = 0; i < 4; ++i)
+            Feed(frame);
+        EXPECT_EQ(Sink.Count(told), burst);
+        EXPECT_EQ(Sync.Figures().framesLost, 4 * burst);
+        EXPECT_EQ(Sync.Figures().bytesLost, 400 * burst);
+        EXPECT_EQ(Sync.Figures().bytesDiscarded, 400 * burst);
+        EXPECT_EQ(Sync.Frames().Front().Info.frameCounter, 7 * burst - 2);
+        EXPECT_EQ(TakeFrames(Sync.Frames()).size(), 3U);
+    }
+    Sync.SetMaxFrameBytes(1);
+    Feed(frame + frame);
+    EXPECT_EQ(Sync.Frames().Size(), 1U) << "one is always kept";
+}
+
+// A declared size of 8, of which less has come.
+TEST_F(FrameSync, AShortTextFrameWaitsForTheIdlePeriodOrTheStop) {
+    for (bool idle : {true, false}) {
+        CFrameSync sync(Sink, "COM2", StreamSource::ReportingPort);
+        for (const AttachRequest& request : {Text("T", "T", "\r\n", 8), Fixed("A", "A", 4)}) {
+            ASSERT_EQ(sync.Attach(request), CommResult::Success);
+            ASSERT_EQ(sync.SetAcquisition(request.instrumentName, true), CommResult::Success);
+        }
+        sync.Append(AsBytes("T1\r\nT2\r\nA2"), {.seconds = 5, .known = true});
+        EXPECT_TRUE(sync.RunPass().framesQueued);
+        EXPECT_EQ(TakeFrames(sync.Frames()).size(), 1U);
+        EXPECT_TRUE((idle ? sync.GoIdle() : sync.CutRest()).framesQueued);
+        auto frames = TakeFrames(sync.Frames());
+        ASSERT_EQ(frames.size(), 1U);
+        EXPECT_EQ(frames[0], (PlainFrame{"T", "T2\r\n", 4, 5000}));
+        EXPECT_EQ(sync.Figures().bytesDiscarded, 0U);
+        sync.Append(AsBytes("34"));
+        sync.RunPass();
+        EXPECT_EQ(TakeFrames(sync.Frames()).size(), idle ? 1U : 0U) << "the rest of A";
+    }
+}
+
+TEST_F(FrameSync, TheStopCutsWhatLiesCompleteBehindWhatDoesNot) {
+    Sync.SetMaxFrameDepth(1);
+    Add(Fixed("Long", "L", 100));
+    Add(Fixed("A", "A", 2));
+    Feed("junk");
+    Feed("L...A1..A2.A3");
+    EXPECT_EQ(Cut(), "");
+    EXPECT_TRUE(Sync.CutRest().framesQueued);
+    EXPECT_EQ(Sync.Figures().framesLost, 1U);
+    EXPECT_EQ(Sync.Figures().bytesDiscarded, 4U + 2) << "the junk and the frame lost for the depth";
+    EXPECT_EQ(Cut(), "A:A2 A:A3");
 }
 
 TEST_F(FrameSync, DisabledInstrumentsTakeNoPart) {
@@ -181,7 +233,8 @@ TEST_F(FrameSync, ATerminatorComesWithinAMegabyteOrNotAtAll) {
     for (std::size_t at = 0; at < endless.size(); at += 99999)
         Feed(std::string_view(endless).substr(at, 99999));
     EXPECT_EQ(Sync.Figures().bytesDiscarded, endless.size());
-    EXPECT_EQ(Sink.Messages().size(), 1U);
+    Feed(endless);
+    EXPECT_EQ(Sink.Messages().size(), 1U) << "once until a frame is cut";
     // The frame itself may be as long as that, and its declared size is waited for no longer.
     endless.replace(endless.size() - 2, 2, "\r\n");
     Feed(endless);
@@ -197,12 +250,22 @@ TEST_F(FrameSync, LinesWithoutHeaderBeginBehindTheFirstTerminator) {
     EXPECT_EQ(Sync.Figures().bytesDiscarded, 6U);
     Feed("x\r\n");
     EXPECT_EQ(Cut(), "L:$C2x\r\n");
-    Sync.ResetSync();
+    Sync.GoIdle();
     Feed("$C3\r\n$C");
     EXPECT_EQ(Cut(), "L:$C3\r\n") << "silence between lines takes none away";
-    Sync.ResetSync();
+    Sync.GoIdle();
     Feed("4\r\n$C5\r\n");
     EXPECT_EQ(Cut(), "L:$C5\r\n") << "silence within a line does";
+    Sync.ForgetBytes();
+    Feed("$C6\r\n");
+    EXPECT_EQ(Cut(), "") << "after a reconnection the first line may be a partial one";
+    for (const char* before : {"", "ial"}) {
+        Sync.ForgetBytes();
+        Feed(before);
+        Sync.GoIdle();
+        Feed("$C7\r\n");
+        EXPECT_EQ(Cut(), "L:$C7\r\n") << "after silence it is a whole one";
+    }
 }
 
 // What has come without a header, in chunks of every size.

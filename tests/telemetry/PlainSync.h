@@ -96,8 +96,17 @@ class CPlainSync {
                std::set<std::string> untagged = {})
         : Instruments(std::move(instruments)), Stream(stream), Untagged(std::move(untagged)),
           RawLog(stream.starts_with("QORHDR ")) {
-        for (const AttachRequest& instrument : Instruments)
-            Headers.push_back(instrument.syncHeader);
+        for (const AttachRequest& instrument : Instruments) {
+            Rules.push_back(RawLog ? RuleOf(instrument) : FrameRule::Header);
+            const bool headed =
+                Rules.back() == FrameRule::Header || Rules.back() == FrameRule::HeaderAndSize;
+            Headers.push_back(headed ? instrument.syncHeader : "");
+            Headerless = Headerless || !headed;
+            if (headed) {
+                Candidates.push_back(instrument.syncHeader);
+                Places.push_back(Rules.size() - 1);
+            }
+        }
     }
 
     PlainResult Run() {
@@ -113,6 +122,7 @@ class CPlainSync {
   private:
     void Drop(std::size_t count) {
         count = std::min(count, Stream.size() - Position);
+        Boundary = Boundary && count == 0;
         Position += count;
         Result.discarded += count;
     }
@@ -134,24 +144,98 @@ class CPlainSync {
         for (std::size_t i = ChainFrom; i < Headers.size(); ++i)
             if (!Headers[i].empty() && Stream.substr(Position).starts_with(Headers[i]))
                 return i;
+        if (Headerless)
+            return NextInRecord();
         auto match = PlainSearch(Headers, Stream, Position);
         Drop(match ? match->position - Position : Stream.size());
         return match ? match->candidate : Headers.size();
     }
 
+    /// Raw logs with instruments without sync header: what begins at a boundary, or the line before
+    /// the next tag, or what the headers find up to there.
+    std::size_t NextInRecord() {
+        ChainFrom = Headers.size();
+        const std::string_view rest = Stream.substr(Position);
+        auto tagAt = [&](std::size_t place) {
+            return ParseTimeTag(AsBytes(rest.substr(place).substr(0, TimeTagSize))).has_value();
+        };
+        for (std::size_t i = 0; Boundary && i < Headers.size(); ++i)
+            if (!Headers[i].empty() && rest.starts_with(Headers[i]))
+                return i;
+        for (std::size_t i = 0; Boundary && i < Headers.size(); ++i)
+            if (std::size_t size = PacketsAt(i, rest); Rules[i] == FrameRule::Packets && size != 0)
+                if (rest.size() - size < TimeTagSize || tagAt(size))
+                    return i;
+        std::size_t tag = 1;
+        while (tag < rest.size() && !tagAt(tag))
+            ++tag;
+        std::size_t found = Headers.size(), begin = std::min(tag + TimeTagSize, rest.size());
+        for (std::size_t i = Headers.size(); i-- > 0;)
+            if (std::size_t from = 0; Rules[i] == FrameRule::Lines && HasLine(i, tag, from))
+                found = i, begin = from;
+        auto match = PlainSearch(Candidates, Stream.substr(0, Position + begin), Position);
+        const bool nobodys = !match && found == Headers.size();
+        Drop(match ? match->position - Position : begin);
+        if (nobodys && tag < rest.size()) {
+            Boundary = true;
+            SkipRecords();
+        }
+        return match ? Places[match->candidate] : found;
+    }
+
+    /// The packets' length, when all pairs stand at their places and their bytes are there.
+    std::size_t PacketsAt(std::size_t instrument, std::string_view rest) const {
+        std::size_t size = 0;
+        const std::vector<std::uint8_t>& pairs = Instruments[instrument].syncBytes;
+        for (std::size_t i = 0; i + 1 < pairs.size(); i += 2) {
+            if (rest.size() < size + 2 * pairs[i + 1] + 3 || AsBytes(rest)[size] != pairs[i] ||
+                AsBytes(rest)[size + 1] != pairs[i + 1])
+                return 0;
+            size += 2 * std::size_t{pairs[i + 1]} + 3;
+        }
+        return size;
+    }
+
+    /// Whether a line ends at the tag, or less than a tag before the stream's end: its begin.
+    bool HasLine(std::size_t instrument, std::size_t tag, std::size_t& from) const {
+        const std::string& terminator = Instruments[instrument].terminator;
+        const std::string_view rest = Stream.substr(Position);
+        for (std::size_t end = tag < rest.size() ? tag : rest.size() - 1;
+             end > 0 && (end == tag || end + TimeTagSize > rest.size()); --end) {
+            const std::string_view piece = rest.substr(0, end);
+            if (end != tag && (rest[end] < 0x1E || rest[end] > 0x21))
+                continue; // no tag begins so
+            from = 0;
+            if (Boundary && PlainTerminator(piece, 0, terminator) == end)
+                return true;
+            if (piece.ends_with(terminator)) {
+                from = piece.substr(0, end - terminator.size()).rfind(terminator);
+                from = from == std::string::npos ? end : from + terminator.size();
+                if (PlainTerminator(piece, from, terminator) == end)
+                    return true;
+            }
+            if (end == tag)
+                return false;
+        }
+        return false;
+    }
+
     void Take(std::size_t instrument) {
         const AttachRequest& request = Instruments[instrument];
+        const FrameRule rule = Rules[instrument];
         std::size_t end =
             Position +
             static_cast<std::size_t>(request.frameSize > 0
                                          ? request.frameSize
                                          : static_cast<std::int32_t>(request.syncHeader.size()));
-        if (!request.terminator.empty())
+        if (rule == FrameRule::Packets)
+            end = Position + PacketsAt(instrument, Stream.substr(Position));
+        else if (!request.terminator.empty() && rule != FrameRule::HeaderAndSize)
             end = Endless.count(instrument) != 0
                       ? std::string::npos
                       : PlainTerminator(Stream, Position, request.terminator);
         if (end > Stream.size()) {
-            if (!request.terminator.empty())
+            if (!request.terminator.empty() && rule == FrameRule::Header)
                 Endless.insert(instrument);
             Drop(request.syncHeader.size());
             ChainFrom = Headers.size();
@@ -162,6 +246,7 @@ class CPlainSync {
                          Position,
                          {}};
         Position = end;
+        Boundary = true;
         ChainFrom = instrument + 1;
         if (RawLog && Untagged.count(request.instrumentName) == 0)
             TakeTag(frame);
@@ -182,6 +267,11 @@ class CPlainSync {
     std::set<std::string> Untagged;
     bool RawLog;
     std::vector<std::string> Headers;
+    std::vector<std::string> Candidates; ///< the headers of those that have one
+    std::vector<std::size_t> Places;     ///< and whose they are
+    std::vector<FrameRule> Rules;
+    bool Headerless = false; ///< there are instruments without sync header, and it counts
+    bool Boundary = true;    ///< a frame without sync header may begin here
     std::size_t Position = 0;
     std::size_t ChainFrom = SIZE_MAX;
     std::set<std::size_t> Endless;

@@ -20,6 +20,7 @@ TEST(FrameQueue, IsFirstInFirstOutWhateverSlotsHeldBefore) {
     CFrameQueue queue;
     std::deque<std::uint32_t> expected;
     CFrameData taken;
+    std::uint64_t held = 0;
     for (std::uint32_t i = 1; i < 3000; ++i) {
         if (random() % 2 != 0) {
             CFrameInfo info;
@@ -29,15 +30,19 @@ TEST(FrameQueue, IsFirstInFirstOutWhateverSlotsHeldBefore) {
             std::string bytes(i % 50 + 1, static_cast<char>('a' + i % 26));
             queue.Push(info, AsBytes(bytes), i);
             expected.push_back(i);
+            held += i % 50 + 1;
         } else if (random() % 8 == 0) {
             queue.DropFront();
-            if (!expected.empty())
+            if (!expected.empty()) {
+                held -= expected.front() % 50 + 1;
                 expected.pop_front();
+            }
         } else {
             ASSERT_EQ(queue.Pop(taken), !expected.empty());
             if (!expected.empty()) {
                 std::uint32_t number = expected.front();
                 expected.pop_front();
+                held -= number % 50 + 1;
                 EXPECT_EQ(taken.Info.frameCounter, number);
                 EXPECT_EQ(taken.Info.instrumentName, "instrument " + std::to_string(number % 3));
                 EXPECT_EQ(taken.Bytes.size(), number % 50 + 1);
@@ -45,6 +50,7 @@ TEST(FrameQueue, IsFirstInFirstOutWhateverSlotsHeldBefore) {
             }
         }
         ASSERT_EQ(queue.Size(), expected.size());
+        ASSERT_EQ(queue.Memory(), held + expected.size() * sizeof(CFrameData));
         if (!expected.empty()) {
             ASSERT_EQ(queue.Front().StreamOffset, expected.front());
         }

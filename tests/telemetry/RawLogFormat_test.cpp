@@ -70,6 +70,9 @@ TEST(RawLogFormat, WhatIsNoDateOrTimeIsNoTag) {
         EXPECT_EQ(ParseTimeTag(tag).has_value(), c.valid) << c.date << ' ' << c.time;
         EXPECT_EQ(reader.Read(tag), ParseTimeTag(tag)) << "whatever the reader read before";
     }
+    for (int first = 0; first < 256; ++first)
+        EXPECT_EQ(MayBeginTimeTag(static_cast<std::uint8_t>(first)),
+                  first >= 0x1E && first <= 0x21);
     EXPECT_FALSE(ParseTimeTag(AsBytes("\x1e\x97\xd3\x00\x00\x00")));
 }
 

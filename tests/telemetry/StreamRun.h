@@ -28,6 +28,13 @@ inline AttachRequest Text(const std::string& name, const std::string& header,
     return request;
 }
 
+inline AttachRequest NoSync(AttachRequest request, const char* type, std::string_view pairs = {}) {
+    request.noSync = true;
+    request.typeName = type;
+    request.syncBytes.assign(pairs.begin(), pairs.end());
+    return request;
+}
+
 /// The frames of the queue, oldest first; the queue is empty after that.
 inline std::vector<PlainFrame> TakeFrames(CFrameQueue& queue) {
     std::vector<PlainFrame> frames;

@@ -89,6 +89,7 @@ TEST_F(AResource, InitialisationRefusesWhatItMustInItsWords) {
     Sink.Take();
     Settings.globalSyncString = "SYNC";
     Settings.baudRate = 57600;
+    Settings.idleTimeoutCount = 0;
     EXPECT_EQ(Comm.InitialiseSerial(Settings), CommResult::Success);
     EXPECT_EQ(Sink.Take(), Lines{"Initializing serial communications on COM1.\r\n"});
     EXPECT_EQ(Comm.QuerySerialSettings()->baudRate, 57600u);
@@ -194,7 +195,118 @@ TEST_F(AResource, AbortClosesThePortAndHasToBeResetBeforeConnecting) {
         std::uint32_t code = 0;
         EXPECT_EQ(Comm.ResetAbortCode(code), CommResult::Success);
         EXPECT_EQ(code, static_cast<std::uint32_t>(row.code));
+        const PortLoss loss = Comm.Figures().lastLoss;
+        EXPECT_EQ(loss.code, row.code) << "kept when the code is reset";
+        EXPECT_EQ(loss.error, 995u);
+        EXPECT_EQ(loss.time, Clock.Now());
+        EXPECT_EQ(loss.milliseconds, Clock.MonotonicMilliseconds());
+        Clock.Advance(1000);
         Script.Repair();
+    }
+    EXPECT_EQ(Comm.Figures().losses, std::size(cases));
+    Connect();
+}
+
+// A worker that the driver holds longer than a disconnection waits for.
+TEST_F(AResource, AWorkerThatEndsLateLetsTheNextConnectionBeMade) {
+    Initialise();
+    Attach();
+    for (bool fails : {false, true}) {
+        Connect();
+        CEvent held, release;
+        Script.Then([&] {
+            if (fails)
+                Script.Fail("CollectRead", 5);
+            held.Set();
+            while (!release.Wait(1))
+                Clock.Advance(1000);
+        });
+        Script.Bytes("$Rlate");
+        held.Wait();
+        EXPECT_EQ(Comm.Disconnect(), CommResult::StillConnected);
+        EXPECT_EQ(Comm.Connect(), CommResult::StillConnected) << "it would not be read";
+        EXPECT_EQ(Sink.Take(), (Lines{"COM1 disconnection successful.\r\n",
+                                      "The worker of COM1 does not end.\r\n"
+                                      "\tThe serial port is still connected.\r\n",
+                                      "Unable to open serial port communications on COM1.\r\n"
+                                      "\tThe serial port is still connected.\r\n"}));
+        release.Set();
+        Script.TakeCalls();
+        CommResult result = CommResult::StillConnected;
+        while (result == CommResult::StillConnected)
+            result = Comm.Connect();
+        EXPECT_EQ(result, CommResult::Success) << "an end that was asked for is no abort";
+        Lines calls = Script.TakeCalls();
+        EXPECT_LT(std::ranges::find(calls, "Close"), std::ranges::find(calls, "Open"));
+        Script.Repair();
+        Script.Bytes("$Rnext").Played();
+        Lines frames = Frames();
+        EXPECT_EQ(frames.back(), "$Rnext");
+        if (!fails) {
+            EXPECT_EQ(frames, (Lines{"$Rlate", "$Rnext"})) << "what came before is not lost";
+        }
+        EXPECT_EQ(Comm.Disconnect(), CommResult::Success);
+        Sink.Take();
+    }
+}
+
+TEST_F(AResource, ALateWorkerCanBeDisconnectedAgain) {
+    Initialise();
+    Connect();
+    CEvent held, release;
+    Script.Then([&] {
+        held.Set();
+        while (!release.Wait(1))
+            Clock.Advance(1000);
+    });
+    Script.Bytes("x");
+    held.Wait();
+    EXPECT_EQ(Comm.Disconnect(), CommResult::StillConnected);
+    release.Set();
+    EXPECT_EQ(Comm.Disconnect(), CommResult::Success);
+    EXPECT_FALSE(Connected());
+    Connect();
+}
+
+TEST_F(AResource, AShortTextFrameIsDeliveredInSilenceAndAtTheStop) {
+    Initialise();
+    ASSERT_EQ(Comm.Attach(Text("GPS", "$GP", "\r\n", 80)), CommResult::Success);
+    ASSERT_EQ(Comm.EnableAcquisition("GPS"), CommResult::Success);
+    Connect();
+    Script.Bytes("$GP1\r\n").Silence(15).Played();
+    EXPECT_EQ(Frames(), Lines{});
+    Notices();
+    Script.Silence(16).Played();
+    EXPECT_EQ(Notices(), (std::vector{NoticeCode::StatusChanged, NoticeCode::FramesAvailable}));
+    EXPECT_EQ(Frames(), Lines{"$GP1\r\n"});
+    Script.Bytes("$GP2\r\n$GP").Played();
+    CFrameQueue left;
+    EXPECT_EQ(Comm.Disconnect(&left), CommResult::Success);
+    ASSERT_EQ(left.Size(), 1u);
+    EXPECT_EQ(left.Front().Text(), "$GP2\r\n");
+    EXPECT_EQ(Comm.Figures().bytesDiscarded, 0u);
+}
+
+TEST_F(AResource, BoundsOfTheQueueAreThoseOfTheLastInitialisation) {
+    const std::string frames = "$R0001$R0002$R0003$R0004";
+    struct {
+        std::int32_t depth;
+        std::uint64_t bytes;
+        std::uint64_t lost;
+    } const rows[] = {{1, 0, 2}, {0, 0, 0}, {10, 2 * (6 + sizeof(CFrameData)), 2}, {10, 0, 0}};
+    std::uint64_t lost = 0;
+    for (const auto& row : rows) {
+        Settings.maxFrameDepth = row.depth;
+        Settings.maxFrameBytes = row.bytes;
+        Initialise();
+        if (lost == 0)
+            Attach();
+        Connect();
+        Script.Bytes(frames).Played();
+        lost += row.lost;
+        EXPECT_EQ(Comm.Figures().framesLost, lost);
+        EXPECT_EQ(Comm.Figures().bytesLost, 6 * lost);
+        EXPECT_EQ(Comm.Disconnect(), CommResult::Success);
     }
 }
 
@@ -272,6 +384,7 @@ TEST_F(AResource, LineErrorsAreReportedAndNeverEndAcquisition) {
                "Rx parity error on COM1.\r\n",
                "Unable to transmit on COM1. The buffer is full.\r\n", "$R found on COM1.\r\n"}));
     EXPECT_EQ(Frames(), Lines{"$Rabcd"});
+    EXPECT_EQ(Comm.Figures().lineErrors, (LineErrorCounts{2, 1, 1, 1, 1, 1, 1, 1}));
 }
 
 TEST_F(AResource, FiveFramingErrorsInARowSuggestAWrongBaudRate) {
@@ -292,6 +405,8 @@ TEST_F(AResource, FiveFramingErrorsInARowSuggestAWrongBaudRate) {
     EXPECT_EQ(told(LineParity, 1), Lines{"Rx parity error on COM1.\r\n"});
     EXPECT_EQ(told(LineFraming, 1), Lines{framing});
     EXPECT_EQ(told(LineBreak, 6), Lines(5, broken));
+    EXPECT_EQ(Comm.Figures().lineErrors, (LineErrorCounts{7, 8, 0, 0, 0, 0, 1, 0}))
+        << "those that are not told count too";
 }
 
 TEST_F(AResource, DisconnectionHandsOverWhatIsQueuedAndClosesInOrder) {

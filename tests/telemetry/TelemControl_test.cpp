@@ -205,6 +205,45 @@ TEST(AttachRequest, NamesTheTypesWithoutSyncHeader) {
     }
 }
 
+TEST(AttachRequest, ALogIsRefusedThatCouldNotBeTakenApart) {
+    using enum ReplayConflict;
+    auto of = [](const char* name, const std::string& header, const char* type,
+                 std::vector<std::uint8_t> pairs = {}) {
+        AttachRequest request;
+        request.instrumentName = name;
+        request.syncHeader = header;
+        request.typeName = type;
+        request.noSync = *type != 0;
+        request.terminator = "\r\n";
+        request.syncBytes = std::move(pairs);
+        return request;
+    };
+    const AttachRequest text = of("T", "T", ""), lines = of("L", "", "SEABIRD_19SCT"),
+                        named = of("N", "N", "HEITRONICS_IRC"),
+                        packets = of("P", "P", "BSI", {1, 2}), same = of("S", "S", "BSI", {1, 2}),
+                        other = of("O", "O", "BSI", {1, 3}), sized = of("H", "H", "HOBILABS_HS2_D");
+    const struct {
+        std::vector<LoggedInstrument> instruments;
+        ReplayConflict conflict;
+        std::size_t first = 0, second = 0;
+    } rows[] = {
+        {{}, None},
+        {{{text}, {lines}, {packets}, {other}, {sized}}, None},
+        {{{text, false}, {sized, false}, {lines}}, None},
+        {{{text}, {lines, false}}, NoTag, 1, 1},
+        {{{packets, false}}, NoTag},
+        {{{lines}, {text}, {of("L2", "", "")}}, SameHeader, 0, 2},
+        {{{text}, {lines}, {named}}, SameFrames, 1, 2},
+        {{{packets}, {other}, {same}}, SameFrames, 0, 2},
+    };
+    for (const auto& row : rows) {
+        ReplayVerdict verdict = CheckReplay(row.instruments);
+        EXPECT_EQ(verdict.conflict, row.conflict) << row.instruments.size();
+        EXPECT_EQ(verdict.first, row.first);
+        EXPECT_EQ(verdict.second, row.second);
+    }
+}
+
 TEST(ProcessCommands, MessagesEndTheirLineAndWaitingNoticesAreNotRepeated) {
     CManualClock clock;
     CProcessCommand queue{clock};
