@@ -225,8 +225,52 @@ void CMainWindow::DoIt(Do action) {
     case Do::CommentDock:
     case Do::MonitorDock:
         return; // the action's own check mark moves the dock
-    default:
-        emit Asked(action);
+    case Do::NewSession:
+    case Do::OpenSession:
+    case Do::SaveSession:
+    case Do::SaveSessionAs:
+    case Do::ReplayLog:
+    case Do::Practice:
+    case Do::CloseSession:
+    case Do::AddPort:
+    case Do::AddInstrument:
+    case Do::AddPackage:
+    case Do::FindInstruments:
+    case Do::ConnectAll:
+    case Do::StartAll:
+    case Do::Roles:
+    case Do::Properties:
+    case Do::StartLog:
+    case Do::StopLog:
+    case Do::LogOptions:
+    case Do::Naming:
+    case Do::Station:
+    case Do::OpenLogFolder:
+    case Do::LogStatus:
+    case Do::Tare:
+    case Do::ClearTare:
+    case Do::CastBegins:
+    case Do::NextCast:
+    case Do::Comment:
+    case Do::AlarmSound:
+    case Do::Silence:
+    case Do::NewSpectrum:
+    case Do::NewProfile:
+    case Do::NewSeries:
+    case Do::NewGps:
+    case Do::NewWeather:
+    case Do::NewAncillary:
+    case Do::NewRealityCheck:
+    case Do::NewStatus:
+    case Do::KeepLayout:
+    case Do::DefaultLayout:
+    case Do::ReplayPlay:
+    case Do::ReplayBack:
+    case Do::ReplayForward:
+    case Do::Guide:
+    case Do::Settings:
+    case Do::About:
+        emit Asked(action); // what concerns the session is its owner's
     }
 }
 

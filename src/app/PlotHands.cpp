@@ -94,7 +94,7 @@ bool CPlotHands::eventFilter(QObject* watched, QEvent* event) {
     case QEvent::TouchEnd:
     case QEvent::TouchCancel:
         return Touch(*static_cast<QTouchEvent*>(event));
-    default:
+    default: // no enum of ours: a key of Qt
         return QObject::eventFilter(watched, event);
     }
 }
@@ -267,7 +267,7 @@ bool CPlotHands::Key(const QKeyEvent& event) {
             return false;
         OpenMenuAt(Canvas.LaneRect(0).topLeft());
         return true;
-    default:
+    default: // no enum of ours: a key of Qt
         return false;
     }
 }

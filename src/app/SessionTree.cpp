@@ -189,7 +189,7 @@ QVariant CTreeModel::data(const QModelIndex& index, int role) const {
         return Shown(row->rate);
     case AgeColumn:
         return Shown(row->age);
-    default:
+    default: // no enum of ours: a role of Qt
         return {};
     }
 }
