@@ -21,6 +21,7 @@
 #define ACQUIRE(...) QOR_THREAD(acquire_capability(__VA_ARGS__))
 #define RELEASE(...) QOR_THREAD(release_capability(__VA_ARGS__))
 #define ACQUIRED_AFTER(...) QOR_THREAD(acquired_after(__VA_ARGS__))
+#define ASSERT_CAPABILITY(lock) QOR_THREAD(assert_capability(lock))
 #define RETURN_CAPABILITY(lock) QOR_THREAD(lock_returned(lock))
 #define NO_THREAD_SAFETY_ANALYSIS QOR_THREAD(no_thread_safety_analysis)
 

@@ -88,6 +88,7 @@ std::size_t CAcquisition::ProcessFrames(CFrameQueue& frames) {
     std::size_t claimed = 0;
     for (; !frames.Empty(); frames.DropFront())
         claimed += ProcessFrame(frames.Front(), now) ? 1 : 0;
+    RawLog.LockIsHeld();
     RawLog.Flush();
     return claimed;
 }
@@ -104,6 +105,7 @@ bool CAcquisition::ProcessFrame(CFrameData& frame, std::int64_t now) {
         package->Products.Advance(Session.InputsOf(*package), Session.Velocity);
     if (Session.OnFrame)
         Session.OnFrame(instrument, found);
+    RawLog.LockIsHeld();
     RawLog.LogFrame(instrument, found);
     return true;
 }

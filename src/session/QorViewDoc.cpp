@@ -302,6 +302,7 @@ int CQorViewDoc::SetImmersed(std::string_view name, bool immersed) {
 }
 
 ResourceStatus CQorViewDoc::StatusOf(const CQorViewRes& resource) const {
+    RawLog.LockIsHeld();
     ResourceStatus status;
     status.id = resource.Id;
     status.name = resource.Name();

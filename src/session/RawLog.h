@@ -64,6 +64,9 @@ class CRawLog {
     /// the largest number when no timer runs.
     std::int64_t NextTimer() const;
 
+    /// For a caller that holds the document's lock under another name: the same lock, which the
+    /// analysis cannot see.
+    void LockIsHeld() const ASSERT_CAPABILITY(Session.DocLock) {}
     /// Adds the instrument's current frame to the open log, if it is to be logged. `found` is what
     /// its checks found. Frames go to the file with the next Flush.
     void LogFrame(CQorViewIns& instrument, const FrameCheckResult& found) REQUIRES(Session.DocLock);

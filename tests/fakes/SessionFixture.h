@@ -63,6 +63,7 @@ class ASession : public testing::Test {
     CQorViewIns* Find(const std::string& name) { return Find(Doc.FindInstrument(name)); }
     std::uint32_t FramesThisLog(const CQorViewIns& instrument) {
         CRecursiveLock lock(Doc.DocLock);
+        Doc.RawLog.LockIsHeld();
         return Doc.RawLog.FramesThisLog(instrument);
     }
 
