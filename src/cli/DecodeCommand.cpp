@@ -31,12 +31,12 @@ bool DecodeLog(const std::string& path, const DecodeOptions& options, CommandCon
     if (badCall || !playback.IsOpen())
         return false;
     const bool derives = options.settings.derived && options.format->derived;
-    std::vector<DerivedRow> derived;
+    std::vector<DerivedRow> derived; // its memory is used from frame to frame
     std::vector<ExportedInstrument> instruments;
     for (const CQorViewIns* instrument : playback.Instruments())
         instruments.push_back({&instrument->Live, {}});
     for (std::size_t i = 0; derives && i < instruments.size(); ++i)
-        instruments[i].derived = playback.Doc().DerivedOf(*playback.Instruments()[i]);
+        playback.Doc().ReadDerived(*playback.Instruments()[i], instruments[i].derived);
     result = sink.BeginLog(path, instruments);
     if (!result.Good())
         return false;
@@ -44,7 +44,7 @@ bool DecodeLog(const std::string& path, const DecodeOptions& options, CommandCon
                context,
                [&](CQorViewIns& instrument, const FrameCheckResult& checks) {
                    if (derives)
-                       derived = playback.Doc().DerivedOf(instrument);
+                       playback.Doc().ReadDerived(instrument, derived);
                    sink.Write({instrument.Live, checks, derived});
                },
                [&] { return sink.Good(); }) &&

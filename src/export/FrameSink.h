@@ -11,6 +11,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <vector>
 
 namespace qor {
 
@@ -26,7 +27,7 @@ struct ExportSettings {
 /// An instrument whose frames will come, and its derived rows without values.
 struct ExportedInstrument {
     const CLiveInstrument* live = nullptr;
-    std::span<const DerivedRow> derived;
+    std::vector<DerivedRow> derived = {};
 };
 
 /// A frame with what its checks found and its derived rows.

@@ -333,15 +333,13 @@ SessionSnapshot CQorViewDoc::Snapshot() const {
     return snapshot;
 }
 
-std::vector<DerivedRow> CQorViewDoc::DerivedOf(const CQorViewIns& instrument) const {
+void CQorViewDoc::ReadDerived(const CQorViewIns& instrument, std::vector<DerivedRow>& rows) const {
     CRecursiveLock lock(DocLock);
-    std::vector<DerivedRow> rows;
     const FrameOwner* owner = OwnerOf(instrument.Id);
     if (owner && owner->package)
         owner->package->Products.Read(InputsOf(*owner->package), rows);
     else
         instrument.Products.Read(instrument.Live, rows);
-    return rows;
 }
 
 } // namespace qor

@@ -94,8 +94,8 @@ class CQorViewDoc : public CQorTelemetryDoc, public SessionState {
     SessionSnapshot Snapshot() const;
 
     /// The derived rows that go with an instrument's frame: its package's, or its own. With values
-    /// for the latest frames.
-    std::vector<DerivedRow> DerivedOf(const CQorViewIns& instrument) const;
+    /// for the latest frames, into a list whose memory is used again.
+    void ReadDerived(const CQorViewIns& instrument, std::vector<DerivedRow>& rows) const;
 
   private:
     std::string NameOf(ResourceId resource) const;

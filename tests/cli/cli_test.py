@@ -137,6 +137,21 @@ class Playback(Folder):
         facts = json.loads(run("info", "--json", "-d", PROFILER, "-", stdin=file).stdout)
         self.assertEqual(facts["instruments"][0]["frames"], 20)
 
+    def test_tables_and_lines_hold_the_same_derived_products(self):
+        options = ("-p", str(SOURCE / "examples/cast.sip"), "--wet", "--derived")
+        raw = self.simulated("--raw-log", *options[:3], "--cast", "30", "--frames", "200")
+        self.assertEqual(run("decode", *options, "-o", str(self.folder / "tables"), str(raw)).returncode, 0)
+        frames = decoded(*options, str(raw))
+        for name in {frame["instrument"] for frame in frames}:
+            table = self.folder / "tables" / (name.replace("$", "_") + ".csv")
+            rows = list(csv.reader(io.StringIO(table.read_text("latin-1"))))
+            lines = [frame["derived"] for frame in frames if frame["instrument"] == name]
+            count = len(lines[0])
+            self.assertEqual(rows[0][-count:],
+                             [f"{label} [{units}]".encode().decode("latin-1") for label, units, _ in lines[0]])
+            self.assertEqual([[float(cell) if cell else None for cell in row[-count:]] for row in rows[1:]],
+                             [[value for _, _, value in line] for line in lines])
+
     def test_pipes_are_waited_for_until_a_signal_comes(self):
         raw = self.simulated("--raw-log", "-d", PROFILER, "--frames", "20")
         fifo = str(self.folder / "fifo")
