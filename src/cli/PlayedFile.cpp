@@ -4,6 +4,7 @@
 #include "base/Text.h"
 #include "cli/Progress.h"
 #include "cli/Report.h"
+#include "instrument/SpecialType.h"
 #include "session/FileKind.h"
 
 #include <CLI/CLI.hpp>
@@ -38,7 +39,8 @@ bool CPlayedFile::Open(const std::string& path, const InstrumentSelection& selec
     }
     const bool well = ReportSetup(Playback.Set(), strict, false);
     for (const CQorViewIns* instrument : Instruments())
-        if (instrument->Definition().SyncHeader().empty())
+        if (instrument->Definition().SyncHeader().empty() &&
+            !SpecialTypeOf(instrument->Definition())) // a raw log holds theirs between time tags
             ReportWarning(instrument->Definition().FilePath() +
                           ": it has no sync header; its frames cannot be found in a file.");
     Opened = !Instruments().empty();
