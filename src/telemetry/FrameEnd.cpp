@@ -1,23 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// The two ways in which a frame ends: after its declared size or behind its terminator.
+// The end of a text frame, which is looked for only once.
 #include "telemetry/FrameEnd.h"
 
 #include <algorithm>
 
 namespace qor {
-
-Ending CFrameEnd::Find(const AttachedInstrument& instrument, ByteSpan bytes, bool declared,
-                       bool ended, std::size_t& length) {
-    if (instrument.byTerminator)
-        return FindTerminator(instrument, bytes, declared, ended, length);
-    length = instrument.frameLength;
-    if (length > LongestFixedFrame)
-        return Ending::TooLong;
-    if (bytes.size() >= length)
-        return Ending::Complete;
-    return ended ? Ending::Unfinished : Ending::Waiting;
-}
 
 // Decided: once the ended stream has shown no terminator for an instrument, later frames of it are
 // not looked through again, which would take a time that grows with the square of what is left.

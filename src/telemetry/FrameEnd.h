@@ -29,7 +29,16 @@ class CFrameEnd {
     /// frame whose terminator has come still waits until its declared size has. `ended`: no more
     /// bytes will come.
     Ending Find(const AttachedInstrument& instrument, ByteSpan bytes, bool declared, bool ended,
-                std::size_t& length);
+                std::size_t& length) {
+        if (instrument.byTerminator)
+            return FindTerminator(instrument, bytes, declared, ended, length);
+        length = instrument.frameLength;
+        if (length > LongestFixedFrame)
+            return Ending::TooLong;
+        if (bytes.size() >= length)
+            return Ending::Complete;
+        return ended ? Ending::Unfinished : Ending::Waiting;
+    }
 
   private:
     Ending FindTerminator(const AttachedInstrument& instrument, ByteSpan bytes, bool declared,

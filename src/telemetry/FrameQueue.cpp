@@ -23,19 +23,6 @@ bool CFrameQueue::Pop(CFrameData& frame) {
     return true;
 }
 
-void CFrameQueue::DropFront() {
-    if (Count != 0)
-        Release(Slots[First].Bytes.size());
-}
-
-// An emptied ring begins again at its start: a reader that keeps up stays in the same few slots.
-void CFrameQueue::Release(std::size_t bytes) {
-    First = Wrapped(First + 1);
-    Held -= bytes;
-    if (--Count == 0)
-        Clear();
-}
-
 void CFrameQueue::Clear() {
     First = 0;
     Count = 0;

@@ -34,7 +34,10 @@ class CFrameQueue {
     /// when empty.
     bool Pop(CFrameData& frame);
     /// Drops the oldest frame.
-    void DropFront();
+    void DropFront() {
+        if (Count != 0)
+            Release(Slots[First].Bytes.size());
+    }
     void Clear();
 
   private:
@@ -42,7 +45,14 @@ class CFrameQueue {
         return index < Slots.size() ? index : index - Slots.size();
     }
     void Grow();
-    void Release(std::size_t bytes);
+    // An emptied ring begins again at its start: a reader that keeps up stays in the same few
+    // slots.
+    void Release(std::size_t bytes) {
+        First = Wrapped(First + 1);
+        Held -= bytes;
+        if (--Count == 0)
+            First = Held = 0;
+    }
 
     std::vector<CFrameData> Slots;
     std::size_t First = 0;

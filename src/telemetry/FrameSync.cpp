@@ -83,7 +83,8 @@ std::uint32_t CFrameSync::IdentityOf(const std::string& instrumentName) const {
 }
 
 void CFrameSync::Append(ByteSpan bytes, const FrameTime& arrival) {
-    std::ranges::copy(bytes, Queue.Prepare(bytes.size()).begin());
+    if (!bytes.empty())
+        std::memcpy(Queue.Prepare(bytes.size()).data(), bytes.data(), bytes.size());
     Commit(bytes.size());
     if (Source != StreamSource::File)
         Arrivals.Note(Queue.Offset(), Queue.EndOffset(), arrival);
