@@ -21,8 +21,8 @@ constexpr std::size_t MostHints = 100;
 
 struct DefinitionLine {
     std::string_view type, units, length, fit;
-    bool variableFrame = false; ///< the file's frames are delimited
-    bool fieldPending = false;  ///< a FIELD line waits for its sensor
+    bool variableFrame; ///< the file's frames are delimited
+    bool fieldPending;  ///< a FIELD line waits for its sensor
 };
 
 bool IsSeparator(const DefinitionLine& line) {

@@ -15,7 +15,7 @@ CQorViewRes::CQorViewRes(ResourceId id, CTelemComm& comm, const FileResourceSett
 
 void CQorViewRes::BeginConnection() {
     for (const auto& instrument : Instruments)
-        instrument->Checks.Resynchronise = true;
+        instrument->Checks.BeginConnection();
 }
 
 CQorViewIns* CQorViewRes::Instrument(std::string_view name) const {

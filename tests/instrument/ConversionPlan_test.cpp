@@ -26,9 +26,13 @@ class CDice {
     }
 
     std::string Definition(bool delimited) {
-        const std::string length = delimited ? "0" : "2";
-        std::string lines = "INTTIME ES 'sec' " + length + " BU 1 POLYU\n0.5 0.001\n" +
-                            "INTTIME LU 'sec' " + length + " BU 1 OPTIC2\n-2 1 2\n";
+        std::string lines =
+            "INTTIME LU 'sec' " + std::string(delimited ? "0" : "2") + " BU 1 OPTIC2\n-2 1 2\n";
+        // The other integration time may have no value.
+        lines += delimited    ? "FIELD NONE ',' 1 AS 0 DELIMITER\nINTTIME ES 'sec' V AF"
+                 : Chance(50) ? "INTTIME ES 'sec' 2 AI"
+                              : "INTTIME ES 'sec' 2 BU";
+        lines += " 1 POLYU\n0.5 0.001\n";
         const int runs = 1 + Roll(8);
         for (int i = 0; i < runs; ++i)
             lines += Run(delimited);

@@ -94,6 +94,7 @@ TEST_F(FrameChecks, TheChecksumBalancesAllBytesBeforeIt) {
     EXPECT_TRUE(both.dropped && both.checksumError && both.beep);
     EXPECT_EQ(Checks.ErrorCount, 3);
     EXPECT_EQ(Sink.Messages().back(), "Check sum error detected for HDR on COM1.\r\n");
+    EXPECT_TRUE(Check(frame(21, 255)).beep) << "of the sum alone";
     Checks.Enabled = false;
     EXPECT_EQ(Feed({frame(99, 1)}), ".");
 }
