@@ -73,7 +73,7 @@ class CPageDelegate : public QStyledItemDelegate {
 
   private:
     bool NumberColumn(int column) const {
-        return Model.index(0, column).data(Qt::TextAlignmentRole).toInt() & Qt::AlignRight;
+        return Model.index(0, column).data(Qt::TextAlignmentRole).value<int>() & Qt::AlignRight;
     }
 
     /// Slanted lines: the value is not of now.
@@ -94,7 +94,7 @@ class CPageDelegate : public QStyledItemDelegate {
         painter.save();
         painter.setFont(FontOf(index.column()));
         painter.setPen(colour);
-        const int alignment = index.data(Qt::TextAlignmentRole).toInt() | Qt::TextSingleLine;
+        const int alignment = index.data(Qt::TextAlignmentRole).value<int>() | Qt::TextSingleLine;
         const auto draw = [&painter, alignment](const QRect& line, const QString& text) {
             painter.drawText(line, alignment,
                              painter.fontMetrics().elidedText(text, Qt::ElideRight, line.width()));

@@ -128,7 +128,7 @@ TEST(MessageStrip, IsGoneWhenNothingIsUnseenAndTakesNoFocus) {
 TEST(ToolRow, StoppingTheLogTakesAHeldButton) {
     QAction action;
     QSignalSpy triggered(&action, &QAction::triggered);
-    CToolRowButton button(TestTheme(), &action);
+    CToolRowButton button(TestTheme(), &action, QStringLiteral("Log"));
     button.show();
     QTest::mouseClick(&button, Qt::LeftButton);
     EXPECT_EQ(triggered.count(), 1);

@@ -80,6 +80,33 @@
     </message>
 </context>
 <context>
+    <name>ToolRow</name>
+    <message>
+        <source>Connect</source>
+        <translation>Verbinden</translation>
+    </message>
+    <message>
+        <source>Start</source>
+        <translation>Starten</translation>
+    </message>
+    <message>
+        <source>Log</source>
+        <translation>Log</translation>
+    </message>
+    <message>
+        <source>Tare</source>
+        <translation>Tarieren</translation>
+    </message>
+    <message>
+        <source>Station</source>
+        <translation>Station</translation>
+    </message>
+    <message>
+        <source>Stop log</source>
+        <translation>Beenden</translation>
+    </message>
+</context>
+<context>
     <name>qor</name>
     <message>
         <source>&amp;New ...</source>
@@ -934,6 +961,14 @@
     <message>
         <source>Session tree</source>
         <translation>Sitzungsbaum</translation>
+    </message>
+    <message>
+        <source>This session has no port yet.</source>
+        <translation>Diese Sitzung hat noch keinen Port.</translation>
+    </message>
+    <message>
+        <source>Add port</source>
+        <translation>Port hinzufügen</translation>
     </message>
 </context>
 <context>
