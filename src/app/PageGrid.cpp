@@ -26,6 +26,10 @@ QColor FromPage(Colour colour) {
                   static_cast<int>(colour >> 16 & 0xFF));
 }
 
+bool IsStale(const GridRow& row) {
+    return row.stale || row.sign == Sign::Stale;
+}
+
 class CPageDelegate : public QStyledItemDelegate {
   public:
     CPageDelegate(const CTheme& theme, const CPageModel& model, QObject* parent)
@@ -56,11 +60,11 @@ class CPageDelegate : public QStyledItemDelegate {
         } else if (selected) {
             text = QColor(colours.base);
             background = QColor(colours.accent);
-        } else if (row.sign == Sign::Stale && cell) {
+        } else if (IsStale(row) && cell) {
             text = QColor(colours.stale);
         }
         painter->fillRect(option.rect, background);
-        if (cell && row.sign == Sign::Stale)
+        if (cell && IsStale(row))
             Hatch(*painter, option.rect, text);
         if (index.column() == CPageModel::SignColumn)
             PaintSign(*painter, option.rect.adjusted(6, 6, -6, -6), row.sign,
