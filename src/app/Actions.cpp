@@ -18,7 +18,8 @@ namespace qor {
 
 namespace {
 
-#define T(text) QT_TRANSLATE_NOOP("Actions", text)
+// Marks a text of the table for the catalogues; script/translate tells their maker so.
+#define T(text) text
 
 // clang-format off
 constexpr ActionRow Table[] = {
@@ -184,7 +185,7 @@ bool NeedsSession(const ActionRow& row) {
 }
 
 QString Translated(const char* text) {
-    return QCoreApplication::translate("Actions", text);
+    return QCoreApplication::translate("qor", text);
 }
 
 QString Plain(const char* text) {
@@ -233,8 +234,7 @@ void CActions::SetSession(bool open) {
     for (const ActionRow& row : Table)
         if (NeedsSession(row))
             SetWhyNot(row.action,
-                      open ? QString()
-                           : QCoreApplication::translate("Actions", "No session is open."));
+                      open ? QString() : QCoreApplication::translate("qor", "No session is open."));
 }
 
 void CActions::FillMenuBar(QMenuBar& bar) {
@@ -243,7 +243,7 @@ void CActions::FillMenuBar(QMenuBar& bar) {
         menu->setToolTipsVisible(true);
         Menus[row.menu] = menu;
     }
-    Recent = new QMenu(Translated(QT_TRANSLATE_NOOP("Actions", "R&ecent")), &bar);
+    Recent = new QMenu(Translated(QT_TRANSLATE_NOOP("qor", "R&ecent")), &bar);
     for (const MenuRow& row : MenuRows) {
         if (row.menu == row.parent)
             bar.addMenu(Menus[row.menu]);
@@ -266,19 +266,19 @@ void CActions::FillMenuBar(QMenuBar& bar) {
 void OpenKeys(const CTheme& theme, QWidget* parent) {
     auto* window = new QDialog(parent);
     window->setAttribute(Qt::WA_DeleteOnClose);
-    window->setWindowTitle(QCoreApplication::translate("Actions", "Keys"));
+    window->setWindowTitle(QCoreApplication::translate("qor", "Keys"));
     GridPage page;
     page.ownColours = false;
-    page.columns = {{QCoreApplication::translate("Actions", "What").toStdString()},
-                    {QCoreApplication::translate("Actions", "Keys").toStdString()},
-                    {QCoreApplication::translate("Actions", "What for").toStdString()}};
+    page.columns = {{QCoreApplication::translate("qor", "What").toStdString()},
+                    {QCoreApplication::translate("qor", "Keys").toStdString()},
+                    {QCoreApplication::translate("qor", "What for").toStdString()}};
     for (const ActionRow& row : Table)
         page.rows.push_back({Plain(row.text).toStdString(),
                              {},
                              {KeyText(row.keys)},
                              {{Translated(row.tip).toStdString()}}});
     for (const PlotKey& key : PlotKeys)
-        page.rows.push_back({QCoreApplication::translate("Actions", "In a plot").toStdString(),
+        page.rows.push_back({QCoreApplication::translate("qor", "In a plot").toStdString(),
                              {},
                              {key.keys},
                              {{QCoreApplication::translate("PlotKeys", key.text).toStdString()}}});

@@ -55,7 +55,7 @@ enum class InMenu : std::uint8_t {
 struct ActionRow {
     Do action;
     InMenu menu;
-    const char* text; ///< in the translation context "Actions"
+    const char* text; ///< in the translation context "qor"
     const char* icon;
     const char* keys;
     const char* tip;

@@ -124,7 +124,6 @@ void CDisplayArea::ShowWhetherEmpty() {
         head.remedy = tr("New window").toStdString();
     }
     Nothing->ShowHead(head);
-    Nothing->setGeometry(rect());
 }
 
 bool CDisplayArea::eventFilter(QObject* watched, QEvent* event) {
@@ -136,11 +135,6 @@ bool CDisplayArea::eventFilter(QObject* watched, QEvent* event) {
             RefreshTabs();
         });
     return QMainWindow::eventFilter(watched, event);
-}
-
-void CDisplayArea::resizeEvent(QResizeEvent* event) {
-    QMainWindow::resizeEvent(event);
-    Nothing->setGeometry(rect());
 }
 
 } // namespace qor

@@ -43,7 +43,6 @@ class CDisplayArea : public QMainWindow {
 
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
 
   private:
     void ShowWhetherEmpty();

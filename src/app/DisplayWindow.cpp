@@ -6,51 +6,9 @@
 #include "app/PlotWidget.h"
 #include "app/ShownText.h"
 
-#include <QEvent>
-#include <QLabel>
-#include <QPainter>
-#include <QPushButton>
 #include <QVBoxLayout>
 
 namespace qor {
-
-CNotice::CNotice(const CTheme& theme, QWidget* parent)
-    : QWidget(parent), Theme(theme), Sentence(new QLabel), Remedy(new QPushButton) {
-    Sentence->setWordWrap(true);
-    Sentence->setAlignment(Qt::AlignCenter);
-    Sentence->setTextFormat(Qt::PlainText);
-    connect(Remedy, &QPushButton::clicked, this, &CNotice::RemedyPressed);
-    auto* whole = new QVBoxLayout(this);
-    whole->addStretch(1);
-    whole->addWidget(Sentence);
-    whole->addWidget(Remedy, 0, Qt::AlignHCenter);
-    whole->addStretch(1);
-    hide();
-}
-
-void CNotice::ShowHead(const PageHead& head) {
-    setVisible(head.state != PageState::Live);
-    // A plot that waits keeps its axes in sight.
-    Covers = head.state == PageState::Empty;
-    setAttribute(Qt::WA_TransparentForMouseEvents, head.remedy.empty());
-    Sentence->setText(ShownInLanguage(head.sentence));
-    Remedy->setText(ShownInLanguage(head.remedy));
-    Remedy->setVisible(!head.remedy.empty());
-    update();
-}
-
-void CNotice::paintEvent(QPaintEvent*) {
-    QPainter painter(this);
-    QRect ground = rect();
-    if (!Covers) {
-        // Only behind the words: the axes beside them stay in sight.
-        const QRect words = Sentence->fontMetrics().boundingRect(
-            Sentence->geometry(), Qt::AlignCenter | Qt::TextWordWrap, Sentence->text());
-        ground = words.united(Remedy->isVisible() ? Remedy->geometry() : words)
-                     .adjusted(-size::Between, -size::Grid, size::Between, size::Grid);
-    }
-    painter.fillRect(ground, QColor(Theme.Colours().base));
-}
 
 CDisplayWindow::CDisplayWindow(const CTheme& theme, const QString& name, CWindowTitleBar::Has has,
                                QWidget* parent)
@@ -61,7 +19,6 @@ CDisplayWindow::CDisplayWindow(const CTheme& theme, const QString& name, CWindow
     setAllowedAreas(Qt::AllDockWidgetAreas);
     auto* whole = new QVBoxLayout(Body);
     whole->setContentsMargins(0, 0, 0, 0);
-    Body->installEventFilter(this);
     setWidget(Body);
     connect(Bar, &CWindowTitleBar::ClosePressed, this, &QDockWidget::close);
     connect(Bar, &CWindowTitleBar::FloatPressed, this, [this] { setFloating(!isFloating()); });
@@ -106,10 +63,8 @@ void CDisplayWindow::ShowHead(const QString& title, const PageHead& head) {
     Bar->SetTitle(title);
     Bar->SetSign(head.sign);
     RefreshPaused();
-    if (otherNotice) {
+    if (otherNotice)
         Notice->ShowHead(head);
-        PlaceNotice();
-    }
     if (otherSign)
         emit SignChanged();
 }
@@ -118,17 +73,6 @@ void CDisplayWindow::RefreshPaused() {
     const std::string paused = Plot ? Plot->PausedText() : std::string();
     Bar->SetLeading(Shown(Head.leading), Shown(paused));
     Bar->SetPauseDown(!paused.empty());
-}
-
-void CDisplayWindow::PlaceNotice() {
-    Notice->setGeometry(Body->rect());
-    Notice->raise();
-}
-
-bool CDisplayWindow::eventFilter(QObject* watched, QEvent* event) {
-    if (watched == Body && event->type() == QEvent::Resize)
-        PlaceNotice();
-    return QDockWidget::eventFilter(watched, event);
 }
 
 Menu CDisplayWindow::WholeMenu() {

@@ -5,40 +5,17 @@
 // of code on top of it: it fills a page from its view and hands it to the grid or plot inside.
 #pragma once
 
+#include "app/Notice.h"
 #include "app/WindowTitleBar.h"
 #include "views/Menu.h"
 #include "views/PageHead.h"
 
 #include <QDockWidget>
 
-class QLabel;
-class QPushButton;
-
 namespace qor {
 
 class CPageGrid;
 class CPlotWidget;
-
-/// A sentence that says why there is nothing, with a button that leads on.
-class CNotice : public QWidget {
-    Q_OBJECT
-
-  public:
-    explicit CNotice(const CTheme& theme, QWidget* parent);
-    void ShowHead(const PageHead& head);
-
-  signals:
-    void RemedyPressed();
-
-  protected:
-    void paintEvent(QPaintEvent* event) override;
-
-  private:
-    const CTheme& Theme;
-    QLabel* Sentence;
-    QPushButton* Remedy;
-    bool Covers = false;
-};
 
 class CDisplayWindow : public QDockWidget {
     Q_OBJECT
@@ -74,12 +51,8 @@ class CDisplayWindow : public QDockWidget {
     void SignChanged();
     void ExportAsked();
 
-  protected:
-    bool eventFilter(QObject* watched, QEvent* event) override;
-
   private:
     Menu WholeMenu();
-    void PlaceNotice();
 
     const CTheme& Theme;
     CWindowTitleBar::Has Has;

@@ -16,6 +16,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <utility>
 
 namespace qor {
 
@@ -27,17 +28,17 @@ constexpr const char* LookSection = "Look";
 
 /// The screens that are there, so that each set of them has its own layout.
 std::string LayoutSection() {
-    std::vector<std::string> screens;
+    QStringList screens;
     for (const QScreen* screen : QGuiApplication::screens()) {
         const QRect place = screen->geometry();
-        screens.push_back(std::to_string(place.x()) + "," + std::to_string(place.y()) + " " +
-                          std::to_string(place.width()) + "x" + std::to_string(place.height()));
+        screens.append(QStringLiteral("%1,%2 %3x%4")
+                           .arg(place.x())
+                           .arg(place.y())
+                           .arg(place.width())
+                           .arg(place.height()));
     }
-    std::sort(screens.begin(), screens.end());
-    std::string section = "Layout";
-    for (const std::string& screen : screens)
-        section += "\\" + screen;
-    return section;
+    screens.sort();
+    return "Layout\\" + screens.join(QLatin1Char('\\')).toStdString();
 }
 
 } // namespace
@@ -61,6 +62,7 @@ CMainWindow::CMainWindow(CTheme& theme, QWidget* parent)
     connect(Possible, &CActions::Asked, this, &CMainWindow::DoIt);
     connect(&Theme, &CTheme::Changed, this, &CMainWindow::ShowLook);
     connect(State, &CBanner::clicked, this, [this] { emit Asked(Do::LogStatus); });
+    connect(Instruments, &CSessionTree::AddAsked, this, [this] { emit Asked(Do::AddPort); });
     AddWindowKeys();
     ShowLook();
     ShowStart(true);
@@ -323,19 +325,22 @@ void CMainWindow::AddWindowKeys() {
     }
 }
 
+/// In a narrow window the docks on the left give their room to the windows.
 void CMainWindow::FitToWidth() {
     Tools->SetNarrow(width() < Theme.Px(NarrowWindow));
-    CDisplayWindow* tree = Docks[Do::TreeDock];
-    if (Watch || !tree || Middle->currentWidget() == Beginning)
+    if (Watch || Middle->currentWidget() == Beginning)
         return;
-    const bool narrow = width() < Theme.Px(VeryNarrowWindow);
-    if (narrow && !tree->isHidden() && !tree->isFloating()) {
-        TreeFolded = true;
-        tree->hide();
-    } else if (!narrow && TreeFolded) {
-        TreeFolded = false;
-        tree->show();
+    if (width() >= Theme.Px(VeryNarrowWindow)) {
+        for (CDisplayWindow* dock : std::exchange(Folded, {}))
+            dock->show();
+        return;
     }
+    for (const auto& [action, dock] : Docks)
+        if (!dock->isHidden() && !dock->isFloating() &&
+            dockWidgetArea(dock) == Qt::LeftDockWidgetArea) {
+            Folded.push_back(dock);
+            dock->hide();
+        }
 }
 
 void CMainWindow::SaveLayout(CProfileStore& store) const {

@@ -97,7 +97,7 @@ class CMainWindow : public QMainWindow {
     std::map<Do, CDisplayWindow*> Docks;
     std::vector<CDisplayWindow*> HiddenByWatch;
     bool Watch = false, WasMaximized = false;
-    bool TreeFolded = false; ///< by want of room, not by the operator
+    std::vector<CDisplayWindow*> Folded; ///< for want of room, not by the operator
 };
 
 } // namespace qor

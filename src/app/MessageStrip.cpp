@@ -4,6 +4,7 @@
 #include "app/Form.h"
 #include "app/Icons.h"
 #include "app/ShownText.h"
+#include "views/NumberText.h"
 
 #include <QAccessible>
 #include <QDialog>
@@ -94,8 +95,8 @@ void CMessageStrip::Refresh() {
     FullText = Shown(message->time.empty() ? message->text : message->time + "  " + message->text);
     setAccessibleName(SignName(message->sign) + QLatin1Char(' ') + FullText);
     MakeButtons(*message);
-    HistoryButton->setText(tr("History %1", "number of unseen messages")
-                               .arg(QString::fromStdString(std::to_string(Said.UnseenCount()))));
+    HistoryButton->setText(
+        tr("History %1", "number of unseen messages").arg(Shown(CountText(Said.UnseenCount()))));
     FitText();
     update();
     QAccessibleEvent event(this, QAccessible::Alert);

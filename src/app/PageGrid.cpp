@@ -26,6 +26,10 @@ QColor FromPage(Colour colour) {
                   static_cast<int>(colour >> 16 & 0xFF));
 }
 
+bool IsStale(const GridRow& row) {
+    return row.stale || row.sign == Sign::Stale;
+}
+
 class CPageDelegate : public QStyledItemDelegate {
   public:
     CPageDelegate(const CTheme& theme, const CPageModel& model, QObject* parent)
@@ -56,11 +60,11 @@ class CPageDelegate : public QStyledItemDelegate {
         } else if (selected) {
             text = QColor(colours.base);
             background = QColor(colours.accent);
-        } else if (row.sign == Sign::Stale && cell) {
+        } else if (IsStale(row) && cell) {
             text = QColor(colours.stale);
         }
         painter->fillRect(option.rect, background);
-        if (cell && row.sign == Sign::Stale)
+        if (cell && IsStale(row))
             Hatch(*painter, option.rect, text);
         if (index.column() == CPageModel::SignColumn)
             PaintSign(*painter, option.rect.adjusted(6, 6, -6, -6), row.sign,
@@ -73,7 +77,7 @@ class CPageDelegate : public QStyledItemDelegate {
 
   private:
     bool NumberColumn(int column) const {
-        return Model.index(0, column).data(Qt::TextAlignmentRole).toInt() & Qt::AlignRight;
+        return Model.index(0, column).data(Qt::TextAlignmentRole).value<int>() & Qt::AlignRight;
     }
 
     /// Slanted lines: the value is not of now.
@@ -94,7 +98,7 @@ class CPageDelegate : public QStyledItemDelegate {
         painter.save();
         painter.setFont(FontOf(index.column()));
         painter.setPen(colour);
-        const int alignment = index.data(Qt::TextAlignmentRole).toInt() | Qt::TextSingleLine;
+        const int alignment = index.data(Qt::TextAlignmentRole).value<int>() | Qt::TextSingleLine;
         const auto draw = [&painter, alignment](const QRect& line, const QString& text) {
             painter.drawText(line, alignment,
                              painter.fontMetrics().elidedText(text, Qt::ElideRight, line.width()));

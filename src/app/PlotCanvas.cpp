@@ -25,6 +25,27 @@ bool Joined(const PlotPoint& point) {
     return point.valid && !std::isnan(point.y);
 }
 
+/// Steps that clocks have, with labels that tell each step from the next.
+class CTimeTicker : public QCPAxisTickerDateTime {
+  protected:
+    double getTickStep(const QCPRange& range) override {
+        constexpr double Minute = 60.0, Hour = 3600.0, Day = 86400.0;
+        constexpr double Steps[] = {
+            0.1,     0.5,      1.0,        2.0,        5.0,         10.0,        15.0,
+            30.0,    Minute,   2 * Minute, 5 * Minute, 10 * Minute, 15 * Minute, 30 * Minute,
+            Hour,    2 * Hour, 3 * Hour,   6 * Hour,   12 * Hour,   Day,         2 * Day,
+            7 * Day, 14 * Day, 30 * Day,   90 * Day,   365.0 * Day, 3650 * Day,  36500.0 * Day};
+        const double wanted = 0.75 * range.size() / mTickCount;
+        const auto step = std::lower_bound(std::begin(Steps), std::prev(std::end(Steps)), wanted);
+        mDateTimeFormat = *step < 1.0      ? QStringLiteral("HH:mm:ss.z")
+                          : *step < Minute ? QStringLiteral("HH:mm:ss")
+                          : *step < Day    ? QStringLiteral("HH:mm")
+                                           : QStringLiteral("yyyy-MM-dd");
+        mDateStrategy = dsNone;
+        return *step;
+    }
+};
+
 /// Marks for points, hollow or filled, in a curve's own colour.
 QCPScatterStyle Mark(const QColor& colour, bool filled, double size) {
     return {QCPScatterStyle::ssCircle, QPen(colour, 1.2),
@@ -173,8 +194,7 @@ void CPlotCanvas::SetTicker(QCPAxis& axis, const PlotAxis& shown) const {
     axis.setNumberFormat(QStringLiteral("gb"));
     axis.setNumberPrecision(6);
     if (shown.kind == AxisKind::Time) {
-        const QSharedPointer<QCPAxisTickerDateTime> ticker(new QCPAxisTickerDateTime);
-        ticker->setDateTimeFormat(QStringLiteral("HH:mm:ss"));
+        const QSharedPointer<CTimeTicker> ticker(new CTimeTicker);
         ticker->setDateTimeSpec(Qt::TimeZone);
         ticker->setTimeZone(QTimeZone(shown.zoneMinutes * 60));
         axis.setTicker(ticker);
@@ -347,12 +367,6 @@ void CPlotCanvas::ApplyTicks(QCPAxis& axis, const PlotAxis& shown, bool fixed, b
     if (!shown.logarithmic)
         axis.ticker()->setTickCount(
             std::clamp(static_cast<int>(length / Theme.Px(upright ? 40 : 90)), 2, 10));
-    if (const auto time = axis.ticker().dynamicCast<QCPAxisTickerDateTime>()) {
-        const double range = axis.range().size();
-        time->setDateTimeFormat(range > 2.0 * 86400.0 ? QStringLiteral("MM-dd\nHH:mm")
-                                : range > 300.0       ? QStringLiteral("HH:mm")
-                                                      : QStringLiteral("HH:mm:ss"));
-    }
     axis.setLabel(FittingTitle(shown, fixed, length));
 }
 

@@ -83,10 +83,14 @@ void CPlotGround::DrawMarker(QCPPainter& painter, const PlotMarker& marker) cons
         if (i > 0)
             continue;
         const QString text = Shown(marker.text);
-        const QPointF place = upright
-                                  ? QPointF(lane.left() + 4, at - 3)
-                                  : QPointF(at + 3, lane.top() + painter.fontMetrics().ascent());
-        painter.drawText(place, text);
+        QRectF words = painter.fontMetrics().boundingRect(text);
+        words.adjust(-2.0, 0.0, 2.0, 0.0);
+        if (upright)
+            words.moveBottomLeft(QPointF(lane.left() + 2.0, at - 1.0));
+        else
+            words.moveTopLeft(QPointF(at + 1.0, lane.top()));
+        painter.fillRect(words, QColor(Canvas.Colours().base));
+        painter.drawText(words, Qt::AlignCenter | Qt::TextSingleLine, text);
     }
 }
 

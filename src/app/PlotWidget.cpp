@@ -6,6 +6,7 @@
 #include "app/PlotCanvas.h"
 #include "app/PlotHands.h"
 #include "app/ShownText.h"
+#include "views/NumberText.h"
 
 #include <QKeyEvent>
 #include <QPainter>

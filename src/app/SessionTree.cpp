@@ -204,7 +204,8 @@ QVariant CTreeModel::headerData(int section, Qt::Orientation orientation, int ro
                                    : tr("Age");
 }
 
-CSessionTree::CSessionTree(const CTheme& theme, QWidget* parent) : QTreeView(parent), Theme(theme) {
+CSessionTree::CSessionTree(const CTheme& theme, QWidget* parent)
+    : QTreeView(parent), Theme(theme), Nothing(new CNotice(theme, viewport())) {
     setModel(&Model);
     setItemDelegate(new CTreeDelegate(Theme, Model, this));
     setAccessibleName(tr("Session tree"));
@@ -229,8 +230,10 @@ CSessionTree::CSessionTree(const CTheme& theme, QWidget* parent) : QTreeView(par
     });
     connect(selectionModel(), &QItemSelectionModel::currentChanged, this,
             [this] { emit RowChosen(ChosenRow()); });
+    connect(Nothing, &CNotice::RemedyPressed, this, &CSessionTree::AddAsked);
     connect(&Theme, &CTheme::Changed, this, &CSessionTree::TakeTheme);
     TakeTheme();
+    ShowWhetherEmpty();
 }
 
 void CSessionTree::TakeTheme() {
@@ -258,10 +261,21 @@ void CSessionTree::ShowPage(const TreePage& page) {
     const std::uint64_t chosen = ChosenRow();
     if (!Model.SetPage(page))
         return;
+    ShowWhetherEmpty();
     ExpandAgain();
     const QModelIndex again = Model.IndexOf(chosen);
     if (chosen != 0 && again.isValid())
         setCurrentIndex(again);
+}
+
+void CSessionTree::ShowWhetherEmpty() {
+    PageHead head;
+    if (Model.rowCount() == 0) {
+        head.state = PageState::Empty;
+        head.sentence = tr("This session has no port yet.").toStdString();
+        head.remedy = tr("Add port").toStdString();
+    }
+    Nothing->ShowHead(head);
 }
 
 /// What has neither rate nor age takes the whole width.

@@ -4,6 +4,7 @@
 // filled elsewhere under the document's lock. User-interface thread.
 #pragma once
 
+#include "app/Notice.h"
 #include "app/Theme.h"
 #include "views/SessionPages.h"
 
@@ -60,6 +61,8 @@ class CSessionTree : public QTreeView {
     QSize sizeHint() const override;
 
   signals:
+    /// The button of the empty tree.
+    void AddAsked();
     void MenuAsked(quint64 row, QPoint screenPlace);
     void RowActivated(quint64 row);
     void RowChosen(quint64 row);
@@ -71,10 +74,12 @@ class CSessionTree : public QTreeView {
   private:
     void TakeTheme();
     void FitColumns();
+    void ShowWhetherEmpty();
     void ExpandAgain();
     void Span(const QModelIndex& parent);
 
     const CTheme& Theme;
+    CNotice* Nothing;
     CTreeModel Model;
     std::set<std::uint64_t> Folded; ///< rows that the operator closed
 };

@@ -48,7 +48,7 @@ void CStyle::DrawButton(const QStyleOption& option, QPainter& painter, bool flat
         fill = Mixed(C().raised, C().text, down ? PressPart : HoverPart);
     if (!enabled)
         fill = None();
-    const bool strong = (option.state & State_HasFocus) || standard;
+    const bool strong = (option.state & State_HasFocus) || (standard && enabled);
     const QColor border = strong     ? QColor(C().accent)
                           : !enabled ? Mixed(C().window, C().border, 0.5)
                                      : QColor(C().border);

@@ -3,6 +3,7 @@
 
 #include "app/Style.h"
 
+#include <QCoreApplication>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -17,11 +18,29 @@ namespace {
 
 constexpr int HoldMilliseconds = 1000, HoldTick = 40;
 constexpr int LeastText = 11;
-constexpr Do ToolActions[] = {Do::ConnectAll, Do::StartAll, Do::StartLog, Do::Tare, Do::Station};
+
+/// The buttons with their short names, in the translation context "ToolRow".
+struct ToolName {
+    Do action;
+    const char* text;
+};
+constexpr ToolName ToolNames[] = {
+    {Do::ConnectAll, QT_TRANSLATE_NOOP("ToolRow", "Connect")},
+    {Do::StartAll, QT_TRANSLATE_NOOP("ToolRow", "Start")},
+    {Do::StartLog, QT_TRANSLATE_NOOP("ToolRow", "Log")},
+    {Do::Tare, QT_TRANSLATE_NOOP("ToolRow", "Tare")},
+    {Do::Station, QT_TRANSLATE_NOOP("ToolRow", "Station")},
+};
+constexpr ToolName StopName{Do::StopLog, QT_TRANSLATE_NOOP("ToolRow", "Stop log")};
+
+QString NameOf(const ToolName& name) {
+    return QCoreApplication::translate("ToolRow", name.text);
+}
 
 } // namespace
 
-CToolRowButton::CToolRowButton(const CTheme& theme, QAction* action, QWidget* parent)
+CToolRowButton::CToolRowButton(const CTheme& theme, QAction* action, const QString& name,
+                               QWidget* parent)
     : QToolButton(parent), Theme(theme) {
     setFocusPolicy(Qt::TabFocus);
     setAttribute(Qt::WA_Hover);
@@ -29,17 +48,17 @@ CToolRowButton::CToolRowButton(const CTheme& theme, QAction* action, QWidget* pa
     Tick.setInterval(HoldTick);
     connect(&Tick, &QTimer::timeout, this, &CToolRowButton::HoldOn);
     connect(&Theme, &CTheme::Changed, this, &CToolRowButton::updateGeometry);
-    SetAction(action);
+    SetAction(action, name);
 }
 
-void CToolRowButton::SetAction(QAction* action) {
+void CToolRowButton::SetAction(QAction* action, const QString& name) {
     if (action == Action)
         return;
     if (Action)
         disconnect(Action, nullptr, this, nullptr);
     Action = action;
+    setText(name);
     const auto take = [this] {
-        setText(Action->text().remove(QLatin1Char('&')).remove(QStringLiteral(" ...")));
         setIcon(Action->icon());
         setEnabled(Action->isEnabled());
         setToolTip(Action->toolTip());
@@ -59,6 +78,19 @@ void CToolRowButton::SetHold(int milliseconds) {
 void CToolRowButton::SetNarrow(bool narrow) {
     Narrow = narrow;
     updateGeometry();
+}
+
+void CToolRowButton::SetTextPixels(int pixels) {
+    TextPixels = pixels;
+    update();
+}
+
+int CToolRowButton::FittingTextPixels() const {
+    QFont font = Theme.Font(FontRole::Tool);
+    while (font.pixelSize() > LeastText &&
+           QFontMetrics(font).horizontalAdvance(text()) > sizeHint().width() - Theme.Px(6))
+        font.setPixelSize(font.pixelSize() - 1);
+    return font.pixelSize();
 }
 
 QSize CToolRowButton::sizeHint() const {
@@ -86,9 +118,8 @@ void CToolRowButton::paintEvent(QPaintEvent*) {
     icon().paint(&painter, QRect((width() - side) / 2, above, side, side), Qt::AlignCenter,
                  isEnabled() ? QIcon::Normal : QIcon::Disabled);
     QFont font = Theme.Font(FontRole::Tool);
-    while (font.pixelSize() > LeastText &&
-           QFontMetrics(font).horizontalAdvance(text()) > width() - Theme.Px(6))
-        font.setPixelSize(font.pixelSize() - 1);
+    if (TextPixels > 0)
+        font.setPixelSize(TextPixels);
     painter.setFont(font);
     painter.setPen(QColor(isEnabled() ? colours.text : colours.border));
     painter.drawText(QRect(0, above + side, width(), height() - above - side), Qt::AlignCenter,
@@ -160,23 +191,40 @@ CToolRow::CToolRow(const CTheme& theme, const CActions& actions, QWidget* parent
     auto* row = new QHBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);
     row->setSpacing(size::Grid);
-    for (const Do action : ToolActions) {
-        auto* button = new CToolRowButton(theme, Actions[action]);
+    for (const ToolName& name : ToolNames) {
+        auto* button = new CToolRowButton(theme, Actions[name.action], NameOf(name));
         row->addWidget(button);
         Buttons.push_back(button);
-        if (action == Do::StartLog)
+        if (name.action == Do::StartLog)
             LogButton = button;
     }
+    connect(&theme, &CTheme::Changed, this, &CToolRow::AlignTexts);
+    AlignTexts();
 }
 
 void CToolRow::SetLogging(bool logging) {
-    LogButton->SetAction(Actions[logging ? Do::StopLog : Do::StartLog]);
+    const ToolName* start =
+        std::find_if(std::begin(ToolNames), std::end(ToolNames),
+                     [](const ToolName& name) { return name.action == Do::StartLog; });
+    const ToolName& name = logging ? StopName : *start;
+    LogButton->SetAction(Actions[name.action], NameOf(name));
     LogButton->SetHold(logging ? HoldMilliseconds : 0);
+    AlignTexts();
 }
 
 void CToolRow::SetNarrow(bool narrow) {
     for (CToolRowButton* button : Buttons)
         button->SetNarrow(narrow);
+    AlignTexts();
+}
+
+/// All names in one size, that of the one with the least room.
+void CToolRow::AlignTexts() {
+    int pixels = Buttons.front()->FittingTextPixels();
+    for (const CToolRowButton* button : Buttons)
+        pixels = std::min(pixels, button->FittingTextPixels());
+    for (CToolRowButton* button : Buttons)
+        button->SetTextPixels(pixels);
 }
 
 } // namespace qor

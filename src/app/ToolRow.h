@@ -16,12 +16,16 @@ class CToolRowButton : public QToolButton {
     Q_OBJECT
 
   public:
-    CToolRowButton(const CTheme& theme, QAction* action, QWidget* parent = nullptr);
+    CToolRowButton(const CTheme& theme, QAction* action, const QString& name,
+                   QWidget* parent = nullptr);
 
-    void SetAction(QAction* action);
+    void SetAction(QAction* action, const QString& name);
     /// 0: a click does.
     void SetHold(int milliseconds);
     void SetNarrow(bool narrow);
+    /// The largest size in which the name fits, and the one that is used.
+    int FittingTextPixels() const;
+    void SetTextPixels(int pixels);
 
     QSize sizeHint() const override;
 
@@ -41,6 +45,7 @@ class CToolRowButton : public QToolButton {
     QAction* Action = nullptr;
     QTimer Tick;
     int HoldFor = 0, HeldFor = 0;
+    int TextPixels = 0; ///< 0: as the theme has it
     bool Narrow = false;
 };
 
@@ -55,6 +60,8 @@ class CToolRow : public QWidget {
     void SetNarrow(bool narrow);
 
   private:
+    void AlignTexts();
+
     const CActions& Actions;
     std::vector<CToolRowButton*> Buttons;
     CToolRowButton* LogButton = nullptr;

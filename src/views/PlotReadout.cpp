@@ -156,12 +156,6 @@ std::string DescribePlot(const PlotPage& page, const HiddenCurves& hidden) {
     return text;
 }
 
-std::string ElapsedText(double seconds) {
-    const auto whole = static_cast<long long>(std::max(seconds, 0.0));
-    return whole < 3600 ? Format("%02lld:%02lld", whole / 60, whole % 60)
-                        : Format("%02lld:%02lld:%02lld", whole / 3600, whole / 60 % 60, whole % 60);
-}
-
 std::optional<double> ParseLimit(const PlotAxis& axis, std::string_view text, double near) {
     text = Trim(text);
     if (axis.kind != AxisKind::Time) {

@@ -40,9 +40,6 @@ std::string VisibleCsv(const PlotPage& page, PlotRange key, const HiddenCurves& 
 /// Each visible curve with its last value.
 std::string DescribePlot(const PlotPage& page, const HiddenCurves& hidden);
 
-/// A time span, "00:12" or "01:02:10".
-std::string ElapsedText(double seconds);
-
 /// A limit that the operator typed, or empty when it is none: a number, or on a time axis
 /// "hh:mm:ss" of the day of `near`.
 std::optional<double> ParseLimit(const PlotAxis& axis, std::string_view text, double near);

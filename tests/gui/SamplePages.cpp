@@ -31,14 +31,22 @@ PlotAxis Axis(const char* label, const char* units, int decimals = 2) {
 GridPage SampleAncillary() {
     GridPage page;
     page.title = "Ancillary View - PRO 0312";
-    page.rows = {
-        {"TILT", "deg", {"46.12", Cyan, Red}, {}, 1, Sign::Alarm, {}, true},
-        {"PRES", "dbar", {"23.4410", Yellow, Black}, {}, 2, Sign::Ok, {}, false},
-        {"TEMP W", "deg C", {"24.1180", Black, Yellow}, {}, 3, Sign::Warning, {}, true},
-        {"COND", "mS/cm", {"42.9140", Yellow, Black}, {}, 4, Sign::Stale, "38 s", false},
-        {"VBAT", "V", {"0x20000006", Yellow, Black}, {}, 5, Sign::Error, {}, false},
-        {"TIMER", "s", {"4811.20", Yellow, Black}, {}, 6, Sign::None, {}, false},
+    const auto row = [](std::uint64_t id, const char* label, const char* units, GridCell value,
+                        Sign sign) {
+        GridRow made{label, units, std::move(value)};
+        made.id = id;
+        made.sign = sign;
+        made.opens = id == 1 || id == 3;
+        return made;
     };
+    page.rows = {row(1, "TILT", "deg", {"46.12", Cyan, Red}, Sign::Alarm),
+                 row(2, "PRES", "dbar", {"23.4410", Yellow, Black}, Sign::Ok),
+                 row(3, "TEMP W", "deg C", {"24.1180", Black, Yellow}, Sign::Warning),
+                 row(4, "COND", "mS/cm", {"42.9140", Yellow, Black}, Sign::Stale),
+                 row(5, "VBAT", "V", {"0x20000006", Yellow, Black}, Sign::Error),
+                 row(6, "TIMER", "s", {"4811.20", Yellow, Black}, Sign::None)};
+    page.rows[3].stale = true;
+    page.rows[3].age = "38 s";
     page.head.sign = Sign::Alarm;
     page.head.leading = "TILT 46.12 deg";
     return page;
@@ -52,7 +60,7 @@ GridPage SampleStatus() {
                     {"Checksum", true}, {"Discarded", true}, {"Age", true}};
     const auto row = [](std::uint64_t id, Sign sign, const char* name,
                         std::array<const char*, 5> cells) {
-        GridRow made{name, {}, {cells[0]}, {}, id, sign, {}, false};
+        GridRow made{name, {}, {cells[0]}, {}, id, sign};
         for (std::size_t i = 1; i < cells.size(); ++i)
             made.more.push_back({cells[i]});
         return made;

@@ -128,7 +128,7 @@ TEST(MessageStrip, IsGoneWhenNothingIsUnseenAndTakesNoFocus) {
 TEST(ToolRow, StoppingTheLogTakesAHeldButton) {
     QAction action;
     QSignalSpy triggered(&action, &QAction::triggered);
-    CToolRowButton button(TestTheme(), &action);
+    CToolRowButton button(TestTheme(), &action, QStringLiteral("Log"));
     button.show();
     QTest::mouseClick(&button, Qt::LeftButton);
     EXPECT_EQ(triggered.count(), 1);
@@ -283,10 +283,10 @@ TEST(Language, TheGermanCatalogueHasEveryActionAndFitsItsPlaces) {
         GTEST_SKIP() << "built without lrelease";
     int same = 0;
     for (const ActionRow& row : ActionTable()) {
-        const QString german = QCoreApplication::translate("Actions", row.text);
+        const QString german = QCoreApplication::translate("qor", row.text);
         EXPECT_TRUE(german.contains(QLatin1Char('&'))) << row.text;
         same += german == QString::fromLatin1(row.text) ? 1 : 0;
-        EXPECT_NE(QCoreApplication::translate("Actions", row.tip), QString::fromLatin1(row.tip));
+        EXPECT_NE(QCoreApplication::translate("qor", row.tip), QString::fromLatin1(row.tip));
     }
     EXPECT_LE(same, 4) << "words that are the same in both languages";
     for (QTranslator* translator : application->findChildren<QTranslator*>())

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "views/NumberText.h"
 #include "views/PlotRange.h"
 #include "views/PlotReadout.h"
 
@@ -187,6 +188,16 @@ TEST(Limits, AreReadAsTheyAreWritten) {
 TEST(DescribePlot, NamesTheLastValues) {
     const PlotPage page = PageOf({{{0, 1}, {1, 2}, {2, Gap}}, {{0, 1, false}}, {{0, 3}}});
     EXPECT_EQ(DescribePlot(page, {3}), "c1 2.00 V; c2 no value");
+}
+
+TEST(NumberText, GroupsCountsAndShowsSpans) {
+    EXPECT_EQ(CountText(0), "0");
+    EXPECT_EQ(CountText(999), "999");
+    EXPECT_EQ(CountText(48210), "48\xE2\x80\x89"
+                                "210");
+    EXPECT_EQ(CountText(1234567), "1\xE2\x80\x89"
+                                  "234\xE2\x80\x89"
+                                  "567");
     EXPECT_EQ(ElapsedText(12.9), "00:12");
     EXPECT_EQ(ElapsedText(3730.0), "01:02:10");
 }

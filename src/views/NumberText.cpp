@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "views/NumberText.h"
+
+#include "base/Text.h"
+
+#include <algorithm>
+
+namespace qor {
+
+std::string CountText(std::uint64_t count) {
+    constexpr const char* ThinSpace = "\xE2\x80\x89";
+    std::string text = std::to_string(count);
+    for (std::size_t place = text.size(); place > 3;) {
+        place -= 3;
+        text.insert(place, ThinSpace);
+    }
+    return text;
+}
+
+std::string ElapsedText(double seconds) {
+    const auto whole = static_cast<long long>(std::max(seconds, 0.0));
+    return whole < 3600 ? Format("%02lld:%02lld", whole / 60, whole % 60)
+                        : Format("%02lld:%02lld:%02lld", whole / 3600, whole / 60 % 60, whole % 60);
+}
+
+} // namespace qor
