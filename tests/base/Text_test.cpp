@@ -73,10 +73,9 @@ TEST(Text, CountsArePlainDecimalNumbersBelowTwoToThe32) {
 
 /// The same texts as printf's in the C locale, whatever the locale is.
 TEST(Text, NumbersAreWrittenAsPrintfDoesInTheCLocale) {
-    const double values[] = {0.0,      -0.0,      0.5,          2.5,           -2.675,
-                             45.125,   -5.25,     1e-7,         9999.995,      99999.5,
-                             123456.7, -123456.7, 1e15,         -1e22,         1e300,
-                             Infinity, -Infinity, std::nan(""), -std::nan(""), 4.9e-324};
+    const double values[] = {0.0,   -0.0,     0.5,       2.5,          -2.675,    45.125, -5.25,
+                             1e-7,  9999.995, 99999.5,   123456.7,     -123456.7, 1e15,   -1e22,
+                             1e300, Infinity, -Infinity, std::nan(""), 4.9e-324};
     std::vector<std::string> expected, written;
     for (double value : values) {
         expected.insert(expected.end(),
@@ -92,6 +91,8 @@ TEST(Text, NumbersAreWrittenAsPrintfDoesInTheCLocale) {
                                        GeneralNumber(value, 4), GeneralNumber(value, 5, 12)});
     }
     EXPECT_EQ(written, expected);
+    EXPECT_EQ(FixedNumber(-std::nan(""), 2), "-nan")
+        << "on Windows too, whose printf has no sign here";
     if (!comma.Active())
         GTEST_SKIP() << "no locale with a decimal comma can be had here";
     EXPECT_EQ(Format("%.1f", 0.5), "0,5");

@@ -94,8 +94,9 @@ TEST(AutoRange, StandsOnZeroAndOnDecadesWhereItShould) {
     EXPECT_EQ(CAutoRange().Follow(PlotRange{3.0, 44.0}, depth, 0.0).lower, 0.0);
     PlotAxis logarithmic;
     logarithmic.logarithmic = true;
-    EXPECT_EQ(CAutoRange().Follow(PlotRange{0.02, 30.0}, logarithmic, 0.0),
-              (PlotRange{0.01, 100.0}));
+    const PlotRange decades = CAutoRange().Follow(PlotRange{0.02, 30.0}, logarithmic, 0.0);
+    EXPECT_DOUBLE_EQ(decades.lower, 0.01);
+    EXPECT_DOUBLE_EQ(decades.upper, 100.0);
     const PlotRange flat = CAutoRange().Follow(PlotRange{5.0, 5.0}, {}, 0.0);
     EXPECT_LT(flat.lower, 5.0);
     EXPECT_GT(flat.upper, 5.0);
