@@ -1,13 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// qorview-cli check: loads definition files and packages and reports what was found.
+// qorview-cli check: loads definition files and packages and reports what was found, with hints at
+// likely mistakes behind it on standard error.
 #include "cli/Commands.h"
+#include "cli/InstrumentOptions.h"
 #include "cli/Progress.h"
 #include "cli/Report.h"
 #include "export/DefinitionJson.h"
 #include "export/DefinitionText.h"
 
 #include "base/Text.h"
+#include "instrument/DefinitionVerdict.h"
+#include "platform/WholeFile.h"
 #include "session/FileKind.h"
 
 #include <CLI/CLI.hpp>
@@ -22,7 +26,11 @@ namespace {
 struct CheckOptions {
     std::vector<std::string> files;
     bool json = false;
+    bool strict = false;
 };
+
+/// A text that is larger than any definition is judged by its parse log alone.
+constexpr std::size_t LargestText = 16U << 20;
 
 std::uint64_t SizeOf(const std::string& path) {
     CFile file;
@@ -32,7 +40,26 @@ std::uint64_t SizeOf(const std::string& path) {
     return known ? size : 0;
 }
 
-bool CheckDefinition(COutput& output, const std::string& path, bool json,
+/// What is likely a mistake; at line 0 what concerns the definition as a whole.
+DefinitionHints JudgedBy(const CInstrument& instrument, std::string_view text) {
+    DefinitionHints hints = HintsOf(instrument, text);
+    if (std::string reason = VerdictOf(instrument).noFrames; !reason.empty())
+        hints.insert(hints.begin(), {0, "It can never give a frame: " + std::move(reason)});
+    return hints;
+}
+
+void SayHints(const std::string& subject, const DefinitionHints& hints) {
+    for (const DefinitionHint& hint : hints)
+        ReportHint(subject + (hint.line > 0 ? ": line " + std::to_string(hint.line) : "") + ": " +
+                   hint.text);
+}
+
+/// Whether a definition is as its author meant it, as far as that can be told.
+bool IsClean(const CInstrument& instrument, const DefinitionHints& hints) {
+    return instrument.DiagnosticCount() == 0 && hints.empty();
+}
+
+bool CheckDefinition(COutput& output, const std::string& path, const CheckOptions& options,
                      const CommandContext& context) {
     // Reading is the bar's first half, writing its second.
     const std::uint64_t size = SizeOf(path);
@@ -44,12 +71,17 @@ bool CheckDefinition(COutput& output, const std::string& path, bool json,
     });
     if (context.stop.Requested())
         return false; // what was read is not the definition
-    if (!json || IsTerminal(StandardStream::Output))
+    const bool loaded = status == DefinitionStatus::Success;
+    DefinitionHints hints;
+    std::string text; // what comes from a pipe comes once
+    if (loaded && (IsDevice(path) || ReadWholeFile(path, LargestText, text) == FileCause::None))
+        hints = JudgedBy(instrument, text);
+    if (!options.json || IsTerminal(StandardStream::Output))
         bar.reset(); // the results would stand in its line
-    if (json) {
+    if (options.json) {
         CJsonWriter writer(output);
         const double share = static_cast<double>(size) / std::max(instrument.SensorCount(), 1);
-        WriteDefinition(writer, path, instrument, status, [&](const CSensor& sensor) {
+        WriteDefinition(writer, path, instrument, status, hints, [&](const CSensor& sensor) {
             if (bar && size > 0)
                 bar->Update(size + static_cast<std::uint64_t>(share * sensor.Index));
         });
@@ -58,23 +90,31 @@ bool CheckDefinition(COutput& output, const std::string& path, bool json,
         WriteParseLog(output, instrument.ParseLog());
     }
     bar.reset();
-    if (status == DefinitionStatus::Success)
-        return true;
     output.Flush();
+    SayHints(path, hints);
+    if (loaded)
+        return !options.strict || IsClean(instrument, hints);
     ReportError(path + ": could not be loaded (" + Format("0x%08x", static_cast<unsigned>(status)) +
                 "); its parse log says why.");
     return false;
 }
 
-bool CheckPackage(COutput& output, const std::string& path, bool json, const CommandContext&) {
-    const LoadedPackage package = ReadPackage(path); // its messages are part of the result
-    if (json)
-        WritePackageJson(output, package);
+bool CheckPackage(COutput& output, const std::string& path, const CheckOptions& options,
+                  const CommandContext&) {
+    const LoadedPackage package = ReadPackageTexts(path); // its messages are part of the result
+    std::vector<DefinitionHints> hints;
+    for (const PackageMember& member : package.members)
+        hints.push_back(JudgedBy(*member.instrument, member.text));
+    if (options.json)
+        WritePackageJson(output, package, hints);
     else
         WritePackageText(output, package);
-    if (package.ok && package.failed.empty())
-        return true;
     output.Flush();
+    bool clean = true;
+    for (std::size_t i = 0; i < hints.size(); ++i) {
+        SayHints(path + "(" + package.members[i].name + ")", hints[i]);
+        clean = clean && IsClean(*package.members[i].instrument, hints[i]);
+    }
     if (!package.ok)
         ReportError(path +
                     ": no instrument could be loaded from the package; its messages say why.");
@@ -82,7 +122,7 @@ bool CheckPackage(COutput& output, const std::string& path, bool json, const Com
         ReportError(path + "(" + member.name + "): " +
                     (member.instrument ? "could not be loaded; its parse log says why."
                                        : "could not be extracted."));
-    return false;
+    return package.ok && package.failed.empty() && (clean || !options.strict);
 }
 
 int RunCheck(const CheckOptions& options, CommandContext& context) {
@@ -90,8 +130,7 @@ int RunCheck(const CheckOptions& options, CommandContext& context) {
     bool well = true;
     for (const std::string& path : options.files) {
         bool isPackage = KindByName(path) == FileKind::Package;
-        well = (isPackage ? CheckPackage : CheckDefinition)(output, path, options.json, context) &&
-               well;
+        well = (isPackage ? CheckPackage : CheckDefinition)(output, path, options, context) && well;
         if (context.stop.Requested())
             return ExitInterrupted;
         if (!output.Good())
@@ -109,8 +148,11 @@ void AddCheckCommand(CLI::App& app, CommandContext& context) {
         app.add_subcommand("check", "Load definition files and packages and report what was found");
     command->add_flag("--json", options.json, "One JSON object a file instead of the parse log");
     command->add_flag("--quiet", context.quiet, "No progress bar");
+    command->add_flag("--strict", options.strict,
+                      "A definition with repaired or dropped lines, or with hints, is a fault");
     command->add_option("FILE", options.files, "Definition files (.cal, .tdf) or packages (.sip)")
         ->type_name("")
+        ->check(CheckInstrumentFile)
         ->required();
     command->callback(
         [&context] { context.body = [&context] { return RunCheck(options, context); }; });

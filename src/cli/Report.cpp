@@ -18,4 +18,8 @@ void ReportWarning(const std::string& text) {
     WriteError("qorview-cli: warning: " + text + "\n");
 }
 
+void ReportHint(const std::string& text) {
+    WriteError("qorview-cli: hint: " + text + "\n");
+}
+
 } // namespace qor

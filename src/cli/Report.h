@@ -8,9 +8,11 @@
 
 namespace qor {
 
-/// One line: "qorview-cli: error: " or "qorview-cli: warning: " and the text.
+/// One line: "qorview-cli: error: ", "qorview-cli: warning: " or "qorview-cli: hint: " and the
+/// text.
 void ReportError(const std::string& text);
 void ReportWarning(const std::string& text);
+void ReportHint(const std::string& text);
 /// Text as it is.
 void WriteError(std::string_view text);
 

@@ -42,7 +42,8 @@ void WriteSensor(CJsonWriter& json, const CSensor& sensor) {
 } // namespace
 
 void WriteDefinition(CJsonWriter& json, std::string_view file, const CInstrument& instrument,
-                     DefinitionStatus status, const std::function<void(const CSensor&)>& progress) {
+                     DefinitionStatus status, const DefinitionHints& hints,
+                     const std::function<void(const CSensor&)>& progress) {
     json.BeginObject();
     json.Key("file"), json.Path(file);
     json.Key("ok"), json.Bool(status == DefinitionStatus::Success);
@@ -66,6 +67,14 @@ void WriteDefinition(CJsonWriter& json, std::string_view file, const CInstrument
             progress(sensor);
     }
     json.EndArray();
+    json.Key("hints"), json.BeginArray();
+    for (const DefinitionHint& hint : hints) {
+        json.BeginObject();
+        json.Key("line"), json.Integer(hint.line);
+        json.Key("text"), json.Text(hint.text);
+        json.EndObject();
+    }
+    json.EndArray();
     json.EndObject();
 }
 
@@ -86,7 +95,8 @@ void WriteFailed(CJsonWriter& json, const FailedMember& member) {
 
 } // namespace
 
-void WritePackageJson(COutput& output, const LoadedPackage& package) {
+void WritePackageJson(COutput& output, const LoadedPackage& package,
+                      const std::vector<DefinitionHints>& hints) {
     CJsonWriter json(output);
     json.BeginObject();
     json.Key("file"), json.Path(package.path);
@@ -99,8 +109,9 @@ void WritePackageJson(COutput& output, const LoadedPackage& package) {
         json.Path(message); // a member's name is UTF-8
     json.EndArray();
     json.Key("instruments"), json.BeginArray();
-    for (const PackageMember& member : package.members)
-        WriteDefinition(json, member.name, *member.instrument, DefinitionStatus::Success);
+    for (std::size_t i = 0; i < package.members.size(); ++i)
+        WriteDefinition(json, package.members[i].name, *package.members[i].instrument,
+                        DefinitionStatus::Success, hints[i]);
     json.EndArray();
     json.Key("failed"), json.BeginArray();
     for (const FailedMember& member : package.failed)

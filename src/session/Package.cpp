@@ -58,7 +58,7 @@ class CDefinitionGauge {
 /// One run over a package file.
 class CPackageReader {
   public:
-    explicit CPackageReader(LoadedPackage& loaded) : Loaded(loaded) {}
+    CPackageReader(LoadedPackage& loaded, bool keepTexts) : Loaded(loaded), KeepTexts(keepTexts) {}
 
     void Read();
 
@@ -75,9 +75,11 @@ class CPackageReader {
     std::size_t FindProperties() const;
     bool ReadProperties();
     void ReadMember(std::size_t index);
-    bool LoadDefinition(std::size_t index, CInstrument& instrument, DefinitionStatus& status);
+    bool LoadDefinition(std::size_t index, CInstrument& instrument, DefinitionStatus& status,
+                        std::string& text);
 
     LoadedPackage& Loaded;
+    const bool KeepTexts;
     CZipArchive Archive;
     std::vector<std::string> Names; ///< of the archive's members, as they are shown
     std::size_t PropertiesIndex = 0;
@@ -169,7 +171,7 @@ bool CPackageReader::ReadProperties() {
 /// Inflates a definition into an instrument. False when it cannot be extracted; otherwise `status`
 /// is what loading it gave.
 bool CPackageReader::LoadDefinition(std::size_t index, CInstrument& instrument,
-                                    DefinitionStatus& status) {
+                                    DefinitionStatus& status, std::string& text) {
     if (Archive.Members()[index].size > PackageLimits::DefinitionBytes)
         return false;
     // Decided: the pieces go straight into the reader and never touch the disk, so there is nothing
@@ -182,6 +184,8 @@ bool CPackageReader::LoadDefinition(std::size_t index, CInstrument& instrument,
     const bool extracted = Archive.Extract(index, [&](ByteSpan piece) {
         if (!Gauge.Take(piece))
             return false;
+        if (KeepTexts)
+            text += AsText(piece);
         // A fatal fault ends the load, but not the check of the member's data.
         reading = reading && reader.Feed(AsText(piece));
         return true;
@@ -204,10 +208,11 @@ void CPackageReader::ReadMember(std::size_t index) {
     }
     auto instrument = std::make_unique<CInstrument>();
     DefinitionStatus status = DefinitionStatus::NoError;
-    if (!LoadDefinition(index, *instrument, status))
+    std::string text;
+    if (!LoadDefinition(index, *instrument, status, text))
         NotExtracted(name);
     else if (status == DefinitionStatus::Success)
-        Loaded.members.push_back({name, std::move(instrument)});
+        Loaded.members.push_back({name, std::move(instrument), std::move(text)});
     else
         NotLoaded(name, status, std::move(instrument));
 }
@@ -255,11 +260,23 @@ PackageProperties ParseProperties(std::string_view text) {
     return properties;
 }
 
-LoadedPackage ReadPackage(const std::string& path) {
+namespace {
+
+LoadedPackage Read(const std::string& path, bool keepTexts) {
     LoadedPackage loaded;
     loaded.path = path;
-    CPackageReader(loaded).Read();
+    CPackageReader(loaded, keepTexts).Read();
     return loaded;
+}
+
+} // namespace
+
+LoadedPackage ReadPackage(const std::string& path) {
+    return Read(path, false);
+}
+
+LoadedPackage ReadPackageTexts(const std::string& path) {
+    return Read(path, true);
 }
 
 LoadedPackage LoadPackage(const std::string& path, CUserService& user, CMessageSink& sink) {

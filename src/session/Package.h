@@ -30,6 +30,7 @@ PackageProperties ParseProperties(std::string_view text);
 struct PackageMember {
     std::string name; ///< the member's name, in UTF-8 with "/" between its parts
     std::unique_ptr<CInstrument> instrument;
+    std::string text = {}; ///< of the definition, where it was asked for
 };
 
 /// A member that gave no instrument.
@@ -69,6 +70,8 @@ struct PackageLimits {
 /// Reads a package file and tells nobody. Definitions are loaded as they are inflated; nothing is
 /// written to the disk.
 LoadedPackage ReadPackage(const std::string& path);
+/// The same; members keep their definitions' texts, for whoever judges those.
+LoadedPackage ReadPackageTexts(const std::string& path);
 
 /// The same; then shows the messages to the user and sends the parse logs of definitions that
 /// failed to the sink. Not under a lock.
