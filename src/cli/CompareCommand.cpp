@@ -51,7 +51,7 @@ bool KnowsNames(CPlayedFile& playback, const CompareOptions& options, ComparedPa
 bool FindSeries(const CompareOptions& options, ComparedPair& pair) {
     const CLiveInstrument* without = ChooseComparedSeries(pair, options.sensor);
     if (without)
-        ReportError(without->Name() + ": it has no optical series" +
+        ReportError(without->Definition().ShownName() + ": it has no optical series" +
                     (options.sensor.empty() ? "" : " of type " + options.sensor) +
                     "; choose one with --sensor TYPE.");
     return !without;

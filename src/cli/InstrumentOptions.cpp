@@ -13,15 +13,6 @@ namespace qor {
 
 namespace {
 
-/// What the operator reads of a file that can be neither; a name without an extension that says
-/// otherwise is taken for a definition, as it always was.
-std::string CheckInstrumentFile(const std::string& path) {
-    const FileKind kind = KindByName(path);
-    const bool other = kind == FileKind::RawLog || kind == FileKind::Session ||
-                       (kind == FileKind::Other && !ExtensionOf(path).empty());
-    return other ? OneLine(NotInstrumentFile(path)) : std::string();
-}
-
 std::string RoleNames() {
     std::string names;
     for (const RoleRow& row : RoleTable) {
@@ -33,6 +24,13 @@ std::string RoleNames() {
 }
 
 } // namespace
+
+std::string CheckInstrumentFile(const std::string& path) {
+    const FileKind kind = KindByName(path);
+    const bool other = kind == FileKind::RawLog || kind == FileKind::Session ||
+                       (kind == FileKind::Other && !ExtensionOf(path).empty());
+    return other ? OneLine(NotInstrumentFile(path)) : std::string();
+}
 
 void AddNameOptions(CLI::App& command, InstrumentSelection& selection) {
     command
@@ -123,6 +121,7 @@ bool ReportSetup(const CSessionSetup& setup, bool strict, bool needsFrames) {
     };
     bool well = say(setup.Refusals(), true);
     well = say(setup.Warnings(), strict) && well;
+    say(setup.Unreplayable(), false);
     return say(setup.Silent(), strict || needsFrames) && well;
 }
 

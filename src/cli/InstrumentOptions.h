@@ -18,6 +18,9 @@ namespace qor {
 /// What main makes of a --wet without a name.
 inline constexpr const char* EveryInstrument = "*";
 
+/// What is wrong with a file that can be neither a definition nor a package, or nothing; a name
+/// without an extension that says otherwise is taken for a definition, as it always was.
+std::string CheckInstrumentFile(const std::string& path);
 /// Adds -d, -p, --wet and --role to a command.
 void AddInstrumentOptions(CLI::App& command, InstrumentSelection& selection);
 /// Adds --wet and --role alone.

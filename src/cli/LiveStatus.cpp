@@ -39,18 +39,22 @@ std::string CLiveStatus::Line(const ResourceStatus& status, double seconds, std:
     auto dropped = static_cast<unsigned long long>(status.dropped);
     auto checksumErrors = static_cast<unsigned long long>(status.checksumErrors);
     auto discarded = static_cast<unsigned long long>(status.figures.bytesDiscarded);
-    std::string line =
-        Format("%-16s %-13s %9llu frames %7.1f/s  %llu dropped  %llu checksum "
-               "errors  %llu bytes discarded",
-               status.name.c_str(), state, frames, rate, dropped, checksumErrors, discarded);
+    const std::string lost =
+        status.figures.framesLost == 0
+            ? std::string()
+            : Format(" %llu LOST", static_cast<unsigned long long>(status.figures.framesLost));
+    std::string line = Format("%-16s %-13s %9llu frames %7.1f/s %s %llu dropped  %llu checksum "
+                              "errors  %llu bytes discarded",
+                              status.name.c_str(), state, frames, rate, lost.c_str(), dropped,
+                              checksumErrors, discarded);
     if (line.size() <= room)
         return line;
     // All figures are to be seen in 80 columns too.
     constexpr std::string_view devices = "/dev/";
     std::size_t skipped = status.name.starts_with(devices) ? devices.size() : 0;
-    line = Format("%s %s %llu frames %.1f/s %llu dropped %llu checksum errors %llu discarded",
-                  status.name.c_str() + skipped, state, frames, rate, dropped, checksumErrors,
-                  discarded);
+    line = Format("%s %s %llu frames %.1f/s%s %llu dropped %llu checksum errors %llu discarded",
+                  status.name.c_str() + skipped, state, frames, rate, lost.c_str(), dropped,
+                  checksumErrors, discarded);
     return line.substr(0, room);
 }
 

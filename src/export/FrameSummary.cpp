@@ -36,7 +36,7 @@ void CFrameSummary::AddFrame(const CLiveInstrument& instrument) {
 }
 
 void CFrameSummary::Write(COutput& output) const {
-    output.Text(Format("%s: %llu frames\n", Instrument.Name().c_str(),
+    output.Text(Format("%s: %llu frames\n", Instrument.ShownName().c_str(),
                        static_cast<unsigned long long>(Frames)));
     output.Text(Format("  %-20s %-14s %8s %12s %12s %12s %12s\n", "sensor", "units", "values",
                        "least", "mean", "greatest", "last"));

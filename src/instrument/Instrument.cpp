@@ -13,6 +13,10 @@ DefinitionStatus CInstrument::Load(const std::string& path, const LoadProgress& 
     return CDefinitionReader(*this, path).LoadFile(goOn);
 }
 
+std::string CInstrument::ShownName() const {
+    return InstrumentName.empty() ? Path.substr(Path.find_last_of("/\\") + 1) : InstrumentName;
+}
+
 const CSensor* CInstrument::Sensor(std::int32_t index, CMessageSink* messages) const {
     if (index >= 0 && index < SensorCount())
         return &SensorList[static_cast<std::size_t>(index)];

@@ -34,6 +34,8 @@ class CInstrument {
     DefinitionStatus Load(const std::string& path, const LoadProgress& goOn = {});
 
     const std::string& Name() const { return InstrumentName; }
+    /// The name as messages show it: of an instrument without one its definition file's name.
+    std::string ShownName() const;
     const std::string& SerialNumber() const { return Serial; }
     const std::string& SyncHeader() const { return Header; }
     /// "Calibration File", "Telemetry Definition File" or "Instrument File".

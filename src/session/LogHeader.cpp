@@ -182,9 +182,9 @@ StationInformation StationAt(const SessionState& session, const FrameTime& now,
         return station;
     const MeasuredPosition measured = ReadPosition(session, now);
     if (measured.refused)
-        messages.Raise({EventKind::PositionKept, gps->Name(),
+        messages.Raise({EventKind::PositionKept, gps->ShownName(),
                         Format("The position in the log's header is not that of %s: %s.\r\n",
-                               gps->Name().c_str(), measured.refused)});
+                               gps->ShownName().c_str(), measured.refused)});
     const auto put = [](const std::optional<Coordinate>& coordinate, std::string& text) {
         if (coordinate)
             text = Format("%s %c", coordinate->text.c_str(), coordinate->hemisphere);

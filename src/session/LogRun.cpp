@@ -4,16 +4,18 @@
 #include "session/LogRun.h"
 
 #include "base/Text.h"
+#include "session/FileKind.h"
 #include "session/LogHeader.h"
 
+#include <limits>
 #include <utility>
 
 namespace qor {
 namespace {
 
-// Decided: far above the default of 200 frames, which a card that stalls for two seconds or a burst
-// from a converter's buffer outruns; memory is only used for frames that do wait.
-constexpr std::int32_t WaitingFrames = 16384;
+// Decided: what waits is bounded by its memory, over all ports of the run; the default of 200
+// frames is outrun by a card that stalls for two seconds or a burst from a converter's buffer.
+constexpr std::uint64_t WaitingBytes = 64U << 20;
 constexpr int LookMilliseconds = 100;
 
 std::string WithSeparator(std::string directory) {
@@ -66,16 +68,26 @@ bool CLogRun::SetUp() {
     for (const PortPlan& port : Plan.ports)
         SetUpPort(port);
     Setup.ApplyNames(Plan.names);
+    Setup.JudgeReplay();
     return PortsRefused.empty();
 }
 
-/// A package brings up its port at its baud rate, unless the plan names another.
+/// A package brings up its port at its baud rate, unless the plan names another. A file of either
+/// kind may stand in either list.
 bool CLogRun::SetUpPort(const PortPlan& port) {
     SerialResourceSettings settings = port.settings;
-    settings.maxFrameDepth = WaitingFrames;
+    settings.maxFrameDepth = std::numeric_limits<std::int32_t>::max();
+    settings.maxFrameBytes = WaitingBytes / Plan.ports.size();
     std::vector<LoadedPackage> packages;
     bool baudKnown = port.baudGiven;
-    for (const std::string& path : port.instruments.packages) {
+    std::vector<std::string> definitions;
+    std::vector<std::string> files = port.instruments.definitions;
+    files.insert(files.end(), port.instruments.packages.begin(), port.instruments.packages.end());
+    for (const std::string& path : files) {
+        if (KindByName(path) != FileKind::Package) {
+            definitions.push_back(path);
+            continue;
+        }
         packages.push_back(LoadPackage(path, Doc.User, Doc));
         if (!baudKnown)
             settings = PackagePort(packages.back(), settings, Doc.User);
@@ -88,7 +100,7 @@ bool CLogRun::SetUpPort(const PortPlan& port) {
         return false;
     }
     Doc.SetReconnect(resource, Plan.reconnect);
-    for (const std::string& path : port.instruments.definitions)
+    for (const std::string& path : definitions)
         Setup.AddDefinition(path, resource);
     for (LoadedPackage& loaded : packages)
         Setup.AddPackage(std::move(loaded), resource, port.instruments.packageSettings);

@@ -75,7 +75,7 @@ void CPortKeeper::Tend() {
                 if (const auto missing =
                         MissingBy(*instrument, before->counter, before->framesBefore))
                     look.missing += Format(" %lld of %s", static_cast<long long>(*missing),
-                                           instrument->Name().c_str());
+                                           instrument->ShownName().c_str());
             }
             looks.emplace_back(resource->Id, std::move(look));
         }

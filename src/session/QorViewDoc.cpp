@@ -301,6 +301,13 @@ int CQorViewDoc::SetImmersed(std::string_view name, bool immersed) {
     return count;
 }
 
+namespace {
+
+/// Sentences and the like; a definition does not say how long delimited frames may be.
+constexpr std::uint64_t UsualTextFrame = 256;
+
+} // namespace
+
 ResourceStatus CQorViewDoc::StatusOf(const CQorViewRes& resource) const {
     RawLog.LockIsHeld();
     ResourceStatus status;
@@ -313,11 +320,17 @@ ResourceStatus CQorViewDoc::StatusOf(const CQorViewRes& resource) const {
     status.figures = resource.Comm.Figures();
     for (const auto& instrument : resource.Instruments) {
         const CFrameChecks& checks = instrument->Checks;
-        status.instruments.push_back(
-            {instrument->Id, instrument->Name(), instrument->FramesReceived, checks.DroppedCount,
-             checks.ChecksumErrorCount, checks.ValueErrorCount, RawLog.FramesThisLog(*instrument),
-             instrument->Live.FrameRate, instrument->Live.Immersed});
+        status.instruments.push_back({instrument->Id, instrument->ShownName(),
+                                      instrument->FramesReceived, checks.DroppedCount,
+                                      checks.ChecksumErrorCount, checks.ValueErrorCount,
+                                      RawLog.FramesThisLog(*instrument), instrument->Live.FrameRate,
+                                      instrument->Live.Immersed});
         status.frames += instrument->FramesReceived;
+        const CInstrument& definition = instrument->Definition();
+        status.longestFrame =
+            std::max(status.longestFrame, definition.Type() == FrameType::Fixed
+                                              ? std::uint64_t(definition.FrameSize())
+                                              : UsualTextFrame);
         status.dropped += checks.DroppedCount;
         status.checksumErrors += checks.ChecksumErrorCount;
     }

@@ -10,7 +10,7 @@ namespace qor {
 CQorViewIns::CQorViewIns(const CInstrument& definition, InstrumentId id, std::string resourceName,
                          CMessageSink& sink)
     : Id(id), Live(definition), Products(Live), Resource(std::move(resourceName)) {
-    Checks.SetUp(definition, definition.Name(), Resource, sink);
+    Checks.SetUp(definition, definition.ShownName(), Resource, sink);
     Live.FrameRate = NominalFrameRate(definition, sink);
 }
 

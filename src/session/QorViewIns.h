@@ -20,6 +20,8 @@ class CQorViewIns {
 
     const CInstrument& Definition() const { return Live.Definition(); }
     const std::string& Name() const { return Live.Name(); }
+    /// As messages and lists show it; see CInstrument.
+    std::string ShownName() const { return Definition().ShownName(); }
     const std::string& ResourceName() const { return Resource; }
 
     /// Checks the frame and converts every sensor; the frame becomes the live instrument's current

@@ -123,4 +123,44 @@ void CSessionSetup::ApplyNames(const InstrumentSelection& selection) {
     }
 }
 
+namespace {
+
+/// Why a raw log would not give the frames of two instruments back, the first of them by its name.
+std::string TangleText(ReplayConflict conflict, const std::string& other) {
+    switch (conflict) {
+    case ReplayConflict::None:
+        break;
+    case ReplayConflict::NoTag:
+        return "its frames carry no sync header, and in the gps role no time tag ends them; they "
+               "cannot be told apart when the log is played. Give the role to another instrument.";
+    case ReplayConflict::SameHeader:
+        return "its frames begin as those of " + other +
+               " do; they cannot be told apart when the log is played. Log it in a run of its own.";
+    case ReplayConflict::SameFrames:
+        return "its frames carry no sync header, nor do those of " + other +
+               ", and both are of one kind; they cannot be told apart when the log is played. Log "
+               "it in a run of its own.";
+    }
+    return {};
+}
+
+} // namespace
+
+void CSessionSetup::JudgeReplay() {
+    CRecursiveLock lock(Doc.DocLock);
+    std::vector<LoggedInstrument> logged;
+    std::vector<std::string> names;
+    for (const auto& resource : Doc.Resources)
+        for (const auto& instrument : resource->Instruments)
+            if (instrument->LoggingEnabled) {
+                logged.push_back({MakeAttachRequest(instrument->Definition()),
+                                  Doc.Role(InstrumentRole::Gps) != instrument->Id});
+                names.push_back(instrument->ShownName());
+            }
+    const ReplayVerdict verdict = CheckReplay(logged);
+    if (verdict.conflict != ReplayConflict::None)
+        Tangled.push_back({Refusal::Kind::Definition, names[verdict.second],
+                           TangleText(verdict.conflict, names[verdict.first])});
+}
+
 } // namespace qor

@@ -54,6 +54,8 @@ class CSessionSetup {
     void AddAll(const InstrumentSelection& selection, ResourceId resource);
     /// Immersion and roles, over all resources.
     void ApplyNames(const InstrumentSelection& selection);
+    /// Whether a raw log of all instruments could be taken apart again; once they are complete.
+    void JudgeReplay();
 
     /// In the order in which they came.
     const std::vector<Refusal>& Refusals() const { return Refused; }
@@ -61,6 +63,8 @@ class CSessionSetup {
     const std::vector<Refusal>& Warnings() const { return Warned; }
     /// Definitions that are used and can never give a frame.
     const std::vector<Refusal>& Silent() const { return Frameless; }
+    /// Instruments whose frames a raw log of the session would hold and not give back.
+    const std::vector<Refusal>& Unreplayable() const { return Tangled; }
 
   private:
     void AddFile(const std::string& path, ResourceId resource, const PackageSettings& settings);
@@ -69,7 +73,7 @@ class CSessionSetup {
                 bool hasParseLog = false);
 
     CQorViewDoc& Doc;
-    std::vector<Refusal> Refused, Warned, Frameless;
+    std::vector<Refusal> Refused, Warned, Frameless, Tangled;
 };
 
 } // namespace qor

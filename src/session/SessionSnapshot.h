@@ -37,6 +37,8 @@ struct ResourceStatus {
     std::uint64_t frames = 0;
     std::uint64_t dropped = 0;
     std::uint64_t checksumErrors = 0;
+    /// Bytes of the longest frame that is to be expected: that of a begun frame may be cut off.
+    std::uint64_t longestFrame = 0;
 };
 
 struct SessionSnapshot {

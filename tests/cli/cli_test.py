@@ -17,6 +17,7 @@ import tempfile
 import termios
 import time
 import unittest
+import zipfile
 
 from harness import RECORD, TAG, Line, behind_header, wait_for
 
@@ -87,6 +88,31 @@ class Calls(Folder):
         refused = run("log", "--port", missing, "-d", GPS, "-o", str(self.folder)).stderr.decode()
         self.assertIn(os.strerror(errno.ENOENT), refused)
         self.assertEqual(pathlib.Path(bad).stat().st_size, 28)  # a wrong call leaves it alone
+
+    def test_check_names_likely_mistakes_and_refuses_other_files(self):
+        good = "INSTRUMENT TEST '' 4 AS 0 NONE\nSN 1 '' 1 AS 0 NONE\nA 1 'V' 2 BU 0 COUNT\n"
+        packed = self.folder / "cast.sip"
+        texts = {"good.cal": good, "hinted.cal": good + "B 1 'V' 2 BU 0 NONE\n", "repaired.cal": good + "B 1 2 BU\n",
+                 "silent.cal": "INSTRUMENT NONE '' 0 AS 0 NONE\nA 1 'V' 2 BU 0 COUNT\n", "bad.cal": "A 1 'V' 2 BU 0 COUNT\n"}
+        for name, text in texts.items():
+            (self.folder / name).write_text(text)
+        with zipfile.ZipFile(packed, "w") as archive:
+            archive.writestr("Properties.txt", "NAME = P\nBAUDRATE = 9600\n")
+            archive.writestr("hinted.cal", texts["hinted.cal"])
+        cases = [("good.cal", 0, 0, []), ("hinted.cal", 0, 1, [4]), ("repaired.cal", 0, 1, []),
+                 ("silent.cal", 0, 1, [0]), ("bad.cal", 1, 1, []), ("cast.sip", 0, 1, [4])]
+        for name, plain, strict, lines in cases:
+            with self.subTest(name):
+                done = run("check", "--json", str(self.folder / name))
+                found = json.loads(done.stdout)
+                hints = (found["instruments"][0] if "instruments" in found else found)["hints"]
+                self.assertEqual((done.returncode, [hint["line"] for hint in hints]), (plain, lines))
+                self.assertEqual(done.stderr.count(b"qorview-cli: hint: "), len(lines))
+                self.assertEqual(run("check", "--strict", str(self.folder / name)).returncode, strict)
+        for name in ("cast.raw", "cast.qorx", "notes.txt"):
+            done = run("check", str(self.folder / "good.cal"), name)
+            self.assertEqual((done.returncode, done.stdout), (2, b""))
+            self.assertIn(b"is not a Package/Calibration/TDF file.", done.stderr)
 
     def test_a_stopped_simulation_ends_as_interrupted(self):
         command = subprocess.Popen([CLI, "simulate", "--pty", "-d", GPS], stdout=subprocess.PIPE)
@@ -352,6 +378,20 @@ class Acquisition(Folder):
         kept = decoded("-d", PROFILER, str(self.raw))
         self.assertEqual(len(kept), 4000)
         self.assertFalse(any(frame["dropped"] for frame in kept))
+
+    def test_what_a_log_could_not_give_back_is_said_before_it_begins(self):
+        for name, kind in (("compass.tdf", "AOS_EZCOMPASS_3"), ("ctd.tdf", "SEABIRD_37SIMCT")):
+            header = "CTD '' 3" if name == "ctd.tdf" else "NONE '' 0"
+            (self.folder / name).write_text(f"VLF_INSTRUMENT {header} AS 0 NONE\nSPECIAL S '{kind}' 0 AS 0 NONE\n"
+                                            "FIELD NONE ',' 1 AS 0 DELIMITER\nA 1 'V' V AF 0 COUNT\n"
+                                            "TERMINATOR NONE '\\x0D\\x0A' 2 AS 0 DELIMITER\n")
+        lines = [Line(), Line()]
+        process = self.start("--port", lines[0].name, "-d", str(self.folder / "compass.tdf"),
+                             "--port", lines[1].name, "-d", str(self.folder / "ctd.tdf"))
+        status, output, errors = self.finish(process)
+        self.assertEqual(status, 0, errors)
+        self.assertRegex(errors, "warning: CTD: its frames carry no sync header, nor do those of compass.tdf")
+        self.assertIn(f"compass.tdf on {lines[0].name}: 0 frames", output)
 
     def test_an_unplugged_port_aborts_and_the_others_go_on(self):
         first, second = Line(), Line()
