@@ -78,6 +78,9 @@ std::string QuotedChoice(std::span<const std::string_view> words);
 /// A message of several lines as one line: every run of white space becomes a blank.
 std::string OneLine(std::string_view message);
 
+/// UTF-8 of 8-bit text: each byte 0x00 to 0xFF becomes the code point U+0000 to U+00FF.
+std::string Utf8Of(std::string_view bytes);
+
 /// True when the bytes are well-formed UTF-8 (no overlong forms, surrogates or code points beyond
 /// U+10FFFF).
 bool IsUtf8(std::string_view bytes);

@@ -1,23 +1,22 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
 // qorview-cli page: plays a raw log and prints a page as a window would show it at the end, or at a
-// moment before. A window is one row of the table.
+// moment before. The windows and what they show are the views' business.
 #include "base/Text.h"
 #include "cli/Commands.h"
 #include "cli/PageText.h"
 #include "cli/PlayedFile.h"
 #include "cli/Report.h"
-#include "views/AncView.h"
-#include "views/PkgAncView.h"
-#include "views/RealityCheck.h"
+#include "views/Windows.h"
 
 #include <CLI/CLI.hpp>
-
-#include <algorithm>
 
 namespace qor {
 
 namespace {
+
+/// Its page is printed whole unless a part is selected.
+constexpr const char* CheckWindow = "reality-check";
 
 struct PageOptions : PlaybackOptions {
     std::string window;
@@ -27,122 +26,94 @@ struct PageOptions : PlaybackOptions {
     bool json = false;
 };
 
-/// Fills a page and prints it; what is wrong with the call, or nothing.
-using ShowFunction = std::string (*)(CPlayedFile&, const PageOptions&,
-                                     const std::function<void(const ShownPages&)>&);
-using Print = std::function<void(const ShownPages&)>;
-
-std::string ShowAncillary(CPlayedFile& playback, const PageOptions& options, const Print& print,
-                          int page) {
-    CAncViewDlg view(false);
-    view.Show(options.instrument);
-    view.SetPage(page);
-    view.Refresh(playback.Doc());
-    print({&view.Page(), {}});
-    return {};
-}
-
-std::string ShowDerived(CPlayedFile& playback, const PageOptions& options, const Print& print) {
-    return ShowAncillary(playback, options, print, CAncViewSettings::DerivedPage);
-}
-
-std::string ShowSensors(CPlayedFile& playback, const PageOptions& options, const Print& print) {
-    return ShowAncillary(playback, options, print, CAncViewSettings::SensorPage);
-}
-
-std::string ShowPackage(CPlayedFile& playback, const PageOptions& options, const Print& print) {
-    const PackageId package = playback.Doc().Packages.PackageOf(options.instrument);
-    if (package == PackageId::None)
-        return options.instrument + " belongs to no package: name one with -p FILE.";
-    CPkgAncViewDlg view(false);
-    view.Show(package);
-    view.Refresh(playback.Doc());
-    if (!view.MissingSalinity().empty())
-        ReportWarning(OneLine(view.MissingSalinity()));
-    print({&view.Page(), {}});
-    return {};
-}
-
-std::string ShowRealityCheck(CPlayedFile& playback, const PageOptions&, const Print& print) {
-    std::unique_ptr<COSRCViewDlg> window;
-    COSRCViewDlg* view = OpenRealityCheck(window, playback.Doc());
-    if (!view)
-        return "give the roles dut and reference with --role NAME=ROLE.";
-    for (const OsrcDisplay display : {OsrcDisplay::DeviceUnderTest, OsrcDisplay::Comparison})
-        view->Enable(display, true);
-    view->Refresh(playback.Doc());
-    print({nullptr,
-           {&view->Page(OsrcDisplay::Reference), &view->Page(OsrcDisplay::DeviceUnderTest),
-            &view->Page(OsrcDisplay::Comparison)}});
-    return {};
-}
-
-struct Window {
-    const char* name;
-    ShowFunction show;
-};
-constexpr Window Windows[] = {
-    {"ancillary", ShowDerived},
-    {"sensors", ShowSensors},
-    {"package", ShowPackage},
-    {"reality-check", ShowRealityCheck},
-};
-
 std::string WindowNames() {
     std::vector<std::string_view> names;
-    for (const Window& window : Windows)
+    for (const WindowKind& window : WindowKinds())
         names.push_back(window.name);
     return QuotedChoice(names);
+}
+
+/// Says what is wrong with the call; false then.
+bool IsGoodCall(const PageOptions& options) {
+    std::string wrong;
+    if (!FindWindowKind(options.window))
+        wrong = "page " + options.window + ": give " + WindowNames() + ".";
+    else if (options.files.size() != 1)
+        wrong = "name one raw log behind the window's name.";
+    else if (!options.at.empty() && !SecondsFromText(options.at))
+        wrong = "--at " + options.at + ": give a time such as 2026-06-21T12:00:00.";
+    if (!wrong.empty())
+        ReportError(wrong);
+    return wrong.empty();
+}
+
+bool IsThere(const CQorViewDoc& doc, const std::string& name) {
+    return doc.FindInstrument(name) != InstrumentId::None ||
+           doc.Packages.Named(name) != PackageId::None;
+}
+
+/// Tells the view what to show. What is wrong with that, or nothing: the page has everything that
+/// it needs of the session.
+std::string SetUp(CView& view, const PageOptions& options, CQorViewDoc& doc) {
+    if (!options.instrument.empty() && !IsThere(doc, options.instrument))
+        return "there is no instrument " + options.instrument + ".";
+    view.Show(options.instrument);
+    view.Refresh(doc);
+    if (options.window == CheckWindow && options.selected.empty())
+        for (const char* all : {"DUT", "DUT/REF Normalized"})
+            (void)view.Select(doc, all); // both are in its menu
+    for (const std::string& item : options.selected)
+        if (std::string wrong = view.Select(doc, item); !wrong.empty())
+            return wrong;
+    view.Refresh(doc);
+    const ViewPages pages = view.Pages();
+    const PageHead& head = pages.grid ? pages.grid->head : pages.plots.front()->head;
+    if (head.state == PageState::Empty && !head.remedy.empty())
+        return head.sentence + " See --role, -d and -p.";
+    if (!view.Notice().empty())
+        ReportWarning(OneLine(view.Notice()));
+    return {};
+}
+
+/// Plays the log, to its end or until a frame has come at the moment asked for. False when reading
+/// failed (reported).
+bool PlayUntil(CPlayedFile& playback, CommandContext& context,
+               const std::optional<std::int64_t>& until) {
+    bool reached = false;
+    return playback.Play(
+        context,
+        [&](CQorViewIns& instrument, const FrameCheckResult&) {
+            const FrameTime& time = instrument.Live.CurrentFrame()->Info.time;
+            reached = reached || (until && time.known && time.seconds >= *until);
+        },
+        [&] { return !reached; });
 }
 
 int RunPage(PageOptions& options, CommandContext& context) {
     if (!NamesInstrument(options.instruments))
         return ExitBadCall;
-    const Window* window = std::ranges::find(Windows, options.window,
-                                             [](const Window& w) { return std::string(w.name); });
-    const std::optional<std::int64_t> until = SecondsFromText(options.at);
-    if (window == std::end(Windows) || options.files.size() != 1 ||
-        (!options.at.empty() && !until)) {
-        ReportError(window == std::end(Windows)
-                        ? "page " + options.window + ": give " + WindowNames() + "."
-                    : options.files.size() != 1
-                        ? "name one raw log behind the window's name."
-                        : "--at " + options.at + ": give a time such as 2026-06-21T12:00:00.");
+    if (!IsGoodCall(options))
         return ExitBadCall;
-    }
+    const std::optional<std::int64_t> until = SecondsFromText(options.at);
     CPlayedFile playback(options.chunk ? options.chunk : until ? 2048 : 0);
     bool well = playback.Open(options.files.front(), options.instruments, options.strict);
     if (playback.IsBadCall())
         return ExitBadCall;
     if (!playback.IsOpen())
         return ExitFault;
-    if (options.instrument.empty())
-        options.instrument = playback.Instruments().front()->Name();
-    if (playback.Doc().FindInstrument(options.instrument) == InstrumentId::None) {
-        ReportError("--instrument " + options.instrument +
-                    ": there is no instrument of that name.");
-        return ExitBadCall;
-    }
-    bool reached = false;
-    well = playback.Play(
-               context,
-               [&](CQorViewIns& instrument, const FrameCheckResult&) {
-                   const FrameTime& time = instrument.Live.CurrentFrame()->Info.time;
-                   reached = reached || (until && time.known && time.seconds >= *until);
-               },
-               [&] { return !reached; }) &&
-           well;
-    COutput output(ReportError);
-    const std::string wrong = window->show(playback, options, [&](const ShownPages& pages) {
-        if (options.json)
-            WritePageJson(output, options.window, pages);
-        else
-            WritePageText(output, pages);
-    });
-    if (!wrong.empty()) {
+    CQorViewDoc& doc = playback.Doc();
+    const std::unique_ptr<CView> view = FindWindowKind(options.window)->make(doc);
+    if (const std::string wrong = SetUp(*view, options, doc); !wrong.empty()) {
         ReportError("page " + options.window + ": " + wrong);
         return ExitBadCall;
     }
+    well = PlayUntil(playback, context, until) && well;
+    view->Refresh(doc);
+    COutput output(ReportError);
+    if (options.json)
+        WritePageJson(output, options.window, view->Pages());
+    else
+        WritePageText(output, view->Pages());
     well = (output.Flush() || !output.Failed()) && well;
     return PlaybackExit(context, well);
 }
@@ -156,7 +127,7 @@ void AddPageCommand(CLI::App& app, CommandContext& context) {
     command->add_option("WINDOW", options.window, WindowNames())->type_name("")->required();
     AddInstrumentOptions(*command, options.instruments);
     AddPackageOptions(*command, options.instruments.packageSettings);
-    command->add_option("--instrument", options.instrument, "Whose page (the first instrument's)")
+    command->add_option("--instrument", options.instrument, "Whose page (the first that has such)")
         ->type_name("NAME");
     command
         ->add_option("--select", options.selected, "What the window shows, where it has a choice")

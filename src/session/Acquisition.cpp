@@ -105,6 +105,8 @@ bool CAcquisition::ProcessFrame(CFrameData& frame, std::int64_t now) {
         package->Products.Advance(Session.InputsOf(*package), Session.Velocity);
     if (Session.OnFrame)
         Session.OnFrame(instrument, found);
+    for (const FrameHook* watch : Session.Watches)
+        (*watch)(instrument, found);
     RawLog.LockIsHeld();
     RawLog.LogFrame(instrument, found);
     return true;

@@ -11,6 +11,14 @@
 
 namespace qor {
 
+PackageId CPackageList::Named(std::string_view name) const {
+    CRecursiveLock lock(Doc.DocLock);
+    for (const auto& package : Doc.PackageTable)
+        if (package->Name == name)
+            return package->Id;
+    return PackageId::None;
+}
+
 bool CPackageList::RefuseInCalibrationMode() {
     bool refuse;
     {

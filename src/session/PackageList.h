@@ -49,6 +49,9 @@ class CPackageList {
     /// The package that an instrument belongs to, or None.
     PackageId PackageOf(std::string_view instrument) const;
 
+    /// The first package of a name, or None.
+    PackageId Named(std::string_view name) const;
+
     /// Refuses, and tells the operator so, while the session is in calibration mode.
     bool RefuseInCalibrationMode();
 

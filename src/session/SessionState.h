@@ -89,6 +89,7 @@ struct SessionState {
     bool NoDialogs GUARDED_BY(DocLock) = false;  ///< no dialog may be shown and nobody be asked
     bool ExitIfDone GUARDED_BY(DocLock) = false; ///< the program ends when its log has ended
     FrameHook OnFrame GUARDED_BY(DocLock);
+    std::vector<const FrameHook*> Watches GUARDED_BY(DocLock); ///< each kept by its CFrameWatch
     /// Delivers raised view updates, once a tick, without the lock; set before anything runs.
     std::function<void()> OnViewsUpdate;
 

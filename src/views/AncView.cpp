@@ -7,6 +7,8 @@
 #include "base/Text.h"
 #include "instrument/FieldText.h"
 #include "instrument/FitTypes.h"
+#include "views/AncRows.h"
+#include "views/ShownInstrument.h"
 
 namespace qor {
 
@@ -52,32 +54,46 @@ bool CAncViewSettings::Load(const CProfileStore& store, const std::string& prefi
     return true;
 }
 
-int CAncViewDlg::Refresh(const CQorViewDoc& doc) {
+void CAncViewDlg::Show(const std::string& instrument) {
+    Name = instrument;
+    Attachment = InstrumentId::None;
+}
+
+bool CAncViewDlg::Refresh(CQorViewDoc& doc) {
     CRecursiveLock lock(doc.DocLock);
-    const CQorViewIns* instrument = doc.Find(doc.FindInstrument(Name));
+    const CQorViewIns* instrument = FindShown(doc, Name);
     Now = doc.Clock.MonotonicMilliseconds();
     if (instrument && instrument->Live.Stale(Now) != WasStale)
         LastFrame = -1; // what was live is to look old, though no frame comes
-    if (instrument && instrument->Id != Shown)
+    if (instrument && instrument->Id != Attachment)
         Initialise(*instrument);
-    return Update(instrument);
+    bool changed = Update(instrument) != 0;
+    PageHead head = HeadOf(instrument, Name, Attachment != InstrumentId::None, Now);
+    if (instrument && IsDerived() && Derived.rows.empty())
+        head = EmptyHead(Utf8Of(Name) + " has no derived products.");
+    if (head.state == PageState::Live)
+        LeadByRows(Shown(), head);
+    changed = changed || head != Shown().head;
+    Shown().head = std::move(head);
+    return changed;
 }
 
 void CAncViewDlg::Initialise(const CQorViewIns& instrument) {
     Name = instrument.Name();
-    Shown = instrument.Id;
+    Attachment = instrument.Id;
     LastFrame = -1;
     Signal.blinkPhase = false;
     Visible = {};
     const std::string title = instrument.Title.empty()
                                   ? WindowName
-                                  : Format("%s - %s", WindowName, instrument.Title.c_str());
+                                  : Format("%s - %s", WindowName, Utf8Of(instrument.Title).c_str());
     Sensors = {title, {}};
     Derived = {title, {}};
     BuildSensorPage(instrument);
     Products = CInstrumentRows(instrument.Live);
     for (const DerivedRow& row : Products.Rows())
-        Derived.rows.push_back({.label = row.label, .units = row.units, .value = {}});
+        Derived.rows.push_back(
+            RowOfProduct(row, Derived.rows.size() + 1, row.kind == ANCDATATYPE::Tilt));
 }
 
 void CAncViewDlg::BuildSensorPage(const CQorViewIns& instrument) {
@@ -93,9 +109,11 @@ void CAncViewDlg::BuildSensorPage(const CQorViewIns& instrument) {
             continue;
         const bool fewDecimals = &sensor == timer || &sensor == strain;
         SensorRows.push_back({sensor.Index, fewDecimals ? TimeDecimals : ValueDecimals});
-        Sensors.rows.push_back({.label = SensorName(sensor),
-                                .units = sensor.Units.empty() ? "" : "(" + sensor.Units + ")",
-                                .value = {}});
+        Sensors.rows.push_back(
+            {.label = Utf8Of(SensorName(sensor)),
+             .units = sensor.Units.empty() ? "" : "(" + Utf8Of(sensor.Units) + ")",
+             .value = {},
+             .id = static_cast<std::uint64_t>(sensor.Index) + 1});
     }
 }
 
@@ -114,34 +132,36 @@ int CAncViewDlg::Update(const CQorViewIns* instrument) {
 
 void CAncViewDlg::UpdateSensorPage(const CQorViewIns& instrument) {
     const FieldView view = ViewOf(Settings.ViewType);
+    const std::int64_t age = Now - instrument.Live.ArrivalMonotonic;
+    const bool stale = instrument.Live.Stale(Now);
     for (std::size_t i = Visible.first; i < Sensors.rows.size() && Visible.Contains(i); ++i) {
         const CSensor* sensor = instrument.Definition().Sensor(SensorRows[i].sensor);
         if (!sensor)
             continue;
+        GridRow& row = Sensors.rows[i];
+        std::string text;
         // A failure leaves the text of its status in the cell.
-        static_cast<void>(FormatField(*sensor, instrument.Live.CurrentFrame()->Span(),
-                                      instrument.Live.Immersed, view, SensorRows[i].decimals,
-                                      Sensors.rows[i].value.text));
+        const ConversionStatus status =
+            FormatField(*sensor, instrument.Live.CurrentFrame()->Span(), instrument.Live.Immersed,
+                        view, SensorRows[i].decimals, text);
+        row.value.text = Utf8Of(text);
         double number = 0.0;
         const bool has = instrument.Live.Value(*sensor, number) == ConversionStatus::Good;
-        Sensors.rows[i].number = has ? std::optional(number) : std::nullopt;
-        Sensors.rows[i].stale = instrument.Live.Stale(Now);
+        row.number = has ? std::optional(number) : std::nullopt;
+        MarkRow(row, status == ConversionStatus::Good ? Sign::None : Sign::Error, age, stale);
     }
 }
 
 void CAncViewDlg::UpdateDerivedPage(const CQorViewIns& instrument) {
     Signal.blinkPhase = !Signal.blinkPhase;
     Products.Read(instrument.Live, Rows);
+    const std::int64_t age = Now - instrument.Live.ArrivalMonotonic;
     const bool stale = instrument.Live.Stale(Now);
     Derived.beep = false;
     for (std::size_t i = Visible.first; i < Rows.size() && Visible.Contains(i); ++i) {
-        GridCell& cell = Derived.rows[i].value;
-        cell.text = DerivedText(Rows[i]);
-        Derived.rows[i].number = Rows[i].value;
-        Derived.rows[i].stale = stale;
-        if (Rows[i].kind != ANCDATATYPE::Tilt || !Rows[i].value)
-            PaintUnwatched(cell);
-        else if (PaintWatched(Settings.TiltWarnings, *Rows[i].value, Signal, cell))
+        const bool watched = Rows[i].kind == ANCDATATYPE::Tilt;
+        if (ShowProduct(Rows[i], watched ? &Settings.TiltWarnings : nullptr, Signal, age, stale,
+                        Derived.rows[i]))
             Derived.beep = true;
     }
 }
@@ -162,7 +182,30 @@ void CAncViewDlg::SetVisibleRows(VisibleRows rows) {
 }
 
 const GridPage& CAncViewDlg::Page() const {
-    return Settings.PageIndex == CAncViewSettings::DerivedPage ? Derived : Sensors;
+    return IsDerived() ? Derived : Sensors;
+}
+
+Menu CAncViewDlg::ContextMenu(CQorViewDoc&) {
+    Menu menu;
+    for (const auto& [page, text] : {std::pair{CAncViewSettings::DerivedPage, "&Derived Products"},
+                                     std::pair{CAncViewSettings::SensorPage, "&Sensors"}})
+        menu.push_back(
+            {text, [this, page = page] { SetPage(page); }, true, Settings.PageIndex == page});
+    menu.push_back({});
+    for (int type = 0; type < static_cast<int>(std::size(AncViewTypeNames)); ++type)
+        menu.push_back({AncViewTypeNames[type], [this, type] { SetViewType(type); }, true,
+                        Settings.ViewType == type,
+                        IsDerived() ? "Derived products have no raw counts." : ""});
+    return menu;
+}
+
+void CAncViewDlg::LoadSettings(const CProfileStore& store, const std::string& prefix) {
+    if (Settings.Load(store, prefix))
+        LastFrame = -1;
+}
+
+void CAncViewDlg::SaveSettings(CProfileStore& store, const std::string& prefix) const {
+    (void)Settings.Save(store, prefix); // without a prefix there is nothing to keep
 }
 
 WarningRanges* CAncViewDlg::RangesOfRow(std::size_t row) {

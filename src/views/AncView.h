@@ -6,8 +6,7 @@
 #pragma once
 
 #include "products/DerivedRows.h"
-#include "session/QorViewDoc.h"
-#include "views/WarningRanges.h"
+#include "views/View.h"
 #include "views/WindowPlace.h"
 
 #include <string>
@@ -32,25 +31,18 @@ struct CAncViewSettings : WindowPlace {
 inline constexpr const char* AncViewTypeNames[] = {"&Calibrated Values", "&Raw Counts",
                                                    "Raw Counts (&Hex)"};
 
-/// The rows of a page that can be seen; only they are refreshed.
-struct VisibleRows {
-    std::size_t first = 0;
-    std::size_t end = static_cast<std::size_t>(-1); ///< one past the last
-
-    bool Contains(std::size_t row) const { return first <= row && row < end; }
-};
-
-class CAncViewDlg {
+class CAncViewDlg : public CView {
   public:
     explicit CAncViewDlg(bool alarmSound) { Signal.sound = alarmSound; }
 
     CAncViewSettings Settings;
 
-    /// Shows the instrument of this name from now on.
-    void Show(const std::string& name) { Name = name; }
-    /// Updates from the session: looks the instrument up and, when another attachment has its name
-    /// (its definition was added again), begins afresh. As Update.
-    int Refresh(const CQorViewDoc& doc);
+    void Show(const std::string& instrument) override;
+    /// When another attachment has the instrument's name (its definition was added again), it
+    /// begins afresh.
+    bool Refresh(CQorViewDoc& doc) override;
+    ViewPages Pages() const override { return {&Page()}; }
+    Menu ContextMenu(CQorViewDoc& doc) override;
 
     /// Builds the rows of both pages and the title for an instrument of the session.
     void Initialise(const CQorViewIns& instrument);
@@ -59,11 +51,13 @@ class CAncViewDlg {
     /// no new frame.
     int Update(const CQorViewIns* instrument);
 
-    void SetAlarmSound(bool on) { Signal.sound = on; }
+    void SetAlarmSound(bool on) override { Signal.sound = on; }
     /// Switching what is shown makes the next update draw the current frame again.
     void SetPage(int pageIndex);
     void SetViewType(int viewType);
-    void SetVisibleRows(VisibleRows rows);
+    void SetVisibleRows(VisibleRows rows) override;
+    void LoadSettings(const CProfileStore& store, const std::string& prefix) override;
+    void SaveSettings(CProfileStore& store, const std::string& prefix) const override;
 
     /// The page that is shown.
     const GridPage& Page() const;
@@ -71,7 +65,7 @@ class CAncViewDlg {
     const GridPage& DerivedPage() const { return Derived; }
 
     /// The ranges that activating a row of the derived page lets the operator edit, or null.
-    WarningRanges* RangesOfRow(std::size_t row);
+    WarningRanges* RangesOfRow(std::size_t row) override;
 
   private:
     struct SensorRow {
@@ -81,6 +75,8 @@ class CAncViewDlg {
     void BuildSensorPage(const CQorViewIns& instrument);
     void UpdateSensorPage(const CQorViewIns& instrument);
     void UpdateDerivedPage(const CQorViewIns& instrument);
+    GridPage& Shown() { return IsDerived() ? Derived : Sensors; }
+    bool IsDerived() const { return Settings.PageIndex == CAncViewSettings::DerivedPage; }
 
     AlarmSignal Signal;
     GridPage Sensors, Derived;
@@ -89,9 +85,9 @@ class CAncViewDlg {
     VisibleRows Visible;
     std::int64_t LastFrame = -1;
     std::string Name;
-    InstrumentId Shown = InstrumentId::None;
-    std::vector<DerivedRow> Rows; ///< its memory is used from update to update
-    std::int64_t Now = 0;         ///< monotonic milliseconds, of the latest refresh
+    InstrumentId Attachment = InstrumentId::None; ///< that is shown
+    std::vector<DerivedRow> Rows;                 ///< its memory is used from update to update
+    std::int64_t Now = 0;                         ///< monotonic milliseconds, of the latest refresh
     bool WasStale = false;
 };
 

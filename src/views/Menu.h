@@ -6,12 +6,13 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace qor {
 
 struct MenuEntry {
-    std::string text; ///< empty: a line between groups
+    std::string text; ///< empty: a line between groups; "&" before the letter of its key
     std::function<void()> choose = {};
     bool checkable = false;
     bool checked = false;
@@ -20,5 +21,12 @@ struct MenuEntry {
 };
 
 using Menu = std::vector<MenuEntry>;
+
+/// An entry's text as it is read: without the "&" of its key.
+std::string PlainText(const MenuEntry& entry);
+
+/// Chooses the entry of this plain text (compared without case), wherever in the menu it stands;
+/// one that is checked already stays so. What is wrong, as one sentence, or nothing.
+std::string ChooseEntry(const Menu& menu, std::string_view text);
 
 } // namespace qor

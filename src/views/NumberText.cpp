@@ -17,6 +17,18 @@ std::string CountText(std::uint64_t count) {
     return text;
 }
 
+std::string AgeText(std::int64_t milliseconds) {
+    constexpr std::int64_t Second = 1000, Minute = 60 * Second, Hour = 60 * Minute;
+    if (milliseconds < 0)
+        return "--";
+    if (milliseconds < 10 * Second)
+        return FixedNumber(static_cast<double>(milliseconds / 100) / 10.0, 1) + " s";
+    if (milliseconds < 2 * Minute)
+        return std::to_string(milliseconds / Second) + " s";
+    return milliseconds < 2 * Hour ? std::to_string(milliseconds / Minute) + " min"
+                                   : std::to_string(milliseconds / Hour) + " h";
+}
+
 std::string ElapsedText(double seconds) {
     const auto whole = static_cast<long long>(std::max(seconds, 0.0));
     return whole < 3600 ? Format("%02lld:%02lld", whole / 60, whole % 60)

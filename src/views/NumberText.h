@@ -11,6 +11,9 @@ namespace qor {
 /// A count, its thousands set apart by thin spaces (UTF-8).
 std::string CountText(std::uint64_t count);
 
+/// How old something is, "0.3 s", "38 s", "4 min", "3 h"; "--" for less than no time.
+std::string AgeText(std::int64_t milliseconds);
+
 /// A time span that runs, "00:12" or "01:02:10".
 std::string ElapsedText(double seconds);
 

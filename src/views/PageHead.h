@@ -38,6 +38,13 @@ constexpr std::string_view SignWord(Sign sign) {
     return "";
 }
 
+/// The one of two signs that an operator is to see first: alarm, error, warning, stale, waiting,
+/// off, ok.
+constexpr Sign WorseSign(Sign a, Sign b) {
+    constexpr int Ranks[SignCount] = {0, 1, 3, 4, 5, 7, 6, 2}; // in the order of the enumerators
+    return Ranks[static_cast<int>(a)] >= Ranks[static_cast<int>(b)] ? a : b;
+}
+
 enum class PageState : std::uint8_t {
     Live,    ///< shows what comes
     Empty,   ///< has nothing that it could show: the sentence says why

@@ -5,6 +5,10 @@
 #include "views/PkgAncView.h"
 
 #include "base/Text.h"
+#include "views/AncRows.h"
+#include "views/ShownInstrument.h"
+
+#include <algorithm>
 
 namespace qor {
 
@@ -55,14 +59,59 @@ bool CPkgAncViewSettings::Load(const CProfileStore& store, const std::string& pr
     return true;
 }
 
-int CPkgAncViewDlg::Refresh(const CQorViewDoc& doc) {
+void CPkgAncViewDlg::Show(const std::string& name) {
+    Name = name;
+    Shown = PackageId::None;
+    Attached.clear();
+}
+
+const CPackage* CPkgAncViewDlg::Find(const CQorViewDoc& doc) const {
+    const CPackage* known = doc.Find(Shown);
+    if (known || (Name.empty() && Shown != PackageId::None))
+        return known;
+    for (const auto& package : doc.PackageTable)
+        if (Name.empty() || package->Name == Name ||
+            std::ranges::find(package->Instruments, Name) != package->Instruments.end())
+            return package.get();
+    return nullptr;
+}
+
+bool CPkgAncViewDlg::Refresh(CQorViewDoc& doc) {
     CRecursiveLock lock(doc.DocLock);
-    const CPackage* package = doc.Find(Shown);
-    if (!package)
-        return 0;
-    if (package->Attached != Attached)
-        Initialise(*package);
-    return Update(*package, doc.InputsOf(*package));
+    const CPackage* package = Find(doc);
+    PageHead head;
+    bool changed = false;
+    if (package) {
+        if (package->Attached != Attached)
+            Initialise(*package);
+        const auto old = std::ranges::count_if(
+            package->Live, [now = doc.Clock.MonotonicMilliseconds()](const CLiveInstrument* live) {
+                return live && live->Stale(now);
+            });
+        Redraw = Redraw || old != StaleCount; // what was live is to look old, though no frame comes
+        StaleCount = old;
+        changed = Update(*package, doc.InputsOf(*package)) != 0;
+        const bool sent =
+            std::ranges::any_of(LastFrames, [](std::int64_t frame) { return frame >= 0; });
+        head.state = sent ? PageState::Live : PageState::Waiting;
+        head.sign = sent ? Sign::Ok : Sign::Waiting;
+        if (sent)
+            LeadByRows(Grid, head);
+        else
+            head.sentence = "Waiting for " + Utf8Of(package->Name) + ".";
+    } else if (Shown != PackageId::None) {
+        head.state = PageState::Gone;
+        head.sign = Sign::Off;
+        head.sentence = "The package was removed.";
+        head.remedy = "Close";
+    } else {
+        head = EmptyHead(Name.empty() ? "There is no package."
+                                      : Utf8Of(Name) + " belongs to no package.",
+                         "Add package");
+    }
+    changed = changed || head != Grid.head;
+    Grid.head = std::move(head);
+    return changed;
 }
 
 void CPkgAncViewDlg::Initialise(const CPackage& package) {
@@ -71,9 +120,10 @@ void CPkgAncViewDlg::Initialise(const CPackage& package) {
     Signal.blinkPhase = false;
     Visible = {};
     LastFrames.assign(package.Live.size(), -1);
-    Grid = {Format("Package %s - %s", package.Name.c_str(), "Ancillary View"), {}};
+    Grid = {Format("Package %s - %s", Utf8Of(package.Name).c_str(), "Ancillary View"), {}};
     for (const DerivedRow& row : package.Products.Rows())
-        Grid.rows.push_back({.label = row.label, .units = row.units, .value = {}});
+        Grid.rows.push_back(
+            RowOfProduct(row, Grid.rows.size() + 1, RangesOf(Settings, row.kind) != nullptr));
     SalinityText.clear();
     if (package.Products.LacksSalinity(package.Settings))
         SalinityText =
@@ -99,17 +149,20 @@ int CPkgAncViewDlg::Update(const CPackage& package, const CPackageRows::Inputs& 
     Grid.beep = false;
     package.Products.Read(inputs, Rows);
     for (std::size_t i = Visible.first; i < Rows.size() && Visible.Contains(i); ++i) {
-        GridCell& cell = Grid.rows[i].value;
-        cell.text = DerivedText(Rows[i]);
-        Grid.rows[i].number = Rows[i].value;
-        Grid.rows[i].stale = Rows[i].stale;
-        const WarningRanges* ranges = RangesOf(Settings, Rows[i].kind);
-        if (!ranges || !Rows[i].value)
-            PaintUnwatched(cell);
-        else if (PaintWatched(*ranges, *Rows[i].value, Signal, cell))
+        if (ShowProduct(Rows[i], RangesOf(Settings, Rows[i].kind), Signal, -1, Rows[i].stale,
+                        Grid.rows[i]))
             Grid.beep = true;
     }
     return 1;
+}
+
+void CPkgAncViewDlg::LoadSettings(const CProfileStore& store, const std::string& prefix) {
+    if (Settings.Load(store, prefix))
+        Redraw = true;
+}
+
+void CPkgAncViewDlg::SaveSettings(CProfileStore& store, const std::string& prefix) const {
+    (void)Settings.Save(store, prefix); // without a prefix there is nothing to keep
 }
 
 void CPkgAncViewDlg::SetVisibleRows(VisibleRows rows) {

@@ -26,17 +26,19 @@ struct CPkgAncViewSettings : WindowPlace {
     bool Load(const CProfileStore& store, const std::string& prefix);
 };
 
-class CPkgAncViewDlg {
+class CPkgAncViewDlg : public CView {
   public:
     explicit CPkgAncViewDlg(bool alarmSound) { Signal.sound = alarmSound; }
 
     CPkgAncViewSettings Settings;
 
-    /// Shows this package from now on.
+    /// The package of this name, or the one that the instrument of this name belongs to.
+    void Show(const std::string& name) override;
     void Show(PackageId package) { Shown = package; }
-    /// Updates from the session: looks the package up and begins afresh when other attachments than
-    /// before carry its instruments' names. As Update.
-    int Refresh(const CQorViewDoc& doc);
+    /// Begins afresh when other attachments than before carry the package's instruments' names.
+    bool Refresh(CQorViewDoc& doc) override;
+    ViewPages Pages() const override { return {&Grid}; }
+    Menu ContextMenu(CQorViewDoc&) override { return {}; }
 
     /// Builds the rows and the title for a package.
     void Initialise(const CPackage& package);
@@ -47,16 +49,22 @@ class CPkgAncViewDlg {
     /// What the operator is told when scattering cannot be computed for want of a salinity; else
     /// empty. After Initialise or Refresh.
     const std::string& MissingSalinity() const { return SalinityText; }
+    std::string Notice() const override { return SalinityText; }
 
-    void SetAlarmSound(bool on) { Signal.sound = on; }
-    void SetVisibleRows(VisibleRows rows);
+    void SetAlarmSound(bool on) override { Signal.sound = on; }
+    void SetVisibleRows(VisibleRows rows) override;
+    void LoadSettings(const CProfileStore& store, const std::string& prefix) override;
+    void SaveSettings(CProfileStore& store, const std::string& prefix) const override;
 
     const GridPage& Page() const { return Grid; }
 
     /// The ranges that activating a row lets the operator edit, or null.
-    WarningRanges* RangesOfRow(std::size_t row);
+    WarningRanges* RangesOfRow(std::size_t row) override;
 
   private:
+    const CPackage* Find(const CQorViewDoc& doc) const REQUIRES(doc.DocLock);
+
+    std::string Name; ///< as it was asked for
     PackageId Shown = PackageId::None;
     std::vector<InstrumentId> Attached;
     std::string SalinityText;
@@ -66,6 +74,7 @@ class CPkgAncViewDlg {
     VisibleRows Visible;
     std::vector<std::int64_t> LastFrames; ///< of each instrument
     bool Redraw = false;
+    std::ptrdiff_t StaleCount = 0; ///< instruments that send no more
 };
 
 } // namespace qor

@@ -4,6 +4,7 @@
 #include "views/RealityCheck.h"
 
 #include "base/Text.h"
+#include "views/ShownInstrument.h"
 
 #include <algorithm>
 #include <cmath>
@@ -40,6 +41,13 @@ constexpr OsrcDisplay Displays[] = {OsrcDisplay::Reference, OsrcDisplay::DeviceU
 
 std::size_t PlaceOf(OsrcDisplay display) {
     return static_cast<std::size_t>(display);
+}
+
+std::string TitleOf(OsrcDisplay display, const OpticalSeries& series) {
+    if (display == OsrcDisplay::Comparison)
+        return ComparisonTitle;
+    return Format("%s: %s [%s]", display == OsrcDisplay::Reference ? "REF" : "DUT",
+                  Utf8Of(series.type).c_str(), Utf8Of(series.units).c_str());
 }
 
 } // namespace
@@ -122,14 +130,81 @@ const OpticalSeries& COSRCViewDlg::Chosen(OsrcDisplay display) const {
     return series[inRange ? static_cast<std::size_t>(index) : 0];
 }
 
-int COSRCViewDlg::Refresh(CQorViewDoc& doc) {
+bool COSRCViewDlg::Refresh(CQorViewDoc& doc) {
     CRecursiveLock lock(doc.DocLock);
     const CQorViewIns* dut = doc.RoleInstrument(InstrumentRole::DeviceUnderTest);
     const CQorViewIns* reference = doc.RoleInstrument(InstrumentRole::Reference);
-    if (dut && reference && (dut->Id != ShownDut || reference->Id != ShownReference) &&
+    if (!dut || !reference)
+        return SetHeads(EmptyHead(
+            Format("No %s instrument has been specified.", dut ? "REFERENCE" : "DUT"), "Roles"));
+    if ((dut->Id != ShownDut || reference->Id != ShownReference) &&
         !Initialise(*dut, *reference, doc))
-        return 0;
-    return Update(dut, reference);
+        return SetHeads(EmptyHead("See the session log for details.", "Roles"));
+    if (DutSeries.empty() || ReferenceSeries.empty())
+        return false; // what was wrong has been said
+    const bool drawn = Update(dut, reference) != 0;
+    const std::int64_t now = doc.Clock.MonotonicMilliseconds();
+    const PageHead ofDut = HeadOf(dut, dut->Name(), true, now);
+    const PageHead ofReference = HeadOf(reference, reference->Name(), true, now);
+    return SetHeads(WorseSign(ofDut.sign, ofReference.sign) == ofDut.sign ? ofDut : ofReference) ||
+           drawn;
+}
+
+bool COSRCViewDlg::SetHeads(const PageHead& head) {
+    const bool changed = head != Charts[0].head;
+    for (PlotPage& chart : Charts) {
+        chart.head = head;
+        if (head.state == PageState::Empty)
+            chart.curves.clear();
+    }
+    return changed;
+}
+
+ViewPages COSRCViewDlg::Pages() const {
+    ViewPages pages;
+    for (const OsrcDisplay display : Displays)
+        if (Settings.Enabled(display))
+            pages.plots.push_back(&Page(display));
+    if (pages.plots.empty())
+        pages.plots.push_back(&Page(OsrcDisplay::Reference));
+    return pages;
+}
+
+Menu COSRCViewDlg::ContextMenu(CQorViewDoc&) {
+    constexpr const char* Names[] = {"&REF", "&DUT", "DUT/REF &Normalized"}; // by OsrcDisplay
+    Menu menu;
+    for (const OsrcDisplay display : Displays)
+        menu.push_back({Names[PlaceOf(display)],
+                        [this, display] { Enable(display, !Settings.Enabled(display)); }, true,
+                        Settings.Enabled(display)});
+    AddSeriesEntries(menu, OsrcDisplay::Reference);
+    AddSeriesEntries(menu, OsrcDisplay::DeviceUnderTest);
+    return menu;
+}
+
+/// The choice of a series, where there is one.
+void COSRCViewDlg::AddSeriesEntries(Menu& menu, OsrcDisplay display) {
+    const std::vector<OpticalSeries>& list = SeriesFor(display);
+    if (list.size() < 2)
+        return;
+    menu.push_back({});
+    const OpticalSeries* chosen = &Chosen(display);
+    for (std::size_t i = 0; i < list.size(); ++i)
+        menu.push_back({TitleOf(display, list[i]),
+                        [this, display, i] {
+                            SelectionFor(display) = static_cast<int>(i);
+                            LastDutFrame = LastReferenceFrame = NothingDrawn;
+                        },
+                        true, chosen == &list[i]});
+}
+
+void COSRCViewDlg::LoadSettings(const CProfileStore& store, const std::string&) {
+    Settings.Load(store);
+    LastDutFrame = LastReferenceFrame = NothingDrawn;
+}
+
+void COSRCViewDlg::SaveSettings(CProfileStore& store, const std::string&) const {
+    Settings.Save(store);
 }
 
 int COSRCViewDlg::Update(const CQorViewIns* dut, const CQorViewIns* reference) {
@@ -148,17 +223,14 @@ int COSRCViewDlg::Update(const CQorViewIns* dut, const CQorViewIns* reference) {
 }
 
 void COSRCViewDlg::Draw(OsrcDisplay display, const CQorViewIns& dut, const CQorViewIns& reference) {
-    PlotPage& page = Pages[PlaceOf(display)];
+    PlotPage& page = Charts[PlaceOf(display)];
     page.curves.clear();
     if (!Settings.Enabled(display))
         return;
     const OpticalSeries& series = Chosen(display);
-    const char *type = series.type.c_str(), *units = series.units.c_str();
-    page.title = display == OsrcDisplay::Comparison  ? ComparisonTitle
-                 : display == OsrcDisplay::Reference ? Format("REF: %s [%s]", type, units)
-                                                     : Format("DUT: %s [%s]", type, units);
+    page.title = TitleOf(display, series);
     page.xLabel = "Wavelength [nm]";
-    page.yLabel = display == OsrcDisplay::Comparison ? "%" : series.units;
+    page.yLabel = display == OsrcDisplay::Comparison ? "%" : Utf8Of(series.units);
 
     const double limit = Settings.MaxValues[PlaceOf(display)];
     // Decided: spectra begin at 0; the deviation may fall to either side by as much.
@@ -196,7 +268,8 @@ std::vector<std::string> COSRCViewDlg::SelectorEntries() const {
     std::vector<std::string> entries;
     if (const auto leading = Settings.Leading())
         for (const OpticalSeries& series : SeriesFor(*leading))
-            entries.push_back(Format("%s [%s]", series.type.c_str(), series.units.c_str()));
+            entries.push_back(
+                Format("%s [%s]", Utf8Of(series.type).c_str(), Utf8Of(series.units).c_str()));
     return entries;
 }
 

@@ -8,9 +8,8 @@
 
 #include "base/MessageSink.h"
 #include "products/Spectrum.h"
-#include "session/QorViewDoc.h"
 #include "session/UserService.h"
-#include "views/PlotPage.h"
+#include "views/View.h"
 #include "views/WindowPlace.h"
 
 #include <array>
@@ -53,16 +52,25 @@ struct ValueRange {
 /// The range as a chart can take it: an upper end not above the lower one becomes lower + 100.
 ValueRange WidenedRange(ValueRange range);
 
-class COSRCViewDlg {
+class COSRCViewDlg : public CView {
   public:
     COSRCViewSettings Settings;
 
     /// Finds the series of both instruments. False (reported) when one has none.
     bool Initialise(const CQorViewIns& dut, const CQorViewIns& reference, CMessageSink& sink);
 
-    /// Updates from the session: looks the instruments of the two roles up and finds their series
-    /// anew when others have taken their places. As Update.
-    int Refresh(CQorViewDoc& doc);
+    /// It is of the two roles' instruments, whatever the name.
+    void Show(const std::string&) override {}
+    using CView::Select;
+    /// Looks the instruments of the two roles up and finds their series anew when others have taken
+    /// their places.
+    bool Refresh(CQorViewDoc& doc) override;
+    /// The displays that are on; one without curves says why when none is.
+    ViewPages Pages() const override;
+    Menu ContextMenu(CQorViewDoc& doc) override;
+    /// The section is the one of the check, whatever the prefix.
+    void LoadSettings(const CProfileStore& store, const std::string& prefix) override;
+    void SaveSettings(CProfileStore& store, const std::string& prefix) const override;
 
     /// Draws the displays that are on from the current frames. 1 when something was drawn; 0 when
     /// an instrument is gone (null) or neither has a new frame.
@@ -70,7 +78,7 @@ class COSRCViewDlg {
 
     /// A display's chart; empty of curves while its switch is off.
     const PlotPage& Page(OsrcDisplay display) const {
-        return Pages[static_cast<std::size_t>(display)];
+        return Charts[static_cast<std::size_t>(display)];
     }
 
     /// Turns a display on or off; the next update draws it.
@@ -93,7 +101,10 @@ class COSRCViewDlg {
     void Draw(OsrcDisplay display, const CQorViewIns& dut, const CQorViewIns& reference);
 
     std::vector<OpticalSeries> DutSeries, ReferenceSeries;
-    std::array<PlotPage, 3> Pages;
+    void AddSeriesEntries(Menu& menu, OsrcDisplay display);
+    bool SetHeads(const PageHead& head);
+
+    std::array<PlotPage, 3> Charts;
     std::int64_t LastDutFrame = -1, LastReferenceFrame = -1;
     InstrumentId ShownDut = InstrumentId::None, ShownReference = InstrumentId::None;
 };

@@ -58,11 +58,20 @@ TEST_F(ARealityCheckOfASession, OpensOnceAndSaysWhyItCannot) {
 
     // Another instrument takes the role: the window follows it.
     Offer(*Find("DUT"), {std::string("DUT\x01\x02", 5)});
-    EXPECT_EQ(first->Refresh(Doc), 1);
+    EXPECT_TRUE(first->Refresh(Doc));
+    const auto sentence = [first] { return first->Pages().plots[0]->head.sentence; };
+    EXPECT_EQ(sentence(), "Waiting for REF.");
+    EXPECT_FALSE(first->Refresh(Doc));
     Doc.SetRole(InstrumentRole::DeviceUnderTest, reference);
-    EXPECT_EQ(first->Refresh(Doc), 0) << "it has sent nothing";
+    Offer(*Find("REF"), {std::string("REF\x01\x02", 5)});
+    EXPECT_EQ(first->Select(Doc, "dut"), "");
+    EXPECT_TRUE(first->Refresh(Doc));
+    EXPECT_EQ(first->Pages().plots.size(), 2u);
+    EXPECT_EQ(first->Pages().plots[1]->curves.size(), 1u);
     Doc.SetRole(InstrumentRole::DeviceUnderTest, InstrumentId::None);
-    EXPECT_EQ(first->Refresh(Doc), 0);
+    EXPECT_TRUE(first->Refresh(Doc));
+    EXPECT_EQ(sentence(), "No DUT instrument has been specified.");
+    EXPECT_TRUE(first->Pages().plots[1]->curves.empty()) << "nothing old looks live";
 }
 
 TEST_F(RealityCheckTest, TheFirstSwitchThatIsOnDecidesForSelectorAndLimit) {

@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "views/Windows.h"
+
+#include "views/AncView.h"
+#include "views/PkgAncView.h"
+#include "views/RealityCheck.h"
+
+#include <algorithm>
+
+namespace qor {
+
+namespace {
+
+std::unique_ptr<CView> MakeAncillary(int page) {
+    auto view = std::make_unique<CAncViewDlg>(true);
+    view->SetPage(page);
+    return view;
+}
+
+constexpr WindowKind Table[] = {
+    {"ancillary", "Ancillary",
+     [](CQorViewDoc&) { return MakeAncillary(CAncViewSettings::DerivedPage); }},
+    {"sensors", "Sensors",
+     [](CQorViewDoc&) { return MakeAncillary(CAncViewSettings::SensorPage); }},
+    {"package", "Package",
+     [](CQorViewDoc&) -> std::unique_ptr<CView> { return std::make_unique<CPkgAncViewDlg>(true); }},
+    {"reality-check", "Reality check",
+     [](CQorViewDoc&) -> std::unique_ptr<CView> { return std::make_unique<COSRCViewDlg>(); }},
+};
+
+} // namespace
+
+std::span<const WindowKind> WindowKinds() {
+    return Table;
+}
+
+const WindowKind* FindWindowKind(std::string_view name) {
+    const auto found = std::ranges::find(Table, name, &WindowKind::name);
+    return found == std::end(Table) ? nullptr : &*found;
+}
+
+} // namespace qor

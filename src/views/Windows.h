@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// The windows that there are: one row each, for the command line that prints their pages, the
+// desktop that opens them, and sessions that name them. A new window is a view and its row here.
+#pragma once
+
+#include "views/View.h"
+
+#include <memory>
+#include <span>
+#include <string_view>
+
+namespace qor {
+
+struct WindowKind {
+    std::string_view name;  ///< on the command line and in files
+    std::string_view title; ///< in menus, before anything is shown
+    /// The view goes before the document.
+    std::unique_ptr<CView> (*make)(CQorViewDoc& doc);
+};
+
+std::span<const WindowKind> WindowKinds();
+
+/// The window of a name, or null.
+const WindowKind* FindWindowKind(std::string_view name);
+
+} // namespace qor
