@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "export/FrameText.h"
 
+#include "base/Text.h"
 #include "instrument/Calibration.h"
 #include "instrument/FieldText.h"
 
@@ -38,18 +39,6 @@ ShownValue ValueOf(const CLiveInstrument& instrument, const CSensor& sensor, Val
     return value;
 }
 
-/// Labels and units are 8-bit texts of our own; CSV is UTF-8.
-std::string Utf8Of(std::string_view latin) {
-    std::string text;
-    for (char c : latin) {
-        auto byte = static_cast<unsigned char>(c);
-        if (byte >= 0x80)
-            text += static_cast<char>(0xC0 | byte >> 6);
-        text += byte < 0x80 ? c : static_cast<char>(0x80 | (byte & 0x3F));
-    }
-    return text;
-}
-
 void PutDigits(char* place, int digits, int value) {
     for (int i = digits; i-- > 0; value /= 10)
         place[i] = static_cast<char>('0' + value % 10);
@@ -81,7 +70,13 @@ void WriteTimeValue(CJsonWriter& json, COutput& output, const FrameTime& time) {
     json.ValueWritten();
 }
 
+/// Decided: CSV is UTF-8. A text that is none, as from a definition with a Latin-1 sign of degree,
+/// is taken byte by byte as in JSON.
 void WriteCsvField(COutput& output, std::string_view text) {
+    if (!IsUtf8(text)) {
+        WriteCsvField(output, Utf8Of(text));
+        return;
+    }
     if (text.find_first_of("\",\r\n") == std::string_view::npos) {
         output.Text(text);
         return;
@@ -115,7 +110,7 @@ void CFrameCsv::WriteHeader(std::span<const DerivedRow> derived) {
     }
     for (const DerivedRow& row : derived) {
         Out.Char(',');
-        WriteCsvField(Out, Utf8Of(row.label + " [" + row.units + "]"));
+        WriteCsvField(Out, row.label + " [" + row.units + "]");
     }
     Out.Text("\r\n");
 }
