@@ -4,9 +4,9 @@
 // moment before. The windows and what they show are the views' business.
 #include "base/Text.h"
 #include "cli/Commands.h"
-#include "cli/PageText.h"
 #include "cli/PlayedFile.h"
 #include "cli/Report.h"
+#include "views/PageText.h"
 #include "views/Windows.h"
 
 #include <CLI/CLI.hpp>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "cli/PageText.h"
+#include "views/PageText.h"
 
 #include "base/Text.h"
 #include "export/Json.h"
