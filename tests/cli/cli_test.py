@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """The command line from outside: exit statuses, playback at every read size, and real acquisition
-over pseudo-terminals. Usage: cli_test.py QORVIEW-CLI SOURCE-FOLDER"""
+over pseudo-terminals. Usage: cli_test.py QORVIEW-CLI SOURCE-FOLDER [STALLED-DISK-LIBRARY]"""
 import csv
 import errno
 import io
@@ -22,6 +22,7 @@ import zipfile
 from harness import RECORD, TAG, Line, behind_header, wait_for
 
 CLI, SOURCE = sys.argv[1], pathlib.Path(sys.argv[2])
+STALLED_DISK = sys.argv[3] if sys.argv[3:] and sys.argv[3].endswith(".so") else None
 RADIOMETER, PROFILER, GPS = (str(SOURCE / "examples" / name) for name in
                              ("radiometer.cal", "profiler.cal", "gps.tdf"))
 
@@ -318,9 +319,9 @@ class Acquisition(Folder):
             return data.splitlines(keepends=True)
         return [data[i:i + shape["frame_size"]] for i in range(0, len(data), shape["frame_size"])]
 
-    def start(self, *options):
+    def start(self, *options, errors=subprocess.PIPE, **environment):
         process = subprocess.Popen([CLI, "log", "-o", str(self.folder), "--name", "run.raw", *options],
-                                   stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+                                   stdout=subprocess.PIPE, stderr=errors, env=os.environ | environment)
         self.processes.append(process)
         self.raw = self.folder / "run.raw"
         wait_for(lambda: self.session_log().count("connection successful") == options.count("--port")
@@ -334,7 +335,7 @@ class Acquisition(Folder):
     def finish(self, process, number=signal.SIGINT):
         process.send_signal(number)
         output, errors = process.communicate(timeout=30)
-        return process.returncode, output.decode(), errors.decode()
+        return process.returncode, output.decode(), (errors or b"").decode()
 
     def logged(self):
         return behind_header(self.raw.read_bytes()) if self.raw.exists() else b""
@@ -378,6 +379,49 @@ class Acquisition(Folder):
         kept = decoded("-d", PROFILER, str(self.raw))
         self.assertEqual(len(kept), 4000)
         self.assertFalse(any(frame["dropped"] for frame in kept))
+
+    def assertLogHolds(self, frames):
+        size = sum(len(frame) + TAG for frame in frames)
+        wait_for(lambda: len(self.logged()) >= size, "the last frame in the log")
+        data = self.logged()
+        self.assertEqual(len(data), size)
+        for number, frame in enumerate(frames):
+            at = number * (len(frame) + TAG)
+            self.assertEqual(data[at:at + len(frame)], frame, f"frame {number}")
+
+    @unittest.skipUnless(STALLED_DISK, "nothing can be preloaded beside a sanitizer")
+    def test_a_disk_that_stalls_costs_no_frame_and_is_said(self):
+        line, stalled = Line(), self.folder / "stalled"
+        process = self.start("--port", line.name, "-d", PROFILER, LD_PRELOAD=STALLED_DISK, STALLED_WHILE=str(stalled))
+        frames = self.frames_of(PROFILER, 3000)
+        stalled.touch()
+        line.send(b"".join(frames))
+        wait_for(lambda: "The disk has taken nothing of" in self.session_log(), "the word about it")
+        self.assertLess(len(self.logged()), sum(map(len, frames)))
+        stalled.unlink()
+        self.assertLogHolds(frames)
+        status, output, errors = self.finish(process)
+        self.assertEqual(status, 0)
+        self.assertRegex(errors, "warning: The disk has taken nothing")
+        self.assertIn("3000 frames, 3000 in the last log, 0 dropped", output)
+
+    def test_a_reader_of_messages_that_never_reads_holds_nothing_up(self):
+        reader, writer = os.pipe()
+        self.addCleanup(os.close, reader)
+        os.set_blocking(writer, False)
+        with self.assertRaises(BlockingIOError):
+            while True:
+                os.write(writer, b"." * 4096)
+        os.set_blocking(writer, True)
+        line = Line()
+        process = self.start("--port", line.name, "-d", PROFILER, errors=writer)
+        os.close(writer)
+        frames = self.frames_of(PROFILER, 500)
+        line.send(b"".join(frames[:200]))
+        self.assertLogHolds(frames[:200])
+        line.send(b"".join(frames[200:]))
+        self.assertLogHolds(frames)
+        self.assertEqual(self.finish(process)[0], 0)
 
     def test_what_a_log_could_not_give_back_is_said_before_it_begins(self):
         for name, kind in (("compass.tdf", "AOS_EZCOMPASS_3"), ("ctd.tdf", "SEABIRD_37SIMCT")):
@@ -442,4 +486,4 @@ class Acquisition(Folder):
         self.assertTrue((self.folder / "run.raw").read_bytes().startswith(b"QORHDR "))
 
 
-unittest.main(argv=[sys.argv[0], *sys.argv[3:]], verbosity=2)
+unittest.main(argv=[sys.argv[0], *sys.argv[3 + bool(STALLED_DISK):]], verbosity=2)
