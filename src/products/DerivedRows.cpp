@@ -84,12 +84,25 @@ void CInstrumentRows::Read(const CLiveInstrument& instrument, std::vector<Derive
             SetRow(row, {}, status);
             continue;
         }
-        // Kept: an instrument with both series has one PAR list, so both of its rows show one
-        // value.
-        status = row.kind == ANCDATATYPE::Tilt ? TiltOf(instrument, TiltX, TiltY, value)
-                                               : instrument.Par(value);
+        status = Compute(instrument, row.kind, value);
         SetRow(row, value, status);
     }
+}
+
+ConversionStatus CInstrumentRows::Compute(const CLiveInstrument& instrument, ANCDATATYPE kind,
+                                          double& value) const {
+    // Kept: an instrument with both series has one PAR list, so both of its rows show one value.
+    return kind == ANCDATATYPE::Tilt ? TiltOf(instrument, TiltX, TiltY, value)
+                                     : instrument.Par(value);
+}
+
+std::optional<double> CInstrumentRows::ReadRow(const CLiveInstrument& instrument,
+                                               std::size_t row) const {
+    double value = 0.0;
+    if (row >= List.size() || !instrument.CurrentFrame() ||
+        Compute(instrument, List[row].kind, value) != ConversionStatus::Good)
+        return std::nullopt;
+    return value;
 }
 
 } // namespace qor

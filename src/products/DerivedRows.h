@@ -86,8 +86,13 @@ class CInstrumentRows {
     /// the monotonic clock (ms), for what is stale.
     void Read(const CLiveInstrument& instrument, std::vector<DerivedRow>& rows,
               std::int64_t now = 0) const;
+    /// The value of one row, by its place in Rows.
+    std::optional<double> ReadRow(const CLiveInstrument& instrument, std::size_t row) const;
 
   private:
+    ConversionStatus Compute(const CLiveInstrument& instrument, ANCDATATYPE kind,
+                             double& value) const;
+
     std::vector<DerivedRow> List;
     int TiltX = -1, TiltY = -1;
 };

@@ -268,4 +268,11 @@ void CFurtherRows::Read(PackageInstruments instruments, CWaterNow water,
     }
 }
 
+Reading CFurtherRows::ReadRow(PackageInstruments instruments, CWaterNow water,
+                              std::size_t row) const {
+    ReadMore(instruments, water);
+    const FurtherRow& one = Table[TableRows[row]];
+    return Made(water, one.needs, one.value);
+}
+
 } // namespace qor

@@ -75,6 +75,8 @@ class CFurtherRows {
     void Advance(PackageInstruments instruments, CWaterNow water);
     /// Fills the values of `rows`, which are Rows() in their order.
     void Read(PackageInstruments instruments, CWaterNow water, std::span<DerivedRow> rows) const;
+    /// One of them, by its place in Rows.
+    Reading ReadRow(PackageInstruments instruments, CWaterNow water, std::size_t row) const;
 
   private:
     /// A light whose attenuation is followed, one sample a frame of its instrument.

@@ -64,8 +64,12 @@ ConversionStatus CLiveInstrument::Par(double& par) const {
     return ComputePar(ParChannels, Current.Span(), Immersed, par);
 }
 
+std::int64_t CLiveInstrument::Patience() const {
+    return PatienceAt(FrameRate);
+}
+
 bool CLiveInstrument::Stale(std::int64_t now) const {
-    return HasFrame && now - ArrivalMonotonic >= PatienceAt(FrameRate);
+    return HasFrame && now - ArrivalMonotonic >= Patience();
 }
 
 } // namespace qor

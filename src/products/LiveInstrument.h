@@ -40,6 +40,8 @@ class CLiveInstrument {
     /// Whether the current frame is old: none has come for three periods of the nominal rate, at
     /// least 3 s, before `now` on the clock of ArrivalMonotonic. Never without a frame.
     bool Stale(std::int64_t now) const;
+    /// Milliseconds without a frame after which the current one is old.
+    std::int64_t Patience() const;
 
     bool Immersed = false;  ///< "Immersed (Wet)"
     bool Unusable = false;  ///< derived products are not to be asked for

@@ -250,20 +250,28 @@ Reading CPackageRows::ReadAttenuation(const Inputs& inputs, std::size_t field,
     return {Fields[field].attenuation.Coefficient()};
 }
 
-void CPackageRows::SetScattering(DerivedRow* rows, Instruments instruments,
-                                 const ScatteringChannel& channel, const Reading& salinity) {
-    Reading total = ReadSensor(instruments, channel.place);
-    if (total.value && !salinity.value)
-        total = {{}, salinity.status};
-    std::optional<double> particulate, backscattering, whole;
-    if (total.value) {
-        particulate = ParticulateScattering(*total.value, channel.wavelength, *salinity.value);
-        backscattering = ParticulateBackscattering(*particulate);
-        whole = *backscattering + channel.waterBackscattering;
+std::array<Reading, 3> CPackageRows::ReadScattering(Instruments instruments,
+                                                    const ScatteringChannel& channel,
+                                                    const Reading& salinity) {
+    const Reading total = ReadSensor(instruments, channel.place);
+    if (!total.value || !salinity.value) {
+        const Reading none{{}, total.value ? salinity.status : total.status};
+        return {none, none, none};
     }
-    SetRow(rows[0], particulate, total.status);
-    SetRow(rows[1], backscattering, total.status);
-    SetRow(rows[2], whole, total.status);
+    const double particulate =
+        ParticulateScattering(*total.value, channel.wavelength, *salinity.value);
+    const double backscattering = ParticulateBackscattering(particulate);
+    return {Reading{particulate}, Reading{backscattering},
+            Reading{backscattering + channel.waterBackscattering}};
+}
+
+Reading CPackageRows::ReadSaturation(const Inputs& inputs, Reading par) const {
+    if (par.value)
+        par.value =
+            inputs.settings.SaturationIrradiance > 0.0
+                ? std::optional(LightSaturation(*par.value, inputs.settings.SaturationIrradiance))
+                : std::nullopt;
+    return par;
 }
 
 void CPackageRows::Advance(const Inputs& inputs, VelocityState& velocity) {
@@ -276,45 +284,99 @@ void CPackageRows::Advance(const Inputs& inputs, VelocityState& velocity) {
         Further.Advance(inputs.instruments, ReadWater(inputs));
 }
 
+Reading CPackageRows::ReadUsual(const Inputs& inputs, ANCDATATYPE kind) const {
+    const auto attenuation = [&](LightField field) {
+        return ReadAttenuation(inputs, static_cast<std::size_t>(field), ReadDbarDepth(inputs));
+    };
+    switch (kind) {
+    case ANCDATATYPE::Tilt:
+        return ReadTilt(inputs.instruments);
+    case ANCDATATYPE::Depth:
+        return ReadDepth(inputs);
+    case ANCDATATYPE::Velocity:
+        return LastVelocity;
+    case ANCDATATYPE::WaterTemperature:
+        // Decided: a thermometer in kelvin or Fahrenheit is shown in the row's own degrees C.
+        return ReadTemperature(inputs);
+    case ANCDATATYPE::Salinity:
+        return ReadShownSalinity(ReadSalinity(inputs));
+    case ANCDATATYPE::Cdom:
+        return ReadSensor(inputs.instruments, Sensors.cdom);
+    case ANCDATATYPE::Nitrate:
+        return ReadSensor(inputs.instruments, Sensors.nitrate);
+    case ANCDATATYPE::ParZ:
+        return ReadPar(inputs.instruments, Sensors.inWater);
+    case ANCDATATYPE::Par0:
+        return ReadPar(inputs.instruments, Sensors.surface);
+    case ANCDATATYPE::LightSaturation:
+        return ReadSaturation(inputs, ReadPar(inputs.instruments, Sensors.inWater));
+    case ANCDATATYPE::KEd:
+        return attenuation(LightField::Ed);
+    case ANCDATATYPE::KLu:
+        return attenuation(LightField::Lu);
+    case ANCDATATYPE::KEu:
+        return attenuation(LightField::Eu);
+    case ANCDATATYPE::BetaP:
+    case ANCDATATYPE::Bbp:
+    case ANCDATATYPE::Bb:
+    case ANCDATATYPE::AbsoluteSalinity:
+    case ANCDATATYPE::ConservativeTemperature:
+    case ANCDATATYPE::SigmaTheta:
+    case ANCDATATYPE::SoundSpeed:
+    case ANCDATATYPE::DepthInMetres:
+    case ANCDATATYPE::KPar:
+    case ANCDATATYPE::OnePercentDepth:
+    case ANCDATATYPE::Reflectance:
+    case ANCDATATYPE::ParRatio:
+    case ANCDATATYPE::KEdByEs:
+    case ANCDATATYPE::KLuByEs:
+    case ANCDATATYPE::KEuByEs:
+    case ANCDATATYPE::OxygenSaturation:
+        break;
+    }
+    return {};
+}
+
 void CPackageRows::Read(const Inputs& inputs, std::vector<DerivedRow>& rows) const {
     const Instruments instruments = inputs.instruments;
     rows = List;
-    const auto set = [&rows](ANCDATATYPE kind, const Reading& reading) {
-        for (DerivedRow& row : rows)
-            if (row.kind == kind)
-                SetRow(row, reading.value, reading.status);
-    };
-    const Reading depth = ReadDbarDepth(inputs);
+    const std::size_t scatteringEnd = FirstScatteringRow + 3 * Scattering.size();
+    Reading par; // the saturation's too: the sum over the channels is taken once
+    for (std::size_t row = 0; row < rows.size() - Further.Rows().size(); ++row) {
+        if (row >= FirstScatteringRow && row < scatteringEnd)
+            continue;
+        const ANCDATATYPE kind = rows[row].kind;
+        const Reading reading = kind == ANCDATATYPE::LightSaturation ? ReadSaturation(inputs, par)
+                                                                     : ReadUsual(inputs, kind);
+        if (kind == ANCDATATYPE::ParZ)
+            par = reading;
+        SetRow(rows[row], reading.value, reading.status);
+    }
     const Reading salinity = ReadSalinity(inputs);
-    const Reading par = ReadPar(instruments, Sensors.inWater);
-    Reading saturation = par;
-    if (par.value)
-        saturation.value =
-            inputs.settings.SaturationIrradiance > 0.0
-                ? std::optional(LightSaturation(*par.value, inputs.settings.SaturationIrradiance))
-                : std::nullopt;
-
-    set(ANCDATATYPE::Tilt, ReadTilt(instruments));
-    set(ANCDATATYPE::Depth, ReadDepth(inputs));
-    set(ANCDATATYPE::Velocity, LastVelocity);
-    // Decided: a thermometer in kelvin or Fahrenheit is shown in the row's own degrees C.
-    set(ANCDATATYPE::WaterTemperature, ReadTemperature(inputs));
-    set(ANCDATATYPE::Salinity, ReadShownSalinity(salinity));
-    set(ANCDATATYPE::Cdom, ReadSensor(instruments, Sensors.cdom));
-    set(ANCDATATYPE::Nitrate, ReadSensor(instruments, Sensors.nitrate));
-    set(ANCDATATYPE::ParZ, par);
-    set(ANCDATATYPE::Par0, ReadPar(instruments, Sensors.surface));
-    set(ANCDATATYPE::LightSaturation, saturation);
-    for (std::size_t i = 0; i < Scattering.size(); ++i)
-        SetScattering(&rows[FirstScatteringRow + 3 * i], instruments, Scattering[i], salinity);
-    for (std::size_t field = 0; field < LightFieldCount; ++field)
-        set(LightFieldRows[field].kind, ReadAttenuation(inputs, field, depth));
+    for (std::size_t i = 0; i < Scattering.size(); ++i) {
+        const auto three = ReadScattering(instruments, Scattering[i], salinity);
+        for (std::size_t j = 0; j < three.size(); ++j)
+            SetRow(rows[FirstScatteringRow + 3 * i + j], three[j].value, three[j].status);
+    }
     if (Choice == DerivedChoice::All)
         Further.Read(instruments, ReadWater(inputs), std::span(rows).subspan(FirstFurtherRow));
     for (std::size_t row = 0; row < rows.size(); ++row)
         for (const int place : Carriers[row])
             if (const CLiveInstrument* instrument = InstrumentAt(instruments, place))
                 rows[row].stale = rows[row].stale || instrument->Stale(inputs.now);
+}
+
+std::optional<double> CPackageRows::ReadRow(const Inputs& inputs, std::size_t row) const {
+    if (row >= List.size())
+        return std::nullopt;
+    if (row >= List.size() - Further.Rows().size())
+        return Further.ReadRow(inputs.instruments, ReadWater(inputs), row - FirstFurtherRow).value;
+    const std::size_t scattering = row - FirstScatteringRow;
+    if (row >= FirstScatteringRow && scattering < 3 * Scattering.size())
+        return ReadScattering(inputs.instruments, Scattering[scattering / 3],
+                              ReadSalinity(inputs))[scattering % 3]
+            .value;
+    return ReadUsual(inputs, List[row].kind).value;
 }
 
 } // namespace qor

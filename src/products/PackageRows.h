@@ -54,6 +54,10 @@ class CPackageRows {
     void Advance(const Inputs& inputs, VelocityState& velocity);
     /// Every row for the latest frames, into a list whose memory is used again.
     void Read(const Inputs& inputs, std::vector<DerivedRow>& rows) const;
+    /// The value of one row, by its place in Rows, at the cost of that row alone.
+    std::optional<double> ReadRow(const Inputs& inputs, std::size_t row) const;
+    /// The places of the instruments that a row ages with.
+    const std::vector<int>& CarriersOf(std::size_t row) const { return Carriers[row]; }
 
   private:
     struct ScatteringChannel {
@@ -86,8 +90,13 @@ class CPackageRows {
     void AdvanceVelocity(const Inputs& inputs, const Reading& pressure, VelocityState& velocity);
     void AdvanceSalinity(const Inputs& inputs);
     void AdvanceAttenuation(const Inputs& inputs, std::size_t field, const Reading& depth);
-    static void SetScattering(DerivedRow* rows, Instruments instruments,
-                              const ScatteringChannel& channel, const Reading& salinity);
+    Reading ReadSaturation(const Inputs& inputs, Reading par) const;
+    /// A row that is neither scattering nor one of the further ones.
+    Reading ReadUsual(const Inputs& inputs, ANCDATATYPE kind) const;
+    /// BETAp, bbp and bb of a channel.
+    static std::array<Reading, 3> ReadScattering(Instruments instruments,
+                                                 const ScatteringChannel& channel,
+                                                 const Reading& salinity);
 
     std::vector<DerivedRow> List;
     std::vector<std::vector<int>> Carriers; ///< places of the instruments behind each row

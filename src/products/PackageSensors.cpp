@@ -79,17 +79,6 @@ SensorPlace FindTemperature(PackageInstruments instruments) {
     return FindInWater(instruments, {"TEMP", "TEMPERATURE"});
 }
 
-SensorPlace FindPressure(PackageInstruments instruments) {
-    const SensorPlace place = FindInWater(instruments, {"PRES", "PRESSURE"});
-    if (place.Found())
-        return place;
-    // Decided: of pressures only those known to be elsewhere are refused; a gauge with a serial
-    // number for an id is the package's gauge, and without it there would be no depth at all.
-    return FirstPlace(instruments, [](const CSensor& sensor) {
-        return IsType(sensor, {"PRES", "PRESSURE"}) && !HasId(sensor, OtherIds);
-    });
-}
-
 /// The first usable instrument with a series, preferably without the other series.
 int FirstWithSeries(PackageInstruments instruments, std::string_view series,
                     std::string_view without = {}) {
@@ -130,6 +119,17 @@ bool IsType(const CSensor& sensor, std::initializer_list<std::string_view> types
         if (EqualsNoCase(sensor.Type, type))
             return true;
     return false;
+}
+
+SensorPlace FindPressure(PackageInstruments instruments) {
+    const SensorPlace place = FindInWater(instruments, {"PRES", "PRESSURE"});
+    if (place.Found())
+        return place;
+    // Decided: of pressures only those known to be elsewhere are refused; a gauge with a serial
+    // number for an id is the package's gauge, and without it there would be no depth at all.
+    return FirstPlace(instruments, [](const CSensor& sensor) {
+        return IsType(sensor, {"PRES", "PRESSURE"}) && !HasId(sensor, OtherIds);
+    });
 }
 
 SensorPlace FindLight(PackageInstruments instruments, std::string_view series) {

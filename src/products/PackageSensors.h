@@ -55,6 +55,8 @@ PackageSensors FindPackageSensors(PackageInstruments instruments);
 /// The optical channel of a series nearest 490 nm, within 10 nm; the series' first instrument alone
 /// when no channel is near enough.
 SensorPlace FindLight(PackageInstruments instruments, std::string_view series);
+/// The water's pressure, by the names that instruments give it.
+SensorPlace FindPressure(PackageInstruments instruments);
 /// Dissolved oxygen as an amount, not as a percentage.
 SensorPlace FindOxygen(PackageInstruments instruments);
 

@@ -103,6 +103,9 @@ bool CAcquisition::ProcessFrame(CFrameData& frame, std::int64_t now) {
     instrument.Live.ArrivalMonotonic = now;
     if (CPackage* package = owner->package)
         package->Products.Advance(Session.InputsOf(*package), Session.Velocity);
+    History.LockIsHeld();
+    if (!History.IsIdle())
+        History.Take(*owner);
     if (Session.OnFrame)
         Session.OnFrame(instrument, found);
     for (const FrameHook* watch : Session.Watches)

@@ -5,6 +5,7 @@
 // acquisition loop on its thread, and by whoever plays a file without one.
 #pragma once
 
+#include "session/History.h"
 #include "session/RawLog.h"
 #include "session/SessionState.h"
 #include "telemetry/TelemControl.h"
@@ -18,8 +19,8 @@ class CSessionLog;
 class CAcquisition {
   public:
     /// What it leads frames and messages to; all belong to the document.
-    CAcquisition(SessionState& session, CRawLog& rawLog, CSessionLog& sessionLog)
-        : Session(session), RawLog(rawLog), SessionLog(sessionLog) {}
+    CAcquisition(SessionState& session, CHistory& history, CRawLog& rawLog, CSessionLog& sessionLog)
+        : Session(session), History(history), RawLog(rawLog), SessionLog(sessionLog) {}
 
     /// The controller is lent once, before anything runs.
     void Use(CTelemControl& control) { Control = &control; }
@@ -61,6 +62,7 @@ class CAcquisition {
     bool ProcessFrame(CFrameData& frame, std::int64_t now) REQUIRES(Session.DocLock);
 
     SessionState& Session;
+    CHistory& History;
     CRawLog& RawLog;
     CSessionLog& SessionLog;
     CTelemControl* Control = nullptr;

@@ -21,8 +21,8 @@ constexpr const char* LoggingSoundsKey = "Logging Sounds";
 
 CQorViewDoc::CQorViewDoc(CClock& clock, SerialPortFactory makePort, CUserService& user,
                          CProfileStore& profile)
-    : SessionState(clock, user, profile), SessionLog(*this), RawLog(*this, *this),
-      Acquisition(*this, RawLog, SessionLog), Packages(*this), Ports(*this, *this) {
+    : SessionState(clock, user, profile), History(*this), SessionLog(*this), RawLog(*this, *this),
+      Acquisition(*this, History, RawLog, SessionLog), Packages(*this), Ports(*this, *this) {
     AttachController(std::make_unique<CTelemControl>(clock, std::move(makePort)));
     Acquisition.Use(*Controller());
 }

@@ -11,6 +11,7 @@
 #pragma once
 
 #include "session/Acquisition.h"
+#include "session/History.h"
 #include "session/PackageList.h"
 #include "session/PortKeeper.h"
 #include "session/QorTelemetryDoc.h"
@@ -41,6 +42,7 @@ class CQorViewDoc : public CQorTelemetryDoc, public SessionState {
     /// Ends an open log, disconnects, and delivers what is still reported.
     ~CQorViewDoc() override;
 
+    CHistory History;
     CSessionLog SessionLog;
     CRawLog RawLog;
     CAcquisition Acquisition;

@@ -14,6 +14,7 @@ CQorViewRes::CQorViewRes(ResourceId id, CTelemComm& comm, const FileResourceSett
     : Id(id), Comm(comm), Playback(settings), File(true) {}
 
 void CQorViewRes::BeginConnection() {
+    ++Breaks;
     for (const auto& instrument : Instruments)
         instrument->Checks.BeginConnection();
 }

@@ -34,6 +34,8 @@ class CQorViewRes {
     bool Reconnect = false; ///< a port that was lost is tried again
     bool Wanted = false;    ///< a port that is to be connected
     std::uint64_t FramesReceived = 0;
+    /// Counts what no curve may cross: a new connection, a file that is read from another place.
+    std::uint32_t Breaks = 0;
 
     /// What came before a connection says nothing about the frames after it.
     void BeginConnection();

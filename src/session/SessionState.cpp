@@ -35,6 +35,7 @@ CPackage* SessionState::Find(PackageId id) const {
 }
 
 void SessionState::RebuildOwners() {
+    ++OwnersVersion;
     struct Attachment {
         std::uint32_t identity;
         FrameOwner owner;

@@ -131,6 +131,9 @@ struct SessionState {
     /// Looks up the owners of all attachments anew and lets the packages know their instruments;
     /// after any change of resources, instruments or packages.
     void RebuildOwners() REQUIRES(DocLock);
+    /// Changes whenever they were looked up anew: pointers to instruments and packages that were
+    /// kept before are no longer good.
+    std::uint32_t OwnersVersion GUARDED_BY(DocLock) = 0;
 
     /// What the products of a package are computed from.
     CPackageRows::Inputs InputsOf(const CPackage& package) const REQUIRES(DocLock) {
