@@ -44,6 +44,7 @@ void Append(WatchedCurve& curve, double time, double value, double depth, bool b
         curve.points.MarkGap();
     curve.points.Append(time, value, depth);
     ++curve.taken;
+    curve.current = value;
 }
 
 } // namespace

@@ -40,6 +40,8 @@ enum class WatchId : std::uint32_t { None = 0 };
 struct WatchedCurve {
     CHistoryCurve points;
     std::uint64_t taken = 0; ///< frames that it has heard of, those without a value included
+    /// Of the latest of them; not a number: it had none.
+    double current = std::numeric_limits<double>::quiet_NaN();
 };
 
 class CHistory {

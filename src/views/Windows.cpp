@@ -2,8 +2,10 @@
 #include "views/Windows.h"
 
 #include "views/AncView.h"
+#include "views/DepthProfile.h"
 #include "views/PkgAncView.h"
 #include "views/RealityCheck.h"
+#include "views/TimeSeries.h"
 
 #include <algorithm>
 
@@ -17,6 +19,11 @@ std::unique_ptr<CView> MakeAncillary(int page) {
     return view;
 }
 
+/// A view that keeps something of every frame.
+template <class View> std::unique_ptr<CView> Make(CQorViewDoc& doc) {
+    return std::make_unique<View>(doc);
+}
+
 constexpr WindowKind Table[] = {
     {"ancillary", "Ancillary",
      [](CQorViewDoc&) { return MakeAncillary(CAncViewSettings::DerivedPage); }},
@@ -26,6 +33,8 @@ constexpr WindowKind Table[] = {
      [](CQorViewDoc&) -> std::unique_ptr<CView> { return std::make_unique<CPkgAncViewDlg>(true); }},
     {"reality-check", "Reality check",
      [](CQorViewDoc&) -> std::unique_ptr<CView> { return std::make_unique<COSRCViewDlg>(); }},
+    {"profile", "Depth profile", Make<CDepthProfileView>},
+    {"time-series", "Time series", Make<CTimeSeriesView>},
 };
 
 } // namespace

@@ -1,42 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "fakes/DefinedInstrument.h"
-#include "fakes/SessionFixture.h"
+#include "fakes/SendingSession.h"
 
 #include <cmath>
 
 namespace qor {
 namespace {
 
-/// Instruments whose sensors are two-byte counts, on ports of a session.
-class AHistory : public ASession {
+class AHistory : public ASendingSession {
   protected:
-    static constexpr const char* Profiler =
-        "PRES NONE 'kPa' 2 BU 0 COUNT\nTEMP W 'C' 2 BU 0 COUNT\n";
-    static constexpr const char* Meter = "CHL NONE 'ug/l' 2 BU 0 COUNT\n";
-
-    static std::string Definition(const std::string& name, const std::string& sensors) {
-        return Format("INSTRUMENT %s '' %zu AS 0 NONE\n", name.c_str(), name.size()) + sensors;
-    }
-    InstrumentId Attach(const std::string& name, const std::string& sensors, ResourceId to) {
-        return Doc.AddInstrument(Temp.Put(name + ".cal", Definition(name, sensors)), to).id;
-    }
-    InstrumentId Attach(const std::string& name, const std::string& sensors) {
-        return Attach(name, sensors, Port);
-    }
-    /// A frame arrives; NaN is not to be had, so a short frame is one without its last values.
-    void Send(const std::string& name, const std::vector<int>& values, double seconds = 0.1) {
-        std::string bytes = name;
-        for (const int value : values)
-            bytes += {static_cast<char>(value >> 8), static_cast<char>(value & 0xFF)};
-        CFrameQueue queue;
-        CFrameInfo info;
-        info.identity = static_cast<std::uint32_t>(Doc.FindInstrument(name));
-        info.time = Clock.Now();
-        info.time.known = Stamped;
-        queue.Push(info, AsBytes(bytes), 0);
-        Doc.Acquisition.ProcessFrames(queue);
-        Clock.Advance(std::llround(seconds * 1000));
-    }
     /// The values of a curve with "/" for gaps but the first point's, and "@depth" where known.
     std::string Curve(WatchId watch) {
         CRecursiveLock lock(Doc.DocLock);
@@ -68,16 +39,6 @@ class AHistory : public ASession {
         CRecursiveLock lock(Doc.DocLock);
         return Doc.History.CastsOf(name);
     }
-    PackageId AddPackage() {
-        LoadedPackage loaded;
-        loaded.ok = true;
-        loaded.name = "Cast";
-        for (const auto& [name, sensors] : {std::pair("CTD", Profiler), std::pair("FLU", Meter)})
-            loaded.members.push_back({name, Define(Definition(name, sensors))});
-        return Doc.Packages.AddPackage(std::move(loaded), Port);
-    }
-
-    bool Stamped = true;
 };
 
 TEST_F(AHistory, KeepsWhatIsWatchedWhileSomebodyWatches) {
