@@ -2,9 +2,11 @@
 """The command line from outside: exit statuses, playback at every read size, and real acquisition
 over pseudo-terminals. Usage: cli_test.py QORVIEW-CLI SOURCE-FOLDER [STALLED-DISK-LIBRARY]"""
 import csv
+import datetime
 import errno
 import io
 import json
+import math
 import os
 import pathlib
 import resource
@@ -163,6 +165,59 @@ class Playback(Folder):
         self.assertEqual(run("check", "-", input=pathlib.Path(PROFILER).read_bytes()).returncode, 0)
         facts = json.loads(run("info", "--json", "-d", PROFILER, "-", stdin=file).stdout)
         self.assertEqual(facts["instruments"][0]["frames"], 20)
+
+    def test_profile_and_series_show_the_frames_of_a_cast(self):
+        package = ("-p", str(SOURCE / "examples/cast.sip"))
+        raw = self.simulated("--raw-log", *package, "--cast", "12", "--frames", "900", "--start",
+                             "2026-06-21T12:00:00")
+        profiler, light, channel = "QORFAL071", "QOREDW118", 5
+
+        def page(*options):
+            done = run("page", *options, *package, "--json", str(raw))
+            self.assertEqual(done.returncode, 0, done.stderr)
+            shown = json.loads(done.stdout)
+            return shown, {curve["title"]: curve["points"] for curve in shown["curves"]}
+
+        frames = []  # instrument, time, pressure last heard of, values
+        pressure = None
+        for frame in decoded(*package, str(raw)):
+            pressure = frame["values"][2] if frame["instrument"] == profiler else pressure
+            moment = datetime.datetime.fromisoformat(frame["time"] + "+00:00").timestamp()
+            frames.append((frame["instrument"], moment, pressure, frame["values"]))
+        own = [frame for frame in frames if frame[0] == profiler]
+        begin = max(moment for _, moment, depth, _ in own if depth < 1)
+        deepest = max(own, key=lambda frame: frame[2])
+        self.assertGreater(deepest[2], 9)
+
+        def expect(points, wanted, places):
+            self.assertEqual(len(points), len(wanted))
+            for point, (x, y) in zip(points, wanted):
+                self.assertAlmostEqual(point[0], x, places)
+                self.assertEqual(point[1], y)
+
+        shown, curves = page("profile", "--select", "TEMP(WATER)", "--select", light + ": ED(510.4)")
+        self.assertEqual(list(curves), ["TEMP(WATER)", light + ": ED(510.4)"])
+        cast = [frame for frame in frames if begin - 1e-3 <= frame[1] <= deepest[1] + 1e-3]
+        expect(curves["TEMP(WATER)"], [(f[2], f[3][3]) for f in cast if f[0] == profiler], 5)
+        expect(curves[light + ": ED(510.4)"], [(f[2], f[3][channel]) for f in cast if f[0] == light], 5)
+        for depth, warmth in curves["TEMP(WATER)"]:
+            self.assertAlmostEqual(warmth, 18.6 - 7.4 / (1 + math.exp((32 - depth) / 4)) - 0.004 * depth, 2)
+        self.assertEqual(shown["leading"], f"TEMP {own[-1][3][3]:.4f}, {own[-1][2]:.1f} m")
+        self.assertEqual((shown["axes"][0]["label"], shown["axes"][0]["reversed"]), ("Depth", True))
+
+        shown, curves = page("time-series", "--instrument", light, "--select", "ED(510.4)", "--select", "T (W)")
+        expect(curves["ED(510.4)"], [(f[1], f[3][channel]) for f in frames if f[0] == light], 3)
+        expect(curves["T (W)"], [(f[1], f[3][3]) for f in own], 3)
+        key = shown["axes"][0]
+        self.assertAlmostEqual(key["maximum"], max(f[1] for f in frames if f[0] in (profiler, light)), 3)
+        self.assertAlmostEqual(key["maximum"] - key["minimum"], 600, 3)
+        shown, _ = page("profile")
+        self.assertEqual([curve["title"] for curve in shown["curves"]], ["T (W)", "SALINITY", "QORFLU033: CHL"])
+        dry = run("page", "profile", "-d", RADIOMETER, str(raw))
+        self.assertEqual(dry.returncode, 2)
+        self.assertIn(b"has no depth", dry.stderr)
+        wrong = run("page", "time-series", *package, "--select", "SALT", str(raw))
+        self.assertEqual(wrong.returncode, 2)
 
     def test_tables_and_lines_hold_the_same_derived_products(self):
         options = ("-p", str(SOURCE / "examples/cast.sip"), "--wet", "--derived")
