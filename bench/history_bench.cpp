@@ -5,6 +5,7 @@
 #include "fakes/ManualClock.h"
 #include "fakes/ScriptedUser.h"
 #include "instrument/Calibration.h"
+#include "instrument/DefinitionReader.h"
 #include "products/CastDetector.h"
 #include "products/HistoryCurve.h"
 #include "session/QorViewDoc.h"
@@ -45,7 +46,28 @@ void AppendToMemory(benchmark::State& state) {
 }
 BENCHMARK(AppendToMemory);
 
-/// A session with the profiler of the examples as a package, whose frames arrive at 10 Hz.
+/// Of what a profiler measures, without checks that the frames of a benchmark would fail.
+constexpr const char* ProfilerText = R"(INSTRUMENT PRO '' 3 AS 0 NONE
+PRES NONE 'dbar' 2 BU 1 POLYU
+0 0.001
+TEMP W 'C' 2 BU 1 POLYU
+0 0.001
+COND NONE 'mS/cm' 2 BU 1 POLYU
+0 0.003
+TILT X 'deg' 2 BU 1 POLYU
+0 0.001
+TILT Y 'deg' 2 BU 1 POLYU
+0 0.001
+CHL NONE 'mg/m^3' 2 BU 0 COUNT
+CDOM 370 'ppb' 2 BU 0 COUNT
+VOLT A 'V' 2 BU 0 COUNT
+VOLT B 'V' 2 BU 0 COUNT
+VOLT C 'V' 2 BU 0 COUNT
+HEADING NONE 'deg' 2 BU 0 COUNT
+LEAK NONE '' 2 BU 0 COUNT
+)";
+
+/// A session with a profiler as a package, whose frames arrive at 10 Hz.
 class CRunningCast {
   public:
     CRunningCast()
@@ -53,8 +75,10 @@ class CRunningCast {
               Clock, [] { return nullptr; }, User, Profile) {
         const ResourceId port = Doc.AddSerialResource({.portName = "PORT", .globalSyncString = ""});
         auto definition = std::make_unique<CInstrument>();
-        if (definition->Load(QORVIEW_SOURCE_DIR "/examples/profiler.cal") !=
-            DefinitionStatus::Success)
+        CDefinitionReader reader(*definition, "profiler.cal");
+        reader.Begin("profiler.cal");
+        reader.Feed(ProfilerText);
+        if (reader.Finish() != DefinitionStatus::Success)
             return;
         Name = definition->Name();
         LoadedPackage loaded;

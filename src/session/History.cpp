@@ -382,17 +382,18 @@ void CHistory::TakeSensors(Source& source, const CLiveInstrument& instrument, do
 
 void CHistory::TakeRows(Source& source, const SessionState::FrameOwner& owner, double time,
                         double depth, bool broken) {
+    std::optional<CPackageRows::Inputs> inputs;
+    if (const CPackage* package = owner.package)
+        inputs.emplace(CPackageRows::Inputs{package->Live, package->Settings,
+                                            Session.PressureTare.value_or(0.0)});
     for (const RowWatch& watch : source.rows) {
         const bool old = std::ranges::any_of(watch.others, [time](const Source* other) {
             return time - other->time >= other->seconds;
         });
         std::optional<double> value;
-        if (!old && owner.package)
-            value = owner.package->Products.ReadRow(
-                {owner.package->Live, owner.package->Settings, Session.PressureTare.value_or(0.0)},
-                watch.row);
-        else if (!old)
-            value = owner.instrument->Products.ReadRow(owner.instrument->Live, watch.row);
+        if (!old)
+            value = inputs ? owner.package->Products.ReadRow(*inputs, watch.row)
+                           : owner.instrument->Products.ReadRow(owner.instrument->Live, watch.row);
         Append(*watch.curve, time, value.value_or(NoValue), depth, broken);
     }
 }
