@@ -4,6 +4,7 @@
 #include "products/Spectrum.h"
 
 #include "base/Text.h"
+#include "instrument/Calibration.h"
 #include "instrument/FitTypes.h"
 
 #include <algorithm>
@@ -119,18 +120,33 @@ int ChooseSeries(const std::vector<OpticalSeries>& series, std::string_view type
     return found == series.end() ? -1 : static_cast<int>(found - series.begin());
 }
 
+std::optional<double> ReadChannel(const CLiveInstrument& instrument,
+                                  const OpticalSeries::Channel& channel, SpectrumReading reading) {
+    const CSensor* sensor = instrument.Definition().Sensor(channel.sensor);
+    if (!sensor || !instrument.CurrentFrame())
+        return std::nullopt;
+    double value = 0.0;
+    const ConversionStatus status =
+        reading == SpectrumReading::Calibrated
+            ? instrument.Value(*sensor, value)
+            : RawNumber(*sensor, instrument.CurrentFrame()->Span(), value);
+    return status == ConversionStatus::Good ? std::optional(value) : std::nullopt;
+}
+
 std::vector<SpectrumPoint> SpectrumOf(const CLiveInstrument& instrument,
                                       const OpticalSeries& series) {
     std::vector<SpectrumPoint> points;
-    if (!instrument.CurrentFrame())
-        return points;
-    for (const OpticalSeries::Channel& channel : series.channels) {
-        const CSensor* sensor = instrument.Definition().Sensor(channel.sensor);
-        double value = 0.0;
-        if (sensor && instrument.Value(*sensor, value) == ConversionStatus::Good)
-            points.push_back({channel.wavelength, value});
-    }
+    for (const OpticalSeries::Channel& channel : series.channels)
+        if (const auto value = ReadChannel(instrument, channel, SpectrumReading::Calibrated))
+            points.push_back({channel.wavelength, *value});
     return points;
+}
+
+const SpectrumPoint* NearestPoint(std::span<const SpectrumPoint> spectrum, double wavelength) {
+    const auto nearest = std::ranges::min_element(spectrum, {}, [=](const SpectrumPoint& point) {
+        return std::fabs(point.wavelength - wavelength);
+    });
+    return nearest == spectrum.end() ? nullptr : &*nearest;
 }
 
 } // namespace qor

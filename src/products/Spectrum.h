@@ -66,8 +66,18 @@ std::vector<OpticalSeries> SeriesOf(const CInstrument& instrument);
 /// only one whatever the type; -1 when there is none.
 int ChooseSeries(const std::vector<OpticalSeries>& series, std::string_view type);
 
+/// What a spectrum is made of: values by the calibration, or raw counts.
+enum class SpectrumReading : std::uint8_t { Calibrated, RawCounts };
+
+/// A channel's reading in the instrument's current frame, or nothing.
+std::optional<double> ReadChannel(const CLiveInstrument& instrument,
+                                  const OpticalSeries::Channel& channel, SpectrumReading reading);
+
 /// The spectrum in the instrument's current frame; channels without a value are left out.
 std::vector<SpectrumPoint> SpectrumOf(const CLiveInstrument& instrument,
                                       const OpticalSeries& series);
+
+/// The point nearest to a wavelength, or null for an empty spectrum.
+const SpectrumPoint* NearestPoint(std::span<const SpectrumPoint> spectrum, double wavelength);
 
 } // namespace qor

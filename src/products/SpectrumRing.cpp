@@ -10,18 +10,16 @@
 
 namespace qor {
 
-CSpectrumRing::CSpectrumRing(const OpticalSeries& series, std::size_t capacity)
-    : Channels(series.channels), Capacity(std::max<std::size_t>(capacity, 1)),
+CSpectrumRing::CSpectrumRing(const OpticalSeries& series, std::size_t capacity,
+                             SpectrumReading reading)
+    : Channels(series.channels), Capacity(std::max<std::size_t>(capacity, 1)), Reading(reading),
       Values(Channels.size() * Capacity) {}
 
 void CSpectrumRing::Add(const CLiveInstrument& instrument) {
     double* value = Values.data() + Next * Channels.size();
-    for (const OpticalSeries::Channel& channel : Channels) {
-        const CSensor* sensor = instrument.Definition().Sensor(channel.sensor);
-        if (!sensor || instrument.Value(*sensor, *value) != ConversionStatus::Good)
-            *value = std::numeric_limits<double>::quiet_NaN();
-        ++value;
-    }
+    for (const OpticalSeries::Channel& channel : Channels)
+        *value++ = ReadChannel(instrument, channel, Reading)
+                       .value_or(std::numeric_limits<double>::quiet_NaN());
     Next = (Next + 1) % Capacity;
     Kept = std::min(Kept + 1, Capacity);
 }

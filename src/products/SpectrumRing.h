@@ -20,7 +20,8 @@ struct SpectrumBand {
 class CSpectrumRing {
   public:
     /// Keeps the last `capacity` spectra of a series, at least one.
-    CSpectrumRing(const OpticalSeries& series, std::size_t capacity);
+    CSpectrumRing(const OpticalSeries& series, std::size_t capacity,
+                  SpectrumReading reading = SpectrumReading::Calibrated);
 
     /// Takes the spectrum in the instrument's current frame; the instrument is the series' own.
     void Add(const CLiveInstrument& instrument);
@@ -40,6 +41,7 @@ class CSpectrumRing {
 
     std::vector<OpticalSeries::Channel> Channels;
     std::size_t Capacity;
+    SpectrumReading Reading;
     std::vector<double> Values; ///< spectrum after spectrum; not a number: no value
     std::size_t Next = 0;       ///< the spectrum to be overwritten
     std::size_t Kept = 0;

@@ -29,6 +29,10 @@ std::string AgeText(std::int64_t milliseconds) {
                                    : std::to_string(milliseconds / Hour) + " h";
 }
 
+std::string UtcText(const FrameTime& time) {
+    return time.known ? FormatTime("%Y-%m-%d %H:%M:%S UTC", CalendarFromSeconds(time.seconds)) : "";
+}
+
 std::string ElapsedText(double seconds) {
     const auto whole = static_cast<long long>(std::max(seconds, 0.0));
     return whole < 3600 ? Format("%02lld:%02lld", whole / 60, whole % 60)

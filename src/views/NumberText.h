@@ -3,6 +3,8 @@
 // How counts and time spans read on every page. Pure functions.
 #pragma once
 
+#include "platform/Clock.h"
+
 #include <cstdint>
 #include <string>
 
@@ -13,6 +15,9 @@ std::string CountText(std::uint64_t count);
 
 /// How old something is, "0.3 s", "38 s", "4 min", "3 h"; "--" for less than no time.
 std::string AgeText(std::int64_t milliseconds);
+
+/// A moment as it stands under an exported plot, "2026-06-21 12:00:00 UTC"; empty when unknown.
+std::string UtcText(const FrameTime& time);
 
 /// A time span that runs, "00:12" or "01:02:10".
 std::string ElapsedText(double seconds);

@@ -5,6 +5,7 @@
 #include "views/DepthProfile.h"
 #include "views/PkgAncView.h"
 #include "views/RealityCheck.h"
+#include "views/SpectralView.h"
 #include "views/TimeSeries.h"
 
 #include <algorithm>
@@ -19,7 +20,7 @@ std::unique_ptr<CView> MakeAncillary(int page) {
     return view;
 }
 
-/// A view that keeps something of every frame.
+/// A view that sees every frame, or keeps something of it.
 template <class View> std::unique_ptr<CView> Make(CQorViewDoc& doc) {
     return std::make_unique<View>(doc);
 }
@@ -35,6 +36,7 @@ constexpr WindowKind Table[] = {
      [](CQorViewDoc&) -> std::unique_ptr<CView> { return std::make_unique<COSRCViewDlg>(); }},
     {"profile", "Depth profile", Make<CDepthProfileView>},
     {"time-series", "Time series", Make<CTimeSeriesView>},
+    {"spectral", "Spectrum", Make<CSpectralView>},
 };
 
 } // namespace
