@@ -70,6 +70,13 @@ double BearingBetween(const GeoPosition& from, const GeoPosition& to) {
     return Wrapped(std::atan2(y, x) / RadiansPerDegree);
 }
 
+LocalPlace PlaceFrom(const GeoPosition& origin, const GeoPosition& position) {
+    const double middle = 0.5 * (origin.latitude + position.latitude) * RadiansPerDegree;
+    const double east = std::remainder(position.longitude - origin.longitude, 360.0);
+    return {EarthRadius * std::cos(middle) * east * RadiansPerDegree,
+            EarthRadius * (position.latitude - origin.latitude) * RadiansPerDegree};
+}
+
 std::optional<double> SecondsOfDay(std::string_view text) {
     text = Trim(text);
     if (text.size() < 6 || !AllDigits(text.substr(0, 6)))

@@ -25,6 +25,14 @@ double DistanceBetween(const GeoPosition& from, const GeoPosition& to);
 /// The course over ground at the start of the great circle, 0 to 360 degrees clockwise from north.
 double BearingBetween(const GeoPosition& from, const GeoPosition& to);
 
+/// Metres east and north of a place nearby, on the same sphere; good to a part in a thousand over
+/// some hundred kilometres.
+struct LocalPlace {
+    double east = 0.0;
+    double north = 0.0;
+};
+LocalPlace PlaceFrom(const GeoPosition& origin, const GeoPosition& position);
+
 /// Seconds since midnight from a sentence's HHMMSS or HHMMSS.sss (second 60: a leap second).
 std::optional<double> SecondsOfDay(std::string_view text);
 /// Midnight of a sentence's DDMMYY in seconds since 1970; years 80 to 99 are the last century's.

@@ -22,6 +22,8 @@ struct Spelling {
 constexpr double PsiInDbar = 0.6894757293168361; // 4.4482216152605 N over 6.4516 cm^2
 constexpr double AtmosphereInPsi = 14.695948775513449;
 
+constexpr UnitScale KnotsToMps{0, 1852, 3600};
+
 constexpr Spelling PressureUnits[] = {
     {"dbar", {}},
     {"dbars", {}},
@@ -67,6 +69,45 @@ constexpr Spelling TemperatureUnits[] = {
     {"kelvin", {273.15, 1, 1}},
     {"f", {32, 5, 9}},
     {"fahrenheit", {32, 5, 9}},
+};
+
+constexpr Spelling SpeedUnits[] = {
+    {"m/s", {}},
+    {"ms-1", {}},
+    {"ms^-1", {}},
+    {"mps", {}},
+    {"kn", KnotsToMps},
+    {"kt", KnotsToMps},
+    {"kts", KnotsToMps},
+    {"knot", KnotsToMps},
+    {"knots", KnotsToMps},
+    {"n", KnotsToMps},
+    {"km/h", {0, 1, 3.6}},
+    {"kmh", {0, 1, 3.6}},
+    {"kmh-1", {0, 1, 3.6}},
+    {"kph", {0, 1, 3.6}},
+    {"k", {0, 1, 3.6}},
+    {"m", {}},
+    {"mph", {0, 1609.344, 3600}},
+};
+
+constexpr Spelling AirPressureUnits[] = {
+    {"hpa", {}},
+    {"mbar", {}},
+    {"mb", {}},
+    {"mbars", {}},
+    {"millibar", {}},
+    {"millibars", {}},
+    {"kpa", {0, 10, 1}},
+    {"pa", {0, 1, 100}},
+    {"bar", {0, 1000, 1}},
+    {"bars", {0, 1000, 1}},
+    {"b", {0, 1000, 1}},
+    {"dbar", {0, 100, 1}},
+    {"inhg", {0, 33.86389, 1}},
+    {"mmhg", {0, 1.33322387415, 1}},
+    {"torr", {0, 1013.25, 760}},
+    {"atm", {0, 1013.25, 1}},
 };
 
 constexpr Spelling ConductivityUnits[] = {
@@ -164,6 +205,14 @@ std::optional<UnitScale> TemperatureScale(std::string_view units) {
             break;
         }
     return Find(text, TemperatureUnits);
+}
+
+std::optional<UnitScale> SpeedScale(std::string_view units) {
+    return Find(Plain(units), SpeedUnits);
+}
+
+std::optional<UnitScale> AirPressureScale(std::string_view units) {
+    return Find(Plain(units), AirPressureUnits);
 }
 
 std::optional<UnitScale> ConductivityScale(std::string_view units) {

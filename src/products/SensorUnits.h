@@ -28,6 +28,10 @@ struct UnitScale {
 std::optional<UnitScale> PressureScale(std::string_view units);
 /// To degrees C. A bare "deg" is an angle, not a temperature.
 std::optional<UnitScale> TemperatureScale(std::string_view units);
+/// To m/s.
+std::optional<UnitScale> SpeedScale(std::string_view units);
+/// Of the air, absolute, to hPa.
+std::optional<UnitScale> AirPressureScale(std::string_view units);
 /// To mS/cm.
 std::optional<UnitScale> ConductivityScale(std::string_view units);
 

@@ -3,10 +3,12 @@
 
 #include "views/AncView.h"
 #include "views/DepthProfile.h"
+#include "views/GpsView.h"
 #include "views/PkgAncView.h"
 #include "views/RealityCheck.h"
 #include "views/SpectralView.h"
 #include "views/TimeSeries.h"
+#include "views/WeatherView.h"
 
 #include <algorithm>
 
@@ -37,6 +39,8 @@ constexpr WindowKind Table[] = {
     {"profile", "Depth profile", Make<CDepthProfileView>},
     {"time-series", "Time series", Make<CTimeSeriesView>},
     {"spectral", "Spectrum", Make<CSpectralView>},
+    {"gps", "GPS station", Make<CGpsView>},
+    {"weather", "Weather station", Make<CWeatherView>},
 };
 
 } // namespace
