@@ -21,6 +21,7 @@ struct GridCell {
     std::string text;
     Colour textColour = Yellow;
     Colour background = Black;
+    std::optional<double> number = {}; ///< what a further column's text was made from
 
     bool operator==(const GridCell&) const = default;
 };

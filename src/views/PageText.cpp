@@ -49,6 +49,10 @@ void WriteRows(CJsonWriter& json, const GridPage& page) {
             for (const GridCell& cell : row.more)
                 json.Path(cell.text);
             json.EndArray();
+            json.Key("numbers"), json.BeginArray();
+            for (const GridCell& cell : row.more)
+                json.NumberOrNull(cell.number);
+            json.EndArray();
         }
         json.EndObject();
     }

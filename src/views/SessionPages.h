@@ -2,12 +2,15 @@
 //
 // What the shell shows of a session at one moment: the tree of resources and instruments, the
 // state of logging, the replay's place. Plain texts, made under the document's lock and shown
-// without it.
+// without it; UTF-8, as all pages are.
 #pragma once
 
+#include "session/SessionSnapshot.h"
+#include "views/FrameRates.h"
 #include "views/PageHead.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -62,5 +65,40 @@ struct ReplayPage {
     std::string length;
     std::vector<double> marks = {}; ///< where casts begin, 0 to 1
 };
+
+/// The tree of the session as it is now. Takes the document's lock.
+TreePage MakeTreePage(const CQorViewDoc& doc, const CFrameRates& rates);
+
+/// What the state of logging is told from.
+struct LogFacts {
+    LogStatus log;
+    std::string nextName; ///< of the next log, as it was built; empty: not known yet
+    std::optional<std::uint64_t> freeBytes;
+    std::optional<double> bytesPerSecond;
+    RunKind run = RunKind::Live;
+    std::string speed;
+    std::int64_t flowing = 0; ///< milliseconds for which frames have come
+    std::string cause;        ///< of the failure of the last run
+};
+LogPage MakeLogPage(const LogFacts& facts);
+
+/// How fast logs grow: as this one does, once it has run for ten seconds; before that, and without
+/// one, as the instruments that are to be logged send.
+std::optional<double> LogBytesPerSecond(const CQorViewDoc& doc);
+/// How long the disk lasts; empty when it is not known or nothing is written.
+std::optional<double> SecondsLeft(const LogFacts& facts);
+/// "212 h left", "29 min left"; amber under six hours, red under half an hour.
+std::string TimeLeftText(double seconds);
+Sign TimeLeftSign(double seconds);
+
+struct ReplayFacts {
+    bool playing = false;
+    double speed = 1.0;                    ///< of the recording's; 0: as fast as it goes
+    std::uint64_t played = 0;              ///< bytes
+    std::uint64_t inAll = 0;               ///< bytes of the file; 0: not known
+    std::optional<double> elapsed, length; ///< seconds of the recording
+    std::vector<double> casts = {};        ///< seconds of the recording at which casts began
+};
+ReplayPage MakeReplayPage(const ReplayFacts& facts);
 
 } // namespace qor

@@ -3,6 +3,7 @@
 
 #include "base/Text.h"
 #include "views/AncRows.h"
+#include "views/FrameRates.h"
 #include "views/GpsView.h"
 #include "views/ShownInstrument.h"
 
@@ -19,14 +20,6 @@ constexpr double MetresPerSecondInAKnot = 1852.0 / 3600.0;
 
 bool IsStation(const CQorViewIns& instrument) {
     return IsWeatherStation(instrument.Definition());
-}
-
-/// The frame's own time; where it has none, the clock that never steps.
-double SecondsOf(const CQorViewIns& instrument) {
-    const FrameTime& time = instrument.Live.CurrentFrame()->Info.time;
-    return time.known
-               ? static_cast<double>(time.seconds) + static_cast<double>(time.milliseconds) / 1000.0
-               : static_cast<double>(instrument.Live.ArrivalMonotonic) / 1000.0;
 }
 
 /// What the station says now, with the true wind made where it does not give it and the ship's way
@@ -118,7 +111,7 @@ std::vector<const CQorViewIns*> CWeatherView::Find() const {
 void CWeatherView::Take(const CQorViewIns& instrument) {
     if (std::ranges::find(Station, instrument.Id) == Station.end())
         return;
-    const double time = SecondsOf(instrument);
+    const double time = FrameSeconds(instrument.Live);
     const WeatherReading said = ReadWeather(instrument.Live);
     const std::optional<double> values[TrendCount] = {said.airTemperature, said.humidity,
                                                       said.pressure};

@@ -4,9 +4,13 @@
 #include "views/AncView.h"
 #include "views/DepthProfile.h"
 #include "views/GpsView.h"
+#include "views/LinesView.h"
+#include "views/LogView.h"
+#include "views/MonitorView.h"
 #include "views/PkgAncView.h"
 #include "views/RealityCheck.h"
 #include "views/SpectralView.h"
+#include "views/StatusView.h"
 #include "views/TimeSeries.h"
 #include "views/WeatherView.h"
 
@@ -41,6 +45,13 @@ constexpr WindowKind Table[] = {
     {"spectral", "Spectrum", Make<CSpectralView>},
     {"gps", "GPS station", Make<CGpsView>},
     {"weather", "Weather station", Make<CWeatherView>},
+    {"status", "Instrument status", Make<CStatusView>},
+    {"monitor", "Telemetry monitor", Make<CMonitorView>},
+    {"log", "Log status", Make<CLogView>},
+    {"session-log", "Session log",
+     [](CQorViewDoc&) -> std::unique_ptr<CView> { return std::make_unique<CLinesView>(false); }},
+    {"comments", "Comments",
+     [](CQorViewDoc&) -> std::unique_ptr<CView> { return std::make_unique<CLinesView>(true); }},
 };
 
 } // namespace

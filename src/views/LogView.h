@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// The state of the raw log, apart from its window: file, elapsed time, frames, size, what the disk
+// still takes and for how long. It asks the disk without the document's lock and not often.
+#pragma once
+
+#include "views/SessionPages.h"
+#include "views/View.h"
+
+#include <functional>
+#include <string>
+
+namespace qor {
+
+class CLogView : public CView {
+  public:
+    using DiskSpace = std::function<std::optional<std::uint64_t>(const std::string& folder)>;
+    explicit CLogView(CQorViewDoc& doc);
+    CLogView(CQorViewDoc& doc, DiskSpace space);
+
+    /// It is of the whole session, whatever the name.
+    void Show(const std::string&) override {}
+    bool Refresh(CQorViewDoc& doc) override;
+    ViewPages Pages() const override { return {&Grid}; }
+    Menu ContextMenu(CQorViewDoc&) override { return {}; }
+
+    /// The same for the banner, as of the latest refresh.
+    const LogPage& Page() const { return Banner; }
+    /// What the banner is to say of the run; before a refresh.
+    void SetRun(RunKind run, std::string speed);
+
+  private:
+    void FindSpace(const std::string& folder, std::int64_t now);
+    void FillGrid();
+    void Add(const char* label, std::string text, const char* units, std::optional<double> number,
+             Sign sign = Sign::None);
+
+    CQorViewDoc& Doc;
+    DiskSpace Space;
+    std::string Folder; ///< whose disk was asked
+    std::optional<std::int64_t> Asked;
+    LogFacts Facts;
+    LogPage Banner;
+    std::uint64_t Frames = 0; ///< received by all instruments, at the latest refresh
+    std::int64_t FlowBegan = -1, LastFlow = -1;
+    GridPage Grid;
+};
+
+} // namespace qor
