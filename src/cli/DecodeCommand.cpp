@@ -113,8 +113,8 @@ void AddDecodeCommand(CLI::App& app, CommandContext& context) {
                      options.settings.path, options.settings.rules);
     command->add_flag("--raw-counts", options.rawCounts, "Raw counts instead of calibrated values");
     command->add_flag("--hex", options.hex, "Raw counts in hexadecimal");
-    command->add_flag("--derived", options.settings.derived,
-                      "Derived products too: those of a package for its frames, else tilt and PAR");
+    AddDerivedOption(*command, options.instruments, &options.settings.derived,
+                     "Derived products too: those of a package for its frames, else tilt and PAR");
     AddPlaybackOptions(*command, options, context);
     command->callback(
         [&context] { context.body = [&context] { return RunDecode(options, context); }; });

@@ -101,6 +101,22 @@ void AddPackageOptions(CLI::App& command, PackageSettings& settings) {
         ->group("Packages");
 }
 
+void AddDerivedOption(CLI::App& command, InstrumentSelection& selection, bool* wanted,
+                      const std::string& help) {
+    command
+        .add_option_function<std::string>(
+            "--derived",
+            [&selection, wanted](const std::string& which) {
+                selection.derived = which == "all" ? DerivedChoice::All : DerivedChoice::Usual;
+                if (wanted)
+                    *wanted = true;
+            },
+            help + "; with =all the further ones of a package (sea water by TEOS-10, reflectance, "
+                   "light, oxygen)")
+        ->type_name("[=all]")
+        ->check(CLI::IsMember({UsualDerived, "all"}).description(""));
+}
+
 void AddStrictOption(CLI::App& command, bool& strict) {
     command.add_flag("--strict", strict,
                      "A definition with repaired or dropped lines is a fault, not a warning");

@@ -17,6 +17,8 @@ namespace qor {
 
 /// What main makes of a --wet without a name.
 inline constexpr const char* EveryInstrument = "*";
+/// And of a --derived without a choice.
+inline constexpr const char* UsualDerived = "usual";
 
 /// What is wrong with a file that can be neither a definition nor a package, or nothing; a name
 /// without an extension that says otherwise is taken for a definition, as it always was.
@@ -27,6 +29,10 @@ void AddInstrumentOptions(CLI::App& command, InstrumentSelection& selection);
 void AddNameOptions(CLI::App& command, InstrumentSelection& selection);
 /// Adds --strict.
 void AddStrictOption(CLI::App& command, bool& strict);
+/// Adds --derived[=all]: whether derived products are wanted (`wanted`, where a command has them
+/// only then), and whether the further ones are.
+void AddDerivedOption(CLI::App& command, InstrumentSelection& selection, bool* wanted,
+                      const std::string& help);
 /// Adds the settings of packages that derived products need.
 void AddPackageOptions(CLI::App& command, PackageSettings& settings);
 

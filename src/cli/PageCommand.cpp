@@ -127,6 +127,7 @@ void AddPageCommand(CLI::App& app, CommandContext& context) {
     command->add_option("WINDOW", options.window, WindowNames())->type_name("")->required();
     AddInstrumentOptions(*command, options.instruments);
     AddPackageOptions(*command, options.instruments.packageSettings);
+    AddDerivedOption(*command, options.instruments, nullptr, "Derived products as usual");
     command->add_option("--instrument", options.instrument, "Whose page (the first that has such)")
         ->type_name("NAME");
     command

@@ -42,9 +42,11 @@ int Run(int argc, char** argv) {
     qor::AddInfoCommand(app, context);
     qor::AddPageCommand(app, context);
 
-    // The parser would take the word behind a bare --wet for its value.
+    // The parser would take the word behind a bare --wet or --derived for its value.
     std::replace(arguments.begin(), arguments.end(), std::string("--wet"),
                  std::string("--wet=") + qor::EveryInstrument);
+    std::replace(arguments.begin(), arguments.end(), std::string("--derived"),
+                 std::string("--derived=") + qor::UsualDerived);
     const std::string command = arguments.size() > 1 ? arguments[1] : "";
     std::reverse(arguments.begin() + 1, arguments.end()); // the parser takes them from the back
     arguments.erase(arguments.begin());

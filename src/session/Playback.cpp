@@ -36,6 +36,10 @@ bool CPlayback::Open(const std::string& path, const InstrumentSelection& selecti
         file.Size(FileSize) != FileCause::None)
         FileSize = 0;
     const double tare = PressureTareOf(path);
+    {
+        CRecursiveLock lock(Doc.DocLock);
+        Doc.Derived = selection.derived;
+    }
     Setup.AddAll(selection, Resource);
     Setup.ApplyNames(selection);
     CRecursiveLock lock(Doc.DocLock);

@@ -39,6 +39,7 @@ struct InstrumentSelection {
     std::vector<std::string> wet; ///< names
     std::vector<RoleAssignment> roles;
     PackageSettings packageSettings; ///< of every package
+    DerivedChoice derived = DerivedChoice::Usual; ///< of every package that a log is played with
 
     bool Empty() const { return definitions.empty() && packages.empty(); }
 };
