@@ -122,6 +122,8 @@ bool CAcquisition::TakeCommands(int milliseconds) {
         return false;
     for (const QueuedCommand& command : Taken)
         if (command.notice != NoticeCode::None) {
+            if (command.notice != NoticeCode::FramesAvailable)
+                Session.NoteChange();
             if (OnNotice)
                 OnNotice(command.notice, command.event.subject);
         } else {

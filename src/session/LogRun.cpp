@@ -6,23 +6,14 @@
 #include "base/Text.h"
 #include "session/FileKind.h"
 #include "session/LogHeader.h"
+#include "session/SessionPath.h"
 
-#include <limits>
 #include <utility>
 
 namespace qor {
 namespace {
 
-// Decided: what waits is bounded by its memory, over all ports of the run; the default of 200
-// frames is outrun by a card that stalls for two seconds or a burst from a converter's buffer.
-constexpr std::uint64_t WaitingBytes = 64U << 20;
 constexpr int LookMilliseconds = 100;
-
-std::string WithSeparator(std::string directory) {
-    if (!directory.empty() && !directory.ends_with('/') && !directory.ends_with(PathSeparator()))
-        directory += PathSeparator();
-    return directory;
-}
 
 } // namespace
 
@@ -75,9 +66,7 @@ bool CLogRun::SetUp() {
 /// A package brings up its port at its baud rate, unless the plan names another. A file of either
 /// kind may stand in either list.
 bool CLogRun::SetUpPort(const PortPlan& port) {
-    SerialResourceSettings settings = port.settings;
-    settings.maxFrameDepth = std::numeric_limits<std::int32_t>::max();
-    settings.maxFrameBytes = WaitingBytes / Plan.ports.size();
+    SerialResourceSettings settings = RunPort(port.settings, Plan.ports.size());
     std::vector<LoadedPackage> packages;
     bool baudKnown = port.baudGiven;
     std::vector<std::string> definitions;

@@ -11,10 +11,12 @@
 #pragma once
 
 #include "session/Acquisition.h"
+#include "session/InstrumentList.h"
 #include "session/PackageList.h"
 #include "session/PortKeeper.h"
 #include "session/QorTelemetryDoc.h"
 #include "session/RawLog.h"
+#include "session/SessionDocument.h"
 #include "session/SessionLog.h"
 #include "session/SessionSnapshot.h"
 #include "session/SessionState.h"
@@ -29,6 +31,7 @@ struct AddedInstrument {
     DefinitionStatus definition = DefinitionStatus::NoError;
     CommResult comm = CommResult::Success;
     std::string parseLog;
+    bool locked = false; ///< refused because the session is in calibration mode
 
     bool Added() const { return id != InstrumentId::None; }
 };
@@ -44,8 +47,10 @@ class CQorViewDoc : public CQorTelemetryDoc, public SessionState {
     CSessionLog SessionLog;
     CRawLog RawLog;
     CAcquisition Acquisition;
+    CInstrumentList Instruments;
     CPackageList Packages;
     CPortKeeper Ports;
+    CSessionDocument Session;
 
     /// Begins a session: opens the session log, reports "Beginning new session." or, with a path,
     /// "Beginning session ...".
@@ -55,7 +60,8 @@ class CQorViewDoc : public CQorTelemetryDoc, public SessionState {
     void LoadSettings();
     void SaveSettings();
 
-    // Each failure below has been reported when the call returns.
+    // Each failure below has been reported when the call returns. In calibration mode no instrument
+    // comes or goes; the operator is told.
 
     /// Adds a serial port. None when refused (the code in `result` when given).
     ResourceId AddSerialResource(const SerialResourceSettings& settings,
@@ -83,8 +89,9 @@ class CQorViewDoc : public CQorTelemetryDoc, public SessionState {
     /// Takes back a resource's abort code, so that it may connect again.
     CommResult ResetAbort(ResourceId resource, std::uint32_t& abortCode);
 
-    /// Gives a role to an instrument, or takes it away (None).
-    void SetRole(InstrumentRole role, InstrumentId instrument);
+    /// Gives a role to an instrument, also a package's, or takes it away (None). What is wrong, or
+    /// empty.
+    std::string SetRole(InstrumentRole role, InstrumentId instrument);
     /// The instrument of a name (byte for byte) over all resources, or None.
     InstrumentId FindInstrument(std::string_view name) const;
     /// Immerses the instrument of that name, or all with an empty name; how many it were.
@@ -99,6 +106,7 @@ class CQorViewDoc : public CQorTelemetryDoc, public SessionState {
 
   private:
     std::string NameOf(ResourceId resource) const;
+    bool RefusesRemovalOf(ResourceId resource);
     CommResult Disconnect(ResourceId resource) REQUIRES(PortsLock);
     CommResult NoResource(const char* operation);
     ResourceStatus StatusOf(const CQorViewRes& resource) const REQUIRES(DocLock);

@@ -34,7 +34,13 @@ CPackage* SessionState::Find(PackageId id) const {
     return found == PackageTable.end() ? nullptr : found->get();
 }
 
+void SessionState::NoteChange() {
+    if (!ChangeRaised.exchange(true) && OnChange)
+        OnChange();
+}
+
 void SessionState::RebuildOwners() {
+    NoteChange();
     struct Attachment {
         std::uint32_t identity;
         FrameOwner owner;

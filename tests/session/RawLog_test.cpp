@@ -49,7 +49,11 @@ TEST_F(ARawLog, HeaderWithoutRolesAndOptionsHasEighteenRecords) {
                   "calm (COMMENT)|ST1 (STATION-ID)|AA (CAST)|Tue May 03 14:23:05 2005 (TIME-STAMP)|"
                   "NONE (MODE)|OFF (PRESSURE-TARE)|OFF (TIMETAG)|ON (DATETAG)|ON (TIMETAG2)|"
                   "OFF (PROFILER)|OFF (REFERENCE)|OFF (PRO-DARK)|OFF (REF-DARK)|");
-    Doc.SetRole(InstrumentRole::Profiler, InstrumentId{73}); // where no instrument is
+    EXPECT_THAT(Doc.SetRole(InstrumentRole::Profiler, InstrumentId{73}), HasSubstr("no such"));
+    {
+        CRecursiveLock lock(Doc.DocLock);
+        Doc.Roles[1] = InstrumentId{73}; // where no instrument is
+    }
     EXPECT_EQ(Doc.Role(9), InstrumentId::None);
     EXPECT_EQ(Doc.Role(-1), InstrumentId::None);
     ASSERT_TRUE(Begin("role.raw"));
