@@ -5,6 +5,7 @@
 
 #include "base/Text.h"
 #include "platform/FileErrorText.h"
+#include "session/SessionOpener.h"
 #include "telemetry/RawLogReader.h"
 
 namespace qor {
@@ -36,6 +37,10 @@ bool CPlayback::Open(const std::string& path, const InstrumentSelection& selecti
         file.Size(FileSize) != FileCause::None)
         FileSize = 0;
     const double tare = PressureTareOf(path);
+    if (selection.session) {
+        KeptSession none;
+        CSessionOpener(Doc, Setup, none).OpenOn(Resource, *selection.session);
+    }
     Setup.AddAll(selection, Resource);
     Setup.ApplyNames(selection);
     CRecursiveLock lock(Doc.DocLock);

@@ -321,6 +321,14 @@ InstrumentId CQorViewDoc::FindInstrument(std::string_view name) const {
     return InstrumentId::None;
 }
 
+ResourceId CQorViewDoc::FindResource(std::string_view name) const {
+    CRecursiveLock lock(DocLock);
+    for (const auto& resource : Resources)
+        if (resource->Name() == name)
+            return resource->Id;
+    return ResourceId::None;
+}
+
 int CQorViewDoc::SetImmersed(std::string_view name, bool immersed) {
     CRecursiveLock lock(DocLock);
     int count = 0;

@@ -94,6 +94,8 @@ class CQorViewDoc : public CQorTelemetryDoc, public SessionState {
     std::string SetRole(InstrumentRole role, InstrumentId instrument);
     /// The instrument of a name (byte for byte) over all resources, or None.
     InstrumentId FindInstrument(std::string_view name) const;
+    /// The resource of a name, or None.
+    ResourceId FindResource(std::string_view name) const;
     /// Immerses the instrument of that name, or all with an empty name; how many it were.
     int SetImmersed(std::string_view name, bool immersed);
 

@@ -89,13 +89,13 @@ SessionOpening CSessionDocument::OpenSession(const std::string& path) {
 
 std::string CSessionDocument::OpenSession(const SessionRecord& session, const std::string& path,
                                           CSessionSetup& setup) {
-    if (const std::string fault = SessionFault(session); !fault.empty())
-        return path + ": " + fault;
-    std::string fault = EndLog();
+    std::string fault = SessionFault(session);
+    if (fault.empty())
+        fault = EndLog();
     if (fault.empty())
         fault = Clear();
     if (!fault.empty())
-        return path + ": cannot be opened. " + fault;
+        return path.empty() ? fault : path + ": " + fault;
     CSessionOpener opener(Doc, setup, Kept);
     opener.ApplySettings(session);
     Doc.BeginSession(path);

@@ -86,8 +86,7 @@ void CSessionOpener::OpenAll(const SessionRecord& session) {
         AddInstruments(resource);
     for (OpenResource& resource : resources)
         AddPackages(resource);
-    for (const auto& [role, instrument] : Roles)
-        static_cast<void>(Doc.SetRole(role, instrument)); // it was added just now
+    GiveRoles();
     CRecursiveLock lock(Doc.DocLock);
     if (session.pressureTare) {
         Doc.PressureTare = TareFromDbar(Doc, *session.pressureTare);
@@ -95,6 +94,25 @@ void CSessionOpener::OpenAll(const SessionRecord& session) {
         Kept.tareTaken = Doc.PressureTare;
     }
     Doc.CalibrationMode = session.calibrationMode;
+}
+
+void CSessionOpener::OpenOn(ResourceId resource, const SessionRecord& session) {
+    const InstrumentDefaultsReading defaults = LoadInstrumentDefaults(InstrumentDefaultsPath());
+    Played = &defaults;
+    for (const ResourceRecord& record : session.resources) {
+        OpenResource opened{resource, &record, {}};
+        for (const PackageRecord& package : record.packages)
+            opened.packages.push_back(LoadPackage(package.file, Doc.User, Doc));
+        AddInstruments(opened);
+        AddPackages(opened);
+    }
+    GiveRoles();
+    Played = nullptr;
+}
+
+void CSessionOpener::GiveRoles() {
+    for (const auto& [role, instrument] : Roles)
+        static_cast<void>(Doc.SetRole(role, instrument)); // it was added just now
 }
 
 CSessionOpener::OpenResource CSessionOpener::AddResource(const ResourceRecord& record) {
@@ -190,9 +208,11 @@ void CSessionOpener::AddMembers(PackageId package, const PackageRecord& record) 
         for (std::size_t i = 0; i < added.Members.size(); ++i)
             members.emplace_back(added.Members[i], added.Attached[i]);
     }
-    for (const auto& [member, id] : members)
-        if (const InstrumentRecord* said = RecordOfMember(record, member))
-            Settle(id, *said);
+    for (const auto& [member, id] : members) {
+        const InstrumentRecord* said = RecordOfMember(record, member);
+        if (said || Played)
+            Settle(id, said ? *said : InstrumentRecord());
+    }
     PackageRecord& kept = Kept.packages[package] = record;
     std::erase_if(kept.instruments, [&members](const InstrumentRecord& said) {
         return std::ranges::any_of(members,
@@ -208,12 +228,16 @@ void CSessionOpener::AddMembers(PackageId package, const PackageRecord& record) 
 
 /// What a session says of an instrument that is there.
 void CSessionOpener::Settle(InstrumentId instrument, const InstrumentRecord& record) {
-    const InstrumentDefaults settings = SettingsOf(record, Doc.Instruments.Settings(instrument));
     std::string name;
     {
         CRecursiveLock lock(Doc.DocLock);
         name = Doc.Find(instrument)->Name();
     }
+    InstrumentDefaults settings = Doc.Instruments.Settings(instrument);
+    if (Played)
+        settings.Immersed = record.immersed.value_or(Played->Of(name).Immersed);
+    else
+        settings = SettingsOf(record, settings);
     if (const std::string fault = Doc.Instruments.ChangeSettings(instrument, settings);
         !fault.empty())
         Setup.Refuse(Refusal::Kind::Name, name, fault);

@@ -6,6 +6,7 @@
 // that commands the document, without its lock.
 #pragma once
 
+#include "session/InstrumentDefaults.h"
 #include "session/KeptSession.h"
 #include "session/SessionSetup.h"
 
@@ -27,6 +28,9 @@ class CSessionOpener {
     /// Station, options, naming and where the session log goes.
     void ApplySettings(const SessionRecord& session);
     void OpenAll(const SessionRecord& session);
+    /// Brings every instrument and package of a session onto one resource, with roles and
+    /// immersion alone: for a log that is played.
+    void OpenOn(ResourceId resource, const SessionRecord& session);
 
   private:
     struct OpenResource {
@@ -45,7 +49,10 @@ class CSessionOpener {
     CQorViewDoc& Doc;
     CSessionSetup& Setup;
     KeptSession& Kept;
+    void GiveRoles();
+
     std::size_t PortCount = 0;
+    const InstrumentDefaultsReading* Played = nullptr; ///< Instruments.ini, where a log is played
     std::vector<std::pair<InstrumentRole, InstrumentId>> Roles;
 };
 

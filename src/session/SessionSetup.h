@@ -7,6 +7,7 @@
 
 #include "session/QorViewDoc.h"
 #include "session/Refusal.h"
+#include "session/SessionRecord.h"
 
 #include <optional>
 #include <string>
@@ -31,8 +32,10 @@ struct InstrumentSelection {
     std::vector<std::string> wet; ///< names
     std::vector<RoleAssignment> roles;
     PackageSettings packageSettings; ///< of every package
+    /// Whose instruments, roles and immersion join these, where a log is played.
+    std::optional<SessionRecord> session;
 
-    bool Empty() const { return definitions.empty() && packages.empty(); }
+    bool Empty() const { return definitions.empty() && packages.empty() && !session; }
 };
 
 /// The settings of a port for a run of so many ports: frames wait for a session that is held up.
