@@ -22,8 +22,8 @@ constexpr const char* LoggingSoundsKey = "Logging Sounds";
 CQorViewDoc::CQorViewDoc(CClock& clock, SerialPortFactory makePort, CUserService& user,
                          CProfileStore& profile)
     : SessionState(clock, user, profile), SessionLog(*this), RawLog(*this, *this),
-      Acquisition(*this, RawLog, SessionLog), Instruments(*this), Packages(*this),
-      Ports(*this, *this), Session(*this) {
+      Acquisition(*this, RawLog, SessionLog), Sources(*this), Instruments(*this), Packages(*this),
+      Ports(*this, *this), Starter(*this), Session(*this) {
     AttachController(std::make_unique<CTelemControl>(clock, std::move(makePort)));
     Acquisition.Use(*Controller());
 }
@@ -89,6 +89,9 @@ ResourceId CQorViewDoc::AddFileResource(const std::string& path,
     CFile file;
     FileCause cause = file.OpenForReading(path);
     CommResult added = CommResult::FileError;
+    std::uint64_t size = 0;
+    if (cause != FileCause::None || IsDevice(path) || file.Size(size) != FileCause::None)
+        size = 0;
     if (cause == FileCause::None)
         added = Controller()->AddResource(settings, std::move(file));
     else
@@ -103,6 +106,7 @@ ResourceId CQorViewDoc::AddFileResource(const std::string& path,
         return ResourceId::None;
     const auto id = static_cast<ResourceId>(++LastResource);
     Resources.push_back(std::make_unique<CQorViewRes>(id, *Controller()->Resource(name), settings));
+    Resources.back()->FileSize = size;
     NoteChange();
     return id;
 }
@@ -356,6 +360,10 @@ ResourceStatus CQorViewDoc::StatusOf(const CQorViewRes& resource) const {
     status.name = resource.Name();
     status.isFile = resource.IsFile();
     status.playing = resource.Playing;
+    status.playSpeed = resource.Pace.Times();
+    status.filePosition = resource.Pace.Position();
+    status.fileSize = resource.FileSize;
+    status.fileTime = resource.Pace.Time();
     status.reconnects = resource.Reconnect && resource.Wanted;
     status.serial = resource.Serial;
     status.figures = resource.Comm.Figures();

@@ -12,10 +12,12 @@
 
 #include "session/Acquisition.h"
 #include "session/InstrumentList.h"
+#include "session/LogStarter.h"
 #include "session/PackageList.h"
 #include "session/PortKeeper.h"
 #include "session/QorTelemetryDoc.h"
 #include "session/RawLog.h"
+#include "session/ResourceList.h"
 #include "session/SessionDocument.h"
 #include "session/SessionLog.h"
 #include "session/SessionSnapshot.h"
@@ -47,9 +49,11 @@ class CQorViewDoc : public CQorTelemetryDoc, public SessionState {
     CSessionLog SessionLog;
     CRawLog RawLog;
     CAcquisition Acquisition;
+    CResourceList Sources;
     CInstrumentList Instruments;
     CPackageList Packages;
     CPortKeeper Ports;
+    CLogStarter Starter;
     CSessionDocument Session;
 
     /// Begins a session: opens the session log, reports "Beginning new session." or, with a path,

@@ -184,14 +184,14 @@ bool CRawLog::ClaimStart(StartedBy starter) {
 }
 
 bool CRawLog::ConfirmOverride() {
-    std::string displayName;
+    LogQuestion question;
     {
         CRecursiveLock lock(Session.DocLock);
         if (OverrideChosen || Session.NoDialogs)
             return true;
-        displayName = Session.Naming.logFileDisplayName;
+        question = {Session.Naming.logFileDisplayName, Session.Station};
     }
-    bool confirmed = Session.User.ConfirmLog(displayName);
+    const bool confirmed = Session.User.ConfirmLog(question) == LogAnswer::LogAsShown;
     CRecursiveLock lock(Session.DocLock);
     OverrideChosen = confirmed;
     if (!confirmed)
@@ -392,6 +392,14 @@ void CRawLog::ProtectLogFile(const std::string& path) {
     FileCause cause = SetReadOnly(path, true);
     if (cause != FileCause::None)
         AddPending(FileErrorMessage("while accessing the log file", path, cause));
+}
+
+void CRawLog::AbandonRun() {
+    {
+        CRecursiveLock lock(Session.DocLock);
+        State.runFailed = true;
+    }
+    EndLogFile(true);
 }
 
 void CRawLog::OnLogTick() {

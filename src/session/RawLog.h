@@ -57,6 +57,9 @@ class CRawLog {
     /// Ends the log (`abort`: and the run) and waits until the disk has taken it. False when there
     /// is none to end.
     bool EndLogFile(bool abort);
+    /// Ends the run, open log or none, as one that failed; a program that ends when its log is done
+    /// ends with it.
+    void AbandonRun();
     /// Once a second: elapsed time, time stamp, begin and end by the timers, view updates.
     void OnLogTick();
 

@@ -13,6 +13,7 @@
 #include "session/ProfileStore.h"
 #include "session/QorViewRes.h"
 #include "session/SessionPackage.h"
+#include "session/StationInformation.h"
 #include "session/UserService.h"
 
 #include <array>
@@ -24,18 +25,6 @@
 #include <vector>
 
 namespace qor {
-
-/// Entered in the station dialog and stored with the session; goes into the raw log's header.
-struct StationInformation {
-    std::string cruiseId;
-    std::string operatorName;
-    std::string latitude;
-    std::string longitude;
-    std::string zone;
-    std::string comment;
-    std::string stationId;
-    std::string cast; ///< two letters in AUTOCAST mode
-};
 
 /// Hours, minutes and seconds as the log options dialog has them.
 struct LogSpan {

@@ -182,10 +182,10 @@ TEST_F(ARawLog, ConfirmationIsAskedOnceARunWithTheLockReleased) {
         EXPECT_FALSE(Doc.RawLog.BeginLogFile());
         EXPECT_FALSE(Doc.RawLog.EndLogFile(true));
     };
-    User.Confirms = false;
+    User.Answer = LogAnswer::ChangeFirst;
     EXPECT_FALSE(Begin());
     EXPECT_FALSE(std::filesystem::exists(Log()));
-    User.Confirms = true;
+    User.Answer = LogAnswer::LogAsShown;
     Set([](LogOptions& options) {
         options.durationEnabled = options.repeatEnabled = true;
         options.duration = {0, 0, 2};
