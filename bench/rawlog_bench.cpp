@@ -18,7 +18,7 @@ class CSilentUser : public CUserService {
     void ShowMessage(const std::string&) override {}
     bool AskYesNo(const std::string&) override { return true; }
     void Beep(BeepKind) override {}
-    bool ConfirmLog(const std::string&) override { return true; }
+    LogAnswer ConfirmLog(const LogQuestion&) override { return LogAnswer::LogAsShown; }
     void RequestClose() override {}
 };
 

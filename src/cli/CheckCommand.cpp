@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// qorview-cli check: loads definition files and packages and reports what was found, with hints at
-// likely mistakes behind it on standard error.
+// qorview-cli check: loads definition files, packages and sessions and reports what was found, with
+// hints at likely mistakes behind it on standard error.
 #include "cli/Commands.h"
 #include "cli/InstrumentOptions.h"
 #include "cli/Progress.h"
 #include "cli/Report.h"
+#include "cli/SessionCheck.h"
 #include "export/DefinitionJson.h"
 #include "export/DefinitionText.h"
 
@@ -125,12 +126,28 @@ bool CheckPackage(COutput& output, const std::string& path, const CheckOptions& 
     return package.ok && package.failed.empty() && (clean || !options.strict);
 }
 
+bool CheckSession(COutput& output, const std::string& path, const CheckOptions& options,
+                  const CommandContext&) {
+    const CheckedSession checked(path);
+    (options.json ? WriteSessionJson : WriteSessionText)(output, checked.Report());
+    output.Flush();
+    return SaySession(checked, options.strict);
+}
+
+/// A session is read; every other file that is no definition and no package is refused.
+std::string CheckFile(const std::string& path) {
+    return KindByName(path) == FileKind::Session ? std::string() : CheckInstrumentFile(path);
+}
+
 int RunCheck(const CheckOptions& options, CommandContext& context) {
     COutput output(ReportError);
     bool well = true;
     for (const std::string& path : options.files) {
-        bool isPackage = KindByName(path) == FileKind::Package;
-        well = (isPackage ? CheckPackage : CheckDefinition)(output, path, options, context) && well;
+        const FileKind kind = KindByName(path);
+        const auto check = kind == FileKind::Package   ? CheckPackage
+                           : kind == FileKind::Session ? CheckSession
+                                                       : CheckDefinition;
+        well = check(output, path, options, context) && well;
         if (context.stop.Requested())
             return ExitInterrupted;
         if (!output.Good())
@@ -144,15 +161,17 @@ int RunCheck(const CheckOptions& options, CommandContext& context) {
 
 void AddCheckCommand(CLI::App& app, CommandContext& context) {
     static CheckOptions options; // one command runs in a process
-    CLI::App* command =
-        app.add_subcommand("check", "Load definition files and packages and report what was found");
+    CLI::App* command = app.add_subcommand(
+        "check", "Load definition files, packages and sessions and report what was found");
     command->add_flag("--json", options.json, "One JSON object a file instead of the parse log");
     command->add_flag("--quiet", context.quiet, "No progress bar");
     command->add_flag("--strict", options.strict,
                       "A definition with repaired or dropped lines, or with hints, is a fault");
-    command->add_option("FILE", options.files, "Definition files (.cal, .tdf) or packages (.sip)")
+    command
+        ->add_option("FILE", options.files,
+                     "Definition files (.cal, .tdf), packages (.sip) or sessions (.qor)")
         ->type_name("")
-        ->check(CheckInstrumentFile)
+        ->check(CheckFile)
         ->required();
     command->callback(
         [&context] { context.body = [&context] { return RunCheck(options, context); }; });

@@ -32,5 +32,6 @@ void AddLogCommand(CLI::App& app, CommandContext& context);
 void AddSimulateCommand(CLI::App& app, CommandContext& context);
 void AddInfoCommand(CLI::App& app, CommandContext& context);
 void AddPageCommand(CLI::App& app, CommandContext& context);
+void AddSessionCommand(CLI::App& app, CommandContext& context);
 
 } // namespace qor

@@ -59,7 +59,7 @@ bool FindSeries(const CompareOptions& options, ComparedPair& pair) {
 
 class CComparison {
   public:
-    CComparison(const CompareOptions& options, CommandContext& context)
+    CComparison(CompareOptions& options, CommandContext& context)
         : Options(options), Context(context) {}
     int Run();
 
@@ -67,7 +67,7 @@ class CComparison {
     int CompareLog(const std::string& path);
     int Begin(const ComparedPair& pair);
 
-    const CompareOptions& Options;
+    CompareOptions& Options;
     CommandContext& Context;
     COutput Out{ReportError};
     bool Begun = false;
@@ -118,8 +118,10 @@ int CComparison::CompareLog(const std::string& path) {
 }
 
 int CComparison::Run() {
-    if (!NamesRawFile(Options.files) || !NamesInstrument(Options.instruments))
+    if (!NamesRawFile(Options.files))
         return ExitBadCall;
+    if (const int status = TakeInstruments(Options); status != ExitWell)
+        return status;
     int status = ExitWell;
     for (const std::string& path : Options.files) {
         status = std::max(status, CompareLog(path));

@@ -54,8 +54,10 @@ bool DecodeLog(const std::string& path, const DecodeOptions& options, CommandCon
 }
 
 int RunDecode(DecodeOptions& options, CommandContext& context) {
-    if (!NamesRawFile(options.files) || !NamesInstrument(options.instruments))
+    if (!NamesRawFile(options.files))
         return ExitBadCall;
+    if (const int status = TakeInstruments(options); status != ExitWell)
+        return status;
     if (!options.format)
         options.format = ExportFormatOf(options.settings.path);
     options.settings.view = options.hex         ? ValueView::HexCounts

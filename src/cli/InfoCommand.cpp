@@ -5,6 +5,7 @@
 #include "cli/Commands.h"
 #include "cli/PlayedFile.h"
 #include "cli/Report.h"
+#include "cli/SessionOptions.h"
 #include "export/LogFacts.h"
 #include "telemetry/RawLogReader.h"
 
@@ -60,12 +61,15 @@ bool PlayLog(const std::string& path, const InfoOptions& options, CommandContext
     return well;
 }
 
-int RunInfo(const InfoOptions& options, CommandContext& context) {
+int RunInfo(InfoOptions& options, CommandContext& context) {
     if (!NamesRawFile(options.files))
         return ExitBadCall;
+    if (const int status = TakeSession(options.sessionPath, options.instruments.session);
+        status != ExitWell)
+        return status;
     COutput output(ReportError);
     bool well = true;
-    bool plays = !options.instruments.definitions.empty() || !options.instruments.packages.empty();
+    const bool plays = !options.instruments.Empty();
     for (const std::string& path : options.files) {
         CRawLogReader log;
         PlayFacts play;

@@ -73,15 +73,16 @@ void WarnOfDiscarded(const SessionSnapshot& snapshot) {
 } // namespace
 
 CLogConsole::CLogConsole(LogRunPlan plan, CommandContext& context)
-    : Context(context), Directory(plan.directory), WantsPosition(plan.log.gpsHeaderEnabled),
-      Strict(plan.strict), Partly(plan.partly), Reconnects(plan.reconnect),
-      Document(Clock, MakeSystemSerialPort, User, Profile), LogRun(Document, std::move(plan)) {}
+    : Context(context), Strict(plan.strict), Partly(plan.partly),
+      Document(Clock, MakeSystemSerialPort, User, Profile), LogRun(Document, std::move(plan)) {
+    Document.Instruments.DefaultsPath = InstrumentDefaultsPath();
+}
 
 void CLogConsole::ReportPorts() {
     const std::vector<PortRefusal>& refused = LogRun.PortRefusals();
     for (; PortsReported < refused.size(); ++PortsReported) {
         const PortRefusal& port = refused[PortsReported];
-        Fault = Fault || !Reconnects;
+        Fault = Fault || !port.triedAgain;
         std::string why = Format("0x%08x", static_cast<unsigned>(port.result));
         if (port.systemError != 0)
             why += ": " + OneLine(SystemErrorText(port.systemError));
@@ -95,8 +96,23 @@ void CLogConsole::ReportPorts() {
         else
             ReportError(port.settings.portName + ": could not be connected (" + why +
                         "). Is it a serial port, not in use, and may you open it?" +
-                        (Reconnects ? " It is tried again." : ""));
+                        (port.triedAgain ? " It is tried again." : ""));
     }
+}
+
+bool CLogConsole::IsTriedAgain(const std::string& port) const {
+    for (const ResourceStatus& resource : Document.Snapshot().resources)
+        if (resource.name == port)
+            return resource.reconnects;
+    return false;
+}
+
+/// A session may name logs that are to be played; they hold what was logged already.
+void CLogConsole::WarnOfFiles() {
+    for (const ResourceStatus& resource : Document.Snapshot().resources)
+        if (resource.isFile)
+            ReportWarning(resource.name + ": it is a file and is not played into a log; decode "
+                                          "reads it.");
 }
 
 /// True when there was any.
@@ -108,7 +124,7 @@ bool CLogConsole::ReportTroubles(CLiveStatus* status) {
             continue;
         if (status)
             status->Erase();
-        if (event.kind == EventKind::PortLost && !Reconnects)
+        if (event.kind == EventKind::PortLost && !IsTriedAgain(event.subject))
             continue; // said as an abort
         std::string text = (trouble->namesSubject ? "" : event.subject + ": ") +
                            OneLine(event.text) + (trouble->advice.empty() ? "" : " ") +
@@ -179,14 +195,19 @@ bool CLogConsole::Begin() {
         return true;
     Document.Acquisition.TakeCommands(0); // what was said of it; the loop does not run yet
     if (!ReportTroubles(nullptr))
-        ReportError("the raw log could not be begun in " + Directory +
+        ReportError("the raw log could not be begun in " + LogRun.Directory() +
                     "; choose another -o or --name.");
     return false;
 }
 
 int CLogConsole::Run() {
     const bool ports = LogRun.SetUp();
+    if (!LogRun.SessionRefusal().empty()) {
+        ReportError(LogRun.SessionRefusal());
+        return ExitFault;
+    }
     ReportPorts();
+    WarnOfFiles();
     const bool usable = ReportSetup(LogRun.Set(), Strict, true);
     if (HasUnknownName(LogRun.Set().Refusals()))
         return ExitBadCall;
@@ -205,7 +226,7 @@ int CLogConsole::Run() {
         ReportError("no port could be connected; nothing was acquired.");
         return ExitFault;
     }
-    if (WantsPosition)
+    if (LogRun.WantsPosition())
         LogRun.WaitForPosition(PositionMilliseconds, Context.stopEvent);
     if (!Begin()) {
         Document.DisconnectAll();

@@ -21,17 +21,16 @@ class CLogConsole {
   private:
     bool Begin();
     void ReportPorts();
+    bool IsTriedAgain(const std::string& port) const;
+    void WarnOfFiles();
     bool ReportTroubles(CLiveStatus* status);
     void Watch();
     void NoteAborts(CLiveStatus& status, const SessionSnapshot& snapshot);
     void Summarise();
 
     CommandContext& Context;
-    const std::string Directory;
-    const bool WantsPosition;
     const bool Strict;
     const bool Partly;
-    const bool Reconnects;
     CSystemClock Clock;
     CTerminalUser User;
     CMemoryProfileStore Profile;

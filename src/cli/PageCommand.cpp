@@ -90,8 +90,8 @@ bool PlayUntil(CPlayedFile& playback, CommandContext& context,
 }
 
 int RunPage(PageOptions& options, CommandContext& context) {
-    if (!NamesInstrument(options.instruments))
-        return ExitBadCall;
+    if (const int status = TakeInstruments(options); status != ExitWell)
+        return status;
     if (!IsGoodCall(options))
         return ExitBadCall;
     const std::optional<std::int64_t> until = SecondsFromText(options.at);

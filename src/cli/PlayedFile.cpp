@@ -4,6 +4,7 @@
 #include "base/Text.h"
 #include "cli/Progress.h"
 #include "cli/Report.h"
+#include "cli/SessionOptions.h"
 #include "instrument/SpecialType.h"
 #include "session/FileKind.h"
 
@@ -87,6 +88,7 @@ void AddPlaybackOptions(CLI::App& command, PlaybackOptions& options, CommandCont
                     "Read size in bytes (2048); the frames are the same for every size")
         ->type_name("BYTES")
         ->check(CLI::Range(std::uint32_t{1}, LargestChunk));
+    AddSessionOption(command, options.sessionPath);
     AddStrictOption(command, options.strict);
     command.add_flag("--quiet", context.quiet, "No progress bar");
     command
@@ -113,12 +115,15 @@ bool NamesRawFile(const std::vector<std::string>& files) {
     return !files.empty();
 }
 
-bool NamesInstrument(const InstrumentSelection& instruments) {
-    const bool named = !instruments.definitions.empty() || !instruments.packages.empty();
-    if (!named)
-        ReportError("an instrument is required: give its definition with -d FILE or its package "
-                    "with -p FILE.");
-    return named;
+int TakeInstruments(PlaybackOptions& options) {
+    if (const int status = TakeSession(options.sessionPath, options.instruments.session);
+        status != ExitWell)
+        return status;
+    if (!options.instruments.Empty())
+        return ExitWell;
+    ReportError("an instrument is required: give its definition with -d FILE, its package with "
+                "-p FILE, or a --session FILE.qor.");
+    return ExitBadCall;
 }
 
 void AddFormatOption(CLI::App& command, const std::vector<std::string>& formats,

@@ -19,6 +19,7 @@ namespace qor {
 struct PlaybackOptions {
     InstrumentSelection instruments;
     std::vector<std::string> files;
+    std::string sessionPath; ///< empty: none
     std::uint32_t chunk = 0; ///< 0: not given
     bool strict = false;
 };
@@ -63,15 +64,17 @@ class CPlayedFile {
     bool LossTold = false;
 };
 
-/// Adds --chunk, --quiet and the raw logs. A definition or package that stands among these (as in
+/// Adds --session, --chunk, --quiet and the raw logs. A definition or package that stands among
+/// these (as in
 /// `-d FIRST SECOND`) is taken for what its extension says.
 void AddPlaybackOptions(CLI::App& command, PlaybackOptions& options, CommandContext& context);
 
 /// False (reported) when no raw log was named.
 bool NamesRawFile(const std::vector<std::string>& files);
 
-/// False (reported) when neither a definition nor a package was named.
-bool NamesInstrument(const InstrumentSelection& selection);
+/// Reads the session that was named. ExitWell when there is something to play with; else the exit
+/// status of what was reported.
+int TakeInstruments(PlaybackOptions& options);
 
 /// Adds --format; `take` gets the one of the formats that was chosen.
 void AddFormatOption(CLI::App& command, const std::vector<std::string>& formats,

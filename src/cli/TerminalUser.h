@@ -24,7 +24,7 @@ class CTerminalUser : public CUserService {
     void ShowMessage(const std::string& text) override;
     bool AskYesNo(const std::string& text) override;
     void Beep(BeepKind kind) override;
-    bool ConfirmLog(const std::string&) override { return true; }
+    LogAnswer ConfirmLog(const LogQuestion&) override { return LogAnswer::LogAsShown; }
     void RequestClose() override { CloseRequested.Set(); }
 
     /// Writes what other threads have said since the last time. On the thread that made this.

@@ -41,6 +41,7 @@ int Run(int argc, char** argv) {
     qor::AddSimulateCommand(app, context);
     qor::AddInfoCommand(app, context);
     qor::AddPageCommand(app, context);
+    qor::AddSessionCommand(app, context);
 
     // The parser would take the word behind a bare --wet or --derived for its value.
     std::replace(arguments.begin(), arguments.end(), std::string("--wet"),

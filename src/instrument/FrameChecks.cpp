@@ -103,6 +103,13 @@ void CFrameChecks::SetUp(const CInstrument& instrument, const std::string& instr
                             instrument.FileKind().c_str(), instrument.FilePath().c_str()));
 }
 
+void CFrameChecks::TakeOver(const CFrameChecks& before) {
+    const std::string resource = std::move(ResourceName);
+    *this = before;
+    ResourceName = resource;
+    BeginConnection();
+}
+
 void CFrameChecks::CountError(std::uint64_t& count) {
     Resynchronise = true;
     ++count;

@@ -44,6 +44,14 @@ class CFrameChecks {
     /// next frame only sets the counter. The counts stay.
     void BeginConnection() { Resynchronise = true; }
 
+    /// Settings and counts of the same instrument's checks elsewhere; checking begins afresh.
+    void TakeOver(const CFrameChecks& before);
+
+    void ResetCounts() {
+        ErrorCount = 0;
+        DroppedCount = ChecksumErrorCount = ValueErrorCount = 0;
+    }
+
     /// Checks one frame of the instrument that SetUp was given; reports and counts what is wrong.
     FrameCheckResult Check(ByteSpan frame);
 

@@ -6,19 +6,37 @@
 #include "session/SessionLog.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace qor {
 
 /// Retrieval and processing stand under one hold of the lock, so that frames that a disconnection
 /// hands over cannot overtake those that were retrieved before.
 std::size_t CAcquisition::TakeBatch(CQorViewRes& resource) {
-    CommResult result = Control->RetrieveFrames(resource.Name(), Batch);
+    const CommResult result =
+        resource.IsFile() ? ReadFile(resource) : Control->RetrieveFrames(resource.Name(), Batch);
     const std::size_t count = Batch.Size();
     ProcessFrames(Batch);
     resource.FramesReceived += count;
-    if (result != CommResult::Success || resource.Comm.AtEnd())
-        resource.Playing = false;
+    const bool ended = result != CommResult::Success || resource.Comm.AtEnd();
+    if (ended && resource.Pace.Waiting.Empty() && std::exchange(resource.Playing, false))
+        Session.NoteChange();
     return count;
+}
+
+/// The frames of a file that are due. What was read and waits goes first.
+CommResult CAcquisition::ReadFile(CQorViewRes& resource) {
+    CReplayPace& pace = resource.Pace;
+    CommResult result = CommResult::Success;
+    Batch.Clear();
+    if (!pace.Waiting.Empty())
+        pace.TakeDue(Session.Clock.MonotonicMilliseconds(), Batch);
+    if (pace.Waiting.Empty() && Batch.Empty()) {
+        result = Control->RetrieveFrames(resource.Name(), pace.IsPaced() ? pace.Waiting : Batch);
+        if (pace.IsPaced())
+            pace.TakeDue(Session.Clock.MonotonicMilliseconds(), Batch);
+    }
+    return result;
 }
 
 std::size_t CAcquisition::TakeFrames() {
@@ -79,7 +97,7 @@ void CAcquisition::StopPlaying() {
 bool CAcquisition::AtEnd(ResourceId resource) const {
     CRecursiveLock lock(Session.DocLock);
     const CQorViewRes* file = Session.Find(resource);
-    return !file || !file->IsFile() || file->Comm.AtEnd();
+    return !file || !file->IsFile() || (file->Comm.AtEnd() && file->Pace.Waiting.Empty());
 }
 
 std::size_t CAcquisition::ProcessFrames(CFrameQueue& frames) {
@@ -99,6 +117,8 @@ bool CAcquisition::ProcessFrame(CFrameData& frame, std::int64_t now) {
     if (!owner)
         return false;
     CQorViewIns& instrument = *owner->instrument;
+    if (owner->resource->IsFile())
+        owner->resource->Pace.Note(frame);
     const FrameCheckResult found = instrument.Process(frame);
     instrument.Live.ArrivalMonotonic = now;
     if (CPackage* package = owner->package)
@@ -125,6 +145,8 @@ bool CAcquisition::TakeCommands(int milliseconds) {
         return false;
     for (const QueuedCommand& command : Taken)
         if (command.notice != NoticeCode::None) {
+            if (command.notice != NoticeCode::FramesAvailable)
+                Session.NoteChange();
             if (OnNotice)
                 OnNotice(command.notice, command.event.subject);
         } else {

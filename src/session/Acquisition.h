@@ -59,6 +59,7 @@ class CAcquisition {
 
   private:
     std::size_t TakeBatch(CQorViewRes& resource) REQUIRES(Session.DocLock);
+    CommResult ReadFile(CQorViewRes& resource) REQUIRES(Session.DocLock);
     bool ProcessFrame(CFrameData& frame, std::int64_t now) REQUIRES(Session.DocLock);
 
     SessionState& Session;

@@ -70,6 +70,7 @@ bool CAcquisitionLoop::TickIfDue() {
         return false;
     Doc.RawLog.OnLogTick();
     Doc.Ports.Tend();
+    Doc.Starter.Tend();
     const std::int64_t now = Doc.Clock.MonotonicMilliseconds();
     const std::int64_t nextSecond = now + 1000 - Doc.Clock.Now().milliseconds;
     const std::int64_t timer = Doc.RawLog.NextTimer();

@@ -350,4 +350,14 @@ InstrumentDefaults SettingsOf(const InstrumentRecord& record, InstrumentDefaults
     return defaults;
 }
 
+InstrumentRecord RecordOf(const InstrumentDefaults& settings, const InstrumentDefaults& defaults,
+                          InstrumentRecord said) {
+    for (const Switch& row : Switches)
+        if (said.*row.said || settings.*row.value != defaults.*row.value)
+            said.*row.said = settings.*row.value;
+    if (said.title || settings.Title != defaults.Title)
+        said.title = settings.Title;
+    return said;
+}
+
 } // namespace qor

@@ -61,4 +61,9 @@ std::string SaveInstrumentDefaults(const std::string& path, const std::string& n
 /// The settings of an instrument in a session: what the session says, else the stored defaults.
 InstrumentDefaults SettingsOf(const InstrumentRecord& record, InstrumentDefaults defaults);
 
+/// What a session has to say of an instrument: all that it said before, and what differs from the
+/// stored defaults.
+InstrumentRecord RecordOf(const InstrumentDefaults& settings, const InstrumentDefaults& defaults,
+                          InstrumentRecord said);
+
 } // namespace qor

@@ -106,7 +106,7 @@ std::string NamingFault(const LogNaming& naming) {
     return {};
 }
 
-std::string StationFault(const StationInformation& station, LogNamingMode mode) {
+std::string StoredStationFault(const StationInformation& station, LogNamingMode mode) {
     const std::pair<const char*, const std::string*> texts[] = {
         {"cruise", &station.cruiseId},   {"operator", &station.operatorName},
         {"latitude", &station.latitude}, {"longitude", &station.longitude},
@@ -117,12 +117,20 @@ std::string StationFault(const StationInformation& station, LogNamingMode mode) 
             return Format("The %s holds a control character; a header record is one line.", what);
     if (mode != LogNamingMode::AutoCast)
         return {};
-    if (!MayStandInName(station.stationId))
-        return Format("The station \"%s\" holds a character that a file's name cannot.",
-                      station.stationId.c_str());
-    if (station.cast.size() != 2 || !std::ranges::all_of(station.cast, IsLetter))
-        return Format("The cast \"%s\" is not two letters.", station.cast.c_str());
+    for (const auto& [what, text] :
+         {std::pair{"station", &station.stationId}, std::pair{"cast", &station.cast}})
+        if (!MayStandInName(*text))
+            return Format("The %s \"%s\" holds a character that a file's name cannot.", what,
+                          text->c_str());
     return {};
+}
+
+std::string StationFault(const StationInformation& station, LogNamingMode mode) {
+    std::string fault = StoredStationFault(station, mode);
+    if (fault.empty() && mode == LogNamingMode::AutoCast &&
+        (station.cast.size() != 2 || !std::ranges::all_of(station.cast, IsLetter)))
+        fault = Format("The cast \"%s\" is not two letters.", station.cast.c_str());
+    return fault;
 }
 
 void AdvanceLogFileName(LogNaming& naming, StationInformation& station) {

@@ -62,6 +62,9 @@ std::string TimeStampFileName(const CalendarTime& local);
 /// is two letters, a sequence number lies in 0 to 999.
 std::string NamingFault(const LogNaming& naming);
 std::string StationFault(const StationInformation& station, LogNamingMode mode);
+/// The same for what a session file holds: a cast that has moved past two letters, or is not given
+/// yet, is none; a log is begun with what stands there, or says why not.
+std::string StoredStationFault(const StationInformation& station, LogNamingMode mode);
 
 /// Readies the name after a log: the next cast, the next SQM number; nothing for a user file name.
 void AdvanceLogFileName(LogNaming& naming, StationInformation& station);

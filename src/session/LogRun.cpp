@@ -7,42 +7,23 @@
 #include "session/FileKind.h"
 #include "session/LogHeader.h"
 
-#include <limits>
 #include <utility>
 
 namespace qor {
 namespace {
 
-// Decided: what waits is bounded by its memory, over all ports of the run; the default of 200
-// frames is outrun by a card that stalls for two seconds or a burst from a converter's buffer.
-constexpr std::uint64_t WaitingBytes = 64U << 20;
 constexpr int LookMilliseconds = 100;
-
-std::string WithSeparator(std::string directory) {
-    if (!directory.empty() && !directory.ends_with('/') && !directory.ends_with(PathSeparator()))
-        directory += PathSeparator();
-    return directory;
-}
 
 } // namespace
 
 CLogRun::CLogRun(CQorViewDoc& doc, LogRunPlan plan)
     : Doc(doc), Setup(doc), Loop(doc), Plan(std::move(plan)) {
     Doc.Acquisition.OnEvent = [this](const Event& event) { Note(event); };
-    Doc.SessionLog.SetFile(true, WithSeparator(Plan.sessionLogDirectory.empty()
-                                                   ? Plan.directory
-                                                   : Plan.sessionLogDirectory));
     CRecursiveLock lock(Doc.DocLock);
     Doc.SessionLog.KeepText = false;
     Doc.NoDialogs = true;
     Doc.ExitIfDone = true;
     Doc.Options = Plan.log;
-    Doc.Station = Plan.station;
-    Doc.Naming.logDirectory = WithSeparator(Plan.directory);
-    Doc.Naming.logUserFileName = Plan.name;
-    Doc.Naming.numbered = !Plan.name.empty() && Plan.log.repeatEnabled;
-    Doc.Naming.logNamingMode =
-        Plan.name.empty() ? LogNamingMode::TimeStamp : LogNamingMode::UserFileName;
 }
 
 void CLogRun::Note(const Event& event) {
@@ -64,7 +45,9 @@ std::vector<std::string> CLogRun::LogFiles() const {
 }
 
 bool CLogRun::SetUp() {
-    Doc.BeginSession();
+    Refused = Doc.Session.OpenSession(PlannedSession(Plan), Plan.sessionPath, Setup);
+    if (!Refused.empty())
+        return false;
     for (const PortPlan& port : Plan.ports)
         SetUpPort(port);
     Setup.ApplyNames(Plan.names);
@@ -72,15 +55,25 @@ bool CLogRun::SetUp() {
     return PortsRefused.empty();
 }
 
+/// The instruments join those that a session has on the port.
+void CLogRun::SetUpPort(const PortPlan& port) {
+    std::vector<LoadedPackage> packages;
+    std::vector<std::string> definitions;
+    const ResourceId resource = AddPort(port, packages, definitions);
+    if (resource == ResourceId::None)
+        return;
+    for (const std::string& path : definitions)
+        Setup.AddDefinition(path, resource);
+    for (LoadedPackage& loaded : packages)
+        Setup.AddPackage(std::move(loaded), resource, port.instruments.packageSettings);
+}
+
 /// A package brings up its port at its baud rate, unless the plan names another. A file of either
 /// kind may stand in either list.
-bool CLogRun::SetUpPort(const PortPlan& port) {
-    SerialResourceSettings settings = port.settings;
-    settings.maxFrameDepth = std::numeric_limits<std::int32_t>::max();
-    settings.maxFrameBytes = WaitingBytes / Plan.ports.size();
-    std::vector<LoadedPackage> packages;
+ResourceId CLogRun::AddPort(const PortPlan& port, std::vector<LoadedPackage>& packages,
+                            std::vector<std::string>& definitions) {
+    SerialResourceSettings settings = RunPort(port.settings, Plan.ports.size());
     bool baudKnown = port.baudGiven;
-    std::vector<std::string> definitions;
     std::vector<std::string> files = port.instruments.definitions;
     files.insert(files.end(), port.instruments.packages.begin(), port.instruments.packages.end());
     for (const std::string& path : files) {
@@ -93,38 +86,49 @@ bool CLogRun::SetUpPort(const PortPlan& port) {
             settings = PackagePort(packages.back(), settings, Doc.User);
         baudKnown = true;
     }
+    if (Plan.session && HasPort(*Plan.session, settings.portName))
+        return Doc.FindResource(settings.portName);
     CommResult result = CommResult::Success;
     const ResourceId resource = Doc.AddSerialResource(settings, &result);
-    if (resource == ResourceId::None) {
-        PortsRefused.push_back({settings, result, 0});
-        return false;
-    }
-    Doc.SetReconnect(resource, Plan.reconnect);
-    for (const std::string& path : definitions)
-        Setup.AddDefinition(path, resource);
-    for (LoadedPackage& loaded : packages)
-        Setup.AddPackage(std::move(loaded), resource, port.instruments.packageSettings);
-    return true;
+    if (resource == ResourceId::None)
+        PortsRefused.push_back({settings, result});
+    else
+        Doc.SetReconnect(resource, Plan.reconnect);
+    return resource;
+}
+
+std::string CLogRun::Directory() const {
+    CRecursiveLock lock(Doc.DocLock);
+    return Doc.Naming.logDirectory;
+}
+
+bool CLogRun::WantsPosition() const {
+    CRecursiveLock lock(Doc.DocLock);
+    return Doc.Options.gpsHeaderEnabled;
 }
 
 bool CLogRun::HasInstruments() const {
     for (const ResourceStatus& resource : Doc.Snapshot().resources)
-        if (!resource.instruments.empty())
+        if (!resource.isFile && !resource.instruments.empty())
             return true;
     return false;
 }
 
 bool CLogRun::Connect() {
-    bool any = Plan.reconnect;
+    bool any = false;
     for (const ResourceStatus& resource : Doc.Snapshot().resources) {
+        if (resource.isFile) // what a log holds already is not logged again
+            continue;
         const CommResult result = Doc.ConnectResource(resource.id);
         if (result == CommResult::Success) {
             any = true;
             continue;
         }
         const SessionSnapshot now = Doc.Snapshot();
+        const ResourceStatus& refused = *now.Find(resource.id);
+        any = any || refused.reconnects;
         PortsRefused.push_back(
-            {resource.serial, result, now.Find(resource.id)->figures.connectError});
+            {refused.serial, result, refused.figures.connectError, refused.reconnects});
     }
     return any;
 }
@@ -161,7 +165,7 @@ CLogRun::State CLogRun::Look() const {
     if (!snapshot.log.loggingActive)
         return State::Done;
     for (const ResourceStatus& resource : snapshot.resources)
-        if (resource.figures.connected || Plan.reconnect)
+        if (resource.figures.connected || resource.reconnects)
             return State::Going;
     return State::NoPort;
 }

@@ -6,47 +6,32 @@
 #pragma once
 
 #include "session/AcquisitionLoop.h"
-#include "session/SessionSetup.h"
+#include "session/LogPlan.h"
 
 #include <string>
 #include <vector>
 
 namespace qor {
 
-/// A port and the instruments on it.
-struct PortPlan {
-    SerialResourceSettings settings;
-    bool baudGiven = false; ///< else a package's own speed holds
-    InstrumentSelection instruments;
-};
-
-struct LogRunPlan {
-    std::vector<PortPlan> ports;
-    InstrumentSelection names; ///< roles and immersion, over all ports
-    std::string directory = ".";
-    std::string name;                ///< of the log; empty: the time of its beginning
-    std::string sessionLogDirectory; ///< empty: that of the logs
-    LogOptions log;
-    StationInformation station;
-    bool reconnect = false; ///< ports that are lost, or not there yet, are tried until the end
-    bool strict = false;    ///< nothing is logged with a definition that was repaired
-    bool partly = false;    ///< start although some definition or member cannot be used
-};
-
 /// A port that could not be had.
 struct PortRefusal {
     SerialResourceSettings settings;
     CommResult result = CommResult::Success;
     SystemError systemError = 0; ///< 0: none is known
+    bool triedAgain = false;
 };
 
 class CLogRun {
   public:
     CLogRun(CQorViewDoc& doc, LogRunPlan plan);
 
-    /// Fills the document. What could not be used is in Set and PortRefusals. False when a
-    /// port was refused.
+    /// Fills the document. What could not be used is in Set and PortRefusals. False when a port was
+    /// refused, or the session as a whole (see SessionFault).
     bool SetUp();
+    const std::string& SessionRefusal() const { return Refused; }
+    /// As the session and the call have it, once it is set up.
+    std::string Directory() const;
+    bool WantsPosition() const;
     /// Whether there is anything to log.
     bool HasInstruments() const;
     /// Connects every port. True when at least one is connected or will be tried again.
@@ -75,13 +60,16 @@ class CLogRun {
     bool Failed() const { return Doc.RawLog.Status().runFailed; }
 
   private:
-    bool SetUpPort(const PortPlan& port);
+    void SetUpPort(const PortPlan& port);
+    ResourceId AddPort(const PortPlan& port, std::vector<LoadedPackage>& packages,
+                       std::vector<std::string>& definitions);
     void Note(const Event& event);
 
     CQorViewDoc& Doc;
     CSessionSetup Setup;
     CAcquisitionLoop Loop;
     const LogRunPlan Plan;
+    std::string Refused;
     std::vector<PortRefusal> PortsRefused;
     CFrameQueue Held;         ///< frames that came while the position was waited for
     mutable CMutex EventLock; ///< a leaf

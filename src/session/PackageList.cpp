@@ -6,6 +6,7 @@
 #include "base/Text.h"
 #include "session/FileKind.h"
 #include "session/QorViewDoc.h"
+#include "session/SessionFields.h"
 
 #include <algorithm>
 
@@ -26,8 +27,7 @@ bool CPackageList::RefuseInCalibrationMode() {
         refuse = Doc.CalibrationMode;
     }
     if (refuse)
-        Doc.User.ShowMessage(
-            "The Instrument Package List cannot be modified while in Calibration Mode.");
+        Doc.User.ShowMessage(LockedText);
     return refuse;
 }
 
@@ -51,7 +51,7 @@ PackageId CPackageList::AddPackage(LoadedPackage loaded, ResourceId resource,
         Doc.Report(member.instrument->ParseLog());
         const AddedInstrument added = Doc.AddInstrument(std::move(member.instrument), resource);
         if (added.Added())
-            package->Instruments.push_back(added.name);
+            package->Add(member.name, added.name);
         else if (refused)
             refused->push_back({member.name, added.comm});
     }
@@ -109,6 +109,32 @@ bool CPackageList::RemovePackage(PackageId package) {
             static_cast<void>(Doc.RemoveInstrument(member)); // reported
     Doc.RebuildOwners();
     return true;
+}
+
+std::string CPackageList::ChangeSettings(PackageId package, const PackageSettings& settings) {
+    if (RefuseInCalibrationMode())
+        return LockedText;
+    struct {
+        const char* what;
+        double value;
+        Range range;
+    } const numbers[] = {
+        {"default salinity", settings.DefaultSalinity, SalinityRange},
+        {"saturation irradiance", settings.SaturationIrradiance, IrradianceRange},
+        {"attenuation window", settings.AttenuationWindow, WindowRange},
+    };
+    for (const auto& [what, value, range] : numbers)
+        if (!(value >= range.least && value <= range.greatest))
+            return Format("The %s is not in %s to %s.", what, ShortestNumber(range.least).c_str(),
+                          ShortestNumber(range.greatest).c_str());
+    CRecursiveLock lock(Doc.DocLock);
+    CPackage* found = Doc.Find(package);
+    if (!found)
+        return "There is no such package in the session any more.";
+    found->Settings = settings;
+    found->Products = CPackageRows(found->Live, settings, Doc.Derived);
+    Doc.NoteChange();
+    return {};
 }
 
 PackageId CPackageList::PackageOf(std::string_view instrument) const {

@@ -46,11 +46,18 @@ class CPackageList {
     /// Asks, and on a yes removes the package and its instruments. False when it was not removed.
     bool RemovePackage(PackageId package);
 
+    /// Settings of a package; its products begin anew. What is wrong, or empty.
+    std::string ChangeSettings(PackageId package, const PackageSettings& settings);
+
     /// The package that an instrument belongs to, or None.
     PackageId PackageOf(std::string_view instrument) const;
 
     /// The first package of a name, or None.
     PackageId Named(std::string_view name) const;
+
+    /// What the operator is told while the list is locked.
+    static constexpr const char* LockedText =
+        "The Instrument Package List cannot be modified while in Calibration Mode.";
 
     /// Refuses, and tells the operator so, while the session is in calibration mode.
     bool RefuseInCalibrationMode();

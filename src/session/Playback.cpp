@@ -5,6 +5,7 @@
 
 #include "base/Text.h"
 #include "platform/FileErrorText.h"
+#include "session/SessionOpener.h"
 #include "telemetry/RawLogReader.h"
 
 namespace qor {
@@ -39,6 +40,10 @@ bool CPlayback::Open(const std::string& path, const InstrumentSelection& selecti
     {
         CRecursiveLock lock(Doc.DocLock);
         Doc.Derived = selection.derived;
+    }
+    if (selection.session) {
+        KeptSession none;
+        CSessionOpener(Doc, Setup, none).OpenOn(Resource, *selection.session);
     }
     Setup.AddAll(selection, Resource);
     Setup.ApplyNames(selection);

@@ -58,6 +58,7 @@ std::optional<PortText> ParsePort(std::string_view text) {
         settings.dataBits = format->dataBits;
         settings.parity = format->parity;
         settings.stopBits = format->stopBits;
+        port.formatGiven = true;
         last = TakeLastPart(name);
     } else if (ResemblesLineFormat(last)) {
         return std::nullopt;

@@ -30,6 +30,7 @@ std::string LineFormatText(const LineFormat& format);
 struct PortText {
     SerialResourceSettings settings;
     bool baudGiven = false;
+    bool formatGiven = false;
 };
 std::optional<PortText> ParsePort(std::string_view text);
 /// BAUD:8N1 of the settings.

@@ -22,7 +22,8 @@ constexpr const char* LoggingSoundsKey = "Logging Sounds";
 CQorViewDoc::CQorViewDoc(CClock& clock, SerialPortFactory makePort, CUserService& user,
                          CProfileStore& profile)
     : SessionState(clock, user, profile), History(*this), SessionLog(*this), RawLog(*this, *this),
-      Acquisition(*this, History, RawLog, SessionLog), Packages(*this), Ports(*this, *this) {
+      Acquisition(*this, History, RawLog, SessionLog), Sources(*this), Instruments(*this),
+      Packages(*this), Ports(*this, *this), Starter(*this), Session(*this) {
     AttachController(std::make_unique<CTelemControl>(clock, std::move(makePort)));
     Acquisition.Use(*Controller());
 }
@@ -78,6 +79,7 @@ ResourceId CQorViewDoc::AddSerialResource(const SerialResourceSettings& settings
         return ResourceId::None;
     const auto id = static_cast<ResourceId>(++LastResource);
     Resources.push_back(std::make_unique<CQorViewRes>(id, *comm, settings));
+    NoteChange();
     return id;
 }
 
@@ -87,6 +89,9 @@ ResourceId CQorViewDoc::AddFileResource(const std::string& path,
     CFile file;
     FileCause cause = file.OpenForReading(path);
     CommResult added = CommResult::FileError;
+    std::uint64_t size = 0;
+    if (cause != FileCause::None || IsDevice(path) || file.Size(size) != FileCause::None)
+        size = 0;
     if (cause == FileCause::None)
         added = Controller()->AddResource(settings, std::move(file));
     else
@@ -101,10 +106,25 @@ ResourceId CQorViewDoc::AddFileResource(const std::string& path,
         return ResourceId::None;
     const auto id = static_cast<ResourceId>(++LastResource);
     Resources.push_back(std::make_unique<CQorViewRes>(id, *Controller()->Resource(name), settings));
+    Resources.back()->FileSize = size;
+    NoteChange();
     return id;
 }
 
+/// Whether a resource holds instruments that calibration mode keeps where they are.
+bool CQorViewDoc::RefusesRemovalOf(ResourceId resource) {
+    {
+        CRecursiveLock lock(DocLock);
+        const CQorViewRes* found = Find(resource);
+        if (!found || found->Instruments.empty())
+            return false;
+    }
+    return Packages.RefuseInCalibrationMode();
+}
+
 CommResult CQorViewDoc::RemoveResource(ResourceId resource) {
+    if (RefusesRemovalOf(resource))
+        return CommResult::ResourceReference;
     CLock ports(PortsLock);
     CommResult disconnected = Disconnect(resource);
     if (disconnected == CommResult::ResourceReference || disconnected == CommResult::StillConnected)
@@ -127,12 +147,15 @@ CommResult CQorViewDoc::RemoveResource(ResourceId resource) {
 }
 
 AddedInstrument CQorViewDoc::AddInstrument(const std::string& definitionPath, ResourceId resource) {
+    AddedInstrument added;
+    added.locked = Packages.RefuseInCalibrationMode();
+    if (added.locked)
+        return added;
     auto definition = std::make_unique<CInstrument>();
     DefinitionStatus status = definition->Load(definitionPath);
     const std::string parseLog = definition->ParseLog();
     if (!parseLog.empty())
         ReportMessage(parseLog);
-    AddedInstrument added;
     if (status == DefinitionStatus::Success)
         added = AddInstrument(std::move(definition), resource);
     added.definition = status;
@@ -146,7 +169,11 @@ AddedInstrument CQorViewDoc::AddInstrument(std::unique_ptr<CInstrument> definiti
     added.definition = DefinitionStatus::Success;
     added.parseLog = definition->ParseLog();
     added.name = definition->Name();
+    added.locked = Packages.RefuseInCalibrationMode();
+    if (added.locked)
+        return added;
     const std::string& name = added.name;
+    const InstrumentDefaults defaults = Instruments.DefaultsOf(name);
 
     CRecursiveLock lock(DocLock);
     CQorViewRes* owner = Find(resource);
@@ -172,10 +199,14 @@ AddedInstrument CQorViewDoc::AddInstrument(std::unique_ptr<CInstrument> definiti
     owner->Instruments.push_back(std::make_unique<CQorViewIns>(*loaded, id, owner->Name(), *this));
     added.id = id;
     RebuildOwners();
+    if (const std::string fault = Instruments.ChangeSettings(id, defaults); !fault.empty())
+        ReportMessage(Instruments.DefaultsPath + ": " + fault + "\r\n");
     return added;
 }
 
 CommResult CQorViewDoc::RemoveInstrument(InstrumentId instrument) {
+    if (Packages.RefuseInCalibrationMode())
+        return CommResult::InstrumentReference;
     CRecursiveLock lock(DocLock);
     const FrameOwner* owner = OwnerOf(instrument);
     if (!owner) {
@@ -213,6 +244,7 @@ void CQorViewDoc::SetReconnect(ResourceId resource, bool on) {
     CRecursiveLock lock(DocLock);
     if (CQorViewRes* found = Find(resource))
         found->Reconnect = on;
+    NoteChange();
 }
 
 CommResult CQorViewDoc::DisconnectResource(ResourceId resource) {
@@ -268,8 +300,10 @@ CommResult CQorViewDoc::ResetAbort(ResourceId resource, std::uint32_t& abortCode
     return Controller()->AbortCode(found->Name(), abortCode);
 }
 
-void CQorViewDoc::SetRole(InstrumentRole role, InstrumentId instrument) {
+std::string CQorViewDoc::SetRole(InstrumentRole role, InstrumentId instrument) {
     CRecursiveLock lock(DocLock);
+    if (instrument != InstrumentId::None && !OwnerOf(instrument))
+        return "There is no such instrument in the session any more.";
     InstrumentId& holder = Roles[static_cast<std::size_t>(role)];
     const auto setUntagged = [this, role, &holder](bool untagged) REQUIRES(DocLock) {
         const FrameOwner* owner = OwnerOf(holder);
@@ -279,6 +313,8 @@ void CQorViewDoc::SetRole(InstrumentRole role, InstrumentId instrument) {
     setUntagged(false);
     holder = instrument;
     setUntagged(true);
+    NoteChange();
+    return {};
 }
 
 InstrumentId CQorViewDoc::FindInstrument(std::string_view name) const {
@@ -287,6 +323,14 @@ InstrumentId CQorViewDoc::FindInstrument(std::string_view name) const {
         if (const CQorViewIns* found = resource->Instrument(name))
             return found->Id;
     return InstrumentId::None;
+}
+
+ResourceId CQorViewDoc::FindResource(std::string_view name) const {
+    CRecursiveLock lock(DocLock);
+    for (const auto& resource : Resources)
+        if (resource->Name() == name)
+            return resource->Id;
+    return ResourceId::None;
 }
 
 int CQorViewDoc::SetImmersed(std::string_view name, bool immersed) {
@@ -298,6 +342,7 @@ int CQorViewDoc::SetImmersed(std::string_view name, bool immersed) {
                 instrument->Live.Immersed = immersed;
                 ++count;
             }
+    NoteChange();
     return count;
 }
 
@@ -315,6 +360,10 @@ ResourceStatus CQorViewDoc::StatusOf(const CQorViewRes& resource) const {
     status.name = resource.Name();
     status.isFile = resource.IsFile();
     status.playing = resource.Playing;
+    status.playSpeed = resource.Pace.Times();
+    status.filePosition = resource.Pace.Position();
+    status.fileSize = resource.FileSize;
+    status.fileTime = resource.Pace.Time();
     status.reconnects = resource.Reconnect && resource.Wanted;
     status.serial = resource.Serial;
     status.figures = resource.Comm.Figures();

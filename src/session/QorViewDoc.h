@@ -12,10 +12,14 @@
 
 #include "session/Acquisition.h"
 #include "session/History.h"
+#include "session/InstrumentList.h"
+#include "session/LogStarter.h"
 #include "session/PackageList.h"
 #include "session/PortKeeper.h"
 #include "session/QorTelemetryDoc.h"
 #include "session/RawLog.h"
+#include "session/ResourceList.h"
+#include "session/SessionDocument.h"
 #include "session/SessionLog.h"
 #include "session/SessionSnapshot.h"
 #include "session/SessionState.h"
@@ -30,6 +34,7 @@ struct AddedInstrument {
     DefinitionStatus definition = DefinitionStatus::NoError;
     CommResult comm = CommResult::Success;
     std::string parseLog;
+    bool locked = false; ///< refused because the session is in calibration mode
 
     bool Added() const { return id != InstrumentId::None; }
 };
@@ -46,8 +51,12 @@ class CQorViewDoc : public CQorTelemetryDoc, public SessionState {
     CSessionLog SessionLog;
     CRawLog RawLog;
     CAcquisition Acquisition;
+    CResourceList Sources;
+    CInstrumentList Instruments;
     CPackageList Packages;
     CPortKeeper Ports;
+    CLogStarter Starter;
+    CSessionDocument Session;
 
     /// Begins a session: opens the session log, reports "Beginning new session." or, with a path,
     /// "Beginning session ...".
@@ -57,7 +66,8 @@ class CQorViewDoc : public CQorTelemetryDoc, public SessionState {
     void LoadSettings();
     void SaveSettings();
 
-    // Each failure below has been reported when the call returns.
+    // Each failure below has been reported when the call returns. In calibration mode no instrument
+    // comes or goes; the operator is told.
 
     /// Adds a serial port. None when refused (the code in `result` when given).
     ResourceId AddSerialResource(const SerialResourceSettings& settings,
@@ -85,10 +95,13 @@ class CQorViewDoc : public CQorTelemetryDoc, public SessionState {
     /// Takes back a resource's abort code, so that it may connect again.
     CommResult ResetAbort(ResourceId resource, std::uint32_t& abortCode);
 
-    /// Gives a role to an instrument, or takes it away (None).
-    void SetRole(InstrumentRole role, InstrumentId instrument);
+    /// Gives a role to an instrument, also a package's, or takes it away (None). What is wrong, or
+    /// empty.
+    std::string SetRole(InstrumentRole role, InstrumentId instrument);
     /// The instrument of a name (byte for byte) over all resources, or None.
     InstrumentId FindInstrument(std::string_view name) const;
+    /// The resource of a name, or None.
+    ResourceId FindResource(std::string_view name) const;
     /// Immerses the instrument of that name, or all with an empty name; how many it were.
     int SetImmersed(std::string_view name, bool immersed);
 
@@ -101,6 +114,7 @@ class CQorViewDoc : public CQorTelemetryDoc, public SessionState {
 
   private:
     std::string NameOf(ResourceId resource) const;
+    bool RefusesRemovalOf(ResourceId resource);
     CommResult Disconnect(ResourceId resource) REQUIRES(PortsLock);
     CommResult NoResource(const char* operation);
     ResourceStatus StatusOf(const CQorViewRes& resource) const REQUIRES(DocLock);

@@ -14,6 +14,17 @@ CQorViewIns::CQorViewIns(const CInstrument& definition, InstrumentId id, std::st
     Live.FrameRate = NominalFrameRate(definition, sink);
 }
 
+void CQorViewIns::TakeOver(const CQorViewIns& before) {
+    Live.Immersed = before.Live.Immersed;
+    LoggingEnabled = before.LoggingEnabled;
+    AcquisitionEnabled = before.AcquisitionEnabled;
+    Title = before.Title;
+    SlotLog = before.SlotLog;
+    Slot = before.Slot;
+    FramesReceived = before.FramesReceived;
+    Checks.TakeOver(before.Checks);
+}
+
 FrameCheckResult CQorViewIns::Process(CFrameData& frame) {
     FrameCheckResult result = Checks.Check(frame.Span());
     Live.Take(frame);

@@ -28,10 +28,14 @@ class CQorViewIns {
     /// one.
     FrameCheckResult Process(CFrameData& frame);
 
+    /// What belongs to the instrument and not to its attachment: settings, counts.
+    void TakeOver(const CQorViewIns& before);
+
     const InstrumentId Id;
     CLiveInstrument Live;
     const CInstrumentRows Products; ///< those that the instrument has by itself
     bool LoggingEnabled = true;
+    bool AcquisitionEnabled = true; ///< its frames are looked for
     // Where the raw log counts its frames.
     std::uint32_t SlotLog = 0, Slot = 0;
     std::uint64_t FramesReceived = 0;

@@ -6,6 +6,7 @@
 #pragma once
 
 #include "session/QorViewIns.h"
+#include "session/ReplayPace.h"
 #include "telemetry/TelemComm.h"
 
 #include <memory>
@@ -30,7 +31,9 @@ class CQorViewRes {
     SerialResourceSettings Serial; ///< of a serial port
     FileResourceSettings Playback; ///< of a file
     std::vector<std::unique_ptr<CQorViewIns>> Instruments;
-    bool Playing = false;   ///< a file that the acquisition loop reads on
+    bool Playing = false; ///< a file that the acquisition loop reads on
+    CReplayPace Pace;     ///< at which it does
+    std::uint64_t FileSize = 0;
     bool Reconnect = false; ///< a port that was lost is tried again
     bool Wanted = false;    ///< a port that is to be connected
     std::uint64_t FramesReceived = 0;

@@ -7,6 +7,7 @@
 #include "base/Text.h"
 #include "platform/FileErrorText.h"
 #include "session/LogHeader.h"
+#include "session/SpanText.h"
 #include "telemetry/RawLogFormat.h"
 
 #include <limits>
@@ -52,7 +53,7 @@ std::string CRawLog::SetNaming(const LogNaming& naming) {
     CRecursiveLock lock(Session.DocLock);
     Session.Naming = naming;
     Session.Naming.logNameReady = Session.Naming.logNamePrompted = false;
-    ViewsUpdate = true;
+    RaiseViewsUpdate();
     return {};
 }
 
@@ -63,16 +64,23 @@ std::string CRawLog::SetStation(const StationInformation& station) {
     Session.Station = station;
     if (Session.Naming.logNamingMode == LogNamingMode::AutoCast)
         Session.Naming.logNameReady = Session.Naming.logNamePrompted = false;
-    ViewsUpdate = true;
+    RaiseViewsUpdate();
     return {};
 }
 
-void CRawLog::SetOptions(const LogOptions& options) {
+void CRawLog::RaiseViewsUpdate() {
+    ViewsUpdate = true;
+    Session.NoteChange();
+}
+
+std::string CRawLog::SetOptions(const LogOptions& options) {
+    if (std::string fault = OptionsFault(options); !fault.empty())
+        return fault;
     CRecursiveLock lock(Session.DocLock);
     Session.Options = options;
-    ViewsUpdate = true;
+    RaiseViewsUpdate();
     if (!State.loggingActive)
-        return;
+        return {};
     State.intervalRun = options.durationEnabled && options.repeatEnabled;
     if (State.logOpen && options.durationEnabled) {
         State.logEndTime = State.logStartTime;
@@ -81,6 +89,7 @@ void CRawLog::SetOptions(const LogOptions& options) {
     }
     if (State.waitingForNextLog && !options.repeatEnabled)
         EndRun();
+    return {};
 }
 
 bool CRawLog::BuildLogFileName() {
@@ -125,7 +134,7 @@ bool CRawLog::MayReplace(const std::string& path) {
     bool mayAsk, consent;
     {
         CRecursiveLock lock(Session.DocLock);
-        ViewsUpdate = true;
+        RaiseViewsUpdate();
         mayAsk = !Session.NoDialogs;
         consent = Session.Options.overwriteExisting && !PathsOfRun.contains(path);
     }
@@ -175,14 +184,14 @@ bool CRawLog::ClaimStart(StartedBy starter) {
 }
 
 bool CRawLog::ConfirmOverride() {
-    std::string displayName;
+    LogQuestion question;
     {
         CRecursiveLock lock(Session.DocLock);
         if (OverrideChosen || Session.NoDialogs)
             return true;
-        displayName = Session.Naming.logFileDisplayName;
+        question = {Session.Naming.logFileDisplayName, Session.Station};
     }
-    bool confirmed = Session.User.ConfirmLog(displayName);
+    const bool confirmed = Session.User.ConfirmLog(question) == LogAnswer::LogAsShown;
     CRecursiveLock lock(Session.DocLock);
     OverrideChosen = confirmed;
     if (!confirmed)
@@ -296,7 +305,7 @@ void CRawLog::StartLog() {
     Slots = 0;
     FaultyOffered = UnstoredSaid = 0;
     StallSaid = false;
-    ViewsUpdate = true;
+    RaiseViewsUpdate();
     Sync.Watch(Stage.OpenFile());
 }
 
@@ -356,7 +365,7 @@ void CRawLog::AfterEnd(const EndingLog& ending) {
     Messages.Raise(
         {EventKind::LogEnded, ending.path, "End log file: \"" + ending.path + "\".\r\n"});
     PendingAsterisk = PendingAsterisk || Session.Options.loggingSounds;
-    ViewsUpdate = true;
+    RaiseViewsUpdate();
     if (!Session.Options.repeatEnabled || ending.abort) {
         EndRun();
         return;
@@ -371,7 +380,7 @@ void CRawLog::AfterEnd(const EndingLog& ending) {
 void CRawLog::EndRun() {
     State.intervalRun = State.loggingActive = State.waitingForNextLog = false;
     OverrideChosen = false;
-    ViewsUpdate = true;
+    RaiseViewsUpdate();
 }
 
 void CRawLog::ProtectLogFile(const std::string& path) {
@@ -383,6 +392,14 @@ void CRawLog::ProtectLogFile(const std::string& path) {
     FileCause cause = SetReadOnly(path, true);
     if (cause != FileCause::None)
         AddPending(FileErrorMessage("while accessing the log file", path, cause));
+}
+
+void CRawLog::AbandonRun() {
+    {
+        CRecursiveLock lock(Session.DocLock);
+        State.runFailed = true;
+    }
+    EndLogFile(true);
 }
 
 void CRawLog::OnLogTick() {

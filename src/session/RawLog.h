@@ -46,9 +46,9 @@ class CRawLog {
     std::string SetNaming(const LogNaming& naming);
     /// Replaces the station information; a name that was made of it is built anew. As SetNaming.
     std::string SetStation(const StationInformation& station);
-    /// Replaces the options. A duration that is switched on or changed counts from the start of the
-    /// log that is open; a repeat that is switched off ends the run with it.
-    void SetOptions(const LogOptions& options);
+    /// Replaces the options; as SetNaming. A duration that is switched on or changed counts from
+    /// the start of the log that is open; a repeat that is switched off ends the run with it.
+    std::string SetOptions(const LogOptions& options);
     /// Prepares the name of the next log; asks when it would replace a file. False: no usable name.
     bool BuildLogFileName();
     /// Begins a log; on failure the operator was told why, and nothing is open. Why a name is
@@ -57,6 +57,9 @@ class CRawLog {
     /// Ends the log (`abort`: and the run) and waits until the disk has taken it. False when there
     /// is none to end.
     bool EndLogFile(bool abort);
+    /// Ends the run, open log or none, as one that failed; a program that ends when its log is done
+    /// ends with it.
+    void AbandonRun();
     /// Once a second: elapsed time, time stamp, begin and end by the timers, view updates.
     void OnLogTick();
 
@@ -96,6 +99,7 @@ class CRawLog {
         bool abort;
     };
 
+    void RaiseViewsUpdate() REQUIRES(Session.DocLock);
     bool Begin(StartedBy starter);
     void SayNotBegun(const char* why) REQUIRES(Session.DocLock);
     bool MayReplace(const std::string& path);

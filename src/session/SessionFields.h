@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// What reader and writer of session files share: names of members, where their values stand in the
-// records, and the bounds of numbers. In the order of writing.
+// What reader and writer of session files, and what takes the same figures from forms, share: names
+// of members, where their values stand in the records, and the bounds of numbers. In the order of
+// writing.
 #pragma once
 
 #include "session/SessionRecord.h"
@@ -17,6 +18,9 @@ struct Range {
 inline constexpr Range BaudRange = {1, 12'000'000};
 inline constexpr Range SequenceRange = {0, 999};
 inline constexpr Range TareRange = {-12'000, 12'000}; // dbar
+inline constexpr Range SalinityRange = {0, 50};
+inline constexpr Range IrradianceRange = {0, 100'000};
+inline constexpr Range WindowRange = {0.001, 12'000}; // dbar
 
 struct InstrumentFlag {
     const char* name;
@@ -38,9 +42,9 @@ struct PackageNumber {
     Range range;
 };
 inline constexpr PackageNumber PackageNumbers[] = {
-    {"default-salinity", &PackageRecord::defaultSalinity, {0, 50}},
-    {"saturation-irradiance", &PackageRecord::saturationIrradiance, {0, 100'000}},
-    {"attenuation-window", &PackageRecord::attenuationWindow, {0.001, 12'000}},
+    {"default-salinity", &PackageRecord::defaultSalinity, SalinityRange},
+    {"saturation-irradiance", &PackageRecord::saturationIrradiance, IrradianceRange},
+    {"attenuation-window", &PackageRecord::attenuationWindow, WindowRange},
 };
 
 struct StationText {

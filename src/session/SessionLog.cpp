@@ -84,7 +84,7 @@ void CSessionLog::OpenSessionLog() {
     {
         CRecursiveLock lock(Session.DocLock);
         directory = Directory;
-        enabled = Enabled;
+        enabled = Enabled && KeepFile;
     }
     // Kept: in an unchanged directory the file stays open, also when it has been switched off.
     if (const std::string open = FilePath(); !open.empty() && DirectoryPart(open) == directory)

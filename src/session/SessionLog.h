@@ -52,6 +52,8 @@ class CSessionLog {
     /// without end.
     std::function<void(const std::string& stamped)> OnEntry;
     bool KeepText = true;
+    /// Off for a caller that looks at sessions and runs none: no file, whatever the settings say.
+    bool KeepFile = true;
 
   private:
     /// Tries the names in turn; returns the text to show to the user, empty when a file is open.

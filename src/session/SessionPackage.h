@@ -8,6 +8,7 @@
 #include "session/Handles.h"
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace qor {
@@ -18,7 +19,13 @@ struct CPackage {
     std::string BaudRate; ///< as its properties have it
     std::string Path;
     std::vector<std::string> Instruments; ///< names, in archive order
+    std::vector<std::string> Members;     ///< the files that they came from, in the same order
     PackageSettings Settings;
+
+    void Add(std::string member, std::string instrument) {
+        Members.push_back(std::move(member));
+        Instruments.push_back(std::move(instrument));
+    }
 
     CPackageRows Products;
     /// Its instruments as the session has them now, in the order of their names; null for one that

@@ -73,4 +73,10 @@ std::string StoredPath(const std::string& folder, const std::string& path) {
     return stored.empty() ? "." : stored;
 }
 
+std::string WithSeparator(std::string folder) {
+    if (!folder.empty() && !IsSeparator(folder.back()))
+        folder += PathSeparator();
+    return folder;
+}
+
 } // namespace qor

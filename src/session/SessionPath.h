@@ -19,4 +19,7 @@ std::string ResolvedPath(const std::string& folder, const std::string& text);
 /// absolute.
 std::string StoredPath(const std::string& folder, const std::string& path);
 
+/// The same folder, with a separator at its end; empty stays empty.
+std::string WithSeparator(std::string folder);
+
 } // namespace qor

@@ -31,6 +31,8 @@ struct InstrumentRecord {
     std::optional<bool> checkSum;
     std::optional<bool> beep; ///< on a check's error
     JsonValue unknown = JsonValue::Object();
+
+    bool operator==(const InstrumentRecord&) const = default;
 };
 
 struct PackageRecord {

@@ -7,8 +7,15 @@
 #include "instrument/DefinitionVerdict.h"
 #include "session/FileKind.h"
 
+#include <algorithm>
+#include <limits>
+
 namespace qor {
 namespace {
+
+// Decided: what waits is bounded by its memory, over all ports of the run; the default of 200
+// frames is outrun by a card that stalls for two seconds or a burst from a converter's buffer.
+constexpr std::uint64_t WaitingBytes = 64U << 20;
 
 std::string CodeText(std::uint32_t code) {
     return Format("0x%08x", static_cast<unsigned>(code));
@@ -20,6 +27,12 @@ std::string WhyNotAttached(CommResult result) {
 }
 
 } // namespace
+
+SerialResourceSettings RunPort(SerialResourceSettings settings, std::size_t ports) {
+    settings.maxFrameDepth = std::numeric_limits<std::int32_t>::max();
+    settings.maxFrameBytes = WaitingBytes / std::max<std::size_t>(ports, 1);
+    return settings;
+}
 
 std::optional<RoleAssignment> ParseRole(std::string_view text) {
     const std::size_t equals = text.rfind('=');
@@ -51,20 +64,23 @@ void CSessionSetup::Judge(const CInstrument& definition, const std::string& subj
             {kind, subject, "it can never give a frame: " + verdict.noFrames, true});
 }
 
-void CSessionSetup::AddDefinition(const std::string& path, ResourceId resource) {
+InstrumentId CSessionSetup::AddDefinition(const std::string& path, ResourceId resource) {
     const AddedInstrument added = Doc.AddInstrument(path, resource);
     if (added.Added()) {
         CRecursiveLock lock(Doc.DocLock);
         Judge(Doc.Find(added.id)->Definition(), path, Refusal::Kind::Definition);
-        return;
+        return added.id;
     }
-    if (added.definition == DefinitionStatus::Success)
+    if (added.locked)
+        Refuse(Refusal::Kind::Definition, path, CPackageList::LockedText);
+    else if (added.definition == DefinitionStatus::Success)
         Refuse(Refusal::Kind::Definition, path, WhyNotAttached(added.comm));
     else
         Refuse(Refusal::Kind::Definition, path,
                "could not be loaded (" + CodeText(static_cast<std::uint32_t>(added.definition)) +
                    "). " + OneLine(added.parseLog),
                true);
+    return InstrumentId::None;
 }
 
 void CSessionSetup::AddFile(const std::string& path, ResourceId resource,
@@ -75,13 +91,13 @@ void CSessionSetup::AddFile(const std::string& path, ResourceId resource,
         AddDefinition(path, resource);
 }
 
-void CSessionSetup::AddPackage(LoadedPackage loaded, ResourceId resource,
-                               const PackageSettings& settings) {
+PackageId CSessionSetup::AddPackage(LoadedPackage loaded, ResourceId resource,
+                                    const PackageSettings& settings) {
     const std::string path = loaded.path;
     if (!loaded.ok) {
         Refuse(Refusal::Kind::Package, path, "no instrument could be loaded from the package.",
                true);
-        return;
+        return PackageId::None;
     }
     for (const FailedMember& member : loaded.failed)
         Refuse(Refusal::Kind::Member, path + "(" + member.name + ")",
@@ -93,9 +109,11 @@ void CSessionSetup::AddPackage(LoadedPackage loaded, ResourceId resource,
     for (const PackageMember& member : loaded.members)
         Judge(*member.instrument, path + "(" + member.name + ")", Refusal::Kind::Member);
     std::vector<RefusedMember> members;
-    Doc.Packages.AddPackage(std::move(loaded), resource, settings, &members);
+    const PackageId added =
+        Doc.Packages.AddPackage(std::move(loaded), resource, settings, &members);
     for (const RefusedMember& member : members)
         Refuse(Refusal::Kind::Member, path + "(" + member.name + ")", WhyNotAttached(member.comm));
+    return added;
 }
 
 void CSessionSetup::AddAll(const InstrumentSelection& selection, ResourceId resource) {

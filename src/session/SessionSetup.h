@@ -6,6 +6,8 @@
 #pragma once
 
 #include "session/QorViewDoc.h"
+#include "session/Refusal.h"
+#include "session/SessionRecord.h"
 
 #include <optional>
 #include <string>
@@ -13,15 +15,6 @@
 #include <vector>
 
 namespace qor {
-
-/// Something named that could not be used, and why, in one line.
-struct Refusal {
-    enum class Kind { Definition, Package, Member, Name };
-    Kind kind;
-    std::string subject; ///< the file, the member in its package, or the name
-    std::string reason;
-    bool hasParseLog = false; ///< checking the file says more
-};
 
 /// A role for an instrument by its name.
 struct RoleAssignment {
@@ -40,16 +33,23 @@ struct InstrumentSelection {
     std::vector<RoleAssignment> roles;
     PackageSettings packageSettings; ///< of every package
     DerivedChoice derived = DerivedChoice::Usual; ///< of every package that a log is played with
+    /// Whose instruments, roles and immersion join these, where a log is played.
+    std::optional<SessionRecord> session;
 
-    bool Empty() const { return definitions.empty() && packages.empty(); }
+    bool Empty() const { return definitions.empty() && packages.empty() && !session; }
 };
+
+/// The settings of a port for a run of so many ports: frames wait for a session that is held up.
+SerialResourceSettings RunPort(SerialResourceSettings settings, std::size_t ports);
 
 class CSessionSetup {
   public:
     explicit CSessionSetup(CQorViewDoc& doc) : Doc(doc) {}
 
-    void AddDefinition(const std::string& path, ResourceId resource);
-    void AddPackage(LoadedPackage loaded, ResourceId resource, const PackageSettings& settings);
+    /// Give the handle of what was added, or None.
+    InstrumentId AddDefinition(const std::string& path, ResourceId resource);
+    PackageId AddPackage(LoadedPackage loaded, ResourceId resource,
+                         const PackageSettings& settings);
     /// The files that a call names, definitions and packages in their order; a file of either kind
     /// may stand in either list.
     void AddAll(const InstrumentSelection& selection, ResourceId resource);
@@ -57,6 +57,9 @@ class CSessionSetup {
     void ApplyNames(const InstrumentSelection& selection);
     /// Whether a raw log of all instruments could be taken apart again; once they are complete.
     void JudgeReplay();
+
+    void Refuse(Refusal::Kind kind, std::string subject, std::string reason,
+                bool hasParseLog = false);
 
     /// In the order in which they came.
     const std::vector<Refusal>& Refusals() const { return Refused; }
@@ -70,8 +73,6 @@ class CSessionSetup {
   private:
     void AddFile(const std::string& path, ResourceId resource, const PackageSettings& settings);
     void Judge(const CInstrument& definition, const std::string& subject, Refusal::Kind kind);
-    void Refuse(Refusal::Kind kind, std::string subject, std::string reason,
-                bool hasParseLog = false);
 
     CQorViewDoc& Doc;
     std::vector<Refusal> Refused, Warned, Frameless, Tangled;

@@ -30,8 +30,12 @@ struct ResourceStatus {
     std::string name;
     bool isFile = false;
     bool playing = false;
-    bool reconnects = false;       ///< is tried again when it is lost
-    SerialResourceSettings serial; ///< of a port
+    double playSpeed = 0;           ///< times as recorded; 0: as fast as it goes
+    std::uint64_t filePosition = 0; ///< of a file: behind the frame that was played last
+    std::uint64_t fileSize = 0;     ///< 0: it has none that is known
+    FrameTime fileTime;             ///< of that frame, as recorded
+    bool reconnects = false;        ///< is tried again when it is lost
+    SerialResourceSettings serial;  ///< of a port
     ResourceFigures figures;
     std::vector<InstrumentFigures> instruments;
     std::uint64_t frames = 0;

@@ -34,8 +34,14 @@ CPackage* SessionState::Find(PackageId id) const {
     return found == PackageTable.end() ? nullptr : found->get();
 }
 
+void SessionState::NoteChange() {
+    if (!ChangeRaised.exchange(true) && OnChange)
+        OnChange();
+}
+
 void SessionState::RebuildOwners() {
     ++OwnersVersion;
+    NoteChange();
     struct Attachment {
         std::uint32_t identity;
         FrameOwner owner;

@@ -13,9 +13,11 @@
 #include "session/ProfileStore.h"
 #include "session/QorViewRes.h"
 #include "session/SessionPackage.h"
+#include "session/StationInformation.h"
 #include "session/UserService.h"
 
 #include <array>
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -23,18 +25,6 @@
 #include <vector>
 
 namespace qor {
-
-/// Entered in the station dialog and stored with the session; goes into the raw log's header.
-struct StationInformation {
-    std::string cruiseId;
-    std::string operatorName;
-    std::string latitude;
-    std::string longitude;
-    std::string zone;
-    std::string comment;
-    std::string stationId;
-    std::string cast; ///< two letters in AUTOCAST mode
-};
 
 /// Hours, minutes and seconds as the log options dialog has them.
 struct LogSpan {
@@ -128,6 +118,14 @@ struct SessionState {
     CQorViewRes* Find(ResourceId id) const REQUIRES(DocLock);
     CPackage* Find(PackageId id) const REQUIRES(DocLock);
 
+    /// Something that faces show has changed. From any thread, under any lock.
+    void NoteChange();
+    /// Takes the notice, so that the next change gives another, before the state is looked at.
+    void TakeChange() { ChangeRaised = false; }
+    /// Hears that there are changes, once until they are taken, from any thread and under any lock:
+    /// may only post. Set before anything runs.
+    std::function<void()> OnChange;
+
     /// Looks up the owners of all attachments anew and lets the packages know their instruments;
     /// after any change of resources, instruments or packages.
     void RebuildOwners() REQUIRES(DocLock);
@@ -142,6 +140,7 @@ struct SessionState {
     }
 
   private:
+    std::atomic<bool> ChangeRaised = false;
     std::vector<FrameOwner> Owners GUARDED_BY(DocLock); ///< by identity, from FirstIdentity on
     std::uint32_t FirstIdentity GUARDED_BY(DocLock) = 0;
 };

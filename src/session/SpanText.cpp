@@ -9,6 +9,8 @@ namespace qor {
 
 namespace {
 
+constexpr std::int32_t MostHours = 999'999; // six digits, as a session file holds them
+
 /// The parts between colons, from the right; how many there are, at most four.
 int SplitFromRight(std::string_view text, std::string_view (&parts)[4]) {
     int count = 0;
@@ -60,6 +62,18 @@ std::optional<LogSpan> ParseFullSpan(std::string_view text) {
 std::string SpanText(const LogSpan& span) {
     const long long seconds = span.Seconds();
     return Format("%02lld:%02lld:%02lld", seconds / 3600, seconds / 60 % 60, seconds % 60);
+}
+
+std::string OptionsFault(const LogOptions& options) {
+    const auto usable = [](const LogSpan& span) {
+        return span.hours >= 0 && span.minutes >= 0 && span.seconds >= 0 && span.Seconds() > 0 &&
+               span.hours <= MostHours;
+    };
+    if (options.durationEnabled && !usable(options.duration))
+        return "The length of a log is not more than zero and below a million hours.";
+    if (options.repeatEnabled && !usable(options.repeatInterval))
+        return "The pause between logs is not more than zero and below a million hours.";
+    return {};
 }
 
 } // namespace qor

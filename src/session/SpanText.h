@@ -19,6 +19,9 @@ std::optional<LogSpan> ParseSpan(std::string_view text);
 /// when malformed or zero.
 std::optional<LogSpan> ParseFullSpan(std::string_view text);
 
+/// What is wrong with the spans that log options ask for, as one sentence, or empty.
+std::string OptionsFault(const LogOptions& options);
+
 /// HH:MM:SS with minutes and seconds below 60, whatever the span's own parts are.
 std::string SpanText(const LogSpan& span);
 

@@ -4,11 +4,24 @@
 // line writes to standard error and never asks, tests are scripted.
 #pragma once
 
+#include "session/StationInformation.h"
+
 #include <string>
 
 namespace qor {
 
 enum class BeepKind { Default, Asterisk };
+
+/// What the operator sees before a log begins.
+struct LogQuestion {
+    std::string displayName; ///< of the next file
+    StationInformation station;
+};
+enum class LogAnswer {
+    LogAsShown,
+    ChangeFirst, ///< the log does not begin; whoever asked lets the name or station be changed
+    Cancel,
+};
 
 /// Showing, beeping and asking to close may come from any thread, under no lock, and return at
 /// once: an implementation posts or queues. Only questions wait for the operator; they never come
@@ -24,9 +37,8 @@ class CUserService {
     /// Takes back every question that is being asked: it is answered with no. Questions that come
     /// afterwards are answered so too. For the end of a loop or a document.
     virtual void CancelQuestions() {}
-    /// Before a log begins: shows the next file's name and the station information. True: log as
-    /// shown; false: do not begin.
-    virtual bool ConfirmLog(const std::string& displayName) = 0;
+    /// Before the first log of a run begins.
+    virtual LogAnswer ConfirmLog(const LogQuestion& question) = 0;
     /// Asks the program to end.
     virtual void RequestClose() = 0;
 };

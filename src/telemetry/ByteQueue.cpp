@@ -47,9 +47,9 @@ void CByteQueue::Rewind() {
     }
 }
 
-void CByteQueue::Clear() {
+void CByteQueue::Clear(std::uint64_t offset) {
     Consume(Size());
-    HeadOffset = 0;
+    HeadOffset = offset;
 }
 
 } // namespace qor

@@ -31,8 +31,8 @@ class CByteQueue {
         if (Begin == End)
             Rewind();
     }
-    /// Forgets all bytes; the stream begins anew at offset 0.
-    void Clear();
+    /// Forgets all bytes; the stream begins anew at this offset.
+    void Clear(std::uint64_t offset = 0);
 
   private:
     void Rewind();

@@ -7,6 +7,7 @@
 
 #include "base/Text.h"
 #include "platform/FileErrorText.h"
+#include "telemetry/RawLogFormat.h"
 
 #include <algorithm>
 
@@ -21,6 +22,13 @@ constexpr std::uint32_t DefaultReadSize = 2048;
 /// What one call reads at the most when no frame comes, so that its caller stays responsive.
 constexpr std::uint64_t BytesPerCall = 16u << 20;
 
+bool IsHeaderRecord(CFile& file, std::uint64_t offset) {
+    std::uint8_t start[HeaderRecordStart.size()];
+    std::size_t got = 0;
+    return file.SeekTo(offset) == FileCause::None && file.Read(start, got) == FileCause::None &&
+           AsText({start, got}) == HeaderRecordStart;
+}
+
 } // namespace
 
 void CFilePlayer::Load(CFile file, std::uint32_t readChunkSize) {
@@ -29,6 +37,32 @@ void CFilePlayer::Load(CFile file, std::uint32_t readChunkSize) {
     Piece = readChunkSize == 0 ? DefaultReadSize : std::min(readChunkSize, MaxReadSize);
     Started = WasRead = EndReported = false;
     Result = CommResult::Success;
+}
+
+FileCause CFilePlayer::Seek(CFrameSync& sync, std::uint64_t offset) {
+    CFile anew;
+    if (IsDevice(Name))
+        return FileCause::BadSeek;
+    if (const FileCause cause = anew.OpenForReading(Name); cause != FileCause::None)
+        return cause;
+    const std::uint32_t piece = Piece;
+    const bool known = sync.KnowsStream();
+    Load(std::move(anew), piece);
+    if (offset == 0 || !known)
+        sync.Restart(Name, StreamSource::File);
+    if (offset == 0)
+        return FileCause::None;
+    if (!known) { // its first bytes say whether it is a raw log
+        ReadPiece(sync);
+        sync.RunPass(1);
+    }
+    // The text of a header record may look like frames: it is read from its start.
+    const std::uint64_t record = offset - offset % HeaderRecordSize;
+    const bool inHeader = IsHeaderRecord(File, record);
+    const FileCause cause = File.SeekTo(inHeader ? record : offset);
+    sync.Jump(inHeader ? record : offset, inHeader);
+    WasRead = false;
+    return cause;
 }
 
 CommResult CFilePlayer::ReadOn(CFrameSync& sync) {

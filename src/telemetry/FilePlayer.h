@@ -24,6 +24,11 @@ class CFilePlayer {
     bool AtEnd() const { return EndReported; }
     std::uint32_t ReadSize() const { return Piece; }
 
+    /// Plays on from that byte, 0 for anew. Frames that wait are dropped; from the middle of a
+    /// frame the search finds the next one. A file that cannot be read there stays as it was, and
+    /// the cause is why.
+    FileCause Seek(CFrameSync& sync, std::uint64_t offset);
+
     /// Reads on until a frame is queued, there is no more, or much was read without one; the code
     /// of a file that failed.
     CommResult ReadOn(CFrameSync& sync);

@@ -32,6 +32,16 @@ void CFrameSync::Restart(std::string resourceName, StreamSource source) {
     Global.Restart();
 }
 
+void CFrameSync::Jump(std::uint64_t offset, bool boundary) {
+    ResetSync();
+    Attached.LoseLine();
+    Queue.Clear(offset);
+    Queued.Clear();
+    Records.Reset();
+    AtBoundary = boundary;
+    Commit(0);
+}
+
 void CFrameSync::SetSearchBound(std::uint32_t bytes) {
     SearchBound = std::max<std::uint32_t>(bytes, 1);
 }

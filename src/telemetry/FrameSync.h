@@ -56,6 +56,11 @@ class CFrameSync {
 
     /// Another stream: bytes and frames of the one before go, instruments stay.
     void Restart(std::string resourceName, StreamSource source);
+    /// The same stream from another byte on: bytes and queued frames go, what the stream is stays.
+    /// `boundary`: a raw log's record may stand there.
+    void Jump(std::uint64_t offset, bool boundary);
+    /// Whether it is known by now if the stream is a raw log.
+    bool KnowsStream() const { return Filter.IsKnown(); }
     void SetSearchBound(std::uint32_t bytes);
     void SetGlobalSync(const std::string& text) { Global.SetText(text); }
     /// 0 or less: the default of 200.

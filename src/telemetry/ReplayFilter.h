@@ -13,6 +13,7 @@ class CReplayFilter {
   public:
     /// Whether the stream is a raw log; false until it is known to be one.
     bool IsRawLog() const { return Kind == StreamKind::RawLog; }
+    bool IsKnown() const { return Kind != StreamKind::Unknown; }
     /// False when neither a header record nor a time-stamp sentence begins with the byte, or the
     /// stream is a capture: the quick test for most places.
     bool MayStandHere(std::uint8_t first) const {

@@ -376,6 +376,18 @@ CommResult CTelemComm::RetrieveFrames(CFrameQueue& frames) {
     return result;
 }
 
+CommResult CTelemComm::SeekFile(std::uint64_t offset) {
+    const std::string line =
+        Format("Unable to go to another place of %s.\r\n", ResourceName.c_str());
+    if (!IsFile())
+        return Fail(line, CommResult::NotAFile);
+    CLock lock(FrameLock);
+    const FileCause cause = Player.Seek(Sync, offset);
+    return cause == FileCause::None
+               ? CommResult::Success
+               : Fail(line, CommResult::FileError, ResourceFileErrorText(cause));
+}
+
 std::optional<SerialResourceSettings> CTelemComm::QuerySerialSettings() const {
     return IsSerial() ? std::optional(Serial) : std::nullopt;
 }

@@ -94,6 +94,10 @@ class CTelemComm {
     /// frame.
     CommResult RetrieveFrames(CFrameQueue& frames);
 
+    /// Plays a file on from that byte, 0 for anew; its queued frames are dropped. NotAFile, or
+    /// FileError when it cannot be read there.
+    CommResult SeekFile(std::uint64_t offset);
+
     std::optional<SerialResourceSettings> QuerySerialSettings() const;
     std::optional<FileResourceSettings> QueryFileSettings() const;
     CommResult ResetAbortCode(std::uint32_t& abortCode);

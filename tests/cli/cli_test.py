@@ -540,5 +540,60 @@ class Acquisition(Folder):
         self.assertEqual(self.finish(process)[0], 0)
         self.assertTrue((self.folder / "run.raw").read_bytes().startswith(b"QORHDR "))
 
+    def header_of(self, line, frames, *options):
+        """The header records of a run with these frames, but for its time."""
+        self.raw = self.folder / "run.raw"
+        self.raw.unlink(missing_ok=True)
+        process = subprocess.Popen([CLI, "log", *options], stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        self.processes.append(process)
+        wait_for(lambda: self.raw.exists() or process.poll() is not None, "the log")
+        line.send(b"".join(frames))
+        wait_for(lambda: len(self.logged()) >= sum(len(frame) + TAG for frame in frames), "the frames")
+        status, _, errors = self.finish(process)
+        self.assertEqual(status, 0, errors)
+        data = self.raw.read_bytes()
+        records = [data[i:i + RECORD] for i in range(0, len(data) - len(self.logged()), RECORD)]
+        return [record for record in records if b"(TIME-STAMP)" not in record]
+
+    def test_a_session_runs_as_the_call_that_it_was_made_of(self):
+        line = Line()
+        name = definition(PROFILER)["instrument"]
+        call = ("--port", f"{line.name}:9600", "-d", PROFILER, "--wet", "--role", f"{name}=profiler",
+                "--cruise", "HE-1", "--name", "run.raw")
+        file = str(self.folder / "run.qor")
+        done = run("session", *call, "--directory", str(self.folder), "-o", file)
+        self.assertEqual((done.returncode, done.stderr), (0, b""))
+        again = run("session", "--session", file, "-o", "-", cwd=self.folder)
+        self.assertEqual(again.stdout, pathlib.Path(file).read_bytes())
+        checked = json.loads(run("check", "--json", file).stdout)
+        self.assertTrue(checked["ok"] and checked["kind"] == "Session File", checked)
+        self.assertEqual(checked["resources"][0]["instruments"][0]["roles"], ["profiler"])
+
+        frames = self.frames_of(PROFILER, 5)
+        by_call = self.header_of(line, frames, *call, "-o", str(self.folder))
+        self.assertEqual(self.header_of(line, frames, "--session", file), by_call)
+        self.assertTrue(any(b"QORHDR WET (PROFILER)" in record for record in by_call))
+        self.assertEqual(decoded("--session", file, str(self.raw)),
+                         decoded("-d", PROFILER, "--wet", str(self.raw)))
+        other = self.header_of(line, frames, "--session", file, "--cruise", "HE-2")
+        self.assertTrue(any(b"QORHDR HE-2 (CRUISE-ID)" in record for record in other))
+
+    def test_what_a_session_names_in_vain_ends_it_before_it_logs(self):
+        file = self.folder / "run.qor"
+        instruments = [{"definition": "none.cal"}, {"definition": PROFILER}]
+        file.write_text(json.dumps({"qorview-session": 1, "note": 1, "log": {"naming": "file", "name": "run.raw"},
+                                    "resources": [{"port": Line().name, "instruments": instruments}]}))
+        for call in (("log", "--session", str(file)), ("check", str(file)), ("session", "--session", str(file))):
+            done = run(*call, cwd=self.folder)
+            self.assertEqual(done.returncode, 1, call)
+            self.assertEqual(done.stderr.count(b"unknown members, kept as they are: note."), 1, call)
+            self.assertIn(b"none.cal: could not be loaded", done.stderr)
+            self.assertFalse((self.folder / "run.raw").exists())
+        file.write_text('{"qorview-session": 2}')
+        for call in (("log", "--session"), ("check",), ("decode", "raw", "--session")):
+            done = run(*call, str(file), cwd=self.folder)
+            self.assertEqual((done.returncode, done.stderr.count(b"\n")), (1, 1), done.stderr)
+            self.assertIn(b"run.qor: qorview-session: 2: written by a newer version", done.stderr)
+
 
 unittest.main(argv=[sys.argv[0], *sys.argv[3 + bool(STALLED_DISK):]], verbosity=2)

@@ -17,7 +17,7 @@ class CScriptedUser : public CUserService {
   public:
     // Set before use.
     bool AnswersYes = true;
-    bool Confirms = true;
+    LogAnswer Answer = LogAnswer::LogAsShown;
     std::function<void()> WhileAsked; ///< runs inside every question and dialog
 
     void ShowMessage(const std::string& text) override {
@@ -28,9 +28,10 @@ class CScriptedUser : public CUserService {
         Note(Questions, text);
         return AnswersYes;
     }
-    bool ConfirmLog(const std::string& displayName) override {
-        Note(Dialogs, displayName);
-        return Confirms;
+    LogAnswer ConfirmLog(const LogQuestion& question) override {
+        const std::string& cast = question.station.cast;
+        Note(Dialogs, question.displayName + (cast.empty() ? "" : " of cast " + cast));
+        return Answer;
     }
     void Beep(BeepKind kind) override { Asterisks += kind == BeepKind::Asterisk; }
     void RequestClose() override { ++CloseRequests; }

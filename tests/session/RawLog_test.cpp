@@ -49,7 +49,11 @@ TEST_F(ARawLog, HeaderWithoutRolesAndOptionsHasEighteenRecords) {
                   "calm (COMMENT)|ST1 (STATION-ID)|AA (CAST)|Tue May 03 14:23:05 2005 (TIME-STAMP)|"
                   "NONE (MODE)|OFF (PRESSURE-TARE)|OFF (TIMETAG)|ON (DATETAG)|ON (TIMETAG2)|"
                   "OFF (PROFILER)|OFF (REFERENCE)|OFF (PRO-DARK)|OFF (REF-DARK)|");
-    Doc.SetRole(InstrumentRole::Profiler, InstrumentId{73}); // where no instrument is
+    EXPECT_THAT(Doc.SetRole(InstrumentRole::Profiler, InstrumentId{73}), HasSubstr("no such"));
+    {
+        CRecursiveLock lock(Doc.DocLock);
+        Doc.Roles[1] = InstrumentId{73}; // where no instrument is
+    }
     EXPECT_EQ(Doc.Role(9), InstrumentId::None);
     EXPECT_EQ(Doc.Role(-1), InstrumentId::None);
     ASSERT_TRUE(Begin("role.raw"));
@@ -178,10 +182,10 @@ TEST_F(ARawLog, ConfirmationIsAskedOnceARunWithTheLockReleased) {
         EXPECT_FALSE(Doc.RawLog.BeginLogFile());
         EXPECT_FALSE(Doc.RawLog.EndLogFile(true));
     };
-    User.Confirms = false;
+    User.Answer = LogAnswer::ChangeFirst;
     EXPECT_FALSE(Begin());
     EXPECT_FALSE(std::filesystem::exists(Log()));
-    User.Confirms = true;
+    User.Answer = LogAnswer::LogAsShown;
     Set([](LogOptions& options) {
         options.durationEnabled = options.repeatEnabled = true;
         options.duration = {0, 0, 2};

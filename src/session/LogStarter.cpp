@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "session/LogStarter.h"
+
+#include "session/QorViewDoc.h"
+
+namespace qor {
+namespace {
+
+struct PortsNow {
+    bool open = false;
+    bool tried = false; ///< one that is not open is tried again
+};
+
+PortsNow Look(const CQorViewDoc& doc) {
+    PortsNow ports;
+    for (const ResourceStatus& resource : doc.Snapshot().resources) {
+        ports.open = ports.open || resource.figures.connected;
+        ports.tried = ports.tried || resource.reconnects;
+    }
+    return ports;
+}
+
+} // namespace
+
+std::string CLogStarter::LogNow() {
+    {
+        CRecursiveLock lock(Doc.DocLock);
+        Doc.NoDialogs = true;
+    }
+    if (Doc.RawLog.Status().loggingActive)
+        return {};
+    Doc.ConnectAll(); // a port that fails was reported
+    const PortsNow ports = Look(Doc);
+    if (ports.open)
+        return Begin();
+    Waiting = ports.tried;
+    if (Waiting)
+        return {};
+    Doc.ReportMessage("Logging has not begun: no port could be opened.\r\n");
+    Doc.RawLog.AbandonRun();
+    return "Logging has not begun: no port could be opened, and none is tried again.";
+}
+
+std::string CLogStarter::Begin() {
+    Waiting = false;
+    Begun = Doc.RawLog.BeginLogFile();
+    if (Begun)
+        return {};
+    Doc.RawLog.AbandonRun();
+    return "Logging has not begun; the session log says why.";
+}
+
+void CLogStarter::Tend() {
+    if (!Waiting && !Begun)
+        return;
+    const PortsNow ports = Look(Doc);
+    if (Waiting && ports.open)
+        static_cast<void>(Begin()); // what was wrong was reported
+    if (!Begun)
+        return;
+    Begun = Doc.RawLog.Status().loggingActive;
+    if (Begun && !ports.open && !ports.tried) {
+        Begun = false;
+        Doc.ReportMessage("No port is connected any more; the run ends.\r\n");
+        Doc.RawLog.AbandonRun();
+    }
+}
+
+} // namespace qor

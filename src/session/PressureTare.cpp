@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "session/PressureTare.h"
+
+#include "base/Text.h"
+#include "instrument/ConversionStatus.h"
+#include "products/PackageSensors.h"
+#include "products/SensorUnits.h"
+#include "session/SessionFields.h"
+
+namespace qor {
+namespace {
+
+const CSensor* PressureSensor(const CQorViewIns& instrument) {
+    const CLiveInstrument* const alone[] = {&instrument.Live};
+    return SensorAt(alone, FindPackageSensors(alone).pressure);
+}
+
+UnitScale ScaleOf(const SessionState& session) REQUIRES(session.DocLock) {
+    const CQorViewIns* profiler = session.RoleInstrument(InstrumentRole::Profiler);
+    const CSensor* pressure = profiler ? PressureSensor(*profiler) : nullptr;
+    return pressure ? PressureScale(pressure->Units).value_or(UnitScale()) : UnitScale();
+}
+
+/// The profiler's pressure now, or why there is none.
+std::string ReadPressure(const CQorViewDoc& doc, double& pressure) REQUIRES(doc.DocLock) {
+    const CQorViewIns* profiler = doc.RoleInstrument(InstrumentRole::Profiler);
+    if (!profiler)
+        return "No profiler has been specified; give an instrument that role.";
+    const std::string& name = profiler->Name();
+    const CSensor* sensor = PressureSensor(*profiler);
+    if (!sensor)
+        return "The profiler " + name + " has no pressure sensor.";
+    if (!profiler->Live.CurrentFrame())
+        return "The profiler " + name + " has sent no frame yet.";
+    const std::int64_t now = doc.Clock.MonotonicMilliseconds();
+    if (profiler->Live.Stale(now))
+        return Format("The latest frame of the profiler %s is %lld s old.", name.c_str(),
+                      static_cast<long long>((now - profiler->Live.ArrivalMonotonic) / 1000));
+    const ConversionStatus status = profiler->Live.Value(*sensor, pressure);
+    if (status != ConversionStatus::Good)
+        return "The pressure of the profiler " + name +
+               " has no value: " + std::string(ConversionStatusText(status)) + '.';
+    const double dbar = TareInDbar(doc, pressure);
+    if (!(dbar >= TareRange.least && dbar <= TareRange.greatest))
+        return "The pressure of the profiler " + name + ", " + ShortestNumber(pressure) +
+               ", cannot be one in air.";
+    return {};
+}
+
+} // namespace
+
+std::string TakePressureTare(CQorViewDoc& doc) {
+    CRecursiveLock lock(doc.DocLock);
+    double pressure = 0;
+    if (const std::string fault = ReadPressure(doc, pressure); !fault.empty())
+        return "The pressure tare could not be taken. " + fault;
+    doc.PressureTare = pressure;
+    doc.ReportMessage("Pressure tare: " + ShortestNumber(pressure) + ".\r\n");
+    doc.NoteChange();
+    return {};
+}
+
+void ClearTare(CQorViewDoc& doc) {
+    CRecursiveLock lock(doc.DocLock);
+    if (doc.PressureTare)
+        doc.ReportMessage("Pressure tare: none.\r\n");
+    doc.PressureTare.reset();
+    doc.NoteChange();
+}
+
+double TareInDbar(const SessionState& session, double tare) {
+    return ScaleOf(session).Convert(tare);
+}
+
+double TareFromDbar(const SessionState& session, double dbar) {
+    const UnitScale scale = ScaleOf(session);
+    return dbar * scale.over / scale.times + scale.zero;
+}
+
+} // namespace qor

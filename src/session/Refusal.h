@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// Something named by a call, a form or a session that could not be used: a value, so that every
+// face can say it in its own way.
+#pragma once
+
+#include <string>
+
+namespace qor {
+
+/// What it was, and why, in one line.
+struct Refusal {
+    enum class Kind { Resource, Definition, Package, Member, Name };
+    Kind kind;
+    std::string subject; ///< the file, the member in its package, or the name
+    std::string reason;
+    bool hasParseLog = false; ///< checking the file says more
+};
+
+} // namespace qor
