@@ -31,7 +31,7 @@ struct InstrumentSelection {
     bool allWet = false;
     std::vector<std::string> wet; ///< names
     std::vector<RoleAssignment> roles;
-    PackageSettings packageSettings; ///< of every package
+    PackageSettings packageSettings;              ///< of every package
     DerivedChoice derived = DerivedChoice::Usual; ///< of every package that a log is played with
     /// Whose instruments, roles and immersion join these, where a log is played.
     std::optional<SessionRecord> session;
