@@ -20,6 +20,7 @@ class ASessionDocument : public ASession {
     CSessionDocument& Session = Doc.Session;
 
     ASessionDocument() {
+        Doc.SessionLog.KeepFile = false;
         for (const char* name : {"PRO", "DECK", "GPS", "LONE"})
             Temp.Put(std::string(name) + ".cal", CounterDefinition(name));
         Temp.Put("cast.sip", CZipMaker()
