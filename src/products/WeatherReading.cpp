@@ -160,7 +160,9 @@ void WeatherReading::FillFrom(const WeatherReading& other) {
 bool IsWeatherStation(const CInstrument& definition) {
     return std::ranges::any_of(definition.Sensors(), [](const CSensor& sensor) {
         const Field field = FieldOfSensor(sensor);
-        return field != Field::None && field != Field::Heading;
+        // Humidity alone is measured inside of housings too.
+        return field == Field::WindSpeed || field == Field::AirTemperature ||
+               field == Field::AirPressure;
     });
 }
 

@@ -24,7 +24,8 @@ struct WeatherReading {
     void FillFrom(const WeatherReading& other);
 };
 
-/// Whether a definition has fields of a weather station: wind, or air and its pressure or humidity.
+/// Whether a definition has fields of a weather station: the wind, or the air's temperature or
+/// pressure.
 bool IsWeatherStation(const CInstrument& definition);
 
 WeatherReading ReadWeather(const CLiveInstrument& instrument);
