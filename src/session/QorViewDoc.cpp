@@ -317,6 +317,12 @@ std::string CQorViewDoc::SetRole(InstrumentRole role, InstrumentId instrument) {
     return {};
 }
 
+void CQorViewDoc::SetCalibrationMode(bool on) {
+    CRecursiveLock lock(DocLock);
+    if (std::exchange(CalibrationMode, on) != on)
+        NoteChange();
+}
+
 InstrumentId CQorViewDoc::FindInstrument(std::string_view name) const {
     CRecursiveLock lock(DocLock);
     for (const auto& resource : Resources)

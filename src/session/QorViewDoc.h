@@ -98,6 +98,8 @@ class CQorViewDoc : public CQorTelemetryDoc, public SessionState {
     /// Gives a role to an instrument, also a package's, or takes it away (None). What is wrong, or
     /// empty.
     std::string SetRole(InstrumentRole role, InstrumentId instrument);
+    /// While it is on, packages and instruments can be neither added nor removed, moved or set.
+    void SetCalibrationMode(bool on);
     /// The instrument of a name (byte for byte) over all resources, or None.
     InstrumentId FindInstrument(std::string_view name) const;
     /// The resource of a name, or None.

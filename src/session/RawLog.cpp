@@ -73,7 +73,7 @@ void CRawLog::RaiseViewsUpdate() {
     Session.NoteChange();
 }
 
-std::string CRawLog::SetOptions(const LogOptions& options) {
+std::string CRawLog::SetLogOptions(const LogOptions& options) {
     if (std::string fault = OptionsFault(options); !fault.empty())
         return fault;
     CRecursiveLock lock(Session.DocLock);

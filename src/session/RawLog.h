@@ -48,7 +48,7 @@ class CRawLog {
     std::string SetStation(const StationInformation& station);
     /// Replaces the options; as SetNaming. A duration that is switched on or changed counts from
     /// the start of the log that is open; a repeat that is switched off ends the run with it.
-    std::string SetOptions(const LogOptions& options);
+    std::string SetLogOptions(const LogOptions& options);
     /// Prepares the name of the next log; asks when it would replace a file. False: no usable name.
     bool BuildLogFileName();
     /// Begins a log; on failure the operator was told why, and nothing is open. Why a name is

@@ -47,7 +47,7 @@ std::string CSessionDocument::Clear() {
     LogOptions options;
     options.loggingSounds = Doc.Options.loggingSounds;
     options.overwriteExisting = Doc.Options.overwriteExisting;
-    static_cast<void>(Doc.RawLog.SetOptions(options)); // these are what a session begins with
+    static_cast<void>(Doc.RawLog.SetLogOptions(options)); // these are what a session begins with
     static_cast<void>(Doc.RawLog.SetNaming({}));
     return {};
 }

@@ -72,7 +72,7 @@ void CSessionOpener::ApplySettings(const SessionRecord& session) {
     Doc.Station = session.station;
     LogOptions options = Doc.Options;
     ApplyOptions(log, options);
-    static_cast<void>(Doc.RawLog.SetOptions(options)); // both were looked at before
+    static_cast<void>(Doc.RawLog.SetLogOptions(options)); // both were looked at before
     static_cast<void>(Doc.RawLog.SetNaming(NamingOf(log)));
 }
 

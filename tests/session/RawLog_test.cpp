@@ -278,7 +278,7 @@ TEST_F(ARawLog, ADurationChangedDuringALogCountsFromItsStart) {
     LogOptions options;
     options.durationEnabled = true;
     options.duration = {0, 0, 30};
-    Doc.RawLog.SetOptions(options);
+    Doc.RawLog.SetLogOptions(options);
     EXPECT_EQ(Doc.RawLog.Status().logEndTime.seconds,
               Doc.RawLog.Status().logStartTime.seconds + 30);
     Ticks(9);

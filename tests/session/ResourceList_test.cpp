@@ -214,9 +214,11 @@ TEST_F(AStarter, ChangesAreToldOnceUntilTheyAreTaken) {
     EXPECT_EQ(told, 1);
     const std::function<void()> changes[] = {
         [&] { EXPECT_EQ(Doc.SetRole(InstrumentRole::Tracker, InstrumentId::None), ""); },
-        [&] { EXPECT_EQ(Doc.RawLog.SetOptions({}), ""); },
+        [&] { EXPECT_EQ(Doc.RawLog.SetLogOptions({}), ""); },
         [&] { EXPECT_EQ(Doc.RawLog.SetStation({}), ""); },
         [&] { EXPECT_EQ(Doc.Instruments.ResetCounts(pro), ""); },
+        [&] { Doc.SetCalibrationMode(true); },
+        [&] { Doc.SetCalibrationMode(false); },
         [&] {
             EXPECT_EQ(Doc.ConnectResource(Port), CommResult::Success);
             Reported();

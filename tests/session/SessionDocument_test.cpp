@@ -216,7 +216,7 @@ TEST_F(ASessionDocument, KnowsWhetherItWasChanged) {
         [&] {
             LogOptions options;
             options.gpsHeaderEnabled = true;
-            EXPECT_EQ(Doc.RawLog.SetOptions(options), "");
+            EXPECT_EQ(Doc.RawLog.SetLogOptions(options), "");
         },
         [&] { SetMode(LogNamingMode::Sqm); },
         [&] { Doc.SetReconnect(port, true); },
