@@ -6,9 +6,10 @@
 #include "cli/InstrumentOptions.h"
 #include "cli/Progress.h"
 #include "cli/Report.h"
-#include "cli/SessionCheck.h"
+#include "cli/TerminalUser.h"
 #include "export/DefinitionJson.h"
 #include "export/DefinitionText.h"
+#include "export/SessionText.h"
 
 #include "base/Text.h"
 #include "instrument/DefinitionVerdict.h"
@@ -128,10 +129,15 @@ bool CheckPackage(COutput& output, const std::string& path, const CheckOptions& 
 
 bool CheckSession(COutput& output, const std::string& path, const CheckOptions& options,
                   const CommandContext&) {
-    const CheckedSession checked(path);
-    (options.json ? WriteSessionJson : WriteSessionText)(output, checked.Report());
+    CTerminalUser nobody(true); // the session's own messages say it all
+    const CCheckedSession checked(path, nobody);
+    (options.json ? WriteSessionJson : WriteSessionText)(output, checked);
     output.Flush();
-    return SaySession(checked, options.strict);
+    for (const std::string& warning : checked.Warnings)
+        ReportWarning(warning);
+    if (!checked.Opened())
+        ReportError(checked.Refusal);
+    return ReportSetup(checked.Setup, options.strict, false) && checked.Opened();
 }
 
 /// A session is read; every other file that is no definition and no package is refused.
