@@ -8,9 +8,9 @@
 #include "platform/SystemText.h"
 #include "session/EventAdvice.h"
 #include "session/PortText.h"
+#include "views/LogLines.h"
 
 #include <algorithm>
-#include <numeric>
 #include <utility>
 
 namespace qor {
@@ -22,36 +22,6 @@ constexpr int PositionMilliseconds = 3000;
 
 /// What can be done about a name that is taken, in the words of a call.
 constexpr std::string_view NameAdvice = "Choose another --name, or give --overwrite.";
-
-/// What a port did not bring into the log, as a line; empty when there is nothing.
-std::string MissingText(const ResourceStatus& resource) {
-    const ResourceFigures& figures = resource.figures;
-    const struct {
-        std::uint64_t count;
-        const char* what;
-    } parts[] = {
-        {figures.framesLost, " frames lost"},
-        {figures.bytesDiscarded, " bytes discarded"},
-        {std::accumulate(figures.lineErrors.begin(), figures.lineErrors.end(), std::uint64_t{0}),
-         " line errors"},
-    };
-    std::string text;
-    for (const auto& part : parts)
-        if (part.count > 0)
-            text += (text.empty() ? ": " : ", ") + std::to_string(part.count) + part.what;
-    return text.empty() ? text : resource.name + text + "\n";
-}
-
-/// The rest of a frame that had begun before the connection is no news; more than that is.
-void WarnOfDiscarded(const SessionSnapshot& snapshot) {
-    for (const ResourceStatus& resource : snapshot.resources)
-        if (resource.figures.bytesDiscarded > resource.longestFrame)
-            ReportWarning(Format("%s: %llu of %llu bytes belong to no frame of its instruments. "
-                                 "Is the line noisy, or the speed or a definition wrong?",
-                                 resource.name.c_str(),
-                                 static_cast<unsigned long long>(resource.figures.bytesDiscarded),
-                                 static_cast<unsigned long long>(resource.figures.bytesReceived)));
-}
 
 } // namespace
 
@@ -157,17 +127,10 @@ void CLogConsole::Summarise() {
     if (std::string path = Document.SessionLog.FilePath(); !path.empty())
         output.Text("session log: " + path + "\n");
     const SessionSnapshot snapshot = Document.Snapshot();
-    WarnOfDiscarded(snapshot);
-    for (const ResourceStatus& resource : snapshot.resources) {
-        for (const InstrumentFigures& figures : resource.instruments)
-            output.Text(Format(
-                "%s on %s: %llu frames, %u in the last log, %llu dropped, %llu checksum errors\n",
-                figures.name.c_str(), resource.name.c_str(),
-                static_cast<unsigned long long>(figures.frames), figures.framesThisLog,
-                static_cast<unsigned long long>(figures.dropped),
-                static_cast<unsigned long long>(figures.checksumErrors)));
-        output.Text(MissingText(resource));
-    }
+    for (const ResourceStatus& resource : snapshot.resources)
+        if (const std::string line = DiscardedLine(resource); !line.empty())
+            ReportWarning(line);
+    output.Text(SummaryLines(snapshot));
     output.Flush();
     Fault = Fault || output.Failed();
 }
