@@ -6,9 +6,10 @@
 #include "cli/InstrumentOptions.h"
 #include "cli/Progress.h"
 #include "cli/Report.h"
-#include "cli/SessionCheck.h"
+#include "cli/TerminalUser.h"
 #include "export/DefinitionJson.h"
 #include "export/DefinitionText.h"
+#include "export/SessionText.h"
 
 #include "base/Text.h"
 #include "instrument/DefinitionVerdict.h"
@@ -33,37 +34,16 @@ struct CheckOptions {
 /// A text that is larger than any definition is judged by its parse log alone.
 constexpr std::size_t LargestText = 16U << 20;
 
-std::uint64_t SizeOf(const std::string& path) {
-    CFile file;
-    std::uint64_t size = 0;
-    const bool known = !IsDevice(path) && file.OpenForReading(path) == FileCause::None &&
-                       file.Size(size) == FileCause::None;
-    return known ? size : 0;
-}
-
-/// What is likely a mistake; at line 0 what concerns the definition as a whole.
-DefinitionHints JudgedBy(const CInstrument& instrument, std::string_view text) {
-    DefinitionHints hints = HintsOf(instrument, text);
-    if (std::string reason = VerdictOf(instrument).noFrames; !reason.empty())
-        hints.insert(hints.begin(), {0, "It can never give a frame: " + std::move(reason)});
-    return hints;
-}
-
 void SayHints(const std::string& subject, const DefinitionHints& hints) {
     for (const DefinitionHint& hint : hints)
         ReportHint(subject + (hint.line > 0 ? ": line " + std::to_string(hint.line) : "") + ": " +
                    hint.text);
 }
 
-/// Whether a definition is as its author meant it, as far as that can be told.
-bool IsClean(const CInstrument& instrument, const DefinitionHints& hints) {
-    return instrument.DiagnosticCount() == 0 && hints.empty();
-}
-
 bool CheckDefinition(COutput& output, const std::string& path, const CheckOptions& options,
                      const CommandContext& context) {
     // Reading is the bar's first half, writing its second.
-    const std::uint64_t size = SizeOf(path);
+    const std::uint64_t size = FileSizeOf(path);
     std::optional<CProgress> bar(std::in_place, path, 2 * size, context.quiet);
     CInstrument instrument;
     DefinitionStatus status = instrument.Load(path, [&](std::uint64_t bytesRead) {
@@ -76,7 +56,7 @@ bool CheckDefinition(COutput& output, const std::string& path, const CheckOption
     DefinitionHints hints;
     std::string text; // what comes from a pipe comes once
     if (loaded && (IsDevice(path) || ReadWholeFile(path, LargestText, text) == FileCause::None))
-        hints = JudgedBy(instrument, text);
+        hints = MistakesIn(instrument, text);
     if (!options.json || IsTerminal(StandardStream::Output))
         bar.reset(); // the results would stand in its line
     if (options.json) {
@@ -105,7 +85,7 @@ bool CheckPackage(COutput& output, const std::string& path, const CheckOptions& 
     const LoadedPackage package = ReadPackageTexts(path); // its messages are part of the result
     std::vector<DefinitionHints> hints;
     for (const PackageMember& member : package.members)
-        hints.push_back(JudgedBy(*member.instrument, member.text));
+        hints.push_back(MistakesIn(*member.instrument, member.text));
     if (options.json)
         WritePackageJson(output, package, hints);
     else
@@ -128,10 +108,15 @@ bool CheckPackage(COutput& output, const std::string& path, const CheckOptions& 
 
 bool CheckSession(COutput& output, const std::string& path, const CheckOptions& options,
                   const CommandContext&) {
-    const CheckedSession checked(path);
-    (options.json ? WriteSessionJson : WriteSessionText)(output, checked.Report());
+    CTerminalUser nobody(true); // the session's own messages say it all
+    const CCheckedSession checked(path, nobody);
+    (options.json ? WriteSessionJson : WriteSessionText)(output, checked);
     output.Flush();
-    return SaySession(checked, options.strict);
+    for (const std::string& warning : checked.Warnings)
+        ReportWarning(warning);
+    if (!checked.Opened())
+        ReportError(checked.Refusal);
+    return ReportSetup(checked.Setup, options.strict, false) && checked.Opened();
 }
 
 /// A session is read; every other file that is no definition and no package is refused.

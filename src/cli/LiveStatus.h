@@ -22,8 +22,6 @@ class CLiveStatus {
     void Erase();
 
   private:
-    std::string Line(const ResourceStatus& status, double seconds, std::size_t room);
-
     const CQorViewDoc& Doc;
     CClock& Clock;
     bool Quiet;

@@ -6,10 +6,11 @@
 #include "cli/Report.h"
 #include "export/Output.h"
 #include "platform/SystemText.h"
+#include "session/EventAdvice.h"
 #include "session/PortText.h"
+#include "views/LogLines.h"
 
 #include <algorithm>
-#include <numeric>
 #include <utility>
 
 namespace qor {
@@ -19,56 +20,8 @@ namespace {
 constexpr int WatchMilliseconds = 100;
 constexpr int PositionMilliseconds = 3000;
 
-/// What an operator must see at once, and what he can do about it.
-struct Trouble {
-    EventKind kind;
-    bool namesSubject; ///< the text itself says which file or port
-    bool fault;        ///< the exit status says so
-    std::string_view advice;
-};
-constexpr Trouble Troubles[] = {
-    {EventKind::NameTaken, true, true, "Choose another --name, or give --overwrite."},
-    {EventKind::LogFailed, false, true, "The log has ended; make room and begin another."},
-    {EventKind::SyncFailed, true, true, "A power cut now may cost data; look at the disk."},
-    {EventKind::DiskStalled, true, false, "Look at the disk; nothing is lost yet."},
-    {EventKind::FramesUnstored, true, true, "The disk was too slow or full."},
-    {EventKind::FramesLost, true, true, "The program had no time for them; close other programs."},
-    {EventKind::BytesLost, true, true, "Is it the right definition?"},
-    {EventKind::PositionKept, true, false, "The typed position stands there."},
-    {EventKind::UnitsUnknown, true, false, "Nothing is derived from it."},
-    {EventKind::PortLost, true, false, ""},
-    {EventKind::PortBack, true, false, ""},
-};
-
-/// What a port did not bring into the log, as a line; empty when there is nothing.
-std::string MissingText(const ResourceStatus& resource) {
-    const ResourceFigures& figures = resource.figures;
-    const struct {
-        std::uint64_t count;
-        const char* what;
-    } parts[] = {
-        {figures.framesLost, " frames lost"},
-        {figures.bytesDiscarded, " bytes discarded"},
-        {std::accumulate(figures.lineErrors.begin(), figures.lineErrors.end(), std::uint64_t{0}),
-         " line errors"},
-    };
-    std::string text;
-    for (const auto& part : parts)
-        if (part.count > 0)
-            text += (text.empty() ? ": " : ", ") + std::to_string(part.count) + part.what;
-    return text.empty() ? text : resource.name + text + "\n";
-}
-
-/// The rest of a frame that had begun before the connection is no news; more than that is.
-void WarnOfDiscarded(const SessionSnapshot& snapshot) {
-    for (const ResourceStatus& resource : snapshot.resources)
-        if (resource.figures.bytesDiscarded > resource.longestFrame)
-            ReportWarning(Format("%s: %llu of %llu bytes belong to no frame of its instruments. "
-                                 "Is the line noisy, or the speed or a definition wrong?",
-                                 resource.name.c_str(),
-                                 static_cast<unsigned long long>(resource.figures.bytesDiscarded),
-                                 static_cast<unsigned long long>(resource.figures.bytesReceived)));
-}
+/// What can be done about a name that is taken, in the words of a call.
+constexpr std::string_view NameAdvice = "Choose another --name, or give --overwrite.";
 
 } // namespace
 
@@ -119,19 +72,18 @@ void CLogConsole::WarnOfFiles() {
 bool CLogConsole::ReportTroubles(CLiveStatus* status) {
     bool any = false;
     for (const Event& event : LogRun.TakeEvents()) {
-        const auto* trouble = std::ranges::find(Troubles, event.kind, &Trouble::kind);
-        if (trouble == std::end(Troubles))
+        const EventAdvice* row = AdviceOf(event.kind);
+        if (!row)
             continue;
         if (status)
             status->Erase();
         if (event.kind == EventKind::PortLost && !IsTriedAgain(event.subject))
             continue; // said as an abort
-        std::string text = (trouble->namesSubject ? "" : event.subject + ": ") +
-                           OneLine(event.text) + (trouble->advice.empty() ? "" : " ") +
-                           std::string(trouble->advice);
-        (trouble->fault ? ReportError : ReportWarning)(text);
-        Fault = Fault || trouble->fault;
-        any = any || trouble->fault;
+        const bool taken = event.kind == EventKind::NameTaken;
+        (row->fault ? ReportError
+                    : ReportWarning)(EventLine(event, *row, taken ? NameAdvice : row->advice));
+        Fault = Fault || row->fault;
+        any = any || row->fault;
     }
     return any;
 }
@@ -175,17 +127,10 @@ void CLogConsole::Summarise() {
     if (std::string path = Document.SessionLog.FilePath(); !path.empty())
         output.Text("session log: " + path + "\n");
     const SessionSnapshot snapshot = Document.Snapshot();
-    WarnOfDiscarded(snapshot);
-    for (const ResourceStatus& resource : snapshot.resources) {
-        for (const InstrumentFigures& figures : resource.instruments)
-            output.Text(Format(
-                "%s on %s: %llu frames, %u in the last log, %llu dropped, %llu checksum errors\n",
-                figures.name.c_str(), resource.name.c_str(),
-                static_cast<unsigned long long>(figures.frames), figures.framesThisLog,
-                static_cast<unsigned long long>(figures.dropped),
-                static_cast<unsigned long long>(figures.checksumErrors)));
-        output.Text(MissingText(resource));
-    }
+    for (const ResourceStatus& resource : snapshot.resources)
+        if (const std::string line = DiscardedLine(resource); !line.empty())
+            ReportWarning(line);
+    output.Text(SummaryLines(snapshot));
     output.Flush();
     Fault = Fault || output.Failed();
 }

@@ -7,11 +7,9 @@
 #include "cli/Report.h"
 #include "cli/SimulatedLine.h"
 #include "cli/TerminalUser.h"
-#include "simulation/PlayedInstruments.h"
-#include "simulation/RawLogMaker.h"
+#include "simulation/SimulationRun.h"
 
 #include "base/Text.h"
-#include "instrument/FrameChecks.h"
 
 #include <CLI/CLI.hpp>
 
@@ -21,36 +19,26 @@ namespace qor {
 
 namespace {
 
-struct SimulateOptions {
+struct SimulateOptions : SimulationPlan {
     InstrumentSelection instruments;
     std::string output;
     OutputRules rules;
     std::string rateText;
     std::string startText;
-    std::uint64_t frames = 0; ///< 0: without end
-    std::uint64_t seed = 1;
-    double castDepth = 0.0; ///< m; 0: on the bench
-    SimulatedFaults faults;
     bool pty = false;
-    bool rawLog = false;
 };
 
-/// The pace of a run: none ("max"), the instruments' own, or one for all.
-struct Pace {
-    bool unthrottled = false;
-    std::optional<double> rate; ///< frames a second of each instrument
-};
-
-std::optional<Pace> ParseRate(const std::string& text) {
-    if (text.empty())
-        return Pace{};
-    if (EqualsNoCase(text, "max"))
-        return Pace{true, {}};
-    std::optional<double> rate = WholeNumber(text);
+/// Reads --rate: "max", or frames a second of each instrument. False when it is neither.
+bool ReadRate(SimulateOptions& options) {
+    if (options.rateText.empty())
+        return true;
+    if (EqualsNoCase(options.rateText, "max")) {
+        options.inTime = false;
+        return true;
+    }
+    options.rate = WholeNumber(options.rateText);
     constexpr double fastest = 1e6;
-    if (!rate || !(*rate > 0.0) || *rate > fastest)
-        return std::nullopt;
-    return Pace{false, *rate};
+    return options.rate && *options.rate > 0.0 && *options.rate <= fastest;
 }
 
 /// What is odd about a definition is said, and no reason to stop.
@@ -59,10 +47,10 @@ class CWarningSink : public CMessageSink {
     void Raise(Event event) override { ReportWarning(OneLine(event.text)); }
 };
 
-/// A simulation run.
+/// What a call of simulate comes to.
 class CSimulation {
   public:
-    CSimulation(const SimulateOptions& options, CommandContext& context)
+    CSimulation(SimulateOptions& options, CommandContext& context)
         : Options(options), Context(context) {}
     int Run();
 
@@ -75,23 +63,14 @@ class CSimulation {
     bool LoadInstruments();
     bool ReadStart();
     bool KnowsNames();
-    bool BeginRawLog();
-    void AddPlayers(CSimulator& simulator, const Pace& pace);
-    bool Play(CSimulator& simulator, const Pace& pace);
-    bool Wait(double seconds);
-    bool SendFrame(const SimulatedFrame& frame);
-    bool IsUntagged(const CInstrument& instrument) const;
-    bool IsWet(const CInstrument& instrument) const;
+    int ReadCall();
+    bool Play();
 
-    const SimulateOptions& Options;
+    SimulateOptions& Options;
     CommandContext& Context;
     CSystemClock Clock;
     CSimulatedLine Line{Context};
     PlayedInstruments Instruments;
-    std::optional<CRawLogMaker> RawLog;
-    std::vector<std::uint8_t> Bytes; ///< of the frame being sent
-    FrameTime Start;
-    std::int64_t Begun = 0; ///< monotonic milliseconds
 };
 
 bool CSimulation::LoadInstruments() {
@@ -117,13 +96,13 @@ bool CSimulation::LoadInstruments() {
 }
 
 bool CSimulation::ReadStart() {
-    Start = Clock.Now();
+    Options.start = Clock.Now();
     if (Options.startText.empty())
         return true;
     if (const std::optional<std::int64_t> seconds = SecondsFromText(Options.startText)) {
-        Start = FrameTime{};
-        Start.seconds = *seconds;
-        Start.known = true;
+        Options.start = FrameTime{};
+        Options.start.seconds = *seconds;
+        Options.start.known = true;
         return true;
     }
     ReportError("--start " + Options.startText + ": give a time such as 2026-06-21T12:00:00.");
@@ -144,17 +123,6 @@ bool CSimulation::KnowsNames() {
     return true;
 }
 
-bool CSimulation::IsUntagged(const CInstrument& instrument) const {
-    return std::ranges::any_of(Options.instruments.roles, [&](const RoleAssignment& assignment) {
-        return assignment.name == instrument.Name() && assignment.role == InstrumentRole::Gps;
-    });
-}
-
-bool CSimulation::IsWet(const CInstrument& instrument) const {
-    const std::vector<std::string>& wet = Options.instruments.wet;
-    return Options.instruments.allWet || std::ranges::count(wet, instrument.Name()) > 0;
-}
-
 int CSimulation::OpenLine() {
     if (Options.pty)
         return Line.OpenPort();
@@ -164,62 +132,14 @@ int CSimulation::OpenLine() {
     return Line.OpenOutput(Options.output, rules);
 }
 
-bool CSimulation::BeginRawLog() {
-    RawLog.emplace(Start);
-    for (const std::unique_ptr<CInstrument>& instrument : Instruments)
-        if (IsUntagged(*instrument))
-            RawLog->LeaveUntagged(*instrument);
-    return Line.Send(RawLog->HeaderBlock("made by qorview-cli simulate"));
-}
-
-void CSimulation::AddPlayers(CSimulator& simulator, const Pace& pace) {
-    CWarningSink warnings;
-    for (const std::unique_ptr<CInstrument>& instrument : Instruments)
-        simulator.Add(*instrument,
-                      {.rate = pace.rate.value_or(NominalFrameRate(*instrument, warnings)),
-                       .immersed = IsWet(*instrument),
-                       .castDepth = Options.castDepth});
-}
-
-bool CSimulation::Wait(double seconds) {
-    auto due = Begun + static_cast<std::int64_t>(seconds * 1000.0);
-    std::int64_t late = Clock.MonotonicMilliseconds() - due;
-    if (late >= 0)
-        return !Context.stop.Requested();
-    return Line.Flush() && !Context.stopEvent.Wait(static_cast<int>(-late));
-}
-
-bool CSimulation::SendFrame(const SimulatedFrame& frame) {
-    if (!RawLog)
-        return (frame.noise.empty() || Line.Send(frame.noise)) &&
-               (frame.bytes.empty() || Line.Send(frame.bytes));
-    Bytes.clear();
-    RawLog->Append(frame, Bytes);
-    return Line.Send(Bytes);
-}
-
-bool CSimulation::Play(CSimulator& simulator, const Pace& pace) {
-    const bool stored = IsStored();
-    CProgress progress("simulate", Options.frames, Context.quiet || !stored);
-    Begun = Clock.MonotonicMilliseconds();
-    for (std::uint64_t i = 0; Options.frames == 0 || i < Options.frames; ++i) {
-        const bool timely =
-            pace.unthrottled || stored ? !Context.stop.Requested() : Wait(simulator.NextDue());
-        if (!timely || !SendFrame(simulator.Next()))
-            return false;
-        progress.Update(i);
-    }
-    return true;
-}
-
-int CSimulation::Run() {
+/// Reads what the options say; the exit status of a call that cannot be run (reported).
+int CSimulation::ReadCall() {
     if (Options.instruments.definitions.empty() && Options.instruments.packages.empty()) {
         ReportError(
             "no instrument to play: give definitions with -d FILE or a package with -p FILE.");
         return ExitBadCall;
     }
-    std::optional<Pace> pace = ParseRate(Options.rateText);
-    if (!pace) {
+    if (!ReadRate(Options)) {
         ReportError("--rate " + Options.rateText + ": give frames a second, or max.");
         return ExitBadCall;
     }
@@ -231,17 +151,35 @@ int CSimulation::Run() {
     }
     if (!LoadInstruments())
         return ExitFault;
-    if (!KnowsNames())
-        return ExitBadCall;
+    return KnowsNames() ? ExitWell : ExitBadCall;
+}
+
+bool CSimulation::Play() {
+    const bool stored = IsStored();
+    SimulationPlan plan = Options;
+    plan.inTime = plan.inTime && !stored;
+    plan.comment = "made by qorview-cli simulate";
+    plan.allWet = Options.instruments.allWet;
+    plan.wet = Options.instruments.wet;
+    for (const RoleAssignment& assignment : Options.instruments.roles)
+        if (assignment.role == InstrumentRole::Gps)
+            plan.untagged.push_back(assignment.name);
+    CWarningSink warnings;
+    CSimulationRun run(std::move(plan), Instruments, Clock, warnings);
+    if (!Line.WaitForListener())
+        return false;
+    CProgress progress("simulate", Options.frames, Context.quiet || !stored);
+    return run.Play(
+        {[this](ByteSpan bytes) { return Line.Send(bytes); }, [this] { return Line.Flush(); }},
+        Context.stopEvent, [&](std::uint64_t sent) { progress.Update(sent); });
+}
+
+int CSimulation::Run() {
+    if (const int status = ReadCall(); status != ExitWell)
+        return status;
     if (const int status = OpenLine(); status != ExitWell)
         return status;
-    CSimulator simulator(Options.seed,
-                         static_cast<double>(Start.seconds) + Start.milliseconds / 1000.0,
-                         Options.faults);
-    AddPlayers(simulator, *pace);
-    if (!Line.WaitForListener())
-        return ExitInterrupted;
-    const bool sent = (!Options.rawLog || BeginRawLog()) && Play(simulator, *pace);
+    const bool sent = Play();
     if (Context.stop.Requested() && IsStored())
         return ExitInterrupted; // a file that is not complete is not there
     // An output whose reader has gone is no fault; one that failed tells at its end.

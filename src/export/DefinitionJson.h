@@ -12,8 +12,6 @@
 
 namespace qor {
 
-using DefinitionHints = std::vector<DefinitionHint>;
-
 /// One object for one definition file; `file` is the path as given or the package member's name.
 /// `progress` hears of each sensor written.
 void WriteDefinition(CJsonWriter& json, std::string_view file, const CInstrument& instrument,

@@ -55,19 +55,19 @@ void WriteResource(CJsonWriter& json, const CQorViewDoc& doc, const CQorViewRes&
 
 } // namespace
 
-void WriteSessionJson(COutput& output, const SessionReport& report) {
+void WriteSessionJson(COutput& output, const CCheckedSession& session) {
     CJsonWriter json(output);
     json.BeginObject();
-    json.Key("file"), json.Path(report.path);
-    json.Key("ok"), json.Bool(report.ok);
+    json.Key("file"), json.Path(session.Path);
+    json.Key("ok"), json.Bool(session.Ok());
     json.Key("kind"), json.Text("Session File");
-    json.Key("title"), json.Path(report.doc.Session.Title());
+    json.Key("title"), json.Path(session.Doc.Session.Title());
     json.Key("messages"), json.BeginArray();
-    for (const std::string& message : report.messages)
+    for (const std::string& message : session.Messages())
         json.Path(message);
     json.EndArray();
     json.Key("resources"), json.BeginArray();
-    const CQorViewDoc& doc = report.doc;
+    const CQorViewDoc& doc = session.Doc;
     CRecursiveLock lock(doc.DocLock);
     for (const auto& resource : doc.Resources)
         WriteResource(json, doc, *resource);
@@ -76,11 +76,11 @@ void WriteSessionJson(COutput& output, const SessionReport& report) {
     json.EndLine();
 }
 
-void WriteSessionText(COutput& output, const SessionReport& report) {
-    if (!report.opened)
+void WriteSessionText(COutput& output, const CCheckedSession& session) {
+    if (!session.Opened())
         return;
-    const CQorViewDoc& doc = report.doc;
-    output.Text("Session File " + report.path + "\n");
+    const CQorViewDoc& doc = session.Doc;
+    output.Text("Session File " + session.Path + "\n");
     if (!doc.Session.Title().empty())
         output.Text("Title: " + doc.Session.Title() + "\n");
     CRecursiveLock lock(doc.DocLock);

@@ -196,7 +196,7 @@ void AddTwins(const CInstrument& instrument, std::vector<DefinitionHint>& hints)
 
 } // namespace
 
-std::vector<DefinitionHint> HintsOf(const CInstrument& instrument, std::string_view text) {
+DefinitionHints HintsOf(const CInstrument& instrument, std::string_view text) {
     std::vector<DefinitionHint> hints;
     if (EncodingOf(text) == TextEncoding::Utf16)
         return hints;

@@ -14,12 +14,13 @@
 namespace qor {
 
 struct DefinitionHint {
-    std::int32_t line = 0; ///< from 1 on
+    std::int32_t line = 0; ///< from 1 on; 0: the definition as a whole
     std::string text;      ///< one sentence
 };
+using DefinitionHints = std::vector<DefinitionHint>;
 
 /// The hints for an instrument that was loaded from this text, in the order of its lines; no more
 /// than a hundred.
-std::vector<DefinitionHint> HintsOf(const CInstrument& instrument, std::string_view text);
+DefinitionHints HintsOf(const CInstrument& instrument, std::string_view text);
 
 } // namespace qor

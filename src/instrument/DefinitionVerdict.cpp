@@ -53,4 +53,15 @@ DefinitionVerdict VerdictOf(const CInstrument& instrument) {
     return {instrument.DiagnosticCount(), instrument.FirstDiagnostic(), WhyNoFrames(instrument)};
 }
 
+DefinitionHints MistakesIn(const CInstrument& instrument, std::string_view text) {
+    DefinitionHints mistakes = HintsOf(instrument, text);
+    if (const std::string reason = WhyNoFrames(instrument); !reason.empty())
+        mistakes.insert(mistakes.begin(), {0, "It can never give a frame: " + reason});
+    return mistakes;
+}
+
+bool IsClean(const CInstrument& instrument, const DefinitionHints& mistakes) {
+    return instrument.DiagnosticCount() == 0 && mistakes.empty();
+}
+
 } // namespace qor

@@ -60,6 +60,14 @@ FileCause WriteWholeFile(const std::string& path, std::string_view bytes) {
     return cause;
 }
 
+std::uint64_t FileSizeOf(const std::string& path) {
+    CFile file;
+    std::uint64_t size = 0;
+    const bool known = !IsDevice(path) && file.OpenForReading(path) == FileCause::None &&
+                       file.Size(size) == FileCause::None;
+    return known ? size : 0;
+}
+
 FileCause MakeDirectories(const std::string& path) {
     FileCause cause = FileCause::None;
     for (std::size_t end = 1; end <= path.size(); ++end) {

@@ -20,6 +20,9 @@ FileCause ReadWholeFile(const std::string& path, std::size_t most, std::string& 
 /// two programs that write the same file at once the last one wins.
 FileCause WriteWholeFile(const std::string& path, std::string_view bytes);
 
+/// The bytes of a file; 0 when it has no size that is known: a device, or one that cannot be read.
+std::uint64_t FileSizeOf(const std::string& path);
+
 /// Makes a folder and those above it that are missing; None when it is there already.
 FileCause MakeDirectories(const std::string& path);
 

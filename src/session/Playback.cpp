@@ -5,6 +5,7 @@
 
 #include "base/Text.h"
 #include "platform/FileErrorText.h"
+#include "platform/WholeFile.h"
 #include "session/SessionOpener.h"
 #include "telemetry/RawLogReader.h"
 
@@ -24,18 +25,15 @@ bool CPlayback::Open(const std::string& path, const InstrumentSelection& selecti
     settings.readChunkSize = Chunk;
     CommResult result = CommResult::Success;
     Resource = Doc.AddFileResource(path, settings, &result);
-    CFile file;
     if (Resource == ResourceId::None) {
+        CFile file;
         const FileCause cause = file.OpenForReading(path);
         Fault = cause == FileCause::None
                     ? "cannot be played. " + OneLine(CommDetail(result))
                     : "cannot be read. " + std::string(GetFileErrorText(cause));
         return false;
     }
-    // The file is opened only once where it may be a pipe.
-    if (!IsDevice(path) && file.OpenForReading(path) == FileCause::None &&
-        file.Size(FileSize) != FileCause::None)
-        FileSize = 0;
+    FileSize = FileSizeOf(path);
     const double tare = PressureTareOf(path);
     {
         CRecursiveLock lock(Doc.DocLock);

@@ -4,11 +4,15 @@
 namespace qor {
 
 PortWord WordOf(const ResourceStatus& resource) {
+    if (!resource.isFile)
+        return WordOfPort(resource);
+    return resource.playing      ? PortWord{"playing", Sign::Ok}
+           : resource.frames > 0 ? PortWord{"played", Sign::Ok}
+                                 : PortWord{"not playing", Sign::Off};
+}
+
+PortWord WordOfPort(const ResourceStatus& resource) {
     const ResourceFigures& figures = resource.figures;
-    if (resource.isFile)
-        return resource.playing      ? PortWord{"playing", Sign::Ok}
-               : resource.frames > 0 ? PortWord{"played", Sign::Ok}
-                                     : PortWord{"not playing", Sign::Off};
     if (resource.reconnects && !figures.connected)
         return {"lost, trying", Sign::Error};
     if (figures.abortCode != 0)

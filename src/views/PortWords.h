@@ -14,5 +14,7 @@ struct PortWord {
 };
 
 PortWord WordOf(const ResourceStatus& resource);
+/// As a port, whatever it is.
+PortWord WordOfPort(const ResourceStatus& resource);
 
 } // namespace qor

@@ -1,23 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "cli/SessionCheck.h"
+//
+// A session file that is checked. See CheckedSession.h.
+#include "session/CheckedSession.h"
 
-#include "base/Text.h"
-#include "cli/InstrumentOptions.h"
-#include "cli/Report.h"
+#include "session/InstrumentDefaults.h"
 #include "session/SessionFile.h"
 
 namespace qor {
 
-namespace {
-
-std::string Line(const Refusal& refusal) {
-    return refusal.subject + ": " + refusal.reason;
-}
-
-} // namespace
-
-CheckedSession::CheckedSession(const std::string& path)
-    : Path(path), Doc(Clock, MakeSystemSerialPort, User, Profile), Setup(Doc) {
+CCheckedSession::CCheckedSession(const std::string& path, CUserService& user)
+    : Path(path), Doc(Clock, MakeSystemSerialPort, user, Profile), Setup(Doc) {
     Doc.SessionLog.KeepText = Doc.SessionLog.KeepFile = false;
     Doc.Instruments.DefaultsPath = InstrumentDefaultsPath();
     const SessionReading reading = LoadSession(path);
@@ -28,7 +20,7 @@ CheckedSession::CheckedSession(const std::string& path)
         Setup.JudgeReplay();
 }
 
-std::vector<std::string> CheckedSession::Messages() const {
+std::vector<std::string> CCheckedSession::Messages() const {
     std::vector<std::string> messages;
     if (!Refusal.empty())
         messages.push_back(Refusal);
@@ -36,16 +28,8 @@ std::vector<std::string> CheckedSession::Messages() const {
     for (const auto* list :
          {&Setup.Refusals(), &Setup.Warnings(), &Setup.Silent(), &Setup.Unreplayable()})
         for (const qor::Refusal& one : *list)
-            messages.push_back(Line(one));
+            messages.push_back(one.subject + ": " + one.reason);
     return messages;
-}
-
-bool SaySession(const CheckedSession& checked, bool strict) {
-    for (const std::string& warning : checked.Warnings)
-        ReportWarning(warning);
-    if (!checked.Refusal.empty())
-        ReportError(checked.Refusal);
-    return ReportSetup(checked.Setup, strict, false) && checked.Refusal.empty();
 }
 
 } // namespace qor

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "session/EventAdvice.h"
+
+#include "base/Text.h"
+
+#include <algorithm>
+
+namespace qor {
+
+namespace {
+
+constexpr EventAdvice Advices[] = {
+    {EventKind::NameTaken, true, true, "Choose another name, or let it be replaced."},
+    {EventKind::LogFailed, false, true, "The log has ended; make room and begin another."},
+    {EventKind::SyncFailed, true, true, "A power cut now may cost data; look at the disk."},
+    {EventKind::DiskStalled, true, false, "Look at the disk; nothing is lost yet."},
+    {EventKind::FramesUnstored, true, true, "The disk was too slow or full."},
+    {EventKind::FramesLost, true, true, "The program had no time for them; close other programs."},
+    {EventKind::BytesLost, true, true, "Is it the right definition?"},
+    {EventKind::PositionKept, true, false, "The typed position stands there."},
+    {EventKind::UnitsUnknown, true, false, "Nothing is derived from it."},
+    {EventKind::PortLost, true, false, ""},
+    {EventKind::PortBack, true, false, ""},
+};
+
+} // namespace
+
+const EventAdvice* AdviceOf(EventKind kind) {
+    const auto* row = std::ranges::find(Advices, kind, &EventAdvice::kind);
+    return row == std::end(Advices) ? nullptr : row;
+}
+
+std::string EventLine(const Event& event, const EventAdvice& row, std::string_view advice) {
+    return (row.namesSubject ? "" : event.subject + ": ") + OneLine(event.text) +
+           (advice.empty() ? "" : " ") + std::string(advice);
+}
+
+} // namespace qor

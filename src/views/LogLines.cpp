@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "views/LogLines.h"
+
+#include "base/Text.h"
+#include "views/PortWords.h"
+
+#include <numeric>
+
+namespace qor {
+
+namespace {
+
+unsigned long long Printed(std::uint64_t count) {
+    return count;
+}
+
+/// An abort has to stand out among lines that come again and again.
+const char* StateText(const ResourceStatus& resource) {
+    const ResourceFigures& figures = resource.figures;
+    const bool lost = resource.reconnects && !figures.connected;
+    return figures.abortCode != 0 && !lost ? "ABORTED" : WordOfPort(resource).text;
+}
+
+/// What a port did not bring into the log; empty when there is nothing.
+std::string MissingLine(const ResourceStatus& resource) {
+    const ResourceFigures& figures = resource.figures;
+    const struct {
+        std::uint64_t count;
+        const char* what;
+    } parts[] = {
+        {figures.framesLost, " frames lost"},
+        {figures.bytesDiscarded, " bytes discarded"},
+        {std::accumulate(figures.lineErrors.begin(), figures.lineErrors.end(), std::uint64_t{0}),
+         " line errors"},
+    };
+    std::string text;
+    for (const auto& part : parts)
+        if (part.count > 0)
+            text += (text.empty() ? ": " : ", ") + std::to_string(part.count) + part.what;
+    return text.empty() ? text : resource.name + text + "\n";
+}
+
+} // namespace
+
+std::string StatusLine(const ResourceStatus& resource, double framesPerSecond, std::size_t room) {
+    const ResourceFigures& figures = resource.figures;
+    const char* state = StateText(resource);
+    const std::string lost =
+        figures.framesLost == 0 ? std::string() : Format(" %llu LOST", Printed(figures.framesLost));
+    std::string line = Format("%-16s %-13s %9llu frames %7.1f/s %s %llu dropped  %llu checksum "
+                              "errors  %llu bytes discarded",
+                              resource.name.c_str(), state, Printed(resource.frames),
+                              framesPerSecond, lost.c_str(), Printed(resource.dropped),
+                              Printed(resource.checksumErrors), Printed(figures.bytesDiscarded));
+    if (line.size() <= room)
+        return line;
+    // All figures are to be seen in 80 columns too.
+    constexpr std::string_view devices = "/dev/";
+    const std::size_t skipped = resource.name.starts_with(devices) ? devices.size() : 0;
+    line = Format("%s %s %llu frames %.1f/s%s %llu dropped %llu checksum errors %llu discarded",
+                  resource.name.c_str() + skipped, state, Printed(resource.frames), framesPerSecond,
+                  lost.c_str(), Printed(resource.dropped), Printed(resource.checksumErrors),
+                  Printed(figures.bytesDiscarded));
+    return line.substr(0, room);
+}
+
+std::string SummaryLines(const SessionSnapshot& snapshot) {
+    std::string text;
+    for (const ResourceStatus& resource : snapshot.resources) {
+        for (const InstrumentFigures& figures : resource.instruments)
+            text += Format(
+                "%s on %s: %llu frames, %u in the last log, %llu dropped, %llu checksum errors\n",
+                figures.name.c_str(), resource.name.c_str(), Printed(figures.frames),
+                figures.framesThisLog, Printed(figures.dropped), Printed(figures.checksumErrors));
+        text += MissingLine(resource);
+    }
+    return text;
+}
+
+std::string DiscardedLine(const ResourceStatus& resource) {
+    const ResourceFigures& figures = resource.figures;
+    if (figures.bytesDiscarded <= resource.longestFrame)
+        return {};
+    return Format("%s: %llu of %llu bytes belong to no frame of its instruments. Is the line "
+                  "noisy, or the speed or a definition wrong?",
+                  resource.name.c_str(), Printed(figures.bytesDiscarded),
+                  Printed(figures.bytesReceived));
+}
+
+} // namespace qor

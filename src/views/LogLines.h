@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// A running log told in lines of text, one a resource while it goes and one an instrument at its
+// end, for faces without windows. Pure: made from a moment's figures; any thread, no lock.
+#pragma once
+
+#include "session/SessionSnapshot.h"
+
+#include <string>
+
+namespace qor {
+
+/// A resource's state and figures; shortened, and at last cut, where there is no room for the
+/// aligned ones.
+std::string StatusLine(const ResourceStatus& resource, double framesPerSecond, std::size_t room);
+
+/// What each instrument brought, and under the instruments of a port what it did not bring. Each
+/// line with its end.
+std::string SummaryLines(const SessionSnapshot& snapshot);
+
+/// Says that a port's bytes belong to no frame, when that is more than the rest of a frame which
+/// had begun before the connection; else empty.
+std::string DiscardedLine(const ResourceStatus& resource);
+
+} // namespace qor
