@@ -7,15 +7,12 @@
 #include "cli/Report.h"
 #include "cli/SessionOptions.h"
 #include "export/LogFacts.h"
-#include "telemetry/RawLogReader.h"
 
 #include "base/Text.h"
 #include "platform/FileErrorText.h"
 #include "telemetry/RawLogReader.h"
 
 #include <CLI/CLI.hpp>
-
-#include <algorithm>
 
 namespace qor {
 
@@ -44,20 +41,11 @@ bool PlayLog(const std::string& path, const InfoOptions& options, CommandContext
     well = playback.Play(
                context,
                [&](CQorViewIns& instrument, const FrameCheckResult&) {
-                   const FrameTime& time = instrument.Live.CurrentFrame()->Info.time;
-                   if (!time.known)
-                       return;
-                   if (!facts.firstTag.known)
-                       facts.firstTag = time;
-                   facts.lastTag = time;
+                   facts.NoteTime(instrument.Live.CurrentFrame()->Info.time);
                },
                [] { return true; }) &&
            well;
-    for (const ResourceStatus& resource : playback.Doc().Snapshot().resources)
-        for (const InstrumentFigures& figures : resource.instruments)
-            facts.instruments.push_back(
-                {figures.name, figures.frames, figures.dropped, figures.checksumErrors});
-    facts.bytesDiscarded = playback.Figures().bytesDiscarded;
+    facts.Count(playback.Doc().Snapshot());
     return well;
 }
 
@@ -88,8 +76,7 @@ int RunInfo(InfoOptions& options, CommandContext& context) {
         }
         if (plays)
             well = PlayLog(path, options, context, play) && well;
-        for (const PlayFacts::Instrument& instrument : play.instruments)
-            well = well && instrument.checksumErrors == 0;
+        well = well && !play.HasChecksumErrors();
         (options.json ? WriteLogJson : WriteLogText)(output, path, log, plays ? &play : nullptr);
         if (context.stop.Requested())
             return ExitInterrupted;

@@ -7,29 +7,10 @@
 
 #include <CLI/CLI.hpp>
 
-#include <algorithm>
-
 namespace qor {
 
-namespace {
-
-std::string RoleNames() {
-    std::string names;
-    for (const RoleRow& row : RoleTable) {
-        if (!names.empty())
-            names += &row == &RoleTable.back() ? " or " : ", ";
-        names += row.name;
-    }
-    return names;
-}
-
-} // namespace
-
 std::string CheckInstrumentFile(const std::string& path) {
-    const FileKind kind = KindByName(path);
-    const bool other = kind == FileKind::RawLog || kind == FileKind::Session ||
-                       (kind == FileKind::Other && !ExtensionOf(path).empty());
-    return other ? OneLine(NotInstrumentFile(path)) : std::string();
+    return MayBeInstrumentFile(path) ? std::string() : OneLine(NotInstrumentFile(path));
 }
 
 void AddNameOptions(CLI::App& command, InstrumentSelection& selection) {
@@ -53,10 +34,11 @@ void AddNameOptions(CLI::App& command, InstrumentSelection& selection) {
                 for (const std::string& text : texts)
                     selection.roles.push_back(*ParseRole(text));
             },
-            "Gives an instrument a role: " + RoleNames())
+            "Gives an instrument a role: " + PlainRoleNames())
         ->type_name("NAME=ROLE")
         ->check([](const std::string& text) {
-            return ParseRole(text) ? std::string() : text + ": give NAME=ROLE with " + RoleNames();
+            return ParseRole(text) ? std::string()
+                                   : text + ": give NAME=ROLE with " + PlainRoleNames();
         })
         ->allow_extra_args(false);
 }
@@ -120,11 +102,6 @@ void AddDerivedOption(CLI::App& command, InstrumentSelection& selection, bool* w
 void AddStrictOption(CLI::App& command, bool& strict) {
     command.add_flag("--strict", strict,
                      "A definition with repaired or dropped lines is a fault, not a warning");
-}
-
-bool HasUnknownName(const std::vector<Refusal>& refusals) {
-    return std::ranges::any_of(
-        refusals, [](const Refusal& refusal) { return refusal.kind == Refusal::Kind::Name; });
 }
 
 bool ReportSetup(const CSessionSetup& setup, bool strict, bool needsFrames) {

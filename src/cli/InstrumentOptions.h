@@ -20,8 +20,7 @@ inline constexpr const char* EveryInstrument = "*";
 /// And of a --derived without a choice.
 inline constexpr const char* UsualDerived = "usual";
 
-/// What is wrong with a file that can be neither a definition nor a package, or nothing; a name
-/// without an extension that says otherwise is taken for a definition, as it always was.
+/// What is wrong with a file that can be neither a definition nor a package, or nothing.
 std::string CheckInstrumentFile(const std::string& path);
 /// Adds -d, -p, --wet and --role to a command.
 void AddInstrumentOptions(CLI::App& command, InstrumentSelection& selection);
@@ -39,7 +38,5 @@ void AddPackageOptions(CLI::App& command, PackageSettings& settings);
 /// Says what is wrong with the instruments of a call, each as an error or, where they are used all
 /// the same, as a warning (`strict`: an error). False when there is an error.
 bool ReportSetup(const CSessionSetup& setup, bool strict, bool needsFrames);
-/// Whether a name was given that nothing has: a wrong call.
-bool HasUnknownName(const std::vector<Refusal>& refusals);
 
 } // namespace qor

@@ -4,7 +4,31 @@
 #include "base/Text.h"
 #include "export/FrameText.h"
 
+#include <algorithm>
+
 namespace qor {
+
+void PlayFacts::NoteTime(const FrameTime& time) {
+    if (!time.known)
+        return;
+    if (!firstTag.known)
+        firstTag = time;
+    lastTag = time;
+}
+
+void PlayFacts::Count(const SessionSnapshot& snapshot) {
+    for (const ResourceStatus& resource : snapshot.resources) {
+        bytesDiscarded += resource.figures.bytesDiscarded;
+        for (const InstrumentFigures& figures : resource.instruments)
+            instruments.push_back(
+                {figures.name, figures.frames, figures.dropped, figures.checksumErrors});
+    }
+}
+
+bool PlayFacts::HasChecksumErrors() const {
+    return std::ranges::any_of(instruments,
+                               [](const Instrument& one) { return one.checksumErrors > 0; });
+}
 
 void WriteLogJson(COutput& output, const std::string& path, const CRawLogReader& log,
                   const PlayFacts* play) {

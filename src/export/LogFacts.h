@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// What a raw log holds, as text for people and as JSON. Who reads the log fills the facts in.
+// What a raw log holds, as text for people and as JSON. Who plays the log has the facts noted.
 #pragma once
 
 #include "export/Output.h"
 #include "platform/Clock.h"
+#include "session/SessionSnapshot.h"
 #include "telemetry/RawLogReader.h"
 
 #include <optional>
@@ -22,6 +23,12 @@ struct PlayFacts {
     std::vector<Instrument> instruments;
     FrameTime firstTag, lastTag;
     std::uint64_t bytesDiscarded = 0;
+
+    /// A frame was played.
+    void NoteTime(const FrameTime& time);
+    /// The log was played to its end: takes the counts of its instruments.
+    void Count(const SessionSnapshot& snapshot);
+    bool HasChecksumErrors() const;
 };
 
 /// `play` is null for a log that was not played.

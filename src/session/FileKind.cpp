@@ -89,6 +89,12 @@ FileKind KindOfFile(const std::string& path) {
     return KindByContent(ByteSpan(begin).first(got));
 }
 
+bool MayBeInstrumentFile(std::string_view path) {
+    const FileKind kind = KindByName(path);
+    return kind == FileKind::Package || kind == FileKind::Definition ||
+           (kind == FileKind::Other && ExtensionOf(path).empty());
+}
+
 std::string NotInstrumentFile(const std::string& path) {
     return "The file extension for " + path + " \r\nis not a Package/Calibration/TDF file.";
 }

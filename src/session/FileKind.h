@@ -30,6 +30,10 @@ FileKind KindByContent(ByteSpan begin);
 /// By the name or, when that tells nothing, by the content. Other when the file cannot be read.
 FileKind KindOfFile(const std::string& path);
 
+/// Whether a file may be a definition or a package, by its name: one without an extension
+/// is taken for a definition, as it always was.
+bool MayBeInstrumentFile(std::string_view path);
+
 /// What the operator reads when a file is neither a package nor a definition.
 std::string NotInstrumentFile(const std::string& path);
 

@@ -29,6 +29,16 @@ const RoleRow& RowOf(InstrumentRole role) {
     return *std::ranges::find(RoleTable, role, &RoleRow::role);
 }
 
+std::string PlainRoleNames() {
+    std::string names;
+    for (const RoleRow& row : RoleTable) {
+        if (!names.empty())
+            names += &row == &RoleTable.back() ? " or " : ", ";
+        names += row.name;
+    }
+    return names;
+}
+
 std::string AllRoleNames() {
     std::vector<std::string_view> names;
     for (const RoleRow& row : RoleTable)

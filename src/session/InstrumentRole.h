@@ -43,6 +43,8 @@ inline constexpr std::array RoleTable = {
 std::optional<InstrumentRole> RoleOfName(std::string_view name);
 /// The row of a role.
 const RoleRow& RowOf(InstrumentRole role);
+/// All names for a help text: profiler, reference, ... or gps.
+std::string PlainRoleNames();
 /// All names for a message: "profiler", "reference", ... or "gps", in quotes.
 std::string AllRoleNames();
 

@@ -4,7 +4,9 @@
 // face can say it in its own way.
 #pragma once
 
+#include <algorithm>
 #include <string>
+#include <vector>
 
 namespace qor {
 
@@ -16,5 +18,11 @@ struct Refusal {
     std::string reason;
     bool hasParseLog = false; ///< checking the file says more
 };
+
+/// Whether a name was given that nothing has: what was asked for is wrong, not what it met.
+inline bool HasUnknownName(const std::vector<Refusal>& refusals) {
+    return std::ranges::any_of(
+        refusals, [](const Refusal& refusal) { return refusal.kind == Refusal::Kind::Name; });
+}
 
 } // namespace qor
