@@ -68,7 +68,8 @@ void CPackageRows::AddRow(ANCDATATYPE kind, std::string label, std::string units
     List.push_back({kind, std::move(label), std::move(units), {}, {}, {}, decimals});
     Carriers.emplace_back();
     for (const SensorPlace place : from)
-        Carriers.back().push_back(place.instrument);
+        if (place.instrument >= 0) // a row may do without some of its sensors
+            Carriers.back().push_back(place.instrument);
 }
 
 void CPackageRows::BuildRows(Instruments instruments) {
