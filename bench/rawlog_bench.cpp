@@ -3,6 +3,7 @@
 // The raw log: one write a frame and one write a batch, beside the same bytes written bare; and
 // what the way of a frame costs beside its checks and conversions.
 #include "base/Text.h"
+#include "session/FrameWatch.h"
 #include "session/QorViewDoc.h"
 #include "telemetry/RawLogFormat.h"
 
@@ -94,10 +95,7 @@ BENCHMARK(BareWrite)->Arg(1)->Arg(16)->Arg(256);
 void PassFrames(benchmark::State& state) {
     Bench bench;
     std::uint64_t seen = 0;
-    {
-        CRecursiveLock lock(bench.Doc.DocLock);
-        bench.Doc.OnFrame = [&](CQorViewIns&, const FrameCheckResult&) { ++seen; };
-    }
+    const CFrameWatch watch(bench.Doc, [&](CQorViewIns&, const FrameCheckResult&) { ++seen; });
     for (auto _ : state) {
         bench.Fill(256);
         bench.Doc.Acquisition.ProcessFrames(bench.Queue);

@@ -7,6 +7,7 @@
 #include "cli/SessionOptions.h"
 #include "instrument/SpecialType.h"
 #include "session/FileKind.h"
+#include "session/FrameWatch.h"
 
 #include <CLI/CLI.hpp>
 
@@ -60,11 +61,10 @@ const CQorViewIns* CPlayedFile::Find(std::string_view name) const {
 
 bool CPlayedFile::Play(CommandContext& context, const FrameFunction& onFrame,
                        const std::function<bool()>& goOn) {
-    Document.Acquisition.SetFrameHook(onFrame);
+    const CFrameWatch watch(Document, onFrame);
     CProgress progress(Path, Playback.Size(), context.quiet);
     while (!context.stop.Requested() && goOn() && Playback.PlayBatch())
         progress.Update(Figures().bytesReceived);
-    Document.Acquisition.SetFrameHook(nullptr);
     return context.stop.Requested() || SayEnd();
 }
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// A frame becomes an instrument's current one. This is on the path of every frame: nothing is
-// allocated and no text copied once the first frame is in.
+// What is asked of an instrument's current frame. See LiveInstrument.h.
 #include "products/LiveInstrument.h"
 
 #include "instrument/Calibration.h"
@@ -27,19 +26,8 @@ std::int64_t PatienceAt(double frameRate) {
 CLiveInstrument::CLiveInstrument(const CInstrument& definition)
     : Instrument(definition), Plan(definition), ParChannels(ParList(definition)) {}
 
-void CLiveInstrument::Take(CFrameData& frame) {
-    Plan.Convert(frame.Span(), Immersed, CurrentValues);
-
-    // The texts of the attachment change only with the attachment.
-    if (!HasFrame || Current.Info.identity != frame.Info.identity || frame.Info.identity == 0) {
-        Current.Info = frame.Info;
-    } else {
-        Current.Info.frameCounter = frame.Info.frameCounter;
-        Current.Info.time = frame.Info.time;
-    }
-    Current.Bytes.swap(frame.Bytes);
-    Current.StreamOffset = frame.StreamOffset;
-    Current.Error = frame.Error;
+void CLiveInstrument::TakeAttachment(const CFrameInfo& info) {
+    Current.Info = info;
     HasFrame = true;
 }
 

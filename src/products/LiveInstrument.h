@@ -23,8 +23,19 @@ class CLiveInstrument {
     const std::string& Name() const { return Instrument.Name(); }
 
     /// Converts every sensor; the frame becomes the current one (its bytes are exchanged with the
-    /// previous frame's, so nothing is copied).
-    void Take(CFrameData& frame);
+    /// previous frame's). On the path of every frame: nothing is allocated and no text copied once
+    /// the first frame is in.
+    void Take(CFrameData& frame) {
+        Plan.Convert(frame.Span(), Immersed, CurrentValues);
+        // The texts of the attachment change only with the attachment.
+        if (!HasFrame || Current.Info.identity != frame.Info.identity || frame.Info.identity == 0)
+            TakeAttachment(frame.Info);
+        Current.Info.frameCounter = frame.Info.frameCounter;
+        Current.Info.time = frame.Info.time;
+        Current.Bytes.swap(frame.Bytes);
+        Current.StreamOffset = frame.StreamOffset;
+        Current.Error = frame.Error;
+    }
 
     /// The latest frame, or null before the first.
     const CFrameData* CurrentFrame() const { return HasFrame ? &Current : nullptr; }
@@ -51,6 +62,8 @@ class CLiveInstrument {
     std::int64_t ArrivalMonotonic = 0;
 
   private:
+    void TakeAttachment(const CFrameInfo& info);
+
     const CInstrument& Instrument;
     CConversionPlan Plan;
     std::vector<ParChannel> ParChannels;

@@ -10,6 +10,25 @@
 
 namespace qor {
 
+/// Returns whether an instrument claimed the frame.
+inline bool CAcquisition::ProcessFrame(CFrameData& frame, std::int64_t now) {
+    const SessionState::FrameOwner* owner = Session.OwnerOf(frame.Info.identity);
+    if (!owner)
+        return false;
+    CQorViewIns& instrument = *owner->instrument;
+    if (owner->playing)
+        owner->playing->Note(frame);
+    const FrameCheckResult found = instrument.Process(frame);
+    instrument.Live.ArrivalMonotonic = now;
+    if (CPackage* package = owner->package)
+        package->Products.Advance(Session.InputsOf(*package), Session.Velocity);
+    for (const FrameHook* watch : Session.Watches)
+        (*watch)(instrument, found);
+    RawLog.LockIsHeld();
+    RawLog.LogFrame(instrument, found);
+    return true;
+}
+
 /// Retrieval and processing stand under one hold of the lock, so that frames that a disconnection
 /// hands over cannot overtake those that were retrieved before.
 std::size_t CAcquisition::TakeBatch(CQorViewRes& resource) {
@@ -109,35 +128,6 @@ std::size_t CAcquisition::ProcessFrames(CFrameQueue& frames) {
     RawLog.LockIsHeld();
     RawLog.Flush();
     return claimed;
-}
-
-/// Returns whether an instrument claimed the frame.
-bool CAcquisition::ProcessFrame(CFrameData& frame, std::int64_t now) {
-    const SessionState::FrameOwner* owner = Session.OwnerOf(frame.Info.identity);
-    if (!owner)
-        return false;
-    CQorViewIns& instrument = *owner->instrument;
-    if (owner->resource->IsFile())
-        owner->resource->Pace.Note(frame);
-    const FrameCheckResult found = instrument.Process(frame);
-    instrument.Live.ArrivalMonotonic = now;
-    if (CPackage* package = owner->package)
-        package->Products.Advance(Session.InputsOf(*package), Session.Velocity);
-    History.LockIsHeld();
-    if (!History.IsIdle())
-        History.Take(*owner);
-    if (Session.OnFrame)
-        Session.OnFrame(instrument, found);
-    for (const FrameHook* watch : Session.Watches)
-        (*watch)(instrument, found);
-    RawLog.LockIsHeld();
-    RawLog.LogFrame(instrument, found);
-    return true;
-}
-
-void CAcquisition::SetFrameHook(FrameHook hook) {
-    CRecursiveLock lock(Session.DocLock);
-    Session.OnFrame = std::move(hook);
 }
 
 bool CAcquisition::TakeCommands(int milliseconds) {

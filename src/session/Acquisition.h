@@ -5,7 +5,6 @@
 // acquisition loop on its thread, and by whoever plays a file without one.
 #pragma once
 
-#include "session/History.h"
 #include "session/RawLog.h"
 #include "session/SessionState.h"
 #include "telemetry/TelemControl.h"
@@ -19,8 +18,8 @@ class CSessionLog;
 class CAcquisition {
   public:
     /// What it leads frames and messages to; all belong to the document.
-    CAcquisition(SessionState& session, CHistory& history, CRawLog& rawLog, CSessionLog& sessionLog)
-        : Session(session), History(history), RawLog(rawLog), SessionLog(sessionLog) {}
+    CAcquisition(SessionState& session, CRawLog& rawLog, CSessionLog& sessionLog)
+        : Session(session), RawLog(rawLog), SessionLog(sessionLog) {}
 
     /// The controller is lent once, before anything runs.
     void Use(CTelemControl& control) { Control = &control; }
@@ -48,9 +47,6 @@ class CAcquisition {
     /// order, waiting at most so long for the first command. True when a command came.
     bool TakeCommands(int milliseconds);
 
-    /// Who sees every frame from now on, or nobody (null).
-    void SetFrameHook(FrameHook hook);
-
     // Set before anything runs; called on the thread that acquires, without the lock.
     /// Hears every notice about a resource (status changed, end of file, frames available).
     std::function<void(NoticeCode, const std::string& resource)> OnNotice;
@@ -63,7 +59,6 @@ class CAcquisition {
     bool ProcessFrame(CFrameData& frame, std::int64_t now) REQUIRES(Session.DocLock);
 
     SessionState& Session;
-    CHistory& History;
     CRawLog& RawLog;
     CSessionLog& SessionLog;
     CTelemControl* Control = nullptr;

@@ -8,7 +8,8 @@ namespace qor {
 CFrameWatch::CFrameWatch(SessionState& session, FrameHook seen)
     : Session(session), Seen(std::move(seen)) {
     CRecursiveLock lock(Session.DocLock);
-    Session.Watches.push_back(&Seen);
+    if (Seen)
+        Session.Watches.push_back(&Seen);
 }
 
 CFrameWatch::~CFrameWatch() {

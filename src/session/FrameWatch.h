@@ -12,6 +12,7 @@ namespace qor {
 
 class CFrameWatch {
   public:
+    /// Null: nobody looks.
     CFrameWatch(SessionState& session, FrameHook seen);
     ~CFrameWatch();
     CFrameWatch(const CFrameWatch&) = delete;

@@ -63,6 +63,7 @@ WatchId CHistory::Watch(const HistoryItem& item) {
     }
     if (Curves.size() >= MostCurves)
         return WatchId::None;
+    Wake();
     Curves.push_back(std::make_unique<Kept>());
     Curves.back()->id = NextId();
     Curves.back()->item = std::move(wanted);
@@ -82,6 +83,7 @@ WatchId CHistory::WatchSpectra(const std::string& instrument, const OpticalSerie
     }
     if (Rings.size() >= MostSpectra)
         return WatchId::None;
+    Wake();
     Rings.emplace_back();
     Rings.back().id = NextId();
     Rings.back().instrument = instrument;
@@ -101,9 +103,20 @@ void CHistory::Unwatch(WatchId watch) {
     Bound = false;
     if (!IsIdle())
         return;
+    Feed.reset();
     Sources.clear();
     Depths.clear();
     Clocks.clear();
+}
+
+void CHistory::Wake() {
+    if (Feed)
+        return;
+    Feed.emplace(Session, [this](CQorViewIns& instrument, const FrameCheckResult&) {
+        LockIsHeld();
+        if (const SessionState::FrameOwner* owner = Session.OwnerOf(instrument.Id))
+            Take(*owner);
+    });
 }
 
 const WatchedCurve* CHistory::Curve(WatchId watch) const {

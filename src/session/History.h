@@ -11,6 +11,7 @@
 #include "products/HistoryCurve.h"
 #include "products/SensorUnits.h"
 #include "products/SpectrumRing.h"
+#include "session/FrameWatch.h"
 #include "session/HistoryClock.h"
 #include "session/SessionState.h"
 
@@ -76,12 +77,6 @@ class CHistory {
     bool BeginCast(const std::string& instrument);
     bool EndCast(const std::string& instrument);
 
-    /// For a caller that holds the document's lock under another name.
-    void LockIsHeld() const ASSERT_CAPABILITY(Session.DocLock) {}
-    bool IsIdle() const REQUIRES(Session.DocLock) { return Curves.empty() && Rings.empty(); }
-    /// Takes an instrument's current frame. Only while it is not idle.
-    void Take(const SessionState::FrameOwner& owner) REQUIRES(Session.DocLock);
-
   private:
     struct Kept : WatchedCurve {
         WatchId id = WatchId::None;
@@ -143,6 +138,13 @@ class CHistory {
         }
     };
 
+    /// In the watch of frames, which holds the document's lock.
+    void LockIsHeld() const ASSERT_CAPABILITY(Session.DocLock) {}
+    bool IsIdle() const REQUIRES(Session.DocLock) { return Curves.empty() && Rings.empty(); }
+    /// Frames are looked at from now on.
+    void Wake() REQUIRES(Session.DocLock);
+    /// Takes an instrument's current frame.
+    void Take(const SessionState::FrameOwner& owner) REQUIRES(Session.DocLock);
     bool IsBound() const REQUIRES(Session.DocLock) {
         return Bound && BoundVersion == Session.OwnersVersion && BoundProfiler == Profiler();
     }
@@ -171,6 +173,7 @@ class CHistory {
     WatchId NextId() REQUIRES(Session.DocLock) { return WatchId{++LastId}; }
 
     SessionState& Session;
+    std::optional<CFrameWatch> Feed GUARDED_BY(Session.DocLock); ///< while not idle
     std::vector<std::unique_ptr<Kept>> Curves GUARDED_BY(Session.DocLock);
     std::vector<Ring> Rings GUARDED_BY(Session.DocLock);
     std::map<ResourceId, Clock> Clocks GUARDED_BY(Session.DocLock);

@@ -22,8 +22,8 @@ constexpr const char* LoggingSoundsKey = "Logging Sounds";
 CQorViewDoc::CQorViewDoc(CClock& clock, SerialPortFactory makePort, CUserService& user,
                          CProfileStore& profile)
     : SessionState(clock, user, profile), History(*this), SessionLog(*this), RawLog(*this, *this),
-      Acquisition(*this, History, RawLog, SessionLog), Sources(*this), Instruments(*this),
-      Packages(*this), Ports(*this, *this), Starter(*this), Session(*this) {
+      Acquisition(*this, RawLog, SessionLog), Sources(*this), Instruments(*this), Packages(*this),
+      Ports(*this, *this), Starter(*this), Session(*this) {
     AttachController(std::make_unique<CTelemControl>(clock, std::move(makePort)));
     Acquisition.Use(*Controller());
 }

@@ -25,11 +25,4 @@ void CQorViewIns::TakeOver(const CQorViewIns& before) {
     Checks.TakeOver(before.Checks);
 }
 
-FrameCheckResult CQorViewIns::Process(CFrameData& frame) {
-    FrameCheckResult result = Checks.Check(frame.Span());
-    Live.Take(frame);
-    ++FramesReceived;
-    return result;
-}
-
 } // namespace qor

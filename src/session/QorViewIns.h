@@ -26,7 +26,12 @@ class CQorViewIns {
 
     /// Checks the frame and converts every sensor; the frame becomes the live instrument's current
     /// one.
-    FrameCheckResult Process(CFrameData& frame);
+    FrameCheckResult Process(CFrameData& frame) {
+        const FrameCheckResult result = Checks.Check(frame.Span());
+        Live.Take(frame);
+        ++FramesReceived;
+        return result;
+    }
 
     /// What belongs to the instrument and not to its attachment: settings, counts.
     void TakeOver(const CQorViewIns& before);

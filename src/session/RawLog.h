@@ -72,7 +72,12 @@ class CRawLog {
     void LockIsHeld() const ASSERT_CAPABILITY(Session.DocLock) {}
     /// Adds the instrument's current frame to the open log, if it is to be logged. `found` is what
     /// its checks found. Frames go to the file with the next Flush.
-    void LogFrame(CQorViewIns& instrument, const FrameCheckResult& found) REQUIRES(Session.DocLock);
+    void LogFrame(CQorViewIns& instrument, const FrameCheckResult& found)
+        REQUIRES(Session.DocLock) {
+        PendingBeep = PendingBeep || found.beep;
+        if (State.logOpen && instrument.LoggingEnabled)
+            AddFrame(instrument);
+    }
     void Flush() REQUIRES(Session.DocLock);
     /// A file that is played is not read on while this much waits for the disk.
     bool IsCrowded() const;
@@ -99,6 +104,7 @@ class CRawLog {
         bool abort;
     };
 
+    void AddFrame(CQorViewIns& instrument) REQUIRES(Session.DocLock);
     void RaiseViewsUpdate() REQUIRES(Session.DocLock);
     bool Begin(StartedBy starter);
     void SayNotBegun(const char* why) REQUIRES(Session.DocLock);

@@ -14,10 +14,7 @@ constexpr std::size_t BatchLimit = 1u << 20;
 
 } // namespace
 
-void CRawLog::LogFrame(CQorViewIns& instrument, const FrameCheckResult& found) {
-    PendingBeep = PendingBeep || found.beep;
-    if (!State.logOpen || !instrument.LoggingEnabled)
-        return;
+void CRawLog::AddFrame(CQorViewIns& instrument) {
     // Frames with check errors are logged: raw data are not judged. Only an unusable record is not.
     const CFrameData& frame = *instrument.Live.CurrentFrame();
     if (frame.Error) {

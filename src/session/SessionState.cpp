@@ -50,7 +50,9 @@ void SessionState::RebuildOwners() {
     for (const auto& resource : Resources)
         for (const auto& instrument : resource->Instruments)
             if (const auto identity = static_cast<std::uint32_t>(instrument->Id); identity != 0)
-                attachments.push_back({identity, {instrument.get(), resource.get(), nullptr}});
+                attachments.push_back({identity,
+                                       {instrument.get(), resource.get(), nullptr,
+                                        resource->IsFile() ? &resource->Pace : nullptr}});
     for (const auto& package : PackageTable) {
         std::vector<InstrumentId> attached;
         package->Live.clear();

@@ -78,8 +78,8 @@ struct SessionState {
     bool CalibrationMode GUARDED_BY(DocLock) = false;
     bool NoDialogs GUARDED_BY(DocLock) = false;  ///< no dialog may be shown and nobody be asked
     bool ExitIfDone GUARDED_BY(DocLock) = false; ///< the program ends when its log has ended
-    FrameHook OnFrame GUARDED_BY(DocLock);
-    std::vector<const FrameHook*> Watches GUARDED_BY(DocLock); ///< each kept by its CFrameWatch
+    /// Who sees every frame; each is kept by its CFrameWatch.
+    std::vector<const FrameHook*> Watches GUARDED_BY(DocLock);
     /// Delivers raised view updates, once a tick, without the lock; set before anything runs.
     std::function<void()> OnViewsUpdate;
 
@@ -101,7 +101,8 @@ struct SessionState {
     struct FrameOwner {
         CQorViewIns* instrument = nullptr;
         CQorViewRes* resource = nullptr;
-        CPackage* package = nullptr; ///< null for a lone instrument
+        CPackage* package = nullptr;    ///< null for a lone instrument
+        CReplayPace* playing = nullptr; ///< of a file that is played; null for a port
     };
     /// Null when no instrument claims the frame.
     const FrameOwner* OwnerOf(std::uint32_t identity) const REQUIRES(DocLock) {

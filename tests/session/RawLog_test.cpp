@@ -124,11 +124,11 @@ TEST_F(ARawLog, OnlyUnusableFramesAndThoseOfSilencedInstrumentsAreLeftOut) {
     {
         CRecursiveLock lock(Doc.DocLock);
         off->LoggingEnabled = false;
-        Doc.OnFrame = [&](CQorViewIns& instrument, const FrameCheckResult& found) {
-            EXPECT_NE(instrument.Live.CurrentFrame(), nullptr);
-            seen.push_back(found.dropped);
-        };
     }
+    const CFrameWatch watch(Doc, [&](CQorViewIns& instrument, const FrameCheckResult& found) {
+        EXPECT_NE(instrument.Live.CurrentFrame(), nullptr);
+        seen.push_back(found.dropped);
+    });
     Offer(*pro, {CounterFrame("PRO", 1)});
     EXPECT_FALSE(std::filesystem::exists(Log()));
     ASSERT_TRUE(Begin());

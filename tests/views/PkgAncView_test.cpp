@@ -3,6 +3,7 @@
 #include "fakes/ScriptedUser.h"
 #include "fakes/ViewedInstrument.h"
 #include "session/AcquisitionLoop.h"
+#include "session/FrameWatch.h"
 #include "views/PkgAncView.h"
 
 #include <gtest/gtest.h>
@@ -132,8 +133,8 @@ TEST(TheCastPage, ShowsWhatTheOperatorSawEveryTenMetres) {
     {
         CRecursiveLock lock(doc.DocLock);
         doc.Find(package)->Settings.SaturationIrradiance = 200.0;
-        doc.OnFrame = onFrame;
     }
+    const CFrameWatch watch(doc, onFrame);
     EXPECT_EQ(loop.PlayFile(file), 4400u);
 
     std::ifstream golden(source + "/tests/golden/cast/pages.txt", std::ios::binary);
