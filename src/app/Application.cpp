@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/Application.h"
 
-#include "app/Icons.h"
-#include "app/Style.h"
+#include "app/look/Icons.h"
+#include "app/look/Style.h"
 
 #include <QApplication>
 #include <QLibraryInfo>

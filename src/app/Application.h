@@ -4,7 +4,7 @@
 // locale, icons, style, language.
 #pragma once
 
-#include "app/Theme.h"
+#include "app/look/Theme.h"
 
 class QApplication;
 

@@ -3,7 +3,7 @@
 // qorview: the desktop. Reads the command line, sets the application up, opens the main window.
 #include "app/Application.h"
 #include "app/CommandLine.h"
-#include "app/MainWindow.h"
+#include "app/frame/MainWindow.h"
 #include "platform/Console.h"
 
 #include <QApplication>

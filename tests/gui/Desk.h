@@ -3,7 +3,7 @@
 // What the desktop's tests share: the application's theme, and letting the event loop run.
 #pragma once
 
-#include "app/Theme.h"
+#include "app/look/Theme.h"
 
 #include <QCoreApplication>
 #include <QEventLoop>

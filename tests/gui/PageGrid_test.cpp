@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "app/PageGrid.h"
-#include "app/SessionTree.h"
+#include "app/frame/SessionTree.h"
+#include "app/windows/PageGrid.h"
 #include "gui/Desk.h"
 #include "gui/SamplePages.h"
 

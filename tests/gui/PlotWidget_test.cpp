@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "app/PlotCanvas.h"
-#include "app/PlotWidget.h"
+#include "app/plots/PlotCanvas.h"
+#include "app/plots/PlotWidget.h"
 #include "gui/Desk.h"
 #include "gui/SamplePages.h"
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/Application.h"
-#include "app/Boxes.h"
 #include "app/CommandLine.h"
-#include "app/Form.h"
-#include "app/Icons.h"
-#include "app/MainWindow.h"
+#include "app/dialogs/Boxes.h"
+#include "app/dialogs/Form.h"
+#include "app/frame/MainWindow.h"
+#include "app/look/Icons.h"
 #include "gui/Desk.h"
 #include "gui/SamplePages.h"
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "app/Icons.h"
-#include "app/Theme.h"
+#include "app/look/Icons.h"
+#include "app/look/Theme.h"
 #include "gui/Desk.h"
 #include "gui/gallery/Scenes.h"
 

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "gui/gallery/Scenes.h"
 
-#include "app/Boxes.h"
-#include "app/FileDialogs.h"
-#include "app/Form.h"
-#include "app/Icons.h"
-#include "app/MainWindow.h"
-#include "app/MenuPopup.h"
-#include "app/PageGrid.h"
-#include "app/PlotWidget.h"
+#include "app/dialogs/Boxes.h"
+#include "app/dialogs/FileDialogs.h"
+#include "app/dialogs/Form.h"
+#include "app/frame/MainWindow.h"
+#include "app/look/Icons.h"
+#include "app/plots/PlotWidget.h"
+#include "app/windows/MenuPopup.h"
+#include "app/windows/PageGrid.h"
 #include "gui/SamplePages.h"
 
 #include <QApplication>

@@ -3,7 +3,7 @@
 // What the gallery shows: each scene makes one window.
 #pragma once
 
-#include "app/Theme.h"
+#include "app/look/Theme.h"
 
 #include <QSize>
 #include <QWidget>

@@ -1,0 +1,187 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/dialogs/Form.h"
+
+#include "app/ShownText.h"
+#include "app/look/Icons.h"
+#include "app/look/Style.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDialogButtonBox>
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPainter>
+#include <QPushButton>
+#include <QStyle>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace qor {
+
+namespace {
+
+constexpr int FieldWidth = 280, SignSize = 16;
+
+} // namespace
+
+CSignLabel::CSignLabel(const CTheme& theme, Sign sign, int size, QWidget* parent)
+    : QWidget(parent), Theme(theme), Shown(sign), Size(size) {
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    connect(&Theme, &CTheme::Changed, this, [this] { updateGeometry(); });
+    setAccessibleName(SignName(sign));
+}
+
+void CSignLabel::SetSign(Sign sign) {
+    if (sign == Shown)
+        return;
+    Shown = sign;
+    setAccessibleName(SignName(sign));
+    update();
+}
+
+QSize CSignLabel::sizeHint() const {
+    return {Theme.Px(Size), Theme.Px(Size)};
+}
+
+void CSignLabel::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    PaintSign(painter, rect(), Shown, Theme.Colours());
+}
+
+CForm::CForm(const CTheme& theme, const QString& title, QWidget* parent)
+    : QDialog(parent), Theme(theme), Fields(new QGridLayout) {
+    setWindowTitle(title);
+    setAttribute(Qt::WA_DeleteOnClose);
+    Fields->setColumnMinimumWidth(1, Theme.Px(FieldWidth));
+    Fields->setColumnStretch(1, 1);
+    Fields->setHorizontalSpacing(Theme.Px(size::Margin));
+    Fields->setVerticalSpacing(Theme.Px(size::Between));
+
+    Buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
+    Ok = Buttons->button(QDialogButtonBox::Ok);
+    Ok->setDefault(true);
+    Buttons->button(QDialogButtonBox::Cancel)->setAutoDefault(false);
+    connect(Buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+    connect(Buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    auto* whole = new QVBoxLayout(this);
+    whole->addLayout(Fields);
+    whole->addStretch(1);
+    whole->addSpacing(Theme.Px(size::Between));
+    whole->addWidget(Buttons);
+}
+
+QLabel* CForm::AddLabel(const QString& text, QWidget* buddy) {
+    auto* label = new QLabel(text);
+    label->setBuddy(buddy);
+    return label;
+}
+
+void CForm::AddField(const QString& label, QWidget* field, FaultOf fault) {
+    const int row = Fields->rowCount();
+    Fields->addWidget(AddLabel(label, field), row, 0, Qt::AlignRight | Qt::AlignVCenter);
+    Fields->addWidget(field, row, 1);
+    field->setAccessibleName(QString(label).remove(QLatin1Char('&')));
+    if (!fault)
+        return;
+    auto* line = new QWidget;
+    auto* lineLayout = new QHBoxLayout(line);
+    lineLayout->setContentsMargins(0, 0, 0, 0);
+    lineLayout->setSpacing(Theme.Px(size::Grid));
+    lineLayout->addWidget(new CSignLabel(Theme, Sign::Error, SignSize), 0, Qt::AlignTop);
+    auto* text = new QLabel;
+    text->setWordWrap(true);
+    text->setMinimumHeight(text->fontMetrics().height());
+    lineLayout->addWidget(text, 1);
+    // The line keeps its place, so that nothing moves under the hand that types.
+    QSizePolicy keeps = line->sizePolicy();
+    keeps.setRetainSizeWhenHidden(true);
+    line->setSizePolicy(keeps);
+    line->setVisible(false);
+    Fields->addWidget(line, row + 1, 1);
+    Rows.push_back({field, line, text, std::move(fault)});
+}
+
+QLineEdit* CForm::AddText(const QString& label, const QString& value, FaultOf fault) {
+    auto* edit = new QLineEdit(value);
+    AddField(label, edit, std::move(fault));
+    connect(edit, &QLineEdit::textChanged, this, &CForm::Check);
+    return edit;
+}
+
+QComboBox* CForm::AddChoice(const QString& label, const QStringList& entries, int chosen,
+                            FaultOf fault) {
+    auto* combo = new QComboBox;
+    combo->addItems(entries);
+    combo->setCurrentIndex(chosen);
+    AddField(label, combo, std::move(fault));
+    connect(combo, &QComboBox::currentIndexChanged, this, &CForm::Check);
+    return combo;
+}
+
+QCheckBox* CForm::AddSwitch(const QString& text, bool on) {
+    auto* box = new QCheckBox(text);
+    box->setChecked(on);
+    Fields->addWidget(box, Fields->rowCount(), 1);
+    connect(box, &QCheckBox::toggled, this, &CForm::Check);
+    return box;
+}
+
+void CForm::AddHeading(const QString& text) {
+    auto* label = new QLabel(text);
+    QFont font = Theme.Font(FontRole::Tool);
+    font.setBold(true);
+    label->setFont(font);
+    const int row = Fields->rowCount();
+    if (row > 1)
+        Fields->setRowMinimumHeight(row, Theme.Px(size::Between));
+    Fields->addWidget(label, row + 1, 0, 1, 2);
+}
+
+QLabel* CForm::AddNote(const QString& text) {
+    auto* label = new QLabel(text);
+    label->setWordWrap(true);
+    Fields->addWidget(label, Fields->rowCount(), 0, 1, 2);
+    return label;
+}
+
+void CForm::SetOkText(const QString& text) {
+    Ok->setText(text);
+}
+
+QPushButton* CForm::AddButton(const QString& text) {
+    return Buttons->addButton(text, QDialogButtonBox::ActionRole);
+}
+
+void CForm::Check() {
+    bool valid = true;
+    for (const Row& row : Rows) {
+        const std::string fault = row.fault();
+        const bool faulty = !fault.empty();
+        valid = valid && !faulty;
+        row.faultText->setText(ShownInLanguage(fault));
+        row.faultLine->setVisible(faulty);
+        row.field->setAccessibleDescription(row.faultText->text());
+        if (row.field->property(FaultProperty).toBool() != faulty) {
+            row.field->setProperty(FaultProperty, faulty);
+            row.field->update();
+        }
+    }
+    Ok->setEnabled(valid);
+}
+
+bool CForm::IsValid() const {
+    return std::all_of(Rows.begin(), Rows.end(),
+                       [](const Row& row) { return row.fault().empty(); });
+}
+
+void CForm::Open() {
+    Check();
+    show();
+    raise();
+    activateWindow();
+}
+
+} // namespace qor

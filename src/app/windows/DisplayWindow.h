@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// The frame of every window that shows something: a dock with our title bar, the content, and,
+// where there is nothing to show, a sentence with the next step. A window of the session is a page
+// of code on top of it: it fills a page from its view and hands it to the grid or plot inside.
+#pragma once
+
+#include "app/windows/Notice.h"
+#include "app/windows/WindowTitleBar.h"
+#include "views/Menu.h"
+#include "views/PageHead.h"
+
+#include <QDockWidget>
+
+namespace qor {
+
+class CPageGrid;
+class CPlotWidget;
+
+class CDisplayWindow : public QDockWidget {
+    Q_OBJECT
+
+  public:
+    /// `name` tells the window from all others when a layout comes back.
+    CDisplayWindow(const CTheme& theme, const QString& name, CWindowTitleBar::Has has,
+                   QWidget* parent = nullptr);
+
+    void SetContent(QWidget* content);
+    /// Content that is a plot: its pause, reset and menu become the title bar's.
+    void SetPlot(CPlotWidget* plot);
+    void SetGrid(CPageGrid* grid);
+
+    /// Title bar, tab, notice.
+    void ShowHead(const QString& title, const PageHead& head);
+    Sign ShownSign() const { return Head.sign; }
+    /// The pause's age in the title bar, to be called now and then while it lasts.
+    void RefreshPaused();
+
+    /// True while something of it can be seen; a window that cannot costs nothing.
+    bool IsSeen() const { return Seen && isVisible(); }
+
+    /// What the window offers besides what every window does; asked each time a menu opens.
+    std::function<Menu()> OwnMenu;
+
+    void OpenMenuAt(const QPoint& screenPlace);
+
+  signals:
+    void RemedyPressed();
+    /// It can be seen again, or no longer.
+    void SeenChanged(bool seen);
+    void SignChanged();
+    void ExportAsked();
+
+  private:
+    Menu WholeMenu();
+
+    const CTheme& Theme;
+    CWindowTitleBar::Has Has;
+    CWindowTitleBar* Bar;
+    QWidget* Body;
+    CNotice* Notice;
+    CPlotWidget* Plot = nullptr;
+    PageHead Head;
+    bool Seen = false;
+};
+
+} // namespace qor
