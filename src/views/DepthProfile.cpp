@@ -65,8 +65,8 @@ CDepthProfileView::CDepthProfileView(CQorViewDoc& doc)
     Page.keyUpright = true;
 }
 
-void CDepthProfileView::SetPixels(int pixels) {
-    MostPoints = 2 * static_cast<std::size_t>(std::clamp(pixels, 50, 10'000));
+void CDepthProfileView::SetPlotSize(int, int height) {
+    MostPoints = 2 * static_cast<std::size_t>(std::clamp(height, 50, 10'000));
     Plot.Redraw();
 }
 

@@ -42,7 +42,7 @@ class CDepthProfileView : public CView {
     /// A choice of the operator's for an axis of the page, -1 for the key axis.
     void SetAxis(int axis, const AxisChoice& choice) { Plot.SetAxis(Page, axis, choice); }
     /// How high the plot is: no more than two points a pixel are taken.
-    void SetPixels(int pixels);
+    void SetPlotSize(int width, int height) override;
 
   private:
     /// A stretch of time that is drawn as one curve.

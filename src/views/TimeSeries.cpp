@@ -47,8 +47,8 @@ bool CTimeSeriesSettings::Load(const CProfileStore& store, const std::string& pr
 
 CTimeSeriesView::CTimeSeriesView(CQorViewDoc& doc) : Plot(doc, Settings, SeriesItems, {}) {}
 
-void CTimeSeriesView::SetPixels(int pixels) {
-    MostPoints = 2 * static_cast<std::size_t>(std::clamp(pixels, 50, 10'000));
+void CTimeSeriesView::SetPlotSize(int width, int) {
+    MostPoints = 2 * static_cast<std::size_t>(std::clamp(width, 50, 10'000));
     Plot.Redraw();
 }
 

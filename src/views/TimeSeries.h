@@ -54,7 +54,7 @@ class CTimeSeriesView : public CView {
     /// A choice of the operator's for an axis of the page.
     void SetAxis(int axis, const AxisChoice& choice) { Plot.SetAxis(Page, axis, choice); }
     /// How wide the plot is: no more than two points a pixel are taken.
-    void SetPixels(int pixels);
+    void SetPlotSize(int width, int height) override;
 
   private:
     void Draw() REQUIRES(Plot.Doc.DocLock);

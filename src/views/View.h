@@ -66,6 +66,8 @@ class CView {
     /// The ranges that activating a row of the grid lets the operator edit, or null.
     virtual WarningRanges* RangesOfRow(std::size_t) { return nullptr; }
     virtual void SetVisibleRows(VisibleRows) {}
+    /// The room of its plots in pixels: no more points than it can show are taken.
+    virtual void SetPlotSize(int /*width*/, int /*height*/) {}
     /// Whether alarms may ask for their sound.
     virtual void SetAlarmSound(bool) {}
 

@@ -192,11 +192,12 @@ TEST_F(PlotWidgetTest, PicturesAreLightAndWholeWhateverThePalette) {
     const struct {
         const char* name;
         const char* begins;
-    } files[] = {{"a.png", "\x89PNG"}, {"a.svg", "<?xml"}, {"a.pdf", "%PDF"}};
+    } files[] = {
+        {"a.png", "\x89PNG"}, {"a.svg", "<?xml"}, {"a.pdf", "%PDF"}, {"a.csv", "Depth [m],"}};
     for (const auto& [name, begins] : files) {
         QString fault;
         const QString path = folder.filePath(QString::fromLatin1(name));
-        ASSERT_TRUE(Plot.SavePicture(path, fault)) << fault.toStdString();
+        ASSERT_TRUE(Plot.SaveFile(path, fault)) << fault.toStdString();
         QFile file(path);
         ASSERT_TRUE(file.open(QIODevice::ReadOnly));
         const QByteArray bytes = file.readAll();
@@ -208,9 +209,9 @@ TEST_F(PlotWidgetTest, PicturesAreLightAndWholeWhateverThePalette) {
         }
     }
     QString fault;
-    EXPECT_FALSE(Plot.SavePicture(folder.filePath(QStringLiteral("a.gif")), fault));
+    EXPECT_FALSE(Plot.SaveFile(folder.filePath(QStringLiteral("a.gif")), fault));
     EXPECT_FALSE(fault.isEmpty());
-    EXPECT_FALSE(Plot.SavePicture(folder.filePath(QStringLiteral("none/a.png")), fault));
+    EXPECT_FALSE(Plot.SaveFile(folder.filePath(QStringLiteral("none/a.png")), fault));
     EXPECT_TRUE(fault.contains(QStringLiteral("none/a.png")));
 }
 

@@ -146,7 +146,7 @@ TEST_F(AHistoryView, ASeriesShowsWhatIsChosenOverItsSpan) {
     EXPECT_FALSE(view.Refresh(Doc));
 
     // As many points as the plot can show, the extremes among them.
-    view.SetPixels(1);
+    view.SetPlotSize(1, 1);
     for (int i = 0; i < 5000; ++i)
         Send("CTD", {0, i == 2500 ? 9000 : i % 7}, 0.1);
     view.Refresh(Doc);

@@ -95,7 +95,7 @@ QImage CPlotWidget::Picture() const {
     return CPicture(Theme, Current, *View, Drawn->size()).Image();
 }
 
-bool CPlotWidget::SavePicture(const QString& path, QString& fault) const {
+bool CPlotWidget::SaveFile(const QString& path, QString& fault) const {
     CPicture picture(Theme, Current, *View, Drawn->size());
     const QString title = Shown(Current.title);
     const QString ending = QFileInfo(path).suffix().toLower();
@@ -106,8 +106,11 @@ bool CPlotWidget::SavePicture(const QString& path, QString& fault) const {
         bytes = picture.Pdf(title);
     else if (ending == QLatin1String("png"))
         bytes = picture.Png();
+    else if (ending == QLatin1String("csv"))
+        bytes = QByteArray::fromStdString(VisibleData());
     else {
-        fault = tr("\"%1\" cannot be written: its name must end in .png, .svg or .pdf.").arg(path);
+        fault = tr("\"%1\" cannot be written: its name must end in .png, .svg, .pdf or .csv.")
+                    .arg(path);
         return false;
     }
     QSaveFile file(path);

@@ -338,6 +338,7 @@ void CPlotWidget::focusOutEvent(QFocusEvent* event) {
 void CPlotWidget::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
     Drawn->setGeometry(rect().adjusted(FocusEdge, FocusEdge, -FocusEdge, -FocusEdge));
+    emit CanvasResized(Drawn->size());
     PlaceResetButton();
 }
 

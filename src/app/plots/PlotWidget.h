@@ -77,9 +77,10 @@ class CPlotWidget : public QWidget {
     void MoveCursor(const QPoint& point);
     const PlotReadout& Readout() const;
 
-    /// In the light palette with title, units, station and time. The file's ending says what: png,
-    /// svg or pdf. False: it could not be written, and `fault` says why.
-    bool SavePicture(const QString& path, QString& fault) const;
+    /// A picture in the light palette with title, units, station and time, or the visible data. The
+    /// file's ending says what: png, svg, pdf or csv. False: it could not be written, and `fault`
+    /// says why.
+    bool SaveFile(const QString& path, QString& fault) const;
     QImage Picture() const;
     void CopyPicture() const;
     void CopyData() const;
@@ -98,6 +99,8 @@ class CPlotWidget : public QWidget {
     void MenuAsked(QPoint screenPlace);
     /// The operator wants a picture or the data in a file.
     void ExportAsked();
+    /// What there is room for, in pixels.
+    void CanvasResized(QSize size);
 
   protected:
     void keyPressEvent(QKeyEvent* event) override;

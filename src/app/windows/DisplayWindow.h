@@ -12,6 +12,10 @@
 
 #include <QDockWidget>
 
+#include <vector>
+
+class QSplitter;
+
 namespace qor {
 
 class CPageGrid;
@@ -25,14 +29,26 @@ class CDisplayWindow : public QDockWidget {
     CDisplayWindow(const CTheme& theme, const QString& name, CWindowTitleBar::Has has,
                    QWidget* parent = nullptr);
 
+    /// Several parts stand beside each other in a wide window, above each other in a tall one, and
+    /// the operator moves what is between them.
     void SetContent(QWidget* content);
-    /// Content that is a plot: its pause, reset and menu become the title bar's.
+    /// Content that is a plot: pause and reset of the title bar act on every one of them, and what
+    /// pauses one pauses all.
     void SetPlot(CPlotWidget* plot);
     void SetGrid(CPageGrid* grid);
+    /// Above everything else, as high as it needs.
+    void SetBar(QWidget* bar);
+    /// Gives the parts their room, as long as the operator did not: a grid what it needs, plots
+    /// what is left. After parts came or went.
+    void ArrangeParts();
+
+    bool IsPaused() const;
+    void SetPaused(bool paused);
 
     /// Title bar, tab, notice.
     void ShowHead(const QString& title, const PageHead& head);
     Sign ShownSign() const { return Head.sign; }
+    const PageHead& CurrentHead() const { return Head; }
     /// The pause's age in the title bar, to be called now and then while it lasts.
     void RefreshPaused();
 
@@ -50,16 +66,25 @@ class CDisplayWindow : public QDockWidget {
     void SeenChanged(bool seen);
     void SignChanged();
     void ExportAsked();
+    /// Something of what OwnMenu gave was chosen.
+    void MenuChosen();
+
+  protected:
+    void resizeEvent(QResizeEvent* event) override;
 
   private:
-    Menu WholeMenu();
+    Menu WholeMenu(CPlotWidget* plot);
+    void OpenMenuOf(CPlotWidget* plot, const QPoint& screenPlace);
+    void TellOfChoices(Menu& menu);
 
     const CTheme& Theme;
     CWindowTitleBar::Has Has;
     CWindowTitleBar* Bar;
     QWidget* Body;
     CNotice* Notice;
-    CPlotWidget* Plot = nullptr;
+    QSplitter* Parts;
+    std::vector<CPlotWidget*> Plots;
+    bool PartsMoved = false; ///< by the operator
     PageHead Head;
     bool Seen = false;
 };

@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// A window over a view: its pages in the one grid and in as many plots as it has, with what the
+// view needs beside them. What is shown, chosen and formatted is the view's. User-interface thread.
+#pragma once
+
+#include "app/windows/DisplayWindow.h"
+#include "views/Windows.h"
+
+#include <memory>
+#include <utility>
+#include <vector>
+
+namespace qor {
+
+class CRealityCheckBar;
+
+class CViewWindow : public CDisplayWindow {
+    Q_OBJECT
+
+  public:
+    /// `name` tells the window from all others, in layouts and in the profile store. The document
+    /// outlives the window. A window that is closed deletes itself (Closing, then destroyed).
+    CViewWindow(const CTheme& theme, const QString& name, const WindowKind& kind, CQorViewDoc& doc);
+    ~CViewWindow() override;
+
+    CView& View() { return *Shown; }
+    const WindowKind& Kind() const { return Row; }
+
+    /// Whose page it is, byte for byte; empty: the first that has what it shows.
+    void ShowInstrument(const std::string& name);
+    const std::string& Instrument() const { return Name; }
+
+    /// Refreshes when it is due: plots ten times a second, grids four times, so that watched rows,
+    /// which turn their blink with each refresh, flash twice. `tick` counts TicksASecond, shifted
+    /// from window to window so that they take turns. A window that cannot be seen does nothing.
+    static constexpr int TicksASecond = 20;
+    void Tick(unsigned tick);
+    /// Now, whatever is due.
+    void Refresh();
+
+    /// Its plots with the titles of their pages, those alone that the view has at the moment.
+    std::vector<CPlotWidget*> ShownPlots() const;
+
+  signals:
+    void AlarmSounds();
+    /// The operator wants to edit the ranges of a row.
+    void RangesAsked(int row);
+    /// The button beside the sentence of a window that has nothing to show, by its source text
+    /// ("Add instrument", "Roles"). "Close" the window does itself.
+    void RemedyAsked(QString remedy);
+    /// What the view has to say after it was opened, once.
+    void Told(QString text);
+    /// Something the operator asked of the window could not be done.
+    void Failed(QString why);
+    /// Limits, curves, place or settings may be others than before: worth keeping.
+    void Altered();
+    void Closing();
+
+  protected:
+    void closeEvent(QCloseEvent* event) override;
+
+  private:
+    CViewWindow(const CTheme& theme, const QString& name, const WindowKind& kind, CQorViewDoc& doc,
+                std::unique_ptr<CView> view);
+    void AddGrid();
+    CPlotWidget* PlotOf(const PlotPage* page);
+    void ShowPages();
+    void Export(CPlotWidget& plot);
+
+    const CTheme& Theme;
+    const WindowKind& Row;
+    CQorViewDoc& Doc;
+    std::unique_ptr<CView> Shown;
+    std::string Name;
+    CPageGrid* Grid = nullptr;
+    CRealityCheckBar* CheckBar = nullptr;
+    std::vector<std::pair<const PlotPage*, CPlotWidget*>> Plots; ///< a plot keeps its page
+    bool Opened = false; ///< was refreshed once, so what it had to say was said
+};
+
+} // namespace qor
