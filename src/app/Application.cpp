@@ -5,6 +5,8 @@
 #include "app/look/Style.h"
 
 #include <QApplication>
+#include <QDir>
+#include <QFileInfo>
 #include <QLibraryInfo>
 #include <QLocale>
 #include <QTranslator>
@@ -26,6 +28,17 @@ bool UseLanguage(QApplication& application, const QString& language) {
         application.installTranslator(system);
     application.installTranslator(ours);
     return true;
+}
+
+QString InstalledFile(const QString& name) {
+    const QString program = QCoreApplication::applicationDirPath();
+    for (const char* folder : {"/", "/../share/qorview/", "/../share/doc/qorview/",
+                               "/../../../../", "/../../../"}) {
+        const QString path = QDir::cleanPath(program + QLatin1String(folder) + name);
+        if (QFileInfo::exists(path))
+            return path;
+    }
+    return {};
 }
 
 void PrepareApplication(QApplication& application, CTheme& theme) {

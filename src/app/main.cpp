@@ -1,14 +1,39 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// qorview: the desktop. Reads the command line, sets the application up, opens the main window.
+// qorview: the desktop. Reads the command line and the settings, sets the application up, and puts
+// the operator at the desk.
 #include "app/Application.h"
 #include "app/CommandLine.h"
-#include "app/frame/MainWindow.h"
+#include "app/desk/Desk.h"
 #include "platform/Console.h"
+#include "platform/SettingsFolder.h"
 
 #include <QApplication>
 
 #include <cstdio>
+
+namespace {
+
+constexpr int FirstWidth = 1366, FirstHeight = 768;
+
+int Run(QApplication& application, const qor::DesktopCommand& command) {
+    qor::CTheme theme;
+    qor::PrepareApplication(application, theme);
+    qor::CFileProfileStore profile;
+    const bool read = profile.Load(qor::SettingsFolder() + "qorview.ini") == qor::FileCause::None;
+    qor::CMainWindow window(theme);
+    qor::CDesk desk(theme, window, profile);
+    if (!read)
+        std::fputs("qorview: the settings could not be read; none will be kept.\n", stderr);
+    window.resize(FirstWidth, FirstHeight);
+    window.RestoreLayout(profile);
+    window.show();
+    desk.Begin(command);
+    const int status = QApplication::exec();
+    return status != 0 ? status : desk.ExitStatus();
+}
+
+} // namespace
 
 int main(int argc, char** argv) {
     const qor::DesktopCommand command =
@@ -22,10 +47,5 @@ int main(int argc, char** argv) {
         return 2;
     }
     QApplication application(argc, argv);
-    qor::CTheme theme;
-    qor::PrepareApplication(application, theme);
-    qor::CMainWindow window(theme);
-    window.resize(1366, 768);
-    window.show();
-    return QApplication::exec();
+    return Run(application, command);
 }

@@ -23,6 +23,11 @@ struct FrameTime {
     bool operator==(const FrameTime&) const = default;
 };
 
+/// Seconds since 1970 UTC, with their part.
+inline double SecondsOf(const FrameTime& time) {
+    return static_cast<double>(time.seconds) + time.milliseconds / 1000.0;
+}
+
 /// A calendar date and time of day, in whatever zone its maker says.
 struct CalendarTime {
     int year = 1970;

@@ -151,9 +151,20 @@ std::optional<double> CHistory::DepthOf(const std::string& instrument) {
                : std::nullopt;
 }
 
+CHistory::Depth* CHistory::SomeDepth() {
+    if (const CQorViewIns* profiler = Session.RoleInstrument(InstrumentRole::Profiler))
+        if (Depth* depth = DepthOfName(profiler->Name()))
+            return depth;
+    for (const auto& resource : Session.Resources)
+        for (const auto& instrument : resource->Instruments)
+            if (Depth* depth = DepthOfName(instrument->Name()))
+                return depth;
+    return nullptr;
+}
+
 bool CHistory::BeginCast(const std::string& instrument) {
     CRecursiveLock lock(Session.DocLock);
-    Depth* depth = DepthOfName(instrument);
+    Depth* depth = instrument.empty() ? SomeDepth() : DepthOfName(instrument);
     if (!depth || depth->time == CHistoryClock::Never)
         return false;
     depth->casts.Begin(depth->time);

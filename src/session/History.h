@@ -73,7 +73,8 @@ class CHistory {
     /// The latest depth of an instrument in dbar, unless it is old.
     std::optional<double> DepthOf(const std::string& instrument);
 
-    /// A cast begins or ends now, by hand. False when no depth has come to tell it by.
+    /// A cast begins or ends now, by hand; without a name one of the profiler's, or of the first
+    /// instrument that has a depth, begins. False when no depth has come to tell it by.
     bool BeginCast(const std::string& instrument);
     bool EndCast(const std::string& instrument);
 
@@ -158,6 +159,7 @@ class CHistory {
     Source* SourceOf(const SessionState::FrameOwner& owner) REQUIRES(Session.DocLock);
     Depth* DepthFor(const SessionState::FrameOwner& owner) REQUIRES(Session.DocLock);
     Depth* DepthAmong(PackageInstruments instruments) REQUIRES(Session.DocLock);
+    Depth* SomeDepth() REQUIRES(Session.DocLock);
     Depth* DepthOfName(const std::string& instrument) REQUIRES(Session.DocLock);
     const SessionState::FrameOwner* OwnerNamed(const std::string& name) const
         REQUIRES(Session.DocLock);

@@ -17,6 +17,23 @@ constexpr std::uint32_t FastestChunk = 256 * 1024;
 
 } // namespace
 
+void AddPlayed(CQorViewDoc& doc, CSessionSetup& setup, ResourceId file, const std::string& path,
+               const InstrumentSelection& selection) {
+    const double tare = PressureTareOf(path);
+    {
+        CRecursiveLock lock(doc.DocLock);
+        doc.Derived = selection.derived;
+    }
+    if (selection.session) {
+        KeptSession none;
+        CSessionOpener(doc, setup, none).OpenOn(file, *selection.session);
+    }
+    setup.AddAll(selection, file);
+    setup.ApplyNames(selection);
+    CRecursiveLock lock(doc.DocLock);
+    doc.PressureTare = tare;
+}
+
 CPlayback::CPlayback(CQorViewDoc& doc, std::uint32_t chunk)
     : Doc(doc), Loop(doc), Setup(doc), Chunk(chunk != 0 ? chunk : FastestChunk) {}
 
@@ -34,19 +51,8 @@ bool CPlayback::Open(const std::string& path, const InstrumentSelection& selecti
         return false;
     }
     FileSize = FileSizeOf(path);
-    const double tare = PressureTareOf(path);
-    {
-        CRecursiveLock lock(Doc.DocLock);
-        Doc.Derived = selection.derived;
-    }
-    if (selection.session) {
-        KeptSession none;
-        CSessionOpener(Doc, Setup, none).OpenOn(Resource, *selection.session);
-    }
-    Setup.AddAll(selection, Resource);
-    Setup.ApplyNames(selection);
+    AddPlayed(Doc, Setup, Resource, path, selection);
     CRecursiveLock lock(Doc.DocLock);
-    Doc.PressureTare = tare;
     CQorViewRes* resource = Doc.Find(Resource);
     Comm = &resource->Comm;
     for (const auto& instrument : resource->Instruments)

@@ -13,6 +13,11 @@
 
 namespace qor {
 
+/// Brings the instruments of a selection, and of its session, onto a file that is to be played, and
+/// takes the tare with which the file was logged.
+void AddPlayed(CQorViewDoc& doc, CSessionSetup& setup, ResourceId file, const std::string& path,
+               const InstrumentSelection& selection);
+
 class CPlayback {
   public:
     /// `chunk` is the read size in bytes, 0 for the one that plays fastest.

@@ -92,6 +92,15 @@ std::string CRawLog::SetLogOptions(const LogOptions& options) {
     return {};
 }
 
+std::string CRawLog::MoveNameOn() {
+    CRecursiveLock lock(Session.DocLock);
+    if (State.loggingActive)
+        return "The name moves on by itself when the log ends.";
+    AdvanceLogFileName(Session.Naming, Session.Station);
+    Session.NoteChange();
+    return {};
+}
+
 bool CRawLog::BuildLogFileName() {
     std::string path;
     {

@@ -49,6 +49,9 @@ class CRawLog {
     /// Replaces the options; as SetNaming. A duration that is switched on or changed counts from
     /// the start of the log that is open; a repeat that is switched off ends the run with it.
     std::string SetLogOptions(const LogOptions& options);
+    /// Moves the next log's name on to the next cast or number, as the end of a log does. What is
+    /// wrong, or nothing.
+    std::string MoveNameOn();
     /// Prepares the name of the next log; asks when it would replace a file. False: no usable name.
     bool BuildLogFileName();
     /// Begins a log; on failure the operator was told why, and nothing is open. Why a name is

@@ -26,15 +26,15 @@ std::optional<RoleAssignment> ParseRole(std::string_view text);
 
 /// The instruments of a call or a form, and what is said of them.
 struct InstrumentSelection {
-    std::vector<std::string> definitions;
-    std::vector<std::string> packages;
+    std::vector<std::string> definitions = {};
+    std::vector<std::string> packages = {};
     bool allWet = false;
-    std::vector<std::string> wet; ///< names
-    std::vector<RoleAssignment> roles;
-    PackageSettings packageSettings;              ///< of every package
+    std::vector<std::string> wet = {}; ///< names
+    std::vector<RoleAssignment> roles = {};
+    PackageSettings packageSettings = {};         ///< of every package
     DerivedChoice derived = DerivedChoice::Usual; ///< of every package that a log is played with
     /// Whose instruments, roles and immersion join these, where a log is played.
-    std::optional<SessionRecord> session;
+    std::optional<SessionRecord> session = {};
 
     bool Empty() const { return definitions.empty() && packages.empty() && !session; }
 };

@@ -43,4 +43,14 @@ class CUserService {
     virtual void RequestClose() = 0;
 };
 
+/// Nobody sits there: nothing is shown, and the answer is no.
+class CNobody final : public CUserService {
+  public:
+    void ShowMessage(const std::string&) override {}
+    bool AskYesNo(const std::string&) override { return false; }
+    void Beep(BeepKind) override {}
+    LogAnswer ConfirmLog(const LogQuestion&) override { return LogAnswer::Cancel; }
+    void RequestClose() override {}
+};
+
 } // namespace qor

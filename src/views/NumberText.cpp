@@ -33,6 +33,10 @@ std::string UtcText(const FrameTime& time) {
     return time.known ? FormatTime("%Y-%m-%d %H:%M:%S UTC", CalendarFromSeconds(time.seconds)) : "";
 }
 
+std::string TimeOfDayText(const FrameTime& time) {
+    return FormatTime("%H:%M:%S", LocalCalendar(time));
+}
+
 std::string ElapsedText(double seconds) {
     const auto whole = static_cast<long long>(std::max(seconds, 0.0));
     return whole < 3600 ? Format("%02lld:%02lld", whole / 60, whole % 60)

@@ -19,6 +19,9 @@ std::string AgeText(std::int64_t milliseconds);
 /// A moment as it stands under an exported plot, "2026-06-21 12:00:00 UTC"; empty when unknown.
 std::string UtcText(const FrameTime& time);
 
+/// The local time of day, "12:00:00".
+std::string TimeOfDayText(const FrameTime& time);
+
 /// A time span that runs, "00:12" or "01:02:10".
 std::string ElapsedText(double seconds);
 

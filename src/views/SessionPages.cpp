@@ -27,13 +27,13 @@ template <class Id> std::uint64_t RowId(std::uint64_t kind, Id id) {
     return kind << 32 | static_cast<std::uint64_t>(id);
 }
 
+template <class Id> Id IdOf(std::uint64_t row, std::uint64_t kind) {
+    return row >> 32 == kind ? static_cast<Id>(row & 0xFFFFFFFF) : Id::None;
+}
+
 std::string HoursText(double seconds) {
     const auto whole = static_cast<long long>(std::max(seconds, 0.0));
     return Format("%02lld:%02lld:%02lld", whole / 3600, whole / 60 % 60, whole % 60);
-}
-
-std::string ClockText(const FrameTime& time) {
-    return FormatTime("%H:%M:%S", LocalCalendar(time));
 }
 
 std::string RolesOf(const CQorViewDoc& doc, InstrumentId instrument) {
@@ -107,7 +107,7 @@ TreeRow RowOfResource(const CQorViewDoc& doc, const CFrameRates& rates,
         row.name += " " + LineTextOf(resource.serial);
     row.detail = word.text;
     if (word.sign == Sign::Error && figures.lastLoss.code != CommResult::Success)
-        row.detail = "lost at " + ClockText(figures.lastLoss.time);
+        row.detail = "lost at " + TimeOfDayText(figures.lastLoss.time);
     const std::uint64_t lineErrors =
         std::accumulate(figures.lineErrors.begin(), figures.lineErrors.end(), std::uint64_t{0});
     TreeRow note;
@@ -122,6 +122,12 @@ TreeRow RowOfResource(const CQorViewDoc& doc, const CFrameRates& rates,
 }
 
 } // namespace
+
+TreeTarget TargetOf(std::uint64_t row) {
+    const auto resource = IdOf<ResourceId>(row, ResourceRow);
+    return {resource != ResourceId::None ? resource : IdOf<ResourceId>(row, NoteRow),
+            IdOf<InstrumentId>(row, InstrumentRow), IdOf<PackageId>(row, PackageRow)};
+}
 
 TreePage MakeTreePage(const CQorViewDoc& doc, const CFrameRates& rates) {
     CRecursiveLock lock(doc.DocLock);
@@ -186,7 +192,7 @@ LogPage MakeLogPage(const LogFacts& facts) {
         page.leftSign = TimeLeftSign(*left);
     }
     if (page.state == LogState::Between)
-        page.next = ClockText(log.logStartTime);
+        page.next = TimeOfDayText(log.logStartTime);
     if (page.state == LogState::Failed)
         page.cause = facts.cause;
     return page;
@@ -206,6 +212,49 @@ ReplayPage MakeReplayPage(const ReplayFacts& facts) {
         if (facts.length && cast >= 0.0 && cast <= *facts.length)
             page.marks.push_back(part(cast, *facts.length));
     return page;
+}
+
+ReplayPage MakeReplayPage(const ResourceStatus& file, const LogOutline& outline) {
+    ReplayFacts facts;
+    facts.playing = file.playing;
+    facts.speed = file.playSpeed;
+    facts.played = file.filePosition;
+    facts.inAll = file.fileSize;
+    if (outline.begin && outline.end) {
+        facts.length = *outline.end - *outline.begin;
+        if (file.fileTime.known)
+            facts.elapsed = SecondsOf(file.fileTime) - *outline.begin;
+        for (const double cast : outline.castBegins)
+            facts.casts.push_back(cast - *outline.begin);
+    }
+    return MakeReplayPage(facts);
+}
+
+std::uint64_t ReplayOffset(double place, std::uint64_t fileSize) {
+    return static_cast<std::uint64_t>(std::clamp(place, 0.0, 1.0) * static_cast<double>(fileSize));
+}
+
+double ReplayPlaceAfter(const ResourceStatus& file, const LogOutline& outline, double seconds) {
+    const double all = static_cast<double>(file.fileSize);
+    const double length = outline.begin && outline.end ? *outline.end - *outline.begin : 0.0;
+    if (!(length > 0.0) || !(all > 0.0))
+        return 0.0;
+    return std::clamp(static_cast<double>(file.filePosition) / all + seconds / length, 0.0, 1.0);
+}
+
+std::string WhenText(std::int64_t seconds, const FrameTime& now) {
+    if (seconds == 0)
+        return {};
+    FrameTime then = now;
+    then.seconds = seconds;
+    FrameTime yesterday = now;
+    yesterday.seconds -= 24 * 3600;
+    const std::string day = FormatTime("%Y-%m-%d", LocalCalendar(then));
+    const std::string time = FormatTime("%H:%M", LocalCalendar(then));
+    if (day == FormatTime("%Y-%m-%d", LocalCalendar(now)))
+        return "today " + time;
+    return (day == FormatTime("%Y-%m-%d", LocalCalendar(yesterday)) ? "yesterday " : day + " ") +
+           time;
 }
 
 } // namespace qor

@@ -5,6 +5,7 @@
 // without it; UTF-8, as all pages are.
 #pragma once
 
+#include "session/ReplaySources.h"
 #include "session/SessionSnapshot.h"
 #include "views/FrameRates.h"
 #include "views/PageHead.h"
@@ -66,6 +67,14 @@ struct ReplayPage {
     std::vector<double> marks = {}; ///< where casts begin, 0 to 1
 };
 
+/// What a row of the tree stands for; the others are None. A note is of its resource.
+struct TreeTarget {
+    ResourceId resource = ResourceId::None;
+    InstrumentId instrument = InstrumentId::None;
+    PackageId package = PackageId::None;
+};
+TreeTarget TargetOf(std::uint64_t row);
+
 /// The tree of the session as it is now. Takes the document's lock.
 TreePage MakeTreePage(const CQorViewDoc& doc, const CFrameRates& rates);
 
@@ -93,12 +102,21 @@ Sign TimeLeftSign(double seconds);
 
 struct ReplayFacts {
     bool playing = false;
-    double speed = 1.0;                    ///< of the recording's; 0: as fast as it goes
-    std::uint64_t played = 0;              ///< bytes
-    std::uint64_t inAll = 0;               ///< bytes of the file; 0: not known
-    std::optional<double> elapsed, length; ///< seconds of the recording
-    std::vector<double> casts = {};        ///< seconds of the recording at which casts began
+    double speed = 1.0;                              ///< of the recording's; 0: as fast as it goes
+    std::uint64_t played = 0;                        ///< bytes
+    std::uint64_t inAll = 0;                         ///< bytes of the file; 0: not known
+    std::optional<double> elapsed = {}, length = {}; ///< seconds of the recording
+    std::vector<double> casts = {}; ///< seconds of the recording at which casts began
 };
 ReplayPage MakeReplayPage(const ReplayFacts& facts);
+ReplayPage MakeReplayPage(const ResourceStatus& file, const LogOutline& outline);
+/// The byte of a file at a place of its bar, 0 to 1.
+std::uint64_t ReplayOffset(double place, std::uint64_t fileSize);
+/// The place so many seconds of the recording after where the replay is.
+double ReplayPlaceAfter(const ResourceStatus& file, const LogOutline& outline, double seconds);
+
+/// When something was, for a list: "today 18:02", "yesterday 18:02", "2026-06-21 18:02"; empty when
+/// it is not known (0).
+std::string WhenText(std::int64_t seconds, const FrameTime& now);
 
 } // namespace qor

@@ -30,6 +30,12 @@ void CBoxes::Ask(const QString& text, std::function<void(bool)> then) {
     ShowNext();
 }
 
+void CBoxes::DropQuestions() {
+    std::erase_if(Waiting, [](const Box& box) { return box.question; });
+    if (Open && OpenAsks)
+        Open->reject();
+}
+
 void CBoxes::ShowNext() {
     if (Open || Waiting.empty())
         return;
@@ -39,6 +45,7 @@ void CBoxes::ShowNext() {
 
     auto* dialog = new QDialog(Window);
     Open = dialog;
+    OpenAsks = box.question;
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setModal(false);
     dialog->setWindowTitle(QCoreApplication::applicationName());

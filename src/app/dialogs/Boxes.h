@@ -27,6 +27,8 @@ class CBoxes : public QObject {
     void Tell(const QString& text, std::function<void()> then = {});
     /// A question; closing the box is No.
     void Ask(const QString& text, std::function<void(bool yes)> then);
+    /// What asked wants no answer any more: its questions go, unanswered ones with No.
+    void DropQuestions();
     bool IsOpen() const { return Open != nullptr; }
     QDialog* Current() const { return Open; }
 
@@ -47,6 +49,7 @@ class CBoxes : public QObject {
     QWidget* Window;
     std::deque<Box> Waiting;
     QPointer<QDialog> Open;
+    bool OpenAsks = false;
 };
 
 } // namespace qor

@@ -114,6 +114,12 @@ CDisplayWindow* CMainWindow::AddDock(Do toggle, const QString& name, const QStri
     auto* dock = new CDisplayWindow(Theme, name, {false, false, false}, this);
     dock->ShowHead(title, {});
     dock->SetContent(content);
+    AddDock(toggle, dock, side);
+    return dock;
+}
+
+void CMainWindow::AddDock(Do toggle, CDisplayWindow* dock, Qt::DockWidgetArea side) {
+    dock->setParent(this);
     if (!restoreDockWidget(dock))
         addDockWidget(side, dock);
     Docks[toggle] = dock;
@@ -122,7 +128,6 @@ CDisplayWindow* CMainWindow::AddDock(Do toggle, const QString& name, const QStri
     connect(action, &QAction::toggled, dock, &QWidget::setVisible);
     connect(dock, &CDisplayWindow::SeenChanged, action,
             [action, dock] { action->setChecked(!dock->isHidden()); });
-    return dock;
 }
 
 void CMainWindow::ShowStart(bool start) {

@@ -42,6 +42,8 @@ class CMainWindow : public QMainWindow {
     CBoxes& Boxes() { return *Questions; }
 
     /// A dock of the outer frame that an action of the Docks menu shows and hides.
+    void AddDock(Do toggle, CDisplayWindow* dock, Qt::DockWidgetArea side);
+    /// The same around any widget.
     CDisplayWindow* AddDock(Do toggle, const QString& name, const QString& title, QWidget* content,
                             Qt::DockWidgetArea side);
 

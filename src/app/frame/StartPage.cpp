@@ -108,7 +108,7 @@ QWidget* CStartPage::MakeButton(Do action, const QString& text, const QString& b
     return place;
 }
 
-void CStartPage::ShowSessions(const std::vector<RecentSession>& recent,
+void CStartPage::ShowSessions(const std::vector<ShownSession>& recent,
                               const std::string& unfinished) {
     if (&recent != &Recent)
         Recent = recent;

@@ -16,10 +16,11 @@ class QVBoxLayout;
 
 namespace qor {
 
-struct RecentSession {
+struct ShownSession {
     std::string path;
     std::string name;
     std::string when; ///< in words
+    bool gone = false; ///< its file is not there
 };
 
 class CStartPage : public QWidget {
@@ -29,7 +30,7 @@ class CStartPage : public QWidget {
     CStartPage(const CTheme& theme, const CActions& actions, QWidget* parent = nullptr);
 
     /// `unfinished` names the session that ended unexpectedly; empty: none did.
-    void ShowSessions(const std::vector<RecentSession>& recent, const std::string& unfinished);
+    void ShowSessions(const std::vector<ShownSession>& recent, const std::string& unfinished);
 
   signals:
     void OpenAsked(QString path);
@@ -43,7 +44,7 @@ class CStartPage : public QWidget {
     const CActions& Actions;
     QVBoxLayout* Sessions;
     QLabel* Title;
-    std::vector<RecentSession> Recent;
+    std::vector<ShownSession> Recent;
     std::string Unfinished;
 };
 

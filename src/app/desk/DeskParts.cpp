@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/desk/DeskParts.h"
+
+#include "app/ShownText.h"
+#include "views/NumberText.h"
+
+namespace qor {
+
+FormFrame DeskParts::Form() const {
+    return {Theme, &Window, Doc(),
+            [parts = *this](const QString& fault) { parts.Say(Sign::Error, "form", fault); }};
+}
+
+void DeskParts::Say(Sign sign, const std::string& topic, const QString& text,
+                    std::vector<MessageButton> buttons) const {
+    Window.Strip().Post(
+        {topic, sign, TimeOfDayText(Doc().Clock.Now()), text.toStdString(), std::move(buttons)});
+}
+
+void DeskParts::SayFault(const std::string& topic, const std::string& fault) const {
+    if (!fault.empty())
+        Say(Sign::Error, topic, Shown(fault));
+}
+
+} // namespace qor

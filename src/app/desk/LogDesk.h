@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// The desk's part for logging and casts: begins and ends logs, the question before a run, tare,
+// next cast, and the banner.
+#pragma once
+
+#include "app/desk/DeskParts.h"
+#include "session/DiskRoom.h"
+#include "views/LogBanner.h"
+
+namespace qor {
+
+class CLogDesk : public QObject {
+    Q_OBJECT
+
+  public:
+    CLogDesk(const DeskParts& parts, QObject* parent);
+
+    void StartLog();
+    void StopLog();
+    void OpenFolder();
+    void ShowStatus();
+    void Tare();
+    void ClearTare();
+    void BeginCast();
+    void NextCast();
+    void OpenOptions();
+    void OpenNaming();
+    void OpenStation();
+    void OpenComment();
+
+    /// Banner and what of the actions is impossible now.
+    void Refresh(RunKind run);
+
+  private:
+    void AskBefore(quint64 question, const LogQuestion& shown);
+    void SayRemaining(const LogPage& page);
+
+    const DeskParts Parts;
+    CLogBanner Facts;
+    CDiskRoom Room;
+    LogPage Page;
+};
+
+} // namespace qor

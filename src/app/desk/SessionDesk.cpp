@@ -1,0 +1,455 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/desk/SessionDesk.h"
+
+#include "app/ShownText.h"
+#include "app/dialogs/FileDialogs.h"
+#include "base/Text.h"
+#include "platform/SettingsFolder.h"
+#include "platform/WholeFile.h"
+#include "session/FileKind.h"
+#include "session/Playback.h"
+#include "session/RecentSessions.h"
+#include "session/SessionFile.h"
+#include "session/SessionPath.h"
+#include "views/NumberText.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QMenu>
+#include <QPointer>
+#include <QStandardPaths>
+
+#include <algorithm>
+
+namespace qor {
+
+namespace {
+
+const QString SessionFilter = QStringLiteral("(*.qor)");
+constexpr double ReplaySpeeds[] = {1, 2, 4, 10, 0}; ///< in the order of the bar
+
+/// The copy of the session from which the next start can restore.
+std::string CopyPath() {
+    return SettingsFolder() + "unfinished.qor";
+}
+
+QString DocumentsFolder(const QString& below) {
+    return QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation) +
+           QStringLiteral("/QorView/") + below;
+}
+
+std::string NameOf(const std::string& path, const std::string& title) {
+    return title.empty() ? StemOf(path) : title;
+}
+
+} // namespace
+
+/// Plays the log once beside everything else, for the bar.
+struct CSessionDesk::Outlining {
+    std::atomic<bool> stop = false;
+    CWorker worker;
+    LogOutline found; ///< once done is true
+    std::atomic<bool> done = false;
+
+    ~Outlining() {
+        stop = true;
+        worker.Join();
+    }
+};
+
+CSessionDesk::CSessionDesk(const DeskParts& parts, QObject* parent)
+    : QObject(parent), Parts(parts) {
+    CMainWindow& window = Parts.Window;
+    connect(&window, &CMainWindow::FilesDropped, this, &CSessionDesk::DropFiles);
+    connect(&window.Start(), &CStartPage::OpenAsked, this,
+            [this](const QString& path) { AfterAsking([this, path] { Open(path); }); });
+    connect(&window.Start(), &CStartPage::RestoreAsked, this, &CSessionDesk::Restore);
+    CReplayBar& bar = window.Replay();
+    connect(&bar, &CReplayBar::PlayPressed, this, &CSessionDesk::PlayOrPause);
+    connect(&bar, &CReplayBar::RestartPressed, this,
+            [this] { Parts.SayFault("replay", Parts.Doc().Sources.Rewind(ReplayedFile())); });
+    connect(&bar, &CReplayBar::SpeedChosen, this, [this](int place) {
+        Parts.SayFault("replay",
+                       Parts.Doc().Sources.SetSpeed(ReplayedFile(),
+                                                    ReplaySpeeds[static_cast<std::size_t>(place)]));
+    });
+    connect(&bar, &CReplayBar::SeekAsked, this, [this](double place) {
+        const SessionSnapshot snapshot = Parts.Doc().Snapshot();
+        if (const ResourceStatus* file = snapshot.Find(ReplayedFile()))
+            Parts.SayFault("replay",
+                           Parts.Doc().Sources.Seek(file->id, ReplayOffset(place, file->fileSize)));
+    });
+    FillRecent();
+}
+
+CSessionDesk::~CSessionDesk() = default;
+
+RunKind CSessionDesk::Run() const {
+    return Kind == Shown::Practice ? RunKind::Practice
+           : Kind == Shown::Replay ? RunKind::Replay
+                                   : RunKind::Live;
+}
+
+void CSessionDesk::AfterAsking(std::function<void()> then) {
+    CQorViewDoc& doc = Parts.Doc();
+    QString question;
+    if (doc.RawLog.Status().loggingActive)
+        question = tr("A log is open. End it and close the session?");
+    else if (Kind == Shown::Live && doc.Session.Changed() && !doc.Snapshot().resources.empty())
+        question = tr("The session was changed and not saved. Close it without saving?");
+    if (question.isEmpty()) {
+        then();
+        return;
+    }
+    Parts.Window.Boxes().Ask(question, [then = std::move(then)](bool yes) {
+        if (yes)
+            then();
+    });
+}
+
+/// What is open goes; the operator has been asked.
+bool CSessionDesk::PutAway() {
+    if (Kind == Shown::Nothing)
+        return true;
+    CQorViewDoc& doc = Parts.Doc();
+    CloseForms(&Parts.Window);
+    Parts.Engine.FinishWork();
+    if (Kind == Shown::Live && !doc.Session.Path().empty() && !doc.Session.Changed())
+        SaveTo(doc.Session.Path()); // windows may stand elsewhere
+    Outline.reset();
+    emit Closed();
+    doc.RawLog.EndLogFile(true);
+    const std::string fault = doc.Session.CloseSession();
+    Parts.SayFault("session", fault);
+    if (!fault.empty())
+        return false;
+    Parts.Engine.EndPractice();
+    Kind = Shown::Nothing;
+    ClearSessionMark(Parts.Profile);
+    static_cast<void>(Parts.Profile.Flush()); // tried again when the program ends
+    return true;
+}
+
+void CSessionDesk::Begun(Shown kind) {
+    Kind = kind;
+    KeptBytes.clear();
+    Parts.Window.ShowStart(false);
+    Parts.Window.ShowReplay(kind == Shown::Replay);
+    emit Opened();
+}
+
+void CSessionDesk::PutFirstLogs(const QString& below) {
+    const QString folder = DocumentsFolder(below);
+    QDir().mkpath(folder);
+    CQorViewDoc& doc = Parts.Doc();
+    LogNaming naming;
+    {
+        CRecursiveLock lock(doc.DocLock);
+        naming = doc.Naming;
+    }
+    naming.logDirectory = WithSeparator(folder.toStdString());
+    Parts.SayFault("naming", doc.RawLog.SetNaming(naming));
+}
+
+void CSessionDesk::NewSession() {
+    AfterAsking([this] {
+        if (!PutAway())
+            return;
+        Parts.SayFault("session", Parts.Doc().Session.NewSession());
+        PutFirstLogs(QStringLiteral("logs"));
+        Begun(Shown::Live);
+        emit FirstPortAsked();
+    });
+}
+
+void CSessionDesk::AskOpen() {
+    AskOpenFiles(Parts.Theme, &Parts.Window, tr("Open a session"),
+                 {tr("Sessions %1").arg(SessionFilter), tr("All files (*)")}, false,
+                 [this](const QStringList& paths) {
+                     AfterAsking([this, path = paths.value(0)] { Open(path); });
+                 });
+}
+
+void CSessionDesk::Open(const QString& shown) {
+    const std::string path = FullPathOf(shown.toStdString());
+    // A file that is faulty as a whole leaves everything as it was.
+    if (const SessionReading reading = LoadSession(path); !reading.session) {
+        Parts.Say(Sign::Error, path, qor::Shown(reading.refusal));
+        return;
+    }
+    if (!PutAway())
+        return;
+    const SessionOpening opening = Parts.Doc().Session.OpenSession(path);
+    TellOpening(path, opening);
+    if (!opening.Opened()) {
+        Parts.Window.ShowStart(true);
+        return;
+    }
+    RememberSession(Parts.Profile,
+                    {path, Parts.Doc().Session.Title(), Parts.Doc().Clock.Now().seconds});
+    FillRecent();
+    Begun(Shown::Live);
+}
+
+void CSessionDesk::TellOpening(const std::string& path, const SessionOpening& opening) {
+    Parts.SayFault(path, opening.refusal);
+    for (const std::string& warning : opening.warnings)
+        Parts.Say(Sign::Warning, warning, qor::Shown(warning));
+    for (const Refusal& refusal : opening.repaired)
+        Parts.Say(Sign::Warning, refusal.subject,
+                  qor::Shown(refusal.subject + ": " + refusal.reason));
+    // Those that were refused are told as events.
+}
+
+void CSessionDesk::Save() {
+    const std::string path = Parts.Doc().Session.Path();
+    if (path.empty() || Kind != Shown::Live)
+        AskSaveAs();
+    else
+        SaveTo(path);
+}
+
+void CSessionDesk::AskSaveAs() {
+    const std::string path = Parts.Doc().Session.Path();
+    const QString suggestion =
+        path.empty() ? DocumentsFolder(QStringLiteral("session.qor")) : qor::Shown(path);
+    AskSaveFile(Parts.Theme, &Parts.Window, tr("Save the session"),
+                {tr("Sessions %1").arg(SessionFilter)}, suggestion,
+                [this](const QStringList& paths) {
+                    QString chosen = paths.value(0);
+                    if (QFileInfo(chosen).suffix().isEmpty())
+                        chosen += QStringLiteral(".qor");
+                    SaveTo(FullPathOf(chosen.toStdString()));
+                });
+}
+
+void CSessionDesk::SaveTo(const std::string& path) {
+    CQorViewDoc& doc = Parts.Doc();
+    if (DescribeWindows)
+        doc.Session.SetWindows(DescribeWindows());
+    const std::string fault = doc.Session.SaveSession(path);
+    Parts.SayFault("save", fault);
+    if (!fault.empty())
+        return;
+    RememberSession(Parts.Profile, {path, doc.Session.Title(), doc.Clock.Now().seconds});
+    FillRecent();
+    Parts.Say(Sign::Ok, "save", tr("The session is kept in %1.").arg(qor::Shown(path)));
+}
+
+void CSessionDesk::CloseSession() {
+    AfterAsking([this] {
+        if (PutAway())
+            Parts.Window.ShowStart(true);
+    });
+}
+
+void CSessionDesk::BeginPractice() {
+    AfterAsking([this] {
+        const std::string path = PracticeSessionPath();
+        if (path.empty()) {
+            Parts.Say(Sign::Error, "practice",
+                      tr("The practice is not installed; install the program again."));
+            return;
+        }
+        if (!PutAway())
+            return;
+        const std::string fault = Parts.Engine.BeginPractice(path);
+        Parts.SayFault("practice", fault);
+        if (!fault.empty())
+            return;
+        PutFirstLogs(QStringLiteral("practice"));
+        Begun(Shown::Practice);
+        emit ConnectionAsked();
+    });
+}
+
+void CSessionDesk::AskReplay() {
+    AskOpenFiles(Parts.Theme, &Parts.Window, tr("Replay a raw log"),
+                 {tr("Raw logs (*.raw *.raw.gz *.raw.zst)"), tr("All files (*)")}, false,
+                 [this](const QStringList& paths) { Replay(paths.value(0)); });
+}
+
+void CSessionDesk::Replay(const QString& path, const QStringList& definitions) {
+    AfterAsking([this, log = FullPathOf(path.toStdString()), definitions] {
+        CQorViewDoc& doc = Parts.Doc();
+        std::optional<SessionRecord> session;
+        std::vector<std::string> files;
+        for (const QString& definition : definitions)
+            files.push_back(definition.toStdString());
+        if (files.empty() && Kind == Shown::Live && !doc.Snapshot().resources.empty())
+            session = doc.Session.Record();
+        else if (files.empty())
+            files = DefinitionsBeside(log);
+        BeginReplay(log, std::move(files), std::move(session));
+    });
+}
+
+void CSessionDesk::BeginReplay(const std::string& path, std::vector<std::string> definitions,
+                               std::optional<SessionRecord> session) {
+    CQorViewDoc& doc = Parts.Doc();
+    if (!PutAway())
+        return;
+    Parts.SayFault("session", doc.Session.NewSession());
+    CSessionSetup setup(doc);
+    CommResult result = CommResult::Success;
+    const ResourceId file = doc.AddFileResource(path, {}, &result);
+    if (file == ResourceId::None) {
+        Parts.SayFault(path, path + " cannot be played. " + OneLine(CommDetail(result)));
+        Parts.Window.ShowStart(true);
+        return;
+    }
+    AddPlayed(doc, setup, file, path,
+              {.definitions = std::move(definitions), .session = std::move(session)});
+    for (const Refusal& refusal : setup.Refusals())
+        Parts.SayFault(refusal.subject, refusal.subject + ": " + refusal.reason);
+    Begun(Shown::Replay);
+    if (doc.Snapshot().Find(file)->instruments.empty())
+        Parts.Say(Sign::Warning, "replay",
+                  tr("No definition beside %1 finds frames in it. Add its instruments.")
+                      .arg(qor::Shown(path)),
+                  {{tr("Add instruments").toStdString(), [this] { emit FilesForSession({}); }}});
+    Outline = std::make_unique<Outlining>();
+    Outlining* outline = Outline.get();
+    static_cast<void>(outline->worker.Start(
+        ThreadPriority::Normal, [outline, path, record = doc.Session.Record()] {
+            outline->found = OutlineLog(path, record, outline->stop);
+            outline->done = true;
+        }));
+    Parts.SayFault("replay", doc.Sources.SetSpeed(file, 1));
+    Parts.SayFault("replay", doc.Sources.Play(file));
+}
+
+ResourceId CSessionDesk::ReplayedFile() const {
+    for (const ResourceStatus& resource : Parts.Doc().Snapshot().resources)
+        if (resource.isFile)
+            return resource.id;
+    return ResourceId::None;
+}
+
+void CSessionDesk::PlayOrPause() {
+    const SessionSnapshot snapshot = Parts.Doc().Snapshot();
+    if (const ResourceStatus* file = snapshot.Find(ReplayedFile()))
+        Parts.SayFault("replay", file->playing ? Parts.Doc().Sources.Pause(file->id)
+                                               : Parts.Doc().Sources.Play(file->id));
+}
+
+void CSessionDesk::Skip(double seconds) {
+    const SessionSnapshot snapshot = Parts.Doc().Snapshot();
+    const ResourceStatus* file = snapshot.Find(ReplayedFile());
+    if (!file || !Outline || !Outline->done)
+        return;
+    const double place = ReplayPlaceAfter(*file, Outline->found, seconds);
+    Parts.SayFault("replay",
+                   Parts.Doc().Sources.Seek(file->id, ReplayOffset(place, file->fileSize)));
+}
+
+void CSessionDesk::ShowReplay() {
+    const SessionSnapshot snapshot = Parts.Doc().Snapshot();
+    const ResourceStatus* file = snapshot.Find(ReplayedFile());
+    if (file)
+        Parts.Window.Replay().ShowPage(
+            MakeReplayPage(*file, Outline && Outline->done ? Outline->found : LogOutline()));
+}
+
+void CSessionDesk::DropFiles(const QStringList& paths) {
+    QStringList instruments;
+    QString session, log;
+    for (const QString& path : paths)
+        switch (KindOfFile(path.toStdString())) {
+        case FileKind::Session:
+            session = path;
+            break;
+        case FileKind::RawLog:
+            log = path;
+            break;
+        case FileKind::Package:
+        case FileKind::Definition:
+            instruments.append(path);
+            break;
+        case FileKind::Other:
+            Parts.SayFault(path.toStdString(), NotInstrumentFile(path.toStdString()));
+            break;
+        }
+    if (!session.isEmpty())
+        AfterAsking([this, session] { Open(session); });
+    else if (!log.isEmpty())
+        Replay(log, instruments);
+    else if (!instruments.isEmpty())
+        emit FilesForSession(instruments);
+}
+
+void CSessionDesk::FillRecent() {
+    std::vector<ShownSession> shown;
+    QMenu* menu = Parts.Window.Actions().RecentMenu();
+    menu->clear();
+    for (const RecentSession& recent : RecentSessions(Parts.Profile)) {
+        const bool gone = !FileExists(recent.path);
+        shown.push_back({recent.path, NameOf(recent.path, recent.title),
+                         WhenText(recent.opened, Parts.Doc().Clock.Now()), gone});
+        QAction* action = menu->addAction(qor::Shown(NameOf(recent.path, recent.title)));
+        action->setToolTip(qor::Shown(recent.path));
+        action->setEnabled(!gone);
+        connect(action, &QAction::triggered, this, [this, path = qor::Shown(recent.path)] {
+            AfterAsking([this, path] { Open(path); });
+        });
+    }
+    menu->setEnabled(!menu->isEmpty());
+    const std::optional<SessionMark> left =
+        Kind == Shown::Nothing ? LeftSessionMark(Parts.Profile) : std::nullopt;
+    std::string unfinished;
+    if (left && FileExists(CopyPath()))
+        unfinished = left->path.empty() ? tr("A session without a name").toStdString()
+                                        : NameOf(left->path, {});
+    Parts.Window.Start().ShowSessions(shown, unfinished);
+}
+
+void CSessionDesk::Restore() {
+    const SessionReading reading = LoadSession(CopyPath());
+    if (!reading.session) {
+        Parts.Say(Sign::Error, "restore", qor::Shown(reading.refusal));
+        return;
+    }
+    const std::optional<SessionMark> left = LeftSessionMark(Parts.Profile);
+    if (!PutAway())
+        return;
+    CSessionSetup setup(Parts.Doc());
+    const std::string path = left ? left->path : std::string();
+    const std::string fault = Parts.Doc().Session.OpenSession(*reading.session, path, setup);
+    Parts.SayFault("restore", fault);
+    if (fault.empty())
+        Begun(Shown::Live);
+}
+
+/// A copy of the session as it is, so that a crash costs no work.
+void CSessionDesk::KeepForRestore() {
+    CQorViewDoc& doc = Parts.Doc();
+    const LogStatus log = doc.RawLog.Status();
+    const std::string openLog = log.logOpen ? log.logFilePath : std::string();
+    SessionRecord record = doc.Session.Record();
+    if (DescribeWindows)
+        record.windows = DescribeWindows();
+    const SessionWriting writing = WriteSession(record, CopyPath());
+    if (writing.bytes == KeptBytes && openLog == MarkedLog)
+        return;
+    KeptBytes = writing.bytes;
+    MarkedLog = openLog;
+    SetSessionMark(Parts.Profile, {doc.Session.Path(), openLog, doc.Clock.Now().seconds});
+    // That a copy could not be kept is said once; the session itself goes on.
+    std::string fault = SaveSession(record, CopyPath());
+    if (fault.empty() && Parts.Profile.Flush() != FileCause::None)
+        fault = "The settings of the program could not be kept.";
+    Parts.SayFault("kept", fault);
+}
+
+void CSessionDesk::Refresh() {
+    if (Kind == Shown::Live)
+        KeepForRestore();
+    if (Kind == Shown::Replay)
+        ShowReplay();
+}
+
+void CSessionDesk::End() {
+    PutAway();
+}
+
+} // namespace qor

@@ -1,0 +1,270 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/desk/SourceDesk.h"
+
+#include "app/ShownText.h"
+#include "app/dialogs/FileDialogs.h"
+#include "app/windows/MenuPopup.h"
+#include "session/SessionSetup.h"
+#include "telemetry/CommResult.h"
+#include "views/Windows.h"
+
+namespace qor {
+
+namespace {
+
+std::string Of(const QString& text) {
+    return text.toStdString();
+}
+
+bool AllConnected(const SessionSnapshot& snapshot) {
+    bool any = false;
+    for (const ResourceStatus& resource : snapshot.resources) {
+        if (!resource.isFile && !resource.figures.connected)
+            return false;
+        any = any || !resource.isFile;
+    }
+    return any;
+}
+
+bool AllStarted(const CQorViewDoc& doc) {
+    CRecursiveLock lock(doc.DocLock);
+    for (const auto& resource : doc.Resources)
+        for (const auto& instrument : resource->Instruments)
+            if (!instrument->AcquisitionEnabled)
+                return false;
+    return true;
+}
+
+} // namespace
+
+CSourceDesk::CSourceDesk(const DeskParts& parts, QObject* parent) : QObject(parent), Parts(parts) {
+    CSessionTree& tree = Parts.Window.Tree();
+    connect(&tree, &CSessionTree::MenuAsked, this, [this](quint64 row, const QPoint& place) {
+        OpenMenu(MenuOf(TargetOf(row)), place, &Parts.Window);
+    });
+    connect(&tree, &CSessionTree::RowActivated, this,
+            [this](quint64 row) { OpenPropertiesOf(TargetOf(row)); });
+}
+
+void CSourceDesk::Try(const std::string& topic, std::function<std::string()> operation) {
+    Parts.Engine.Work([this, topic, operation = std::move(operation)] {
+        const std::string fault = operation();
+        QMetaObject::invokeMethod(this, [this, topic, fault] { Parts.SayFault(topic, fault); });
+    });
+}
+
+void CSourceDesk::Connect(ResourceId resource, const std::string& name) {
+    CQorViewDoc& doc = Parts.Doc();
+    Try(name, [&doc, resource] { return doc.Sources.ResetAndConnect(resource); });
+}
+
+void CSourceDesk::AddPort(const QStringList& files) {
+    PortChoices choices;
+    for (const QString& file : files)
+        choices.files.push_back(Of(file));
+    choices.changeFirstLog = [this] { emit FirstLogAsked(); };
+    OpenPort(Parts.Form(), choices, [this](ResourceId added, bool connect) {
+        const SessionSnapshot snapshot = Parts.Doc().Snapshot();
+        if (const ResourceStatus* port = snapshot.Find(added); port && connect)
+            Connect(added, port->name);
+    });
+}
+
+void CSourceDesk::AskFiles(const QString& title, const QString& filter) {
+    AskOpenFiles(Parts.Theme, &Parts.Window, title, {filter, tr("All files (*)")}, true,
+                 [this](const QStringList& paths) { AddFiles(paths); });
+}
+
+void CSourceDesk::AddFiles(const QStringList& files) {
+    const SessionSnapshot snapshot = Parts.Doc().Snapshot();
+    const TreeTarget chosen = TargetOf(Parts.Window.Tree().ChosenRow());
+    if (files.isEmpty())
+        return;
+    if (snapshot.resources.size() == 1)
+        AddFilesTo(snapshot.resources.front().id, files);
+    else if (snapshot.Find(chosen.resource))
+        AddFilesTo(chosen.resource, files);
+    else
+        AddPort(files);
+}
+
+void CSourceDesk::AddFilesTo(ResourceId resource, const QStringList& files) {
+    CSessionSetup setup(Parts.Doc());
+    for (const QString& file : files)
+        setup.AddAll({.definitions = {Of(file)}}, resource);
+    for (const Refusal& refusal : setup.Refusals())
+        Parts.SayFault(refusal.subject, refusal.subject + ": " + refusal.reason);
+    for (const Refusal& warning : setup.Warnings())
+        Parts.Say(Sign::Warning, warning.subject, Shown(warning.subject + ": " + warning.reason));
+}
+
+void CSourceDesk::ConnectAll(bool on) {
+    if (!on) {
+        Parts.Engine.Work([this] { Parts.Doc().DisconnectAll(); });
+        return;
+    }
+    for (const ResourceStatus& resource : Parts.Doc().Snapshot().resources)
+        if (!resource.isFile && !resource.figures.connected)
+            Connect(resource.id, resource.name);
+}
+
+void CSourceDesk::StartAll(bool on) {
+    CQorViewDoc& doc = Parts.Doc();
+    for (const ResourceStatus& resource : doc.Snapshot().resources)
+        for (const InstrumentFigures& instrument : resource.instruments)
+            Parts.SayFault(instrument.name, doc.Instruments.SetAcquisition(instrument.id, on));
+}
+
+void CSourceDesk::OpenRoles() {
+    qor::OpenRoles(Parts.Form(), {});
+}
+
+void CSourceDesk::OpenProperties() {
+    OpenPropertiesOf(TargetOf(Parts.Window.Tree().ChosenRow()));
+}
+
+void CSourceDesk::OpenPropertiesOf(const TreeTarget& target) {
+    if (target.instrument != InstrumentId::None)
+        OpenInstrumentProperties(Parts.Form(), target.instrument, {});
+    else if (target.package != PackageId::None)
+        OpenPackageProperties(Parts.Form(), target.package, {});
+    else if (target.resource != ResourceId::None)
+        OpenPortProperties(Parts.Form(), target.resource, {});
+}
+
+Menu CSourceDesk::MenuOf(const TreeTarget& target) {
+    const SessionSnapshot snapshot = Parts.Doc().Snapshot();
+    if (const ResourceStatus* resource = snapshot.Find(target.resource))
+        return ResourceMenu(*resource);
+    if (target.instrument != InstrumentId::None)
+        return InstrumentMenu(target.instrument);
+    if (target.package != PackageId::None)
+        return PackageMenu(target.package);
+    return {{Of(tr("Add port ...")), [this] { AddPort(); }},
+            {Of(tr("Connect all")), [this] { ConnectAll(true); }}};
+}
+
+Menu CSourceDesk::ResourceMenu(const ResourceStatus& resource) {
+    CQorViewDoc& doc = Parts.Doc();
+    const ResourceId id = resource.id;
+    const std::string name = resource.name;
+    Menu menu;
+    if (resource.isFile) {
+        menu.push_back({Of(resource.playing ? tr("Pause") : tr("Play")),
+                        [this, &doc, id, name, playing = resource.playing] {
+                            Parts.SayFault(name,
+                                           playing ? doc.Sources.Pause(id) : doc.Sources.Play(id));
+                        }});
+    } else if (resource.figures.connected) {
+        menu.push_back({Of(tr("Disconnect")), [this, &doc, id, name] {
+                            Try(name, [&doc, id, name] {
+                                return doc.DisconnectResource(id) == CommResult::Success
+                                           ? std::string()
+                                           : name + " could not be disconnected; the session log "
+                                                    "says why.";
+                            });
+                        }});
+    } else {
+        menu.push_back({Of(tr("Connect")), [this, id, name] { Connect(id, name); }});
+    }
+    if (!resource.isFile)
+        menu.push_back({Of(tr("Try again when lost")),
+                        [&doc, id, on = !resource.reconnects] { doc.SetReconnect(id, on); }, true,
+                        resource.reconnects});
+    menu.push_back(
+        {Of(tr("Add instruments ...")), [this, id] {
+             AskOpenFiles(Parts.Theme, &Parts.Window, tr("Add instruments"),
+                          {tr("Definitions and packages (*.cal *.tdf *.sip)"), tr("All files (*)")},
+                          true, [this, id](const QStringList& paths) { AddFilesTo(id, paths); });
+         }});
+    menu.push_back({Of(tr("Reset counts")),
+                    [this, &doc, id, name] { Parts.SayFault(name, doc.Sources.ResetCounts(id)); }});
+    menu.push_back({});
+    menu.push_back({Of(tr("Properties ...")), [this, id] { OpenPropertiesOf({.resource = id}); }});
+    menu.push_back(
+        {Of(tr("Remove")), [this, &doc, id, name] {
+             if (doc.RemoveResource(id) != CommResult::Success)
+                 Parts.Say(
+                     Sign::Error, name,
+                     tr("%1 could not be removed; the session log says why.").arg(Shown(name)));
+         }});
+    return menu;
+}
+
+Menu CSourceDesk::InstrumentMenu(InstrumentId instrument) {
+    CQorViewDoc& doc = Parts.Doc();
+    std::string name;
+    bool immersed = false, acquired = false, inPackage = false;
+    InstrumentDefaults settings = doc.Instruments.Settings(instrument);
+    {
+        CRecursiveLock lock(doc.DocLock);
+        const SessionState::FrameOwner* owner = doc.OwnerOf(instrument);
+        if (!owner)
+            return {};
+        name = owner->instrument->Name();
+        immersed = owner->instrument->Live.Immersed;
+        acquired = owner->instrument->AcquisitionEnabled;
+        inPackage = owner->package;
+    }
+    Menu menu, windows;
+    for (const WindowKind& kind : WindowKinds())
+        windows.push_back({std::string(kind.title), [this, &kind, name] {
+                               emit WindowAsked(Shown(std::string(kind.name)), Shown(name));
+                           }});
+    menu.push_back({Of(tr("New window")), {}, false, false, {}, std::move(windows)});
+    menu.push_back({Of(tr("Immersed (Wet)")),
+                    [&doc, name, immersed] { doc.SetImmersed(name, !immersed); }, true, immersed});
+    menu.push_back({Of(tr("Acquire")),
+                    [this, &doc, instrument, name, acquired] {
+                        Parts.SayFault(name, doc.Instruments.SetAcquisition(instrument, !acquired));
+                    },
+                    true, acquired});
+    menu.push_back({Of(tr("Reset counts")), [this, &doc, instrument, name] {
+                        Parts.SayFault(name, doc.Instruments.ResetCounts(instrument));
+                    }});
+    menu.push_back({Of(tr("Keep its settings as default")), [this, &doc, instrument, name] {
+                        Parts.SayFault(name, doc.Instruments.UseAsDefault(instrument));
+                    }});
+    menu.push_back({Of(tr("Move to")), {}, false, false, {}, MoveMenu(instrument)});
+    menu.push_back({});
+    menu.push_back({Of(tr("Roles ...")), [this] { OpenRoles(); }});
+    menu.push_back({Of(tr("Properties ...")),
+                    [this, instrument] { OpenPropertiesOf({.instrument = instrument}); }});
+    menu.push_back(
+        {Of(tr("Remove")),
+         [this, &doc, instrument, name] {
+             if (doc.RemoveInstrument(instrument) != CommResult::Success)
+                 Parts.Say(
+                     Sign::Error, name,
+                     tr("%1 could not be removed; the session log says why.").arg(Shown(name)));
+         },
+         false, false, inPackage ? Of(tr("It goes with its package.")) : std::string()});
+    return menu;
+}
+
+Menu CSourceDesk::MoveMenu(InstrumentId instrument) {
+    CQorViewDoc& doc = Parts.Doc();
+    Menu menu;
+    for (const ResourceStatus& resource : doc.Snapshot().resources)
+        menu.push_back({resource.name, [this, &doc, instrument, id = resource.id] {
+                            InstrumentId moved = instrument;
+                            Parts.SayFault("move", doc.Instruments.MoveInstrument(moved, id));
+                        }});
+    return menu;
+}
+
+Menu CSourceDesk::PackageMenu(PackageId package) {
+    CQorViewDoc& doc = Parts.Doc();
+    return {{Of(tr("Properties ...")), [this, package] { OpenPropertiesOf({.package = package}); }},
+            {Of(tr("Remove")), [&doc, package] { doc.Packages.RemovePackage(package); }}};
+}
+
+void CSourceDesk::Refresh() {
+    CQorViewDoc& doc = Parts.Doc();
+    Parts.Window.Tree().ShowPage(MakeTreePage(doc, Parts.Engine.Rates()));
+    CActions& actions = Parts.Window.Actions();
+    actions[Do::ConnectAll]->setChecked(AllConnected(doc.Snapshot()));
+    actions[Do::StartAll]->setChecked(AllStarted(doc));
+}
+
+} // namespace qor

@@ -1,0 +1,138 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/desk/WindowDesk.h"
+
+#include "app/ShownText.h"
+
+#include <QPointer>
+
+namespace qor {
+
+namespace {
+
+struct DockRow {
+    Do toggle;
+    const char* kind;
+    Qt::DockWidgetArea side;
+};
+constexpr DockRow DockRows[] = {
+    {Do::LogDock, "session-log", Qt::LeftDockWidgetArea},
+    {Do::CommentDock, "comments", Qt::LeftDockWidgetArea},
+    {Do::MonitorDock, "monitor", Qt::RightDockWidgetArea},
+};
+
+} // namespace
+
+CWindowDesk::CWindowDesk(const DeskParts& parts, QObject* parent) : QObject(parent), Parts(parts) {
+    connect(&Parts.Window.Area(), &CDisplayArea::NewWindowAsked, this, &CWindowDesk::OpenDefault);
+    AddDocks();
+}
+
+/// The views of the docks go before their document, as those of the windows do.
+CWindowDesk::~CWindowDesk() {
+    CloseAll();
+    for (CViewWindow* dock : Docked)
+        delete dock;
+}
+
+void CWindowDesk::AddDocks() {
+    for (const DockRow& row : DockRows) {
+        auto* dock = new CViewWindow(Parts.Theme, QStringLiteral("dock-") + QLatin1String(row.kind),
+                                     *FindWindowKind(row.kind), Parts.Doc());
+        dock->setAttribute(Qt::WA_DeleteOnClose, false);
+        Parts.Window.AddDock(row.toggle, dock, row.side);
+        Docked.push_back(dock);
+        Watch(*dock);
+    }
+    Parts.Window.tabifyDockWidget(Docked[0], Docked[1]);
+    Docked[0]->raise();
+}
+
+void CWindowDesk::Watch(CViewWindow& window) {
+    connect(&window, &CViewWindow::AlarmSounds, this, &CWindowDesk::AlarmSounds);
+    connect(&window, &CViewWindow::RemedyAsked, this, &CWindowDesk::RemedyAsked);
+    connect(&window, &CViewWindow::Told, this,
+            [this](const QString& text) { Parts.Window.Boxes().Tell(text.trimmed()); });
+    connect(&window, &CViewWindow::Failed, this,
+            [this](const QString& why) { Parts.Say(Sign::Error, "window", why); });
+    connect(&window, &CViewWindow::RangesAsked, this,
+            [this, &window](int row) { EditRanges(window, row); });
+}
+
+CViewWindow* CWindowDesk::OpenWindow(const char* kind, const std::string& instrument) {
+    const QString name = QStringLiteral("%1-%2").arg(QLatin1String(kind)).arg(++LastNumber);
+    auto* window = new CViewWindow(Parts.Theme, name, *FindWindowKind(kind), Parts.Doc());
+    Watch(*window);
+    window->ShowInstrument(instrument);
+    window->View().SetAlarmSound(AlarmSound);
+    CDisplayArea& area = Parts.Window.Area();
+    area.AddDisplay(window, area.Current());
+    window->Refresh();
+    return window;
+}
+
+std::vector<CViewWindow*> CWindowDesk::Windows() const {
+    std::vector<CViewWindow*> windows;
+    for (CDisplayWindow* window : Parts.Window.Area().Windows())
+        if (auto* shown = qobject_cast<CViewWindow*>(window))
+            windows.push_back(shown);
+    return windows;
+}
+
+void CWindowDesk::OpenAll() {
+    OpenDefault();
+}
+
+void CWindowDesk::CloseAll() {
+    for (CViewWindow* window : Parts.Window.Area().findChildren<CViewWindow*>())
+        delete window;
+}
+
+void CWindowDesk::OpenDefault() {
+    CloseAll();
+    CDisplayArea& area = Parts.Window.Area();
+    CViewWindow* profile = OpenWindow("profile");
+    CViewWindow* spectrum = OpenWindow("spectral");
+    CViewWindow* ancillary = OpenWindow("ancillary");
+    CViewWindow* series = OpenWindow("time-series");
+    area.splitDockWidget(profile, spectrum, Qt::Horizontal);
+    area.splitDockWidget(spectrum, ancillary, Qt::Vertical);
+    area.splitDockWidget(ancillary, series, Qt::Horizontal);
+}
+
+JsonValue CWindowDesk::Describe() const {
+    return JsonValue::Array();
+}
+
+void CWindowDesk::Tick() {
+    ++Ticks;
+    unsigned turn = 0;
+    for (CViewWindow* window : Parts.Window.Area().findChildren<CViewWindow*>())
+        window->Tick(Ticks + turn++);
+    for (CViewWindow* dock : Docked)
+        dock->Tick(Ticks + turn++);
+    if (Ticks % CViewWindow::TicksASecond == 0)
+        Parts.Window.Area().RefreshTabs();
+}
+
+void CWindowDesk::SetAlarmSound(bool on) {
+    AlarmSound = on;
+    for (CViewWindow* window : Windows())
+        window->View().SetAlarmSound(on);
+}
+
+void CWindowDesk::EditRanges(CViewWindow& window, int row) {
+    WarningRanges* ranges = window.View().RangesOfRow(static_cast<std::size_t>(row));
+    if (!ranges)
+        return;
+    const QPointer<CViewWindow> edited = &window;
+    const std::string quantity =
+        window.View().Pages().grid->rows[static_cast<std::size_t>(row)].label;
+    OpenWarningRanges(Parts.Form(), *ranges, quantity, [edited, row](const WarningRanges& changed) {
+        if (!edited)
+            return;
+        if (WarningRanges* now = edited->View().RangesOfRow(static_cast<std::size_t>(row)))
+            *now = changed;
+    });
+}
+
+} // namespace qor

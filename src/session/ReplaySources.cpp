@@ -1,0 +1,126 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "session/ReplaySources.h"
+
+#include "session/FileKind.h"
+#include "session/Playback.h"
+#include "session/UserService.h"
+
+#include <algorithm>
+#include <filesystem>
+
+namespace qor {
+
+namespace {
+
+constexpr std::uint64_t LookedAt = 4u << 20; ///< bytes of a log
+constexpr std::size_t MostFiles = 500;       ///< of a folder
+
+/// A document that tells nobody and keeps nothing.
+struct QuietDocument {
+    CSystemClock clock;
+    CNobody nobody;
+    CMemoryProfileStore profile;
+    CQorViewDoc doc{clock, MakeSystemSerialPort, nobody, profile};
+
+    QuietDocument() { doc.SessionLog.KeepText = doc.SessionLog.KeepFile = false; }
+};
+
+std::string TextOf(const std::filesystem::path& path) {
+    const std::u8string text = path.u8string();
+    return {text.begin(), text.end()};
+}
+
+std::vector<std::string> InstrumentFilesBeside(const std::string& logPath) {
+    std::vector<std::string> packages, definitions;
+    std::error_code fault;
+    const std::filesystem::path log(std::u8string(logPath.begin(), logPath.end()));
+    const std::filesystem::path folder = log.has_parent_path() ? log.parent_path() : ".";
+    for (std::filesystem::directory_iterator entry(folder, fault), end;
+         !fault && entry != end && packages.size() + definitions.size() < MostFiles;
+         entry.increment(fault)) {
+        const std::string path = TextOf(entry->path());
+        const FileKind kind = KindByName(path);
+        if (kind == FileKind::Package)
+            packages.push_back(path);
+        else if (kind == FileKind::Definition)
+            definitions.push_back(path);
+    }
+    std::ranges::sort(packages);
+    std::ranges::sort(definitions);
+    packages.insert(packages.end(), definitions.begin(), definitions.end());
+    return packages;
+}
+
+/// The instruments that a file brings into a session of its own.
+std::vector<std::string> NamesIn(const std::string& file) {
+    QuietDocument quiet;
+    CSessionSetup setup(quiet.doc);
+    std::vector<std::string> names;
+    SerialResourceSettings none;
+    none.portName = "none";
+    const ResourceId port = quiet.doc.AddSerialResource(none);
+    setup.AddAll({.definitions = {file}}, port);
+    for (const ResourceStatus& resource : quiet.doc.Snapshot().resources)
+        for (const InstrumentFigures& instrument : resource.instruments)
+            names.push_back(instrument.name);
+    return names;
+}
+
+} // namespace
+
+std::vector<std::string> DefinitionsBeside(const std::string& logPath) {
+    const std::vector<std::string> files = InstrumentFilesBeside(logPath);
+    QuietDocument quiet;
+    CPlayback playback(quiet.doc, 0);
+    if (files.empty() || !playback.Open(logPath, {.definitions = files}))
+        return {};
+    while (playback.Figures().bytesReceived < LookedAt && playback.PlayBatch()) {
+    }
+    std::vector<std::string> sending, found;
+    for (const CQorViewIns* instrument : playback.Instruments())
+        if (instrument->FramesReceived > 0)
+            sending.push_back(instrument->Name());
+    for (const std::string& file : files) {
+        bool brings = false;
+        for (const std::string& name : NamesIn(file))
+            // Whoever had the name first has the frames.
+            brings = std::erase(sending, name) > 0 || brings;
+        if (brings)
+            found.push_back(file);
+    }
+    return found;
+}
+
+LogOutline OutlineLog(const std::string& logPath, const SessionRecord& session,
+                      const std::atomic<bool>& stop) {
+    LogOutline outline;
+    QuietDocument quiet;
+    CPlayback playback(quiet.doc, 0);
+    if (!playback.Open(logPath, {.session = session}))
+        return outline;
+    CHistory& history = quiet.doc.History;
+    std::vector<CHistoryWatch> depths; // casts are told while something is watched
+    for (const CQorViewIns* instrument : playback.Instruments())
+        if (const CSensor* pressure = instrument->Definition().NextSensor("PRES"))
+            depths.emplace_back(history,
+                                history.Watch({instrument->Name(), SensorName(*pressure)}));
+    std::uint32_t casts = 0;
+    const CFrameWatch times(quiet.doc, [&](CQorViewIns& instrument, const FrameCheckResult&) {
+        const FrameTime& time = instrument.Live.CurrentFrame()->Info.time;
+        if (!time.known)
+            return;
+        outline.end = SecondsOf(time);
+        outline.begin = outline.begin.value_or(*outline.end);
+        const CCastDetector* detector =
+            depths.empty() ? nullptr : history.CastsOf(instrument.Name());
+        if (!detector || !detector->Current() || detector->Current()->number == casts)
+            return;
+        casts = detector->Current()->number;
+        outline.castBegins.push_back(detector->Current()->begin);
+    });
+    while (!stop && playback.PlayBatch()) {
+    }
+    return outline;
+}
+
+} // namespace qor

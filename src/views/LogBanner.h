@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// The banner's page from one look to the next: what it must remember of the session's life (since
+// when frames have come, why the last log failed) beside the figures of the moment. User-interface
+// thread; takes the document's lock itself.
+#pragma once
+
+#include "base/MessageSink.h"
+#include "views/SessionPages.h"
+
+namespace qor {
+
+class CLogBanner {
+  public:
+    void Note(const Event& event);
+    /// The operator has seen that the last log failed.
+    void MarkSeen() { FailureSeen = true; }
+
+    LogPage Page(const CQorViewDoc& doc, RunKind run, std::optional<std::uint64_t> freeBytes);
+
+  private:
+    std::int64_t FlowingFor(const SessionSnapshot& snapshot, std::int64_t now);
+
+    std::string Cause;
+    bool FailureSeen = false;
+    std::uint64_t Frames = 0;      ///< received at the last look
+    std::int64_t LastFrame = 0;    ///< when there were more than before, monotonic milliseconds
+    std::int64_t FlowingSince = 0; ///< 0: they do not
+};
+
+/// The folder that the next log goes to; the working directory where none is set.
+std::string LogFolder(const CQorViewDoc& doc);
+/// Where the open log stands and what is in it; without one, the next one's place.
+std::string LogStatusText(const CQorViewDoc& doc);
+/// The tare that holds, as one sentence.
+std::string TareText(const CQorViewDoc& doc);
+/// The next log as the operator is to read it.
+std::string NextLogName(const CQorViewDoc& doc);
+
+} // namespace qor
