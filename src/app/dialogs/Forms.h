@@ -45,7 +45,7 @@ struct PortChoices {
     /// this computer.
     std::function<std::vector<PortFound>()> find = {};
     std::vector<std::string> files = {};       ///< definitions and packages, ticked
-    std::function<void()> changeFirstLog = {}; ///< opens naming and station; empty: no button
+    std::function<void()> changeFirstLog = {}; ///< what [Change] does; empty: the naming form
 };
 /// The resource that was added, and whether it is to be connected.
 using PortAdded = std::function<void(ResourceId added, bool connect)>;
