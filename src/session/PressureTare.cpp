@@ -10,6 +10,8 @@
 namespace qor {
 namespace {
 
+constexpr const char* NoProfiler = "No profiler has been specified; give an instrument that role.";
+
 const CSensor* PressureSensor(const CQorViewIns& instrument) {
     const CLiveInstrument* const alone[] = {&instrument.Live};
     return SensorAt(alone, FindPackageSensors(alone).pressure);
@@ -25,7 +27,7 @@ UnitScale ScaleOf(const SessionState& session) REQUIRES(session.DocLock) {
 std::string ReadPressure(const CQorViewDoc& doc, double& pressure) REQUIRES(doc.DocLock) {
     const CQorViewIns* profiler = doc.RoleInstrument(InstrumentRole::Profiler);
     if (!profiler)
-        return "No profiler has been specified; give an instrument that role.";
+        return NoProfiler;
     const std::string& name = profiler->Name();
     const CSensor* sensor = PressureSensor(*profiler);
     if (!sensor)
@@ -47,6 +49,12 @@ std::string ReadPressure(const CQorViewDoc& doc, double& pressure) REQUIRES(doc.
     return {};
 }
 
+void KeepTare(CQorViewDoc& doc, double tare) REQUIRES(doc.DocLock) {
+    doc.PressureTare = tare;
+    doc.ReportMessage("Pressure tare: " + ShortestNumber(tare) + ".\r\n");
+    doc.NoteChange();
+}
+
 } // namespace
 
 std::string TakePressureTare(CQorViewDoc& doc) {
@@ -54,9 +62,17 @@ std::string TakePressureTare(CQorViewDoc& doc) {
     double pressure = 0;
     if (const std::string fault = ReadPressure(doc, pressure); !fault.empty())
         return "The pressure tare could not be taken. " + fault;
-    doc.PressureTare = pressure;
-    doc.ReportMessage("Pressure tare: " + ShortestNumber(pressure) + ".\r\n");
-    doc.NoteChange();
+    KeepTare(doc, pressure);
+    return {};
+}
+
+std::string SetPressureTare(CQorViewDoc& doc, double dbar) {
+    if (!(dbar >= TareRange.least && dbar <= TareRange.greatest))
+        return "A pressure tare of " + ShortestNumber(dbar) + " dbar cannot be one in air.";
+    CRecursiveLock lock(doc.DocLock);
+    if (!doc.RoleInstrument(InstrumentRole::Profiler))
+        return NoProfiler;
+    KeepTare(doc, TareFromDbar(doc, dbar));
     return {};
 }
 

@@ -14,6 +14,8 @@ namespace qor {
 /// Takes the profiler's current pressure. What is wrong, in one sentence; then the tare that was
 /// there stands.
 std::string TakePressureTare(CQorViewDoc& doc);
+/// A tare by hand. What is wrong, in one sentence; then the tare that was there stands.
+std::string SetPressureTare(CQorViewDoc& doc, double dbar);
 /// There is none any more: that is not a tare of zero.
 void ClearTare(CQorViewDoc& doc);
 

@@ -4,6 +4,7 @@
 #include "base/Text.h"
 #include "platform/File.h"
 #include "session/SessionFields.h"
+#include "session/SessionPath.h"
 #include "session/SpanText.h"
 #include "views/FormNumbers.h"
 
@@ -40,8 +41,10 @@ std::string SpanFault(const std::string& text) {
 LogNaming NamingOf(const NamingForm& form) {
     LogNaming naming;
     naming.logNamingMode = form.mode;
-    naming.logDirectory = form.directory;
+    naming.logDirectory = WithSeparator(form.directory);
     naming.logUserFileName = Trim(form.userFileName);
+    naming.numbered = form.numbered && form.mode == LogNamingMode::UserFileName;
+    naming.number = naming.logUserFileName == form.numberedName ? form.number : 1;
     naming.sqmBaseName = Trim(form.sqmBaseName);
     naming.sqmSequence =
         static_cast<std::int32_t>(WholeCount(Trim(form.sqmSequence)).value_or(0) % 1000);
@@ -118,6 +121,9 @@ NamingForm FormOf(const LogNaming& naming, const StationInformation& station) {
     form.sqmBaseName = naming.sqmBaseName;
     form.sqmSequence = std::to_string(naming.sqmSequence);
     form.station = station;
+    form.numbered = naming.numbered;
+    form.number = naming.number;
+    form.numberedName = naming.logUserFileName;
     return form;
 }
 
@@ -168,6 +174,16 @@ FormFaults CheckForm(const SettingsForm& form) {
         faults.Add("sessionLogDirectory", FolderFault(form.sessionLogDirectory));
     faults.Add("textSize", NumberFault(form.textSize, 90, 200, true));
     return faults;
+}
+
+std::optional<int> TextSizeOf(const SettingsForm& form) {
+    if (!CheckForm(form).Of("textSize").empty())
+        return std::nullopt;
+    return static_cast<int>(WholeCount(Trim(form.textSize)).value_or(100));
+}
+
+std::string TextSizeText(int percent) {
+    return std::to_string(percent);
 }
 
 FormFaults CheckForm(const TareForm& form) {

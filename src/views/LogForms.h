@@ -39,6 +39,9 @@ struct NamingForm {
     std::string sqmBaseName;
     std::string sqmSequence = "0";
     StationInformation station; ///< names are made of it in mode AutoCast
+    bool numbered = false;      ///< the logs of a run with a user file name
+    std::int32_t number = 1;    ///< of the next one, while the name is `numberedName`
+    std::string numberedName = {};
 };
 NamingForm FormOf(const LogNaming& naming, const StationInformation& station);
 FormFaults CheckForm(const NamingForm& form);
@@ -59,8 +62,12 @@ struct SettingsForm {
     bool sessionLog = false;
     std::string sessionLogDirectory;
     std::string textSize = "100"; ///< %
+    bool loggingSounds = false;
 };
 FormFaults CheckForm(const SettingsForm& form);
+/// The text size in %; nothing while it cannot be used.
+std::optional<int> TextSizeOf(const SettingsForm& form);
+std::string TextSizeText(int percent);
 
 /// A tare by hand.
 struct TareForm {

@@ -38,6 +38,14 @@ std::string PackageNumberFault(std::string_view name, const std::string& text) {
 
 } // namespace
 
+PortForm FormOf(const SerialResourceSettings& settings) {
+    PortForm form;
+    form.name = settings.portName;
+    form.speed = std::to_string(settings.baudRate);
+    form.format = LineFormatText({settings.dataBits, settings.parity, settings.stopBits});
+    return form;
+}
+
 FormFaults CheckForm(const PortForm& form) {
     FormFaults faults;
     if (Trim(form.name).empty())

@@ -24,6 +24,8 @@ struct PortForm {
     std::string format = "8N1";
     std::vector<std::string> inUse = {}; ///< names of the session's other resources
 };
+/// The form of a port's settings.
+PortForm FormOf(const SerialResourceSettings& settings);
 FormFaults CheckForm(const PortForm& form);
 /// What OK takes; empty while something is wrong.
 std::optional<SerialResourceSettings> SettingsOf(const PortForm& form);

@@ -14,6 +14,9 @@
 #include <QLineEdit>
 #include <QPainter>
 #include <QPushButton>
+#include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QStyle>
 #include <QVBoxLayout>
 
@@ -24,6 +27,38 @@ namespace qor {
 namespace {
 
 constexpr int FieldWidth = 280, SignSize = 16;
+constexpr double PartOfScreen = 0.75; ///< that the fields take at most
+
+/// As large as its content, but no higher than the screen lets a form be.
+class CFormArea : public QScrollArea {
+  public:
+    explicit CFormArea(QWidget* content) {
+        setWidget(content);
+        setWidgetResizable(true);
+        setFrameShape(QFrame::NoFrame);
+        setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+        setFocusPolicy(Qt::NoFocus);
+    }
+    QSize sizeHint() const override {
+        QSize size = widget()->sizeHint();
+        if (size.width() > 0 && widget()->layout()->hasHeightForWidth())
+            size.setHeight(widget()->layout()->totalHeightForWidth(size.width()));
+        const int most = Highest();
+        if (size.height() <= most)
+            return size;
+        return {size.width() + verticalScrollBar()->sizeHint().width(), most};
+    }
+    QSize minimumSizeHint() const override {
+        const QSize whole = widget()->minimumSizeHint();
+        return {whole.width() + verticalScrollBar()->sizeHint().width(),
+                std::min(sizeHint().height(), Highest())};
+    }
+
+  private:
+    int Highest() const {
+        return static_cast<int>(screen()->availableSize().height() * PartOfScreen);
+    }
+};
 
 } // namespace
 
@@ -66,10 +101,15 @@ CForm::CForm(const CTheme& theme, const QString& title, QWidget* parent)
     Buttons->button(QDialogButtonBox::Cancel)->setAutoDefault(false);
     connect(Buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(Buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    auto* content = new QWidget;
+    auto* column = new QVBoxLayout(content);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->addLayout(Fields);
+    column->addStretch(1);
+    LastLine = MakeFaultLine(LastText);
     auto* whole = new QVBoxLayout(this);
-    whole->addLayout(Fields);
-    whole->addStretch(1);
-    whole->addSpacing(Theme.Px(size::Between));
+    whole->addWidget(new CFormArea(content), 1);
+    whole->addWidget(LastLine);
     whole->addWidget(Buttons);
 }
 
@@ -79,19 +119,13 @@ QLabel* CForm::AddLabel(const QString& text, QWidget* buddy) {
     return label;
 }
 
-void CForm::AddField(const QString& label, QWidget* field, FaultOf fault) {
-    const int row = Fields->rowCount();
-    Fields->addWidget(AddLabel(label, field), row, 0, Qt::AlignRight | Qt::AlignVCenter);
-    Fields->addWidget(field, row, 1);
-    field->setAccessibleName(QString(label).remove(QLatin1Char('&')));
-    if (!fault)
-        return;
+QWidget* CForm::MakeFaultLine(QLabel*& text) {
     auto* line = new QWidget;
     auto* lineLayout = new QHBoxLayout(line);
     lineLayout->setContentsMargins(0, 0, 0, 0);
     lineLayout->setSpacing(Theme.Px(size::Grid));
     lineLayout->addWidget(new CSignLabel(Theme, Sign::Error, SignSize), 0, Qt::AlignTop);
-    auto* text = new QLabel;
+    text = new QLabel;
     text->setWordWrap(true);
     text->setMinimumHeight(text->fontMetrics().height());
     lineLayout->addWidget(text, 1);
@@ -100,7 +134,19 @@ void CForm::AddField(const QString& label, QWidget* field, FaultOf fault) {
     keeps.setRetainSizeWhenHidden(true);
     line->setSizePolicy(keeps);
     line->setVisible(false);
-    Fields->addWidget(line, row + 1, 1);
+    return line;
+}
+
+void CForm::AddField(const QString& label, QWidget* field, FaultOf fault) {
+    const int row = Fields->rowCount();
+    Fields->addWidget(AddLabel(label, field), row, 0, Qt::AlignRight | Qt::AlignVCenter);
+    Fields->addWidget(field, row, 1, 1, 2);
+    field->setAccessibleName(QString(label).remove(QLatin1Char('&')));
+    if (!fault)
+        return;
+    QLabel* text = nullptr;
+    QWidget* line = MakeFaultLine(text);
+    Fields->addWidget(line, row + 1, 1, 1, 2);
     Rows.push_back({field, line, text, std::move(fault)});
 }
 
@@ -124,7 +170,7 @@ QComboBox* CForm::AddChoice(const QString& label, const QStringList& entries, in
 QCheckBox* CForm::AddSwitch(const QString& text, bool on) {
     auto* box = new QCheckBox(text);
     box->setChecked(on);
-    Fields->addWidget(box, Fields->rowCount(), 1);
+    Fields->addWidget(box, Fields->rowCount(), 1, 1, 2);
     connect(box, &QCheckBox::toggled, this, &CForm::Check);
     return box;
 }
@@ -137,14 +183,26 @@ void CForm::AddHeading(const QString& text) {
     const int row = Fields->rowCount();
     if (row > 1)
         Fields->setRowMinimumHeight(row, Theme.Px(size::Between));
-    Fields->addWidget(label, row + 1, 0, 1, 2);
+    Fields->addWidget(label, row + 1, 0, 1, 3);
 }
 
 QLabel* CForm::AddNote(const QString& text) {
     auto* label = new QLabel(text);
     label->setWordWrap(true);
-    Fields->addWidget(label, Fields->rowCount(), 0, 1, 2);
+    AddWide(label);
     return label;
+}
+
+void CForm::AddWide(QWidget* widget) {
+    Fields->addWidget(widget, Fields->rowCount(), 0, 1, 3);
+}
+
+void CForm::AddBeside(QWidget* field, QWidget* beside) {
+    int row = 0, column = 0, rows = 0, columns = 0;
+    Fields->getItemPosition(Fields->indexOf(field), &row, &column, &rows, &columns);
+    Fields->removeWidget(field);
+    Fields->addWidget(field, row, column);
+    Fields->addWidget(beside, row, column + 1, Qt::AlignVCenter);
 }
 
 void CForm::SetOkText(const QString& text) {
@@ -155,7 +213,23 @@ QPushButton* CForm::AddButton(const QString& text) {
     return Buttons->addButton(text, QDialogButtonBox::ActionRole);
 }
 
+QPushButton* CForm::CancelButton() const {
+    return Buttons->button(QDialogButtonBox::Cancel);
+}
+
+void CForm::ShowFault(const QString& sentence) {
+    LastText->setText(sentence);
+    LastLine->setVisible(!sentence.isEmpty());
+}
+
+void CForm::accept() {
+    Check();
+    if (Ok->isEnabled() && (!Action || Action()))
+        QDialog::accept();
+}
+
 void CForm::Check() {
+    ShowFault({});
     bool valid = true;
     for (const Row& row : Rows) {
         const std::string fault = row.fault();
@@ -170,6 +244,7 @@ void CForm::Check() {
         }
     }
     Ok->setEnabled(valid);
+    emit Checked(valid);
 }
 
 bool CForm::IsValid() const {
@@ -179,6 +254,7 @@ bool CForm::IsValid() const {
 
 void CForm::Open() {
     Check();
+    adjustSize();
     show();
     raise();
     activateWindow();

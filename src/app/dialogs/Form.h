@@ -42,10 +42,20 @@ class CForm : public QDialog {
     void AddHeading(const QString& text);
     /// A sentence across the form.
     QLabel* AddNote(const QString& text);
+    /// A widget of the caller's making across the form.
+    void AddWide(QWidget* widget);
+    /// Something small beside a field that was added: a button, a few words.
+    void AddBeside(QWidget* field, QWidget* beside);
 
     void SetOkText(const QString& text);
     QPushButton* OkButton() const { return Ok; }
     QPushButton* AddButton(const QString& text);
+    QPushButton* CancelButton() const;
+
+    /// What OK does; false keeps the form open. Without it OK closes the form.
+    void SetAction(std::function<bool()> action) { Action = std::move(action); }
+    /// What went wrong with OK, above the buttons, until the next change of a field.
+    void ShowFault(const QString& sentence);
 
     /// Asks every field for its fault; done by itself after each change of a field that the form
     /// made.
@@ -55,6 +65,12 @@ class CForm : public QDialog {
     /// Shows the form beside what else is open, and has it delete itself when it closes.
     void Open();
 
+    void accept() override;
+
+  signals:
+    /// Every field was asked for its fault.
+    void Checked(bool valid);
+
   private:
     struct Row {
         QWidget* field;
@@ -63,12 +79,17 @@ class CForm : public QDialog {
         FaultOf fault;
     };
     QLabel* AddLabel(const QString& text, QWidget* buddy);
+    /// A line with the sign of an error, hidden, that keeps its place.
+    QWidget* MakeFaultLine(QLabel*& text);
 
     const CTheme& Theme;
     QGridLayout* Fields;
     QPushButton* Ok;
     std::vector<Row> Rows;
     QDialogButtonBox* Buttons;
+    QWidget* LastLine; ///< what went wrong with OK
+    QLabel* LastText;
+    std::function<bool()> Action;
 };
 
 /// A sign as a widget of a fixed size; takes the palette that is in force.
