@@ -26,7 +26,6 @@ int Run(QApplication& application, const qor::DesktopCommand& command) {
     if (!read)
         std::fputs("qorview: the settings could not be read; none will be kept.\n", stderr);
     window.resize(FirstWidth, FirstHeight);
-    window.RestoreLayout(profile);
     window.show();
     desk.Begin(command);
     const int status = QApplication::exec();

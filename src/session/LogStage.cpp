@@ -104,6 +104,8 @@ void CLogStage::WriteTaken() {
         CLock lock(StageLock);
         failedBefore = Counted.cause != FileCause::None;
     }
+    if (const int delay = Delay; delay > 0)
+        Never.Wait(delay);
     std::size_t written = 0;
     const FileCause cause = failedBefore ? FileCause::Generic : Writer.Write(Writing, written);
     if (cause != FileCause::None && !failedBefore) {

@@ -41,6 +41,9 @@ class CLogStage {
     /// Bytes that may wait; before a log begins.
     void SetCapacity(std::size_t bytes) { Limit = bytes; }
 
+    /// Each write takes so much longer from now on, as on a slow disk: for practice. Any thread.
+    void SetDelay(int milliseconds) { Delay = milliseconds; }
+
     /// Creates the file and writes the header records. On failure nothing is open and, when the
     /// header was what failed, no file is left; `inHeader` tells.
     FileCause Create(const std::string& path, const LogRecords& header, bool& inHeader);
@@ -67,6 +70,8 @@ class CLogStage {
     CClock& Clock;
     CMessageSink& Messages;
     std::size_t Limit = DefaultCapacity;
+    std::atomic<int> Delay = 0; ///< milliseconds
+    CEvent Never;               ///< what a delay waits for
     CLogWriter Writer;  ///< of the thread that creates, then of the writer
     LogRecords Writing; ///< of the writer's thread
 

@@ -89,6 +89,8 @@ class CRawLog {
     void ShowPending();
     /// Waits until what was added is in the file, or the file has failed. Without the lock.
     void WaitForDisk() { Stage.Drain(); }
+    /// The disk is slow from now on, for practice; see CLogStage.
+    void SetDiskDelay(int milliseconds) { Stage.SetDelay(milliseconds); }
     /// Bytes that may wait for the disk; before a log begins.
     void SetWaitingCapacity(std::size_t bytes) { Stage.SetCapacity(bytes); }
 

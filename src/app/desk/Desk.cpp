@@ -9,6 +9,8 @@
 #include <QDir>
 #include <QUrl>
 
+#include <utility>
+
 namespace qor {
 
 namespace {
@@ -52,7 +54,11 @@ void CDesk::ConnectRooms() {
                 Displays.OpenWindow(kind.toLatin1().constData(), instrument.toStdString());
             });
     Sessions.DescribeWindows = [this] { return Displays.Describe(); };
-    connect(&Sessions, &CSessionDesk::Opened, &Displays, &CWindowDesk::OpenAll);
+    connect(&Sessions, &CSessionDesk::Opened, this, [this] {
+        Displays.OpenAll();
+        if (!std::exchange(Arranged, true))
+            Window.ArrangeDocks();
+    });
     connect(&Sessions, &CSessionDesk::Closed, &Displays, &CWindowDesk::CloseAll);
     connect(&Sessions, &CSessionDesk::FirstPortAsked, this, [this] { Sources.AddPort(); });
     connect(&Sessions, &CSessionDesk::ConnectionAsked, this, [this] { Sources.ConnectAll(true); });
@@ -67,6 +73,7 @@ void CDesk::ConnectRooms() {
 }
 
 void CDesk::Begin(const DesktopCommand& command) {
+    Arranged = Window.RestoreLayout(Profile);
     CQorViewDoc& doc = Under.Doc();
     {
         CRecursiveLock lock(doc.DocLock);
@@ -91,9 +98,10 @@ void CDesk::Tick() {
         Displays.Tick();
     if (++Turn % SlowTurns != 0)
         return;
-    Log.Refresh(Sessions.Run());
-    if (Sessions.IsOpen())
+    if (Sessions.IsOpen()) {
+        Log.Refresh(Sessions.Run());
         Sources.Refresh();
+    }
     Sessions.Refresh();
 }
 
@@ -142,6 +150,10 @@ void CDesk::DoIt(Do action) {
         return Sessions.AskReplay();
     case Do::Practice:
         return Sessions.BeginPractice();
+    case Do::DamagedFrames:
+    case Do::LostPort:
+    case Do::SlowDisk:
+        return Sessions.SetPracticeFault(action, IsOn(action));
     case Do::CloseSession:
         return Sessions.CloseSession();
     case Do::AddPort:

@@ -55,7 +55,8 @@ class CDesk : public QObject {
     CWindowDesk Displays;
     QTimer Turns;
     unsigned Turn = 0;
-    bool Closing = false; ///< everything was asked and put away
+    bool Arranged = false; ///< the docks have the room they are meant to have
+    bool Closing = false;  ///< everything was asked and put away
 };
 
 } // namespace qor

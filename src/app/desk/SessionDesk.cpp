@@ -26,6 +26,7 @@ namespace qor {
 namespace {
 
 const QString SessionFilter = QStringLiteral("(*.qor)");
+constexpr int SlowDiskMilliseconds = 6000;
 constexpr double ReplaySpeeds[] = {1, 2, 4, 10, 0}; ///< in the order of the bar
 
 /// The copy of the session from which the next start can restore.
@@ -80,6 +81,7 @@ CSessionDesk::CSessionDesk(const DeskParts& parts, QObject* parent)
                            Parts.Doc().Sources.Seek(file->id, ReplayOffset(place, file->fileSize)));
     });
     FillRecent();
+    ReadySwitches();
 }
 
 CSessionDesk::~CSessionDesk() = default;
@@ -135,6 +137,7 @@ void CSessionDesk::Begun(Shown kind) {
     KeptBytes.clear();
     Parts.Window.ShowStart(false);
     Parts.Window.ShowReplay(kind == Shown::Replay);
+    ReadySwitches();
     emit Opened();
 }
 
@@ -261,6 +264,28 @@ void CSessionDesk::BeginPractice() {
         Begun(Shown::Practice);
         emit ConnectionAsked();
     });
+}
+
+void CSessionDesk::SetPracticeFault(Do fault, bool on) {
+    CPractice* practice = Parts.Engine.Practice();
+    if (!practice)
+        return;
+    if (fault == Do::DamagedFrames)
+        practice->SetDamaged(on);
+    else if (fault == Do::LostPort)
+        practice->SetLost(on);
+    else
+        Parts.Doc().RawLog.SetDiskDelay(on ? SlowDiskMilliseconds : 0);
+}
+
+/// The switches are those of a practice, and off when it begins.
+void CSessionDesk::ReadySwitches() {
+    CActions& actions = Parts.Window.Actions();
+    Parts.Doc().RawLog.SetDiskDelay(0);
+    for (const Do fault : {Do::DamagedFrames, Do::LostPort, Do::SlowDisk}) {
+        actions[fault]->setChecked(false);
+        actions.SetWhyNot(fault, Kind == Shown::Practice ? QString() : tr("No practice is open."));
+    }
 }
 
 void CSessionDesk::AskReplay() {

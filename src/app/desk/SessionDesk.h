@@ -26,6 +26,8 @@ class CSessionDesk : public QObject {
     void AskSaveAs();
     void CloseSession();
     void BeginPractice();
+    /// One of the instructor's switches.
+    void SetPracticeFault(Do fault, bool on);
     void AskReplay();
     /// Plays a log with the instruments of the session that is open, or of definitions that are
     /// named with it or lie beside it.
@@ -69,6 +71,7 @@ class CSessionDesk : public QObject {
     void PutFirstLogs(const QString& below);
     void BeginReplay(const std::string& path, std::vector<std::string> definitions,
                      std::optional<SessionRecord> session);
+    void ReadySwitches();
     void FillRecent();
     void KeepForRestore();
     ResourceId ReplayedFile() const;

@@ -33,6 +33,12 @@ constexpr ActionRow Table[] = {
      T("Play a raw log as if its instruments were here."), false, true},
     {Do::Practice, InMenu::Session, T("&Practice"), "practice", "Ctrl+Shift+P",
      T("Simulated instruments, no hardware needed.")},
+    {Do::DamagedFrames, InMenu::Practice, T("&Damaged frames"), "warning", "Ctrl+Alt+F",
+     T("Practice: frames are lost and damaged on the way."), true},
+    {Do::LostPort, InMenu::Practice, T("&Lost port"), "disconnect", "Ctrl+Alt+P",
+     T("Practice: the first port is unplugged until this is switched off."), true},
+    {Do::SlowDisk, InMenu::Practice, T("&Slow disk"), "save", "Ctrl+Alt+S",
+     T("Practice: the disk takes its time with every write."), true},
     {Do::CloseSession, InMenu::Session, T("&Close session"), "close", "Ctrl+Shift+W",
      T("End this session and go to the start page."), false, true},
     {Do::Settings, InMenu::Session, T("Se&ttings ..."), "settings", "Ctrl+,",
@@ -153,6 +159,7 @@ constexpr MenuRow MenuRows[] = {
     {InMenu::NewWindow, InMenu::Window, T("&New")},
     {InMenu::Layouts, InMenu::Window, T("&Layouts")},
     {InMenu::Replay, InMenu::Session, T("Re&play bar"), Do::ReplayLog},
+    {InMenu::Practice, InMenu::Session, T("Practice &faults"), Do::Practice},
     {InMenu::Help, InMenu::Help, T("&Help")},
 };
 // clang-format on
@@ -178,6 +185,7 @@ bool NeedsSession(const ActionRow& row) {
     case InMenu::Palette:
     case InMenu::TextSize:
     case InMenu::Replay:
+    case InMenu::Practice:
     case InMenu::Help:
         return false;
     }

@@ -24,6 +24,7 @@ namespace qor {
 // clang-format off
 enum class Do : std::uint8_t {
     NewSession, OpenSession, SaveSession, SaveSessionAs, ReplayLog, Practice, CloseSession, Quit,
+    DamagedFrames, LostPort, SlowDisk,
     AddPort, AddInstrument, AddPackage, FindInstruments, ConnectAll, StartAll, Roles, Properties,
     StartLog, StopLog, LogOptions, Naming, Station, OpenLogFolder, LogStatus,
     Tare, ClearTare, CastBegins, NextCast, Comment,
@@ -49,6 +50,7 @@ enum class InMenu : std::uint8_t {
     NewWindow,
     Layouts,
     Replay,
+    Practice,
     Help
 };
 

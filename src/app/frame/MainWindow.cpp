@@ -10,6 +10,7 @@
 #include <QGuiApplication>
 #include <QMenuBar>
 #include <QMimeData>
+#include <QScopedValueRollback>
 #include <QScreen>
 #include <QShortcut>
 #include <QStackedWidget>
@@ -22,7 +23,7 @@ namespace qor {
 
 namespace {
 
-constexpr int NarrowWindow = 1200, VeryNarrowWindow = 1000;
+constexpr int NarrowWindow = 1200, VeryNarrowWindow = 1000, SideWidth = 286;
 constexpr int TextStep = 10;
 constexpr const char* LookSection = "Look";
 
@@ -124,10 +125,13 @@ void CMainWindow::AddDock(Do toggle, CDisplayWindow* dock, Qt::DockWidgetArea si
         addDockWidget(side, dock);
     Docks[toggle] = dock;
     QAction* action = (*Possible)[toggle];
-    action->setChecked(true);
+    action->setChecked(toggle != Do::MonitorDock);
     connect(action, &QAction::toggled, dock, &QWidget::setVisible);
-    connect(dock, &CDisplayWindow::SeenChanged, action,
-            [action, dock] { action->setChecked(!dock->isHidden()); });
+    connect(dock, &CDisplayWindow::SeenChanged, action, [this, action, dock] {
+        if (!Rearranging) // else the operator's choice stands
+            action->setChecked(!dock->isHidden());
+    });
+    dock->setVisible(false);
 }
 
 void CMainWindow::ShowStart(bool start) {
@@ -135,8 +139,17 @@ void CMainWindow::ShowStart(bool start) {
     Possible->SetSession(!start);
     // Never on a button of the tool row, which a hand on the keys would press.
     (start ? static_cast<QWidget*>(Beginning) : Instruments)->setFocus();
+    const QScopedValueRollback<bool> keep(Rearranging, true);
     for (const auto& [action, dock] : Docks)
-        dock->setVisible(!start);
+        dock->setVisible(!start && (*Possible)[action]->isChecked());
+}
+
+/// The tree has the most of its side, the log below the rest.
+void CMainWindow::ArrangeDocks() {
+    CDisplayWindow* tree = Docks[Do::TreeDock];
+    CDisplayWindow* log = Docks[Do::LogDock];
+    resizeDocks({tree}, {Theme.Px(SideWidth)}, Qt::Horizontal);
+    resizeDocks({tree, log}, {height() * 2 / 3, height() / 3}, Qt::Vertical);
 }
 
 void CMainWindow::ShowReplay(bool replay) {
@@ -154,6 +167,7 @@ void CMainWindow::SetWatch(bool watch) {
     if (watch == Watch)
         return;
     Watch = watch;
+    const QScopedValueRollback<bool> keep(Rearranging, true);
     (*Possible)[Do::WatchMode]->setChecked(watch);
     Menus->setVisible(!watch);
     Tools->setVisible(!watch);
@@ -238,6 +252,9 @@ void CMainWindow::DoIt(Do action) {
     case Do::SaveSessionAs:
     case Do::ReplayLog:
     case Do::Practice:
+    case Do::DamagedFrames:
+    case Do::LostPort:
+    case Do::SlowDisk:
     case Do::CloseSession:
     case Do::AddPort:
     case Do::AddInstrument:
@@ -335,6 +352,7 @@ void CMainWindow::FitToWidth() {
     Tools->SetNarrow(width() < Theme.Px(NarrowWindow));
     if (Watch || Middle->currentWidget() == Beginning)
         return;
+    const QScopedValueRollback<bool> keep(Rearranging, true);
     if (width() >= Theme.Px(VeryNarrowWindow)) {
         for (CDisplayWindow* dock : std::exchange(Folded, {}))
             dock->show();

@@ -49,6 +49,8 @@ class CMainWindow : public QMainWindow {
 
     /// The start page, or the display windows.
     void ShowStart(bool start);
+    /// The docks around in the room that they are meant to have.
+    void ArrangeDocks();
     void ShowReplay(bool replay);
     void ShowLog(const LogPage& page);
     void SetWatch(bool watch);
@@ -99,6 +101,7 @@ class CMainWindow : public QMainWindow {
     std::map<Do, CDisplayWindow*> Docks;
     std::vector<CDisplayWindow*> HiddenByWatch;
     bool Watch = false, WasMaximized = false;
+    bool Rearranging = false;            ///< docks come and go by the program's hand
     std::vector<CDisplayWindow*> Folded; ///< for want of room, not by the operator
 };
 

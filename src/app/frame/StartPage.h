@@ -19,7 +19,7 @@ namespace qor {
 struct ShownSession {
     std::string path;
     std::string name;
-    std::string when; ///< in words
+    std::string when;  ///< in words
     bool gone = false; ///< its file is not there
 };
 
