@@ -66,6 +66,8 @@ class CForm : public QDialog {
     void Open();
 
     void accept() override;
+    /// Fields in the order in which they are seen, then the buttons.
+    void OrderTabs();
 
   signals:
     /// Every field was asked for its fault.
@@ -87,6 +89,7 @@ class CForm : public QDialog {
     QPushButton* Ok;
     std::vector<Row> Rows;
     QDialogButtonBox* Buttons;
+    QWidget* Area;     ///< scrolls the fields where the screen is low
     QWidget* LastLine; ///< what went wrong with OK
     QLabel* LastText;
     std::function<bool()> Action;
