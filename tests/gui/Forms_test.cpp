@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/dialogs/Form.h"
 #include "app/dialogs/Forms.h"
+#include "app/dialogs/PortFinder.h"
 #include "gui/Desk.h"
 #include "gui/SampleSession.h"
 #include "views/SessionForms.h"
@@ -19,6 +20,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
+
 namespace qor {
 namespace {
 
@@ -35,21 +38,28 @@ class AForm : public testing::Test {
     /// What is called so to a screen reader.
     template <class Widget> Widget* Named(QWidget* form, const char* name) {
         for (auto* widget : form->findChildren<Widget*>())
-            if (widget->accessibleName() == QString::fromLatin1(name))
+            if (widget->accessibleName() == QString::fromLatin1(name) && !widget->focusProxy())
                 return widget;
         ADD_FAILURE() << "no " << name;
         return nullptr;
     }
     template <class Button> Button* WithText(QWidget* form, const char* text) {
+        Button* found = nullptr; // the shortest that begins so
         for (auto* button : form->findChildren<Button*>())
-            if (button->text().remove(QLatin1Char('&')).startsWith(QString::fromLatin1(text)))
-                return button;
+            if (button->text().remove(QLatin1Char('&')).startsWith(QString::fromLatin1(text)) &&
+                (!found || button->text().size() < found->text().size()))
+                found = button;
+        if (found)
+            return found;
         ADD_FAILURE() << "no " << text;
         return nullptr;
     }
     /// Replaces what stands in a field by typing.
     void Type(QWidget* form, const char* name, const char* text) {
-        auto* edit = Named<QLineEdit>(form, name);
+        auto* field = Named<QWidget>(form, name);
+        auto* combo = qobject_cast<QComboBox*>(field);
+        auto* edit = combo ? combo->lineEdit() : qobject_cast<QLineEdit*>(field);
+        ASSERT_NE(edit, nullptr) << name;
         edit->setFocus();
         edit->selectAll();
         QTest::keyClick(edit, Qt::Key_Delete);
@@ -70,7 +80,7 @@ class AForm : public testing::Test {
 class APortForm : public AForm {
   protected:
     CForm* Open(std::vector<std::string> files) {
-        CForm* form = OpenPort(Frame(), {[this] { return Ports; }, std::move(files)},
+        CForm* form = OpenPort(Frame(), {[this] { return Find(); }, std::move(files)},
                                [this](ResourceId id, bool connect) {
                                    Added = id;
                                    Connect = connect;
@@ -80,7 +90,15 @@ class APortForm : public AForm {
         return form;
     }
 
-    std::vector<PortFound> Ports = SamplePorts();
+    /// On the thread that looks.
+    std::vector<PortFound> Find() const {
+        std::vector<PortFound> ports = SamplePorts();
+        if (!Plugged)
+            ports.erase(ports.begin());
+        return ports;
+    }
+
+    std::atomic<bool> Plugged = true;
     ResourceId Added = ResourceId::None;
     bool Connect = false;
 };
@@ -106,8 +124,9 @@ TEST_F(APortForm, TheOnlyFreePortIsTickedAndAddedWithItsPackage) {
 
 TEST_F(APortForm, TheSpeedIsThatOfThePackageUntilOneIsTyped) {
     const std::string radiometer = Example("radiometer.cal");
-    Session.Doc.RemoveResource(Session.Port); // its instruments are those of the package
+    EXPECT_EQ(Session.Doc.RemoveResource(Session.Port), CommResult::Success);
     CForm* form = Open({Example("cast.sip"), radiometer});
+    WithText<QRadioButton>(form, "FTDI A50285BI")->click();
     EXPECT_EQ(Named<QComboBox>(form, "Speed [baud]")->currentText(), QStringLiteral("57600"));
     WithText<QPushButton>(form, "Add")->click();
     ASSERT_NE(Added, ResourceId::None);
@@ -135,7 +154,7 @@ TEST_F(APortForm, WhatKeepsAPortFromBeingHadIsSaidWithItsRemedy) {
 }
 
 TEST_F(APortForm, AFileThatCannotBeUsedStandsInTheWayUntilItsTickGoes) {
-    CForm* form = Open({Session.Temp.Put("x.cal", "no definition\n")});
+    CForm* form = Open({Session.Temp.Path + "none.cal"});
     EXPECT_FALSE(form->OkButton()->isEnabled());
     auto* list = Named<QWidget>(form, "Definitions and packages");
     list->setFocus();
@@ -146,7 +165,8 @@ TEST_F(APortForm, AFileThatCannotBeUsedStandsInTheWayUntilItsTickGoes) {
 
 TEST_F(APortForm, APortThatGoesWhileItIsChosenStaysInSight) {
     CForm* form = Open({});
-    Ports.erase(Ports.begin());
+    Plugged = false;
+    form->findChild<CPortFinder*>()->Look();
     EXPECT_TRUE(QTest::qWaitFor([form] { return !form->OkButton()->isEnabled(); }));
     EXPECT_EQ(form->OkButton()->toolTip(), QStringLiteral("There is no port ttyUSB0."));
 }
@@ -240,7 +260,7 @@ TEST_F(AForm, InstrumentSettingsTakeEffect) {
 TEST_F(AForm, WhatHasGoneIsSaidAndChangesNothing) {
     const InstrumentId id = Session.Doc.Snapshot().resources[1].instruments[0].id;
     CForm* form = OpenInstrumentProperties(Frame(), id, Count());
-    Session.Doc.RemoveInstrument(id);
+    ASSERT_EQ(Session.Doc.RemoveInstrument(id), CommResult::Success);
     PressOk(form);
     EXPECT_TRUE(form->isVisible());
     EXPECT_EQ(Session.TakeTold().size(), 1);
@@ -353,7 +373,7 @@ TEST_F(AForm, SettingsShowAtOnceAndCancelBringsBackWhatWas) {
 TEST_F(AForm, ACommentGoesIntoTheSessionLogWithItsTime) {
     static_cast<void>(Session.Reported());
     CForm* form = OpenComment(Frame(), QStringLiteral("09:41:07"), Count());
-    QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("CTD at the surface"));
+    QTest::keyClicks(form->focusWidget(), QStringLiteral("CTD at the surface"));
     PressOk(form);
     EXPECT_THAT(Session.Reported(), HasSubstr("Comment at 09:41:07: CTD at the surface"));
 }
@@ -362,7 +382,7 @@ TEST_F(AForm, OpensOnceAndIsFilledByKeysAlone) {
     CForm* form = OpenStation(Frame(), {});
     EXPECT_EQ(OpenStation(Frame(), {}), form);
     for (const char* text : {"S5", "AB", "HE-613"}) {
-        auto* edit = qobject_cast<QLineEdit*>(QApplication::focusWidget());
+        auto* edit = qobject_cast<QLineEdit*>(form->focusWidget());
         ASSERT_NE(edit, nullptr);
         edit->selectAll();
         QTest::keyClicks(edit, QString::fromLatin1(text));

@@ -22,6 +22,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <utility>
 
 namespace qor {
 
@@ -298,6 +299,11 @@ void CForm::Check() {
 bool CForm::IsValid() const {
     return std::all_of(Rows.begin(), Rows.end(),
                        [](const Row& row) { return row.fault().empty(); });
+}
+
+void CForm::done(int result) {
+    if (!std::exchange(Finished, true))
+        QDialog::done(result);
 }
 
 void CForm::OrderTabs() {

@@ -66,6 +66,8 @@ class CForm : public QDialog {
     void Open();
 
     void accept() override;
+    /// Once: a form that is closed and not deleted yet stays closed.
+    void done(int result) override;
     /// Fields in the order in which they are seen, then the buttons.
     void OrderTabs();
 
@@ -93,6 +95,7 @@ class CForm : public QDialog {
     QWidget* LastLine; ///< what went wrong with OK
     QLabel* LastText;
     std::function<bool()> Action;
+    bool Finished = false;
 };
 
 /// A sign as a widget of a fixed size; takes the palette that is in force.
