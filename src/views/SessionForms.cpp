@@ -223,8 +223,7 @@ std::string FirstLogText(const CQorViewDoc& doc) {
         doc.Naming.logDirectory.empty() ? "the program's folder" : doc.Naming.logDirectory;
     const std::string station =
         doc.Station.stationId.empty() ? "no station" : "station " + doc.Station.stationId;
-    return "First log: " + (name.empty() ? "no name yet" : name) + " in " + folder + ", " +
-           station + ".";
+    return (name.empty() ? "no name yet" : name) + " in " + folder + ", " + station + ".";
 }
 
 SettingsForm SettingsFormOf(const CQorViewDoc& doc) {

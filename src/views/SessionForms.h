@@ -48,7 +48,7 @@ std::string ApplyLogOptions(CQorViewDoc& doc, const LogOptionsForm& form);
 
 NamingForm NamingFormOf(const CQorViewDoc& doc);
 std::string ApplyNaming(CQorViewDoc& doc, const NamingForm& form);
-/// The next log in a sentence: "First log: (TIME STAMP) in /data, station S4."
+/// The next log in a few words: "(TIME STAMP) in /data, station S4."
 std::string FirstLogText(const CQorViewDoc& doc);
 
 /// All but the text size, which is the face's.

@@ -68,6 +68,7 @@ void CFilePicker::AddFile(const std::string& path) {
     auto* item = new QListWidgetItem(Shown(file.text), List);
     item->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsUserCheckable);
     item->setCheckState(Qt::Checked);
+    item->setSizeHint({0, Theme.Target()});
     const std::string& said = file.fault.empty() ? file.note : file.fault;
     item->setToolTip(Shown(said.empty() ? file.path : file.path + "\n" + said));
     if (!said.empty())

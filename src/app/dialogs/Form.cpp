@@ -8,6 +8,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDialogButtonBox>
+#include <QEvent>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -21,6 +22,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <utility>
 
 namespace qor {
 
@@ -28,6 +30,33 @@ namespace {
 
 constexpr int FieldWidth = 280, SignSize = 16;
 constexpr double PartOfScreen = 0.75; ///< that the fields take at most
+
+/// What takes the focus by the tabulator, from above to below, then from left to right.
+std::vector<QWidget*> TabStops(const QWidget& area) {
+    struct Stop {
+        QWidget* widget;
+        QPoint middle;
+    };
+    std::vector<Stop> stops;
+    for (QWidget* widget : area.findChildren<QWidget*>())
+        if ((widget->focusPolicy() & Qt::TabFocus) && !widget->focusProxy() &&
+            widget->window() == area.window() && widget->isVisibleTo(&area))
+            stops.push_back({widget, widget->mapTo(&area, widget->rect().center())});
+    std::ranges::stable_sort(stops, {}, [](const Stop& stop) { return stop.middle.y(); });
+    constexpr int SameRow = 6;
+    for (auto row = stops.begin(); row != stops.end();) {
+        const auto next = std::find_if(row, stops.end(), [row](const Stop& stop) {
+            return stop.middle.y() > row->middle.y() + SameRow;
+        });
+        std::stable_sort(row, next,
+                         [](const Stop& a, const Stop& b) { return a.middle.x() < b.middle.x(); });
+        row = next;
+    }
+    std::vector<QWidget*> widgets;
+    for (const Stop& stop : stops)
+        widgets.push_back(stop.widget);
+    return widgets;
+}
 
 /// As large as its content, but no higher than the screen lets a form be.
 class CFormArea : public QScrollArea {
@@ -54,7 +83,23 @@ class CFormArea : public QScrollArea {
                 std::min(sizeHint().height(), Highest())};
     }
 
+  protected:
+    /// The content has come to need more or less: the form takes more of its own accord.
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (watched == widget() && event->type() == QEvent::LayoutRequest) {
+            updateGeometry();
+            if (isVisible())
+                QMetaObject::invokeMethod(
+                    this, [this] { Follow(); }, Qt::QueuedConnection);
+        }
+        return QScrollArea::eventFilter(watched, event);
+    }
+
   private:
+    void Follow() {
+        window()->resize(window()->size().expandedTo(window()->sizeHint()));
+        static_cast<CForm*>(window())->OrderTabs();
+    }
     int Highest() const {
         return static_cast<int>(screen()->availableSize().height() * PartOfScreen);
     }
@@ -93,7 +138,7 @@ CForm::CForm(const CTheme& theme, const QString& title, QWidget* parent)
     Fields->setColumnMinimumWidth(1, Theme.Px(FieldWidth));
     Fields->setColumnStretch(1, 1);
     Fields->setHorizontalSpacing(Theme.Px(size::Margin));
-    Fields->setVerticalSpacing(Theme.Px(size::Between));
+    Fields->setVerticalSpacing(Theme.Px(size::Grid));
 
     Buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
     Ok = Buttons->button(QDialogButtonBox::Ok);
@@ -108,7 +153,8 @@ CForm::CForm(const CTheme& theme, const QString& title, QWidget* parent)
     column->addStretch(1);
     LastLine = MakeFaultLine(LastText);
     auto* whole = new QVBoxLayout(this);
-    whole->addWidget(new CFormArea(content), 1);
+    Area = new CFormArea(content);
+    whole->addWidget(Area, 1);
     whole->addWidget(LastLine);
     whole->addWidget(Buttons);
 }
@@ -116,6 +162,7 @@ CForm::CForm(const CTheme& theme, const QString& title, QWidget* parent)
 QLabel* CForm::AddLabel(const QString& text, QWidget* buddy) {
     auto* label = new QLabel(text);
     label->setBuddy(buddy);
+    label->setContentsMargins(0, 0, Theme.Px(2), 0); // its own hint is a fraction too small
     return label;
 }
 
@@ -139,7 +186,9 @@ QWidget* CForm::MakeFaultLine(QLabel*& text) {
 
 void CForm::AddField(const QString& label, QWidget* field, FaultOf fault) {
     const int row = Fields->rowCount();
-    Fields->addWidget(AddLabel(label, field), row, 0, Qt::AlignRight | Qt::AlignVCenter);
+    QLabel* name = AddLabel(label, field);
+    name->setMinimumHeight(std::min(field->sizeHint().height(), Theme.Target()));
+    Fields->addWidget(name, row, 0, Qt::AlignRight | Qt::AlignTop);
     Fields->addWidget(field, row, 1, 1, 2);
     field->setAccessibleName(QString(label).remove(QLatin1Char('&')));
     if (!fault)
@@ -252,10 +301,30 @@ bool CForm::IsValid() const {
                        [](const Row& row) { return row.fault().empty(); });
 }
 
+void CForm::done(int result) {
+    if (!std::exchange(Finished, true))
+        QDialog::done(result);
+}
+
+void CForm::OrderTabs() {
+    std::vector<QWidget*> order = TabStops(*Area);
+    for (QAbstractButton* button : Buttons->buttons())
+        if (button != Buttons->button(QDialogButtonBox::Cancel))
+            order.push_back(button);
+    order.push_back(Buttons->button(QDialogButtonBox::Cancel));
+    for (std::size_t i = 1; i < order.size(); ++i)
+        setTabOrder(order[i - 1], order[i]);
+}
+
 void CForm::Open() {
     Check();
+    Area->updateGeometry();
     adjustSize();
     show();
+    OrderTabs();
+    const std::vector<QWidget*> stops = TabStops(*Area);
+    if (!stops.empty())
+        stops.front()->setFocus();
     raise();
     activateWindow();
 }

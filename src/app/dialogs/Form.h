@@ -66,6 +66,10 @@ class CForm : public QDialog {
     void Open();
 
     void accept() override;
+    /// Once: a form that is closed and not deleted yet stays closed.
+    void done(int result) override;
+    /// Fields in the order in which they are seen, then the buttons.
+    void OrderTabs();
 
   signals:
     /// Every field was asked for its fault.
@@ -87,9 +91,11 @@ class CForm : public QDialog {
     QPushButton* Ok;
     std::vector<Row> Rows;
     QDialogButtonBox* Buttons;
+    QWidget* Area;     ///< scrolls the fields where the screen is low
     QWidget* LastLine; ///< what went wrong with OK
     QLabel* LastText;
     std::function<bool()> Action;
+    bool Finished = false;
 };
 
 /// A sign as a widget of a fixed size; takes the palette that is in force.

@@ -48,8 +48,6 @@ class CPortDialog : public QObject {
     CPortPicker* Picker = nullptr;
     CFilePicker* Files = nullptr;
     LineFields Line{};
-    QLabel* Origin = nullptr;
-    QLabel* Whether = nullptr;
     QPushButton* AddOnly = nullptr;
     bool SpeedTyped = false, FormatTyped = false;
 };
@@ -87,13 +85,10 @@ void CPortDialog::AddPorts() {
         return LastLineText(store, name);
     });
     Form->AddField(CForm::tr("Port"), Picker, FaultIn(Record, "name"));
-    Whether = Form->AddNote({});
 }
 
 void CPortDialog::AddLine() {
-    Line = AddLineFields(*Form, Record);
-    Origin = new QLabel;
-    Form->AddBeside(Line.speed, Origin);
+    Line = AddLineFields(*Form, Frame.theme, Record);
     connect(Line.speed->lineEdit(), &QLineEdit::textEdited, this, [this] { SpeedTyped = true; });
     connect(Line.speed, &QComboBox::activated, this, [this] { SpeedTyped = true; });
     connect(Line.format->lineEdit(), &QLineEdit::textEdited, this, [this] { FormatTyped = true; });
@@ -148,15 +143,14 @@ void CPortDialog::SuggestLine() {
         Line.speed->setEditText(Shown(file ? file->speed : before->speed));
     if (!FormatTyped && before)
         Line.format->setEditText(Shown(before->format));
-    Origin->setText(SpeedTyped || !(file || before) ? QString()
-                    : file                          ? CForm::tr("from %1").arg(Shown(file->name))
-                                                    : CForm::tr("as last time"));
+    Line.origin->setText(SpeedTyped || !(file || before) ? QString()
+                         : file ? CForm::tr("from %1").arg(Shown(file->name))
+                                : CForm::tr("as last time"));
 }
 
 void CPortDialog::ShowWhether(bool valid) {
     const PortFound* chosen = Picker->Chosen();
-    const std::string why = chosen && !chosen->inSession ? WhyNot(*chosen) : std::string();
-    Whether->setText(ShownInLanguage(why));
+    const std::string why = chosen ? WhyNot(*chosen) : std::string();
     AddOnly->setEnabled(valid);
     Form->OkButton()->setEnabled(valid && why.empty());
     Form->OkButton()->setToolTip(ShownInLanguage(why));

@@ -8,6 +8,7 @@
 #include <QClipboard>
 #include <QGridLayout>
 #include <QGuiApplication>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -21,7 +22,7 @@ namespace qor {
 namespace {
 
 constexpr int SignSize = 16;
-constexpr int OtherRow = 1000; ///< below all ports
+constexpr int OtherRow = 500; ///< below all ports
 
 } // namespace
 
@@ -38,6 +39,35 @@ CPortPicker::CPortPicker(const CTheme& theme,
     Grid->addWidget(Nothing, 0, 0, 1, 4);
     Nothing->setText(tr("Looking for ports."));
     AddOther();
+    AddWhyNot();
+    setFocusProxy(Other);
+    connect(this, &CPortPicker::Changed, this, &CPortPicker::ShowWhyNot);
+}
+
+void CPortPicker::AddWhyNot() {
+    auto* line = new QHBoxLayout;
+    line->setSpacing(Theme.Px(size::Grid));
+    WhySign = new CSignLabel(Theme, Sign::Warning, SignSize);
+    Why = new QLabel;
+    Why->setTextFormat(Qt::PlainText);
+    Why->setWordWrap(true);
+    Why->setMinimumHeight(Why->fontMetrics().height());
+    line->addWidget(WhySign, 0, Qt::AlignTop);
+    line->addWidget(Why, 1);
+    // The line keeps its place, so that nothing moves while one port after the other is chosen.
+    QSizePolicy keeps = WhySign->sizePolicy();
+    keeps.setRetainSizeWhenHidden(true);
+    WhySign->setSizePolicy(keeps);
+    WhySign->hide();
+    Grid->addLayout(line, OtherRow + 1, 0, 1, 4);
+}
+
+/// A port that the session has is the form's to name.
+void CPortPicker::ShowWhyNot() {
+    const PortFound* chosen = Chosen();
+    const bool needed = chosen && !chosen->inSession && !WhyNot(*chosen).empty();
+    Why->setText(needed ? ShownInLanguage(WhyNot(*chosen)) : QString());
+    WhySign->setVisible(needed);
 }
 
 void CPortPicker::AddOther() {
@@ -79,8 +109,11 @@ void CPortPicker::SetPorts(std::vector<PortFound> ports) {
         Rebuild();
     ShowStates();
     const auto only = OnlyFree(Ports);
-    if (ChosenName.empty() && !OtherChosen && only)
+    if (ChosenName.empty() && !OtherChosen && only) {
         Rows[*only].button->setChecked(true);
+        if (std::ranges::any_of(Rows, [](const Row& row) { return row.button->hasFocus(); }))
+            Rows[*only].button->setFocus();
+    }
     emit Changed();
 }
 
@@ -104,15 +137,6 @@ void CPortPicker::Rebuild() {
             if (focused)
                 Rows[i].button->setFocus();
         }
-    QWidget* before = nullptr;
-    for (const Row& row : Rows) {
-        if (before)
-            setTabOrder(before, row.button);
-        setTabOrder(row.button, row.copy);
-        before = row.copy;
-    }
-    if (before)
-        setTabOrder(before, Other);
 }
 
 void CPortPicker::AddRow(int place) {

@@ -51,7 +51,9 @@ class CPortPicker : public QWidget {
     void Rebuild();
     void AddRow(int place);
     void AddOther();
+    void AddWhyNot();
     void ShowStates();
+    void ShowWhyNot();
     void Choose(const std::string& name);
     bool HasSameRows(const std::vector<PortFound>& ports) const;
 
@@ -66,6 +68,8 @@ class CPortPicker : public QWidget {
     QLabel* Nothing;
     QRadioButton* Other;
     QLineEdit* OtherName;
+    CSignLabel* WhySign; ///< why the chosen one cannot be connected
+    QLabel* Why;
 };
 
 } // namespace qor

@@ -65,7 +65,7 @@ CForm* OpenPortProperties(const FormFrame& frame, ResourceId resource, FormDone 
                           TitleOf(QT_TRANSLATE_NOOP("qor::CForm", "Port %1"), facts));
     AddFacts(*form, facts);
     const auto record = std::make_shared<PortForm>(*port);
-    AddLineFields(*form, record);
+    AddLineFields(*form, frame.theme, record);
     const auto reconnect = std::make_shared<bool>(IsTriedAgain(frame.doc, resource));
     BindSwitch(*form, CForm::tr("&Try again when lost"), reconnect);
     form->AddNote(CForm::tr("A port that is connected is connected anew when its speed or format "
@@ -158,8 +158,10 @@ CForm* OpenRoles(const FormFrame& frame, FormDone done) {
             if (name == record->holders[row.role])
                 holders->setCurrentIndex(holders->count() - 1);
         }
+        // Only who could have the role is offered; who has it already may not be able to.
+        const bool faulty = !CheckForm(*record).Of(row.name).empty();
         form->AddField(ShownInLanguage(std::string(row.title)), holders,
-                       FaultIn(record, row.name.data()));
+                       faulty ? FaultIn(record, row.name.data()) : CForm::FaultOf());
         QObject::connect(holders, &QComboBox::currentIndexChanged, form,
                          [form, record, names, role = row.role](int place) {
                              record->holders[role] = names[static_cast<std::size_t>(place)];

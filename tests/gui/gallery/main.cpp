@@ -2,6 +2,7 @@
 //
 // Shows every widget with made-up pages, one palette at a time, and writes a picture of each:
 //   qorview_gallery OUT_FOLDER [light|dark|night] [PERCENT] [WIDTHxHEIGHT] [LANGUAGE] [NAME ...]
+#include "gui/gallery/FormScenes.h"
 #include "gui/gallery/Scenes.h"
 
 #include "app/Application.h"
@@ -72,7 +73,10 @@ int main(int argc, char** argv) {
     theme.SetTextPercent(call.percent);
     theme.SetLook(call.look);
     int failed = 0;
-    for (const qor::Scene& scene : qor::Scenes) {
+    std::vector<qor::Scene> scenes = qor::Scenes;
+    for (const qor::Scene& scene : qor::FormScenes())
+        scenes.push_back(scene);
+    for (const qor::Scene& scene : scenes) {
         const QString name = QString::fromLatin1(scene.name);
         if (!call.names.isEmpty() && !call.names.contains(name))
             continue;
