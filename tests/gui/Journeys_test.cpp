@@ -1,0 +1,320 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// Ways of an operator through the real window over the real engine: practice lines and
+// pseudo-terminals send, the event loop runs, logs are files.
+#include "app/desk/Desk.h"
+#include "app/dialogs/Form.h"
+#include "app/plots/PlotWidget.h"
+#include "app/windows/PageGrid.h"
+#include "fakes/TempFolder.h"
+#include "gui/Desk.h"
+#include "gui/Hands.h"
+#include "platform/VirtualPort.h"
+#include "session/SessionSetup.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QPushButton>
+#include <QSignalSpy>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace qor {
+namespace {
+
+using testing::HasSubstr;
+
+const std::string Source = QORVIEW_SOURCE_DIR;
+
+/// An operator at a desk of his own: settings and logs go to a folder of the test.
+class AtTheDesk : public testing::Test {
+  protected:
+    AtTheDesk() {
+        qputenv("QORVIEW_HOME", QByteArray::fromStdString(Temp.Path));
+        qputenv("HOME", QByteArray::fromStdString(Temp.Path));
+        SitDown();
+    }
+    ~AtTheDesk() override { GetUp(); }
+
+    void SitDown() {
+        Profile = std::make_unique<CFileProfileStore>();
+        EXPECT_EQ(Profile->Load(Temp.Path + "qorview.ini"), FileCause::None);
+        Window = std::make_unique<CMainWindow>(TestTheme());
+        Desk = std::make_unique<CDesk>(TestTheme(), *Window, *Profile);
+        Window->resize(1366, 768);
+        Window->show();
+    }
+    void GetUp() {
+        Desk.reset();
+        Window.reset();
+    }
+
+    CQorViewDoc& Doc() { return Desk->Engine().Doc(); }
+    void Press(Do action) { Window->Actions()[action]->trigger(); }
+    template <class Condition> bool Until(Condition condition) {
+        return QTest::qWaitFor(condition, 15'000);
+    }
+    std::uint64_t Frames() {
+        std::uint64_t frames = 0;
+        for (const ResourceStatus& resource : Doc().Snapshot().resources)
+            frames += resource.frames;
+        return frames;
+    }
+    /// Everything that was said in the strip, a line each.
+    std::string Said() {
+        std::string said;
+        for (const CMessageHistory::Entry& entry : Window->Strip().History().Entries())
+            said += entry.message.text + "\n";
+        return said;
+    }
+    bool WasSaid(const std::string& text) { return Said().find(text) != std::string::npos; }
+    CViewWindow* Shown(const char* kind) {
+        for (CViewWindow* window : Desk->Windows().Windows())
+            if (window->Kind().name == kind)
+                return window;
+        return Desk->Windows().OpenWindow(kind);
+    }
+    CForm* OpenForm() {
+        CForm* form = nullptr;
+        EXPECT_TRUE(Until([&] {
+            for (auto* found : Window->findChildren<CForm*>())
+                form = found->isVisible() ? found : form;
+            return form != nullptr;
+        })) << "no form";
+        return form;
+    }
+    bool IsLogging() { return Doc().RawLog.Status().logOpen; }
+    void StartLog() {
+        Press(Do::StartLog);
+        PressReturn(OpenForm()); // log as shown
+        EXPECT_TRUE(Until([&] { return IsLogging(); })) << Said();
+    }
+
+    CTempFolder Temp;
+    std::unique_ptr<CFileProfileStore> Profile;
+    std::unique_ptr<CMainWindow> Window;
+    std::unique_ptr<CDesk> Desk;
+};
+
+/// A pseudo-terminal behind which a weather station sends lines of the test.
+class AWeatherStation {
+  public:
+    AWeatherStation() { Opened = Line.Open(Port) == 0; }
+
+    static std::string Text(int number) {
+        return "$WIMET,245," + std::to_string(number) + ".5,17.2,81,1013.2\r\n";
+    }
+    void Send(int first, int count) {
+        for (int i = first; i < first + count; ++i) {
+            std::size_t written = 0;
+            EXPECT_EQ(Line.Write(AsBytes(Text(i)), 5000, written), 0U);
+        }
+    }
+
+    CVirtualPort Line;
+    std::string Port;
+    bool Opened = false;
+};
+
+const std::string WeatherDefinition = Source + "/examples/practice/weather.tdf";
+
+} // namespace
+
+TEST_F(AtTheDesk, PracticeMovesCurvesAfterOneClick) {
+    WithText<QPushButton>(Window.get(), "Practice")->click();
+    CViewWindow* spectrum = Shown("spectral");
+    const auto values = [&] {
+        std::vector<double> found;
+        for (CPlotWidget* plot : spectrum->ShownPlots())
+            for (const PlotCurve& curve : plot->Page().curves)
+                for (const PlotPoint& point : curve.points)
+                    found.push_back(point.y);
+        return found;
+    };
+    ASSERT_TRUE(Until([&] { return values().size() > 3; })) << Said();
+    const std::vector<double> before = values();
+    EXPECT_TRUE(Until([&] { return values() != before; })) << "the curve stands still";
+    const TreePage tree = MakeTreePage(Doc(), Desk->Engine().Rates());
+    ASSERT_EQ(tree.rows.size(), 2U);
+    EXPECT_EQ(tree.rows[0].sign, Sign::Ok);
+}
+
+TEST_F(AtTheDesk, APortAnInstrumentAndALogGiveTheFramesThatWereSent) {
+    AWeatherStation station;
+    if (!station.Opened)
+        GTEST_SKIP() << "no pseudo-terminals here";
+    Press(Do::NewSession);
+    OpenForm()->reject();
+    emit Window->FilesDropped({QString::fromStdString(WeatherDefinition)});
+    CForm* form = OpenForm();
+    Type(form, "Name of another port", QString::fromStdString(station.Port));
+    ASSERT_TRUE(form->OkButton()->isEnabled()) << form->OkButton()->toolTip().toStdString();
+    PressReturn(form);
+    ASSERT_TRUE(Until([&] {
+        const SessionSnapshot now = Doc().Snapshot();
+        return now.resources.size() == 1 && now.resources[0].figures.connected;
+    })) << Said();
+    station.Send(0, 3);
+    ASSERT_TRUE(Until([&] { return Frames() == 3; }));
+
+    StartLog();
+    station.Send(3, 40);
+    ASSERT_TRUE(Until([&] { return Frames() == 43; }));
+    const std::string path = Doc().RawLog.Status().logFilePath;
+    Press(Do::StopLog);
+    ASSERT_TRUE(Until([&] { return !Doc().RawLog.Status().loggingActive; }));
+    std::ostringstream log;
+    log << std::ifstream(path, std::ios::binary).rdbuf();
+    const std::string bytes = log.str();
+    std::size_t at = 0;
+    for (int i = 3; i < 43; ++i) {
+        at = bytes.find(AWeatherStation::Text(i), at);
+        ASSERT_NE(at, std::string::npos) << "frame " << i << " is not in " << path;
+    }
+    EXPECT_EQ(bytes.find(AWeatherStation::Text(2)), std::string::npos) << "sent before the log";
+    EXPECT_EQ(bytes.size(), at + AWeatherStation::Text(42).size() + 7) << "and the last time tag";
+}
+
+TEST_F(AtTheDesk, APortThatIsLostAndBackIsToldWhileTheLogGoesOn) {
+    Press(Do::Practice);
+    ASSERT_TRUE(Until([&] { return Frames() > 20; }));
+    StartLog();
+    Press(Do::LostPort);
+    EXPECT_TRUE(Until([&] { return WasSaid("Practice profiler"); })) << Said();
+    EXPECT_EQ(Window->Strip().History().Current()->sign, Sign::Error);
+    EXPECT_TRUE(IsLogging());
+    Press(Do::LostPort);
+    EXPECT_TRUE(Until([&] {
+        const StripMessage* current = Window->Strip().History().Current();
+        return current && current->sign == Sign::Ok;
+    })) << Said();
+    EXPECT_TRUE(IsLogging());
+}
+
+TEST_F(AtTheDesk, AReplayPlaysSeeksAndEnds) {
+    Desk->Session().Replay(QString::fromStdString(Source + "/examples/cast.raw"));
+    ASSERT_TRUE(Until([&] { return Frames() > 10; })) << Said();
+    const auto file = [&] { return Doc().Snapshot().resources.at(0); };
+    EXPECT_GE(file().instruments.size(), 6U) << "found beside the log";
+    Press(Do::ReplayPlay);
+    EXPECT_FALSE(file().playing);
+    emit Window->Replay().SeekAsked(0.5);
+    Press(Do::ReplayPlay);
+    EXPECT_TRUE(Until([&] { return file().filePosition > file().fileSize / 2; }));
+    emit Window->Replay().SpeedChosen(4);
+    EXPECT_TRUE(Until([&] { return !file().playing; })) << "plays at full speed to its end";
+    EXPECT_GT(file().filePosition + 100, file().fileSize);
+}
+
+TEST_F(AtTheDesk, WhatCannotBeOpenedIsSaidAndTheSessionStays) {
+    Press(Do::Practice);
+    ASSERT_TRUE(Until([&] { return Frames() > 0; }));
+    const struct {
+        const char* name;
+        std::string content;
+    } files[] = {
+        {"half.qor", "{\"qorview-session\": 1, \"resources\": ["},
+        {"later.qor", "{\"qorview-session\": 99}"},
+        {"empty.qor", ""},
+        {"noise.qor", std::string("\x00\xff{", 3)},
+        {"picture.png", "\x89PNG\r\n"},
+    };
+    for (const auto& file : files) {
+        SCOPED_TRACE(file.name);
+        emit Window->FilesDropped({QString::fromStdString(Temp.Put(file.name, file.content))});
+        EXPECT_TRUE(WasSaid(file.name)) << Said();
+        EXPECT_EQ(Doc().Snapshot().resources.size(), 2U);
+    }
+}
+
+TEST_F(AtTheDesk, LogNowAndExitIfDoneNeedNobody) {
+    AWeatherStation station;
+    if (!station.Opened)
+        GTEST_SKIP() << "no pseudo-terminals here";
+    const std::string session = Temp.Put(
+        "run.qor",
+        "{\"qorview-session\": 1, \"resources\": [{\"port\": \"" + station.Port +
+            "\", \"instruments\": [{\"definition\": \"" + WeatherDefinition +
+            "\"}]}], \"log\": {\"directory\": \"" + Temp.Path +
+            "\", \"naming\": \"file\", \"name\": \"run.raw\", \"duration\": \"00:00:02\"}}");
+    DesktopCommand command;
+    command.sessionFile = session;
+    command.logNow = command.exitIfDone = true;
+    Desk->Begin(command);
+    ASSERT_TRUE(Until([&] { return IsLogging(); })) << Said();
+    station.Send(0, 5);
+    EXPECT_TRUE(Until([&] { return !Window->isVisible(); })) << Said();
+    EXPECT_EQ(Desk->ExitStatus(), 0);
+    const std::string log = Temp.Content("run.raw");
+    for (int i = 0; i < 5; ++i)
+        EXPECT_THAT(log, HasSubstr(AWeatherStation::Text(i)));
+}
+
+TEST_F(AtTheDesk, ClosingWhileALogIsOpenAsksAndDoesAsTold) {
+    Press(Do::Practice);
+    ASSERT_TRUE(Until([&] { return Frames() > 0; }));
+    StartLog();
+    const std::string path = Doc().RawLog.Status().logFilePath;
+    const auto answer = [&](const char* button) {
+        Window->close();
+        ASSERT_TRUE(Until([&] { return Window->Boxes().IsOpen(); }));
+        EXPECT_TRUE(Window->isVisible());
+        WithText<QPushButton>(Window->Boxes().Current(), button)->click();
+    };
+    answer("No");
+    Settle();
+    EXPECT_TRUE(Window->isVisible());
+    EXPECT_TRUE(IsLogging());
+    answer("Yes");
+    EXPECT_TRUE(Until([&] { return !Window->isVisible(); }));
+    EXPECT_FALSE(IsLogging());
+    EXPECT_GT(std::filesystem::file_size(path), 128U);
+}
+
+TEST_F(AtTheDesk, ASessionThatEndedUnexpectedlyIsOfferedAgain) {
+    const std::string session = Temp.Put(
+        "kept.qor", "{\"qorview-session\": 1, \"title\": \"Deck\", \"resources\": [{\"port\": "
+                    "\"/dev/ttyNONE\", \"instruments\": [{\"definition\": \"" +
+                        WeatherDefinition + "\"}]}]}");
+    Desk->Session().Open(QString::fromStdString(session));
+    ASSERT_TRUE(Until([&] { return FileExists(Temp.Path + "unfinished.qor"); }));
+    // The program dies: what it remembers is what stands in its files now.
+    const std::string settings = Temp.Content("qorview.ini");
+    const std::string copy = Temp.Content("unfinished.qor");
+    GetUp();
+    Temp.Put("qorview.ini", settings);
+    Temp.Put("unfinished.qor", copy);
+    SitDown();
+    WithText<QPushButton>(Window.get(), "Restore")->click();
+    ASSERT_TRUE(Until([&] { return Doc().Snapshot().resources.size() == 1; })) << Said();
+    EXPECT_EQ(Doc().Session.Title(), "Deck");
+    EXPECT_EQ(Doc().Session.Path(), session);
+}
+
+TEST_F(AtTheDesk, NoFrameIsLostWhileTheInterfaceIsBlocked) {
+    AWeatherStation station;
+    if (!station.Opened)
+        GTEST_SKIP() << "no pseudo-terminals here";
+    const ResourceId port = [&] {
+        Desk->Session().NewSession();
+        OpenForm()->reject();
+        SerialResourceSettings settings;
+        settings.portName = station.Port;
+        return Doc().AddSerialResource(RunPort(settings, 1));
+    }();
+    ASSERT_TRUE(Doc().AddInstrument(WeatherDefinition, port).Added());
+    ASSERT_EQ(Doc().ConnectResource(port), CommResult::Success);
+    StartLog();
+    // No event is handled from here on until the last frame is in the file.
+    for (int burst = 0; burst < 20; ++burst)
+        station.Send(burst * 50, 50);
+    const auto logged = [&] { return Doc().RawLog.Status().framesLogged; };
+    const std::int64_t until = Doc().Clock.MonotonicMilliseconds() + 10'000;
+    CEvent never;
+    while (logged() < 1000 && Doc().Clock.MonotonicMilliseconds() < until)
+        never.Wait(5);
+    EXPECT_EQ(logged(), 1000U);
+}
+
+} // namespace qor
