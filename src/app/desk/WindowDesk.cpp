@@ -58,16 +58,16 @@ void CWindowDesk::Watch(CViewWindow& window) {
             [this, &window](int row) { EditRanges(window, row); });
 }
 
+WindowMaker CWindowDesk::Maker() {
+    return {Parts.Theme, Parts.Doc(), [this](CViewWindow& window) {
+                Watch(window);
+                window.View().SetAlarmSound(AlarmSound);
+            }};
+}
+
 CViewWindow* CWindowDesk::OpenWindow(const char* kind, const std::string& instrument) {
-    const QString name = QStringLiteral("%1-%2").arg(QLatin1String(kind)).arg(++LastNumber);
-    auto* window = new CViewWindow(Parts.Theme, name, *FindWindowKind(kind), Parts.Doc());
-    Watch(*window);
-    window->ShowInstrument(instrument);
-    window->View().SetAlarmSound(AlarmSound);
     CDisplayArea& area = Parts.Window.Area();
-    area.AddDisplay(window, area.Current());
-    window->Refresh();
-    return window;
+    return qor::OpenWindow(area, Maker(), *FindWindowKind(kind), instrument, area.Current());
 }
 
 std::vector<CViewWindow*> CWindowDesk::Windows() const {
@@ -79,28 +79,21 @@ std::vector<CViewWindow*> CWindowDesk::Windows() const {
 }
 
 void CWindowDesk::OpenAll() {
-    OpenDefault();
+    if (OpenWindows(Parts.Window.Area(), Maker(), Parts.Doc().Session.Windows()) == 0)
+        OpenDefault();
 }
 
 void CWindowDesk::CloseAll() {
-    for (CViewWindow* window : Parts.Window.Area().findChildren<CViewWindow*>())
-        delete window;
+    CloseWindows(Parts.Window.Area());
 }
 
 void CWindowDesk::OpenDefault() {
     CloseAll();
-    CDisplayArea& area = Parts.Window.Area();
-    CViewWindow* profile = OpenWindow("profile");
-    CViewWindow* spectrum = OpenWindow("spectral");
-    CViewWindow* ancillary = OpenWindow("ancillary");
-    CViewWindow* series = OpenWindow("time-series");
-    area.splitDockWidget(profile, spectrum, Qt::Horizontal);
-    area.splitDockWidget(spectrum, ancillary, Qt::Vertical);
-    area.splitDockWidget(ancillary, series, Qt::Horizontal);
+    OpenDefaultWindows(Parts.Window.Area(), Maker());
 }
 
 JsonValue CWindowDesk::Describe() const {
-    return JsonValue::Array();
+    return DescribeWindows(Parts.Window.Area(), Parts.Doc().Session.Windows());
 }
 
 void CWindowDesk::Tick() {

@@ -5,7 +5,7 @@
 #pragma once
 
 #include "app/desk/DeskParts.h"
-#include "app/windows/ViewWindow.h"
+#include "app/windows/WindowStore.h"
 #include "session/JsonValue.h"
 
 #include <QTimer>
@@ -40,6 +40,7 @@ class CWindowDesk : public QObject {
     void RemedyAsked(QString remedy);
 
   private:
+    WindowMaker Maker();
     void Watch(CViewWindow& window);
     void AddDocks();
     void EditRanges(CViewWindow& window, int row);
