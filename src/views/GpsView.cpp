@@ -4,6 +4,7 @@
 #include "base/Text.h"
 #include "views/AncRows.h"
 #include "views/NumberText.h"
+#include "views/PlotRange.h"
 #include "views/ShownInstrument.h"
 
 #include <algorithm>
@@ -54,6 +55,27 @@ std::optional<double> ClockError(const CQorViewIns& sentence) {
     const double came = static_cast<double>(frame->Info.time.seconds) +
                         static_cast<double>(frame->Info.time.milliseconds) / 1000.0;
     return ClockDifference(came, *said.secondsOfDay, said.midnight);
+}
+
+double ExtentOf(const PlotCurve& curve, double PlotPoint::*along) {
+    PlotRange extent{0.0, 0.0};
+    bool any = false;
+    for (const PlotPoint& point : curve.points) {
+        const double place = point.*along;
+        if (std::isnan(place))
+            continue;
+        extent.lower = any ? std::min(extent.lower, place) : place;
+        extent.upper = any ? std::max(extent.upper, place) : place;
+        any = true;
+    }
+    return extent.Size();
+}
+
+/// Gives an axis limits about its middle when what is there reaches less far.
+void Widen(PlotAxis& axis, double extent, double middle, double least) {
+    axis.automatic = extent >= least;
+    axis.minimum = middle - least;
+    axis.maximum = middle + least;
 }
 
 bool IsOld(const CQorViewIns& sentence, std::int64_t now) {
@@ -284,6 +306,11 @@ void CGpsView::FillTrack() {
         track.points.push_back(point);
         here.points = {point};
     }
+    // At anchor a track is no wider than the receiver's noise.
+    const double least = metres ? 10.0 : 1e-4;
+    const PlotPoint middle = here.points.empty() ? PlotPoint() : here.points.front();
+    Widen(Plot.key, ExtentOf(track, &PlotPoint::x), middle.x, least);
+    Widen(Plot.axes[0], ExtentOf(track, &PlotPoint::y), middle.y, least);
     Plot.curves.clear();
     Plot.curves.push_back(std::move(track));
     Plot.curves.push_back(std::move(here));

@@ -58,7 +58,8 @@ struct GridPage {
     PageHead head = {};
     /// True: the cells' own colours are shown, on a black grid. False: the face's colours.
     bool ownColours = true;
-    bool beep = false; ///< this update asks for the alarm sound
+    bool newestLast = false; ///< lines that come at the end: it is kept in sight
+    bool beep = false;       ///< this update asks for the alarm sound
 };
 
 } // namespace qor

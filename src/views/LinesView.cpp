@@ -25,6 +25,7 @@ std::string ShownText(std::string_view text) {
 CLinesView::CLinesView(bool onlyComments) : OnlyComments(onlyComments) {
     Grid.title = onlyComments ? "Comments" : "Session log";
     Grid.ownColours = false;
+    Grid.newestLast = true;
     Grid.columns = {{"Time"}, {"Text"}};
 }
 

@@ -69,6 +69,7 @@ CMonitorView::CMonitorView(CQorViewDoc& doc)
               Take(instrument, found);
       }) {
     Grid.ownColours = false;
+    Grid.newestLast = true;
     Grid.columns = {{"Frame", true}, {"Time UTC"}, {"Faults"}, {"Bytes", true}, {"Content"}};
 }
 

@@ -225,6 +225,7 @@ int COSRCViewDlg::Update(const CQorViewIns* dut, const CQorViewIns* reference) {
 void COSRCViewDlg::Draw(OsrcDisplay display, const CQorViewIns& dut, const CQorViewIns& reference) {
     PlotPage& page = Charts[PlaceOf(display)];
     page.curves.clear();
+    page.markers.clear();
     if (!Settings.Enabled(display))
         return;
     const OpticalSeries& series = Chosen(display);
@@ -256,6 +257,10 @@ void COSRCViewDlg::Draw(OsrcDisplay display, const CQorViewIns& dut, const CQorV
         for (const SpectrumPoint& point : SpectrumOf(shown.Live, series))
             curve.points.push_back({point.wavelength, point.value, true});
     }
+    const bool hidden = std::ranges::all_of(
+        curve.points, [&](const PlotPoint& point) { return !(point.y <= range.upper); });
+    if (hidden && !curve.points.empty())
+        page.markers.push_back({curve.points.front().x, "All values are above the limit."});
     page.curves.push_back(std::move(curve));
 }
 

@@ -16,6 +16,7 @@ namespace qor {
 namespace {
 
 constexpr const char* SectionName = "\\Weather";
+constexpr double RoseMargin = 1.1;
 constexpr double MetresPerSecondInAKnot = 1852.0 / 3600.0;
 
 bool IsStation(const CQorViewIns& instrument) {
@@ -56,6 +57,42 @@ std::string SignedNumber(double value, int decimals) {
 std::string SpanOf(double seconds) {
     const auto minutes = static_cast<int>(seconds / 60.0 + 0.5);
     return minutes >= 180 ? "3 h" : Format("%d min", minutes);
+}
+
+PlotPoint OnRose(double degrees, double radius) {
+    const double radians = degrees * std::numbers::pi / 180.0;
+    return {radius * std::sin(radians), radius * std::cos(radians)};
+}
+
+/// Petals out of the middle, as long as the percentage of their sector.
+PlotCurve RoseCurve(const char* title, std::uint64_t id, const CWindRose& rose) {
+    constexpr double Width = 360.0 / static_cast<double>(CWindRose::Sectors);
+    PlotCurve curve;
+    curve.title = title;
+    curve.id = id;
+    curve.units = "%";
+    curve.loops = true;
+    double middle = 0.0;
+    for (const double share : rose.Shares()) {
+        if (share > 0.0) {
+            curve.points.push_back({0.0, 0.0});
+            for (const double part : {-0.4, -0.2, 0.0, 0.2, 0.4})
+                curve.points.push_back(OnRose(middle + part * Width, 100.0 * share));
+            curve.points.push_back({0.0, 0.0});
+        }
+        middle += Width;
+    }
+    return curve;
+}
+
+/// A round percentage that no petal reaches beyond.
+double RingAround(const CWindRose& rose) {
+    const auto shares = rose.Shares();
+    const double greatest = 100.0 * *std::ranges::max_element(shares);
+    double ring = 100.0;
+    for (const double percent : {50.0, 25.0, 10.0})
+        ring = greatest <= percent ? percent : ring;
+    return ring;
 }
 
 } // namespace
@@ -157,9 +194,12 @@ bool CWeatherView::Refresh(CQorViewDoc&) {
     FillGrid(reading, first && first->Live.Stale(now),
              first ? now - first->Live.ArrivalMonotonic : -1);
     FillRose(reading.trueWind ? reading.trueWind : reading.relative, TrueRose.Count() > 0);
-    if (head.state == PageState::Live && !Grid.rows.empty())
-        head.leading = Grid.rows[0].value.text + " " + Grid.rows[0].units + " " +
-                       Grid.rows[1].value.text + " " + Grid.rows[1].units;
+    if (head.state == PageState::Live && !Grid.rows.empty()) {
+        const std::size_t wind = reading.trueWind || !reading.relative ? 0 : 2;
+        head.leading = Grid.rows[wind].value.text + " " + Grid.rows[wind].units + " " +
+                       Grid.rows[wind + 1].value.text + " " + Grid.rows[wind + 1].units +
+                       (wind == 0 ? "" : " relative");
+    }
     Grid.head = Plot.head = head;
     return head != headBefore || Grid.rows != rowsBefore;
 }
@@ -209,36 +249,41 @@ void CWeatherView::FillGrid(const WeatherReading& reading, bool stale, std::int6
         MarkRow(row, Sign::None, age, stale && row.number.has_value());
 }
 
-/// The share of each sector as a closed line about the middle, and now as a line out of it.
+/// The share of each sector as a petal, and now as a line out of the middle, in a ring of so many
+/// percent. Behind the true winds the relative ones, where ahead is up.
 void CWeatherView::FillRose(const std::optional<Wind>& now, bool isTrue) {
     const CWindRose& rose = isTrue ? TrueRose : RelativeRose;
-    const auto shares = rose.Shares();
+    const double ring = RingAround(rose);
     Plot.title = isTrue ? "Wind of 10 min" : "Relative wind of 10 min";
     Plot.sameScale = true;
     Plot.key = {.label = isTrue ? "East" : "Starboard", .units = "%", .decimals = 0};
     Plot.axes = {{.label = isTrue ? "North" : "Ahead", .units = "%", .decimals = 0}};
-    const auto at = [](double degrees, double radius) {
-        const double radians = degrees * std::numbers::pi / 180.0;
-        return PlotPoint{radius * std::sin(radians), radius * std::cos(radians)};
-    };
-    PlotCurve sectors, direction;
-    sectors.title = "Winds from";
+    for (PlotAxis* axis : {&Plot.key, &Plot.axes[0]}) {
+        axis->automatic = false;
+        axis->minimum = -RoseMargin * ring;
+        axis->maximum = RoseMargin * ring;
+    }
+    PlotCurve winds = RoseCurve("Winds from", 1, rose), direction, circle;
+    winds.broad = true;
     direction.title = "Now";
-    sectors.id = 1;
     direction.id = 2;
     direction.place = 1.0;
-    sectors.units = direction.units = "%";
-    sectors.loops = direction.loops = true;
-    const std::size_t count = rose.Count() > 0 ? CWindRose::Sectors + 1 : 0;
-    for (std::size_t i = 0; i < count; ++i)
-        sectors.points.push_back(
-            at(360.0 * static_cast<double>(i) / static_cast<double>(CWindRose::Sectors),
-               100.0 * shares[i % CWindRose::Sectors]));
+    direction.units = "%";
+    direction.loops = circle.loops = true;
     if (now && now->from)
-        direction.points = {{0.0, 0.0}, at(*now->from, 100.0 * *std::ranges::max_element(shares))};
+        direction.points = {{0.0, 0.0}, OnRose(*now->from, ring)};
+    circle.title = FixedNumber(ring, 0) + " %";
+    circle.id = 3;
+    circle.frozen = true;
+    for (int degrees = 0; degrees <= 360; degrees += 5)
+        circle.points.push_back(OnRose(degrees, ring));
     Plot.curves.clear();
-    Plot.curves.push_back(std::move(sectors));
-    Plot.curves.push_back(std::move(direction));
+    for (PlotCurve* curve : {&winds, &direction, &circle})
+        Plot.curves.push_back(std::move(*curve));
+    if (isTrue)
+        Plot.curves.push_back(RoseCurve("Relative", 4, RelativeRose));
+    if (isTrue)
+        Plot.curves.back().role = CurveRole::PreviousCast;
 }
 
 void CWeatherView::Toggle(int CWeatherViewSettings::*setting) {

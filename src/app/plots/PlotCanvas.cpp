@@ -366,7 +366,7 @@ void CPlotCanvas::ApplyTicks(QCPAxis& axis, const PlotAxis& shown, bool fixed, b
     const double length = AxisLength(upright);
     if (!shown.logarithmic)
         axis.ticker()->setTickCount(
-            std::clamp(static_cast<int>(length / Theme.Px(upright ? 40 : 90)), 2, 10));
+            std::clamp(static_cast<int>(length / Theme.Px(upright ? 40 : 90)), 1, 10));
     axis.setLabel(FittingTitle(shown, fixed, length));
 }
 

@@ -38,6 +38,11 @@ CPlotWidget::CPlotWidget(const CTheme& theme, QWidget* parent)
     Reset->hide();
     connect(Reset, &QToolButton::clicked, this, &CPlotWidget::ResetView);
     connect(&Theme, &CTheme::Changed, this, &CPlotWidget::TakeTheme);
+    // Scales are equal for the room that was there; once it is laid out it may be another.
+    connect(Drawn, &QCustomPlot::afterReplot, this, [this] {
+        if (Current.sameScale && Drawn->LaneRect(0).size() != EqualFor)
+            QMetaObject::invokeMethod(this, &CPlotWidget::Draw, Qt::QueuedConnection);
+    });
     Clock.start();
 }
 
@@ -113,7 +118,7 @@ PlotRange CPlotWidget::ShownRange(int axis) const {
 void CPlotWidget::Draw() {
     const double now = Seconds();
     const std::size_t axes = ValueAxisCount(Current);
-    for (const auto& [axis, choice] : Choices) {
+    for (const auto& [axis, choice] : Chosen) {
         if (!choice.logarithmic)
             continue;
         if (axis == KeyAxisNumber)
@@ -133,6 +138,7 @@ void CPlotWidget::Draw() {
     if (Current.sameScale && axes == 1) {
         const QRect lane = Drawn->LaneRect(0);
         EqualScales(View->key, View->values[0], lane.width(), lane.height());
+        EqualFor = lane.size();
     }
     if (Mode != CursorMode::Off && View->cursor)
         UpdateReadout();
@@ -149,14 +155,14 @@ void CPlotWidget::Draw() {
 }
 
 AxisChoice CPlotWidget::Choice(int axis) const {
-    const auto choice = Choices.find(axis);
-    return choice == Choices.end() ? AxisChoice() : choice->second;
+    const auto choice = Chosen.find(axis);
+    return choice == Chosen.end() ? AxisChoice() : choice->second;
 }
 
 void CPlotWidget::SetChoice(int axis, const AxisChoice& choice) {
     if (Choice(axis).logarithmic != choice.logarithmic)
         Automatic[axis].Forget();
-    Choices[axis] = choice;
+    Chosen[axis] = choice;
     Draw();
 }
 
@@ -165,7 +171,7 @@ void CPlotWidget::Fix(int axis, PlotRange range) {
     choice.mode = AxisMode::Fixed;
     choice.minimum = range.lower;
     choice.maximum = range.upper;
-    Choices[axis] = choice;
+    Chosen[axis] = choice;
 }
 
 void CPlotWidget::ZoomAxis(int axis, double at, double factor) {
@@ -233,7 +239,7 @@ void CPlotWidget::PanBy(const QPoint& pixels, const PlotPlace& from) {
 }
 
 void CPlotWidget::ResetView() {
-    for (auto& [axis, choice] : Choices)
+    for (auto& [axis, choice] : Chosen)
         choice.mode = AxisMode::AsPage;
     for (auto& [axis, range] : Automatic)
         range.Forget();
@@ -243,7 +249,7 @@ void CPlotWidget::ResetView() {
 
 void CPlotWidget::SetAutomatic() {
     for (int axis = 0; axis < static_cast<int>(View->values.size()); ++axis) {
-        Choices[axis].mode = AxisMode::Automatic;
+        Chosen[axis].mode = AxisMode::Automatic;
         Automatic[axis].Forget();
     }
     Draw();
@@ -259,7 +265,7 @@ void CPlotWidget::ToggleLog(int axis) {
 }
 
 bool CPlotWidget::IsZoomed() const {
-    return std::any_of(Choices.begin(), Choices.end(),
+    return std::any_of(Chosen.begin(), Chosen.end(),
                        [](const auto& entry) { return entry.second.mode == AxisMode::Fixed; });
 }
 

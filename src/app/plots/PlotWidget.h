@@ -64,6 +64,8 @@ class CPlotWidget : public QWidget {
     bool IsZoomed() const;
 
     AxisChoice Choice(int axis) const;
+    /// By number of the axis.
+    const std::map<int, AxisChoice>& Choices() const { return Chosen; }
     void SetChoice(int axis, const AxisChoice& choice);
     /// A form for an axis's limits.
     void AskRange(int axis);
@@ -129,8 +131,9 @@ class CPlotWidget : public QWidget {
     CPlotHands* Hands;
     QToolButton* Reset;
     PlotPage Current, Coming;
+    QSize EqualFor; ///< the room for which both scales are equal
     bool Paused = false, Dirty = false;
-    std::map<int, AxisChoice> Choices;
+    std::map<int, AxisChoice> Chosen;
     std::map<int, CAutoRange> Automatic;
     HiddenCurves Off;
     CursorMode Mode = CursorMode::Off;

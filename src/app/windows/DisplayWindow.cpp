@@ -45,9 +45,9 @@ void CDisplayWindow::SetContent(QWidget* content) {
     Notice->raise();
 }
 
-void CDisplayWindow::SetPlot(CPlotWidget* plot) {
+void CDisplayWindow::SetPlot(CPlotWidget* plot, QWidget* around) {
     Plots.push_back(plot);
-    SetContent(plot);
+    SetContent(around ? around : plot);
     connect(plot, &CPlotWidget::MenuAsked, this,
             [this, plot](const QPoint& place) { OpenMenuOf(plot, place); });
     connect(plot, &CPlotWidget::ExportAsked, this, &CDisplayWindow::ExportAsked);
@@ -59,6 +59,7 @@ void CDisplayWindow::SetGrid(CPageGrid* grid) {
     SetContent(grid);
     connect(grid, &CPageGrid::MenuAsked, this,
             [this](int, const QPoint& place) { OpenMenuAt(place); });
+    connect(grid, &CPageGrid::HintChanged, this, &CDisplayWindow::ArrangeParts);
 }
 
 void CDisplayWindow::SetBar(QWidget* bar) {
@@ -75,16 +76,22 @@ void CDisplayWindow::ArrangeParts() {
     }
     if (PartsMoved || Parts->count() < 2)
         return;
-    const int room = across ? width : height;
+    const int handles = Parts->handleWidth() * (Parts->count() - 1);
+    const int room = (across ? width : height) - handles;
+    int left = room, plots = 0;
     QList<int> sizes;
     for (int i = 0; i < Parts->count(); ++i) {
         const QWidget* part = Parts->widget(i);
         const auto* grid = qobject_cast<const CPageGrid*>(part);
         const QSize hint = part->sizeHint();
-        sizes.append(part->isHidden() ? 0
-                     : grid ? std::min(across ? hint.width() : hint.height(), room * 3 / 5)
-                            : room);
+        const int needed = across ? hint.width() : hint.height();
+        const bool shares = !part->isHidden() && !grid;
+        sizes.append(part->isHidden() ? 0 : grid ? std::min(needed, room * 3 / 5) : -1);
+        left -= std::max(sizes.back(), 0);
+        plots += shares ? 1 : 0;
     }
+    for (int& size : sizes)
+        size = size < 0 ? left / plots : size;
     if (sizes != Parts->sizes())
         Parts->setSizes(sizes);
 }

@@ -33,8 +33,8 @@ class CDisplayWindow : public QDockWidget {
     /// the operator moves what is between them.
     void SetContent(QWidget* content);
     /// Content that is a plot: pause and reset of the title bar act on every one of them, and what
-    /// pauses one pauses all.
-    void SetPlot(CPlotWidget* plot);
+    /// pauses one pauses all. `around`: what the plot stands in, with a caption or the like.
+    void SetPlot(CPlotWidget* plot, QWidget* around = nullptr);
     void SetGrid(CPageGrid* grid);
     /// Above everything else, as high as it needs.
     void SetBar(QWidget* bar);

@@ -17,7 +17,9 @@ namespace qor {
 namespace {
 
 constexpr int SignWidth = 32, CellMargin = 6;
-constexpr int LeastLabel = 56, LeastValue = 150;
+constexpr int LeastLabel = 96, LeastValue = 150, LeastUnits = 64;
+constexpr int LeastRow = 22, LeastOwnRow = 28;
+constexpr int RowsMeasured = 60; ///< of a page of lines; earlier ones have been measured
 /// Labels and units of a page with its own colours, which stands on black in every palette.
 constexpr QRgb LabelOnBlack = Solid(0xE6EAEE);
 
@@ -38,7 +40,9 @@ class CPageDelegate : public QStyledItemDelegate {
     QFont FontOf(int column) const {
         const bool value = Model.Cell(0, column) != nullptr;
         if (Model.Page().ownColours)
-            return Theme.Font(value ? FontRole::Value : FontRole::Tool);
+            return Theme.Font(value                              ? FontRole::Value
+                              : column == CPageModel::UnitColumn ? FontRole::Ticks
+                                                                 : FontRole::Tool);
         return Theme.Font(value && NumberColumn(column) ? FontRole::Fixed : FontRole::Text);
     }
 
@@ -172,7 +176,7 @@ int CPageGrid::RowHeight() const {
 
 void CPageGrid::TakeTheme() {
     Widths.clear();
-    verticalHeader()->setDefaultSectionSize(RowHeight());
+    FitRows();
     QPalette colours;
     const QColor ground = Page().ownColours ? QColor(Qt::black) : QColor(Theme.Colours().base);
     colours.setColor(QPalette::Base, ground);
@@ -182,13 +186,32 @@ void CPageGrid::TakeTheme() {
 }
 
 void CPageGrid::ShowPage(const GridPage& page) {
+    const bool atEnd = verticalScrollBar()->value() == verticalScrollBar()->maximum();
+    const bool lines = page.newestLast && page.columns == Page().columns;
     const bool other = Model.SetPage(page);
     horizontalHeader()->setVisible(Model.IsTable());
-    if (other)
+    if (other && !lines)
         TakeTheme();
     else
         FitColumns();
+    FitRows();
+    if (page.newestLast && other && atEnd)
+        scrollToBottom();
     TellVisibleRows();
+    if (const QSize hint = sizeHint(); hint != ToldHint) {
+        ToldHint = hint;
+        emit HintChanged();
+    }
+}
+
+/// A few rows too many for the room stand closer, rather than behind a scroll bar.
+void CPageGrid::FitRows() {
+    const int rows = std::max(Model.rowCount(), 1), room = viewport()->height();
+    const int least = Theme.Px(Page().ownColours ? LeastOwnRow : LeastRow);
+    const bool close = !Theme.LargeTargets() && rows * least <= room;
+    const int height = close ? std::clamp(room / rows, least, RowHeight()) : RowHeight();
+    if (verticalHeader()->defaultSectionSize() != height)
+        verticalHeader()->setDefaultSectionSize(height);
 }
 
 /// The widest text of each column so far.
@@ -212,13 +235,15 @@ void CPageGrid::MeasureColumns() {
         if (Model.IsTable())
             widen(Model.headerData(column, Qt::Horizontal, Qt::DisplayRole).toString() +
                   QStringLiteral("  "));
-        for (int row = 0; row < Model.rowCount(); ++row)
+        const int rows = Model.rowCount();
+        for (int row = Page().newestLast ? std::max(rows - RowsMeasured, 0) : 0; row < rows; ++row)
             widen(Model.index(row, column).data().toString());
     }
 }
 
-/// Labels take what the others leave. Where it is too little for them they are cut before figures
-/// are; a value that is a whole sentence, of a fault, is cut before them. The tip has it all.
+/// Labels take what the others leave. Where it is too little long units are cut first, then labels,
+/// before figures are; a value that is a whole sentence, of a fault, is cut before them. The tip
+/// has it all.
 void CPageGrid::FitColumns() {
     MeasureColumns();
     if (Widths.empty())
@@ -230,7 +255,13 @@ void CPageGrid::FitColumns() {
     for (std::size_t column = 0; column < widths.size(); ++column)
         if (column != CPageModel::LabelColumn && column != CPageModel::ValueColumn)
             others += widths[column];
-    const int room = viewport()->width() - others;
+    int room = viewport()->width() - others;
+    if (!Model.IsTable() && label + value > room) {
+        int& units = widths[CPageModel::UnitColumn];
+        const int given = std::min(label + value - room, units - Theme.Px(LeastUnits));
+        units -= std::max(given, 0);
+        room += std::max(given, 0);
+    }
     if (!Model.IsTable() && label + value > room) {
         const int figures = std::min(room - Theme.Px(LeastLabel), Theme.Px(LeastValue));
         value = std::min(value, std::max(room - label, figures));
@@ -272,6 +303,7 @@ void CPageGrid::TellVisibleRows() {
 
 void CPageGrid::resizeEvent(QResizeEvent* event) {
     QTableView::resizeEvent(event);
+    FitRows();
     FitColumns();
     TellVisibleRows();
 }

@@ -36,6 +36,8 @@ class CPageGrid : public QTableView {
     void RowActivated(int row);
     void MenuAsked(int row, QPoint screenPlace);
     void VisibleRowsChanged(int first, int end);
+    /// It needs more or less room than before.
+    void HintChanged();
 
   protected:
     void resizeEvent(QResizeEvent* event) override;
@@ -49,11 +51,13 @@ class CPageGrid : public QTableView {
     void FitColumns();
     void TellVisibleRows();
     int RowHeight() const;
+    void FitRows();
 
     const CTheme& Theme;
     CPageModel Model;
     std::vector<int> Widths; ///< the widest that each column ever was
     std::pair<int, int> Told{0, 0};
+    QSize ToldHint;
 };
 
 } // namespace qor

@@ -8,7 +8,9 @@
 #include "app/windows/RealityCheckBar.h"
 
 #include <QCloseEvent>
+#include <QLabel>
 #include <QRegularExpression>
+#include <QVBoxLayout>
 
 #include <algorithm>
 
@@ -17,6 +19,10 @@ namespace qor {
 namespace {
 
 constexpr unsigned PlotTicks = 2, GridTicks = 5;
+/// A view that gathers what comes (a track, a wind rose) has to find its instrument also while
+/// nobody looks: every 10 s, without a page being drawn.
+constexpr unsigned HiddenTicks = 200;
+constexpr const char* SettingsPrefix = "View";
 
 CWindowTitleBar::Has ButtonsOf(const ViewPages& pages) {
     const bool plots = !pages.plots.empty();
@@ -88,39 +94,55 @@ void CViewWindow::AddGrid() {
     });
 }
 
-/// The plot of a page, made when the view shows the page for the first time.
-CPlotWidget* CViewWindow::PlotOf(const PlotPage* page) {
-    const auto known = std::ranges::find(Plots, page, &decltype(Plots)::value_type::first);
-    if (known != Plots.end())
-        return known->second;
-    auto* plot = new CPlotWidget(Theme);
-    Plots.emplace_back(page, plot);
-    SetPlot(plot);
-    connect(plot, &CPlotWidget::ExportAsked, this, [this, plot] { Export(*plot); });
-    connect(plot, &CPlotWidget::ViewChanged, this, &CViewWindow::Altered);
-    connect(plot, &CPlotWidget::CanvasResized, this,
+CViewWindow::ShownPlot& CViewWindow::PlotOf(const PlotPage* page) {
+    const auto known = std::ranges::find(Plots, page, &ShownPlot::page);
+    return known != Plots.end() ? *known : Plots.emplace_back(MakePlot(page));
+}
+
+CViewWindow::ShownPlot CViewWindow::MakePlot(const PlotPage* page) {
+    ShownPlot made{page, new CPlotWidget(Theme), nullptr, nullptr};
+    made.whole = made.plot;
+    if (CheckBar) {
+        made.whole = new QWidget;
+        made.caption = new QLabel;
+        made.caption->setTextFormat(Qt::PlainText);
+        made.caption->setAlignment(Qt::AlignCenter);
+        auto* column = new QVBoxLayout(made.whole);
+        column->setContentsMargins(0, 0, 0, 0);
+        column->setSpacing(0);
+        column->addWidget(made.caption);
+        column->addWidget(made.plot, 1);
+    }
+    SetPlot(made.plot, made.whole);
+    connect(made.plot, &CPlotWidget::ExportAsked, this,
+            [this, plot = made.plot] { Export(*plot); });
+    connect(made.plot, &CPlotWidget::ViewChanged, this, &CViewWindow::Altered);
+    connect(made.plot, &CPlotWidget::CanvasResized, this,
             [this](QSize size) { Shown->SetPlotSize(size.width(), size.height()); });
-    return plot;
+    return made;
 }
 
 std::vector<CPlotWidget*> CViewWindow::ShownPlots() const {
     std::vector<CPlotWidget*> plots;
     for (const PlotPage* page : Shown->Pages().plots)
-        for (const auto& [known, plot] : Plots)
-            if (known == page)
-                plots.push_back(plot);
+        for (const ShownPlot& shown : Plots)
+            if (shown.page == page)
+                plots.push_back(shown.plot);
     return plots;
 }
 
 void CViewWindow::ShowInstrument(const std::string& name) {
     Name = name;
     Opened = false;
+    Waiting.clear();
     Shown->Show(name);
 }
 
 void CViewWindow::Tick(unsigned tick) {
     if (IsSeen() && tick % (Grid ? GridTicks : PlotTicks) == 0)
         Refresh();
+    else if (!IsSeen() && tick % HiddenTicks == 0)
+        (void)Shown->Refresh(Doc);
 }
 
 void CViewWindow::Refresh() {
@@ -139,9 +161,19 @@ void CViewWindow::ShowPages() {
     if (pages.grid && !IsPaused())
         Grid->ShowPage(*pages.grid);
     for (const PlotPage* page : pages.plots)
-        PlotOf(page)->ShowPage(*page);
-    for (const auto& [page, plot] : Plots)
-        plot->setVisible(std::ranges::find(pages.plots, page) != pages.plots.end());
+        PlotOf(page).plot->ShowPage(*page);
+    if (!Waiting.empty())
+        RestorePlots();
+    bool arrange = false;
+    for (const ShownPlot& shown : Plots) {
+        const bool there = std::ranges::find(pages.plots, shown.page) != pages.plots.end();
+        arrange = arrange || there == shown.whole->isHidden();
+        shown.whole->setVisible(there);
+        if (shown.caption)
+            shown.caption->setText(qor::Shown(shown.page->title));
+    }
+    if (arrange)
+        ArrangeParts();
     if (CheckBar)
         CheckBar->Refresh();
     const std::string& title = pages.grid ? pages.grid->title : pages.plots.front()->title;
@@ -151,6 +183,43 @@ void CViewWindow::ShowPages() {
     ShowHead(ofKind ? ShownInLanguage(std::string(Row.title)) : ShownInLanguage(title), head);
     if (pages.grid && pages.grid->beep)
         emit AlarmSounds();
+}
+
+KeptWindow CViewWindow::Kept() const {
+    KeptWindow kept;
+    kept.kind = Row.name;
+    kept.name = objectName().toStdString();
+    kept.instrument = Name;
+    Shown->SaveSettings(kept.settings, SettingsPrefix);
+    for (std::size_t i = 0; i < Plots.size(); ++i)
+        kept.plots.push_back(i < Waiting.size() && !Waiting[i].IsEmpty()
+                                 ? Waiting[i]
+                                 : KeepPlot(Plots[i].plot->Page(), Plots[i].plot->Hidden(),
+                                            Plots[i].plot->Choices()));
+    SetPlace(kept, isFloating() ? KeptPlace{pos().x(), pos().y()} : KeptPlace());
+    if (isFloating()) {
+        kept.width = width();
+        kept.height = height();
+    }
+    return kept;
+}
+
+void CViewWindow::Restore(const KeptWindow& kept) {
+    Shown->LoadSettings(kept.settings, SettingsPrefix);
+    ShowInstrument(kept.instrument);
+    Waiting = kept.plots;
+}
+
+void CViewWindow::RestorePlots() {
+    for (std::size_t i = 0; i < std::min(Waiting.size(), Plots.size()); ++i) {
+        const ShownPlot& shown = Plots[i];
+        if (Waiting[i].IsEmpty() || shown.page->curves.empty())
+            continue;
+        shown.plot->SetHidden(HiddenOf(Waiting[i], *shown.page));
+        for (const auto& [axis, choice] : ChoicesOf(Waiting[i], *shown.page))
+            shown.plot->SetChoice(axis, choice);
+        Waiting[i] = {};
+    }
 }
 
 void CViewWindow::Export(CPlotWidget& plot) {

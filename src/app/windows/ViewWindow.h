@@ -5,11 +5,13 @@
 #pragma once
 
 #include "app/windows/DisplayWindow.h"
+#include "views/KeptWindows.h"
 #include "views/Windows.h"
 
 #include <memory>
-#include <utility>
 #include <vector>
+
+class QLabel;
 
 namespace qor {
 
@@ -33,14 +35,20 @@ class CViewWindow : public CDisplayWindow {
 
     /// Refreshes when it is due: plots ten times a second, grids four times, so that watched rows,
     /// which turn their blink with each refresh, flash twice. `tick` counts TicksASecond, shifted
-    /// from window to window so that they take turns. A window that cannot be seen does nothing.
+    /// from window to window so that they take turns. A window that cannot be seen draws nothing.
     static constexpr int TicksASecond = 20;
     void Tick(unsigned tick);
     /// Now, whatever is due.
     void Refresh();
 
-    /// Its plots with the titles of their pages, those alone that the view has at the moment.
+    /// Those that the view has at the moment.
     std::vector<CPlotWidget*> ShownPlots() const;
+
+    /// The window as a session keeps it, its place among the settings.
+    KeptWindow Kept() const;
+    /// Instrument, settings and plots as they were kept; a plot waits for its curves. Its place and
+    /// its name are the area's business.
+    void Restore(const KeptWindow& kept);
 
   signals:
     void AlarmSounds();
@@ -61,11 +69,21 @@ class CViewWindow : public CDisplayWindow {
     void closeEvent(QCloseEvent* event) override;
 
   private:
+    /// Made when the view shows the page for the first time; a plot keeps its page.
+    struct ShownPlot {
+        const PlotPage* page;
+        CPlotWidget* plot;
+        QLabel* caption; ///< null: the window's title is the page's
+        QWidget* whole;  ///< the plot with its caption
+    };
+
     CViewWindow(const CTheme& theme, const QString& name, const WindowKind& kind, CQorViewDoc& doc,
                 std::unique_ptr<CView> view);
     void AddGrid();
-    CPlotWidget* PlotOf(const PlotPage* page);
+    ShownPlot& PlotOf(const PlotPage* page);
+    ShownPlot MakePlot(const PlotPage* page);
     void ShowPages();
+    void RestorePlots();
     void Export(CPlotWidget& plot);
 
     const CTheme& Theme;
@@ -75,8 +93,9 @@ class CViewWindow : public CDisplayWindow {
     std::string Name;
     CPageGrid* Grid = nullptr;
     CRealityCheckBar* CheckBar = nullptr;
-    std::vector<std::pair<const PlotPage*, CPlotWidget*>> Plots; ///< a plot keeps its page
-    bool Opened = false; ///< was refreshed once, so what it had to say was said
+    std::vector<ShownPlot> Plots;
+    std::vector<KeptPlot> Waiting; ///< by page; until its curves are there
+    bool Opened = false;           ///< was refreshed once, so what it had to say was said
 };
 
 } // namespace qor

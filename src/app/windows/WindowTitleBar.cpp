@@ -135,6 +135,13 @@ void CWindowTitleBar::FitTitle() {
     const int title =
         std::min(Title->fontMetrics().horizontalAdvance(FullTitle), Theme.Px(LeastTitle));
     const bool fits = !FullLeading.isEmpty() && (PausedShown || value + title <= room);
+    if (!fits && !FullLeading.isEmpty() && !Narrow && !Compact && Wanted.menu &&
+        value + title <= width() - 2 * Theme.Px(size::TitleBar)) {
+        // The value is worth more than buttons that the menu has too.
+        Compact = true;
+        ShowButtons();
+        return FitTitle();
+    }
     Leading->setVisible(fits);
     if (Leading->text() != FullLeading)
         Leading->setText(FullLeading);
@@ -149,12 +156,18 @@ void CWindowTitleBar::FitTitle() {
 void CWindowTitleBar::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
     Narrow = Wanted.menu && width() < Theme.Px(size::NarrowTitleBar);
-    Pause->setVisible(Wanted.pause && !Narrow);
-    Fit->setVisible(Wanted.fit && !Narrow);
-    Menu->setVisible(Wanted.menu);
-    Float->setVisible(!Narrow);
-    Close->setVisible(!Narrow);
+    Compact = false;
+    ShowButtons();
     FitTitle();
+}
+
+void CWindowTitleBar::ShowButtons() {
+    const bool all = !IsNarrow();
+    Pause->setVisible(Wanted.pause && all);
+    Fit->setVisible(Wanted.fit && all);
+    Menu->setVisible(Wanted.menu);
+    Float->setVisible(all);
+    Close->setVisible(all);
 }
 
 void CWindowTitleBar::paintEvent(QPaintEvent*) {

@@ -37,7 +37,7 @@ class CWindowTitleBar : public QWidget {
     void SetLeading(const QString& leading, const QString& paused = {});
     void SetPauseDown(bool down);
     /// True while there is room for the menu alone.
-    bool IsNarrow() const { return Narrow; }
+    bool IsNarrow() const { return Narrow || Compact; }
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
@@ -57,6 +57,7 @@ class CWindowTitleBar : public QWidget {
     QToolButton* AddButton(const char* icon, const QString& tip);
     void TakeTheme();
     void FitTitle();
+    void ShowButtons();
 
     const CTheme& Theme;
     Has Wanted;
@@ -68,6 +69,7 @@ class CWindowTitleBar : public QWidget {
     QString FullLeading;
     bool PausedShown = false;
     bool Narrow = false;
+    bool Compact = false; ///< until the width changes: the value needs the buttons' room
 };
 
 } // namespace qor

@@ -20,8 +20,11 @@ struct Scene {
 };
 
 extern const std::vector<Scene> Scenes;
+/// Windows over their views, in a session that is played.
+extern const std::vector<Scene> PlayedScenes;
 
 /// Deletes every window that is open.
 void ClearStage();
+void ClearPlayed();
 
 } // namespace qor

@@ -55,6 +55,26 @@ void Settle() {
         QCoreApplication::processEvents(QEventLoop::AllEvents, 40);
 }
 
+/// False: the picture could not be written.
+bool Picture(const qor::Scene& scene, const Call& call, qor::CTheme& theme) {
+    const QString name = QString::fromLatin1(scene.name);
+    if (!call.names.isEmpty() && !call.names.contains(name))
+        return true;
+    QWidget* widget = scene.make(theme, call.size);
+    widget->show();
+    Settle();
+    if (scene.then)
+        widget = scene.then(widget);
+    Settle();
+    const QString path = call.folder + QLatin1Char('/') + name + QStringLiteral(".png");
+    const bool written = widget->grab().save(path);
+    if (!written)
+        std::fprintf(stderr, "qorview_gallery: cannot write %s\n", qPrintable(path));
+    qor::ClearPlayed();
+    qor::ClearStage();
+    return written;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -73,25 +93,8 @@ int main(int argc, char** argv) {
     theme.SetTextPercent(call.percent);
     theme.SetLook(call.look);
     int failed = 0;
-    std::vector<qor::Scene> scenes = qor::Scenes;
-    for (const qor::Scene& scene : qor::FormScenes())
-        scenes.push_back(scene);
-    for (const qor::Scene& scene : scenes) {
-        const QString name = QString::fromLatin1(scene.name);
-        if (!call.names.isEmpty() && !call.names.contains(name))
-            continue;
-        QWidget* widget = scene.make(theme, call.size);
-        widget->show();
-        Settle();
-        if (scene.then)
-            widget = scene.then(widget);
-        Settle();
-        const QString path = call.folder + QLatin1Char('/') + name + QStringLiteral(".png");
-        if (!widget->grab().save(path)) {
-            std::fprintf(stderr, "qorview_gallery: cannot write %s\n", qPrintable(path));
-            ++failed;
-        }
-        qor::ClearStage();
-    }
+    for (const auto& scenes : {qor::Scenes, qor::FormScenes(), qor::PlayedScenes})
+        for (const qor::Scene& scene : scenes)
+            failed += Picture(scene, call, theme) ? 0 : 1;
     return failed == 0 ? 0 : 1;
 }
