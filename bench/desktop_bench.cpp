@@ -110,6 +110,7 @@ class CDesktop {
 struct Figures {
     std::vector<double> shares; ///< of a core, a second each
     std::vector<double> ticks;  ///< ms, with what was painted after
+    std::vector<double> work;   ///< the same in processor time: what others on the machine are not in
 };
 
 /// Runs `tick` so many times a second for so many seconds; `before` is not counted.
@@ -134,7 +135,9 @@ Figures Run(int seconds, int ticksASecond, Before before, Tick tick) {
             const double begin = ProcessorSeconds();
             tick();
             QCoreApplication::processEvents();
-            used += ProcessorSeconds() - begin;
+            const double spent = ProcessorSeconds() - begin;
+            used += spent;
+            figures.work.push_back(1000.0 * spent);
             figures.ticks.push_back(static_cast<double>(one.nsecsElapsed()) * 1e-6);
         }
         figures.shares.push_back(100.0 * used);
@@ -144,6 +147,7 @@ Figures Run(int seconds, int ticksASecond, Before before, Tick tick) {
 
 void Print(const char* what, Figures figures) {
     std::sort(figures.ticks.begin(), figures.ticks.end());
+    const double work = *std::max_element(figures.work.begin(), figures.work.end());
     std::printf(
         "%-34s %6.1f %% of a core (median), tick median %5.1f ms, p99 %5.1f, longest %5.1f\n", what,
         Median(figures.shares), Median(figures.ticks),
