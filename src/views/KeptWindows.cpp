@@ -16,6 +16,8 @@ constexpr const char* PlaceSection = "Window";
 constexpr int KeyAxisOfChoices = -1;
 constexpr std::size_t NameBytes = 64, SettingBytes = 4096, MostSettings = 1000, MostNames = 200;
 constexpr int GreatestPlace = 100'000;
+constexpr int TilePlace::*TileNumbers[] = {&TilePlace::x, &TilePlace::y, &TilePlace::width,
+                                           &TilePlace::height};
 
 /// A member that is a text no longer than that; else empty.
 std::string TextOf(const JsonValue& object, std::string_view name, std::size_t most) {
@@ -142,6 +144,44 @@ KeptWindow ReadWindow(const JsonValue& value) {
     return window;
 }
 
+/// "[x, y, width, height, front]" by name.
+JsonValue WriteTiles(const std::map<std::string, KeptTile>& tiles) {
+    JsonValue written = JsonValue::Object();
+    for (const auto& [name, tile] : tiles) {
+        JsonValue place = JsonValue::Array();
+        for (const int TilePlace::*number : TileNumbers)
+            place.elements.push_back(JsonValue::Number(tile.place.*number));
+        place.elements.push_back(JsonValue::Truth(tile.front));
+        written.Add(name, std::move(place));
+    }
+    return written;
+}
+
+std::map<std::string, KeptTile> ReadTiles(const JsonValue* value) {
+    std::map<std::string, KeptTile> tiles;
+    if (!value || value->kind != JsonValue::Kind::Object)
+        return tiles;
+    for (std::size_t i = 0; i < value->names.size() && tiles.size() < KeptWindows::MostWindows;
+         ++i) {
+        const std::vector<JsonValue>& numbers = value->elements[i].elements;
+        if (value->elements[i].kind != JsonValue::Kind::Array ||
+            numbers.size() != std::size(TileNumbers) + 1)
+            continue;
+        KeptTile tile;
+        tile.place = {};
+        bool usable = true;
+        for (std::size_t k = 0; k < std::size(TileNumbers); ++k) {
+            const double number = numbers[k].AsNumber().value_or(-1.0);
+            usable = usable && number >= 0.0 && number <= TilePlace::Whole;
+            tile.place.*TileNumbers[k] = usable ? static_cast<int>(number) : 0;
+        }
+        tile.front = numbers.back().truth;
+        if (usable && tile.place.IsUsable())
+            tiles[value->names[i]] = tile;
+    }
+    return tiles;
+}
+
 } // namespace
 
 JsonValue CKeptSettings::Written() const {
@@ -177,7 +217,7 @@ void CKeptSettings::Read(const JsonValue& value) {
 
 const KeptLayout* KeptWindows::LayoutFor(const std::string& screens) const {
     const auto found = std::ranges::find(layouts, screens, &KeptLayout::screens);
-    return found == layouts.end() ? nullptr : &*found;
+    return found != layouts.end() ? &*found : layouts.empty() ? nullptr : &layouts.front();
 }
 
 void KeptWindows::Keep(KeptLayout layout) {
@@ -215,7 +255,7 @@ JsonValue WriteWindows(const KeptWindows& kept) {
     for (const KeptLayout& layout : kept.layouts) {
         JsonValue value = JsonValue::Object();
         value.Add("screens", JsonValue::Text(layout.screens));
-        value.Add("layout", JsonValue::Text(layout.state));
+        value.Add("places", WriteTiles(layout.tiles));
         written.elements.push_back(std::move(value));
     }
     return written;
@@ -228,10 +268,11 @@ KeptWindows ReadWindows(const JsonValue& value) {
     std::set<std::string> names;
     for (const JsonValue& element : value.elements) {
         const std::string screens = TextOf(element, "screens", SettingBytes);
-        std::string state = TextOf(element, "layout", KeptWindows::LayoutBytes);
-        if (!screens.empty() && !state.empty()) {
-            if (kept.layouts.size() < KeptWindows::MostLayouts && !kept.LayoutFor(screens))
-                kept.layouts.push_back({screens, std::move(state)});
+        if (!screens.empty()) {
+            if (kept.layouts.size() < KeptWindows::MostLayouts &&
+                std::ranges::find(kept.layouts, screens, &KeptLayout::screens) ==
+                    kept.layouts.end())
+                kept.layouts.push_back({screens, ReadTiles(element.Member("places"))});
             continue;
         }
         KeptWindow window = ReadWindow(element);

@@ -9,6 +9,7 @@
 #include "session/JsonValue.h"
 #include "session/ProfileStore.h"
 #include "views/PlotRange.h"
+#include "views/WindowTiling.h"
 
 #include <map>
 #include <string>
@@ -48,22 +49,30 @@ struct KeptWindow {
     bool operator==(const KeptWindow&) const = default;
 };
 
-/// Where all windows stand on one set of screens.
+/// Where a docked window stands.
+struct KeptTile {
+    TilePlace place;
+    bool front = true; ///< of those of the same place
+
+    bool operator==(const KeptTile&) const = default;
+};
+
+/// Where the docked windows stand on one set of screens. Decided: places of our own, not the bytes
+/// that the widget library has for it, which are believed when they are read back.
 struct KeptLayout {
-    std::string screens; ///< "1366x768+0+0 1920x1080+1366+0"
-    std::string state;   ///< of the docks, in base64
+    std::string screens;                   ///< "1366x768+0+0 1920x1080+1366+0"
+    std::map<std::string, KeptTile> tiles; ///< by the windows' names
 
     bool operator==(const KeptLayout&) const = default;
 };
 
 struct KeptWindows {
     static constexpr std::size_t MostWindows = 100, MostLayouts = 8, MostPlots = 8;
-    static constexpr std::size_t LayoutBytes = 64 * 1024;
 
     std::vector<KeptWindow> windows;
     std::vector<KeptLayout> layouts; ///< the latest first
 
-    /// The layout of a set of screens, or null.
+    /// The layout of a set of screens, else the latest; null when there is none.
     const KeptLayout* LayoutFor(const std::string& screens) const;
     /// Puts it first, instead of the one that its screens had.
     void Keep(KeptLayout layout);

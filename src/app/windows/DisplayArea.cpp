@@ -25,19 +25,30 @@ CDisplayArea::CDisplayArea(const CTheme& theme, QWidget* parent)
     ShowWhetherEmpty();
 }
 
-void CDisplayArea::AddDisplay(CDisplayWindow* window, CDisplayWindow* beside, Place place) {
+void CDisplayArea::Take(CDisplayWindow* window) {
     window->setParent(this);
     window->installEventFilter(this);
-    connect(window, &CDisplayWindow::SignChanged, this, &CDisplayArea::RefreshTabs);
-    if (!restoreDockWidget(window)) {
-        addDockWidget(Qt::LeftDockWidgetArea, window);
-        if (beside && place == Place::Tab)
-            tabifyDockWidget(beside, window);
-        else if (beside)
-            splitDockWidget(beside, window, place == Place::Below ? Qt::Vertical : Qt::Horizontal);
-        else if (Windows().size() > 1)
-            splitDockWidget(Windows().front(), window, Qt::Horizontal);
-    }
+    connect(window, &CDisplayWindow::SignChanged, this, &CDisplayArea::RefreshTabs,
+            Qt::UniqueConnection);
+}
+
+void CDisplayArea::AddDisplay(CDisplayWindow* window, CDisplayWindow* beside, Place place) {
+    Take(window);
+    if (!restoreDockWidget(window))
+        return PlaceDisplay(window, beside, place);
+    window->show();
+    ShowWhetherEmpty();
+}
+
+void CDisplayArea::PlaceDisplay(CDisplayWindow* window, CDisplayWindow* beside, Place place) {
+    Take(window);
+    addDockWidget(Qt::LeftDockWidgetArea, window);
+    if (beside && place == Place::Tab)
+        tabifyDockWidget(beside, window);
+    else if (beside)
+        splitDockWidget(beside, window, place == Place::Below ? Qt::Vertical : Qt::Horizontal);
+    else if (Windows().size() > 1)
+        splitDockWidget(Windows().front(), window, Qt::Horizontal);
     window->show();
     ShowWhetherEmpty();
 }

@@ -23,6 +23,9 @@ class CDisplayArea : public QMainWindow {
     enum class Place { Right, Below, Tab };
     void AddDisplay(CDisplayWindow* window, CDisplayWindow* beside = nullptr,
                     Place place = Place::Right);
+    /// The same, whatever place its name had before.
+    void PlaceDisplay(CDisplayWindow* window, CDisplayWindow* beside = nullptr,
+                      Place place = Place::Right);
 
     /// In the order in which they were added; closed ones are not among them.
     std::vector<CDisplayWindow*> Windows() const;
@@ -45,6 +48,7 @@ class CDisplayArea : public QMainWindow {
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
+    void Take(CDisplayWindow* window);
     void ShowWhetherEmpty();
 
     const CTheme& Theme;

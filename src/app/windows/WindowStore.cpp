@@ -5,17 +5,19 @@
 
 #include <QGuiApplication>
 #include <QScreen>
+#include <QTabBar>
 
 #include <algorithm>
+#include <cstdlib>
+#include <map>
 #include <set>
 
 namespace qor {
 
 namespace {
 
-constexpr int LayoutVersion = 1;
-/// The profile has 36 % of the width, the spectrum 55 % of the height, values 330 pixels.
-constexpr double ProfilePart = 0.36, SpectrumPart = 0.55;
+/// In thousandths: the profile's width, the spectrum's height. Values have pixels.
+constexpr int ProfilePart = 360, SpectrumPart = 550;
 constexpr int ValuesWidth = 330;
 
 std::string PresentScreens() {
@@ -91,46 +93,82 @@ void PlaceFloat(CViewWindow& window, const KeptWindow& kept) {
     window.move(room.center() - window.rect().center());
 }
 
-/// The windows that a session has something for; null for one that has not.
-class CDefaultWindows {
-  public:
-    CDefaultWindows(CDisplayArea& area, const WindowMaker& maker) : Area(area), Maker(maker) {}
+/// Whether the session has anything for a window of that kind.
+bool HasSomethingFor(const WindowKind& kind, CQorViewDoc& doc) {
+    const std::unique_ptr<CView> trial = kind.make(doc);
+    trial->Refresh(doc);
+    const ViewPages pages = trial->Pages();
+    const PageHead& head = pages.grid ? pages.grid->head : pages.plots.front()->head;
+    return head.state != PageState::Empty;
+}
 
-    CViewWindow* Open(const char* name, CDisplayWindow* beside, CDisplayArea::Place place) {
-        const WindowKind& kind = *FindWindowKind(name);
-        const std::unique_ptr<CView> trial = kind.make(Maker.doc);
-        trial->Refresh(Maker.doc);
-        const ViewPages pages = trial->Pages();
-        const PageHead& head = pages.grid ? pages.grid->head : pages.plots.front()->head;
-        if (head.state == PageState::Empty)
-            return nullptr;
-        return OpenWindow(Area, Maker, kind, {}, beside, place);
-    }
-    /// The first of these that there is; the others wait for OpenTabs.
-    CViewWindow* OpenFirst(std::initializer_list<const char*> names, CDisplayWindow* beside,
-                           CDisplayArea::Place place) {
-        CViewWindow* first = nullptr;
-        for (const char* name : names) {
-            if (first)
-                Behind.emplace_back(first, name);
-            else
-                first = Open(name, beside, place);
-        }
-        return first;
-    }
-    /// Beside a tab nothing can be put but another tab: they come last.
-    void OpenTabs() {
-        for (const auto& [front, name] : Behind)
-            Open(name, front, CDisplayArea::Place::Tab);
-        for (const auto& [front, name] : Behind)
-            front->raise();
-    }
-
-  private:
-    CDisplayArea& Area;
-    const WindowMaker& Maker;
-    std::vector<std::pair<CViewWindow*, const char*>> Behind;
+struct PlacedWindow {
+    CDisplayWindow* window;
+    KeptTile tile;
 };
+
+/// Docks the windows, which stand nowhere yet, as their places say.
+void Tile(CDisplayArea& area, const std::vector<PlacedWindow>& placed) {
+    if (placed.empty())
+        return;
+    std::vector<TilePlace> places;
+    QList<QDockWidget*> docks;
+    QList<int> widths, heights;
+    for (const PlacedWindow& one : placed) {
+        places.push_back(one.tile.place);
+        docks.append(one.window);
+        widths.append(std::max(area.width() * one.tile.place.width / TilePlace::Whole, 1));
+        heights.append(std::max(area.height() * one.tile.place.height / TilePlace::Whole, 1));
+    }
+    const Tiling tiling = TilingOf(places);
+    using Place = CDisplayArea::Place;
+    area.PlaceDisplay(placed[tiling.first].window);
+    for (const TileStep& step : tiling.steps)
+        area.PlaceDisplay(placed[step.window].window, placed[step.beside].window,
+                          step.side == TileSide::Right   ? Place::Right
+                          : step.side == TileSide::Below ? Place::Below
+                                                         : Place::Tab);
+    area.resizeDocks(docks, widths, Qt::Horizontal);
+    area.resizeDocks(docks, heights, Qt::Vertical);
+    for (const PlacedWindow& one : placed)
+        if (one.tile.front)
+            one.window->raise();
+}
+
+/// The place of a docked window with what stands behind it and their tabs.
+QRect RoomOf(const CDisplayArea& area, const QDockWidget& window) {
+    QRect room = window.geometry();
+    for (const QTabBar* tabs : area.findChildren<QTabBar*>(QString(), Qt::FindDirectChildrenOnly)) {
+        const QRect above = tabs->geometry();
+        if (tabs->isVisible() && above.left() >= room.left() - 1 && above.left() < room.right() &&
+            std::abs(above.bottom() + 1 - room.top()) <= 2)
+            room.setTop(above.top());
+    }
+    return room;
+}
+
+std::map<std::string, KeptTile> TilesOf(const CDisplayArea& area) {
+    std::map<std::string, KeptTile> tiles;
+    const auto part = [](int pixels, int whole) {
+        return std::clamp(pixels * TilePlace::Whole / std::max(whole, 1), 0, TilePlace::Whole);
+    };
+    for (CViewWindow* window : ViewWindows(area)) {
+        if (window->isFloating())
+            continue;
+        const CDisplayWindow* front = window;
+        for (QDockWidget* other : area.tabifiedDockWidgets(window))
+            if (const auto* shown = qobject_cast<CDisplayWindow*>(other);
+                shown && shown->IsSeen() && !window->IsSeen())
+                front = shown;
+        const QRect room = RoomOf(area, *front);
+        const int x = part(room.x(), area.width()), y = part(room.y(), area.height());
+        tiles[window->objectName().toStdString()] = {
+            {x, y, std::min(part(room.width(), area.width()), TilePlace::Whole - x),
+             std::min(part(room.height(), area.height()), TilePlace::Whole - y)},
+            front == window};
+    }
+    return tiles;
+}
 
 } // namespace
 
@@ -150,72 +188,81 @@ JsonValue DescribeWindows(const CDisplayArea& area, const JsonValue& before) {
     for (const CViewWindow* window : ViewWindows(area))
         kept.windows.push_back(window->Kept());
     if (!kept.windows.empty())
-        kept.Keep({PresentScreens(), area.saveState(LayoutVersion).toBase64().toStdString()});
+        kept.Keep({PresentScreens(), TilesOf(area)});
     return WriteWindows(kept);
 }
 
 std::size_t OpenWindows(CDisplayArea& area, const WindowMaker& maker, const JsonValue& windows) {
     const KeptWindows kept = ReadWindows(windows);
-    std::vector<CViewWindow*> opened;
+    const KeptLayout* layout = kept.LayoutFor(PresentScreens());
+    std::vector<PlacedWindow> placed;
+    std::vector<std::pair<CViewWindow*, const KeptWindow*>> others;
     for (const KeptWindow& one : kept.windows) {
         const bool taken = area.findChild<QDockWidget*>(QString::fromStdString(one.name));
         const WindowKind& kind = *FindWindowKind(one.kind);
         CViewWindow* window = Make(area, maker, kind, taken ? FreeName(area, kind) : one.name);
+        window->setParent(&area); // its name is taken from now on
         KeptWindow here = one;
         here.instrument = NameInSession(maker.doc, one.instrument);
         window->Restore(here);
+        const bool docked = layout && layout->tiles.contains(one.name) && !PlaceOf(one).Floats();
+        if (docked)
+            placed.push_back({window, layout->tiles.at(one.name)});
+        else
+            others.emplace_back(window, &one);
+    }
+    Tile(area, placed);
+    for (const auto& [window, one] : others) {
         area.AddDisplay(window);
-        opened.push_back(window);
+        if (PlaceOf(*one).Floats())
+            PlaceFloat(*window, *one);
     }
-    const KeptLayout* layout = kept.LayoutFor(PresentScreens());
-    const QByteArray state =
-        layout ? QByteArray::fromBase64(QByteArray::fromStdString(layout->state)) : QByteArray();
-    if (!state.isEmpty() && area.restoreState(state, LayoutVersion)) {
-        // A layout of other windows hides those that it does not know.
-        for (CViewWindow* window : opened)
-            window->show();
-        return opened.size();
-    }
-    for (std::size_t i = 0; i < opened.size(); ++i)
-        if (PlaceOf(kept.windows[i]).Floats())
-            PlaceFloat(*opened[i], kept.windows[i]);
-    return opened.size();
+    return kept.windows.size();
 }
 
 void OpenDefaultWindows(CDisplayArea& area, const WindowMaker& maker) {
-    using Place = CDisplayArea::Place;
-    CDefaultWindows windows(area, maker);
-    CViewWindow* left = windows.OpenFirst({"profile", "gps", "weather"}, nullptr, Place::Right);
-    CViewWindow* spectrum = windows.OpenFirst({"spectral", "reality-check"}, left, Place::Right);
-    CDisplayWindow* above = spectrum ? spectrum : left;
-    const Place under = spectrum ? Place::Below : Place::Right;
-    CViewWindow* values = windows.OpenFirst({"package"}, above, under);
-    if (!values)
-        values = windows.OpenFirst({"ancillary"}, above, under);
-    if (!values)
-        values = windows.OpenFirst({"sensors"}, above, under);
-    CViewWindow* series = windows.OpenFirst({"time-series", "status"}, values ? values : above,
-                                            values ? Place::Right : under);
-    windows.OpenTabs();
-    CViewWindow* right = spectrum ? spectrum : values ? values : series;
-    const auto part = [](int room, double share) {
-        return static_cast<int>(share * static_cast<double>(room));
+    // The first kind of each line that the session has something for; the others behind it when
+    // the line says so.
+    struct Line {
+        std::vector<const char*> kinds;
+        bool all;
+        std::vector<const WindowKind*> there = {};
     };
-    const int beside = left ? part(area.width(), 1.0 - ProfilePart) : area.width();
-    if (left && right)
-        area.resizeDocks({left, right},
-                         {part(area.width(), ProfilePart), part(area.width(), 1.0 - ProfilePart)},
-                         Qt::Horizontal);
-    if (spectrum && values)
-        area.resizeDocks(
-            {spectrum, values},
-            {part(area.height(), SpectrumPart), part(area.height(), 1.0 - SpectrumPart)},
-            Qt::Vertical);
-    if (values && series)
-        area.resizeDocks({values, series},
-                         {maker.theme.Px(ValuesWidth),
-                          std::max(beside - maker.theme.Px(ValuesWidth), ValuesWidth)},
-                         Qt::Horizontal);
+    Line left{{"profile", "gps", "weather"}, true}, above{{"spectral", "reality-check"}, true},
+        values{{"package", "ancillary", "sensors"}, false}, series{{"time-series"}, true};
+    for (Line* line : {&left, &above, &values, &series})
+        for (const char* name : line->kinds)
+            if (const WindowKind* kind = FindWindowKind(name);
+                (line->all || line->there.empty()) && HasSomethingFor(*kind, maker.doc))
+                line->there.push_back(kind);
+    if (!series.there.empty())
+        series.there.push_back(FindWindowKind("status"));
+    // What is not there leaves its room to its neighbours.
+    const bool right = !above.there.empty() || !values.there.empty() || !series.there.empty();
+    const int whole = TilePlace::Whole;
+    const int edge = left.there.empty() ? 0 : right ? ProfilePart : whole;
+    const int level = above.there.empty()                            ? 0
+                      : values.there.empty() && series.there.empty() ? whole
+                                                                     : SpectrumPart;
+    const int valuesWidth = maker.theme.Px(ValuesWidth) * whole / std::max(area.width(), 1);
+    const int middle = values.there.empty() ? edge
+                       : series.there.empty()
+                           ? whole
+                           : std::min(edge + valuesWidth, (edge + whole) / 2 + 1);
+    std::vector<PlacedWindow> placed;
+    const auto open = [&](const Line& line, const TilePlace& place) {
+        for (const WindowKind* kind : line.there) {
+            CViewWindow* window = Make(area, maker, *kind, FreeName(area, *kind));
+            window->setParent(&area);
+            window->View().LoadSettings(maker.doc.Profile, PrefixOf(*kind, {}));
+            placed.push_back({window, {place, kind == line.there.front()}});
+        }
+    };
+    open(left, {0, 0, edge, whole});
+    open(above, {edge, 0, whole - edge, level});
+    open(values, {edge, level, middle - edge, whole - level});
+    open(series, {middle, level, whole - middle, whole - level});
+    Tile(area, placed);
 }
 
 void CloseWindows(CDisplayArea& area) {

@@ -93,9 +93,8 @@ int main(int argc, char** argv) {
     theme.SetTextPercent(call.percent);
     theme.SetLook(call.look);
     int failed = 0;
-    const std::vector<qor::Scene> forms = qor::FormScenes();
-    for (const auto* scenes : {&qor::Scenes, &qor::PlayedScenes, &forms})
-        for (const qor::Scene& scene : *scenes)
+    for (const auto& scenes : {qor::Scenes, qor::FormScenes(), qor::PlayedScenes})
+        for (const qor::Scene& scene : scenes)
             failed += Picture(scene, call, theme) ? 0 : 1;
     return failed == 0 ? 0 : 1;
 }
