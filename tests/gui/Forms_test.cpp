@@ -198,7 +198,7 @@ TEST_F(AForm, WhatIsWrongStandsBesideTheFieldAndOkWaits) {
          "/no/such/folder", "There is no such folder.", "."},
         {"settings",
          [](const FormFrame& f, CSampleSession&) { return OpenSettings(f, TestTheme(), {}); },
-         "Text size [%]", "300", "Give a whole number from 90 to 200.", "110"},
+         "Text size (percent)", "300", "Give a whole number from 90 to 200.", "110"},
         {"tare", [](const FormFrame& f, CSampleSession&) { return OpenTare(f, {}); },
          "Pressure in air [dbar]", "0.4", "There is no profiler; give an instrument its role.",
          nullptr},
@@ -392,6 +392,25 @@ TEST_F(AForm, OpensOnceAndIsFilledByKeysAlone) {
     EXPECT_EQ(StationOf(Session.Doc).stationId, "S5");
     EXPECT_EQ(StationOf(Session.Doc).cast, "AB");
     EXPECT_EQ(StationOf(Session.Doc).cruiseId, "HE-613");
+}
+
+TEST_F(AForm, IsAtRestWhenNothingHappens) {
+    CForm* form = OpenStation(Frame(), {});
+    Settle();
+    int layouts = 0;
+    class CCounter : public QObject {
+      public:
+        explicit CCounter(int& count) : Count(count) {}
+        bool eventFilter(QObject*, QEvent* event) override {
+            Count += event->type() == QEvent::LayoutRequest;
+            return false;
+        }
+        int& Count;
+    } counter(layouts);
+    qApp->installEventFilter(&counter);
+    Settle();
+    EXPECT_EQ(layouts, 0);
+    EXPECT_EQ(form->focusWidget(), Named<QLineEdit>(form, "Station"));
 }
 
 TEST_F(AForm, AtNightNothingButRedIsLit) {

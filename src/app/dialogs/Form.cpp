@@ -146,14 +146,14 @@ CForm::CForm(const CTheme& theme, const QString& title, QWidget* parent)
     Buttons->button(QDialogButtonBox::Cancel)->setAutoDefault(false);
     connect(Buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(Buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    auto* content = new QWidget;
-    auto* column = new QVBoxLayout(content);
+    Content = new QWidget;
+    auto* column = new QVBoxLayout(Content);
     column->setContentsMargins(0, 0, 0, 0);
     column->addLayout(Fields);
     column->addStretch(1);
     LastLine = MakeFaultLine(LastText);
     auto* whole = new QVBoxLayout(this);
-    Area = new CFormArea(content);
+    Area = new CFormArea(Content);
     whole->addWidget(Area, 1);
     whole->addWidget(LastLine);
     whole->addWidget(Buttons);
@@ -162,7 +162,6 @@ CForm::CForm(const CTheme& theme, const QString& title, QWidget* parent)
 QLabel* CForm::AddLabel(const QString& text, QWidget* buddy) {
     auto* label = new QLabel(text);
     label->setBuddy(buddy);
-    label->setContentsMargins(0, 0, Theme.Px(2), 0); // its own hint is a fraction too small
     return label;
 }
 
@@ -307,6 +306,7 @@ void CForm::done(int result) {
 }
 
 void CForm::OrderTabs() {
+    Content->layout()->activate(); // where everything is
     std::vector<QWidget*> order = TabStops(*Area);
     for (QAbstractButton* button : Buttons->buttons())
         if (button != Buttons->button(QDialogButtonBox::Cancel))
@@ -321,6 +321,7 @@ void CForm::Open() {
     Area->updateGeometry();
     adjustSize();
     show();
+    Content->layout()->invalidate(); // what was asked of it while hidden may not have been done
     OrderTabs();
     const std::vector<QWidget*> stops = TabStops(*Area);
     if (!stops.empty())

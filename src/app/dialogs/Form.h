@@ -91,6 +91,7 @@ class CForm : public QDialog {
     QPushButton* Ok;
     std::vector<Row> Rows;
     QDialogButtonBox* Buttons;
+    QWidget* Content;  ///< holds the fields
     QWidget* Area;     ///< scrolls the fields where the screen is low
     QWidget* LastLine; ///< what went wrong with OK
     QLabel* LastText;

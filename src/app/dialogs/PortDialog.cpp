@@ -84,7 +84,10 @@ void CPortDialog::AddPorts() {
     Picker = new CPortPicker(Frame.theme, [&store = Frame.doc.Profile](const std::string& name) {
         return LastLineText(store, name);
     });
-    Form->AddField(CForm::tr("Port"), Picker, FaultIn(Record, "name"));
+    Form->AddField(CForm::tr("Port"), Picker, [this] {
+        const PortFound* chosen = Picker->Chosen(); // the session may have it by another name
+        return chosen && chosen->inSession ? WhyNot(*chosen) : CheckForm(*Record).Of("name");
+    });
 }
 
 void CPortDialog::AddLine() {

@@ -111,15 +111,21 @@ void CPortPicker::SetPorts(std::vector<PortFound> ports) {
     const auto only = OnlyFree(Ports);
     if (ChosenName.empty() && !OtherChosen && only) {
         Rows[*only].button->setChecked(true);
-        if (std::ranges::any_of(Rows, [](const Row& row) { return row.button->hasFocus(); }))
+        if (HasFocusIn())
             Rows[*only].button->setFocus();
     }
     emit Changed();
 }
 
+/// The hand is at the list and has chosen nothing else.
+bool CPortPicker::HasFocusIn() const {
+    const QWidget* focus = window()->focusWidget();
+    return (focus == Other && !OtherChosen) ||
+           std::ranges::any_of(Rows, [focus](const Row& row) { return focus == row.button; });
+}
+
 void CPortPicker::Rebuild() {
-    const bool focused =
-        std::ranges::any_of(Rows, [](const Row& row) { return row.button->hasFocus(); });
+    const bool focused = HasFocusIn();
     for (const Row& row : std::exchange(Rows, {})) {
         const QSignalBlocker quiet(row.button);
         for (QWidget* widget : {static_cast<QWidget*>(row.button), static_cast<QWidget*>(row.sign),
@@ -164,6 +170,7 @@ void CPortPicker::AddRow(int place) {
         if (found != Ports.end())
             QGuiApplication::clipboard()->setText(Shown(RemedyCommand(*found)));
     });
+    row.button->setVisible(true); // so that it can have the focus at once
     Rows.push_back(row);
 }
 

@@ -48,6 +48,7 @@ class CPortPicker : public QWidget {
         QLabel* state;
         QPushButton* copy;
     };
+    bool HasFocusIn() const;
     void Rebuild();
     void AddRow(int place);
     void AddOther();

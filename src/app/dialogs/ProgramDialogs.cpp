@@ -73,7 +73,7 @@ QComboBox* AddPalette(CForm& form, CTheme& theme) {
 /// The text size takes effect with what can be used of it.
 void AddTextSize(CForm& form, CTheme& theme, const std::shared_ptr<SettingsForm>& record) {
     QLineEdit* percent =
-        BindText(form, CForm::tr("&Text size [%]"), Part(record, &SettingsForm::textSize),
+        BindText(form, CForm::tr("&Text size (percent)"), Part(record, &SettingsForm::textSize),
                  FaultIn(record, "textSize"));
     QObject::connect(percent, &QLineEdit::editingFinished, &form, [&theme, record] {
         if (const std::optional<int> size = TextSizeOf(*record))

@@ -2,10 +2,13 @@
 #include "gui/gallery/FormScenes.h"
 
 #include "app/dialogs/Form.h"
+#include "app/dialogs/PortFinder.h"
 #include "gui/SampleSession.h"
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QLineEdit>
 
 namespace qor {
@@ -44,7 +47,20 @@ QWidget* MakeNoPort(CTheme& theme, QSize) {
     return Kept(OpenPort(Frame(theme), {[] { return std::vector<PortFound>(); }}, {}));
 }
 
+/// Until the ports have been looked for on their thread.
+QWidget* AwaitPorts(QWidget* widget) {
+    bool found = false;
+    const QObject meanwhile;
+    QObject::connect(widget->findChild<CPortFinder*>(), &CPortFinder::Found, &meanwhile,
+                     [&found] { found = true; });
+    widget->findChild<CPortFinder*>()->Look();
+    for (const QDeadlineTimer end(2000); !found && !end.hasExpired();)
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 100);
+    return widget;
+}
+
 template <int Number> QWidget* ChooseRadio(QWidget* widget) {
+    AwaitPorts(widget);
     const auto buttons = widget->findChildren<QAbstractButton*>();
     int seen = 0;
     for (QAbstractButton* button : buttons)
@@ -125,9 +141,9 @@ QWidget* MakeAbout(CTheme& theme, QSize) {
 
 std::vector<Scene> FormScenes() {
     return {
-        {"forms-port", MakePort},
+        {"forms-port", MakePort, AwaitPorts},
         {"forms-port-refused", MakeRefusedPort, ChooseRadio<2>},
-        {"forms-port-none", MakeNoPort},
+        {"forms-port-none", MakeNoPort, AwaitPorts},
         {"forms-port-properties", MakePortProperties},
         {"forms-instrument", MakeInstrument},
         {"forms-package", MakePackage},
