@@ -30,8 +30,9 @@ CWindowDesk::CWindowDesk(const DeskParts& parts, QObject* parent) : QObject(pare
 /// The views of the docks go before their document, as those of the windows do.
 CWindowDesk::~CWindowDesk() {
     CloseAll();
-    for (CViewWindow* dock : Docked)
-        delete dock;
+    // Closed windows delete themselves in the next round of events, which would be too late.
+    qDeleteAll(Parts.Window.Area().findChildren<CViewWindow*>());
+    qDeleteAll(Docked);
 }
 
 void CWindowDesk::AddDocks() {
