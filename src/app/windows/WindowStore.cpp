@@ -61,11 +61,11 @@ std::string FreeName(const CDisplayArea& area, const WindowKind& kind) {
     std::set<QString> taken;
     for (const auto* window : area.findChildren<CDisplayWindow*>())
         taken.insert(window->objectName());
-    for (int number = 1;; ++number) {
-        std::string name = std::string(kind.name) + "-" + std::to_string(number);
-        if (!taken.contains(QString::fromStdString(name)))
-            return name;
-    }
+    const QString name = QString::fromStdString(std::string(kind.name)) + QStringLiteral("-%1");
+    int number = 1;
+    while (taken.contains(name.arg(number)))
+        ++number;
+    return name.arg(number).toStdString();
 }
 
 /// A session keeps names in UTF-8; the instrument's own are bytes.
