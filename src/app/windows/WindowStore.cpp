@@ -266,8 +266,10 @@ void OpenDefaultWindows(CDisplayArea& area, const WindowMaker& maker) {
 }
 
 void CloseWindows(CDisplayArea& area) {
-    for (CViewWindow* window : ViewWindows(area))
+    for (auto* window : area.findChildren<CViewWindow*>()) {
         window->close();
+        delete window; // not when events come round: its session may be gone by then
+    }
 }
 
 } // namespace qor
