@@ -110,7 +110,7 @@ class CDesktop {
 struct Figures {
     std::vector<double> shares; ///< of a core, a second each
     std::vector<double> ticks;  ///< ms, with what was painted after
-    std::vector<double> work;   ///< the same in processor time: what others on the machine are not in
+    std::vector<double> work; ///< the same in processor time: what others on the machine are not in
 };
 
 /// Runs `tick` so many times a second for so many seconds; `before` is not counted.
@@ -148,10 +148,10 @@ Figures Run(int seconds, int ticksASecond, Before before, Tick tick) {
 void Print(const char* what, Figures figures) {
     std::sort(figures.ticks.begin(), figures.ticks.end());
     const double work = *std::max_element(figures.work.begin(), figures.work.end());
-    std::printf(
-        "%-34s %6.1f %% of a core (median), tick median %5.1f ms, p99 %5.1f, longest %5.1f\n", what,
-        Median(figures.shares), Median(figures.ticks),
-        figures.ticks[figures.ticks.size() * 99 / 100], figures.ticks.back());
+    std::printf("%-36s %5.1f %% of a core (median); ticks: median %.1f ms, p99 %.1f, longest %.1f "
+                "(of processor time %.1f)\n",
+                what, Median(figures.shares), Median(figures.ticks),
+                figures.ticks[figures.ticks.size() * 99 / 100], figures.ticks.back(), work);
 }
 
 /// The curves of every plot of the desktop in as many bare plots of the same size.

@@ -332,7 +332,7 @@ TEST_F(AViewWindow, TheDefaultLayoutHasWhatTheSessionHas) {
     EXPECT_THAT(names(), testing::UnorderedElementsAre("gps-1", "weather-1", "sensors-1",
                                                        "time-series-1", "status-1"));
     CloseWindows(*Area);
-    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_TRUE(Area->findChildren<CViewWindow*>().isEmpty()) << "at once";
     EXPECT_THAT(names(), testing::IsEmpty());
     Session.AddCast();
     OpenDefaultWindows(*Area, Maker());

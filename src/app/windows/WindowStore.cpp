@@ -61,11 +61,11 @@ std::string FreeName(const CDisplayArea& area, const WindowKind& kind) {
     std::set<QString> taken;
     for (const auto* window : area.findChildren<CDisplayWindow*>())
         taken.insert(window->objectName());
-    for (int number = 1;; ++number) {
-        std::string name = std::string(kind.name) + "-" + std::to_string(number);
-        if (!taken.contains(QString::fromStdString(name)))
-            return name;
-    }
+    const QString name = QString::fromStdString(std::string(kind.name)) + QStringLiteral("-%1");
+    int number = 1;
+    while (taken.contains(name.arg(number)))
+        ++number;
+    return name.arg(number).toStdString();
 }
 
 /// A session keeps names in UTF-8; the instrument's own are bytes.
@@ -266,8 +266,10 @@ void OpenDefaultWindows(CDisplayArea& area, const WindowMaker& maker) {
 }
 
 void CloseWindows(CDisplayArea& area) {
-    for (CViewWindow* window : ViewWindows(area))
+    for (auto* window : area.findChildren<CViewWindow*>()) {
         window->close();
+        delete window; // not when events come round: its session may be gone by then
+    }
 }
 
 } // namespace qor

@@ -40,7 +40,8 @@ std::size_t OpenWindows(CDisplayArea& area, const WindowMaker& maker, const Json
 /// session has something.
 void OpenDefaultWindows(CDisplayArea& area, const WindowMaker& maker);
 
-/// Closes them all; their settings are kept.
+/// Closes them all; their settings are kept. They are gone when it returns, as they have to be
+/// before their session.
 void CloseWindows(CDisplayArea& area);
 
 } // namespace qor
