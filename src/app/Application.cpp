@@ -32,8 +32,8 @@ bool UseLanguage(QApplication& application, const QString& language) {
 
 QString InstalledFile(const QString& name) {
     const QString program = QCoreApplication::applicationDirPath();
-    for (const char* folder : {"/", "/../share/qorview/", "/../share/doc/qorview/",
-                               "/../../../../", "/../../../"}) {
+    for (const char* folder :
+         {"/", "/../share/qorview/", "/../share/doc/qorview/", "/../../../../", "/../../../"}) {
         const QString path = QDir::cleanPath(program + QLatin1String(folder) + name);
         if (QFileInfo::exists(path))
             return path;

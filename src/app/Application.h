@@ -13,8 +13,8 @@ namespace qor {
 /// `theme` lives as long as the application.
 void PrepareApplication(QApplication& application, CTheme& theme);
 
-/// A file that comes with the program ("examples/cast.raw", "docs/user-guide.md"): beside it, where it
-/// was installed, or in the tree it was built from. Empty when it is not there.
+/// A file that comes with the program ("examples/cast.raw", "docs/user-guide.md"): beside it, where
+/// it was installed, or in the tree it was built from. Empty when it is not there.
 QString InstalledFile(const QString& name);
 
 /// The catalogue of a language ("de"); false when there is none.

@@ -72,8 +72,8 @@ class CLogStage {
     std::size_t Limit = DefaultCapacity;
     std::atomic<int> Delay = 0; ///< milliseconds
     CEvent Never;               ///< what a delay waits for
-    CLogWriter Writer;  ///< of the thread that creates, then of the writer
-    LogRecords Writing; ///< of the writer's thread
+    CLogWriter Writer;          ///< of the thread that creates, then of the writer
+    LogRecords Writing;         ///< of the writer's thread
 
     mutable CMutex StageLock;
     CCondition Changed;

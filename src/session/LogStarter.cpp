@@ -22,6 +22,11 @@ PortsNow Look(const CQorViewDoc& doc) {
 
 } // namespace
 
+void CLogStarter::SetExitIfDone(bool on) {
+    CRecursiveLock lock(Doc.DocLock);
+    Doc.ExitIfDone = on;
+}
+
 std::string CLogStarter::LogNow() {
     {
         CRecursiveLock lock(Doc.DocLock);

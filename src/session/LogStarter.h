@@ -17,6 +17,8 @@ class CLogStarter {
     /// The document that it is a part of.
     explicit CLogStarter(CQorViewDoc& doc) : Doc(doc) {}
 
+    /// The program ends when its log is done.
+    void SetExitIfDone(bool on);
     /// From now on nobody is asked. Where no port can be had yet and some are tried again, the log
     /// begins with the first that is there. What is wrong when there can be none; a program that
     /// ends when its log is done ends then.

@@ -379,7 +379,7 @@ ResourceStatus CQorViewDoc::StatusOf(const CQorViewRes& resource) const {
                                       instrument->FramesReceived, checks.DroppedCount,
                                       checks.ChecksumErrorCount, checks.ValueErrorCount,
                                       RawLog.FramesThisLog(*instrument), instrument->Live.FrameRate,
-                                      instrument->Live.Immersed});
+                                      instrument->Live.Immersed, instrument->AcquisitionEnabled});
         status.frames += instrument->FramesReceived;
         const CInstrument& definition = instrument->Definition();
         status.longestFrame =

@@ -7,6 +7,7 @@
 #include "base/Text.h"
 #include "platform/FileErrorText.h"
 #include "session/LogHeader.h"
+#include "session/SessionPath.h"
 #include "session/SpanText.h"
 #include "telemetry/RawLogFormat.h"
 
@@ -90,6 +91,13 @@ std::string CRawLog::SetLogOptions(const LogOptions& options) {
     if (State.waitingForNextLog && !options.repeatEnabled)
         EndRun();
     return {};
+}
+
+std::string CRawLog::SetDirectory(const std::string& folder) {
+    CRecursiveLock lock(Session.DocLock);
+    LogNaming naming = Session.Naming;
+    naming.logDirectory = WithSeparator(folder);
+    return SetNaming(naming);
 }
 
 std::string CRawLog::MoveNameOn() {

@@ -44,6 +44,8 @@ class CRawLog {
     /// Replaces the naming settings; what was built and accepted before counts no more. What is
     /// wrong with them, or nothing; then nothing has changed.
     std::string SetNaming(const LogNaming& naming);
+    /// Another folder for the logs to come, with or without a separator at its end. As SetNaming.
+    std::string SetDirectory(const std::string& folder);
     /// Replaces the station information; a name that was made of it is built anew. As SetNaming.
     std::string SetStation(const StationInformation& station);
     /// Replaces the options; as SetNaming. A duration that is switched on or changed counts from

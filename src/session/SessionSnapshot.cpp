@@ -10,4 +10,12 @@ const ResourceStatus* SessionSnapshot::Find(ResourceId id) const {
     return found == resources.end() ? nullptr : &*found;
 }
 
+const InstrumentFigures* SessionSnapshot::Find(InstrumentId id) const {
+    for (const ResourceStatus& resource : resources)
+        for (const InstrumentFigures& instrument : resource.instruments)
+            if (instrument.id == id)
+                return &instrument;
+    return nullptr;
+}
+
 } // namespace qor

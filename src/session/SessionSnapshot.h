@@ -22,6 +22,7 @@ struct InstrumentFigures {
     std::uint32_t framesThisLog = 0;
     double nominalRate = 0.0; ///< Hz
     bool immersed = false;
+    bool acquired = true; ///< its frames are looked for
 };
 
 /// A resource with its instruments, and the sums of theirs.
@@ -51,6 +52,7 @@ struct SessionSnapshot {
 
     /// The resource of a handle, or null.
     const ResourceStatus* Find(ResourceId id) const;
+    const InstrumentFigures* Find(InstrumentId id) const;
 };
 
 } // namespace qor

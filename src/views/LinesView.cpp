@@ -12,7 +12,8 @@ namespace {
 
 constexpr std::string_view LineEnd = "\r\n";
 constexpr std::string_view StampEnd = "> ";
-constexpr std::size_t StampLength = 20; ///< "YYYY-MM-DD  HH:MM:SS"
+constexpr std::size_t StampLength = 20;               ///< "YYYY-MM-DD  HH:MM:SS"
+constexpr std::size_t DayLength = 10, TimePlace = 12; ///< in it
 constexpr std::string_view CommentMark = "Comment at ";
 
 /// Messages come in the files' own texts: UTF-8 where they are that.
@@ -58,15 +59,32 @@ void CLinesView::AddLine(std::string_view line) {
         InComment = text.starts_with(CommentMark);
     if (text.empty() || (OnlyComments && !InComment))
         return;
-    GridRow row{ShownText(stamp), "", {}};
+    GridRow row;
+    std::string time = ShownText(stamp);
     if (OnlyComments && stamped) {
         // The comment's own time counts: it may have been written for long.
         text.remove_prefix(CommentMark.size());
         const std::size_t colon = text.find(": ");
-        row.label = ShownText(text.substr(0, colon));
+        time = ShownText(text.substr(0, colon));
         text = colon == text.npos ? std::string_view() : text.substr(colon + 2);
     }
+    if (time.size() == StampLength) {
+        BeginDay(time.substr(0, DayLength));
+        time.erase(0, TimePlace);
+    }
+    row.label = std::move(time);
     row.value.text = ShownText(text);
+    row.id = ++Lines;
+    Grid.rows.push_back(std::move(row));
+}
+
+/// A line of its own, so that each line has the time alone.
+void CLinesView::BeginDay(const std::string& day) {
+    if (day == Day)
+        return;
+    Day = day;
+    GridRow row;
+    row.value.text = day;
     row.id = ++Lines;
     Grid.rows.push_back(std::move(row));
 }

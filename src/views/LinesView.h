@@ -26,12 +26,14 @@ class CLinesView : public CView {
     Menu ContextMenu(CQorViewDoc&) override { return {}; }
 
   private:
+    void BeginDay(const std::string& day);
     void AddLine(std::string_view line);
 
     bool OnlyComments;
     bool InComment = false; ///< a line that goes on belongs to one
     std::size_t Read = 0;
     std::uint64_t Lines = 0;
+    std::string Day; ///< of the last line
     GridPage Grid;
 };
 

@@ -75,10 +75,7 @@ void CDesk::ConnectRooms() {
 void CDesk::Begin(const DesktopCommand& command) {
     Arranged = Window.RestoreLayout(Profile);
     CQorViewDoc& doc = Under.Doc();
-    {
-        CRecursiveLock lock(doc.DocLock);
-        doc.ExitIfDone = command.exitIfDone;
-    }
+    doc.Starter.SetExitIfDone(command.exitIfDone);
     if (command.practice)
         Sessions.BeginPractice();
     else if (!command.sessionFile.empty())
@@ -101,6 +98,7 @@ void CDesk::Tick() {
     if (Sessions.IsOpen()) {
         Log.Refresh(Sessions.Run());
         Sources.Refresh();
+        Displays.OpenFirst();
     }
     Sessions.Refresh();
 }

@@ -17,7 +17,7 @@ std::string TopicOf(const Event& event) {
     const bool port = event.kind == EventKind::PortLost || event.kind == EventKind::PortBack;
     // That a port is back takes the place of its loss.
     const int kind = port ? static_cast<int>(EventKind::PortLost) : static_cast<int>(event.kind);
-    return std::to_string(kind) + " " + event.subject;
+    return static_cast<char>('A' + kind) + event.subject;
 }
 
 QString TextOf(const Event& event) {

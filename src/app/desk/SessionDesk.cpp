@@ -25,7 +25,6 @@ namespace qor {
 
 namespace {
 
-const QString SessionFilter = QStringLiteral("(*.qor)");
 constexpr int SlowDiskMilliseconds = 6000;
 constexpr double ReplaySpeeds[] = {1, 2, 4, 10, 0}; ///< in the order of the bar
 
@@ -144,14 +143,7 @@ void CSessionDesk::Begun(Shown kind) {
 void CSessionDesk::PutFirstLogs(const QString& below) {
     const QString folder = DocumentsFolder(below);
     QDir().mkpath(folder);
-    CQorViewDoc& doc = Parts.Doc();
-    LogNaming naming;
-    {
-        CRecursiveLock lock(doc.DocLock);
-        naming = doc.Naming;
-    }
-    naming.logDirectory = WithSeparator(folder.toStdString());
-    Parts.SayFault("naming", doc.RawLog.SetNaming(naming));
+    Parts.SayFault("naming", Parts.Doc().RawLog.SetDirectory(folder.toStdString()));
 }
 
 void CSessionDesk::NewSession() {
@@ -167,7 +159,7 @@ void CSessionDesk::NewSession() {
 
 void CSessionDesk::AskOpen() {
     AskOpenFiles(Parts.Theme, &Parts.Window, tr("Open a session"),
-                 {tr("Sessions %1").arg(SessionFilter), tr("All files (*)")}, false,
+                 {tr("Sessions (*.qor)"), tr("All files (*)")}, false,
                  [this](const QStringList& paths) {
                      AfterAsking([this, path = paths.value(0)] { Open(path); });
                  });
@@ -216,9 +208,8 @@ void CSessionDesk::AskSaveAs() {
     const std::string path = Parts.Doc().Session.Path();
     const QString suggestion =
         path.empty() ? DocumentsFolder(QStringLiteral("session.qor")) : qor::Shown(path);
-    AskSaveFile(Parts.Theme, &Parts.Window, tr("Save the session"),
-                {tr("Sessions %1").arg(SessionFilter)}, suggestion,
-                [this](const QStringList& paths) {
+    AskSaveFile(Parts.Theme, &Parts.Window, tr("Save the session"), {tr("Sessions (*.qor)")},
+                suggestion, [this](const QStringList& paths) {
                     QString chosen = paths.value(0);
                     if (QFileInfo(chosen).suffix().isEmpty())
                         chosen += QStringLiteral(".qor");

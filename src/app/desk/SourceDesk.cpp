@@ -26,11 +26,10 @@ bool AllConnected(const SessionSnapshot& snapshot) {
     return any;
 }
 
-bool AllStarted(const CQorViewDoc& doc) {
-    CRecursiveLock lock(doc.DocLock);
-    for (const auto& resource : doc.Resources)
-        for (const auto& instrument : resource->Instruments)
-            if (!instrument->AcquisitionEnabled)
+bool AllStarted(const SessionSnapshot& snapshot) {
+    for (const ResourceStatus& resource : snapshot.resources)
+        for (const InstrumentFigures& instrument : resource.instruments)
+            if (!instrument.acquired)
                 return false;
     return true;
 }
@@ -193,19 +192,13 @@ Menu CSourceDesk::ResourceMenu(const ResourceStatus& resource) {
 
 Menu CSourceDesk::InstrumentMenu(InstrumentId instrument) {
     CQorViewDoc& doc = Parts.Doc();
-    std::string name;
-    bool immersed = false, acquired = false, inPackage = false;
-    InstrumentDefaults settings = doc.Instruments.Settings(instrument);
-    {
-        CRecursiveLock lock(doc.DocLock);
-        const SessionState::FrameOwner* owner = doc.OwnerOf(instrument);
-        if (!owner)
-            return {};
-        name = owner->instrument->Name();
-        immersed = owner->instrument->Live.Immersed;
-        acquired = owner->instrument->AcquisitionEnabled;
-        inPackage = owner->package;
-    }
+    const SessionSnapshot snapshot = doc.Snapshot();
+    const InstrumentFigures* figures = snapshot.Find(instrument);
+    if (!figures)
+        return {};
+    const std::string name = figures->name;
+    const bool immersed = figures->immersed, acquired = figures->acquired;
+    const bool inPackage = doc.Packages.PackageOf(name) != PackageId::None;
     Menu menu, windows;
     for (const WindowKind& kind : WindowKinds())
         windows.push_back({std::string(kind.title), [this, &kind, name] {
@@ -263,8 +256,9 @@ void CSourceDesk::Refresh() {
     CQorViewDoc& doc = Parts.Doc();
     Parts.Window.Tree().ShowPage(MakeTreePage(doc, Parts.Engine.Rates()));
     CActions& actions = Parts.Window.Actions();
-    actions[Do::ConnectAll]->setChecked(AllConnected(doc.Snapshot()));
-    actions[Do::StartAll]->setChecked(AllStarted(doc));
+    const SessionSnapshot snapshot = doc.Snapshot();
+    actions[Do::ConnectAll]->setChecked(AllConnected(snapshot));
+    actions[Do::StartAll]->setChecked(AllStarted(snapshot));
 }
 
 } // namespace qor

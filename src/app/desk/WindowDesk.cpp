@@ -20,6 +20,13 @@ constexpr DockRow DockRows[] = {
     {Do::MonitorDock, "monitor", Qt::RightDockWidgetArea},
 };
 
+bool HasInstruments(const CQorViewDoc& doc) {
+    for (const ResourceStatus& resource : doc.Snapshot().resources)
+        if (!resource.instruments.empty())
+            return true;
+    return false;
+}
+
 } // namespace
 
 CWindowDesk::CWindowDesk(const DeskParts& parts, QObject* parent) : QObject(parent), Parts(parts) {
@@ -81,6 +88,15 @@ std::vector<CViewWindow*> CWindowDesk::Windows() const {
 
 void CWindowDesk::OpenAll() {
     if (OpenWindows(Parts.Window.Area(), Maker(), Parts.Doc().Session.Windows()) == 0)
+        OpenDefault();
+    AwaitsFirst = !HasInstruments(Parts.Doc());
+}
+
+void CWindowDesk::OpenFirst() {
+    if (!AwaitsFirst || !HasInstruments(Parts.Doc()))
+        return;
+    AwaitsFirst = false;
+    if (Windows().empty())
         OpenDefault();
 }
 

@@ -30,6 +30,9 @@ class CWindowDesk : public QObject {
     CViewWindow* OpenWindow(const char* kind, const std::string& instrument = {});
     std::vector<CViewWindow*> Windows() const;
 
+    /// A session that had no instrument gets its first windows with the first one.
+    void OpenFirst();
+
     /// Once a tick.
     void Tick();
     void SetAlarmSound(bool on);
@@ -50,6 +53,7 @@ class CWindowDesk : public QObject {
     unsigned Ticks = 0;
     unsigned LastNumber = 0;
     bool AlarmSound = true;
+    bool AwaitsFirst = false; ///< the session has no instrument yet
 };
 
 } // namespace qor

@@ -6,6 +6,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QCloseEvent>
+#include <QCryptographicHash>
 #include <QDragEnterEvent>
 #include <QGuiApplication>
 #include <QMenuBar>
@@ -26,6 +27,22 @@ namespace {
 constexpr int NarrowWindow = 1200, VeryNarrowWindow = 1000, SideWidth = 286;
 constexpr int TextStep = 10;
 constexpr const char* LookSection = "Look";
+
+/// What Qt makes of a layout, with a sum before it: its reader trusts what it is given.
+std::string Sealed(const QByteArray& layout) {
+    const QByteArray sum = QCryptographicHash::hash(layout, QCryptographicHash::Sha256);
+    return (sum + layout).toBase64().toStdString();
+}
+
+/// Empty when it is not what was written.
+QByteArray Unsealed(const std::string& text) {
+    const QByteArray bytes = QByteArray::fromBase64(QByteArray::fromStdString(text));
+    const int length = QCryptographicHash::hashLength(QCryptographicHash::Sha256);
+    const QByteArray layout = bytes.mid(length);
+    const bool whole =
+        bytes.left(length) == QCryptographicHash::hash(layout, QCryptographicHash::Sha256);
+    return whole ? layout : QByteArray();
+}
 
 /// The screens that are there, so that each set of them has its own layout.
 std::string LayoutSection() {
@@ -368,19 +385,14 @@ void CMainWindow::FitToWidth() {
 
 void CMainWindow::SaveLayout(CProfileStore& store) const {
     const std::string section = LayoutSection();
-    store.WriteText(section, "Frame", saveGeometry().toBase64().toStdString());
-    store.WriteText(section, "Docks", saveState().toBase64().toStdString());
-    store.WriteText(section, "Windows", Displays->saveState().toBase64().toStdString());
+    store.WriteText(section, "Frame", Sealed(saveGeometry()));
+    store.WriteText(section, "Docks", Sealed(saveState()));
 }
 
 bool CMainWindow::RestoreLayout(const CProfileStore& store) {
     const std::string section = LayoutSection();
-    const auto read = [&](const char* key) {
-        return QByteArray::fromBase64(QByteArray::fromStdString(store.ReadText(section, key)));
-    };
-    const bool frame = restoreGeometry(read("Frame"));
-    const bool docks = restoreState(read("Docks"));
-    return Displays->restoreState(read("Windows")) && docks && frame;
+    const bool frame = restoreGeometry(Unsealed(store.ReadText(section, "Frame")));
+    return restoreState(Unsealed(store.ReadText(section, "Docks"))) && frame;
 }
 
 void CMainWindow::SaveLook(CProfileStore& store) const {

@@ -15,7 +15,7 @@ namespace qor {
 
 namespace {
 
-constexpr int TreeWidth = 286, RateWidth = 68, AgeWidth = 52;
+constexpr int TreeWidth = 286, RateWidth = 62, AgeWidth = 46;
 
 bool SameShape(const std::vector<TreeRow>& a, const std::vector<TreeRow>& b) {
     return std::equal(a.begin(), a.end(), b.begin(), b.end(),
@@ -240,7 +240,7 @@ void CSessionTree::TakeTheme() {
     QPalette colours;
     colours.setColor(QPalette::Base, QColor(Theme.Colours().window));
     setPalette(colours);
-    setIndentation(Theme.Px(12));
+    setIndentation(Theme.Px(8));
     FitColumns();
     doItemsLayout();
 }

@@ -109,6 +109,8 @@ void CToolRowButton::paintEvent(QPaintEvent*) {
             isEnabled() ? Mixed(colours.raised, colours.text, pressed) : QColor(colours.window),
             hasFocus() ? QColor(colours.accent) : Mixed(colours.window, colours.border, 0.8),
             hasFocus() ? 2 : 1);
+    if (Action && Action->isChecked() && isEnabled())
+        painter.fillRect(QRect(2, height() - 6, width() - 4, 4), QColor(colours.accent));
     if (HeldFor > 0) {
         const int done = (height() - 4) * std::min(HeldFor, HoldFor) / HoldFor;
         painter.fillRect(QRect(2, height() - 2 - done, width() - 4, done),

@@ -2,6 +2,33 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="de_DE" sourcelanguage="en">
 <context>
+    <name>CRealityCheckBar</name>
+    <message>
+        <source>REF</source>
+        <translation>REF</translation>
+    </message>
+    <message>
+        <source>Show the reference spectrum</source>
+        <translation>Das Spektrum der Referenz zeigen</translation>
+    </message>
+    <message>
+        <source>DUT</source>
+        <translation>DUT</translation>
+    </message>
+    <message>
+        <source>Show the spectrum of the device under test</source>
+        <translation>Das Spektrum des Prüflings zeigen</translation>
+    </message>
+    <message>
+        <source>DUT/REF</source>
+        <translation>DUT/REF</translation>
+    </message>
+    <message>
+        <source>Show the device under test relative to the reference</source>
+        <translation>Den Prüfling im Verhältnis zur Referenz zeigen</translation>
+    </message>
+</context>
+<context>
     <name>PlotKeys</name>
     <message>
         <source>Pause the plot, and go on with what came meanwhile</source>
@@ -696,6 +723,34 @@
         <source>In a plot</source>
         <translation>In einem Diagramm</translation>
     </message>
+    <message>
+        <source>&amp;Damaged frames</source>
+        <translation>&amp;Beschädigte Frames</translation>
+    </message>
+    <message>
+        <source>Practice: frames are lost and damaged on the way.</source>
+        <translation>Übung: Frames gehen unterwegs verloren oder werden beschädigt.</translation>
+    </message>
+    <message>
+        <source>&amp;Lost port</source>
+        <translation>&amp;Verlorener Anschluss</translation>
+    </message>
+    <message>
+        <source>Practice: the first port is unplugged until this is switched off.</source>
+        <translation>Übung: Der erste Anschluss ist abgezogen, bis dies ausgeschaltet wird.</translation>
+    </message>
+    <message>
+        <source>&amp;Slow disk</source>
+        <translation>&amp;Langsame Platte</translation>
+    </message>
+    <message>
+        <source>Practice: the disk takes its time with every write.</source>
+        <translation>Übung: Die Platte lässt sich bei jedem Schreiben Zeit.</translation>
+    </message>
+    <message>
+        <source>Practice &amp;faults</source>
+        <translation>&amp;Störungen der Übung</translation>
+    </message>
 </context>
 <context>
     <name>qor::CBanner</name>
@@ -742,6 +797,33 @@
     </message>
 </context>
 <context>
+    <name>qor::CDesk</name>
+    <message>
+        <source>Finding is not part of this version.</source>
+        <translation>Suchen gehört nicht zu dieser Version.</translation>
+    </message>
+    <message>
+        <source>The guide could not be shown: %1</source>
+        <translation>Die Anleitung konnte nicht gezeigt werden: %1</translation>
+    </message>
+    <message>
+        <source>Add an instrument</source>
+        <translation>Ein Instrument hinzufügen</translation>
+    </message>
+    <message>
+        <source>Definitions (*.cal *.tdf)</source>
+        <translation>Definitionen (*.cal *.tdf)</translation>
+    </message>
+    <message>
+        <source>Add a package</source>
+        <translation>Ein Paket hinzufügen</translation>
+    </message>
+    <message>
+        <source>Packages (*.sip)</source>
+        <translation>Pakete (*.sip)</translation>
+    </message>
+</context>
+<context>
     <name>qor::CDisplayArea</name>
     <message>
         <source>No window is open.</source>
@@ -765,6 +847,503 @@
     <message>
         <source>Close</source>
         <translation>Schließen</translation>
+    </message>
+</context>
+<context>
+    <name>qor::CFilePicker</name>
+    <message>
+        <source>Definitions and packages</source>
+        <translation>Definitionen und Pakete</translation>
+    </message>
+    <message>
+        <source>&amp;Browse</source>
+        <translation>&amp;Suchen</translation>
+    </message>
+    <message>
+        <source>Definitions and packages (*.sip *.cal *.tdf)</source>
+        <translation>Definitionen und Pakete (*.sip *.cal *.tdf)</translation>
+    </message>
+    <message>
+        <source>All files (*)</source>
+        <translation>Alle Dateien (*)</translation>
+    </message>
+</context>
+<context>
+    <name>qor::CForm</name>
+    <message>
+        <source>Browse</source>
+        <translation>Suchen</translation>
+    </message>
+    <message>
+        <source>Browse: %1</source>
+        <translation>Suchen: %1</translation>
+    </message>
+    <message>
+        <source>It is not in the session any more.</source>
+        <translation>Es gehört nicht mehr zur Sitzung.</translation>
+    </message>
+    <message>
+        <source>Speed [baud]</source>
+        <translation>Rate [Baud]</translation>
+    </message>
+    <message>
+        <source>Format</source>
+        <translation>Format</translation>
+    </message>
+    <message>
+        <source>&amp;Format</source>
+        <translation>&amp;Format</translation>
+    </message>
+    <message>
+        <source>&amp;Speed [baud]</source>
+        <translation>&amp;Rate [Baud]</translation>
+    </message>
+    <message>
+        <source>&amp;Station</source>
+        <translation>&amp;Station</translation>
+    </message>
+    <message>
+        <source>C&amp;ast</source>
+        <translation>&amp;Profil</translation>
+    </message>
+    <message>
+        <source>C&amp;ruise</source>
+        <translation>&amp;Fahrt</translation>
+    </message>
+    <message>
+        <source>&amp;Operator</source>
+        <translation>&amp;Bediener</translation>
+    </message>
+    <message>
+        <source>&amp;Latitude</source>
+        <translation>B&amp;reite</translation>
+    </message>
+    <message>
+        <source>Lon&amp;gitude</source>
+        <translation>&amp;Länge</translation>
+    </message>
+    <message>
+        <source>&amp;Zone</source>
+        <translation>&amp;Zone</translation>
+    </message>
+    <message>
+        <source>Co&amp;mment</source>
+        <translation>&amp;Kommentar</translation>
+    </message>
+    <message>
+        <source>Time stamp: the time at which a log begins</source>
+        <translation>Zeitstempel: die Zeit, zu der ein Log beginnt</translation>
+    </message>
+    <message>
+        <source>Station and cast: the cast moves on by itself</source>
+        <translation>Station und Profil: das Profil zählt von selbst weiter</translation>
+    </message>
+    <message>
+        <source>File name: as it is given</source>
+        <translation>Dateiname: wie er angegeben ist</translation>
+    </message>
+    <message>
+        <source>SQM: a name and a number that counts up</source>
+        <translation>SQM: ein Name und eine Nummer, die weiterzählt</translation>
+    </message>
+    <message>
+        <source>&amp;Names</source>
+        <translation>&amp;Namen</translation>
+    </message>
+    <message>
+        <source>Station</source>
+        <translation type="unfinished">Station</translation>
+    </message>
+    <message>
+        <source>Log options</source>
+        <translation>Log-Optionen</translation>
+    </message>
+    <message>
+        <source>&amp;End each log after a time</source>
+        <translation>Jedes Log nach einer Zeit &amp;beenden</translation>
+    </message>
+    <message>
+        <source>&amp;Length [h:mm:ss]</source>
+        <translation>&amp;Dauer [h:mm:ss]</translation>
+    </message>
+    <message>
+        <source>&amp;Begin a log again and again</source>
+        <translation>Immer wieder ein Log be&amp;ginnen</translation>
+    </message>
+    <message>
+        <source>E&amp;very [h:mm:ss]</source>
+        <translation>&amp;Alle [h:mm:ss]</translation>
+    </message>
+    <message>
+        <source>&amp;Time stamps once a second ($PCZDA)</source>
+        <translation>&amp;Zeitstempel jede Sekunde ($PCZDA)</translation>
+    </message>
+    <message>
+        <source>&amp;Position of the GPS in the header</source>
+        <translation>&amp;Position des GPS im Kopf</translation>
+    </message>
+    <message>
+        <source>No instrument has the role of the GPS.</source>
+        <translation>Kein Instrument hat die Rolle des GPS.</translation>
+    </message>
+    <message>
+        <source>&amp;Replace an existing file where nobody can be asked</source>
+        <translation>Vorhandene Datei &amp;ersetzen, wo niemand gefragt werden kann</translation>
+    </message>
+    <message>
+        <source>Naming of logs</source>
+        <translation>Namen der Logs</translation>
+    </message>
+    <message>
+        <source>&amp;Folder</source>
+        <translation>&amp;Ordner</translation>
+    </message>
+    <message>
+        <source>File &amp;name</source>
+        <translation>Datei&amp;name</translation>
+    </message>
+    <message>
+        <source>SQM &amp;base name</source>
+        <translation>SQM-&amp;Grundname</translation>
+    </message>
+    <message>
+        <source>SQM n&amp;umber</source>
+        <translation>SQM-N&amp;ummer</translation>
+    </message>
+    <message>
+        <source>Next log</source>
+        <translation>Nächstes Log</translation>
+    </message>
+    <message>
+        <source>The next log has no name yet.</source>
+        <translation>Das nächste Log hat noch keinen Namen.</translation>
+    </message>
+    <message>
+        <source>The next log: %1</source>
+        <translation>Das nächste Log: %1</translation>
+    </message>
+    <message>
+        <source>Begin a log</source>
+        <translation>Ein Log beginnen</translation>
+    </message>
+    <message>
+        <source>&amp;Log as shown</source>
+        <translation>Wie gezeigt &amp;loggen</translation>
+    </message>
+    <message>
+        <source>C&amp;hange first</source>
+        <translation>Erst &amp;ändern</translation>
+    </message>
+    <message>
+        <source>Pressure tare</source>
+        <translation>Druck-Tara</translation>
+    </message>
+    <message>
+        <source>What the pressure sensor of the profiler reads in air. Every depth is less by it.</source>
+        <translation>Was der Drucksensor des Profilers in Luft anzeigt. Jede Tiefe ist um so viel kleiner.</translation>
+    </message>
+    <message>
+        <source>&amp;Pressure in air [dbar]</source>
+        <translation>&amp;Druck in Luft [dbar]</translation>
+    </message>
+    <message>
+        <source>Comment at %1</source>
+        <translation>Kommentar um %1</translation>
+    </message>
+    <message>
+        <source>&amp;Comment</source>
+        <translation>&amp;Kommentar</translation>
+    </message>
+    <message>
+        <source>Port</source>
+        <translation>Anschluss</translation>
+    </message>
+    <message>
+        <source>&amp;Try again when lost</source>
+        <translation>Nach Verlust erneut &amp;versuchen</translation>
+    </message>
+    <message>
+        <source>&amp;Instruments</source>
+        <translation type="unfinished">&amp;Instrumente</translation>
+    </message>
+    <message>
+        <source>First log</source>
+        <translation>Erstes Log</translation>
+    </message>
+    <message>
+        <source>C&amp;hange</source>
+        <translation>Ä&amp;ndern</translation>
+    </message>
+    <message>
+        <source>Change the naming of logs</source>
+        <translation>Die Namen der Logs ändern</translation>
+    </message>
+    <message>
+        <source>&amp;Add</source>
+        <translation>&amp;Hinzufügen</translation>
+    </message>
+    <message>
+        <source>Add and &amp;connect</source>
+        <translation>Hinzufügen und ver&amp;binden</translation>
+    </message>
+    <message>
+        <source>from %1</source>
+        <translation>aus %1</translation>
+    </message>
+    <message>
+        <source>as last time</source>
+        <translation>wie beim letzten Mal</translation>
+    </message>
+    <message>
+        <source>Add port</source>
+        <translation type="unfinished">Port hinzufügen</translation>
+    </message>
+    <message>
+        <source>&amp;Palette</source>
+        <translation type="unfinished">&amp;Farben</translation>
+    </message>
+    <message>
+        <source>Light</source>
+        <translation>Hell</translation>
+    </message>
+    <message>
+        <source>Dark</source>
+        <translation>Dunkel</translation>
+    </message>
+    <message>
+        <source>Night</source>
+        <translation>Nacht</translation>
+    </message>
+    <message>
+        <source>&amp;Text size (percent)</source>
+        <translation>&amp;Textgröße (Prozent)</translation>
+    </message>
+    <message>
+        <source>Warning Ranges</source>
+        <translation>Warnbereiche</translation>
+    </message>
+    <message>
+        <source>M&amp;in</source>
+        <translation>M&amp;in</translation>
+    </message>
+    <message>
+        <source>M&amp;ax</source>
+        <translation>M&amp;ax</translation>
+    </message>
+    <message>
+        <source>&amp;Enable</source>
+        <translation>&amp;Einschalten</translation>
+    </message>
+    <message>
+        <source>Alarm Ranges</source>
+        <translation>Alarmbereiche</translation>
+    </message>
+    <message>
+        <source>Mi&amp;n</source>
+        <translation>Mi&amp;n</translation>
+    </message>
+    <message>
+        <source>Ma&amp;x</source>
+        <translation>Ma&amp;x</translation>
+    </message>
+    <message>
+        <source>Ena&amp;ble</source>
+        <translation>Ein&amp;schalten</translation>
+    </message>
+    <message>
+        <source>Settings</source>
+        <translation>Einstellungen</translation>
+    </message>
+    <message>
+        <source>Look</source>
+        <translation>Aussehen</translation>
+    </message>
+    <message>
+        <source>&amp;Large targets</source>
+        <translation>&amp;Große Tasten</translation>
+    </message>
+    <message>
+        <source>Session log</source>
+        <translation>Sitzungslog</translation>
+    </message>
+    <message>
+        <source>&amp;Keep it in a file</source>
+        <translation>In einer Datei &amp;aufbewahren</translation>
+    </message>
+    <message>
+        <source>Sounds</source>
+        <translation>Töne</translation>
+    </message>
+    <message>
+        <source>&amp;Sound when a log begins or ends</source>
+        <translation>&amp;Ton, wenn ein Log beginnt oder endet</translation>
+    </message>
+    <message>
+        <source>About QorView</source>
+        <translation>Über QorView</translation>
+    </message>
+    <message>
+        <source>Acquires, shows and logs the telemetry of oceanographic instruments.</source>
+        <translation>Nimmt die Telemetrie ozeanographischer Instrumente auf, zeigt und loggt sie.</translation>
+    </message>
+    <message>
+        <source>Free software under the GNU General Public License, version 3 or later, without any warranty. Made with Qt %1 and QCustomPlot.</source>
+        <translation>Freie Software unter der GNU General Public License, Version 3 oder später, ohne jede Gewähr. Gemacht mit Qt %1 und QCustomPlot.</translation>
+    </message>
+    <message>
+        <source>File %1</source>
+        <translation>Datei %1</translation>
+    </message>
+    <message>
+        <source>&amp;Under water</source>
+        <translation>&amp;Unter Wasser</translation>
+    </message>
+    <message>
+        <source>&amp;Acquire its frames</source>
+        <translation>Seine Frames &amp;aufnehmen</translation>
+    </message>
+    <message>
+        <source>&amp;Log its frames</source>
+        <translation>Seine Frames &amp;loggen</translation>
+    </message>
+    <message>
+        <source>Check its &amp;frames</source>
+        <translation>Seine &amp;Frames prüfen</translation>
+    </message>
+    <message>
+        <source>Check the &amp;counter</source>
+        <translation>Den &amp;Zähler prüfen</translation>
+    </message>
+    <message>
+        <source>Check the check&amp;sum</source>
+        <translation>Die Prüf&amp;summe prüfen</translation>
+    </message>
+    <message>
+        <source>&amp;Beep when a check fails</source>
+        <translation>Bei einem Prüffehler &amp;piepen</translation>
+    </message>
+    <message>
+        <source>nobody</source>
+        <translation>niemand</translation>
+    </message>
+    <message>
+        <source>Port %1</source>
+        <translation>Anschluss %1</translation>
+    </message>
+    <message>
+        <source>A port that is connected is connected anew when its speed or format changes.</source>
+        <translation>Ein verbundener Anschluss wird neu verbunden, wenn Rate oder Format sich ändern.</translation>
+    </message>
+    <message>
+        <source>Instrument</source>
+        <translation type="unfinished">Instrument</translation>
+    </message>
+    <message>
+        <source>Instrument %1</source>
+        <translation>Instrument %1</translation>
+    </message>
+    <message>
+        <source>&amp;Title of its windows</source>
+        <translation>&amp;Titel seiner Fenster</translation>
+    </message>
+    <message>
+        <source>&amp;Use these settings for this name from now on</source>
+        <translation>Diese Einstellungen für diesen Namen von nun an be&amp;nutzen</translation>
+    </message>
+    <message>
+        <source>Package</source>
+        <translation>Paket</translation>
+    </message>
+    <message>
+        <source>Package %1</source>
+        <translation>Paket %1</translation>
+    </message>
+    <message>
+        <source>&amp;Scattering by a given salinity</source>
+        <translation>&amp;Streuung mit einem gegebenen Salzgehalt</translation>
+    </message>
+    <message>
+        <source>Salin&amp;ity</source>
+        <translation>Sal&amp;zgehalt</translation>
+    </message>
+    <message>
+        <source>&amp;Light saturation Ek [umol m-2 s-1]</source>
+        <translation>&amp;Lichtsättigung Ek [umol m-2 s-1]</translation>
+    </message>
+    <message>
+        <source>not set</source>
+        <translation>nicht gesetzt</translation>
+    </message>
+    <message>
+        <source>&amp;Window of attenuation [m]</source>
+        <translation>&amp;Fenster der Abschwächung [m]</translation>
+    </message>
+    <message>
+        <source>When these change, what is computed from the package begins anew.</source>
+        <translation>Wenn diese sich ändern, beginnt neu, was aus dem Paket berechnet wird.</translation>
+    </message>
+    <message>
+        <source>Roles</source>
+        <translation>Rollen</translation>
+    </message>
+    <message>
+        <source>The session has no instrument that could have a role.</source>
+        <translation>Die Sitzung hat kein Instrument, das eine Rolle haben könnte.</translation>
+    </message>
+</context>
+<context>
+    <name>qor::CLogDesk</name>
+    <message>
+        <source>Nothing here shows folders; the logs are in %1.</source>
+        <translation>Hier zeigt nichts Ordner; die Logs liegen in %1.</translation>
+    </message>
+    <message>
+        <source>Open folder</source>
+        <translation>Ordner öffnen</translation>
+    </message>
+    <message>
+        <source>By hand</source>
+        <translation>Von Hand</translation>
+    </message>
+    <message>
+        <source>Undo</source>
+        <translation>Zurück</translation>
+    </message>
+    <message>
+        <source>Depth is measured without a tare.</source>
+        <translation>Die Tiefe wird ohne Tara gemessen.</translation>
+    </message>
+    <message>
+        <source>No depth has come yet, or no window shows a profile.</source>
+        <translation>Es kam noch keine Tiefe, oder kein Fenster zeigt ein Profil.</translation>
+    </message>
+    <message>
+        <source>The next log is %1.</source>
+        <translation>Das nächste Log ist %1.</translation>
+    </message>
+    <message>
+        <source>A log is open already.</source>
+        <translation>Es ist schon ein Log offen.</translation>
+    </message>
+    <message>
+        <source>No log is open.</source>
+        <translation>Es ist kein Log offen.</translation>
+    </message>
+    <message>
+        <source>The disk takes logs for %1.</source>
+        <translation>Die Platte fasst noch Logs: %1.</translation>
+    </message>
+    <message>
+        <source>Change folder</source>
+        <translation>Ordner ändern</translation>
+    </message>
+    <message>
+        <source>Not logging, though frames have come for 1 min.</source>
+        <translation>Es wird nicht geloggt, obwohl seit 1 min Frames kommen.</translation>
+    </message>
+    <message>
+        <source>Start log</source>
+        <translation>Log beginnen</translation>
     </message>
 </context>
 <context>
@@ -812,6 +1391,21 @@
     </message>
 </context>
 <context>
+    <name>qor::CMessages</name>
+    <message>
+        <source>Change folder</source>
+        <translation>Ordner ändern</translation>
+    </message>
+    <message>
+        <source>Try again</source>
+        <translation>Erneut versuchen</translation>
+    </message>
+    <message>
+        <source>Alarms are silent for two minutes.</source>
+        <translation>Alarme sind für zwei Minuten stumm.</translation>
+    </message>
+</context>
+<context>
     <name>qor::CPageModel</name>
     <message>
         <source>Enter or double-click opens its ranges.</source>
@@ -828,10 +1422,6 @@
 </context>
 <context>
     <name>qor::CPlotWidget</name>
-    <message>
-        <source>&quot;%1&quot; cannot be written: its name must end in .png, .svg or .pdf.</source>
-        <translation>&quot;%1&quot; kann nicht geschrieben werden: der Name muss auf .png, .svg oder .pdf enden.</translation>
-    </message>
     <message>
         <source>&quot;%1&quot; could not be written: %2.</source>
         <translation>&quot;%1&quot; konnte nicht geschrieben werden: %2.</translation>
@@ -928,6 +1518,52 @@
         <source>Limits were set by hand. Reset gives the plot back its own (Home).</source>
         <translation>Grenzen sind von Hand gesetzt. Zurück gibt dem Diagramm seine eigenen (Pos1).</translation>
     </message>
+    <message>
+        <source>&quot;%1&quot; cannot be written: its name must end in .png, .svg, .pdf or .csv.</source>
+        <translation>„%1“ kann nicht geschrieben werden: Der Name muss auf .png, .svg, .pdf oder .csv enden.</translation>
+    </message>
+</context>
+<context>
+    <name>qor::CPortPicker</name>
+    <message>
+        <source>No serial port is found. Plug in an adapter, or name a port.</source>
+        <translation>Kein serieller Anschluss gefunden. Einen Adapter einstecken oder einen Anschluss nennen.</translation>
+    </message>
+    <message>
+        <source>Looking for ports.</source>
+        <translation>Suche nach Anschlüssen.</translation>
+    </message>
+    <message>
+        <source>&amp;Other</source>
+        <translation>&amp;Anderer</translation>
+    </message>
+    <message>
+        <source>Name of another port</source>
+        <translation>Name eines anderen Anschlusses</translation>
+    </message>
+    <message>
+        <source>Copy command</source>
+        <translation>Befehl kopieren</translation>
+    </message>
+    <message>
+        <source>%1, last time %2</source>
+        <translation>%1, zuletzt %2</translation>
+    </message>
+</context>
+<context>
+    <name>qor::CRealityCheckBar</name>
+    <message>
+        <source>Series of the display that leads</source>
+        <translation>Reihe der führenden Anzeige</translation>
+    </message>
+    <message>
+        <source>Limit</source>
+        <translation>Grenze</translation>
+    </message>
+    <message>
+        <source>Upper limit of the display that leads</source>
+        <translation>Obere Grenze der führenden Anzeige</translation>
+    </message>
 </context>
 <context>
     <name>qor::CReplayBar</name>
@@ -957,6 +1593,65 @@
     </message>
 </context>
 <context>
+    <name>qor::CSessionDesk</name>
+    <message>
+        <source>A log is open. End it and close the session?</source>
+        <translation>Ein Log ist offen. Es beenden und die Sitzung schließen?</translation>
+    </message>
+    <message>
+        <source>The session was changed and not saved. Close it without saving?</source>
+        <translation>Die Sitzung wurde geändert und nicht gesichert. Ohne Sichern schließen?</translation>
+    </message>
+    <message>
+        <source>Open a session</source>
+        <translation type="unfinished">Sitzung öffnen</translation>
+    </message>
+    <message>
+        <source>Sessions (*.qor)</source>
+        <translation>Sitzungen (*.qor)</translation>
+    </message>
+    <message>
+        <source>All files (*)</source>
+        <translation>Alle Dateien (*)</translation>
+    </message>
+    <message>
+        <source>Save the session</source>
+        <translation>Die Sitzung sichern</translation>
+    </message>
+    <message>
+        <source>The session is kept in %1.</source>
+        <translation>Die Sitzung liegt in %1.</translation>
+    </message>
+    <message>
+        <source>The practice is not installed; install the program again.</source>
+        <translation>Die Übung ist nicht installiert; das Programm neu installieren.</translation>
+    </message>
+    <message>
+        <source>No practice is open.</source>
+        <translation>Es ist keine Übung offen.</translation>
+    </message>
+    <message>
+        <source>Replay a raw log</source>
+        <translation type="unfinished">Rohlog abspielen</translation>
+    </message>
+    <message>
+        <source>Raw logs (*.raw *.raw.gz *.raw.zst)</source>
+        <translation>Rohlogs (*.raw *.raw.gz *.raw.zst)</translation>
+    </message>
+    <message>
+        <source>No definition beside %1 finds frames in it. Add its instruments.</source>
+        <translation>Keine Definition neben %1 findet Frames darin. Seine Instrumente hinzufügen.</translation>
+    </message>
+    <message>
+        <source>Add instruments</source>
+        <translation>Instrumente hinzufügen</translation>
+    </message>
+    <message>
+        <source>A session without a name</source>
+        <translation>Eine Sitzung ohne Namen</translation>
+    </message>
+</context>
+<context>
     <name>qor::CSessionTree</name>
     <message>
         <source>Session tree</source>
@@ -969,6 +1664,97 @@
     <message>
         <source>Add port</source>
         <translation>Port hinzufügen</translation>
+    </message>
+</context>
+<context>
+    <name>qor::CSourceDesk</name>
+    <message>
+        <source>All files (*)</source>
+        <translation>Alle Dateien (*)</translation>
+    </message>
+    <message>
+        <source>Add port ...</source>
+        <translation>Anschluss hinzufügen ...</translation>
+    </message>
+    <message>
+        <source>Connect all</source>
+        <translation>Alle verbinden</translation>
+    </message>
+    <message>
+        <source>Pause</source>
+        <translation type="unfinished">Anhalten</translation>
+    </message>
+    <message>
+        <source>Play</source>
+        <translation>Abspielen</translation>
+    </message>
+    <message>
+        <source>Disconnect</source>
+        <translation>Trennen</translation>
+    </message>
+    <message>
+        <source>Connect</source>
+        <translation type="unfinished">Verbinden</translation>
+    </message>
+    <message>
+        <source>Try again when lost</source>
+        <translation>Nach Verlust erneut versuchen</translation>
+    </message>
+    <message>
+        <source>Add instruments ...</source>
+        <translation>Instrumente hinzufügen ...</translation>
+    </message>
+    <message>
+        <source>Add instruments</source>
+        <translation>Instrumente hinzufügen</translation>
+    </message>
+    <message>
+        <source>Definitions and packages (*.cal *.tdf *.sip)</source>
+        <translation>Definitionen und Pakete (*.cal *.tdf *.sip)</translation>
+    </message>
+    <message>
+        <source>Reset counts</source>
+        <translation>Zähler zurücksetzen</translation>
+    </message>
+    <message>
+        <source>Properties ...</source>
+        <translation>Eigenschaften ...</translation>
+    </message>
+    <message>
+        <source>Remove</source>
+        <translation>Entfernen</translation>
+    </message>
+    <message>
+        <source>%1 could not be removed; the session log says why.</source>
+        <translation>%1 konnte nicht entfernt werden; das Sitzungslog sagt, warum.</translation>
+    </message>
+    <message>
+        <source>New window</source>
+        <translation type="unfinished">Neues Fenster</translation>
+    </message>
+    <message>
+        <source>Immersed (Wet)</source>
+        <translation>Eingetaucht (nass)</translation>
+    </message>
+    <message>
+        <source>Acquire</source>
+        <translation>Aufnehmen</translation>
+    </message>
+    <message>
+        <source>Keep its settings as default</source>
+        <translation>Seine Einstellungen als Vorgabe behalten</translation>
+    </message>
+    <message>
+        <source>Move to</source>
+        <translation>Verschieben nach</translation>
+    </message>
+    <message>
+        <source>Roles ...</source>
+        <translation>Rollen ...</translation>
+    </message>
+    <message>
+        <source>It goes with its package.</source>
+        <translation>Es geht mit seinem Paket.</translation>
     </message>
 </context>
 <context>
@@ -1054,6 +1840,21 @@
     <message>
         <source>Age</source>
         <translation>Alter</translation>
+    </message>
+</context>
+<context>
+    <name>qor::CViewWindow</name>
+    <message>
+        <source>Save the picture or the data</source>
+        <translation>Das Bild oder die Daten sichern</translation>
+    </message>
+    <message>
+        <source>Pictures (*.png *.svg *.pdf)</source>
+        <translation>Bilder (*.png *.svg *.pdf)</translation>
+    </message>
+    <message>
+        <source>Data (*.csv)</source>
+        <translation>Daten (*.csv)</translation>
     </message>
 </context>
 <context>
