@@ -127,7 +127,7 @@ bool CPortPicker::HasFocusIn() const {
 void CPortPicker::Rebuild() {
     const bool focused = HasFocusIn();
     for (const Row& row : std::exchange(Rows, {})) {
-        row.button->blockSignals(true);
+        row.button->disconnect(this);
         for (QWidget* widget : {static_cast<QWidget*>(row.button), static_cast<QWidget*>(row.sign),
                                 static_cast<QWidget*>(row.state), static_cast<QWidget*>(row.copy)})
             delete widget;
