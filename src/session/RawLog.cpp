@@ -100,6 +100,11 @@ std::string CRawLog::SetDirectory(const std::string& folder) {
     return SetNaming(naming);
 }
 
+void CRawLog::AcceptShown() {
+    CRecursiveLock lock(Session.DocLock);
+    OverrideChosen = true;
+}
+
 std::string CRawLog::MoveNameOn() {
     CRecursiveLock lock(Session.DocLock);
     if (State.loggingActive)

@@ -54,6 +54,8 @@ class CRawLog {
     /// Moves the next log's name on to the next cast or number, as the end of a log does. What is
     /// wrong, or nothing.
     std::string MoveNameOn();
+    /// The operator has seen the next log's name and the station: the next run asks no more.
+    void AcceptShown();
     /// Prepares the name of the next log; asks when it would replace a file. False: no usable name.
     bool BuildLogFileName();
     /// Begins a log; on failure the operator was told why, and nothing is open. Why a name is

@@ -36,6 +36,12 @@ bool ShowProduct(const DerivedRow& product, const WarningRanges* ranges, const A
     return beep;
 }
 
+std::string AlarmText(const GridRow& row, const WarningRanges& ranges) {
+    return row.label + " " + row.value.text + (row.units.empty() ? "" : " " + row.units) +
+           " is in its alarm range, " + FixedNumber(ranges.AlarmMin, 2) + " to " +
+           FixedNumber(ranges.AlarmMax, 2) + ".";
+}
+
 void LeadByRows(const GridPage& page, PageHead& head) {
     const GridRow* leading = page.rows.empty() ? nullptr : &page.rows.front();
     for (const GridRow& row : page.rows) {

@@ -23,4 +23,7 @@ void MarkRow(GridRow& row, Sign sign, std::int64_t age, bool stale);
 /// The page's sign is the worst of its rows; the row that has it, else the first, leads.
 void LeadByRows(const GridPage& page, PageHead& head);
 
+/// That a row's value lies in its alarm range, as one sentence.
+std::string AlarmText(const GridRow& row, const WarningRanges& ranges);
+
 } // namespace qor

@@ -2,6 +2,7 @@
 #include "views/LinesView.h"
 
 #include "base/Text.h"
+#include "views/NumberText.h"
 #include "views/ShownInstrument.h"
 
 #include <algorithm>
@@ -97,8 +98,7 @@ void AddComment(CQorViewDoc& doc, std::string_view text, const FrameTime& at) {
         rest.remove_prefix(std::min(end + 1, rest.size()));
     }
     if (!lines.empty())
-        doc.Report(std::string(CommentMark) + FormatTime("%Y-%m-%d  %H:%M:%S", LocalCalendar(at)) +
-                   ": " + lines + "\r\n");
+        doc.Report(std::string(CommentMark) + DayAndTimeText(at) + ": " + lines + "\r\n");
 }
 
 } // namespace qor

@@ -37,6 +37,10 @@ std::string TimeOfDayText(const FrameTime& time) {
     return FormatTime("%H:%M:%S", LocalCalendar(time));
 }
 
+std::string DayAndTimeText(const FrameTime& time) {
+    return FormatTime("%Y-%m-%d  %H:%M:%S", LocalCalendar(time));
+}
+
 std::string ElapsedText(double seconds) {
     const auto whole = static_cast<long long>(std::max(seconds, 0.0));
     return whole < 3600 ? Format("%02lld:%02lld", whole / 60, whole % 60)

@@ -22,6 +22,9 @@ std::string UtcText(const FrameTime& time);
 /// The local time of day, "12:00:00".
 std::string TimeOfDayText(const FrameTime& time);
 
+/// The local day and time as lines of the session log have them.
+std::string DayAndTimeText(const FrameTime& time);
+
 /// A time span that runs, "00:12" or "01:02:10".
 std::string ElapsedText(double seconds);
 

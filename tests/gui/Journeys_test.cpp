@@ -14,6 +14,7 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QCheckBox>
 #include <QPushButton>
 #include <QSignalSpy>
 
@@ -158,7 +159,8 @@ TEST_F(AtTheDesk, APortAnInstrumentAndALogGiveTheFramesThatWereSent) {
     station.Send(0, 3);
     ASSERT_TRUE(Until([&] { return Frames() == 3; }));
 
-    StartLog();
+    Press(Do::StartLog); // the form named it
+    ASSERT_TRUE(Until([&] { return IsLogging(); })) << Said();
     station.Send(3, 40);
     ASSERT_TRUE(Until([&] { return Frames() == 43; }));
     const std::string path = Doc().RawLog.Status().logFilePath;
@@ -272,6 +274,26 @@ TEST_F(AtTheDesk, ClosingWhileALogIsOpenAsksAndDoesAsTold) {
     EXPECT_GT(std::filesystem::file_size(path), 128U);
 }
 
+TEST_F(AtTheDesk, AnAlarmIsSetTrippedAndSaid) {
+    Press(Do::Practice);
+    CViewWindow* window = Shown("package");
+    const auto row = [&](const char* label) {
+        const auto& rows = window->View().Pages().grid->rows;
+        return static_cast<int>(std::ranges::find(rows, std::string(label), &GridRow::label) -
+                                rows.begin());
+    };
+    ASSERT_TRUE(Until([&] { return row("TILT") < 1 && Frames() > 20; }));
+    emit window->RangesAsked(row("TILT"));
+    CForm* form = OpenForm();
+    Type(form, "Alarm Ranges Min", QStringLiteral("-1"));
+    Type(form, "Alarm Ranges Max", QStringLiteral("180"));
+    Named<QCheckBox>(form, "Alarm Ranges Enable")->setChecked(true);
+    PressReturn(form);
+    EXPECT_TRUE(Until([&] { return WasSaid("is in its alarm range, -1.00 to 180.00."); }));
+    EXPECT_EQ(window->View().Pages().grid->rows[0].sign, Sign::Alarm);
+    EXPECT_EQ(Window->Strip().History().Current()->sign, Sign::Alarm);
+}
+
 TEST_F(AtTheDesk, ASessionThatEndedUnexpectedlyIsOfferedAgain) {
     const std::string session = Temp.Put(
         "kept.qor", "{\"qorview-session\": 1, \"title\": \"Deck\", \"resources\": [{\"port\": "
@@ -286,6 +308,8 @@ TEST_F(AtTheDesk, ASessionThatEndedUnexpectedlyIsOfferedAgain) {
     Temp.Put("qorview.ini", settings);
     Temp.Put("unfinished.qor", copy);
     SitDown();
+    Desk->Session().BeginPractice(); // another session takes nothing of it away
+    Desk->Session().CloseSession();
     WithText<QPushButton>(Window.get(), "Restore")->click();
     ASSERT_TRUE(Until([&] { return Doc().Snapshot().resources.size() == 1; })) << Said();
     EXPECT_EQ(Doc().Session.Title(), "Deck");

@@ -191,43 +191,41 @@ TEST(Boxes, ComeOneAtATimeAndClosingIsNo) {
     EXPECT_FALSE(boxes.IsOpen());
 }
 
-TEST(MainWindow, WindowsComeBackWhereTheyWere) {
+TEST(MainWindow, DocksComeBackWhereTheyWere) {
     CMemoryProfileStore store;
     const auto open = [](CMainWindow& main) {
-        std::vector<CDisplayWindow*> windows;
-        for (const char* name : {"one", "two", "three", "four"}) {
-            auto* window = new CDisplayWindow(TestTheme(), QString::fromLatin1(name), {});
-            window->SetContent(new QWidget);
-            window->ShowHead(QString::fromLatin1(name), {});
-            main.Area().AddDisplay(window);
-            windows.push_back(window);
-        }
-        return windows;
+        const auto add = [&](Do toggle, const char* name) {
+            return main.AddDock(toggle, QString::fromLatin1(name), QString::fromLatin1(name),
+                                new QWidget, Qt::LeftDockWidgetArea);
+        };
+        std::vector<CDisplayWindow*> docks{add(Do::LogDock, "one"), add(Do::CommentDock, "two"),
+                                           add(Do::MonitorDock, "three")};
+        main.Actions()[Do::MonitorDock]->setChecked(true);
+        main.ShowStart(false);
+        return docks;
     };
     QRect place;
     {
         CMainWindow main(TestTheme());
         main.resize(1300, 700);
-        main.ShowStart(false);
+        const auto docks = open(main);
         main.show();
-        const auto windows = open(main);
-        main.Area().tabifyDockWidget(windows[0], windows[1]);
-        windows[3]->setFloating(true);
-        windows[3]->setGeometry(120, 80, 300, 200);
+        main.tabifyDockWidget(docks[0], docks[1]);
+        docks[2]->setFloating(true);
+        docks[2]->setGeometry(120, 80, 300, 200);
         Settle();
-        place = windows[3]->geometry();
+        place = docks[2]->geometry();
         main.SaveLayout(store);
     }
     CMainWindow main(TestTheme());
-    main.ShowStart(false);
-    const auto windows = open(main);
+    const auto docks = open(main);
     EXPECT_TRUE(main.RestoreLayout(store));
     main.show();
     Settle();
     EXPECT_EQ(main.size(), QSize(1300, 700));
-    EXPECT_EQ(main.Area().tabifiedDockWidgets(windows[0]), QList<QDockWidget*>{windows[1]});
-    EXPECT_TRUE(windows[3]->isFloating());
-    EXPECT_EQ(windows[3]->geometry(), place);
+    EXPECT_EQ(main.tabifiedDockWidgets(docks[0]), QList<QDockWidget*>{docks[1]});
+    EXPECT_TRUE(docks[2]->isFloating());
+    EXPECT_EQ(docks[2]->geometry(), place);
     CMemoryProfileStore damaged;
     EXPECT_FALSE(main.RestoreLayout(damaged));
 }

@@ -17,6 +17,8 @@ namespace {
 
 constexpr int TurnMilliseconds = 1000 / CViewWindow::TicksASecond;
 constexpr unsigned SlowTurns = CViewWindow::TicksASecond / 2; ///< tree and banner: twice a second
+constexpr const char* AlarmSection = "Alarms";
+constexpr const char* AlarmKey = "Sound";
 constexpr double SkippedSeconds = 10.0;
 
 } // namespace
@@ -29,7 +31,9 @@ CDesk::CDesk(CTheme& theme, CMainWindow& window, CFileProfileStore& profile)
     Under.Doc().LoadSettings();
     ConnectRooms();
     Window.MayClose = [this] { return MayClose(); };
-    Window.Actions()[Do::AlarmSound]->setChecked(true);
+    const bool sound = Profile.ReadInteger(AlarmSection, AlarmKey, 1) != 0;
+    Window.Actions()[Do::AlarmSound]->setChecked(sound);
+    Displays.SetAlarmSound(sound);
     Window.Actions().SetWhyNot(Do::FindInstruments, tr("Finding is not part of this version."));
     Parts.SayFault("start", Under.Start());
     connect(&Turns, &QTimer::timeout, this, &CDesk::Tick);
@@ -69,6 +73,7 @@ void CDesk::ConnectRooms() {
             Sources.AddFiles(files);
     });
     connect(&Displays, &CWindowDesk::AlarmSounds, &Messages, &CMessages::SoundAlarm);
+    connect(&Displays, &CWindowDesk::SilenceAsked, &Messages, &CMessages::SilenceAlarms);
     connect(&Displays, &CWindowDesk::RemedyAsked, this, &CDesk::Remedy);
 }
 
@@ -195,6 +200,7 @@ void CDesk::DoIt(Do action) {
     case Do::Comment:
         return Log.OpenComment();
     case Do::AlarmSound:
+        Profile.WriteInteger(AlarmSection, AlarmKey, IsOn(action) ? 1 : 0);
         return Displays.SetAlarmSound(IsOn(action));
     case Do::Silence:
         return Messages.SilenceAlarms();

@@ -48,10 +48,11 @@ std::string CEngine::Start() {
                : "The system has no threads to give; close other programs.";
 }
 
-std::string CEngine::BeginPractice(const std::string& path) {
-    const SessionReading reading = LoadSession(path);
+std::string CEngine::BeginPractice(const std::string& path, const std::string& logFolder) {
+    SessionReading reading = LoadSession(path);
     if (!reading.session)
         return reading.refusal;
+    reading.session->log.directory = logFolder;
     auto bench = std::make_unique<CPractice>(Clock);
     if (std::string fault = bench->Begin(*reading.session); !fault.empty())
         return fault;

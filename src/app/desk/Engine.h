@@ -42,8 +42,9 @@ class CEngine : public QObject {
     /// Questions that wait are answered with no, and what was asked for is done when this returns.
     void FinishWork();
 
-    /// The practice becomes the session. What is wrong, as one sentence, or nothing.
-    std::string BeginPractice(const std::string& path);
+    /// The practice becomes the session, with its logs in that folder. What is wrong, as one
+    /// sentence, or nothing.
+    std::string BeginPractice(const std::string& path, const std::string& logFolder);
     /// Null while the session is no practice.
     CPractice* Practice() { return Bench.get(); }
     /// The practice's ports have gone with their session: its bench may go too.

@@ -93,7 +93,7 @@ void CLogDesk::OpenStation() {
 }
 
 void CLogDesk::OpenComment() {
-    qor::OpenComment(Parts.Form(), Shown(TimeOfDayText(Parts.Doc().Clock.Now())), {});
+    qor::OpenComment(Parts.Form(), Shown(DayAndTimeText(Parts.Doc().Clock.Now())), {});
 }
 
 void CLogDesk::Refresh(RunKind run) {

@@ -28,14 +28,27 @@ namespace {
 constexpr int SlowDiskMilliseconds = 6000;
 constexpr double ReplaySpeeds[] = {1, 2, 4, 10, 0}; ///< in the order of the bar
 
-/// The copy of the session from which the next start can restore.
+/// The copy of the session that is open, for the case of a crash.
 std::string CopyPath() {
     return SettingsFolder() + "unfinished.qor";
+}
+
+/// What the copy was when the program began, after a crash: what can be restored.
+std::string LeftCopyPath() {
+    return SettingsFolder() + "restore.qor";
 }
 
 QString DocumentsFolder(const QString& below) {
     return QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation) +
            QStringLiteral("/QorView/") + below;
+}
+
+/// A folder of the program's in the operator's documents, made when it is not there. That it could
+/// not be made is said by the first log.
+std::string MadeFolder(const QString& name) {
+    const QString folder = DocumentsFolder(name);
+    QDir().mkpath(folder);
+    return folder.toStdString();
 }
 
 std::string NameOf(const std::string& path, const std::string& title) {
@@ -58,7 +71,7 @@ struct CSessionDesk::Outlining {
 };
 
 CSessionDesk::CSessionDesk(const DeskParts& parts, QObject* parent)
-    : QObject(parent), Parts(parts) {
+    : QObject(parent), Parts(parts), Alone(qor::Shown(SettingsFolder() + "qorview.lock")) {
     CMainWindow& window = Parts.Window;
     connect(&window, &CMainWindow::FilesDropped, this, &CSessionDesk::DropFiles);
     connect(&window.Start(), &CStartPage::OpenAsked, this,
@@ -79,8 +92,20 @@ CSessionDesk::CSessionDesk(const DeskParts& parts, QObject* parent)
             Parts.SayFault("replay",
                            Parts.Doc().Sources.Seek(file->id, ReplayOffset(place, file->fileSize)));
     });
+    FindLeftSession();
     FillRecent();
     ReadySwitches();
+}
+
+/// Another program that runs beside this one has a session of its own, and has not crashed.
+void CSessionDesk::FindLeftSession() {
+    Alone.setStaleLockTime(0);
+    if (!Alone.tryLock())
+        return;
+    Left = LeftSessionMark(Parts.Profile);
+    ClearSessionMark(Parts.Profile);
+    if (Left && RenameFile(CopyPath(), LeftCopyPath()) != FileCause::None)
+        Left.reset(); // nothing was kept
 }
 
 CSessionDesk::~CSessionDesk() = default;
@@ -140,18 +165,13 @@ void CSessionDesk::Begun(Shown kind) {
     emit Opened();
 }
 
-void CSessionDesk::PutFirstLogs(const QString& below) {
-    const QString folder = DocumentsFolder(below);
-    QDir().mkpath(folder);
-    Parts.SayFault("naming", Parts.Doc().RawLog.SetDirectory(folder.toStdString()));
-}
-
 void CSessionDesk::NewSession() {
     AfterAsking([this] {
         if (!PutAway())
             return;
         Parts.SayFault("session", Parts.Doc().Session.NewSession());
-        PutFirstLogs(QStringLiteral("logs"));
+        Parts.SayFault("naming",
+                       Parts.Doc().RawLog.SetDirectory(MadeFolder(QStringLiteral("logs"))));
         Begun(Shown::Live);
         emit FirstPortAsked();
     });
@@ -247,11 +267,11 @@ void CSessionDesk::BeginPractice() {
         }
         if (!PutAway())
             return;
-        const std::string fault = Parts.Engine.BeginPractice(path);
+        const std::string fault =
+            Parts.Engine.BeginPractice(path, MadeFolder(QStringLiteral("practice")));
         Parts.SayFault("practice", fault);
         if (!fault.empty())
             return;
-        PutFirstLogs(QStringLiteral("practice"));
         Begun(Shown::Practice);
         emit ConnectionAsked();
     });
@@ -281,7 +301,7 @@ void CSessionDesk::ReadySwitches() {
 
 void CSessionDesk::AskReplay() {
     AskOpenFiles(Parts.Theme, &Parts.Window, tr("Replay a raw log"),
-                 {tr("Raw logs (*.raw *.raw.gz *.raw.zst)"), tr("All files (*)")}, false,
+                 {tr("Raw logs (*.raw)"), tr("All files (*)")}, false,
                  [this](const QStringList& paths) { Replay(paths.value(0)); });
 }
 
@@ -410,30 +430,30 @@ void CSessionDesk::FillRecent() {
         });
     }
     menu->setEnabled(!menu->isEmpty());
-    const std::optional<SessionMark> left =
-        Kind == Shown::Nothing ? LeftSessionMark(Parts.Profile) : std::nullopt;
     std::string unfinished;
-    if (left && FileExists(CopyPath()))
-        unfinished = left->path.empty() ? tr("A session without a name").toStdString()
-                                        : NameOf(left->path, {});
+    if (Left)
+        unfinished = Left->path.empty() ? tr("A session without a name").toStdString()
+                                        : NameOf(Left->path, {});
     Parts.Window.Start().ShowSessions(shown, unfinished);
 }
 
 void CSessionDesk::Restore() {
-    const SessionReading reading = LoadSession(CopyPath());
+    const SessionReading reading = LoadSession(LeftCopyPath());
     if (!reading.session) {
         Parts.Say(Sign::Error, "restore", qor::Shown(reading.refusal));
         return;
     }
-    const std::optional<SessionMark> left = LeftSessionMark(Parts.Profile);
     if (!PutAway())
         return;
     CSessionSetup setup(Parts.Doc());
-    const std::string path = left ? left->path : std::string();
+    const std::string path = Left ? Left->path : std::string();
     const std::string fault = Parts.Doc().Session.OpenSession(*reading.session, path, setup);
     Parts.SayFault("restore", fault);
-    if (fault.empty())
-        Begun(Shown::Live);
+    if (!fault.empty())
+        return;
+    Left.reset();
+    FillRecent();
+    Begun(Shown::Live);
 }
 
 /// A copy of the session as it is, so that a crash costs no work.
@@ -458,7 +478,7 @@ void CSessionDesk::KeepForRestore() {
 }
 
 void CSessionDesk::Refresh() {
-    if (Kind == Shown::Live)
+    if (Kind == Shown::Live && Alone.isLocked())
         KeepForRestore();
     if (Kind == Shown::Replay)
         ShowReplay();

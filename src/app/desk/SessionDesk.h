@@ -5,7 +5,10 @@
 #pragma once
 
 #include "app/desk/DeskParts.h"
+#include "session/RecentSessions.h"
 #include "session/ReplaySources.h"
+
+#include <QLockFile>
 
 #include <functional>
 #include <memory>
@@ -68,16 +71,18 @@ class CSessionDesk : public QObject {
     void Begun(Shown kind);
     void TellOpening(const std::string& path, const SessionOpening& opening);
     void SaveTo(const std::string& path);
-    void PutFirstLogs(const QString& below);
     void BeginReplay(const std::string& path, std::vector<std::string> definitions,
                      std::optional<SessionRecord> session);
     void ReadySwitches();
+    void FindLeftSession();
     void FillRecent();
     void KeepForRestore();
     ResourceId ReplayedFile() const;
     void ShowReplay();
 
     const DeskParts Parts;
+    QLockFile Alone;                 ///< held by the first of several programs with these settings
+    std::optional<SessionMark> Left; ///< a session that ended unexpectedly
     Shown Kind = Shown::Nothing;
     std::string KeptBytes; ///< of the copy for the next start
     std::string MarkedLog;

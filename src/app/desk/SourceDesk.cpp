@@ -64,8 +64,12 @@ void CSourceDesk::AddPort(const QStringList& files) {
     choices.changeFirstLog = [this] { emit FirstLogAsked(); };
     OpenPort(Parts.Form(), choices, [this](ResourceId added, bool connect) {
         const SessionSnapshot snapshot = Parts.Doc().Snapshot();
-        if (const ResourceStatus* port = snapshot.Find(added); port && connect)
-            Connect(added, port->name);
+        const ResourceStatus* port = snapshot.Find(added);
+        if (!port || !connect)
+            return;
+        if (snapshot.resources.size() == 1)
+            Parts.Doc().RawLog.AcceptShown(); // the form named the first log
+        Connect(added, port->name);
     });
 }
 

@@ -57,6 +57,16 @@ void CWindowDesk::AddDocks() {
 
 void CWindowDesk::Watch(CViewWindow& window) {
     connect(&window, &CViewWindow::AlarmSounds, this, &CWindowDesk::AlarmSounds);
+    connect(&window, &CViewWindow::AlarmBegan, this, [this, &window](const QString& text) {
+        const QPointer<CViewWindow> shown = &window;
+        Parts.Say(Sign::Alarm, "alarm " + window.objectName().toStdString(), text,
+                  {{tr("Show").toStdString(),
+                    [this, shown] {
+                        if (shown)
+                            Parts.Window.Area().Show(shown);
+                    }},
+                   {tr("Silence 2 min").toStdString(), [this] { emit SilenceAsked(); }}});
+    });
     connect(&window, &CViewWindow::RemedyAsked, this, &CWindowDesk::RemedyAsked);
     connect(&window, &CViewWindow::Told, this,
             [this](const QString& text) { Parts.Window.Boxes().Tell(text.trimmed()); });

@@ -39,6 +39,7 @@ class CWindowDesk : public QObject {
 
   signals:
     void AlarmSounds();
+    void SilenceAsked();
     /// The button of a window that has nothing to show.
     void RemedyAsked(QString remedy);
 

@@ -1635,10 +1635,6 @@
         <translation type="unfinished">Rohlog abspielen</translation>
     </message>
     <message>
-        <source>Raw logs (*.raw *.raw.gz *.raw.zst)</source>
-        <translation>Rohlogs (*.raw *.raw.gz *.raw.zst)</translation>
-    </message>
-    <message>
         <source>No definition beside %1 finds frames in it. Add its instruments.</source>
         <translation>Keine Definition neben %1 findet Frames darin. Seine Instrumente hinzufügen.</translation>
     </message>
@@ -1649,6 +1645,10 @@
     <message>
         <source>A session without a name</source>
         <translation>Eine Sitzung ohne Namen</translation>
+    </message>
+    <message>
+        <source>Raw logs (*.raw)</source>
+        <translation>Rohlogs (*.raw)</translation>
     </message>
 </context>
 <context>
@@ -1855,6 +1855,17 @@
     <message>
         <source>Data (*.csv)</source>
         <translation>Daten (*.csv)</translation>
+    </message>
+</context>
+<context>
+    <name>qor::CWindowDesk</name>
+    <message>
+        <source>Show</source>
+        <translation>Zeigen</translation>
+    </message>
+    <message>
+        <source>Silence 2 min</source>
+        <translation>2 min stumm</translation>
     </message>
 </context>
 <context>

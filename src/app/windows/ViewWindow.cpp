@@ -6,6 +6,7 @@
 #include "app/plots/PlotWidget.h"
 #include "app/windows/PageGrid.h"
 #include "app/windows/RealityCheckBar.h"
+#include "views/AncRows.h"
 
 #include <QCloseEvent>
 #include <QLabel>
@@ -183,6 +184,19 @@ void CViewWindow::ShowPages() {
     ShowHead(ofKind ? ShownInLanguage(std::string(Row.title)) : ShownInLanguage(title), head);
     if (pages.grid && pages.grid->beep)
         emit AlarmSounds();
+    TellAlarm(pages.grid);
+}
+
+/// Once when the first of the rows comes into its range, and again after all were out of theirs.
+void CViewWindow::TellAlarm(const GridPage* grid) {
+    std::size_t row = 0;
+    while (grid && row < grid->rows.size() && grid->rows[row].sign != Sign::Alarm)
+        ++row;
+    const bool alarm = grid && row < grid->rows.size();
+    if (alarm == std::exchange(InAlarm, alarm) || !alarm)
+        return;
+    if (const WarningRanges* ranges = Shown->RangesOfRow(row))
+        emit AlarmBegan(qor::Shown(AlarmText(grid->rows[row], *ranges)));
 }
 
 KeptWindow CViewWindow::Kept() const {

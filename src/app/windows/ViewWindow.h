@@ -52,6 +52,8 @@ class CViewWindow : public CDisplayWindow {
 
   signals:
     void AlarmSounds();
+    /// A watched row came into its alarm range.
+    void AlarmBegan(QString text);
     /// The operator wants to edit the ranges of a row.
     void RangesAsked(int row);
     /// The button beside the sentence of a window that has nothing to show, by its source text
@@ -83,6 +85,7 @@ class CViewWindow : public CDisplayWindow {
     ShownPlot& PlotOf(const PlotPage* page);
     ShownPlot MakePlot(const PlotPage* page);
     void ShowPages();
+    void TellAlarm(const GridPage* grid);
     void RestorePlots();
     void Export(CPlotWidget& plot);
 
@@ -95,7 +98,8 @@ class CViewWindow : public CDisplayWindow {
     CRealityCheckBar* CheckBar = nullptr;
     std::vector<ShownPlot> Plots;
     std::vector<KeptPlot> Waiting; ///< by page; until its curves are there
-    bool Opened = false;           ///< was refreshed once, so what it had to say was said
+    bool InAlarm = false;
+    bool Opened = false; ///< was refreshed once, so what it had to say was said
 };
 
 } // namespace qor
