@@ -15,7 +15,7 @@ namespace qor {
 
 namespace {
 
-constexpr int TreeWidth = 286, RateWidth = 62, AgeWidth = 46;
+constexpr int TreeWidth = 286, RateWidth = 66, AgeWidth = 46;
 
 bool SameShape(const std::vector<TreeRow>& a, const std::vector<TreeRow>& b) {
     return std::equal(a.begin(), a.end(), b.begin(), b.end(),

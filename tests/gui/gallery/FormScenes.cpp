@@ -113,7 +113,7 @@ QWidget* MakeOverride(CTheme& theme, QSize) {
     StationInformation station;
     station.stationId = "S4";
     station.cruiseId = "HE-612";
-    station.operatorName = "M. Example";
+    station.operatorName = "watch 2";
     return Kept(OpenOverride(Frame(theme), {"2026-325-093015.raw", station}, [](LogAnswer) {}));
 }
 
