@@ -952,7 +952,7 @@
     </message>
     <message>
         <source>Station</source>
-        <translation type="unfinished">Station</translation>
+        <translation>Station</translation>
     </message>
     <message>
         <source>Log options</source>
@@ -1064,7 +1064,7 @@
     </message>
     <message>
         <source>&amp;Instruments</source>
-        <translation type="unfinished">&amp;Instrumente</translation>
+        <translation>&amp;Instrumente</translation>
     </message>
     <message>
         <source>First log</source>
@@ -1096,11 +1096,11 @@
     </message>
     <message>
         <source>Add port</source>
-        <translation type="unfinished">Port hinzufügen</translation>
+        <translation>Port hinzufügen</translation>
     </message>
     <message>
         <source>&amp;Palette</source>
-        <translation type="unfinished">&amp;Farben</translation>
+        <translation>&amp;Farben</translation>
     </message>
     <message>
         <source>Light</source>
@@ -1236,7 +1236,7 @@
     </message>
     <message>
         <source>Instrument</source>
-        <translation type="unfinished">Instrument</translation>
+        <translation>Instrument</translation>
     </message>
     <message>
         <source>Instrument %1</source>
@@ -1604,7 +1604,7 @@
     </message>
     <message>
         <source>Open a session</source>
-        <translation type="unfinished">Sitzung öffnen</translation>
+        <translation>Sitzung öffnen</translation>
     </message>
     <message>
         <source>Sessions (*.qor)</source>
@@ -1632,7 +1632,7 @@
     </message>
     <message>
         <source>Replay a raw log</source>
-        <translation type="unfinished">Rohlog abspielen</translation>
+        <translation>Rohlog abspielen</translation>
     </message>
     <message>
         <source>No definition beside %1 finds frames in it. Add its instruments.</source>
@@ -1682,7 +1682,7 @@
     </message>
     <message>
         <source>Pause</source>
-        <translation type="unfinished">Anhalten</translation>
+        <translation>Anhalten</translation>
     </message>
     <message>
         <source>Play</source>
@@ -1694,7 +1694,7 @@
     </message>
     <message>
         <source>Connect</source>
-        <translation type="unfinished">Verbinden</translation>
+        <translation>Verbinden</translation>
     </message>
     <message>
         <source>Try again when lost</source>
@@ -1730,7 +1730,7 @@
     </message>
     <message>
         <source>New window</source>
-        <translation type="unfinished">Neues Fenster</translation>
+        <translation>Neues Fenster</translation>
     </message>
     <message>
         <source>Immersed (Wet)</source>
