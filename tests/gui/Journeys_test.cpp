@@ -145,8 +145,6 @@ TEST_F(AtTheDesk, APortAnInstrumentAndALogGiveTheFramesThatWereSent) {
     AWeatherStation station;
     if (!station.Opened)
         GTEST_SKIP() << "no pseudo-terminals here";
-    Press(Do::NewSession);
-    OpenForm()->reject();
     emit Window->FilesDropped({QString::fromStdString(WeatherDefinition)});
     CForm* form = OpenForm();
     Type(form, "Name of another port", QString::fromStdString(station.Port));

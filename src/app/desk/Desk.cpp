@@ -41,6 +41,8 @@ CDesk::CDesk(CTheme& theme, CMainWindow& window, CFileProfileStore& profile)
 }
 
 CDesk::~CDesk() {
+    Turns.stop();
+    Under.FinishWork(); // what is at work belongs to the rooms
     Window.MayClose = {};
 }
 

@@ -20,12 +20,14 @@
 #include <QStandardPaths>
 
 #include <algorithm>
+#include <utility>
 
 namespace qor {
 
 namespace {
 
 constexpr int SlowDiskMilliseconds = 6000;
+constexpr unsigned KeepEvery = 10;                  ///< refreshes: five seconds
 constexpr double ReplaySpeeds[] = {1, 2, 4, 10, 0}; ///< in the order of the bar
 
 /// The copy of the session that is open, for the case of a crash.
@@ -73,6 +75,10 @@ struct CSessionDesk::Outlining {
 CSessionDesk::CSessionDesk(const DeskParts& parts, QObject* parent)
     : QObject(parent), Parts(parts), Alone(qor::Shown(SettingsFolder() + "qorview.lock")) {
     CMainWindow& window = Parts.Window;
+    connect(&Parts.Engine, &CEngine::Changed, this, [this] {
+        Parts.Doc().TakeChange();
+        Touched = true;
+    });
     connect(&window, &CMainWindow::FilesDropped, this, &CSessionDesk::DropFiles);
     connect(&window.Start(), &CStartPage::OpenAsked, this,
             [this](const QString& path) { AfterAsking([this, path] { Open(path); }); });
@@ -167,14 +173,19 @@ void CSessionDesk::Begun(Shown kind) {
 
 void CSessionDesk::NewSession() {
     AfterAsking([this] {
-        if (!PutAway())
-            return;
-        Parts.SayFault("session", Parts.Doc().Session.NewSession());
-        Parts.SayFault("naming",
-                       Parts.Doc().RawLog.SetDirectory(MadeFolder(QStringLiteral("logs"))));
-        Begun(Shown::Live);
-        emit FirstPortAsked();
+        if (BeginNew())
+            emit FirstPortAsked();
     });
+}
+
+bool CSessionDesk::BeginNew() {
+    if (!PutAway())
+        return false;
+    CQorViewDoc& doc = Parts.Doc();
+    Parts.SayFault("session", doc.Session.NewSession());
+    Parts.SayFault("naming", doc.RawLog.SetDirectory(MadeFolder(QStringLiteral("logs"))));
+    Begun(Shown::Live);
+    return true;
 }
 
 void CSessionDesk::AskOpen() {
@@ -200,10 +211,16 @@ void CSessionDesk::Open(const QString& shown) {
         Parts.Window.ShowStart(true);
         return;
     }
-    RememberSession(Parts.Profile,
-                    {path, Parts.Doc().Session.Title(), Parts.Doc().Clock.Now().seconds});
-    FillRecent();
+    Remember(path);
     Begun(Shown::Live);
+}
+
+void CSessionDesk::Remember(const std::string& path) {
+    CQorViewDoc& doc = Parts.Doc();
+    RememberSession(Parts.Profile, {path, doc.Session.Title(), doc.Clock.Now().seconds});
+    if (Parts.Profile.Flush() != FileCause::None)
+        Parts.SayFault("settings", "The settings of the program could not be kept.");
+    FillRecent();
 }
 
 void CSessionDesk::TellOpening(const std::string& path, const SessionOpening& opening) {
@@ -245,8 +262,7 @@ void CSessionDesk::SaveTo(const std::string& path) {
     Parts.SayFault("save", fault);
     if (!fault.empty())
         return;
-    RememberSession(Parts.Profile, {path, doc.Session.Title(), doc.Clock.Now().seconds});
-    FillRecent();
+    Remember(path);
     Parts.Say(Sign::Ok, "save", tr("The session is kept in %1.").arg(qor::Shown(path)));
 }
 
@@ -410,7 +426,7 @@ void CSessionDesk::DropFiles(const QStringList& paths) {
         AfterAsking([this, session] { Open(session); });
     else if (!log.isEmpty())
         Replay(log, instruments);
-    else if (!instruments.isEmpty())
+    else if (!instruments.isEmpty() && (IsOpen() || BeginNew()))
         emit FilesForSession(instruments);
 }
 
@@ -478,7 +494,8 @@ void CSessionDesk::KeepForRestore() {
 }
 
 void CSessionDesk::Refresh() {
-    if (Kind == Shown::Live && Alone.isLocked())
+    const bool due = ++Refreshes % KeepEvery == 0; // windows are moved without a word
+    if (Kind == Shown::Live && Alone.isLocked() && (std::exchange(Touched, false) || due))
         KeepForRestore();
     if (Kind == Shown::Replay)
         ShowReplay();

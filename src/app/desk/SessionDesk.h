@@ -68,6 +68,8 @@ class CSessionDesk : public QObject {
     struct Outlining;
 
     bool PutAway();
+    bool BeginNew();
+    void Remember(const std::string& path);
     void Begun(Shown kind);
     void TellOpening(const std::string& path, const SessionOpening& opening);
     void SaveTo(const std::string& path);
@@ -84,6 +86,8 @@ class CSessionDesk : public QObject {
     QLockFile Alone;                 ///< held by the first of several programs with these settings
     std::optional<SessionMark> Left; ///< a session that ended unexpectedly
     Shown Kind = Shown::Nothing;
+    unsigned Refreshes = 0;
+    bool Touched = false;  ///< the session changed since it was kept
     std::string KeptBytes; ///< of the copy for the next start
     std::string MarkedLog;
     std::unique_ptr<Outlining> Outline; ///< of the log that is replayed
