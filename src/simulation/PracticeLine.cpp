@@ -12,8 +12,7 @@ namespace qor {
 namespace {
 
 double StartOf(CClock& clock) {
-    const FrameTime now = clock.Now();
-    return static_cast<double>(now.seconds) + now.milliseconds / 1000.0;
+    return SecondsOf(clock.Now());
 }
 
 } // namespace

@@ -20,9 +20,7 @@ std::optional<double> CFrameRate::Rate() const {
 
 double FrameSeconds(const CLiveInstrument& instrument) {
     const FrameTime& time = instrument.CurrentFrame()->Info.time;
-    return time.known
-               ? static_cast<double>(time.seconds) + static_cast<double>(time.milliseconds) / 1000.0
-               : static_cast<double>(instrument.ArrivalMonotonic) / 1000.0;
+    return time.known ? SecondsOf(time) : static_cast<double>(instrument.ArrivalMonotonic) / 1000.0;
 }
 
 CFrameRates::CFrameRates(CQorViewDoc& doc)

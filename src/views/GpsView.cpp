@@ -52,9 +52,7 @@ std::optional<double> ClockError(const CQorViewIns& sentence) {
     const CFrameData* frame = sentence.Live.CurrentFrame();
     if (!frame || !frame->Info.time.known || !said.secondsOfDay)
         return std::nullopt;
-    const double came = static_cast<double>(frame->Info.time.seconds) +
-                        static_cast<double>(frame->Info.time.milliseconds) / 1000.0;
-    return ClockDifference(came, *said.secondsOfDay, said.midnight);
+    return ClockDifference(SecondsOf(frame->Info.time), *said.secondsOfDay, said.midnight);
 }
 
 double ExtentOf(const PlotCurve& curve, double PlotPoint::*along) {

@@ -3,6 +3,7 @@
 #include "app/dialogs/Forms.h"
 #include "app/dialogs/PortFinder.h"
 #include "gui/Desk.h"
+#include "gui/Hands.h"
 #include "gui/SampleSession.h"
 #include "views/SessionForms.h"
 
@@ -35,38 +36,6 @@ class AForm : public testing::Test {
     ~AForm() override { CloseForms(&Window); }
 
     FormFrame Frame() { return Session.Frame(TestTheme(), &Window); }
-    /// What is called so to a screen reader.
-    template <class Widget> Widget* Named(QWidget* form, const char* name) {
-        for (auto* widget : form->findChildren<Widget*>())
-            if (widget->accessibleName() == QString::fromLatin1(name) && !widget->focusProxy())
-                return widget;
-        ADD_FAILURE() << "no " << name;
-        return nullptr;
-    }
-    template <class Button> Button* WithText(QWidget* form, const char* text) {
-        Button* found = nullptr; // the shortest that begins so
-        for (auto* button : form->findChildren<Button*>())
-            if (button->text().remove(QLatin1Char('&')).startsWith(QString::fromLatin1(text)) &&
-                (!found || button->text().size() < found->text().size()))
-                found = button;
-        if (found)
-            return found;
-        ADD_FAILURE() << "no " << text;
-        return nullptr;
-    }
-    /// Replaces what stands in a field by typing.
-    void Type(QWidget* form, const char* name, const char* text) {
-        auto* field = Named<QWidget>(form, name);
-        auto* combo = qobject_cast<QComboBox*>(field);
-        auto* edit = combo ? combo->lineEdit() : qobject_cast<QLineEdit*>(field);
-        ASSERT_NE(edit, nullptr) << name;
-        edit->setFocus();
-        edit->selectAll();
-        QTest::keyClick(edit, Qt::Key_Delete);
-        QTest::keyClicks(edit, QString::fromLatin1(text));
-    }
-    /// Return in the form, as by hand.
-    static void PressOk(CForm* form) { QTest::keyClick(form, Qt::Key_Return); }
     FormDone Count() {
         return [this] { ++Done; };
     }
@@ -112,7 +81,7 @@ TEST_F(APortForm, TheOnlyFreePortIsTickedAndAddedWithItsPackage) {
     EXPECT_FALSE(form->OkButton()->isEnabled());
     EXPECT_FALSE(WithText<QPushButton>(form, "Add")->isEnabled());
     Type(form, "Speed [baud]", "4800");
-    PressOk(form);
+    PressReturn(form);
     ASSERT_NE(Added, ResourceId::None);
     EXPECT_TRUE(Connect);
     const SessionSnapshot now = Session.Doc.Snapshot();
@@ -217,7 +186,7 @@ TEST_F(AForm, WhatIsWrongStandsBesideTheFieldAndOkWaits) {
         for (auto* label : form->findChildren<QLabel*>())
             shown = shown || (label->isVisible() && label->text().toStdString() == refusal.fault);
         EXPECT_TRUE(shown);
-        PressOk(form);
+        PressReturn(form);
         EXPECT_TRUE(form->isVisible()) << "the key does no more than the button";
         if (refusal.right) {
             Type(form, refusal.field, refusal.right);
@@ -233,7 +202,7 @@ TEST_F(AForm, PortPropertiesChangeTheLineAndKeepTheRest) {
     Type(form, "Speed [baud]", "19200");
     Type(form, "Format", "7E2");
     WithText<QCheckBox>(form, "Try again")->click();
-    PressOk(form);
+    PressReturn(form);
     EXPECT_EQ(Done, 1);
     const SerialResourceSettings after = Session.Doc.Snapshot().Find(Session.Port)->serial;
     EXPECT_EQ(after.baudRate, 19200U);
@@ -248,7 +217,7 @@ TEST_F(AForm, InstrumentSettingsTakeEffect) {
     Type(form, "Title of its windows", "Downwelling");
     WithText<QCheckBox>(form, "Under water")->click();
     WithText<QCheckBox>(form, "Log its")->click();
-    PressOk(form);
+    PressReturn(form);
     InstrumentDefaults wanted;
     wanted.Title = "Downwelling";
     wanted.Immersed = true;
@@ -261,7 +230,7 @@ TEST_F(AForm, WhatHasGoneIsSaidAndChangesNothing) {
     const InstrumentId id = Session.Doc.Snapshot().resources[1].instruments[0].id;
     CForm* form = OpenInstrumentProperties(Frame(), id, Count());
     ASSERT_EQ(Session.Doc.RemoveInstrument(id), CommResult::Success);
-    PressOk(form);
+    PressReturn(form);
     EXPECT_TRUE(form->isVisible());
     EXPECT_EQ(Session.TakeTold().size(), 1);
     EXPECT_EQ(Done, 0);
@@ -275,12 +244,12 @@ TEST_F(AForm, RolesAreOfferedToWhomeverCouldFillThem) {
     EXPECT_EQ(Named<QComboBox>(form, "GPS")->count(), 2) << "nobody and the receiver";
     Named<QComboBox>(form, "GPS")->setCurrentIndex(1);
     Named<QComboBox>(form, "Profiler")->setCurrentIndex(1);
-    PressOk(form);
+    PressReturn(form);
     EXPECT_EQ(Session.Doc.Role(InstrumentRole::Gps), Session.Instrument("$GPRMC"));
     EXPECT_EQ(Session.Doc.Role(InstrumentRole::Profiler), Session.Instrument("QORFAL071"));
     CForm* tare = OpenTare(Frame(), Count());
     Type(tare, "Pressure in air [dbar]", "0.42");
-    PressOk(tare);
+    PressReturn(tare);
     EXPECT_EQ(TareFormOf(Session.Doc).pressure, "0.42");
 }
 
@@ -295,7 +264,7 @@ TEST_F(AForm, NamingShowsTheNextNameAsItIsTyped) {
     QString folder = QString::fromStdString(Session.Temp.Path);
     folder.chop(1);
     Named<QLineEdit>(form, "Folder")->setText(folder);
-    PressOk(form);
+    PressReturn(form);
     EXPECT_EQ(Done, 1);
     ASSERT_TRUE(Session.Doc.RawLog.BuildLogFileName());
     ASSERT_TRUE(Session.Doc.RawLog.BeginLogFile());
@@ -315,7 +284,7 @@ TEST_F(AForm, ARepeatNumbersTheLogsOfOneName) {
     EXPECT_FALSE(form->OkButton()->isEnabled()) << "a repeat needs a duration";
     WithText<QCheckBox>(form, "End each log")->click();
     Type(form, "Length [h:mm:ss]", "10:00");
-    PressOk(form);
+    PressReturn(form);
     EXPECT_EQ(NextName(NamingFormOf(Session.Doc)), "mooring_001.raw");
     EXPECT_THAT(FirstLogText(Session.Doc), HasSubstr("mooring_001.raw in "));
 }
@@ -326,7 +295,7 @@ TEST_F(AForm, TheQuestionBeforeARunIsAnsweredOnce) {
         return OpenOverride(Frame(), {"cast.raw", StationOf(Session.Doc)},
                             [&answers](LogAnswer answer) { answers.push_back(answer); });
     };
-    PressOk(open());
+    PressReturn(open());
     WithText<QPushButton>(open(), "Change first")->click();
     open()->close();
     EXPECT_THAT(answers,
@@ -340,14 +309,14 @@ TEST_F(AForm, RangesKeepOkAndTheirRefusals) {
     EXPECT_EQ(form->windowTitle(), QStringLiteral("Ancillary Data Alarms -TILT"));
     Type(form, "Warning Ranges Min", "50");
     EXPECT_TRUE(form->OkButton()->isEnabled());
-    PressOk(form);
+    PressReturn(form);
     EXPECT_THAT(
         Session.User.TakeMessages(),
         ElementsAre("The Warning Range minimum value cannot\nbe greater than the maximum value."));
     EXPECT_TRUE(form->isVisible());
     Type(form, "Warning Ranges Min", "10");
     Named<QCheckBox>(form, "Alarm Ranges Enable")->click();
-    PressOk(form);
+    PressReturn(form);
     EXPECT_EQ(edited, (WarningRanges{10, 45, 45, 180, 0, 1}));
     EXPECT_FALSE(form->isVisible());
 }
@@ -363,7 +332,7 @@ TEST_F(AForm, SettingsShowAtOnceAndCancelBringsBackWhatWas) {
     WithText<QCheckBox>(form, "Keep it")->click();
     Named<QLineEdit>(form, "Folder")->setText(QString::fromStdString(Session.Temp.Path));
     WithText<QCheckBox>(form, "Sound when")->click();
-    PressOk(form);
+    PressReturn(form);
     EXPECT_TRUE(Session.Doc.SessionLog.SessionLogEnabled());
     EXPECT_NE(Session.Doc.SessionLog.FilePath(), "") << "it is opened anew";
     EXPECT_TRUE(SettingsFormOf(Session.Doc).loggingSounds);
@@ -374,7 +343,7 @@ TEST_F(AForm, ACommentGoesIntoTheSessionLogWithItsTime) {
     static_cast<void>(Session.Reported());
     CForm* form = OpenComment(Frame(), QStringLiteral("09:41:07"), Count());
     QTest::keyClicks(form->focusWidget(), QStringLiteral("CTD at the surface"));
-    PressOk(form);
+    PressReturn(form);
     EXPECT_THAT(Session.Reported(), HasSubstr("Comment at 09:41:07: CTD at the surface"));
 }
 
@@ -388,7 +357,7 @@ TEST_F(AForm, OpensOnceAndIsFilledByKeysAlone) {
         QTest::keyClicks(edit, QString::fromLatin1(text));
         QTest::keyClick(edit, Qt::Key_Tab);
     }
-    PressOk(form);
+    PressReturn(form);
     EXPECT_EQ(StationOf(Session.Doc).stationId, "S5");
     EXPECT_EQ(StationOf(Session.Doc).cast, "AB");
     EXPECT_EQ(StationOf(Session.Doc).cruiseId, "HE-613");

@@ -147,7 +147,7 @@ TEST_F(AtTheDesk, APortAnInstrumentAndALogGiveTheFramesThatWereSent) {
         GTEST_SKIP() << "no pseudo-terminals here";
     emit Window->FilesDropped({QString::fromStdString(WeatherDefinition)});
     CForm* form = OpenForm();
-    Type(form, "Name of another port", QString::fromStdString(station.Port));
+    Type(form, "Name of another port", station.Port);
     ASSERT_TRUE(form->OkButton()->isEnabled()) << form->OkButton()->toolTip().toStdString();
     PressReturn(form);
     ASSERT_TRUE(Until([&] {
@@ -283,8 +283,8 @@ TEST_F(AtTheDesk, AnAlarmIsSetTrippedAndSaid) {
     ASSERT_TRUE(Until([&] { return row("TILT") < 1 && Frames() > 20; }));
     emit window->RangesAsked(row("TILT"));
     CForm* form = OpenForm();
-    Type(form, "Alarm Ranges Min", QStringLiteral("-1"));
-    Type(form, "Alarm Ranges Max", QStringLiteral("180"));
+    Type(form, "Alarm Ranges Min", "-1");
+    Type(form, "Alarm Ranges Max", "180");
     Named<QCheckBox>(form, "Alarm Ranges Enable")->setChecked(true);
     PressReturn(form);
     EXPECT_TRUE(Until([&] { return WasSaid("is in its alarm range, -1.00 to 180.00."); }));

@@ -22,4 +22,9 @@ void DeskParts::SayFault(const std::string& topic, const std::string& fault) con
         Say(Sign::Error, topic, Shown(fault));
 }
 
+void DeskParts::SayAll(Sign sign, const std::vector<Refusal>& refusals) const {
+    for (const Refusal& refusal : refusals)
+        Say(sign, refusal.subject, Shown(refusal.subject + ": " + refusal.reason));
+}
+
 } // namespace qor

@@ -146,8 +146,10 @@ bool CSessionDesk::PutAway() {
     CQorViewDoc& doc = Parts.Doc();
     CloseForms(&Parts.Window);
     Parts.Engine.FinishWork();
-    if (Kind == Shown::Live && !doc.Session.Path().empty() && !doc.Session.Changed())
-        SaveTo(doc.Session.Path()); // windows may stand elsewhere
+    // Windows may stand elsewhere; a file that has none was not made here and stays as it is.
+    if (Kind == Shown::Live && !doc.Session.Path().empty() && !doc.Session.Changed() &&
+        doc.Session.Windows() != JsonValue::Array())
+        SaveTo(doc.Session.Path());
     Outline.reset();
     emit Closed();
     doc.RawLog.EndLogFile(true);
@@ -227,9 +229,7 @@ void CSessionDesk::TellOpening(const std::string& path, const SessionOpening& op
     Parts.SayFault(path, opening.refusal);
     for (const std::string& warning : opening.warnings)
         Parts.Say(Sign::Warning, warning, qor::Shown(warning));
-    for (const Refusal& refusal : opening.repaired)
-        Parts.Say(Sign::Warning, refusal.subject,
-                  qor::Shown(refusal.subject + ": " + refusal.reason));
+    Parts.SayAll(Sign::Warning, opening.repaired);
     // Those that were refused are told as events.
 }
 
@@ -352,8 +352,7 @@ void CSessionDesk::BeginReplay(const std::string& path, std::vector<std::string>
     }
     AddPlayed(doc, setup, file, path,
               {.definitions = std::move(definitions), .session = std::move(session)});
-    for (const Refusal& refusal : setup.Refusals())
-        Parts.SayFault(refusal.subject, refusal.subject + ": " + refusal.reason);
+    Parts.SayAll(Sign::Error, setup.Refusals());
     Begun(Shown::Replay);
     if (doc.Snapshot().Find(file)->instruments.empty())
         Parts.Say(Sign::Warning, "replay",

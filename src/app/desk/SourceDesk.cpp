@@ -95,10 +95,8 @@ void CSourceDesk::AddFilesTo(ResourceId resource, const QStringList& files) {
     CSessionSetup setup(Parts.Doc());
     for (const QString& file : files)
         setup.AddAll({.definitions = {Of(file)}}, resource);
-    for (const Refusal& refusal : setup.Refusals())
-        Parts.SayFault(refusal.subject, refusal.subject + ": " + refusal.reason);
-    for (const Refusal& warning : setup.Warnings())
-        Parts.Say(Sign::Warning, warning.subject, Shown(warning.subject + ": " + warning.reason));
+    Parts.SayAll(Sign::Error, setup.Refusals());
+    Parts.SayAll(Sign::Warning, setup.Warnings());
 }
 
 void CSourceDesk::ConnectAll(bool on) {
