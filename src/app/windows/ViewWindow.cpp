@@ -19,10 +19,11 @@ namespace qor {
 
 namespace {
 
-constexpr unsigned PlotTicks = 2, GridTicks = 5;
+constexpr unsigned PlotTicks = CViewWindow::TicksASecond / 10;
+constexpr unsigned GridTicks = CViewWindow::TicksASecond / 4;
 /// A view that gathers what comes (a track, a wind rose) has to find its instrument also while
 /// nobody looks: every 10 s, without a page being drawn.
-constexpr unsigned HiddenTicks = 200;
+constexpr unsigned HiddenTicks = 10U * CViewWindow::TicksASecond;
 constexpr const char* SettingsPrefix = "View";
 
 CWindowTitleBar::Has ButtonsOf(const ViewPages& pages) {

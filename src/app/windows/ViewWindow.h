@@ -36,7 +36,7 @@ class CViewWindow : public CDisplayWindow {
     /// Refreshes when it is due: plots ten times a second, grids four times, so that watched rows,
     /// which turn their blink with each refresh, flash twice. `tick` counts TicksASecond, shifted
     /// from window to window so that they take turns. A window that cannot be seen draws nothing.
-    static constexpr int TicksASecond = 20;
+    static constexpr int TicksASecond = 40;
     void Tick(unsigned tick);
     /// Now, whatever is due.
     void Refresh();
