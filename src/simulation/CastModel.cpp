@@ -14,8 +14,10 @@ namespace qor {
 
 namespace {
 
-constexpr double SinkingSpeed = 0.6;        // m/s
-constexpr double SoakSeconds = 5.0;         // at the surface before the cast
+constexpr double WinchSpeed = 0.6;          // m/s
+constexpr double SoakSeconds = 5.0;         // at the surface before each cast
+constexpr double BottomSeconds = 15.0;      // before it is heaved again
+constexpr double SurfaceDepth = 0.3;        // m
 constexpr double Thermocline = 32.0;        // m
 constexpr double ChlorophyllMaximum = 42.0; // m
 constexpr double SurfaceReflection = 0.96;
@@ -139,13 +141,21 @@ double CastValue(const CSensor& sensor, double depth, double seconds) {
     return NoValue;
 }
 
+/// Down, a stay, up, and again.
+double DepthAt(double seconds, double deepest) {
+    const double way = std::max(deepest - SurfaceDepth, 0.0) / WinchSpeed;
+    const double since = std::fmod(seconds, SoakSeconds + way + BottomSeconds + way) - SoakSeconds;
+    const double down = std::clamp(since, 0.0, way);
+    const double up = std::max(since - way - BottomSeconds, 0.0);
+    return SurfaceDepth + (down - up) * WinchSpeed;
+}
+
 } // namespace
 
 CFrameMaker::ValueSource CastValues(double depth, std::function<double()> seconds) {
     return [depth, seconds = std::move(seconds)](const CSensor& sensor) {
-        double now = seconds();
-        double z = std::clamp((now - SoakSeconds) * SinkingSpeed, 0.3, depth);
-        return CastValue(sensor, z, now);
+        const double now = seconds();
+        return CastValue(sensor, DepthAt(now, depth), now);
     };
 }
 

@@ -11,8 +11,8 @@
 
 namespace qor {
 
-/// Values of a cast from the surface to `depth` metres and a stay there; `seconds` tells the time
-/// since the start. NaN for sensors that the model does not know.
+/// Values of casts from the surface to `depth` metres and back, one after the other; `seconds`
+/// tells the time since the start. NaN for sensors that the model does not know.
 CFrameMaker::ValueSource CastValues(double depth, std::function<double()> seconds);
 
 } // namespace qor

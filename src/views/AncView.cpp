@@ -214,4 +214,8 @@ WarningRanges* CAncViewDlg::RangesOfRow(std::size_t row) {
     return watched ? &Settings.TiltWarnings : nullptr;
 }
 
+const WarningRanges* CAncViewDlg::RangesOf(const std::string& instrument, ANCDATATYPE kind) const {
+    return kind == ANCDATATYPE::Tilt && instrument == Name ? &Settings.TiltWarnings : nullptr;
+}
+
 } // namespace qor

@@ -66,6 +66,8 @@ class CAncViewDlg : public CView {
 
     /// The ranges that activating a row of the derived page lets the operator edit, or null.
     WarningRanges* RangesOfRow(std::size_t row) override;
+    const WarningRanges* RangesOf(const std::string& instrument, ANCDATATYPE kind) const override;
+    const std::string& Watched() const override { return Name; }
 
   private:
     struct SensorRow {

@@ -59,6 +59,7 @@ struct GridPage {
     /// True: the cells' own colours are shown, on a black grid. False: the face's colours.
     bool ownColours = true;
     bool newestLast = false; ///< lines that come at the end: it is kept in sight
+    bool cutLast = false;    ///< the last column is cut at the edge, its tip has the rest
     bool beep = false;       ///< this update asks for the alarm sound
 };
 

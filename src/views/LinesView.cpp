@@ -28,6 +28,7 @@ CLinesView::CLinesView(bool onlyComments) : OnlyComments(onlyComments) {
     Grid.title = onlyComments ? "Comments" : "Session log";
     Grid.ownColours = false;
     Grid.newestLast = true;
+    Grid.cutLast = true;
     Grid.columns = {{"Time"}, {"Text"}};
 }
 

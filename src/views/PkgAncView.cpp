@@ -30,11 +30,10 @@ constexpr WatchedRow WatchedRows[] = {
     {ANCDATATYPE::Salinity, "SalWarnings", &CPkgAncViewSettings::SalWarnings},
 };
 
-WarningRanges* RangesOf(CPkgAncViewSettings& settings, ANCDATATYPE kind) {
-    for (const WatchedRow& watched : WatchedRows)
-        if (watched.kind == kind)
-            return &(settings.*watched.ranges);
-    return nullptr;
+/// Of the settings, as constant as they are.
+template <class Kept> auto WatchedRanges(Kept& settings, ANCDATATYPE kind) {
+    const auto watched = std::ranges::find(WatchedRows, kind, &WatchedRow::kind);
+    return watched == std::end(WatchedRows) ? nullptr : &(settings.*watched->ranges);
 }
 
 } // namespace
@@ -117,13 +116,15 @@ bool CPkgAncViewDlg::Refresh(CQorViewDoc& doc) {
 void CPkgAncViewDlg::Initialise(const CPackage& package) {
     Shown = package.Id;
     Attached = package.Attached;
+    PackageName = package.Name;
+    Members = package.Instruments;
     Signal.blinkPhase = false;
     Visible = {};
     LastFrames.assign(package.Live.size(), -1);
     Grid = {Format("Package %s - %s", Utf8Of(package.Name).c_str(), "Ancillary View"), {}};
     for (const DerivedRow& row : package.Products.Rows())
         Grid.rows.push_back(
-            RowOfProduct(row, Grid.rows.size() + 1, RangesOf(Settings, row.kind) != nullptr));
+            RowOfProduct(row, Grid.rows.size() + 1, WatchedRanges(Settings, row.kind) != nullptr));
     SalinityText.clear();
     if (package.Products.LacksSalinity(package.Settings))
         SalinityText =
@@ -149,7 +150,7 @@ int CPkgAncViewDlg::Update(const CPackage& package, const CPackageRows::Inputs& 
     Grid.beep = false;
     package.Products.Read(inputs, Rows);
     for (std::size_t i = Visible.first; i < Rows.size() && Visible.Contains(i); ++i) {
-        if (ShowProduct(Rows[i], RangesOf(Settings, Rows[i].kind), Signal, -1, Rows[i].stale,
+        if (ShowProduct(Rows[i], WatchedRanges(Settings, Rows[i].kind), Signal, -1, Rows[i].stale,
                         Grid.rows[i]))
             Grid.beep = true;
     }
@@ -171,7 +172,13 @@ void CPkgAncViewDlg::SetVisibleRows(VisibleRows rows) {
 }
 
 WarningRanges* CPkgAncViewDlg::RangesOfRow(std::size_t row) {
-    return row < Rows.size() ? RangesOf(Settings, Rows[row].kind) : nullptr;
+    return row < Rows.size() ? WatchedRanges(Settings, Rows[row].kind) : nullptr;
+}
+
+const WarningRanges* CPkgAncViewDlg::RangesOf(const std::string& instrument,
+                                              ANCDATATYPE kind) const {
+    return std::ranges::find(Members, instrument) == Members.end() ? nullptr
+                                                                   : WatchedRanges(Settings, kind);
 }
 
 } // namespace qor

@@ -60,6 +60,8 @@ class CPkgAncViewDlg : public CView {
 
     /// The ranges that activating a row lets the operator edit, or null.
     WarningRanges* RangesOfRow(std::size_t row) override;
+    const WarningRanges* RangesOf(const std::string& instrument, ANCDATATYPE kind) const override;
+    const std::string& Watched() const override { return PackageName; }
 
   private:
     const CPackage* Find(const CQorViewDoc& doc) const REQUIRES(doc.DocLock);
@@ -67,6 +69,8 @@ class CPkgAncViewDlg : public CView {
     std::string Name; ///< as it was asked for
     PackageId Shown = PackageId::None;
     std::vector<InstrumentId> Attached;
+    std::string PackageName;
+    std::vector<std::string> Members; ///< of the package, by name
     std::string SalinityText;
     AlarmSignal Signal;
     GridPage Grid;

@@ -94,6 +94,15 @@ void PutInstrument(const CQorViewDoc& doc, TreeRow row, InstrumentId id, TreeRow
     found->rows.push_back(std::move(row));
 }
 
+void MarkAlarms(const std::set<std::string>& alarmed, std::vector<TreeRow>& rows) {
+    for (TreeRow& row : rows) {
+        const bool named = row.kind == TreeKind::Instrument || row.kind == TreeKind::Package;
+        if (named && row.sign != Sign::Error && alarmed.contains(row.name))
+            row.sign = Sign::Alarm;
+        MarkAlarms(alarmed, row.rows);
+    }
+}
+
 TreeRow RowOfResource(const CQorViewDoc& doc, const CFrameRates& rates,
                       const ResourceStatus& resource) REQUIRES(doc.DocLock) {
     const ResourceFigures& figures = resource.figures;
@@ -129,11 +138,13 @@ TreeTarget TargetOf(std::uint64_t row) {
             IdOf<InstrumentId>(row, InstrumentRow), IdOf<PackageId>(row, PackageRow)};
 }
 
-TreePage MakeTreePage(const CQorViewDoc& doc, const CFrameRates& rates) {
+TreePage MakeTreePage(const CQorViewDoc& doc, const CFrameRates& rates,
+                      const std::set<std::string>& alarmed) {
     CRecursiveLock lock(doc.DocLock);
     TreePage page;
     for (const ResourceStatus& resource : doc.Snapshot().resources)
         page.rows.push_back(RowOfResource(doc, rates, resource));
+    MarkAlarms(alarmed, page.rows);
     return page;
 }
 

@@ -12,6 +12,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -75,8 +76,10 @@ struct TreeTarget {
 };
 TreeTarget TargetOf(std::uint64_t row);
 
-/// The tree of the session as it is now. Takes the document's lock.
-TreePage MakeTreePage(const CQorViewDoc& doc, const CFrameRates& rates);
+/// The tree of the session as it is now; instruments and packages of the names in `alarmed` have a
+/// value in its alarm range. Takes the document's lock.
+TreePage MakeTreePage(const CQorViewDoc& doc, const CFrameRates& rates,
+                      const std::set<std::string>& alarmed = {});
 
 /// What the state of logging is told from.
 struct LogFacts {

@@ -61,8 +61,18 @@ void CTimeSeriesView::SaveSettings(CProfileStore& store, const std::string& pref
     Settings.Save(store, prefix);
 }
 
-void CTimeSeriesView::SetLimits(ANCDATATYPE kind, const WarningRanges& ranges) {
-    Limits[kind] = ranges;
+void CTimeSeriesView::TakeRanges(const RangesFinder& find) {
+    CRecursiveLock lock(Plot.Doc.DocLock);
+    std::map<std::uint64_t, WarningRanges> found;
+    for (const CHistoryPlot::Curve& curve : Plot.Curves()) {
+        const WarningRanges* ranges =
+            curve.item.kind ? find(curve.item.item.instrument, *curve.item.kind) : nullptr;
+        if (ranges && ranges->AnyEnabled())
+            found[curve.id] = *ranges;
+    }
+    if (found == Limits)
+        return;
+    Limits = std::move(found);
     Plot.Redraw();
 }
 
@@ -86,11 +96,10 @@ void CTimeSeriesView::Draw() {
     std::size_t place = 0;
     for (const CHistoryPlot::Curve& curve : Plot.Curves())
         DrawCurve(curve, place++);
-    const CQorViewIns* instrument = Plot.Instrument();
-    if (!instrument)
+    if (!Plot.Instrument())
         return;
     if (Settings.AlarmLimits)
-        ShadeLimits(*instrument);
+        ShadeLimits();
     Page.head.leading = Plot.Leading(true) + Plot.LeadingAge();
 }
 
@@ -143,11 +152,9 @@ void CTimeSeriesView::DrawCurve(const CHistoryPlot::Curve& curve, std::size_t pl
     Page.curves.push_back(std::move(drawn));
 }
 
-void CTimeSeriesView::ShadeLimits(const CQorViewIns& instrument) {
+void CTimeSeriesView::ShadeLimits() {
     for (const CHistoryPlot::Curve& curve : Plot.Curves()) {
-        const auto found = curve.item.kind && curve.item.item.instrument == instrument.Name()
-                               ? Limits.find(*curve.item.kind)
-                               : Limits.end();
+        const auto found = Limits.find(curve.id);
         if (found == Limits.end())
             continue;
         const WarningRanges& ranges = found->second;
@@ -177,7 +184,7 @@ Menu CTimeSeriesView::ContextMenu(CQorViewDoc&) {
          [this] { Set(&CTimeSeriesSettings::AlarmLimits, Settings.AlarmLimits ? 0 : 1); }, true,
          Settings.AlarmLimits != 0});
     if (Limits.empty())
-        menu.back().whyNot = "No ranges are set.";
+        menu.back().whyNot = "No ranges are set in the ancillary windows.";
     return menu;
 }
 

@@ -48,9 +48,7 @@ class CTimeSeriesView : public CView {
     void LoadSettings(const CProfileStore& store, const std::string& prefix) override;
     void SaveSettings(CProfileStore& store, const std::string& prefix) const override;
 
-    /// The ranges that the operator set for a watched row of the shown instrument or its package,
-    /// where the window that keeps them says so.
-    void SetLimits(ANCDATATYPE kind, const WarningRanges& ranges);
+    void TakeRanges(const RangesFinder& find) override;
     /// A choice of the operator's for an axis of the page.
     void SetAxis(int axis, const AxisChoice& choice) { Plot.SetAxis(Page, axis, choice); }
     /// How wide the plot is: no more than two points a pixel are taken.
@@ -60,12 +58,12 @@ class CTimeSeriesView : public CView {
     void Draw() REQUIRES(Plot.Doc.DocLock);
     void SetTimes() REQUIRES(Plot.Doc.DocLock);
     void DrawCurve(const CHistoryPlot::Curve& curve, std::size_t place) REQUIRES(Plot.Doc.DocLock);
-    void ShadeLimits(const CQorViewIns& instrument) REQUIRES(Plot.Doc.DocLock);
+    void ShadeLimits() REQUIRES(Plot.Doc.DocLock);
     void Set(int CTimeSeriesSettings::*setting, int value);
 
     CHistoryPlot Plot;
     PlotPage Page;
-    std::map<ANCDATATYPE, WarningRanges> Limits;
+    std::map<std::uint64_t, WarningRanges> Limits; ///< of curves, by their id
     std::size_t MostPoints = 2000;
     std::vector<HistoryPoint> Points; ///< its memory is used from curve to curve
 };

@@ -10,12 +10,14 @@
 // goes onto a page through Utf8Of.
 #pragma once
 
+#include "products/DerivedRows.h"
 #include "session/QorViewDoc.h"
 #include "views/GridPage.h"
 #include "views/Menu.h"
 #include "views/PlotPage.h"
 #include "views/WarningRanges.h"
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -35,6 +37,10 @@ struct VisibleRows {
 
     bool Contains(std::size_t row) const { return first <= row && row < end; }
 };
+
+/// The ranges that the operator set for a derived row of an instrument, or null.
+using RangesFinder =
+    std::function<const WarningRanges*(const std::string& instrument, ANCDATATYPE kind)>;
 
 class CView {
   public:
@@ -65,6 +71,17 @@ class CView {
     virtual std::string Notice() const { return {}; }
     /// The ranges that activating a row of the grid lets the operator edit, or null.
     virtual WarningRanges* RangesOfRow(std::size_t) { return nullptr; }
+    /// Those that this view keeps for an instrument that it shows, or null.
+    virtual const WarningRanges* RangesOf(const std::string& /*instrument*/, ANCDATATYPE) const {
+        return nullptr;
+    }
+    /// The instrument or the package whose rows it watches, by name; mostly nothing.
+    virtual const std::string& Watched() const {
+        static const std::string nobody;
+        return nobody;
+    }
+    /// Those that the other windows keep; the finder is not used after the call.
+    virtual void TakeRanges(const RangesFinder&) {}
     virtual void SetVisibleRows(VisibleRows) {}
     /// The room of its plots in pixels: no more points than it can show are taken.
     virtual void SetPlotSize(int /*width*/, int /*height*/) {}

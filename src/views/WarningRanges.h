@@ -24,6 +24,8 @@ struct WarningRanges {
     int AlarmEnabled = 0;
 
     bool operator==(const WarningRanges&) const = default;
+    /// Either of them is watched.
+    bool AnyEnabled() const { return WarnEnabled || AlarmEnabled; }
 };
 
 inline constexpr WarningRanges DefaultTiltRanges{20.0, 45.0, 45.0, 180.0, 0, 0};

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "fakes/SendingSession.h"
 #include "views/DepthProfile.h"
+#include "views/PkgAncView.h"
 #include "views/TimeSeries.h"
 
 namespace qor {
@@ -199,10 +200,17 @@ TEST_F(AHistoryView, ShadesTheRangesThatAreSetAndSharesItsCurves) {
     CDepthProfileView beside(Doc);
     view.Show("CTD"), beside.Show("FLU");
     view.Refresh(Doc), beside.Refresh(Doc);
+    CPkgAncViewDlg keeper(false);
+    keeper.Show("CTD");
+    keeper.Refresh(Doc);
+    const auto ranges = [&keeper](const std::string& instrument, ANCDATATYPE kind) {
+        return keeper.RangesOf(instrument, kind);
+    };
+    view.TakeRanges(ranges);
     EXPECT_NE(ChooseEntry(view.ContextMenu(Doc), "Alarm limits"), "") << "none are set";
-    view.SetLimits(ANCDATATYPE::WaterTemperature, {20, 25, 25, 50, 1, 0});
-    view.SetLimits(ANCDATATYPE::Depth, {100, 200, 200, 750, 1, 1});
-    view.SetLimits(ANCDATATYPE::Tilt, DefaultTiltRanges);
+    keeper.Settings.TempWarnings = {20, 25, 25, 50, 1, 0};
+    keeper.Settings.DepthWarnings = {100, 200, 200, 750, 1, 1};
+    view.TakeRanges(ranges);
     Choose(view, Doc, "Alarm limits");
     view.Refresh(Doc);
     std::string bands;

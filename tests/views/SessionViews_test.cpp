@@ -193,6 +193,9 @@ TEST_F(ASessionView, TheTreeHasPortsPackagesAndRoles) {
               "errors, dry|"
               "off LAZY  --/6 -- 0 frames, 0 dropped, 0 checksum errors, 0 value errors, dry|");
     EXPECT_EQ(MakeTreePage(Doc, rates), page);
+    const std::vector<TreeRow> rows = MakeTreePage(Doc, rates, {"GPS", "PORT1"}).rows[0].rows;
+    EXPECT_EQ(rows[1].sign, Sign::Alarm);
+    EXPECT_EQ(rows[2].sign, Sign::Off);
 }
 
 TEST(LogPage, TellsTheStateOfLoggingFromItsFigures) {

@@ -104,7 +104,7 @@ void CDesk::Tick() {
         return;
     if (Sessions.IsOpen()) {
         Log.Refresh(Sessions.Run());
-        Sources.Refresh();
+        Sources.Refresh(Displays.Alarmed());
         Displays.OpenFirst();
     }
     Sessions.Refresh();

@@ -254,9 +254,9 @@ Menu CSourceDesk::PackageMenu(PackageId package) {
             {Of(tr("Remove")), [&doc, package] { doc.Packages.RemovePackage(package); }}};
 }
 
-void CSourceDesk::Refresh() {
+void CSourceDesk::Refresh(const std::set<std::string>& alarmed) {
     CQorViewDoc& doc = Parts.Doc();
-    Parts.Window.Tree().ShowPage(MakeTreePage(doc, Parts.Engine.Rates()));
+    Parts.Window.Tree().ShowPage(MakeTreePage(doc, Parts.Engine.Rates(), alarmed));
     CActions& actions = Parts.Window.Actions();
     const SessionSnapshot snapshot = doc.Snapshot();
     actions[Do::ConnectAll]->setChecked(AllConnected(snapshot));

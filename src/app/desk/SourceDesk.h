@@ -7,6 +7,9 @@
 #include "app/desk/DeskParts.h"
 #include "views/Menu.h"
 
+#include <set>
+#include <string>
+
 namespace qor {
 
 class CSourceDesk : public QObject {
@@ -27,8 +30,8 @@ class CSourceDesk : public QObject {
     /// Of the row that is chosen in the tree.
     void OpenProperties();
 
-    /// The tree, and what of the actions is possible now.
-    void Refresh();
+    /// The tree, and what of the actions is possible now; `alarmed` as MakeTreePage has it.
+    void Refresh(const std::set<std::string>& alarmed);
 
   signals:
     /// A window for an instrument, by the name of its kind.

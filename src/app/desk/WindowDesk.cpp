@@ -123,6 +123,13 @@ JsonValue CWindowDesk::Describe() const {
     return DescribeWindows(Parts.Window.Area(), Parts.Doc().Session.Windows());
 }
 
+std::set<std::string> CWindowDesk::Alarmed() const {
+    std::set<std::string> names;
+    for (const CViewWindow* window : Windows())
+        names.insert(window->Alarmed());
+    return names;
+}
+
 void CWindowDesk::Tick() {
     ++Ticks;
     unsigned turn = 0;
@@ -130,8 +137,25 @@ void CWindowDesk::Tick() {
         window->Tick(Ticks + turn++);
     for (CViewWindow* dock : Docked)
         dock->Tick(Ticks + turn++);
-    if (Ticks % CViewWindow::TicksASecond == 0)
-        Parts.Window.Area().RefreshTabs();
+    if (Ticks % CViewWindow::TicksASecond != 0)
+        return;
+    Parts.Window.Area().RefreshTabs();
+    LinkRanges();
+}
+
+/// What is set in one window is shaded in the others.
+void CWindowDesk::LinkRanges() {
+    const std::vector<CViewWindow*> windows = Windows();
+    const auto find = [&windows](const std::string& instrument,
+                                 ANCDATATYPE kind) -> const WarningRanges* {
+        for (CViewWindow* window : windows)
+            if (const WarningRanges* ranges = window->View().RangesOf(instrument, kind);
+                ranges && ranges->AnyEnabled())
+                return ranges;
+        return nullptr;
+    };
+    for (CViewWindow* window : windows)
+        window->View().TakeRanges(find);
 }
 
 void CWindowDesk::SetAlarmSound(bool on) {

@@ -10,6 +10,9 @@
 
 #include <QTimer>
 
+#include <set>
+#include <string>
+
 namespace qor {
 
 class CWindowDesk : public QObject {
@@ -25,6 +28,8 @@ class CWindowDesk : public QObject {
     void CloseAll();
     void OpenDefault();
     JsonValue Describe() const;
+    /// The instruments and packages that a window has in its alarm range, as the tree names them.
+    std::set<std::string> Alarmed() const;
 
     /// A window of a kind, for an instrument or (empty) the first that has what it shows.
     CViewWindow* OpenWindow(const char* kind, const std::string& instrument = {});
@@ -48,6 +53,7 @@ class CWindowDesk : public QObject {
     void Watch(CViewWindow& window);
     void AddDocks();
     void EditRanges(CViewWindow& window, int row);
+    void LinkRanges();
 
     const DeskParts Parts;
     std::vector<CViewWindow*> Docked; ///< around the display windows; they stay

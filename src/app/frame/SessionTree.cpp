@@ -15,7 +15,7 @@ namespace qor {
 
 namespace {
 
-constexpr int TreeWidth = 286, RateWidth = 66, AgeWidth = 46;
+constexpr int TreeWidth = 286, RateWidth = 56, AgeWidth = 44;
 
 bool SameShape(const std::vector<TreeRow>& a, const std::vector<TreeRow>& b) {
     return std::equal(a.begin(), a.end(), b.begin(), b.end(),
@@ -43,15 +43,16 @@ class CTreeDelegate : public QStyledItemDelegate {
         const Tokens& colours = Theme.Colours();
         const bool selected = option.state & QStyle::State_Selected;
         painter->fillRect(option.rect, QColor(selected ? colours.accent : colours.window));
-        QRect place = option.rect.adjusted(4, 0, -6, 0);
+        QRect place = option.rect.adjusted(2, 0, -4, 0);
         const bool note = row->kind == TreeKind::Note;
         painter->save();
-        painter->setFont(Theme.Font(note ? FontRole::Ticks : FontRole::Text));
+        const bool name = index.column() == CTreeModel::NameColumn;
+        painter->setFont(Theme.Font(note || !name ? FontRole::Ticks : FontRole::Text));
         painter->setPen(QColor(selected                                         ? colours.base
                                : note                                           ? colours.text2
                                : row->sign == Sign::Stale && index.column() > 0 ? colours.stale
                                                                                 : colours.text));
-        if (index.column() == CTreeModel::NameColumn)
+        if (name)
             PaintName(*painter, place, *row, selected);
         else
             painter->drawText(place, Qt::AlignRight | Qt::AlignVCenter | Qt::TextSingleLine,
@@ -69,13 +70,13 @@ class CTreeDelegate : public QStyledItemDelegate {
             if (selected)
                 colours.text = colours.text2 = colours.stale = colours.base;
             PaintSign(painter, sign, row.sign, colours);
-            place.setLeft(place.left() + side + Theme.Px(6));
+            place.setLeft(place.left() + side + Theme.Px(4));
         }
         if (!row.role.empty()) {
             QFont font = painter.font();
             font.setBold(true);
             const QString role = Shown(row.role);
-            const int width = QFontMetrics(font).horizontalAdvance(role) + Theme.Px(8);
+            const int width = QFontMetrics(font).horizontalAdvance(role) + Theme.Px(6);
             const QRect field(place.right() - width, place.center().y() - Theme.Px(10), width,
                               Theme.Px(20));
             painter.save();
@@ -200,7 +201,7 @@ QVariant CTreeModel::headerData(int section, Qt::Orientation orientation, int ro
     if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
         return {};
     return section == NameColumn   ? tr("Instrument")
-           : section == RateColumn ? tr("Rate [Hz]")
+           : section == RateColumn ? tr("Hz", "frames a second, column")
                                    : tr("Age");
 }
 

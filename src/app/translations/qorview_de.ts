@@ -1834,8 +1834,8 @@
         <translation>Instrument</translation>
     </message>
     <message>
-        <source>Rate [Hz]</source>
-        <translation>Rate [Hz]</translation>
+        <source>Hz</source>
+        <translation>Hz</translation>
     </message>
     <message>
         <source>Age</source>

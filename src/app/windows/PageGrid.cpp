@@ -256,6 +256,8 @@ void CPageGrid::FitColumns() {
         if (column != CPageModel::LabelColumn && column != CPageModel::ValueColumn)
             others += widths[column];
     int room = viewport()->width() - others;
+    if (Page().cutLast)
+        value = std::max(room - label, Theme.Px(LeastValue));
     if (!Model.IsTable() && label + value > room) {
         int& units = widths[CPageModel::UnitColumn];
         const int given = std::min(label + value - room, units - Theme.Px(LeastUnits));

@@ -6,6 +6,7 @@
 #include "app/plots/PlotWidget.h"
 #include "app/windows/PageGrid.h"
 #include "app/windows/RealityCheckBar.h"
+#include "base/Text.h"
 #include "views/AncRows.h"
 
 #include <QCloseEvent>
@@ -198,6 +199,10 @@ void CViewWindow::TellAlarm(const GridPage* grid) {
         return;
     if (const WarningRanges* ranges = Shown->RangesOfRow(row))
         emit AlarmBegan(qor::Shown(AlarmText(grid->rows[row], *ranges)));
+}
+
+std::string CViewWindow::Alarmed() const {
+    return InAlarm ? Utf8Of(Shown->Watched()) : std::string();
 }
 
 KeptWindow CViewWindow::Kept() const {

@@ -33,6 +33,9 @@ class CViewWindow : public CDisplayWindow {
     void ShowInstrument(const std::string& name);
     const std::string& Instrument() const { return Name; }
 
+    /// The instrument or package that has a value in its alarm range, as the tree names it.
+    std::string Alarmed() const;
+
     /// Refreshes when it is due: plots ten times a second, grids four times, so that watched rows,
     /// which turn their blink with each refresh, flash twice. `tick` counts TicksASecond, shifted
     /// from window to window so that they take turns. A window that cannot be seen draws nothing.
