@@ -4,6 +4,8 @@
 // tick, with sixteen instruments at ten frames a second in real time, beside a bare QCustomPlot
 // that is given the same curves and replots them at the same rate.
 //   desktop_bench [SECONDS]
+//   desktop_bench day [HOURS]   the memory while a day passes as fast as it can; the spectra send a
+//                               frame in five minutes, as making them up takes the time
 // To be run under a virtual display: xvfb-run -s "-screen 0 1920x1200x24" desktop_bench
 #include "Measure.h"
 
@@ -20,6 +22,9 @@
 #include <qcustomplot.h>
 
 #include <ctime>
+#include <fstream>
+
+#include <unistd.h>
 
 namespace qor {
 namespace {
@@ -52,7 +57,7 @@ std::string Meter(int number) {
 /// The windows, the ticks, and what they took.
 class CDesktop {
   public:
-    CDesktop(CTheme& theme, QSize size) : Theme(theme), Area(theme) {
+    CDesktop(CTheme& theme, QSize size, double spectraASecond) : Theme(theme), Area(theme) {
         Area.resize(size);
         for (int i = 0; i < Others; ++i)
             Session.AddPlayed(Format("MET%03d", i), Meter(i), FramesASecond);
@@ -73,7 +78,7 @@ class CDesktop {
         // need of it.
         Session.Play(HourOfSeconds);
         for (int i = 0; i < Radiometers; ++i) {
-            Session.AddPlayed(Format("RAD%03d", i), Radiometer(i), FramesASecond);
+            Session.AddPlayed(Format("RAD%03d", i), Radiometer(i), spectraASecond);
             Open("spectral", Format("RAD%03d", i));
         }
         Session.Silence(1.0 / FramesASecond);
@@ -94,6 +99,13 @@ class CDesktop {
     CTheme& Theme;
     CPlayedSession Session;
     CDisplayArea Area;
+    /// A second of ticks, painted.
+    void ShowSecond() {
+        for (int i = 0; i < CViewWindow::TicksASecond; ++i) {
+            Tick();
+            QCoreApplication::processEvents();
+        }
+    }
 
   private:
     void Open(const char* kind, const std::string& instrument) {
@@ -155,6 +167,25 @@ void Print(const char* what, Figures figures) {
                 figures.ticks[figures.ticks.size() * 99 / 100], figures.ticks.back(), work);
 }
 
+double ResidentMegabytes() {
+    std::ifstream file("/proc/self/statm");
+    long total = 0, resident = 0;
+    file >> total >> resident;
+    return static_cast<double>(resident) * static_cast<double>(sysconf(_SC_PAGESIZE)) / 1e6;
+}
+
+/// Prints the memory after each hour: windows are shown a second in each minute.
+void PlayHours(CDesktop& desktop, int hours) {
+    for (int hour = 1; hour <= hours; ++hour) {
+        for (int minute = 0; minute < 60; ++minute) {
+            desktop.Step(60.0);
+            desktop.ShowSecond();
+        }
+        std::printf("hour %2d: %.1f MB\n", hour, ResidentMegabytes());
+        std::fflush(stdout);
+    }
+}
+
 /// The curves of every plot of the desktop in as many bare plots of the same size.
 class CBarePlots {
   public:
@@ -193,11 +224,13 @@ int main(int argc, char** argv) {
     CTheme theme;
     PrepareApplication(application, theme);
     const int seconds = argc > 1 ? std::max(std::atoi(argv[1]), 2) : 15;
-    CDesktop desktop(theme, {1900, 1150});
+    const bool day = argc > 1 && std::string_view(argv[1]) == "day";
+    CDesktop desktop(theme, {1900, 1150}, day ? 1.0 / 300.0 : FramesASecond);
     // Each window has taken in the hour and has its layout before a tick is counted.
-    for (int i = 0; i < CViewWindow::TicksASecond; ++i) {
-        desktop.Tick();
-        QCoreApplication::processEvents();
+    desktop.ShowSecond();
+    if (day) {
+        PlayHours(desktop, argc > 2 ? std::max(std::atoi(argv[2]), 1) : 24);
+        return 0;
     }
     std::printf("%zu windows, %d instruments at %.0f Hz, %d s each\n", desktop.Count(),
                 Radiometers + Others, FramesASecond, seconds);

@@ -18,6 +18,8 @@
 #include <QPushButton>
 #include <QSignalSpy>
 
+#include <set>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -119,6 +121,13 @@ class AWeatherStation {
 };
 
 const std::string WeatherDefinition = Source + "/examples/practice/weather.tdf";
+
+/// A session of a weather station on a port that is not there.
+std::string Deck() {
+    return R"({"qorview-session": 1, "title": "Deck", "resources": [{"port": "/dev/ttyNONE", )"
+           R"("instruments": [{"definition": ")" +
+           WeatherDefinition + "\"}]}]}";
+}
 
 } // namespace
 
@@ -290,13 +299,47 @@ TEST_F(AtTheDesk, AnAlarmIsSetTrippedAndSaid) {
     EXPECT_TRUE(Until([&] { return WasSaid("is in its alarm range, -1.00 to 180.00."); }));
     EXPECT_EQ(window->View().Pages().grid->rows[0].sign, Sign::Alarm);
     EXPECT_EQ(Window->Strip().History().Current()->sign, Sign::Alarm);
+    EXPECT_THAT(Desk->Windows().Alarmed(), testing::Contains("Shelf Profiler"));
+    // The time series of the same instruments can shade it.
+    CViewWindow* series = Shown("time-series");
+    EXPECT_TRUE(Until(
+        [&] { return ChooseEntry(series->View().ContextMenu(Doc()), "Alarm limits").empty(); }));
+}
+
+TEST_F(AtTheDesk, WindowsComeBackAsTheyWereWithTheirSession) {
+    const std::string session = Temp.Put("kept.qor", Deck());
+    Desk->Session().Open(QString::fromStdString(session));
+    ASSERT_TRUE(Until([&] { return Desk->Session().IsOpen(); }));
+    Shown("gps");
+    Shown("weather")->close();
+    CViewWindow* series = Shown("time-series");
+    ASSERT_EQ(series->View().Select(Doc(), "1 min"), "");
+    series->setFloating(true);
+    series->setGeometry(300, 200, 500, 400);
+    const auto kinds = [&] {
+        std::multiset<std::string> found;
+        for (const CViewWindow* window : Desk->Windows().Windows())
+            found.emplace(window->Kind().name);
+        return found;
+    };
+    ASSERT_TRUE(Until([&] { return !kinds().contains("weather"); }));
+    const std::multiset<std::string> before = kinds();
+    Press(Do::SaveSession);
+    ASSERT_TRUE(Until([&] { return Temp.Content("kept.qor").find("gps") != std::string::npos; }))
+        << Said();
+    GetUp();
+    SitDown();
+    Desk->Session().Open(QString::fromStdString(session));
+    ASSERT_TRUE(Until([&] { return kinds() == before; })) << Said();
+    series = Shown("time-series");
+    EXPECT_EQ(series->Kept().settings.ReadInteger("View\\Series", "Span", -1), 0);
+    EXPECT_TRUE(series->isFloating());
+    EXPECT_EQ(series->pos(), QPoint(300, 200));
+    EXPECT_EQ(series->size(), QSize(500, 400));
 }
 
 TEST_F(AtTheDesk, ASessionThatEndedUnexpectedlyIsOfferedAgain) {
-    const std::string session = Temp.Put(
-        "kept.qor", "{\"qorview-session\": 1, \"title\": \"Deck\", \"resources\": [{\"port\": "
-                    "\"/dev/ttyNONE\", \"instruments\": [{\"definition\": \"" +
-                        WeatherDefinition + "\"}]}]}");
+    const std::string session = Temp.Put("kept.qor", Deck());
     Desk->Session().Open(QString::fromStdString(session));
     ASSERT_TRUE(Until([&] { return FileExists(Temp.Path + "unfinished.qor"); }));
     // The program dies: what it remembers is what stands in its files now.
