@@ -12,6 +12,7 @@ namespace qor {
 namespace {
 
 constexpr const char* SectionName = "\\Spectral";
+constexpr int MostGroups = 32; ///< that are kept
 constexpr std::array Means = {1, 5, 10, 20, 50, 100};
 static_assert(Means.back() == CSpectralTraces::Kept);
 
@@ -41,6 +42,9 @@ bool CSpectralViewSettings::Save(CProfileStore& store, const std::string& prefix
         store.WriteInteger(section, setting.key, this->*setting.field);
     store.WriteText(section, "Dark", Dark);
     store.WriteText(section, "Reference", Reference);
+    store.WriteInteger(section, "Groups", static_cast<int>(Groups.size()));
+    for (std::size_t i = 0; i < Groups.size(); ++i)
+        store.WriteText(section, "Group" + std::to_string(i), Groups[i]);
     return true;
 }
 
@@ -58,6 +62,13 @@ bool CSpectralViewSettings::Load(const CProfileStore& store, const std::string& 
     for (const auto& [key, name] : {std::pair{"Dark", &Dark}, std::pair{"Reference", &Reference}})
         if (std::string text = store.ReadText(section, key); !text.empty())
             *name = std::move(text);
+    int groups = -1;
+    LoadInteger(store, section, "Groups", groups);
+    if (groups >= 0)
+        Groups.clear();
+    for (int i = 0; i < std::min(groups, MostGroups); ++i)
+        if (std::string text = store.ReadText(section, "Group" + std::to_string(i)); !text.empty())
+            Groups.push_back(std::move(text));
     return true;
 }
 
@@ -92,11 +103,18 @@ std::string CSpectralView::Select(CQorViewDoc& doc, std::string_view item) {
 
 void CSpectralView::Choose(const SpectralGroup& group, bool on) {
     CRecursiveLock lock(Doc.DocLock);
-    if (Chosen.empty() && !on)
-        Chosen = ShownGroups();
-    std::erase(Chosen, group);
+    std::vector<std::string>& chosen = Settings.Groups;
+    // What this instrument does not have was of another one.
+    const std::vector<SpectralGroup> groups = Traces.Groups();
+    std::erase_if(chosen, [&groups](const std::string& text) {
+        return std::ranges::find(groups, text, &SpectralGroup::Text) == groups.end();
+    });
+    if (chosen.empty() && !on)
+        for (const SpectralGroup& shown : ShownGroups())
+            chosen.push_back(shown.Text());
+    std::erase(chosen, group.Text());
     if (on)
-        Chosen.push_back(group);
+        chosen.push_back(group.Text());
     Redraw = true;
 }
 

@@ -37,7 +37,6 @@ void CSpectralView::Show(const std::string& instrument) {
     Traces.Clear();
     Held.reset();
     Frozen.clear();
-    Chosen.clear();
     Redraw = true;
 }
 
@@ -102,12 +101,11 @@ void CSpectralView::Lead(PageHead& head) const {
 
 std::vector<SpectralGroup> CSpectralView::ShownGroups() const {
     std::vector<SpectralGroup> groups = Drawn().Groups();
-    if (Chosen.empty())
-        groups.resize(std::min<std::size_t>(groups.size(), 1));
-    else
-        std::erase_if(groups, [this](const SpectralGroup& group) {
-            return std::ranges::find(Chosen, group) == Chosen.end();
-        });
+    const auto chosen = std::ranges::stable_partition(groups, [this](const SpectralGroup& group) {
+        return std::ranges::find(Settings.Groups, group.Text()) != Settings.Groups.end();
+    });
+    const bool any = chosen.begin() != groups.begin();
+    groups.erase(any || groups.empty() ? chosen.begin() : groups.begin() + 1, groups.end());
     return groups;
 }
 

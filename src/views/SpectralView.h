@@ -28,6 +28,9 @@ struct CSpectralViewSettings : WindowPlace {
     int LeadingWavelength = 443; ///< nm, of the value that leads
     std::string Dark;            ///< the instrument laid over as dark; empty: none
     std::string Reference;
+    /// The texts of the groups that are shown; those that the instrument lacks do not count. Empty:
+    /// the first.
+    std::vector<std::string> Groups;
 
     /// False, and nothing done, without a prefix. Absent keys leave their fields alone.
     bool Save(CProfileStore& store, const std::string& prefix) const;
@@ -94,7 +97,6 @@ class CSpectralView : public CView {
     CSpectralTraces Traces GUARDED_BY(Doc.DocLock);
     std::optional<CSpectralTraces> Held GUARDED_BY(Doc.DocLock);
     std::vector<FrozenSpectrum> Frozen;
-    std::vector<SpectralGroup> Chosen; ///< empty: the first
     std::uint64_t DrawnFrames = 0;
     bool Redraw = true;
     PlotPage Page;

@@ -52,6 +52,13 @@ void CTimeSeriesView::SetPlotSize(int width, int) {
     Plot.Redraw();
 }
 
+void CTimeSeriesView::SetKeyRange(const std::optional<PlotRange>& zoomed) {
+    if (zoomed == Zoomed)
+        return;
+    Zoomed = zoomed;
+    Plot.Redraw();
+}
+
 void CTimeSeriesView::LoadSettings(const CProfileStore& store, const std::string& prefix) {
     Settings.Load(store, prefix);
     Plot.LookAgain();
@@ -140,10 +147,12 @@ void CTimeSeriesView::DrawCurve(const CHistoryPlot::Curve& curve, std::size_t pl
     drawn.place = static_cast<double>(place);
     drawn.axis = curve.axis;
     const WatchedCurve* watched = Plot.PointsOf(curve);
-    if (watched && !Page.key.automatic)
+    Points.clear();
+    if (watched && Zoomed) // with as much on both sides, so that a hand can pan
+        watched->points.Query(Zoomed->lower - Zoomed->Size(), Zoomed->upper + Zoomed->Size(),
+                              3 * MostPoints, Points);
+    else if (watched && !Page.key.automatic)
         watched->points.Query(Page.key.minimum, Page.key.maximum, MostPoints, Points);
-    else
-        Points.clear();
     for (const HistoryPoint& point : Points) {
         if (point.gap && !drawn.points.empty())
             drawn.points.push_back({point.time, std::nan("")});

@@ -53,6 +53,7 @@ class CTimeSeriesView : public CView {
     void SetAxis(int axis, const AxisChoice& choice) { Plot.SetAxis(Page, axis, choice); }
     /// How wide the plot is: no more than two points a pixel are taken.
     void SetPlotSize(int width, int height) override;
+    void SetKeyRange(const std::optional<PlotRange>& zoomed) override;
 
   private:
     void Draw() REQUIRES(Plot.Doc.DocLock);
@@ -65,6 +66,7 @@ class CTimeSeriesView : public CView {
     PlotPage Page;
     std::map<std::uint64_t, WarningRanges> Limits; ///< of curves, by their id
     std::size_t MostPoints = 2000;
+    std::optional<PlotRange> Zoomed;
     std::vector<HistoryPoint> Points; ///< its memory is used from curve to curve
 };
 

@@ -15,9 +15,11 @@
 #include "views/GridPage.h"
 #include "views/Menu.h"
 #include "views/PlotPage.h"
+#include "views/PlotRange.h"
 #include "views/WarningRanges.h"
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -85,6 +87,9 @@ class CView {
     virtual void SetVisibleRows(VisibleRows) {}
     /// The room of its plots in pixels: no more points than it can show are taken.
     virtual void SetPlotSize(int /*width*/, int /*height*/) {}
+    /// The part of the key axis to which a hand has zoomed, or nothing: a view that thins long
+    /// curves takes the points of that part.
+    virtual void SetKeyRange(const std::optional<PlotRange>&) {}
     /// Whether alarms may ask for their sound.
     virtual void SetAlarmSound(bool) {}
 

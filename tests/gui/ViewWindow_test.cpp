@@ -178,6 +178,47 @@ TEST_F(AViewWindow, PausesAndResetsAllItsPlotsAtOnce) {
     EXPECT_FALSE(plots[0]->IsZoomed() || plots[2]->IsZoomed());
 }
 
+TEST_F(AViewWindow, AZoomIntoALongSeriesShowsAllItsPointsPausedToo) {
+    Session.AddCast();
+    CViewWindow& window = Open("time-series");
+    ASSERT_EQ(window.View().Select(Session.Doc, "1 h"), "");
+    Session.Play(1500.0);
+    window.Refresh();
+    CPlotWidget& plot = *window.ShownPlots()[0];
+    const auto keys = [&plot] {
+        return PlotRange{plot.Page().key.minimum, plot.Page().key.maximum};
+    };
+    const PlotRange whole = keys();
+    const auto pointsOf = [&plot](PlotRange part) {
+        std::ptrdiff_t count = 0;
+        for (const PlotPoint& point : plot.Page().curves[0].points)
+            count += part.lower <= point.x && point.x < part.upper && !std::isnan(point.y) ? 1 : 0;
+        return count;
+    };
+    const double last = plot.Page().curves[0].points.back().x;
+    const PlotRange part{last - 700.0, last - 680.0}; // 4 values a second and more
+    EXPECT_LT(pointsOf(part), 50);
+    const auto zoom = [&] {
+        plot.SetChoice(KeyAxisNumber, {AxisMode::Fixed, {}, part.lower, part.upper});
+        emit plot.ViewChanged();
+    };
+    zoom();
+    window.Refresh();
+    EXPECT_GE(pointsOf(part), 80);
+    QTest::keyClick(&plot, Qt::Key_Home);
+    window.Refresh();
+    EXPECT_EQ(keys(), whole);
+
+    window.SetPaused(true);
+    Session.Play(20.0);
+    zoom();
+    EXPECT_GE(pointsOf(part), 80) << "while paused";
+    EXPECT_EQ(pointsOf({last + 0.001, last + 100.0}), 0) << "what came after the pause";
+    QTest::keyClick(&plot, Qt::Key_Home);
+    EXPECT_EQ(keys(), whole) << "as it was when it was paused";
+    EXPECT_LT(pointsOf(part), 50);
+}
+
 TEST_F(AViewWindow, OfTheRealityCheckHasSwitchesSelectorAndLimitOfTheOneThatLeads) {
     Session.AddCast();
     CViewWindow& window = Open("reality-check");

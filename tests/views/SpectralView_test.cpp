@@ -150,6 +150,11 @@ TEST_F(ASpectralView, AxesFollowUnitsAndMenusTellWhy) {
     EXPECT_EQ(loaded.Logarithmic, 1);
     EXPECT_EQ(loaded.Dark, "ONE");
     EXPECT_EQ(loaded.Reading, 0) << "a number that no setting has";
+    EXPECT_EQ(loaded.Groups, View.Settings.Groups);
+    CSpectralView again(Doc);
+    again.LoadSettings(store, "View3");
+    again.Refresh(Doc);
+    EXPECT_EQ(again.Pages().plots[0]->title, "Spectrum - EU, ED");
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 
 #include <QAbstractFileIconProvider>
 #include <QFileDialog>
+#include <QRegularExpression>
 
 #include <utility>
 
@@ -43,6 +44,21 @@ QFileDialog* Open(const CTheme& theme, QWidget* parent, const QString& title, Fi
     return dialog;
 }
 
+/// The name that stands there ends as one of the filter's does: "Data (*.csv)".
+void TakeEnding(QFileDialog& dialog, const QString& filter) {
+    static const QRegularExpression pattern(QStringLiteral("\\*\\.(\\w+)"));
+    const QStringList files = dialog.selectedFiles();
+    QStringList endings;
+    for (auto match = pattern.globalMatch(filter); match.hasNext();)
+        endings.append(match.next().captured(1));
+    const QFileInfo file(files.value(0));
+    if (endings.isEmpty() || file.fileName().isEmpty() || file.isDir() ||
+        endings.contains(file.suffix(), Qt::CaseInsensitive))
+        return;
+    dialog.setDefaultSuffix(endings.front());
+    dialog.selectFile(file.completeBaseName() + QLatin1Char('.') + endings.front());
+}
+
 } // namespace
 
 QFileDialog* AskOpenFiles(const CTheme& theme, QWidget* parent, const QString& title,
@@ -61,6 +77,8 @@ QFileDialog* AskSaveFile(const CTheme& theme, QWidget* parent, const QString& ti
     dialog->setFileMode(QFileDialog::AnyFile);
     dialog->setNameFilters(filters);
     dialog->selectFile(suggestion);
+    QObject::connect(dialog, &QFileDialog::filterSelected, dialog,
+                     [dialog](const QString& filter) { TakeEnding(*dialog, filter); });
     dialog->show();
     return dialog;
 }

@@ -76,15 +76,33 @@ void CPlotWidget::SetPaused(bool paused) {
         return;
     Paused = paused;
     if (paused) {
-        Coming = Current;
+        Coming = AtPause = Current;
         PausedSince.start();
     } else {
         Current = std::move(Coming);
+        AtPause = {};
         Dirty = true;
         if (isVisible())
             Draw();
     }
     emit PausedChanged(paused);
+}
+
+void CPlotWidget::ShowDetail(const PlotPage& page) {
+    if (!Paused || !ZoomedKeys())
+        return;
+    Current.curves = page.curves;
+    for (PlotCurve& curve : Current.curves)
+        std::erase_if(curve.points, [last = AtPause.key.maximum](const PlotPoint& point) {
+            return point.x > last;
+        });
+    Draw();
+}
+
+std::optional<PlotRange> CPlotWidget::ZoomedKeys() const {
+    const AxisChoice choice = Choice(KeyAxisNumber);
+    return choice.mode == AxisMode::Fixed ? std::optional(PlotRange{choice.minimum, choice.maximum})
+                                          : std::nullopt;
 }
 
 std::string CPlotWidget::PausedText() const {
@@ -243,6 +261,8 @@ void CPlotWidget::ResetView() {
         choice.mode = AxisMode::AsPage;
     for (auto& [axis, range] : Automatic)
         range.Forget();
+    if (Paused)
+        Current = AtPause;
     Draw();
     emit ViewChanged();
 }

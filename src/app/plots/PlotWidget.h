@@ -46,6 +46,11 @@ class CPlotWidget : public QWidget {
     const PlotPage& Page() const { return Current; }
 
     void SetPaused(bool paused);
+    /// While paused and zoomed along the key: the page with more points of that part. What came
+    /// after the pause is left out.
+    void ShowDetail(const PlotPage& page);
+    /// The range along the key that was set by hand.
+    std::optional<PlotRange> ZoomedKeys() const;
     bool IsPaused() const { return Paused; }
     /// How long, as text; empty when it is not paused.
     std::string PausedText() const;
@@ -130,7 +135,7 @@ class CPlotWidget : public QWidget {
     CPlotCanvas* Drawn;
     CPlotHands* Hands;
     QToolButton* Reset;
-    PlotPage Current, Coming;
+    PlotPage Current, Coming, AtPause;
     QSize EqualFor; ///< the room for which both scales are equal
     bool Paused = false, Dirty = false;
     std::map<int, AxisChoice> Chosen;

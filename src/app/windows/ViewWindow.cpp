@@ -120,6 +120,8 @@ CViewWindow::ShownPlot CViewWindow::MakePlot(const PlotPage* page) {
     connect(made.plot, &CPlotWidget::ExportAsked, this,
             [this, plot = made.plot] { Export(*plot); });
     connect(made.plot, &CPlotWidget::ViewChanged, this, &CViewWindow::Altered);
+    connect(made.plot, &CPlotWidget::ViewChanged, this,
+            [this, page, plot = made.plot] { ShowDetail(*page, *plot); });
     connect(made.plot, &CPlotWidget::CanvasResized, this,
             [this](QSize size) { Shown->SetPlotSize(size.width(), size.height()); });
     return made;
@@ -157,6 +159,15 @@ void CViewWindow::Refresh() {
         return;
     if (const std::string notice = Shown->Notice(); !notice.empty())
         emit Told(qor::Shown(notice));
+}
+
+/// What a hand has zoomed to is drawn with all the points that it has room for, paused or not.
+void CViewWindow::ShowDetail(const PlotPage& page, CPlotWidget& plot) {
+    Shown->SetKeyRange(plot.ZoomedKeys());
+    if (!plot.IsPaused() || !Shown->Refresh(Doc))
+        return;
+    plot.ShowPage(page);
+    plot.ShowDetail(page);
 }
 
 void CViewWindow::ShowPages() {

@@ -88,6 +88,7 @@ class CViewWindow : public CDisplayWindow {
     ShownPlot& PlotOf(const PlotPage* page);
     ShownPlot MakePlot(const PlotPage* page);
     void ShowPages();
+    void ShowDetail(const PlotPage& page, CPlotWidget& plot);
     void TellAlarm(const GridPage* grid);
     void RestorePlots();
     void Export(CPlotWidget& plot);
