@@ -26,7 +26,8 @@ constexpr double SkippedSeconds = 10.0;
 CDesk::CDesk(CTheme& theme, CMainWindow& window, CFileProfileStore& profile)
     : Theme(theme), Window(window), Profile(profile),
       Under(profile), Parts{theme, window, Under, profile}, Messages(Parts, this), Log(Parts, this),
-      Sources(Parts, this), Sessions(Parts, this), Displays(Parts, this) {
+      Sources(Parts, this), Player(Parts, this), Sessions(Parts, Player, this),
+      Displays(Parts, this) {
     Window.LoadLook(Profile);
     Under.Doc().LoadSettings();
     ConnectRooms();
@@ -207,11 +208,11 @@ void CDesk::DoIt(Do action) {
     case Do::Silence:
         return Messages.SilenceAlarms();
     case Do::ReplayPlay:
-        return Sessions.PlayOrPause();
+        return Player.PlayOrPause();
     case Do::ReplayBack:
-        return Sessions.Skip(-SkippedSeconds);
+        return Player.Skip(-SkippedSeconds);
     case Do::ReplayForward:
-        return Sessions.Skip(SkippedSeconds);
+        return Player.Skip(SkippedSeconds);
     case Do::Guide:
         return OpenGuide();
     case Do::Settings:

@@ -51,6 +51,7 @@ class CDesk : public QObject {
     CMessages Messages;
     CLogDesk Log;
     CSourceDesk Sources;
+    CReplayDesk Player;
     CSessionDesk Sessions;
     CWindowDesk Displays;
     QTimer Turns;

@@ -7,8 +7,8 @@
 #include "platform/SettingsFolder.h"
 #include "platform/WholeFile.h"
 #include "session/FileKind.h"
-#include "session/Playback.h"
 #include "session/RecentSessions.h"
+#include "session/ReplaySources.h"
 #include "session/SessionFile.h"
 #include "session/SessionPath.h"
 #include "views/NumberText.h"
@@ -27,8 +27,7 @@ namespace qor {
 namespace {
 
 constexpr int SlowDiskMilliseconds = 6000;
-constexpr unsigned KeepEvery = 10;                  ///< refreshes: five seconds
-constexpr double ReplaySpeeds[] = {1, 2, 4, 10, 0}; ///< in the order of the bar
+constexpr unsigned KeepEvery = 10; ///< refreshes: five seconds
 
 /// The copy of the session that is open, for the case of a crash.
 std::string CopyPath() {
@@ -59,21 +58,9 @@ std::string NameOf(const std::string& path, const std::string& title) {
 
 } // namespace
 
-/// Plays the log once beside everything else, for the bar.
-struct CSessionDesk::Outlining {
-    std::atomic<bool> stop = false;
-    CWorker worker;
-    LogOutline found; ///< once done is true
-    std::atomic<bool> done = false;
-
-    ~Outlining() {
-        stop = true;
-        worker.Join();
-    }
-};
-
-CSessionDesk::CSessionDesk(const DeskParts& parts, QObject* parent)
-    : QObject(parent), Parts(parts), Alone(qor::Shown(SettingsFolder() + "qorview.lock")) {
+CSessionDesk::CSessionDesk(const DeskParts& parts, CReplayDesk& player, QObject* parent)
+    : QObject(parent), Parts(parts), Player(player),
+      Alone(qor::Shown(SettingsFolder() + "qorview.lock")) {
     CMainWindow& window = Parts.Window;
     connect(&Parts.Engine, &CEngine::Changed, this, [this] {
         Parts.Doc().TakeChange();
@@ -83,21 +70,7 @@ CSessionDesk::CSessionDesk(const DeskParts& parts, QObject* parent)
     connect(&window.Start(), &CStartPage::OpenAsked, this,
             [this](const QString& path) { AfterAsking([this, path] { Open(path); }); });
     connect(&window.Start(), &CStartPage::RestoreAsked, this, &CSessionDesk::Restore);
-    CReplayBar& bar = window.Replay();
-    connect(&bar, &CReplayBar::PlayPressed, this, &CSessionDesk::PlayOrPause);
-    connect(&bar, &CReplayBar::RestartPressed, this,
-            [this] { Parts.SayFault("replay", Parts.Doc().Sources.Rewind(ReplayedFile())); });
-    connect(&bar, &CReplayBar::SpeedChosen, this, [this](int place) {
-        Parts.SayFault("replay",
-                       Parts.Doc().Sources.SetSpeed(ReplayedFile(),
-                                                    ReplaySpeeds[static_cast<std::size_t>(place)]));
-    });
-    connect(&bar, &CReplayBar::SeekAsked, this, [this](double place) {
-        const SessionSnapshot snapshot = Parts.Doc().Snapshot();
-        if (const ResourceStatus* file = snapshot.Find(ReplayedFile()))
-            Parts.SayFault("replay",
-                           Parts.Doc().Sources.Seek(file->id, ReplayOffset(place, file->fileSize)));
-    });
+    connect(&Player, &CReplayDesk::InstrumentsAsked, this, [this] { emit FilesForSession({}); });
     FindLeftSession();
     FillRecent();
     ReadySwitches();
@@ -150,7 +123,7 @@ bool CSessionDesk::PutAway() {
     if (Kind == Shown::Live && !doc.Session.Path().empty() && !doc.Session.Changed() &&
         doc.Session.Windows() != JsonValue::Array())
         SaveTo(doc.Session.Path());
-    Outline.reset();
+    Player.End();
     emit Closed();
     doc.RawLog.EndLogFile(true);
     const std::string fault = doc.Session.CloseSession();
@@ -338,68 +311,17 @@ void CSessionDesk::Replay(const QString& path, const QStringList& definitions) {
 
 void CSessionDesk::BeginReplay(const std::string& path, std::vector<std::string> definitions,
                                std::optional<SessionRecord> session) {
-    CQorViewDoc& doc = Parts.Doc();
     if (!PutAway())
         return;
-    Parts.SayFault("session", doc.Session.NewSession());
-    CSessionSetup setup(doc);
-    CommResult result = CommResult::Success;
-    const ResourceId file = doc.AddFileResource(path, {}, &result);
-    if (file == ResourceId::None) {
-        Parts.SayFault(path, path + " cannot be played. " + OneLine(CommDetail(result)));
+    Parts.SayFault("session", Parts.Doc().Session.NewSession());
+    const bool loaded =
+        Player.Load(path, {.definitions = std::move(definitions), .session = std::move(session)});
+    if (!loaded) {
         Parts.Window.ShowStart(true);
         return;
     }
-    AddPlayed(doc, setup, file, path,
-              {.definitions = std::move(definitions), .session = std::move(session)});
-    Parts.SayAll(Sign::Error, setup.Refusals());
     Begun(Shown::Replay);
-    if (doc.Snapshot().Find(file)->instruments.empty())
-        Parts.Say(Sign::Warning, "replay",
-                  tr("No definition beside %1 finds frames in it. Add its instruments.")
-                      .arg(qor::Shown(path)),
-                  {{tr("Add instruments").toStdString(), [this] { emit FilesForSession({}); }}});
-    Outline = std::make_unique<Outlining>();
-    Outlining* outline = Outline.get();
-    static_cast<void>(outline->worker.Start(
-        ThreadPriority::Normal, [outline, path, record = doc.Session.Record()] {
-            outline->found = OutlineLog(path, record, outline->stop);
-            outline->done = true;
-        }));
-    Parts.SayFault("replay", doc.Sources.SetSpeed(file, 1));
-    Parts.SayFault("replay", doc.Sources.Play(file));
-}
-
-ResourceId CSessionDesk::ReplayedFile() const {
-    for (const ResourceStatus& resource : Parts.Doc().Snapshot().resources)
-        if (resource.isFile)
-            return resource.id;
-    return ResourceId::None;
-}
-
-void CSessionDesk::PlayOrPause() {
-    const SessionSnapshot snapshot = Parts.Doc().Snapshot();
-    if (const ResourceStatus* file = snapshot.Find(ReplayedFile()))
-        Parts.SayFault("replay", file->playing ? Parts.Doc().Sources.Pause(file->id)
-                                               : Parts.Doc().Sources.Play(file->id));
-}
-
-void CSessionDesk::Skip(double seconds) {
-    const SessionSnapshot snapshot = Parts.Doc().Snapshot();
-    const ResourceStatus* file = snapshot.Find(ReplayedFile());
-    if (!file || !Outline || !Outline->done)
-        return;
-    const double place = ReplayPlaceAfter(*file, Outline->found, seconds);
-    Parts.SayFault("replay",
-                   Parts.Doc().Sources.Seek(file->id, ReplayOffset(place, file->fileSize)));
-}
-
-void CSessionDesk::ShowReplay() {
-    const SessionSnapshot snapshot = Parts.Doc().Snapshot();
-    const ResourceStatus* file = snapshot.Find(ReplayedFile());
-    if (file)
-        Parts.Window.Replay().ShowPage(
-            MakeReplayPage(*file, Outline && Outline->done ? Outline->found : LogOutline()));
+    Player.Begin();
 }
 
 void CSessionDesk::DropFiles(const QStringList& paths) {
@@ -497,7 +419,7 @@ void CSessionDesk::Refresh() {
     if (Kind == Shown::Live && Alone.isLocked() && (std::exchange(Touched, false) || due))
         KeepForRestore();
     if (Kind == Shown::Replay)
-        ShowReplay();
+        Player.Refresh();
 }
 
 void CSessionDesk::End() {

@@ -4,9 +4,8 @@
 // what ended unexpectedly. Nothing that was changed is lost without a question.
 #pragma once
 
-#include "app/desk/DeskParts.h"
+#include "app/desk/ReplayDesk.h"
 #include "session/RecentSessions.h"
-#include "session/ReplaySources.h"
 
 #include <QLockFile>
 
@@ -19,7 +18,7 @@ class CSessionDesk : public QObject {
     Q_OBJECT
 
   public:
-    CSessionDesk(const DeskParts& parts, QObject* parent);
+    CSessionDesk(const DeskParts& parts, CReplayDesk& player, QObject* parent);
     ~CSessionDesk() override;
 
     void NewSession();
@@ -46,8 +45,6 @@ class CSessionDesk : public QObject {
     /// Puts everything away before the program ends.
     void End();
 
-    void PlayOrPause();
-    void Skip(double seconds);
     /// Start page and replay bar; twice a second. Notes what a later start must know.
     void Refresh();
 
@@ -65,7 +62,6 @@ class CSessionDesk : public QObject {
 
   private:
     enum class Shown { Nothing, Live, Practice, Replay };
-    struct Outlining;
 
     bool PutAway();
     bool BeginNew();
@@ -79,10 +75,9 @@ class CSessionDesk : public QObject {
     void FindLeftSession();
     void FillRecent();
     void KeepForRestore();
-    ResourceId ReplayedFile() const;
-    void ShowReplay();
 
     const DeskParts Parts;
+    CReplayDesk& Player;
     QLockFile Alone;                 ///< held by the first of several programs with these settings
     std::optional<SessionMark> Left; ///< a session that ended unexpectedly
     Shown Kind = Shown::Nothing;
@@ -90,7 +85,6 @@ class CSessionDesk : public QObject {
     bool Touched = false;  ///< the session changed since it was kept
     std::string KeptBytes; ///< of the copy for the next start
     std::string MarkedLog;
-    std::unique_ptr<Outlining> Outline; ///< of the log that is replayed
 };
 
 } // namespace qor

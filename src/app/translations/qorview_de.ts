@@ -1593,6 +1593,17 @@
     </message>
 </context>
 <context>
+    <name>qor::CReplayDesk</name>
+    <message>
+        <source>No definition beside %1 finds frames in it. Add its instruments.</source>
+        <translation>Keine Definition neben %1 findet Frames darin. Seine Instrumente hinzufügen.</translation>
+    </message>
+    <message>
+        <source>Add instruments</source>
+        <translation>Instrumente hinzufügen</translation>
+    </message>
+</context>
+<context>
     <name>qor::CSessionDesk</name>
     <message>
         <source>A log is open. End it and close the session?</source>
@@ -1633,14 +1644,6 @@
     <message>
         <source>Replay a raw log</source>
         <translation>Rohlog abspielen</translation>
-    </message>
-    <message>
-        <source>No definition beside %1 finds frames in it. Add its instruments.</source>
-        <translation>Keine Definition neben %1 findet Frames darin. Seine Instrumente hinzufügen.</translation>
-    </message>
-    <message>
-        <source>Add instruments</source>
-        <translation>Instrumente hinzufügen</translation>
     </message>
     <message>
         <source>A session without a name</source>
@@ -1834,12 +1837,13 @@
         <translation>Instrument</translation>
     </message>
     <message>
-        <source>Hz</source>
-        <translation>Hz</translation>
-    </message>
-    <message>
         <source>Age</source>
         <translation>Alter</translation>
+    </message>
+    <message>
+        <source>Hz</source>
+        <comment>frames a second, column</comment>
+        <translation>Hz</translation>
     </message>
 </context>
 <context>
