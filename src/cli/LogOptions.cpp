@@ -60,12 +60,10 @@ std::string ReadSpans(LogCallOptions& options) {
     for (auto& entry : spans) {
         if (entry.text.empty())
             continue;
-        std::optional<LogSpan> span = ParseSpan(entry.text);
-        if (!span)
-            return std::string(entry.name) + " " + entry.text +
-                   ": give [HH:]MM:SS, more than zero.";
+        if (const std::string fault = SpanFault(entry.text); !fault.empty())
+            return std::string(entry.name) + " " + entry.text + ": " + fault;
         entry.enabled = true;
-        entry.span = *span;
+        entry.span = *ParseSpan(entry.text);
     }
     return {};
 }
@@ -149,10 +147,11 @@ void AddLogOptions(CLI::App& command, LogCallOptions& options) {
         .add_option("--session-log", options.sessionLogDirectory,
                     "Folder of the session log (that of the raw logs)")
         ->type_name("DIR");
-    command.add_option("--duration", options.durationText, "Length of a log")
+    command.add_option("--duration", options.durationText, "Length of a log: 45s, 10m, 1h30m")
         ->type_name("[HH:]MM:SS");
     command
-        .add_option("--repeat", options.repeatText, "Begin another log so long after one has ended")
+        .add_option("--repeat", options.repeatText,
+                    "Begin another log so long after one has ended: 50m")
         ->type_name("[HH:]MM:SS");
     command.add_flag("--time-stamps", options.log.timeStampEnabled,
                      "Write a time-stamp sentence a second");

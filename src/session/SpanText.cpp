@@ -30,11 +30,32 @@ bool IsNumber(std::string_view text, std::size_t most) {
     return !text.empty() && text.size() <= most && std::ranges::all_of(text, IsDigit);
 }
 
+/// The largest unit first, each at most once.
+std::optional<LogSpan> ParseUnits(std::string_view text) {
+    constexpr std::string_view Units = "hms";
+    std::int32_t numbers[Units.size()] = {};
+    for (std::size_t next = 0; !text.empty();) {
+        const auto digits =
+            static_cast<std::size_t>(std::ranges::find_if_not(text, IsDigit) - text.begin());
+        const std::string unit = ToLower(text.substr(digits, 1));
+        const std::size_t place = unit.empty() ? Units.npos : Units.find(unit, next);
+        if (place == Units.npos || !IsNumber(text.substr(0, digits), 6))
+            return std::nullopt;
+        numbers[place] = static_cast<std::int32_t>(*WholeCount(text.substr(0, digits)));
+        next = place + 1;
+        text.remove_prefix(digits + 1);
+    }
+    const LogSpan span{numbers[0], numbers[1], numbers[2]};
+    return span.Seconds() == 0 ? std::nullopt : std::optional(span);
+}
+
 } // namespace
 
 std::optional<LogSpan> ParseSpan(std::string_view text) {
     std::string_view parts[4];
     const int count = SplitFromRight(text, parts);
+    if (count == 1)
+        return ParseUnits(text);
     if (count > 3)
         return std::nullopt;
     std::int32_t numbers[3] = {0, 0, 0}; // seconds, minutes, hours
@@ -47,6 +68,16 @@ std::optional<LogSpan> ParseSpan(std::string_view text) {
     }
     const LogSpan span{numbers[2], numbers[1], numbers[0]};
     return span.Seconds() == 0 ? std::nullopt : std::optional(span);
+}
+
+std::string SpanFault(std::string_view text) {
+    if (ParseSpan(text))
+        return {};
+    if (IsNumber(text, 6) && WholeCount(text) != 0U) {
+        const auto number = static_cast<std::int32_t>(*WholeCount(text));
+        return "Is that " + std::to_string(number) + "m or " + SpanText({0, 0, number}) + "?";
+    }
+    return "Give a time such as 10m, 1h30m or 00:10:00.";
 }
 
 std::optional<LogSpan> ParseFullSpan(std::string_view text) {

@@ -12,8 +12,12 @@
 
 namespace qor {
 
-/// [HH:]MM:SS, or plain seconds. Empty when malformed or zero.
+/// [HH:]MM:SS, or with units as in "1h30m", "10m", "45s". Empty when malformed or zero, and for a
+/// number without a unit, which people read as minutes as often as seconds.
 std::optional<LogSpan> ParseSpan(std::string_view text);
+
+/// What is wrong with such a text, as one sentence, or empty.
+std::string SpanFault(std::string_view text);
 
 /// HH:MM:SS alone: one to six digits of hours, two of minutes and seconds, these below 60. Empty
 /// when malformed or zero.

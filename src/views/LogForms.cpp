@@ -34,10 +34,6 @@ std::string FolderFault(const std::string& folder) {
     return folder.empty() || IsDirectory(folder) ? "" : "There is no such folder.";
 }
 
-std::string SpanFault(const std::string& text) {
-    return ParseSpan(Trim(text)) ? "" : "Give a time such as 10:00 or 1:30:00.";
-}
-
 LogNaming NamingOf(const NamingForm& form) {
     LogNaming naming;
     naming.logNamingMode = form.mode;
@@ -90,9 +86,9 @@ FormFaults CheckForm(const LogOptionsForm& form) {
     if (form.gpsHeader && !form.hasGps)
         faults.Add("gpsHeader", "No instrument has the role of the GPS.");
     if (form.useDuration)
-        faults.Add("duration", SpanFault(form.duration));
+        faults.Add("duration", SpanFault(Trim(form.duration)));
     if (form.useRepeat)
-        faults.Add("repeat", SpanFault(form.repeat));
+        faults.Add("repeat", SpanFault(Trim(form.repeat)));
     if (form.useRepeat && !form.useDuration)
         faults.Add("repeat", "A repeat needs a duration: the length of each log.");
     return faults;

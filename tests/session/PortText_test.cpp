@@ -42,24 +42,50 @@ TEST(SpanText, OptionsAreShortAndFilesAreInFull) {
     struct {
         const char *text, *option, *file; // null: refused
     } cases[] = {
-        {"90", "00:01:30", nullptr},        {"90:00", "01:30:00", nullptr},
-        {"00:10:00", "00:10:00", "same"},   {"1:00:00", "01:00:00", "same"},
-        {"100:00:01", "100:00:01", "same"}, {"00:60:00", "01:00:00", nullptr},
-        {"00:00:60", "00:01:00", nullptr},  {"0:0:5", "00:00:05", nullptr},
-        {"00:00:00", nullptr, nullptr},     {"", nullptr, nullptr},
-        {":05:00", nullptr, nullptr},       {"01::00", nullptr, nullptr},
-        {"0:01:00:00", nullptr, nullptr},   {"-1:00:00", nullptr, nullptr},
-        {"01:00:+5", "01:00:05", nullptr},  {"9999999:00:00", nullptr, nullptr},
+        {"90", nullptr, nullptr},
+        {"90:00", "01:30:00", nullptr},
+        {"00:10:00", "00:10:00", "same"},
+        {"1:00:00", "01:00:00", "same"},
+        {"100:00:01", "100:00:01", "same"},
+        {"00:60:00", "01:00:00", nullptr},
+        {"00:00:60", "00:01:00", nullptr},
+        {"0:0:5", "00:00:05", nullptr},
+        {"00:00:00", nullptr, nullptr},
+        {"", nullptr, nullptr},
+        {":05:00", nullptr, nullptr},
+        {"01::00", nullptr, nullptr},
+        {"0:01:00:00", nullptr, nullptr},
+        {"-1:00:00", nullptr, nullptr},
+        {"01:00:+5", "01:00:05", nullptr},
+        {"9999999:00:00", nullptr, nullptr},
         {"01:00:00 ", nullptr, nullptr},
+        {"10m", "00:10:00", nullptr},
+        {"1h30m", "01:30:00", nullptr},
+        {"45s", "00:00:45", nullptr},
+        {"2H90M", "03:30:00", nullptr},
+        {"1h0m5s", "01:00:05", nullptr},
+        {"m", nullptr, nullptr},
+        {"30m1h", nullptr, nullptr},
+        {"5m5m", nullptr, nullptr},
+        {"1h30", nullptr, nullptr},
+        {"10x", nullptr, nullptr},
+        {"-5m", nullptr, nullptr},
+        {"0s", nullptr, nullptr},
+        {"9999999h", nullptr, nullptr},
+        {"1.5h", nullptr, nullptr},
+        {"10m:00", nullptr, nullptr},
     };
     for (const auto& row : cases) {
         const std::optional<LogSpan> option = ParseSpan(row.text), file = ParseFullSpan(row.text);
         EXPECT_EQ(option ? SpanText(*option) : "", row.option ? row.option : "") << row.text;
+        EXPECT_EQ(SpanFault(row.text).empty(), option.has_value()) << row.text;
         ASSERT_EQ(file.has_value(), row.file != nullptr) << row.text;
         if (file) {
             EXPECT_EQ(SpanText(*file), row.option);
         }
     }
+    EXPECT_EQ(SpanFault("10"), "Is that 10m or 00:00:10?");
+    EXPECT_EQ(SpanFault("090"), "Is that 90m or 00:01:30?");
 }
 
 } // namespace

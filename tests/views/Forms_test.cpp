@@ -160,7 +160,7 @@ TEST(Forms, OfTheStation) {
 }
 
 TEST(Forms, OfTheLog) {
-    constexpr const char* Span = "Give a time such as 10:00 or 1:30:00.";
+    constexpr const char* Span = "Give a time such as 10m, 1h30m or 00:10:00.";
     using O = Change<LogOptionsForm>;
     LogOptionsForm good;
     good.useDuration = good.useRepeat = good.gpsHeader = good.hasGps = true;
