@@ -2,11 +2,13 @@
 //
 // qorview-cli compare: the optical reality check over a raw log, for every frame of the device
 // under test against the latest frame of the reference before it.
+#include "base/NearName.h"
 #include "cli/Commands.h"
 #include "cli/OutputOptions.h"
 #include "cli/PlayedFile.h"
 #include "cli/Report.h"
 #include "export/Comparison.h"
+#include "session/FileKind.h"
 
 #include <CLI/CLI.hpp>
 
@@ -22,7 +24,7 @@ struct CompareOptions : PlaybackOptions {
     std::string sensor;
     std::string output;
     OutputRules rules;
-    bool csv = false;
+    std::optional<bool> csv; ///< not given: as the output's name says
 };
 
 /// False when a name of the call is none's; reported.
@@ -38,13 +40,15 @@ bool KnowsNames(CPlayedFile& playback, const CompareOptions& options, ComparedPa
             side.instrument = &found->Live;
         else
             ReportError(std::string(side.option) + " " + side.name +
-                        ": there is no instrument of that name.");
+                        ": there is no instrument of that name." +
+                        NameAdvice(side.name, InstrumentNames(playback.Doc())));
     if (!pair.dut || !pair.reference)
         return false;
     if (options.sensor.empty() || HasSeries(*pair.dut, options.sensor) ||
         HasSeries(*pair.reference, options.sensor))
         return true;
-    ReportError("--sensor " + options.sensor + ": neither instrument has a series of that type.");
+    ReportError("--sensor " + options.sensor + ": neither instrument has a series of that type." +
+                NameAdvice(options.sensor, SeriesTypes(pair)));
     return false;
 }
 
@@ -70,7 +74,7 @@ class CComparison {
     CompareOptions& Options;
     CommandContext& Context;
     COutput Out{ReportError};
-    bool Begun = false;
+    bool Begun = false, Whole = true;
 };
 
 /// Before the first result: opens the output and says what makes the results doubtful.
@@ -82,10 +86,9 @@ int CComparison::Begin(const ComparedPair& pair) {
         ReportWarning(Options.dut + " measures in " + dut + ", " + Options.reference + " in " +
                       reference + ": the percentages compare unlike units.");
     OutputRules rules = Options.rules;
-    rules.inputs =
-        Together({Options.files, Options.instruments.definitions, Options.instruments.packages});
+    rules.inputs = Options.Inputs();
     const int status = OutputExit(Out.Open(Options.output, rules));
-    if (status == ExitWell && Options.csv)
+    if (status == ExitWell && *Options.csv)
         WriteComparisonHeader(Out);
     return status;
 }
@@ -97,6 +100,7 @@ int CComparison::CompareLog(const std::string& path) {
     bool well = playback.Open(path, Options.instruments, Options.strict);
     if (playback.IsBadCall())
         return ExitBadCall;
+    Whole = Whole && playback.IsOpen();
     if (!playback.IsOpen())
         return ExitFault;
     if (!KnowsNames(playback, Options, pair))
@@ -105,16 +109,16 @@ int CComparison::CompareLog(const std::string& path) {
         return ExitFault;
     if (const int status = Begin(pair); status != ExitWell)
         return status;
-    well = playback.Play(
-               Context,
-               [&](CQorViewIns& instrument, const FrameCheckResult&) {
-                   if (&instrument.Live == pair.dut)
-                       (Options.csv ? WriteComparisonCsv
-                                    : WriteComparisonJson)(Out, CompareCurrent(pair));
-               },
-               [&] { return Out.Good(); }) &&
-           well;
-    return well ? ExitWell : ExitFault;
+    const auto write = *Options.csv ? WriteComparisonCsv : WriteComparisonJson;
+    const bool whole = playback.Play(
+        Context,
+        [&](CQorViewIns& instrument, const FrameCheckResult&) {
+            if (&instrument.Live == pair.dut)
+                write(Out, CompareCurrent(pair));
+        },
+        [&] { return Out.Good(); });
+    Whole = Whole && whole;
+    return whole && well ? ExitWell : ExitFault;
 }
 
 int CComparison::Run() {
@@ -122,6 +126,7 @@ int CComparison::Run() {
         return ExitBadCall;
     if (const int status = TakeInstruments(Options); status != ExitWell)
         return status;
+    Options.csv = Options.csv.value_or(ExtensionOf(Options.output) == "csv");
     int status = ExitWell;
     for (const std::string& path : Options.files) {
         status = std::max(status, CompareLog(path));
@@ -130,6 +135,8 @@ int CComparison::Run() {
         if (status == ExitBadCall || !Out.Good())
             break;
     }
+    if (Begun && !Whole && status != ExitBadCall && !Options.output.empty())
+        return WithholdResults(Options.output);
     return status != ExitBadCall && !Out.Finish().Good() ? ExitFault : status;
 }
 

@@ -21,15 +21,23 @@ struct DecodeOptions : PlaybackOptions {
     bool hex = false;
 };
 
-/// Plays one log into the sink. False when something of it could not be used; `result` tells when
-/// the sink takes no more.
-bool DecodeLog(const std::string& path, const DecodeOptions& options, CommandContext& context,
-               CFrameSink& sink, OutputResult& result, bool& badCall) {
+/// What came of playing a log into the sink.
+struct DecodedLog {
+    bool well = false;        ///< everything that was named could be used
+    bool begun = false;       ///< the sink has taken it
+    bool whole = false;       ///< and it was read to its end
+    bool badCall = false;     ///< reported
+    OutputResult result = {}; ///< of the sink
+};
+
+DecodedLog DecodeLog(const std::string& path, const DecodeOptions& options, CommandContext& context,
+                     CFrameSink& sink) {
     CPlayedFile playback(options.chunk);
-    bool well = playback.Open(path, options.instruments, options.strict);
-    badCall = playback.IsBadCall();
-    if (badCall || !playback.IsOpen())
-        return false;
+    DecodedLog log;
+    log.well = playback.Open(path, options.instruments, options.strict);
+    log.badCall = playback.IsBadCall();
+    if (log.badCall || !playback.IsOpen())
+        return log;
     const bool derives = options.settings.derived && options.format->derived;
     std::vector<DerivedRow> derived; // its memory is used from frame to frame
     std::vector<ExportedInstrument> instruments;
@@ -37,20 +45,20 @@ bool DecodeLog(const std::string& path, const DecodeOptions& options, CommandCon
         instruments.push_back({&instrument->Live, {}});
     for (std::size_t i = 0; derives && i < instruments.size(); ++i)
         playback.Doc().ReadDerived(*playback.Instruments()[i], instruments[i].derived);
-    result = sink.BeginLog(path, instruments);
-    if (!result.Good())
-        return false;
-    well = playback.Play(
-               context,
-               [&](CQorViewIns& instrument, const FrameCheckResult& checks) {
-                   if (derives)
-                       playback.Doc().ReadDerived(instrument, derived);
-                   sink.Write({instrument.Live, checks, derived});
-               },
-               [&] { return sink.Good(); }) &&
-           well;
+    log.result = sink.BeginLog(path, instruments);
+    log.begun = log.result.Good();
+    if (!log.begun)
+        return log;
+    log.whole = playback.Play(
+        context,
+        [&](CQorViewIns& instrument, const FrameCheckResult& checks) {
+            if (derives)
+                playback.Doc().ReadDerived(instrument, derived);
+            sink.Write({instrument.Live, checks, derived});
+        },
+        [&] { return sink.Good(); });
     sink.EndLog();
-    return well;
+    return log;
 }
 
 int RunDecode(DecodeOptions& options, CommandContext& context) {
@@ -64,24 +72,26 @@ int RunDecode(DecodeOptions& options, CommandContext& context) {
                             : options.rawCounts ? ValueView::RawCounts
                                                 : ValueView::Calibrated;
     options.settings.report = ReportError;
-    options.settings.rules.inputs =
-        Together({options.files, options.instruments.definitions, options.instruments.packages});
+    options.settings.rules.inputs = options.Inputs();
     const std::unique_ptr<CFrameSink> sink = options.format->make(options.settings);
-    bool well = true;
-    OutputResult result;
+    bool well = true, whole = true, begun = false;
     for (const std::string& path : options.files) {
-        bool badCall = false;
-        well = DecodeLog(path, options, context, *sink, result, badCall) && well;
-        if (badCall)
+        const DecodedLog log = DecodeLog(path, options, context, *sink);
+        if (log.badCall)
             return ExitBadCall;
-        if (!result.Good())
-            return OutputExit(result);
+        if (!log.result.Good())
+            return OutputExit(log.result);
         if (context.stop.Requested())
             return ExitInterrupted; // files that are not complete are not there
+        well = well && log.well;
+        whole = whole && log.whole;
+        begun = begun || log.begun;
         if (!sink->Good())
             break;
     }
-    return sink->Finish().Good() && well ? ExitWell : ExitFault;
+    if (begun && !whole && !options.settings.path.empty())
+        return WithholdResults(options.settings.path);
+    return sink->Finish().Good() && well && whole ? ExitWell : ExitFault;
 }
 
 /// "csv (a table an instrument), ... or none" and the names alone.

@@ -4,7 +4,6 @@
 #include "base/Text.h"
 #include "cli/InstrumentOptions.h"
 #include "cli/Report.h"
-#include "export/Output.h"
 #include "platform/SystemText.h"
 #include "session/EventAdvice.h"
 #include "session/PortText.h"
@@ -145,6 +144,13 @@ bool CLogConsole::Begin() {
     return false;
 }
 
+/// Whether consent to overwrite would not do for what has the log's name.
+OutputResult CLogConsole::PlaceOfFirstLog() const {
+    const std::string path = LogRun.FirstLogPath();
+    const OutputRules rules{.overwrite = true, .overRawLogs = true, .inputs = LogRun.Inputs()};
+    return {path.empty() ? OutputState::Good : StateOfPlace(path, rules), path};
+}
+
 int CLogConsole::Run() {
     const bool ports = LogRun.SetUp();
     if (!LogRun.SessionRefusal().empty()) {
@@ -156,6 +162,8 @@ int CLogConsole::Run() {
     const bool usable = ReportSetup(LogRun.Set(), Strict, true);
     if (HasUnknownName(LogRun.Set().Refusals()))
         return ExitBadCall;
+    if (const int status = OutputExit(PlaceOfFirstLog()); status != ExitWell)
+        return status;
     Fault = Fault || !usable;
     const bool instruments = LogRun.HasInstruments();
     if (!ports || !instruments || (!usable && !Partly)) {

@@ -6,6 +6,7 @@
 
 #include "cli/Commands.h"
 #include "cli/LiveStatus.h"
+#include "cli/OutputOptions.h"
 #include "cli/TerminalUser.h"
 #include "session/LogRun.h"
 
@@ -20,6 +21,7 @@ class CLogConsole {
 
   private:
     bool Begin();
+    OutputResult PlaceOfFirstLog() const;
     void ReportPorts();
     bool IsTriedAgain(const std::string& port) const;
     void WarnOfFiles();

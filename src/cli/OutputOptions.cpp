@@ -13,7 +13,10 @@ namespace {
 const char* RefusalText(OutputState state) {
     switch (state) {
     case OutputState::NeedsFolder:
-        return "several instruments give several tables: name a folder for them with -o DIR.";
+        return "several instruments give several tables; give a folder with -o: one that is there, "
+               "or a new name without an extension.";
+    case OutputState::IsFolder:
+        return "it is a folder; name a file in it.";
     case OutputState::IsInput:
         return "it is one of the files to read; name another one for the results.";
     case OutputState::IsRawLog:
@@ -41,13 +44,6 @@ CLI::Option* AddOutputOptions(CLI::App& command, const std::string& help, std::s
             "-o,--output", [&path](const std::string& name) { path = name == "-" ? "" : name; },
             help)
         ->type_name("PATH");
-}
-
-std::vector<std::string> Together(std::initializer_list<std::vector<std::string>> lists) {
-    std::vector<std::string> all;
-    for (const std::vector<std::string>& list : lists)
-        all.insert(all.end(), list.begin(), list.end());
-    return all;
 }
 
 int OutputExit(const OutputResult& result) {

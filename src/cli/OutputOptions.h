@@ -5,9 +5,7 @@
 
 #include "export/Output.h"
 
-#include <initializer_list>
 #include <string>
-#include <vector>
 
 namespace CLI {
 class App;
@@ -19,9 +17,6 @@ namespace qor {
 /// Adds -o and --overwrite. The path is empty for standard output, which "-" names too.
 CLI::Option* AddOutputOptions(CLI::App& command, const std::string& help, std::string& path,
                               OutputRules& rules);
-
-/// All paths of several lists: what the results must not be written onto.
-std::vector<std::string> Together(std::initializer_list<std::vector<std::string>> lists);
 
 /// The exit status of a command whose output came to this. Says what was refused.
 int OutputExit(const OutputResult& result);

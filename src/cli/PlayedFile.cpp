@@ -126,6 +126,12 @@ int TakeInstruments(PlaybackOptions& options) {
     return ExitBadCall;
 }
 
+int WithholdResults(const std::string& path) {
+    ReportError(path + ": not made, because a log could not be read whole; -o - prints what can be "
+                       "read of it.");
+    return ExitFault;
+}
+
 void AddFormatOption(CLI::App& command, const std::vector<std::string>& formats,
                      const std::string& help, std::function<void(const std::string&)> take) {
     std::string names;

@@ -22,6 +22,11 @@ struct PlaybackOptions {
     std::string sessionPath; ///< empty: none
     std::uint32_t chunk = 0; ///< 0: not given
     bool strict = false;
+
+    /// What the results must not be written onto.
+    std::vector<std::string> Inputs() const {
+        return FilesOf(instruments, instruments.session, sessionPath, files);
+    }
 };
 
 class CPlayedFile {
@@ -75,6 +80,9 @@ bool NamesRawFile(const std::vector<std::string>& files);
 /// Reads the session that was named. ExitWell when there is something to play with; else the exit
 /// status of what was reported.
 int TakeInstruments(PlaybackOptions& options);
+
+/// Says that no file is made because some log could not be read whole; the exit status.
+int WithholdResults(const std::string& path);
 
 /// Adds --format; `take` gets the one of the formats that was chosen.
 void AddFormatOption(CLI::App& command, const std::vector<std::string>& formats,

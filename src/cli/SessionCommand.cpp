@@ -52,7 +52,7 @@ int MakeSession(const SessionCallOptions& options, SessionRecord& session) {
 int RunSession(const CLI::App& command, SessionCallOptions& options) {
     if (const int status = ReadLogCall(command, options); status != ExitWell)
         return status;
-    options.rules.inputs = Together({options.names.definitions, options.names.packages});
+    options.rules.inputs = FilesOf(options.names, options.session, options.sessionPath);
     SessionRecord session;
     if (const int status = MakeSession(options, session); status != ExitWell)
         return status;

@@ -109,26 +109,23 @@ bool CSimulation::ReadStart() {
     return false;
 }
 
-/// Whether --role and --wet name instruments of the call; reports the first that does not.
+/// Whether --role and --wet name instruments of the call; reports those that do not.
 bool CSimulation::KnowsNames() {
-    std::vector<std::string> names = Options.instruments.wet;
-    for (const RoleAssignment& assignment : Options.instruments.roles)
-        names.push_back(assignment.name);
-    for (const std::string& name : names) {
-        if (std::ranges::any_of(Instruments, [&](auto& known) { return known->Name() == name; }))
-            continue;
-        ReportError("--role, --wet: there is no instrument \"" + name + "\".");
-        return false;
-    }
-    return true;
+    std::vector<std::string> known;
+    for (const auto& instrument : Instruments)
+        known.push_back(instrument->Name());
+    const std::vector<Refusal> unknown = UnknownNames(Options.instruments, known);
+    for (const Refusal& name : unknown)
+        ReportError(name.subject + ": " + name.reason);
+    return unknown.empty();
 }
 
 int CSimulation::OpenLine() {
     if (Options.pty)
         return Line.OpenPort();
     OutputRules rules = Options.rules;
-    rules.overRawLogs = rules.overwrite; // logs are what it makes
-    rules.inputs = Together({Options.instruments.definitions, Options.instruments.packages});
+    rules.overRawLogs = true; // logs are what it makes
+    rules.inputs = FilesOf(Options.instruments, {}, {});
     return Line.OpenOutput(Options.output, rules);
 }
 

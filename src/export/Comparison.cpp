@@ -36,6 +36,15 @@ bool HasSeries(const CLiveInstrument& instrument, std::string_view type) {
     });
 }
 
+std::vector<std::string> SeriesTypes(const ComparedPair& pair) {
+    std::vector<std::string> types;
+    for (const CLiveInstrument* instrument : {pair.dut, pair.reference})
+        for (const OpticalSeries& series : SeriesOf(instrument->Definition()))
+            if (std::ranges::find(types, series.type) == types.end())
+                types.push_back(series.type);
+    return types;
+}
+
 const CLiveInstrument* ChooseComparedSeries(ComparedPair& pair, std::string_view type) {
     if (!ChooseOne(*pair.dut, type, pair.dutSeries))
         return pair.dut;

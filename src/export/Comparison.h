@@ -24,6 +24,8 @@ struct ComparedPair {
 
 /// Whether some series of the instrument is of the type.
 bool HasSeries(const CLiveInstrument& instrument, std::string_view type);
+/// The types of the series of both instruments, each once.
+std::vector<std::string> SeriesTypes(const ComparedPair& pair);
 /// Chooses the series of a type: the first ones for an empty type, an instrument's only one
 /// whatever the type. Gives the instrument that has none to choose; null when both have.
 const CLiveInstrument* ChooseComparedSeries(ComparedPair& pair, std::string_view type);

@@ -19,6 +19,10 @@ bool IsAmong(const std::string& path, const std::vector<std::string>& inputs) {
     return std::ranges::any_of(inputs, [&](auto& input) { return IsSameFile(path, input); });
 }
 
+bool IsHeld(FileCause cause) {
+    return cause == FileCause::SharingViolation || cause == FileCause::LockViolation;
+}
+
 /// Whether the file holds anything, and whether it begins as a raw log. One that cannot be read may
 /// hold anything.
 bool HoldsBytes(const std::string& path, bool& isRawLog) {
@@ -32,22 +36,27 @@ bool HoldsBytes(const std::string& path, bool& isRawLog) {
     return got > 0;
 }
 
-bool IsHeld(FileCause cause) {
-    return cause == FileCause::SharingViolation || cause == FileCause::LockViolation;
-}
+} // namespace
 
-/// What stands in the way of replacing an existing file.
-OutputState WhyNotReplaced(const std::string& path, const OutputRules& rules) {
+OutputState StateOfPlace(const std::string& path, const OutputRules& rules) {
+    if (IsDevice(path))
+        return OutputState::Good;
+    if (IsDirectory(path))
+        return OutputState::IsFolder;
+    if (IsSymbolicLink(path))
+        return OutputState::IsLink;
+    if (!FileExists(path))
+        return OutputState::Good;
     if (IsAmong(path, rules.inputs))
         return OutputState::IsInput;
+    if (IsHeld(CheckWritable(path)))
+        return OutputState::InUse;
     bool isRawLog = false;
     const bool holds = HoldsBytes(path, isRawLog);
     if (isRawLog && !rules.overRawLogs)
         return OutputState::IsRawLog;
     return holds && !rules.overwrite ? OutputState::Exists : OutputState::Good;
 }
-
-} // namespace
 
 COutput::COutput(FaultReport report) : Report(std::move(report)), Buffer(BufferSize) {}
 
@@ -68,44 +77,43 @@ OutputResult COutput::Fail(FileCause cause) {
     return {OutputState::Failed, Place};
 }
 
-OutputResult COutput::Refuse(OutputState state) {
+OutputResult COutput::Refuse(OutputState state, const std::string& path) {
     Usable = false;
-    return {state, Place};
+    return {state, path};
 }
 
 OutputResult COutput::Open(const std::string& path, const OutputRules& rules) {
-    if (path.empty() || !Place.empty())
+    if (!Place.empty())
         return {};
+    if (path.empty()) {
+        const auto input = std::ranges::find_if(rules.inputs, IsStandardOutput);
+        return input == rules.inputs.end() ? OutputResult{} : Refuse(OutputState::IsInput, *input);
+    }
     Place = path;
+    Rules = rules;
     if (IsDevice(path)) {
         const FileCause cause = File.OpenForWriting(path);
         return cause == FileCause::None ? OutputResult{} : Fail(cause);
     }
-    if (IsDirectory(path))
-        return Fail(FileCause::AccessDenied);
-    if (IsSymbolicLink(path))
-        return Refuse(OutputState::IsLink);
+    if (const OutputState state = StateOfPlace(path, rules); state != OutputState::Good)
+        return Refuse(state, path);
     Replaces = FileExists(path);
-    if (Replaces) {
-        if (const OutputState state = WhyNotReplaced(path, rules); state != OutputState::Good)
-            return Refuse(state);
-        if (const FileCause cause = CheckWritable(path); IsHeld(cause))
-            return Refuse(OutputState::InUse);
-        else if (cause != FileCause::None)
+    if (Replaces)
+        if (const FileCause cause = CheckWritable(path); cause != FileCause::None)
             return Fail(cause);
-    }
-    return OpenBeside(rules);
+    return OpenBeside();
 }
 
-/// Decided: a file that stands beside and that nobody holds is what a killed run left.
-OutputResult COutput::OpenBeside(const OutputRules& rules) {
+/// Decided: a file that stands beside and that nobody holds is what a killed run left; it can be a
+/// raw log only where such are made.
+OutputResult COutput::OpenBeside() {
     const std::string beside = Place + ".part";
-    if (FileExists(beside) && IsAmong(beside, rules.inputs))
-        return Refuse(OutputState::IsInput);
+    OutputRules rules = Rules;
+    rules.overwrite = true;
+    const OutputState state = StateOfPlace(beside, rules);
+    if (state != OutputState::Good && state != OutputState::IsLink)
+        return Refuse(state, beside);
     FileCause cause = File.CreateNew(beside);
-    if (cause == FileCause::AccessDenied && !IsSymbolicLink(beside) &&
-        IsHeld(CheckWritable(beside)))
-        return Refuse(OutputState::InUse);
     if (cause == FileCause::AccessDenied && RemoveFile(beside) == FileCause::None)
         cause = File.CreateNew(beside);
     if (cause != FileCause::None)
@@ -114,22 +122,30 @@ OutputResult COutput::OpenBeside(const OutputRules& rules) {
     return {};
 }
 
+/// Hours may have passed since it was opened.
+bool COutput::MayBeReplaced() const {
+    return !Replaces || StateOfPlace(Place, Rules) == OutputState::Good;
+}
+
 OutputResult COutput::Finish() {
     Flush();
     if (WriteFailed)
         return {OutputState::Failed, Place};
     if (Beside.empty())
         return {};
-    FileCause cause = File.Sync();
+    const FileCause synced = File.Sync();
     File.Close();
-    if (cause == FileCause::None)
-        cause = (Replaces ? RenameFile : RenameToNew)(Beside, Place);
-    if (cause == FileCause::None) {
-        Beside.clear();
-        return {};
+    if (synced != FileCause::None)
+        return Fail(synced);
+    if (MayBeReplaced()) {
+        const FileCause cause = (Replaces ? RenameFile : RenameToNew)(Beside, Place);
+        if (cause == FileCause::None) {
+            Beside.clear();
+            return {};
+        }
+        if (Replaces || !FileExists(Place))
+            return Fail(cause);
     }
-    if (Replaces || !FileExists(Place))
-        return Fail(cause);
     Report(Place + ": somebody else has made a file of this name meanwhile; the result stands in " +
            std::exchange(Beside, {}) + ".");
     WriteFailed = true;

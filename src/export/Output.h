@@ -25,6 +25,7 @@ enum class OutputState {
     Good,        ///< also when the reader of a pipe has gone
     Failed,      ///< the system refused or lost it
     NeedsFolder, ///< several tables, and no folder is named for them
+    IsFolder,    ///< a folder is there
     IsInput,     ///< the file is one of the call's inputs
     IsRawLog,    ///< a file that begins as a raw log is there
     IsLink,      ///< a symbolic link is there
@@ -42,9 +43,13 @@ struct [[nodiscard]] OutputResult {
 /// What a file may replace.
 struct OutputRules {
     bool overwrite = false;               ///< a file that is not empty
-    bool overRawLogs = false;             ///< also one that begins as a raw log
+    bool overRawLogs = false;             ///< such a one also when it begins as a raw log
     std::vector<std::string> inputs = {}; ///< paths that are never written onto
 };
+
+/// What stands in the way of writing there: one of those from IsFolder on, or Good. Nothing does of
+/// a device or pipe, which is written as it is.
+OutputState StateOfPlace(const std::string& path, const OutputRules& rules);
 
 class COutput {
   public:
@@ -57,6 +62,7 @@ class COutput {
 
     /// Writes to this file instead; standard output when the path is empty, and to a device or pipe
     /// as it is. Harmless when it is open already.
+    /// Standard output is refused where it goes into an input.
     OutputResult Open(const std::string& path, const OutputRules& rules);
 
     void Text(std::string_view text) {
@@ -97,15 +103,17 @@ class COutput {
     }
     bool MakeRoom(std::string_view text);
     bool Write(std::string_view bytes);
-    OutputResult OpenBeside(const OutputRules& rules);
+    OutputResult OpenBeside();
+    bool MayBeReplaced() const;
     OutputResult Fail(FileCause cause);
-    OutputResult Refuse(OutputState state);
+    OutputResult Refuse(OutputState state, const std::string& path);
 
     const FaultReport Report;
     std::vector<char> Buffer;
     std::size_t Used = 0;
     CFile File;
-    std::string Place;  ///< where the file belongs; empty for standard output
+    std::string Place; ///< where the file belongs; empty for standard output
+    OutputRules Rules;
     std::string Beside; ///< where it is written meanwhile; empty when it is no such file
     bool Replaces = false;
     bool Usable = true;

@@ -2,6 +2,7 @@
 #include "export/TableFiles.h"
 
 #include "base/Text.h"
+#include "session/FileKind.h"
 
 namespace qor {
 
@@ -17,14 +18,31 @@ std::string FileNameOf(const std::string& instrument) {
     return name;
 }
 
+bool EndsInSeparator(const std::string& path) {
+    return path.ends_with('/') || path.ends_with(PathSeparator());
+}
+
+/// Decided: a name with an extension that nothing has yet was meant for a file, unless a separator
+/// behind it says otherwise.
+bool NamesFolder(const std::string& path) {
+    return IsDirectory(path) || (!path.empty() && !FileExists(path) &&
+                                 (EndsInSeparator(path) || ExtensionOf(path).empty()));
+}
+
 } // namespace
 
+CTableFiles::~CTableFiles() {
+    Outputs.clear();
+    if (MadeFolder)
+        static_cast<void>(RemoveEmptyDirectory(Settings.path));
+}
+
 OutputResult CTableFiles::Prepare(std::size_t instruments) {
-    if (instruments > 1 && Settings.path.empty())
-        return {OutputState::NeedsFolder};
+    if (instruments > 1 && !NamesFolder(Settings.path))
+        return {OutputState::NeedsFolder, Settings.path};
     // What is in the way of the folder shows when the first table is opened.
-    if (instruments > 1 && !IsDirectory(Settings.path)) [[maybe_unused]]
-        FileCause made = MakeDirectory(Settings.path);
+    if (instruments > 1 && !IsDirectory(Settings.path))
+        MadeFolder = MakeDirectory(Settings.path) == FileCause::None;
     InFolder = instruments > 1 || IsDirectory(Settings.path);
     return {};
 }
@@ -36,9 +54,8 @@ std::string CTableFiles::PathInFolder(const std::string& instrument) {
     std::string name = stem;
     for (int number = 2; !FileNames.insert(ToLower(name)).second; ++number)
         name = stem + "_" + std::to_string(number);
-    const std::string& folder = Settings.path;
-    const bool separated = folder.ends_with('/') || folder.ends_with(PathSeparator());
-    return folder + (separated ? "" : std::string(1, PathSeparator())) + name + Extension;
+    const std::string separator(EndsInSeparator(Settings.path) ? 0 : 1, PathSeparator());
+    return Settings.path + separator + name + Extension;
 }
 
 OutputResult CTableFiles::Open(const std::string& instrument, TableFile& file) {

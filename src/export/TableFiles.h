@@ -25,6 +25,11 @@ class CTableFiles {
     CTableFiles(const ExportSettings& settings, std::string extension)
         : Settings(settings), Extension(std::move(extension)) {}
 
+    CTableFiles(const CTableFiles&) = delete;
+    CTableFiles& operator=(const CTableFiles&) = delete;
+    /// A folder that it has made and that holds nothing is gone.
+    ~CTableFiles();
+
     /// Before the tables of a log with so many instruments: makes the folder.
     OutputResult Prepare(std::size_t instruments);
     /// The table of the instrument's name; the one of an earlier log goes on.
@@ -38,6 +43,7 @@ class CTableFiles {
     const ExportSettings Settings;
     const std::string Extension;
     bool InFolder = false;
+    bool MadeFolder = false;
     std::map<std::string, std::unique_ptr<COutput>> Outputs; ///< by instrument name
     std::set<std::string> FileNames;                         ///< taken, in lower case
 };

@@ -108,10 +108,15 @@ FileCause RenameToNew(const std::string& from, const std::string& to);
 FileCause CheckWritable(const std::string& path);
 /// True for a symbolic link, also for one that leads nowhere.
 bool IsSymbolicLink(const std::string& path);
-/// True when both paths lead to one existing file.
+/// True when both paths lead to one existing file. Standard input (see SetPipeStop) is the file
+/// that it comes from.
 bool IsSameFile(const std::string& path, const std::string& other);
+/// True when standard output goes into that file.
+bool IsStandardOutput(const std::string& path);
 /// Makes a folder in an existing one.
 FileCause MakeDirectory(const std::string& path);
+/// Removes a folder that holds nothing; any other stays.
+FileCause RemoveEmptyDirectory(const std::string& path);
 /// Absolute form of a path; the path itself when the system cannot tell.
 std::string FullPathOf(const std::string& path);
 /// The system's path separator ('/' or '\\').

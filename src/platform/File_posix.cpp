@@ -179,6 +179,15 @@ void PassBytesUnchanged(int descriptor, const struct stat& status) {
     ::tcsetattr(descriptor, TCSANOW, &settings);
 }
 
+bool StatusOf(const std::string& path, struct stat& status) {
+    return (IsStandardInput(path) ? ::fstat(STDIN_FILENO, &status)
+                                  : ::stat(path.c_str(), &status)) == 0;
+}
+
+bool IsOne(const struct stat& first, const struct stat& second) {
+    return first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+}
+
 int DescriptorOf(std::intptr_t handle) {
     return static_cast<int>(handle);
 }
@@ -486,12 +495,22 @@ bool IsSymbolicLink(const std::string& path) {
 bool IsSameFile(const std::string& path, const std::string& other) {
     struct stat first {
     }, second{};
-    return ::stat(path.c_str(), &first) == 0 && ::stat(other.c_str(), &second) == 0 &&
-           first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+    return StatusOf(path, first) && StatusOf(other, second) && IsOne(first, second);
+}
+
+bool IsStandardOutput(const std::string& path) {
+    struct stat first {
+    }, second{};
+    return StatusOf(path, first) && S_ISREG(first.st_mode) &&
+           ::fstat(STDOUT_FILENO, &second) == 0 && IsOne(first, second);
 }
 
 FileCause MakeDirectory(const std::string& path) {
     return ::mkdir(path.c_str(), 0777) < 0 ? OpenFailure(path, errno) : FileCause::None;
+}
+
+FileCause RemoveEmptyDirectory(const std::string& path) {
+    return ::rmdir(path.c_str()) < 0 ? OpenFailure(path, errno) : FileCause::None;
 }
 
 std::string FullPathOf(const std::string& path) {

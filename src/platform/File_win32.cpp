@@ -178,6 +178,27 @@ FileCause Attributes(const std::string& path, std::wstring& wide, DWORD& attribu
     return attributes == INVALID_FILE_ATTRIBUTES ? LastCause() : FileCause::None;
 }
 
+bool Identify(const std::string& path, BY_HANDLE_FILE_INFORMATION& known) {
+    if (IsStandardInput(path))
+        return GetFileInformationByHandle(GetStdHandle(STD_INPUT_HANDLE), &known) != FALSE;
+    const std::wstring wide = WidePath(path);
+    const HANDLE handle = wide.empty()
+                              ? INVALID_HANDLE_VALUE
+                              : CreateFileW(wide.c_str(), 0, ShareAll, nullptr, OPEN_EXISTING,
+                                            FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    if (handle == INVALID_HANDLE_VALUE)
+        return false;
+    const bool told = GetFileInformationByHandle(handle, &known) != FALSE;
+    CloseHandle(handle);
+    return told;
+}
+
+bool IsOne(const BY_HANDLE_FILE_INFORMATION& first, const BY_HANDLE_FILE_INFORMATION& second) {
+    return first.dwVolumeSerialNumber == second.dwVolumeSerialNumber &&
+           first.nFileIndexHigh == second.nFileIndexHigh &&
+           first.nFileIndexLow == second.nFileIndexLow;
+}
+
 } // namespace
 
 void SetPipeStop(const CEvent* stop) {
@@ -462,24 +483,15 @@ bool IsSymbolicLink(const std::string& path) {
 }
 
 bool IsSameFile(const std::string& path, const std::string& other) {
-    BY_HANDLE_FILE_INFORMATION known[2] = {};
-    const std::string* paths[2] = {&path, &other};
-    for (int i = 0; i < 2; ++i) {
-        const std::wstring wide = WidePath(*paths[i]);
-        const HANDLE handle = wide.empty()
-                                  ? INVALID_HANDLE_VALUE
-                                  : CreateFileW(wide.c_str(), 0, ShareAll, nullptr, OPEN_EXISTING,
-                                                FILE_FLAG_BACKUP_SEMANTICS, nullptr);
-        if (handle == INVALID_HANDLE_VALUE)
-            return false;
-        const bool told = GetFileInformationByHandle(handle, &known[i]) != FALSE;
-        CloseHandle(handle);
-        if (!told)
-            return false;
-    }
-    return known[0].dwVolumeSerialNumber == known[1].dwVolumeSerialNumber &&
-           known[0].nFileIndexHigh == known[1].nFileIndexHigh &&
-           known[0].nFileIndexLow == known[1].nFileIndexLow;
+    BY_HANDLE_FILE_INFORMATION first{}, second{};
+    return Identify(path, first) && Identify(other, second) && IsOne(first, second);
+}
+
+bool IsStandardOutput(const std::string& path) {
+    BY_HANDLE_FILE_INFORMATION first{}, second{};
+    const HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
+    return GetFileType(output) == FILE_TYPE_DISK && Identify(path, first) &&
+           GetFileInformationByHandle(output, &second) && IsOne(first, second);
 }
 
 FileCause MakeDirectory(const std::string& path) {
@@ -487,6 +499,13 @@ FileCause MakeDirectory(const std::string& path) {
     if (wide.empty())
         return FileCause::BadPath;
     return CreateDirectoryW(wide.c_str(), nullptr) ? FileCause::None : LastCause();
+}
+
+FileCause RemoveEmptyDirectory(const std::string& path) {
+    const std::wstring wide = WidePath(path);
+    if (wide.empty())
+        return FileCause::BadPath;
+    return RemoveDirectoryW(wide.c_str()) ? FileCause::None : LastCause();
 }
 
 std::string FullPathOf(const std::string& path) {

@@ -6,6 +6,7 @@
 #include "base/Text.h"
 #include "session/FileKind.h"
 #include "session/LogHeader.h"
+#include "session/LogName.h"
 
 #include <utility>
 
@@ -100,6 +101,14 @@ ResourceId CLogRun::AddPort(const PortPlan& port, std::vector<LoadedPackage>& pa
 std::string CLogRun::Directory() const {
     CRecursiveLock lock(Doc.DocLock);
     return Doc.Naming.logDirectory;
+}
+
+std::string CLogRun::FirstLogPath() const {
+    CRecursiveLock lock(Doc.DocLock);
+    if (Doc.Naming.logNamingMode == LogNamingMode::TimeStamp)
+        return {};
+    const std::string name = LogDisplayName(Doc.Naming, Doc.Station);
+    return name.empty() ? name : Doc.Naming.logDirectory + name;
 }
 
 bool CLogRun::WantsPosition() const {

@@ -31,6 +31,12 @@ class CLogRun {
     const std::string& SessionRefusal() const { return Refused; }
     /// As the session and the call have it, once it is set up.
     std::string Directory() const;
+    /// Where the first log will be; empty when its name is the time.
+    std::string FirstLogPath() const;
+    /// The files that the run reads.
+    std::vector<std::string> Inputs() const {
+        return FilesOf(Plan.names, Plan.session, Plan.sessionPath);
+    }
     bool WantsPosition() const;
     /// Whether there is anything to log.
     bool HasInstruments() const;

@@ -139,6 +139,11 @@ bool CRawLog::BuildLogFileName() {
         }
         path = naming.logDirectory + naming.logFileDisplayName;
     }
+    if (IsSymbolicLink(path)) {
+        CRecursiveLock lock(Session.DocLock);
+        SayNotBegun("its name is that of a symbolic link; choose another.");
+        return false;
+    }
     if (FileExists(path) && !MayReplace(path))
         return false;
     CRecursiveLock lock(Session.DocLock);
@@ -294,7 +299,8 @@ FileCause CRawLog::CreateTimeStampLog(StartedBy starter, const LogRecords& heade
             path = Session.Naming.logFilePath =
                 WithSuffix(Session.Naming.logDirectory + TimeStampFileName(local), number);
         }
-        if (!FileExists(path) || (number == 1 && ReplacesOwnSecond(starter)))
+        const bool usable = !FileExists(path) || (number == 1 && ReplacesOwnSecond(starter));
+        if (usable && !IsSymbolicLink(path))
             cause = CreateLogFile(path, header, inHeader);
     }
     return cause;

@@ -3,6 +3,7 @@
 // Adding what a call or a form names. See SessionSetup.h.
 #include "session/SessionSetup.h"
 
+#include "base/NearName.h"
 #include "base/Text.h"
 #include "instrument/DefinitionVerdict.h"
 #include "session/FileKind.h"
@@ -32,6 +33,50 @@ SerialResourceSettings RunPort(SerialResourceSettings settings, std::size_t port
     settings.maxFrameDepth = std::numeric_limits<std::int32_t>::max();
     settings.maxFrameBytes = WaitingBytes / std::max<std::size_t>(ports, 1);
     return settings;
+}
+
+std::vector<std::string> FilesOf(const InstrumentSelection& selection,
+                                 const std::optional<SessionRecord>& session,
+                                 const std::string& sessionPath, std::vector<std::string> files) {
+    files.insert(files.end(), selection.definitions.begin(), selection.definitions.end());
+    files.insert(files.end(), selection.packages.begin(), selection.packages.end());
+    if (!sessionPath.empty())
+        files.push_back(sessionPath);
+    if (!session)
+        return files;
+    for (const ResourceRecord& resource : session->resources) {
+        if (resource.IsFile())
+            files.push_back(resource.file);
+        for (const InstrumentRecord& instrument : resource.instruments)
+            files.push_back(instrument.definition);
+        for (const PackageRecord& package : resource.packages)
+            files.push_back(package.file);
+    }
+    return files;
+}
+
+std::vector<std::string> InstrumentNames(const CQorViewDoc& doc) {
+    std::vector<std::string> names;
+    for (const ResourceStatus& resource : doc.Snapshot().resources)
+        for (const InstrumentFigures& instrument : resource.instruments)
+            names.push_back(instrument.name);
+    return names;
+}
+
+std::vector<Refusal> UnknownNames(const InstrumentSelection& selection,
+                                  std::span<const std::string> known) {
+    std::vector<Refusal> unknown;
+    const auto look = [&](const std::string& subject, const std::string& name) {
+        if (std::ranges::find(known, name) == known.end())
+            unknown.push_back({Refusal::Kind::Name, subject,
+                               "there is no instrument of that name." + NameAdvice(name, known)});
+    };
+    for (const std::string& name : selection.wet)
+        look("--wet=" + name, name);
+    for (const RoleAssignment& assignment : selection.roles)
+        look("--role " + assignment.name + "=" + std::string(RowOf(assignment.role).name),
+             assignment.name);
+    return unknown;
 }
 
 std::optional<RoleAssignment> ParseRole(std::string_view text) {
@@ -124,21 +169,16 @@ void CSessionSetup::AddAll(const InstrumentSelection& selection, ResourceId reso
 }
 
 void CSessionSetup::ApplyNames(const InstrumentSelection& selection) {
-    constexpr const char* Unknown = "there is no instrument of that name.";
+    for (Refusal& unknown : UnknownNames(selection, InstrumentNames(Doc)))
+        Refused.push_back(std::move(unknown));
     if (selection.allWet)
         Doc.SetImmersed({}, true);
     for (const std::string& name : selection.wet)
-        if (Doc.SetImmersed(name, true) == 0)
-            Refuse(Refusal::Kind::Name, "--wet=" + name, Unknown);
-    for (const RoleAssignment& assignment : selection.roles) {
-        const InstrumentId id = Doc.FindInstrument(assignment.name);
-        if (id == InstrumentId::None)
-            Refuse(Refusal::Kind::Name,
-                   "--role " + assignment.name + "=" + std::string(RowOf(assignment.role).name),
-                   Unknown);
-        else
+        if (!name.empty()) // an empty one would be all
+            Doc.SetImmersed(name, true);
+    for (const RoleAssignment& assignment : selection.roles)
+        if (const InstrumentId id = Doc.FindInstrument(assignment.name); id != InstrumentId::None)
             Doc.SetRole(assignment.role, id);
-    }
 }
 
 namespace {

@@ -10,6 +10,7 @@
 #include "session/SessionRecord.h"
 
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -38,6 +39,20 @@ struct InstrumentSelection {
 
     bool Empty() const { return definitions.empty() && packages.empty() && !session; }
 };
+
+/// The files that are read for a call: those given, those of the selection, of a session, and the
+/// session's own when it has a path.
+std::vector<std::string> FilesOf(const InstrumentSelection& selection,
+                                 const std::optional<SessionRecord>& session,
+                                 const std::string& sessionPath,
+                                 std::vector<std::string> files = {});
+
+/// The names of all instruments, in the order of their adding.
+std::vector<std::string> InstrumentNames(const CQorViewDoc& doc);
+
+/// The names of a call for roles and immersion that none of the known instruments has.
+std::vector<Refusal> UnknownNames(const InstrumentSelection& selection,
+                                  std::span<const std::string> known);
 
 /// The settings of a port for a run of so many ports: frames wait for a session that is held up.
 SerialResourceSettings RunPort(SerialResourceSettings settings, std::size_t ports);

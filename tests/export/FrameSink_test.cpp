@@ -35,10 +35,12 @@ class CSender {
 
 class AnExport : public testing::Test {
   protected:
+    AnExport() {
+        Settings.report = [](const std::string& text) { ADD_FAILURE() << text; };
+    }
     /// A sink of the format for a path in the folder.
     std::unique_ptr<CFrameSink> Make(const char* format, const std::string& name) {
         Settings.path = name.empty() ? "" : Temp.Path + name;
-        Settings.report = [](const std::string& text) { ADD_FAILURE() << text; };
         return FindExportFormat(format)->make(Settings);
     }
     OutputResult Begin(CFrameSink& sink, std::initializer_list<CSender*> senders) {
@@ -111,6 +113,28 @@ TEST_F(AnExport, PutsATableAnInstrumentIntoAFolderAndGoesOnWithItInTheNextLog) {
         testing::EndsWith("\r\n" + row + "1,xyz,1259.4,0.8\r\n" + row + "1,xyz,1259.4,0.9\r\n"));
     EXPECT_TRUE(FileExists(Temp.Path + "tables/a_b_2.csv"));
     EXPECT_TRUE(FileExists(Temp.Path + "tables/A_B_3.csv"));
+}
+
+TEST_F(AnExport, PutsSeveralTablesOnlyIntoWhatIsAFolder) {
+    CSender first("ABC", Sensors), second("DEF", Sensors);
+    Temp.Put("file", "");
+    std::filesystem::create_directory(Temp.Path + "there.csv");
+    const struct {
+        const char* path;
+        OutputState state;
+    } cases[] = {{"new.csv", OutputState::NeedsFolder},
+                 {"file", OutputState::NeedsFolder},
+                 {"there.csv", OutputState::Good},
+                 {"new.2/", OutputState::Good},
+                 {"new", OutputState::Good},
+                 {"no/where", OutputState::Failed}};
+    Settings.report = [](const std::string&) {};
+    for (const auto& row : cases) {
+        const auto sink = Make("csv", row.path);
+        EXPECT_EQ(Begin(*sink, {&first, &second}).state, row.state) << row.path;
+    }
+    EXPECT_FALSE(FileExists(Temp.Path + "new")) << "a folder whose tables did not come";
+    EXPECT_TRUE(FileExists(Temp.Path + "there.csv"));
 }
 
 TEST_F(AnExport, OfWhichOneTableIsRefusedLeavesNone) {

@@ -52,6 +52,8 @@ TEST_F(AnOutput, ReplacesOnlyWhatItMay) {
     Temp.Put("readonly", "precious");
     Temp.Put("left", "");
     Temp.Put("left.part", "of a killed run");
+    Temp.Put("rawleft", "");
+    Temp.Put("rawleft.part", "QORHDR NONE (MODE)\r\n");
     Temp.Put("busy", "");
     Temp.Put("busy.part", "");
     ASSERT_EQ(SetReadOnly(Temp.Path + "readonly", true), FileCause::None);
@@ -76,9 +78,11 @@ TEST_F(AnOutput, ReplacesOnlyWhatItMay) {
         {"held", overwrite, OutputState::InUse},
         {"left", {}, OutputState::Good},
         {"left", {.inputs = {Temp.Path + "left.part"}}, OutputState::IsInput},
+        {"rawleft", {}, OutputState::IsRawLog},
+        {"rawleft", {.overRawLogs = true}, OutputState::Good},
         {"busy", {}, OutputState::InUse},
         {"readonly", overwrite, OutputState::Failed},
-        {"", overwrite, OutputState::Failed}, // the folder
+        {"", overwrite, OutputState::IsFolder},
         {"none/table.csv", {}, OutputState::Failed},
     };
     std::size_t failures = 0;
@@ -95,14 +99,26 @@ TEST_F(AnOutput, ReplacesOnlyWhatItMay) {
 }
 
 TEST_F(AnOutput, KeepsItsResultWhenItsNameIsTakenMeanwhile) {
-    COutput output(Report);
-    ASSERT_TRUE(output.Open(Temp.Path + "new", {}).Good());
-    output.Text("whole");
-    Temp.Put("new", "somebody else's");
-    EXPECT_EQ(output.Finish().state, OutputState::Failed);
-    EXPECT_EQ(Temp.Content("new"), "somebody else's");
-    EXPECT_EQ(Temp.Content("new.part"), "whole");
-    EXPECT_THAT(Reports, testing::ElementsAre(testing::HasSubstr("new.part")));
+    Temp.Put("empty", "");
+    Temp.Put("old", "mine");
+    const struct {
+        std::string name;
+        OutputRules rules;
+        std::string taken;
+    } cases[] = {{"new", {}, "somebody else's"},
+                 {"empty", {}, "somebody else's"},
+                 {"old", {.overwrite = true}, "QORHDR NONE (MODE)\r\n"}};
+    for (const auto& row : cases) {
+        COutput output(Report);
+        ASSERT_TRUE(output.Open(Temp.Path + row.name, row.rules).Good());
+        output.Text("whole");
+        Temp.Put(row.name, row.taken);
+        EXPECT_EQ(output.Finish().state, OutputState::Failed);
+        EXPECT_EQ(Temp.Content(row.name), row.taken);
+        EXPECT_EQ(Temp.Content(row.name + ".part"), "whole");
+        EXPECT_THAT(Reports.back(), testing::HasSubstr(row.name + ".part"));
+    }
+    EXPECT_EQ(Reports.size(), std::size(cases));
 }
 
 #if !defined(_WIN32)

@@ -55,6 +55,14 @@ TEST_F(AFailingDisk, LogThatAnotherProgramWritesIsNotTouched) {
     EXPECT_EQ(Content(Folder + "cast.raw"), "theirs");
 }
 
+TEST_F(AFailingDisk, SymbolicLinkIsNotFollowed) {
+    std::filesystem::create_symlink(Folder + "elsewhere", Folder + "cast.raw");
+    Set([](LogOptions& options) { options.overwriteExisting = true; });
+    EXPECT_FALSE(Begin());
+    EXPECT_FALSE(FileExists(Folder + "elsewhere"));
+    EXPECT_THAT(Reported(), HasSubstr("symbolic link"));
+}
+
 TEST_F(AFailingDisk, DiskFullInTheHeaderAbandonsTheLog) {
     LimitFiles(1000);
     EXPECT_FALSE(Begin());
