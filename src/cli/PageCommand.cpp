@@ -2,6 +2,7 @@
 //
 // qorview-cli page: plays a raw log and prints a page as a window would show it at the end, or at a
 // moment before. The windows and what they show are the views' business.
+#include "base/NearName.h"
 #include "base/Text.h"
 #include "cli/Commands.h"
 #include "cli/PlayedFile.h"
@@ -26,18 +27,12 @@ struct PageOptions : PlaybackOptions {
     bool json = false;
 };
 
-std::string WindowNames() {
-    std::vector<std::string_view> names;
-    for (const WindowKind& window : WindowKinds())
-        names.push_back(window.name);
-    return QuotedChoice(names);
-}
-
 /// Says what is wrong with the call; false then.
 bool IsGoodCall(const PageOptions& options) {
     std::string wrong;
     if (!FindWindowKind(options.window))
-        wrong = "page " + options.window + ": give " + WindowNames() + ".";
+        wrong = "page " + options.window + ": there is no such window." +
+                NameAdvice(options.window, WindowNames());
     else if (options.files.size() != 1)
         wrong = "name one raw log behind the window's name.";
     else if (!options.at.empty() && !SecondsFromText(options.at))
@@ -56,7 +51,8 @@ bool IsThere(const CQorViewDoc& doc, const std::string& name) {
 /// it needs of the session.
 std::string SetUp(CView& view, const PageOptions& options, CQorViewDoc& doc) {
     if (!options.instrument.empty() && !IsThere(doc, options.instrument))
-        return "there is no instrument " + options.instrument + ".";
+        return "there is no instrument " + options.instrument + "." +
+               NameAdvice(options.instrument, InstrumentNames(doc));
     view.Show(options.instrument);
     view.Refresh(doc);
     if (options.window == CheckWindow && options.selected.empty())
@@ -124,7 +120,9 @@ void AddPageCommand(CLI::App& app, CommandContext& context) {
     static PageOptions options; // one command runs in a process
     CLI::App* command =
         app.add_subcommand("page", "Play a raw log and print a page as its window would show it");
-    command->add_option("WINDOW", options.window, WindowNames())->type_name("")->required();
+    command->add_option("WINDOW", options.window, QuotedChoice(WindowNames()))
+        ->type_name("")
+        ->required();
     AddInstrumentOptions(*command, options.instruments);
     AddPackageOptions(*command, options.instruments.packageSettings);
     AddDerivedOption(*command, options.instruments, nullptr, "Derived products as usual");

@@ -60,6 +60,13 @@ std::span<const WindowKind> WindowKinds() {
     return Table;
 }
 
+std::vector<std::string_view> WindowNames() {
+    std::vector<std::string_view> names;
+    for (const WindowKind& window : Table)
+        names.push_back(window.name);
+    return names;
+}
+
 const WindowKind* FindWindowKind(std::string_view name) {
     const auto found = std::ranges::find(Table, name, &WindowKind::name);
     return found == std::end(Table) ? nullptr : &*found;

@@ -9,6 +9,7 @@
 #include <memory>
 #include <span>
 #include <string_view>
+#include <vector>
 
 namespace qor {
 
@@ -20,6 +21,7 @@ struct WindowKind {
 };
 
 std::span<const WindowKind> WindowKinds();
+std::vector<std::string_view> WindowNames();
 
 /// The window of a name, or null.
 const WindowKind* FindWindowKind(std::string_view name);

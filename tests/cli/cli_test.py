@@ -4,6 +4,7 @@ over pseudo-terminals. Usage: cli_test.py QORVIEW-CLI SOURCE-FOLDER [STALLED-DIS
 import csv
 import datetime
 import errno
+import fcntl
 import io
 import json
 import math
@@ -91,6 +92,46 @@ class Calls(Folder):
         refused = run("log", "--port", missing, "-d", GPS, "-o", str(self.folder)).stderr.decode()
         self.assertIn(os.strerror(errno.ENOENT), refused)
         self.assertEqual(pathlib.Path(bad).stat().st_size, 28)  # a wrong call leaves it alone
+
+    def test_slips_are_refused_with_what_may_have_been_meant(self):
+        raw = str(self.simulated("--raw-log", "-d", PROFILER, "-d", RADIOMETER, "--frames", "5"))
+        profiler, radiometer = (definition(path)["instrument"] for path in (PROFILER, RADIOMETER))
+        slip, both = profiler[:-1] + "x", ("-d", PROFILER, "-d", RADIOMETER)
+        port = ("log", "--port", "x", "-d", PROFILER)
+        calls = [
+            (("decod", raw), '"decode"?'), (("--vresion",), '"--version"?'), ((), '"check"'),
+            (("help", "simulat"), '"simulate"?'), (("page", "spectrl", "-d", PROFILER, raw), '"spectral"?'),
+            (("decode", "-d", PROFILER, "--flag", raw), "decode has no option --flag."),
+            (("info", "--jsno", raw), '"--json"?'), (("check", "--srtict=1"), '"--strict"?'),
+            (("decode", "-d", PROFILER, f"--wet={slip}", raw), f'"{profiler}"?'),
+            (("decode", "-d", PROFILER, "--wet", slip, raw), f"--wet={slip}?"),
+            (("decode", "-d", PROFILER, "--wet", profiler, "-o", "none", raw), f"--wet={profiler}?"),
+            (("decode", "-d", PROFILER, "--role", "NOBODY=gps", raw), f'There is "{profiler}".'),
+            (("simulate", "-d", PROFILER, "--frames", "1", "--role", slip + "=gps"), f'"{profiler}"?'),
+            (("session", *port[1:], f"--wet={slip}"), f'"{profiler}"?'), ((*port, f"--wet={slip}"), f'"{profiler}"?'),
+            (("page", "sensors", *both, "--instrument", profiler[:6], raw), f'"{profiler}"?'),
+            (("compare", *both, "--dut", slip, "--reference", radiometer, raw), f'--dut {slip}: '),
+            (("compare", *both, "--dut", radiometer, "--reference", radiometer, "--sensor", "EZ", raw), '"'),
+            ((*port, "--duration", "10"), "--duration 10: Is that 10m or 00:00:10?"),
+            ((*port, "--duration", "1h", "--repeat", "ten"), "--repeat ten: Give a time such as 10m"),
+        ]
+        for call, advice in calls:
+            with self.subTest(call=call):
+                done = run(*call)
+                self.assertEqual((done.returncode, done.stdout, done.stderr.count(b"\n")), (2, b"", 1), done.stderr)
+                self.assertIn(advice, done.stderr.decode())
+        whole = run("decode", "-d", PROFILER, "--wet", raw)
+        self.assertEqual((whole.returncode, whole.stderr), (0, b""))
+
+    def test_help_and_version_are_given_wherever_they_are_asked_for(self):
+        version, decode = run("--version").stdout, run("decode", "--help").stdout
+        self.assertIn(b"--overwrite", decode)
+        calls = [(("-V",), version), (("decode", "-d", "none", "--version"), version), (("log", "-V", "--x"), version),
+                 (("help",), run("--help").stdout), (("help", "decode"), decode), (("--help", "decode"), decode),
+                 (("decode", "-d", "none.txt", "--frob", "-h"), decode)]
+        for call, text in calls:
+            done = run(*call)
+            self.assertEqual((done.returncode, done.stdout, done.stderr), (0, text, b""), call)
 
     def test_check_names_likely_mistakes_and_refuses_other_files(self):
         good = "INSTRUMENT TEST '' 4 AS 0 NONE\nSN 1 '' 1 AS 0 NONE\nA 1 'V' 2 BU 0 COUNT\n"
@@ -299,13 +340,29 @@ class Outputs(Folder):
         (self.folder / "own.cal").write_bytes(pathlib.Path(PROFILER).read_bytes())
         (self.folder / "table.csv").write_text("precious")
         os.symlink("table.csv", self.folder / "link")
-        own, table, link = (str(self.folder / name) for name in ("own.cal", "table.csv", "link"))
+        os.symlink("table.csv", self.folder / "link.raw")
+        own, table, link, hard, file = (str(self.folder / name) for name in
+                                        ("own.cal", "table.csv", "link", "hard", "own.qor"))
+        os.link(own, hard)
+        self.assertEqual(run("session", "--port", "x", "-d", own, "-o", file).returncode, 0)
+        held = open(self.folder / "held.raw", "wb")
+        self.addCleanup(held.close)
+        fcntl.flock(held, fcntl.LOCK_EX)
         calls = [
             (("decode", "-d", PROFILER, "-o", table, str(raw)), "--overwrite"),
             (("decode", "-d", PROFILER, "--overwrite", "-o", link, str(raw)), "symbolic link"),
             (("decode", "-d", PROFILER, "--overwrite", "-o", str(raw), str(raw)), "to read"),
             (("decode", "-d", own, "--overwrite", "-o", f"{self.folder}/./own.cal", str(raw)), "to read"),
-            (("simulate", "-d", PROFILER, "--frames", "1", "-o", str(raw)), "raw log"),
+            (("decode", "-d", own, "--overwrite", "-o", hard, str(raw)), "to read"),
+            (("decode", "--session", file, "--overwrite", "-o", own, str(raw)), "to read"),
+            (("decode", "--session", file, "--overwrite", "-o", file, str(raw)), "to read"),
+            (("session", "--session", file, "--overwrite", "-o", file), "to read"),
+            (("decode", "-d", PROFILER, "-d", GPS, "-o", f"{self.folder}/new.csv", str(raw)), "give a folder"),
+            (("compare", "-d", RADIOMETER, *self.names(), "-o", str(self.folder), str(raw)), "folder"),
+            (("simulate", "-d", PROFILER, "--frames", "1", "-o", str(raw)), "--overwrite"),
+            (("log", *self.line(), "--overwrite", "--name", "link"), "symbolic link"),
+            (("log", *self.line(), "--overwrite", "--name", "own.cal"), "to read"),
+            (("log", *self.line(), "--overwrite", "--name", "held.raw"), "another program"),
             (("simulate", "-d", own, "--frames", "1", "--overwrite", "-o", own), "to read"),
             (("compare", "-d", RADIOMETER, "-d", PROFILER, *self.names(), "-o", table, str(raw)), "--overwrite"),
         ]
@@ -315,25 +372,57 @@ class Outputs(Folder):
                 done = run(*call)
                 self.assertEqual((done.returncode, done.stdout, done.stderr.count(b"\n")), (2, b"", 1), done.stderr)
                 self.assertIn(word, done.stderr.decode())
-        self.assertEqual({path: path.read_bytes() for path in self.folder.iterdir()}, before)
+        after = {path: path.read_bytes() for path in self.folder.iterdir() if path.suffix != ".log"}
+        self.assertEqual(after, before)
         self.assertEqual(run("decode", "-d", PROFILER, "--overwrite", "-o", table, str(raw)).returncode, 0)
         self.assertEqual(pathlib.Path(table).read_bytes(), run("decode", "-d", PROFILER, "-o", "-", str(raw)).stdout)
         self.simulated("--raw-log", "-d", PROFILER, "--frames", "6", "--overwrite")
+
+    def line(self):
+        return "--port", "x", "-d", str(self.folder / "own.cal"), "-o", str(self.folder)
 
     def names(self):
         name = definition(RADIOMETER)["instrument"]
         return "--dut", name, "--reference", name
 
     def test_an_interrupted_result_is_not_there(self):
-        fifo = str(self.folder / "fifo")
+        fifo, result = str(self.folder / "fifo"), self.folder / "result"
         os.mkfifo(fifo)
-        command = subprocess.Popen([CLI, "decode", "-d", PROFILER, "-o", str(self.folder / "table.csv"), fifo])
-        pipe = open(fifo, "wb", buffering=0)
-        self.addCleanup(pipe.close)
-        wait_for((self.folder / "table.csv.part").exists, "the output")
-        command.send_signal(signal.SIGINT)
-        self.assertEqual(command.wait(30), 130)
-        self.assertEqual([path.name for path in self.folder.iterdir()], ["fifo"])
+        pipe = os.open(fifo, os.O_RDWR)
+        self.addCleanup(os.close, pipe)
+        calls = [(signal.SIGINT, "result", "decode", "-d", PROFILER, "-o", str(result), fifo),
+                 (signal.SIGTERM, "result/QORPRO042.csv", "decode", "-d", PROFILER, "-d", GPS, "-o", str(result), fifo),
+                 (signal.SIGTERM, "result", "compare", "-d", RADIOMETER, *self.names(), "-o", str(result), fifo),
+                 (signal.SIGINT, "result", "simulate", "-d", GPS, "--frames", str(1 << 40), "-o", str(result))]
+        for number, name, *call in calls:
+            with self.subTest(call=call):
+                command = subprocess.Popen([CLI, *call])
+                wait_for((self.folder / (name + ".part")).exists, "the output")
+                command.send_signal(number)
+                self.assertEqual(command.wait(30), 130)
+                self.assertEqual([path.name for path in self.folder.iterdir()], ["fifo"])
+
+    def test_a_result_onto_which_standard_output_goes_is_refused(self):
+        raw = self.simulated("--raw-log", "-d", PROFILER, "--frames", "5")
+        before = raw.read_bytes()
+        with open(raw, "ab") as onto, open(raw, "rb") as source:
+            for name in (str(raw), "-"):
+                done = subprocess.run([CLI, "decode", "-d", PROFILER, name], stdin=source, stdout=onto,
+                                      stderr=subprocess.PIPE, timeout=60)
+                self.assertEqual(done.returncode, 2, done.stderr)
+            done = run("decode", "-d", PROFILER, "--overwrite", "-o", str(raw), "-", stdin=source)
+            self.assertEqual((done.returncode, b"to read" in done.stderr), (2, True), done.stderr)
+        self.assertEqual(raw.read_bytes(), before)
+
+    def test_a_result_that_lacks_a_log_is_not_there(self):
+        raw, table = self.simulated("--raw-log", "-d", PROFILER, "--frames", "5"), self.folder / "table.csv"
+        for command in (("decode",), ("compare", *self.names())):
+            done = run(*command, "-d", RADIOMETER, "-o", str(table), str(raw), str(self.folder / "none.raw"))
+            self.assertEqual((done.returncode, done.stderr.count(b"error: ")), (1, 2), done.stderr)
+            self.assertIn(b"table.csv: not made", done.stderr)
+            self.assertEqual([path.name for path in self.folder.iterdir()], ["simulated.raw"])
+        self.assertEqual(run("compare", *self.names(), "-d", RADIOMETER, "-o", str(table), str(raw)).returncode, 0)
+        self.assertTrue(table.read_text().startswith("time,frame,"), "the format of its name")
 
     def test_a_comparison_says_how_old_its_reference_is_and_refuses_what_nothing_has(self):
         package, dut, reference = ("-p", str(SOURCE / "examples/cast.sip")), "QORLUW119", "QOREDW118"
