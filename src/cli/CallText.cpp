@@ -12,6 +12,7 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <span>
 
 namespace qor {
 
@@ -58,7 +59,7 @@ std::string SettleBareOptions(std::vector<std::string>& arguments) {
         std::string_view option;
         std::string_view value;
     } bare[] = {{"--wet", EveryInstrument}, {"--derived", UsualDerived}};
-    for (std::size_t i = 0; i < arguments.size(); ++i)
+    for (std::size_t i = 1; i < arguments.size() && arguments[i] != "--"; ++i)
         for (const auto& row : bare) {
             std::string& word = arguments[i];
             if (word != row.option)
@@ -82,7 +83,7 @@ std::optional<int> AnswerCall(const CLI::App& app, const std::vector<std::string
     const bool asked = arguments.size() > 1 && arguments[1] == "help";
     if (!asked && !has("--help") && !has("-h"))
         return std::nullopt;
-    for (const std::string& word : arguments)
+    for (const std::string& word : std::span(arguments).subspan(1))
         for (const CLI::App* command : app.get_subcommands(nullptr))
             if (command->get_name() == word)
                 return Print(command->help(app.get_name()));

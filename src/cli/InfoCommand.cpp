@@ -3,6 +3,7 @@
 // qorview-cli info: what a raw log holds. CRawLogReader reads what its bytes say without
 // definitions; with definitions the file is played and its frames are counted.
 #include "cli/Commands.h"
+#include "cli/OutputOptions.h"
 #include "cli/PlayedFile.h"
 #include "cli/Report.h"
 #include "cli/SessionOptions.h"
@@ -56,6 +57,9 @@ int RunInfo(InfoOptions& options, CommandContext& context) {
         status != ExitWell)
         return status;
     COutput output(ReportError);
+    if (const int status = OutputExit(output.Open({}, {.inputs = options.Inputs()}));
+        status != ExitWell)
+        return status;
     bool well = true;
     const bool plays = !options.instruments.Empty();
     for (const std::string& path : options.files) {

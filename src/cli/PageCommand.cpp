@@ -5,6 +5,7 @@
 #include "base/NearName.h"
 #include "base/Text.h"
 #include "cli/Commands.h"
+#include "cli/OutputOptions.h"
 #include "cli/PlayedFile.h"
 #include "cli/Report.h"
 #include "views/PageText.h"
@@ -97,6 +98,10 @@ int RunPage(PageOptions& options, CommandContext& context) {
         return ExitBadCall;
     if (!playback.IsOpen())
         return ExitFault;
+    COutput output(ReportError);
+    if (const int status = OutputExit(output.Open({}, {.inputs = options.Inputs()}));
+        status != ExitWell)
+        return status;
     CQorViewDoc& doc = playback.Doc();
     const std::unique_ptr<CView> view = FindWindowKind(options.window)->make(doc);
     if (const std::string wrong = SetUp(*view, options, doc); !wrong.empty()) {
@@ -105,7 +110,6 @@ int RunPage(PageOptions& options, CommandContext& context) {
     }
     well = PlayUntil(playback, context, until) && well;
     view->Refresh(doc);
-    COutput output(ReportError);
     if (options.json)
         WritePageJson(output, options.window, view->Pages());
     else

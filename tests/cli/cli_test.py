@@ -406,10 +406,10 @@ class Outputs(Folder):
         raw = self.simulated("--raw-log", "-d", PROFILER, "--frames", "5")
         before = raw.read_bytes()
         with open(raw, "ab") as onto, open(raw, "rb") as source:
-            for name in (str(raw), "-"):
-                done = subprocess.run([CLI, "decode", "-d", PROFILER, name], stdin=source, stdout=onto,
+            for call in (("decode", str(raw)), ("decode", "-"), ("info", str(raw)), ("page", "sensors", str(raw))):
+                done = subprocess.run([CLI, *call, "-d", PROFILER], stdin=source, stdout=onto,
                                       stderr=subprocess.PIPE, timeout=60)
-                self.assertEqual(done.returncode, 2, done.stderr)
+                self.assertEqual(done.returncode, 2, (call, done.stderr))
             done = run("decode", "-d", PROFILER, "--overwrite", "-o", str(raw), "-", stdin=source)
             self.assertEqual((done.returncode, b"to read" in done.stderr), (2, True), done.stderr)
         self.assertEqual(raw.read_bytes(), before)
