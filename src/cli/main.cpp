@@ -4,11 +4,11 @@
 // parser's exceptions end here.
 #include "cli/CallText.h"
 #include "cli/Commands.h"
+#include "cli/HelpText.h"
 #include "cli/Report.h"
 #include "platform/File.h"
 
-#include <CLI/CLI.hpp>
-
+#include <memory>
 #include <new>
 
 namespace {
@@ -23,7 +23,7 @@ int Run(int argc, char** argv) {
     app.require_subcommand(1);
     app.allow_windows_style_options(false); // a path may begin with "/" there too
     app.set_version_flag("-V,--version", "qorview-cli " QORVIEW_VERSION);
-    app.get_formatter()->column_width(34);
+    app.formatter(std::make_shared<qor::CHelpText>());
 
     qor::CommandContext context;
     qor::AddCheckCommand(app, context);

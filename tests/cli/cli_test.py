@@ -123,6 +123,12 @@ class Calls(Folder):
         whole = run("decode", "-d", PROFILER, "--wet", raw)
         self.assertEqual((whole.returncode, whole.stderr), (0, b""))
 
+    def test_help_fits_a_terminal_of_80_columns(self):
+        for command in ("", "check", "decode", "compare", "log", "simulate", "info", "page", "session"):
+            lines = run(*([command] if command else []), "--help").stdout.splitlines()
+            self.assertGreater(len(lines), 10, command)
+            self.assertEqual([line for line in lines if len(line) > 80], [], command)
+
     def test_help_and_version_are_given_wherever_they_are_asked_for(self):
         version, decode = run("--version").stdout, run("decode", "--help").stdout
         self.assertIn(b"--overwrite", decode)
