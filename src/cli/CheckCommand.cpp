@@ -55,8 +55,8 @@ bool CheckDefinition(COutput& output, const std::string& path, const CheckOption
     const bool loaded = status == DefinitionStatus::Success;
     DefinitionHints hints;
     std::string text; // what comes from a pipe comes once
-    if (loaded && (IsDevice(path) || ReadWholeFile(path, LargestText, text) == FileCause::None))
-        hints = MistakesIn(instrument, text);
+    if (IsDevice(path) || ReadWholeFile(path, LargestText, text) == FileCause::None)
+        hints = loaded ? MistakesIn(instrument, text) : HintsOf(instrument, text);
     if (!options.json || IsTerminal(StandardStream::Output))
         bar.reset(); // the results would stand in its line
     if (options.json) {
@@ -76,7 +76,10 @@ bool CheckDefinition(COutput& output, const std::string& path, const CheckOption
     if (loaded)
         return !options.strict || IsClean(instrument, hints);
     ReportError(path + ": could not be loaded (" + Format("0x%08x", static_cast<unsigned>(status)) +
-                "); its parse log says why.");
+                "); its parse log says why." +
+                (instrument.FirstDiagnostic().empty()
+                     ? ""
+                     : " The first fault in it: " + instrument.FirstDiagnostic()));
     return false;
 }
 

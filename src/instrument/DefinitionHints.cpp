@@ -20,7 +20,7 @@ namespace {
 constexpr std::size_t MostHints = 100;
 
 struct DefinitionLine {
-    std::string_view type, units, length, fit;
+    std::string_view type, id, units, length, fit;
     bool variableFrame; ///< the file's frames are delimited
     bool fieldPending;  ///< a FIELD line waits for its sensor
 };
@@ -37,8 +37,35 @@ const char* MissingField(const DefinitionLine& line) {
 }
 
 const char* MissingFit(const DefinitionLine& line) {
-    return line.variableFrame && IsSeparator(line) && !EqualsNoCase(line.fit, "DELIMITER")
+    if (!IsSeparator(line))
+        return nullptr;
+    if (!line.variableFrame)
+        return "FIELD and TERMINATOR lines belong to delimited frames, which begin with "
+               "VLF_INSTRUMENT.";
+    return !EqualsNoCase(line.fit, "DELIMITER")
                ? "A FIELD or TERMINATOR line needs the fit type DELIMITER."
+               : nullptr;
+}
+
+bool IsHeaderText(const DefinitionLine& line) {
+    constexpr std::string_view Fixed[] = {"INSTRUMENT", "SN"};
+    constexpr std::string_view Variable[] = {"VLF_INSTRUMENT", "VLF_SN"};
+    const auto& names = line.variableFrame ? Variable : Fixed;
+    return EqualsNoCase(line.type, names[0]) || EqualsNoCase(line.type, names[1]);
+}
+
+const char* HeaderEscape(const DefinitionLine& line) {
+    return IsHeaderText(line) && line.id.find('\\') != std::string_view::npos
+               ? "The text of a header line stands as it is: a backslash in it is sent as a "
+                 "backslash."
+               : nullptr;
+}
+
+const char* HeaderLength(const DefinitionLine& line) {
+    const std::size_t length = EqualsNoCase(line.id, "NONE") ? 0 : line.id.size();
+    return IsHeaderText(line) && WholeCount(line.length) && *WholeCount(line.length) != length
+               ? "The length of a header line must be the number of characters of its text, the "
+                 "second word (0 for NONE)."
                : nullptr;
 }
 
@@ -61,8 +88,8 @@ const char* OtherSerialNumber(const DefinitionLine& line) {
                : nullptr;
 }
 
-constexpr const char* (*LineRules[])(const DefinitionLine&) = {MissingField, MissingFit,
-                                                               ForeignEscape, OtherSerialNumber};
+constexpr const char* (*LineRules[])(const DefinitionLine&) = {
+    MissingField, MissingFit, HeaderEscape, HeaderLength, ForeignEscape, OtherSerialNumber};
 
 /// Letters alone, in lower case: "Frame_Cnt" and "FRAME CNT" are alike.
 std::string LettersOf(const CSensor& sensor) {
@@ -125,8 +152,7 @@ constexpr const char* (*SensorRules[])(const CSensor&, Roles) = {NumberWithoutFi
 /// Goes through the text as the reader does and collects what its lines show.
 class CLineHints {
   public:
-    CLineHints(const CInstrument& instrument, std::vector<DefinitionHint>& hints)
-        : Hints(hints), Variable(instrument.Type() == FrameType::Variable) {
+    CLineHints(const CInstrument& instrument, std::vector<DefinitionHint>& hints) : Hints(hints) {
         for (const CSensor& sensor : instrument.Sensors())
             Gains.emplace(sensor.LineNumber, sensor.GainRanges);
     }
@@ -150,7 +176,9 @@ class CLineHints {
             token = NextToken(text);
         const auto kept = Gains.find(Number);
         CoefficientLines = kept != Gains.end() ? kept->second : WholeCount(tokens[5]).value_or(0);
-        const DefinitionLine line{tokens[0], tokens[2], tokens[3], tokens[6], Variable, Pending};
+        TakeFrameType(tokens[0]);
+        const DefinitionLine line{tokens[0], tokens[1], tokens[2], tokens[3],
+                                  tokens[6], Variable,  Pending};
         for (const auto& rule : LineRules)
             if (const char* hint = rule(line))
                 Hints.push_back({Number, hint});
@@ -158,6 +186,15 @@ class CLineHints {
             Pending = true;
         else if (EqualsNoCase(line.length, "V"))
             Pending = false;
+    }
+
+    /// A load that failed may have ended before it knew.
+    void TakeFrameType(std::string_view type) {
+        const bool variable = EqualsNoCase(type, "VLF_INSTRUMENT");
+        if (!HeaderSeen && (variable || EqualsNoCase(type, "INSTRUMENT"))) {
+            HeaderSeen = true;
+            Variable = variable;
+        }
     }
 
     void TakeCoefficients(std::string_view text) {
@@ -171,7 +208,8 @@ class CLineHints {
 
     std::vector<DefinitionHint>& Hints;
     std::map<std::int32_t, std::uint32_t> Gains; ///< coefficient lines of the sensor of a line
-    bool Variable;
+    bool Variable = false;
+    bool HeaderSeen = false;
     bool Pending = false;
     std::uint32_t CoefficientLines = 0;
     std::int32_t Number = 0;

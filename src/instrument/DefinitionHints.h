@@ -19,8 +19,8 @@ struct DefinitionHint {
 };
 using DefinitionHints = std::vector<DefinitionHint>;
 
-/// The hints for an instrument that was loaded from this text, in the order of its lines; no more
-/// than a hundred.
+/// The hints for an instrument whose load from this text succeeded or failed, in the order of its
+/// lines; no more than a hundred.
 DefinitionHints HintsOf(const CInstrument& instrument, std::string_view text);
 
 } // namespace qor

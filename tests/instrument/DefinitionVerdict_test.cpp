@@ -142,6 +142,13 @@ TEST(DefinitionHints, NameLikelyMistakes) {
          "4: The sensor of line 2"},
         {Delimited + "FIELD NONE ',' 1 AS 0 NONE\n" + Field + "A 1 '' V AF 0 COUNT\n" + Terminator,
          "2: A FIELD or TERMINATOR line"},
+        {Header + "FIELD NONE ',' 1 AS 0 NONE\n" + Sensor, "2: FIELD and TERMINATOR lines belong"},
+        // Loads that fail.
+        {Delimited + Field + "A 1 '' V AF 0 COUNT\nTERMINATOR NONE '\\x0A' 1 AS 0 NONE\n",
+         "4: A FIELD or TERMINATOR line"},
+        {"INSTRUMENT SAT\\x2C '' 7 AS 0 NONE\n", "1: The text of a header line"},
+        {Header + "SN 0042 '' 3 AS 0 NONE\n" + Sensor, "2: The length of a header line"},
+        {"VLF_INSTRUMENT NONE '' 4 AS 0 NONE\n", "1: The length of a header line"},
         {Header + "A 1 '' 2 BU 1 POLYU # two\n\n1,5 0.25 0,5\nB 1 '' 2 BU 0 COUNT\n",
          "4: A coefficient with a comma"},
         {std::string(Utf8Mark) + Header + Sensor, "1: The file begins with a byte order mark"},
