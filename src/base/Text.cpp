@@ -180,6 +180,22 @@ std::string DecodeEscapes(std::string_view text) {
     return bytes;
 }
 
+std::string Printable(std::string_view bytes) {
+    constexpr std::string_view Digits = "0123456789ABCDEF";
+    std::string text;
+    for (char c : bytes) {
+        if (c >= ' ' && c <= '~') {
+            text += c;
+            continue;
+        }
+        const auto byte = static_cast<std::uint8_t>(c);
+        text += "\\x";
+        text += Digits[byte >> 4U];
+        text += Digits[byte & 15U];
+    }
+    return text;
+}
+
 std::string QuotedChoice(std::span<const std::string_view> words) {
     std::string all;
     for (std::size_t i = 0; i < words.size(); ++i) {

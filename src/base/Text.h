@@ -72,6 +72,9 @@ std::string GeneralNumber(double value, int digits, std::size_t width = 0);
 /// makes the whole result empty.
 std::string DecodeEscapes(std::string_view text);
 
+/// Bytes as a person and DecodeEscapes read them: what is not printable ASCII as "\xHH".
+std::string Printable(std::string_view bytes);
+
 /// The words in quotes as one choice: "a", "b" or "c".
 std::string QuotedChoice(std::span<const std::string_view> words);
 

@@ -2,6 +2,7 @@
 //
 // qorview-cli check: loads definition files, packages and sessions and reports what was found, with
 // hints at likely mistakes behind it on standard error.
+#include "cli/CheckFrame.h"
 #include "cli/Commands.h"
 #include "cli/InstrumentOptions.h"
 #include "cli/Progress.h"
@@ -27,6 +28,7 @@ namespace {
 
 struct CheckOptions {
     std::vector<std::string> files;
+    std::string frame; ///< what the definition is tried on; empty: nothing
     bool json = false;
     bool strict = false;
 };
@@ -38,6 +40,24 @@ void SayHints(const std::string& subject, const DefinitionHints& hints) {
     for (const DefinitionHint& hint : hints)
         ReportHint(subject + (hint.line > 0 ? ": line " + std::to_string(hint.line) : "") + ": " +
                    hint.text);
+}
+
+/// Of what comes from a pipe there are none but those of the whole: it comes once.
+DefinitionHints HintsFor(const std::string& path, const CInstrument& instrument,
+                         DefinitionStatus status) {
+    std::string text;
+    if (!IsDevice(path) && ReadWholeFile(path, LargestText, text) != FileCause::None)
+        return {};
+    return status == DefinitionStatus::Success ? MistakesIn(instrument, text)
+                                               : HintsOf(instrument, text);
+}
+
+void SayFailure(const std::string& path, const CInstrument& instrument, DefinitionStatus status) {
+    ReportError(path + ": could not be loaded (" + Format("0x%08x", static_cast<unsigned>(status)) +
+                "); its parse log says why." +
+                (instrument.FirstDiagnostic().empty()
+                     ? ""
+                     : " The first fault in it: " + instrument.FirstDiagnostic()));
 }
 
 bool CheckDefinition(COutput& output, const std::string& path, const CheckOptions& options,
@@ -53,10 +73,7 @@ bool CheckDefinition(COutput& output, const std::string& path, const CheckOption
     if (context.stop.Requested())
         return false; // what was read is not the definition
     const bool loaded = status == DefinitionStatus::Success;
-    DefinitionHints hints;
-    std::string text; // what comes from a pipe comes once
-    if (IsDevice(path) || ReadWholeFile(path, LargestText, text) == FileCause::None)
-        hints = loaded ? MistakesIn(instrument, text) : HintsOf(instrument, text);
+    const DefinitionHints hints = HintsFor(path, instrument, status);
     if (!options.json || IsTerminal(StandardStream::Output))
         bar.reset(); // the results would stand in its line
     if (options.json) {
@@ -75,11 +92,7 @@ bool CheckDefinition(COutput& output, const std::string& path, const CheckOption
     SayHints(path, hints);
     if (loaded)
         return !options.strict || IsClean(instrument, hints);
-    ReportError(path + ": could not be loaded (" + Format("0x%08x", static_cast<unsigned>(status)) +
-                "); its parse log says why." +
-                (instrument.FirstDiagnostic().empty()
-                     ? ""
-                     : " The first fault in it: " + instrument.FirstDiagnostic()));
+    SayFailure(path, instrument, status);
     return false;
 }
 
@@ -127,7 +140,46 @@ std::string CheckFile(const std::string& path) {
     return KindByName(path) == FileKind::Session ? std::string() : CheckInstrumentFile(path);
 }
 
+/// What keeps the definition from being tried, as one sentence.
+std::string TrialFault(const std::vector<std::string>& definitions) {
+    if (definitions.size() != 1)
+        return "--frame tries one definition: give it with -d FILE.";
+    const FileKind kind = KindByName(definitions.front());
+    if (kind == FileKind::Package || kind == FileKind::Session)
+        return definitions.front() +
+               ": --frame tries one definition (.cal, .tdf); take it out of its package.";
+    return {};
+}
+
+int RunTrial(const CheckOptions& options, CommandContext& context) {
+    if (const std::string fault = TrialFault(options.files); !fault.empty()) {
+        ReportError(fault);
+        return ExitBadCall;
+    }
+    const std::string& path = options.files.front();
+    CInstrument instrument;
+    const DefinitionStatus status = instrument.Load(path);
+    const DefinitionHints hints = HintsFor(path, instrument, status);
+    SayHints(path, hints);
+    if (instrument.DiagnosticCount() > 0)
+        ReportWarning(path + ": " + std::to_string(instrument.DiagnosticCount()) +
+                      " of its lines were repaired or dropped. " + instrument.FirstDiagnostic());
+    if (status != DefinitionStatus::Success) {
+        SayFailure(path, instrument, status);
+        return ExitFault;
+    }
+    const int exit = TryFrames(options.frame, instrument, path, options.json, context);
+    return exit == ExitWell && options.strict && !IsClean(instrument, hints) ? ExitFault : exit;
+}
+
 int RunCheck(const CheckOptions& options, CommandContext& context) {
+    if (!options.frame.empty())
+        return RunTrial(options, context);
+    if (options.files.empty()) {
+        ReportError("FILE is required: name definitions, packages or sessions. See qorview-cli "
+                    "check --help.");
+        return ExitBadCall;
+    }
     COutput output(ReportError);
     bool well = true;
     for (const std::string& path : options.files) {
@@ -156,11 +208,14 @@ void AddCheckCommand(CLI::App& app, CommandContext& context) {
     command->add_flag("--strict", options.strict,
                       "A definition with repaired or dropped lines, or with hints, is a fault");
     command
-        ->add_option("FILE", options.files,
+        ->add_option("--frame", options.frame,
+                     "Try one definition on the bytes of a file, a port or standard input (-)")
+        ->type_name("FILE|PORT[:BAUD[:8N1]]|-");
+    command
+        ->add_option("-d,--definition,FILE", options.files,
                      "Definition files (.cal, .tdf), packages (.sip) or sessions (.qor)")
-        ->type_name("")
-        ->check(CheckFile)
-        ->required();
+        ->type_name("FILE")
+        ->check(CheckFile);
     command->callback(
         [&context] { context.body = [&context] { return RunCheck(options, context); }; });
 }
