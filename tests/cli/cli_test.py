@@ -164,6 +164,37 @@ class Calls(Folder):
             self.assertEqual((done.returncode, done.stdout), (2, b""))
             self.assertIn(b"is not a Package/Calibration/TDF file.", done.stderr)
 
+    def test_a_definition_is_tried_on_the_bytes_of_files_pipes_and_ports(self):
+        capture, wrong = self.folder / "capture.bin", self.folder / "wrong.cal"
+        self.assertEqual(run("simulate", "-d", PROFILER, "--frames", "4", "-o", str(capture)).returncode, 0)
+        data = capture.read_bytes()
+        wrong.write_text("INSTRUMENT NOBODY '' 6 AS 0 NONE\nA 1 '' 2 BU 0 NONE\n")
+        damaged = self.folder / "damaged.bin"
+        damaged.write_bytes(data[:20] + b"?" + data[21:])
+        cases = [((str(capture), "-d", PROFILER), 0, (4, 0, 0)), (("-", PROFILER), 0, (4, 0, 0)),
+                 ((str(damaged), "-d", PROFILER), 1, (4, 0, 1)), ((str(capture), "-d", GPS), 1, (0, None, None)),
+                 ((str(capture), "-d", str(wrong)), 1, (0, None, None))]
+        for arguments, status, figures in cases:
+            with self.subTest(arguments):
+                done = run("check", "--json", "--frame", *arguments, input=data)
+                found = json.loads(done.stdout)
+                self.assertEqual(done.returncode, status, done.stderr)
+                self.assertEqual(tuple(found[key] for key in ("frames", "dropped", "checksum_errors")), figures)
+                self.assertEqual(found["first"] is None, found["nearest"] is not None)
+                text = run("check", "--frame", *arguments, input=data)
+                self.assertEqual((text.returncode, text.stdout.count(b"Likely cause:")), (status, figures[0] == 0))
+        self.assertEqual(done.stderr.count(b"qorview-cli: hint: "), 1)
+        frame = decoded("-d", PROFILER, str(capture))[0]
+        first = json.loads(run("check", "--json", "--frame", str(capture), "-d", PROFILER).stdout)["first"]
+        self.assertEqual([field[4] for field in first["fields"]], [v for v in frame["values"] if v is not None])
+        line = Line()
+        line.send(data)
+        done = run("check", "--json", "--quiet", "--frame", line.name + ":57600:8N1", "-d", PROFILER)
+        self.assertEqual((done.returncode, json.loads(done.stdout)["frames"] >= 3), (0, True), done.stderr)
+        for arguments in ((str(capture),), (str(capture), PROFILER, GPS), (str(capture), "-d", "cast.sip")):
+            self.assertEqual(run("check", "--frame", *arguments).returncode, 2)
+        self.assertEqual(run("check", "--frame", str(self.folder / "missing"), "-d", GPS).returncode, 1)
+
     def test_a_stopped_simulation_ends_as_interrupted(self):
         command = subprocess.Popen([CLI, "simulate", "--pty", "-d", GPS], stdout=subprocess.PIPE)
         command.stdout.readline()
