@@ -39,7 +39,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Require(whole.first.has_value() != whole.nearest.has_value());
     Require(!whole.nearest ||
             !(whole.nearest->cause.empty() || whole.nearest->look.sentence.empty()));
-    for (std::size_t piece : {1, 7}) {
+    for (std::size_t piece : {std::size_t{1}, std::size_t{7}}) {
         const FrameTrialResult parts = Try(instrument, bytes, piece);
         Require(parts.frames == whole.frames && parts.discarded == whole.discarded);
         Require(parts.dropped == whole.dropped && parts.unconverted == whole.unconverted);

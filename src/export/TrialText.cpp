@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+//
+// First what people read, then the JSON.
 #include "export/TrialText.h"
 
 #include "base/Text.h"
@@ -133,7 +135,9 @@ void WriteMiss(COutput& output, const NearestMiss& miss) {
     output.Text("First bytes:   \"" + miss.sample + "\"\n");
 }
 
-// --- JSON
+} // namespace
+
+namespace {
 
 void WriteField(CJsonWriter& json, const TriedField& field) {
     json.BeginArray();

@@ -8,6 +8,8 @@
 #include "telemetry/RawLogFormat.h"
 
 #include <algorithm>
+#include <limits>
+#include <tuple>
 
 namespace qor {
 

@@ -5,9 +5,8 @@
 // function of the bytes, any thread; what a definition makes of them is NearestMiss's.
 #pragma once
 
-#include "base/Bytes.h"
+#include "session/ByteRepeat.h"
 
-#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -23,14 +22,6 @@ enum class StreamKind : std::uint8_t {
     Records,   ///< binary, and some bytes of it stand again at one distance
     Garbled,   ///< binary, as text becomes at the wrong speed
     Binary,
-};
-
-/// A sequence that stands again and again.
-struct ByteRepeat {
-    std::string bytes; ///< 3 to 16
-    std::size_t first = 0;
-    std::size_t count = 0;
-    std::size_t distance = 0; ///< from one to the next, most often
 };
 
 struct StreamLook {

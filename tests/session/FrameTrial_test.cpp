@@ -11,6 +11,8 @@
 
 #include <gmock/gmock.h>
 
+#include <bit>
+
 using namespace qor;
 using namespace std::string_literals;
 using testing::HasSubstr;
