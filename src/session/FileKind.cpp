@@ -26,10 +26,6 @@ constexpr struct {
 /// Comments may stand before a definition's header line and other members before a session's.
 constexpr std::size_t BeginBytes = 65536;
 
-std::string_view LastPart(std::string_view path) {
-    return path.substr(path.find_last_of("/\\") + 1); // all of it where there is none
-}
-
 bool HasHeaderLine(std::string_view text) {
     while (!text.empty()) {
         std::string_view line = TrimLeft(text.substr(0, text.find('\n')));
@@ -43,14 +39,18 @@ bool HasHeaderLine(std::string_view text) {
 
 } // namespace
 
+std::string_view LastPartOf(std::string_view path) {
+    return path.substr(path.find_last_of("/\\") + 1); // all of it where there is none
+}
+
 std::string ExtensionOf(std::string_view path) {
-    path = LastPart(path);
+    path = LastPartOf(path);
     const std::size_t dot = path.rfind('.');
     return dot == std::string_view::npos ? std::string() : ToLower(path.substr(dot + 1));
 }
 
 std::string StemOf(std::string_view path) {
-    path = LastPart(path);
+    path = LastPartOf(path);
     return std::string(path.substr(0, path.rfind('.')));
 }
 

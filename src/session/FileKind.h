@@ -17,6 +17,9 @@ enum class FileKind : std::uint8_t { Package, Definition, Session, RawLog, Other
 /// The text behind the last dot of the last part of a path, lowered; empty when there is none.
 std::string ExtensionOf(std::string_view path);
 
+/// The last part of a path: the file's own name.
+std::string_view LastPartOf(std::string_view path);
+
 /// The last part of a path without its extension.
 std::string StemOf(std::string_view path);
 

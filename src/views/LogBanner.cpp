@@ -10,12 +10,6 @@
 
 namespace qor {
 
-namespace {
-
-constexpr std::int64_t PauseOfFlow = 5'000; ///< milliseconds without a frame that end a flow
-
-} // namespace
-
 void CLogBanner::Note(const Event& event) {
     if (event.kind == EventKind::LogBegun)
         Cause.clear();
@@ -23,20 +17,6 @@ void CLogBanner::Note(const Event& event) {
         return;
     Cause = OneLine(event.text);
     FailureSeen = false;
-}
-
-std::int64_t CLogBanner::FlowingFor(const SessionSnapshot& snapshot, std::int64_t now) {
-    std::uint64_t frames = 0;
-    for (const ResourceStatus& resource : snapshot.resources)
-        frames += resource.frames;
-    if (frames > Frames) {
-        LastFrame = now;
-        FlowingSince = FlowingSince == 0 ? std::max<std::int64_t>(now, 1) : FlowingSince;
-    }
-    Frames = frames;
-    if (now - LastFrame > PauseOfFlow)
-        FlowingSince = 0;
-    return FlowingSince == 0 ? 0 : now - FlowingSince;
 }
 
 LogPage CLogBanner::Page(const CQorViewDoc& doc, RunKind run,
@@ -49,7 +29,7 @@ LogPage CLogBanner::Page(const CQorViewDoc& doc, RunKind run,
     facts.freeBytes = freeBytes;
     facts.bytesPerSecond = LogBytesPerSecond(doc);
     facts.run = run;
-    facts.flowing = FlowingFor(snapshot, doc.Clock.MonotonicMilliseconds());
+    facts.flowing = Flow.Since(snapshot, doc.Clock.MonotonicMilliseconds());
     facts.cause = Cause;
     if (run == RunKind::Replay)
         for (const ResourceStatus& resource : snapshot.resources)

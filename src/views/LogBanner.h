@@ -19,13 +19,9 @@ class CLogBanner {
     LogPage Page(const CQorViewDoc& doc, RunKind run, std::optional<std::uint64_t> freeBytes);
 
   private:
-    std::int64_t FlowingFor(const SessionSnapshot& snapshot, std::int64_t now);
-
     std::string Cause;
     bool FailureSeen = false;
-    std::uint64_t Frames = 0;      ///< received at the last look
-    std::int64_t LastFrame = 0;    ///< when there were more than before, monotonic milliseconds
-    std::int64_t FlowingSince = 0; ///< 0: they do not
+    CFrameFlow Flow;
 };
 
 /// The folder that the next log goes to; the working directory where none is set.

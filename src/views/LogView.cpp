@@ -12,7 +12,6 @@ namespace qor {
 namespace {
 
 constexpr std::int64_t AskEvery = 10'000; ///< ms
-constexpr std::int64_t FlowEnds = 10'000; ///< ms without a frame
 
 const char* StateText(LogState state) {
     switch (state) {
@@ -81,15 +80,7 @@ bool CLogView::Refresh(CQorViewDoc&) {
     FindSpace(folder, now);
     Facts.bytesPerSecond = LogBytesPerSecond(Doc);
     Facts.nextName = Facts.log.logOpen ? "" : Facts.log.logFileDisplayName;
-    std::uint64_t frames = 0;
-    for (const ResourceStatus& resource : snapshot.resources)
-        frames += resource.isFile ? 0 : resource.frames;
-    if (frames != Frames) {
-        FlowBegan = FlowBegan < 0 || now - LastFlow > FlowEnds ? now : FlowBegan;
-        LastFlow = now;
-    }
-    Frames = frames;
-    Facts.flowing = LastFlow >= 0 && now - LastFlow <= FlowEnds ? LastFlow - FlowBegan : 0;
+    Facts.flowing = Flow.Since(snapshot, now);
     Banner = MakeLogPage(Facts);
     const std::vector<GridRow> before = std::move(Grid.rows);
     FillGrid();

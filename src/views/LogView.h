@@ -41,8 +41,7 @@ class CLogView : public CView {
     std::optional<std::int64_t> Asked;
     LogFacts Facts;
     LogPage Banner;
-    std::uint64_t Frames = 0; ///< received by all instruments, at the latest refresh
-    std::int64_t FlowBegan = -1, LastFlow = -1;
+    CFrameFlow Flow;
     GridPage Grid;
 };
 

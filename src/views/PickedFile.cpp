@@ -3,6 +3,7 @@
 
 #include "base/Text.h"
 #include "session/FileDescription.h"
+#include "session/FileKind.h"
 #include "session/SessionFields.h"
 #include "views/FormNumbers.h"
 #include "views/SourceForms.h"
@@ -10,10 +11,6 @@
 namespace qor {
 
 namespace {
-
-std::string FileNameOf(const std::string& path) {
-    return path.substr(path.find_last_of("/\\") + 1);
-}
 
 /// What is wrong with the file by itself, whatever it is to stand on.
 std::string FaultOf(const std::string& path) {
@@ -27,7 +24,7 @@ std::string FaultOf(const std::string& path) {
 PickedFile PickFile(const std::string& path) {
     PickedFile picked;
     picked.path = path;
-    picked.name = FileNameOf(path);
+    picked.name = std::string(LastPartOf(path));
     picked.text = picked.name;
     picked.fault = FaultOf(path);
     if (!picked.fault.empty())

@@ -2,6 +2,7 @@
 #include "views/SessionPages.h"
 
 #include "base/Text.h"
+#include "session/FileKind.h"
 #include "session/PortText.h"
 #include "telemetry/CommResult.h"
 #include "views/NumberText.h"
@@ -15,8 +16,8 @@ namespace qor {
 
 namespace {
 
-constexpr std::int64_t NaggingAfter = 60'000;
-constexpr std::int64_t GrowthKnownAfter = 10; ///< s
+constexpr std::int64_t NaggingAfter = 60'000, FlowEnds = 10'000; ///< ms
+constexpr std::int64_t GrowthKnownAfter = 10;                    ///< s
 constexpr double Hour = 3600.0, AmberUnder = 6 * Hour, RedUnder = 0.5 * Hour;
 constexpr int TimeTagBytes = 7; ///< behind each frame of a log
 
@@ -148,6 +149,20 @@ TreePage MakeTreePage(const CQorViewDoc& doc, const CFrameRates& rates,
     return page;
 }
 
+std::int64_t CFrameFlow::Since(const SessionSnapshot& snapshot, std::int64_t now) {
+    std::uint64_t frames = 0;
+    for (const ResourceStatus& resource : snapshot.resources)
+        frames += resource.isFile ? 0 : resource.frames;
+    if (frames < Frames || now - Latest > FlowEnds)
+        Began.reset();
+    if (frames > Frames) {
+        Latest = now;
+        Began = Began.value_or(now);
+    }
+    Frames = frames;
+    return Began ? now - *Began : 0;
+}
+
 std::optional<double> LogBytesPerSecond(const CQorViewDoc& doc) {
     CRecursiveLock lock(doc.DocLock);
     const LogStatus log = doc.RawLog.Status();
@@ -196,7 +211,9 @@ LogPage MakeLogPage(const LogFacts& facts) {
         page.state == LogState::Idle && facts.run == RunKind::Live && facts.flowing >= NaggingAfter;
     if (page.state == LogState::Open)
         page.elapsed = HoursText(static_cast<double>(log.logElapsed));
-    page.file = page.state == LogState::Open ? log.logFileDisplayName : facts.nextName;
+    // The open log by its real name; the one that was shown may have been "(TIME STAMP)".
+    page.file =
+        page.state == LogState::Open ? std::string(LastPartOf(log.logFilePath)) : facts.nextName;
     page.frames = CountText(log.framesLogged);
     if (const std::optional<double> left = SecondsLeft(facts)) {
         page.left = TimeLeftText(*left);

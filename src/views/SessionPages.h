@@ -94,6 +94,19 @@ struct LogFacts {
 };
 LogPage MakeLogPage(const LogFacts& facts);
 
+/// For how long the instruments of a session have been sending.
+class CFrameFlow {
+  public:
+    /// Milliseconds from the first frame on; 0 when none has come for ten seconds, or another
+    /// session has begun. `now`: monotonic. Played files do not count.
+    std::int64_t Since(const SessionSnapshot& snapshot, std::int64_t now);
+
+  private:
+    std::uint64_t Frames = 0; ///< at the last look
+    std::int64_t Latest = 0;  ///< when there were more than before
+    std::optional<std::int64_t> Began;
+};
+
 /// How fast logs grow: as this one does, once it has run for ten seconds; before that, and without
 /// one, as the instruments that are to be logged send.
 std::optional<double> LogBytesPerSecond(const CQorViewDoc& doc);

@@ -148,6 +148,24 @@ TEST_F(ASessionView, TheBannerNagsWhenFramesComeAndNobodyLogs) {
     EXPECT_FALSE(view.Page().nagging) << "nothing comes any more";
 }
 
+TEST(FrameFlow, EndsInSilenceAndWithTheSession) {
+    CFrameFlow flow;
+    SessionSnapshot snapshot;
+    ResourceStatus& port = snapshot.resources.emplace_back();
+    const struct {
+        std::uint64_t frames;
+        std::int64_t now, since;
+    } looks[] = {{0, 90'000, 0},  {5, 100'000, 0},    {6, 104'000, 4'000}, {6, 114'000, 14'000},
+                 {6, 114'001, 0}, {7, 120'000, 0},    {9, 125'000, 5'000}, {2, 126'000, 0},
+                 {3, 127'000, 0}, {4, 128'000, 1'000}};
+    for (const auto& look : looks) {
+        port.frames = look.frames;
+        EXPECT_EQ(flow.Since(snapshot, look.now), look.since) << look.now;
+    }
+    port.isFile = true;
+    EXPECT_EQ(flow.Since(snapshot, 129'000), 0) << "played";
+}
+
 TEST_F(ASessionView, LinesAreThoseOfTheSessionLogAndCommentsTheirs) {
     CLinesView all(false), comments(true);
     EXPECT_EQ(Rows(comments), "");
@@ -217,7 +235,8 @@ TEST(LogPage, TellsTheStateOfLoggingFromItsFigures) {
     EXPECT_EQ(MakeLogPage(facts).file, "next.raw");
     facts.log.logOpen = true;
     facts.log.logElapsed = 45'296;
-    facts.log.logFileDisplayName = "now.raw";
+    facts.log.logFileDisplayName = "(TIME STAMP)";
+    facts.log.logFilePath = "logs/now.raw";
     facts.log.framesLogged = 48'210;
     EXPECT_EQ(MakeLogPage(facts).elapsed, "12:34:56");
     EXPECT_EQ(MakeLogPage(facts).frames, CountText(48'210));

@@ -8,11 +8,25 @@
 #include <QDialogButtonBox>
 #include <QLabel>
 #include <QPushButton>
+#include <QScreen>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <utility>
 
 namespace qor {
+
+void PutOver(QWidget& dialog) {
+    constexpr int TitleHeight = 40; // about; the frame is not known before it is shown
+    const QWidget* window = dialog.parentWidget() ? dialog.parentWidget()->window() : nullptr;
+    if (!window)
+        return;
+    const QRect room = window->screen()->availableGeometry().adjusted(0, TitleHeight, 0, 0);
+    const QPoint wanted = window->geometry().center() - dialog.rect().center();
+    dialog.move(
+        std::clamp(wanted.x(), room.left(), std::max(room.right() - dialog.width(), room.left())),
+        std::clamp(wanted.y(), room.top(), std::max(room.bottom() - dialog.height(), room.top())));
+}
 
 CBoxes::CBoxes(const CTheme& theme, QWidget* window)
     : QObject(window), Theme(theme), Window(window) {}
@@ -74,6 +88,8 @@ void CBoxes::ShowNext() {
             then(result == QDialog::Accepted);
         ShowNext();
     });
+    dialog->adjustSize();
+    PutOver(*dialog);
     dialog->show();
     dialog->raise();
 }

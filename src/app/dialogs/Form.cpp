@@ -2,6 +2,7 @@
 #include "app/dialogs/Form.h"
 
 #include "app/ShownText.h"
+#include "app/dialogs/Boxes.h"
 #include "app/look/Icons.h"
 #include "app/look/Style.h"
 
@@ -320,6 +321,7 @@ void CForm::Open() {
     Check();
     Area->updateGeometry();
     adjustSize();
+    PutOver(*this);
     show();
     Content->layout()->invalidate(); // what was asked of it while hidden may not have been done
     OrderTabs();

@@ -87,6 +87,9 @@ QWidget* CStartPage::MakeButton(Do action, const QString& text, const QString& b
     button->setToolTip(made->toolTip());
     button->setAccessibleDescription(below);
     button->setDefault(large);
+    button->setAutoDefault(true); // Enter presses the one that has the focus
+    if (large)
+        setFocusProxy(button);
     connect(button, &QPushButton::clicked, made, &QAction::trigger);
     connect(made, &QAction::changed, button, [button, made] {
         button->setEnabled(made->isEnabled());
@@ -125,6 +128,7 @@ void CStartPage::ShowSessions(const std::vector<ShownSession>& recent,
         auto* text = new QLabel(tr("%1 ended unexpectedly.").arg(Shown(Unfinished)));
         row->addWidget(text, 1);
         auto* restore = new QPushButton(tr("Restore"));
+        restore->setAutoDefault(true);
         connect(restore, &QPushButton::clicked, this, &CStartPage::RestoreAsked);
         row->addWidget(restore);
         Sessions->addWidget(place);
@@ -139,6 +143,7 @@ void CStartPage::ShowSessions(const std::vector<ShownSession>& recent,
         auto* button =
             new QPushButton(Shown(Recent[i].name) + QStringLiteral("    ") + Shown(Recent[i].when));
         button->setFlat(true);
+        button->setAutoDefault(true);
         button->setToolTip(Shown(Recent[i].path));
         connect(button, &QPushButton::clicked, this,
                 [this, path = Shown(Recent[i].path)] { emit OpenAsked(path); });

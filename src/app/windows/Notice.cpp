@@ -16,6 +16,7 @@ CNotice::CNotice(const CTheme& theme, QWidget* parent)
     Sentence->setWordWrap(true);
     Sentence->setAlignment(Qt::AlignCenter);
     Sentence->setTextFormat(Qt::PlainText);
+    Remedy->setAutoDefault(true); // Enter presses it
     connect(Remedy, &QPushButton::clicked, this, &CNotice::RemedyPressed);
     auto* whole = new QVBoxLayout(this);
     whole->addStretch(1);
