@@ -6,6 +6,7 @@
 #include "cli/OutputOptions.h"
 #include "cli/PlayedFile.h"
 #include "cli/Report.h"
+#include "export/CheckCounts.h"
 #include "export/ExportFormat.h"
 
 #include <CLI/CLI.hpp>
@@ -49,15 +50,19 @@ DecodedLog DecodeLog(const std::string& path, const DecodeOptions& options, Comm
     log.begun = log.result.Good();
     if (!log.begun)
         return log;
+    CFailedFrames failed;
     log.whole = playback.Play(
         context,
         [&](CQorViewIns& instrument, const FrameCheckResult& checks) {
+            failed.Add(instrument.ShownName(), checks);
             if (derives)
                 playback.Doc().ReadDerived(instrument, derived);
             sink.Write({instrument.Live, checks, derived});
         },
         [&] { return sink.Good(); });
     sink.EndLog();
+    if (const std::string text = failed.Sentence(); !text.empty())
+        ReportWarning(path + ": " + text);
     return log;
 }
 

@@ -14,8 +14,8 @@ CFrameSummary::CFrameSummary(const CInstrument& instrument) : Instrument(instrum
             Rows.push_back({&sensor, kind == ValueKind::Text, 0, 0.0, 0.0, 0.0, 0.0, {}});
 }
 
-void CFrameSummary::AddFrame(const CLiveInstrument& instrument) {
-    ++Frames;
+void CFrameSummary::AddFrame(const CLiveInstrument& instrument, const FrameCheckResult& checks) {
+    Checks.Add(checks);
     const FrameValues& values = instrument.Values();
     for (Row& row : Rows) {
         auto index = static_cast<std::size_t>(row.sensor->Index);
@@ -36,8 +36,9 @@ void CFrameSummary::AddFrame(const CLiveInstrument& instrument) {
 }
 
 void CFrameSummary::Write(COutput& output) const {
-    output.Text(Format("%s: %llu frames\n", Instrument.ShownName().c_str(),
-                       static_cast<unsigned long long>(Frames)));
+    output.Text(Format("%s: %llu frames", Instrument.ShownName().c_str(),
+                       static_cast<unsigned long long>(Checks.frames)));
+    output.Text(Checks.frames > 0 ? ", " + Checks.Text() + "\n" : "\n");
     output.Text(Format("  %-20s %-14s %8s %12s %12s %12s %12s\n", "sensor", "units", "values",
                        "least", "mean", "greatest", "last"));
     for (const Row& row : Rows) {
@@ -73,7 +74,7 @@ class CFrameSummaries final : public CFrameSink {
     void Write(const ExportedFrame& frame) override {
         for (auto& [owner, summary] : Summaries)
             if (owner == &frame.instrument)
-                summary.AddFrame(frame.instrument);
+                summary.AddFrame(frame.instrument, frame.checks);
     }
     void EndLog() override {
         for (const auto& [owner, summary] : Summaries)

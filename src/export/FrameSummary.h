@@ -4,6 +4,7 @@
 // calibrated values.
 #pragma once
 
+#include "export/CheckCounts.h"
 #include "export/FrameSink.h"
 
 #include <string>
@@ -16,7 +17,7 @@ class CFrameSummary {
     explicit CFrameSummary(const CInstrument& instrument);
 
     /// Takes the instrument's current frame in.
-    void AddFrame(const CLiveInstrument& instrument);
+    void AddFrame(const CLiveInstrument& instrument, const FrameCheckResult& checks);
     void Write(COutput& output) const;
 
   private:
@@ -29,7 +30,7 @@ class CFrameSummary {
     };
     const CInstrument& Instrument;
     std::vector<Row> Rows;
-    std::uint64_t Frames = 0;
+    CheckCounts Checks;
 };
 
 /// A table an instrument at the end of each log.

@@ -5,6 +5,8 @@
 #include "instrument/Calibration.h"
 #include "instrument/FieldText.h"
 
+#include <array>
+
 namespace qor {
 
 namespace {
@@ -37,6 +39,21 @@ ShownValue ValueOf(const CLiveInstrument& instrument, const CSensor& sensor, Val
         value.number = instrument.Values().numbers[index];
     }
     return value;
+}
+
+/// What a check found; nothing where the instrument has nothing to check it by.
+struct FrameFlag {
+    std::string_view name;
+    std::optional<bool> value;
+};
+
+std::array<FrameFlag, 3> FlagsOf(const FrameCheckResult& checks) {
+    const auto found = [](bool checked, bool value) {
+        return checked ? std::optional(value) : std::nullopt;
+    };
+    return {{{"dropped", found(checks.checksCounter, checks.dropped)},
+             {"checksum_error", found(checks.checksSum, checks.checksumError)},
+             {"value_error", found(checks.checksCounter || checks.checksSum, checks.valueError)}}};
 }
 
 void PutDigits(char* place, int digits, int value) {
@@ -158,9 +175,8 @@ void CFrameJson::WriteFrame(const CLiveInstrument& instrument, const FrameCheckR
     Json.Key("offset"), Json.Integer(static_cast<std::int64_t>(frame.StreamOffset));
     Json.Key("length"), Json.Integer(static_cast<std::int64_t>(frame.Bytes.size()));
     Json.Key("time"), WriteTimeValue(Json, Out, frame.Info.time);
-    Json.Key("dropped"), Json.Bool(checks.dropped);
-    Json.Key("checksum_error"), Json.Bool(checks.checksumError);
-    Json.Key("value_error"), Json.Bool(checks.valueError);
+    for (const FrameFlag& flag : FlagsOf(checks))
+        Json.Key(flag.name), Json.BoolOrNull(flag.value);
     WriteValues(instrument);
     if (Derived)
         WriteDerived(derived);

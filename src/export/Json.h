@@ -31,6 +31,7 @@ class CJsonWriter {
     void Number(double value) { Separate(), Out.Number(value); }
     void Integer(std::int64_t value) { Separate(), Out.Integer(value); }
     void Bool(bool value) { Separate(), Out.Text(value ? "true" : "false"); }
+    void BoolOrNull(std::optional<bool> value) { value ? Bool(*value) : Null(); }
     void Null() { Separate(), Out.Text("null"); }
     /// A status code as "0x3000000e".
     void Code(std::uint32_t code);

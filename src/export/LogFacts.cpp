@@ -8,6 +8,21 @@
 
 namespace qor {
 
+namespace {
+
+std::optional<std::uint64_t> CountIf(bool checked, std::uint64_t count) {
+    return checked ? std::optional(count) : std::nullopt;
+}
+
+void WriteCount(CJsonWriter& json, std::optional<std::uint64_t> count) {
+    if (count)
+        json.Integer(static_cast<std::int64_t>(*count));
+    else
+        json.Null();
+}
+
+} // namespace
+
 void PlayFacts::NoteTime(const FrameTime& time) {
     if (!time.known)
         return;
@@ -20,14 +35,15 @@ void PlayFacts::Count(const SessionSnapshot& snapshot) {
     for (const ResourceStatus& resource : snapshot.resources) {
         bytesDiscarded += resource.figures.bytesDiscarded;
         for (const InstrumentFigures& figures : resource.instruments)
-            instruments.push_back(
-                {figures.name, figures.frames, figures.dropped, figures.checksumErrors});
+            instruments.push_back({figures.name, figures.frames,
+                                   CountIf(figures.checksCounter, figures.dropped),
+                                   CountIf(figures.checksSum, figures.checksumErrors)});
     }
 }
 
 bool PlayFacts::HasChecksumErrors() const {
-    return std::ranges::any_of(instruments,
-                               [](const Instrument& one) { return one.checksumErrors > 0; });
+    return std::ranges::any_of(
+        instruments, [](const Instrument& one) { return one.checksumErrors.value_or(0) > 0; });
 }
 
 void WriteLogJson(COutput& output, const std::string& path, const CRawLogReader& log,
@@ -59,9 +75,8 @@ void WriteLogJson(COutput& output, const std::string& path, const CRawLogReader&
             json.BeginObject();
             json.Key("instrument"), json.Text(instrument.name);
             json.Key("frames"), json.Integer(static_cast<std::int64_t>(instrument.frames));
-            json.Key("dropped"), json.Integer(static_cast<std::int64_t>(instrument.dropped));
-            json.Key("checksum_errors"),
-                json.Integer(static_cast<std::int64_t>(instrument.checksumErrors));
+            json.Key("dropped"), WriteCount(json, instrument.dropped);
+            json.Key("checksum_errors"), WriteCount(json, instrument.checksumErrors);
             json.EndObject();
         }
         json.EndArray();
@@ -96,11 +111,14 @@ void WriteLogText(COutput& output, const std::string& path, const CRawLogReader&
     if (!play)
         return;
     for (const PlayFacts::Instrument& instrument : play->instruments)
-        output.Text(Format("  %-17s %llu frames, %llu dropped, %llu checksum errors\n",
-                           instrument.name.c_str(),
-                           static_cast<unsigned long long>(instrument.frames),
-                           static_cast<unsigned long long>(instrument.dropped),
-                           static_cast<unsigned long long>(instrument.checksumErrors)));
+        output.Text(Format("  %-17s %llu frames, ", instrument.name.c_str(),
+                           static_cast<unsigned long long>(instrument.frames)) +
+                    CheckedCount(instrument.dropped.has_value(), instrument.dropped.value_or(0),
+                                 "dropped") +
+                    ", " +
+                    CheckedCount(instrument.checksumErrors.has_value(),
+                                 instrument.checksumErrors.value_or(0), "checksum errors") +
+                    "\n");
     output.Text(Format("  bytes discarded   %llu\n",
                        static_cast<unsigned long long>(play->bytesDiscarded)));
 }

@@ -18,7 +18,8 @@ namespace qor {
 struct PlayFacts {
     struct Instrument {
         std::string name;
-        std::uint64_t frames = 0, dropped = 0, checksumErrors = 0;
+        std::uint64_t frames = 0;
+        std::optional<std::uint64_t> dropped, checksumErrors; ///< none: cannot be checked
     };
     std::vector<Instrument> instruments;
     FrameTime firstTag, lastTag;

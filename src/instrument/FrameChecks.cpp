@@ -182,6 +182,8 @@ FrameCheckResult CFrameChecks::Check(ByteSpan frame) {
     FrameCheckResult result;
     if (!Enabled || !Instrument || !frame.data())
         return result;
+    result.checksCounter = ChecksCounter();
+    result.checksSum = ChecksSum();
     std::int64_t value = 0;
     if (CounterIndex != -1) {
         if (!Read(Counter, frame, value, result))

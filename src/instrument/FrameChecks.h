@@ -13,12 +13,16 @@
 
 namespace qor {
 
-/// What the checks found in one frame.
+/// What the checks found in one frame, and which of them there are for its instrument.
 struct FrameCheckResult {
-    bool dropped = false; ///< the counter says that frames are missing before this one
+    bool checksCounter = false; ///< else nothing is known of missing frames
+    bool checksSum = false;     ///< else nothing is known of damage
+    bool dropped = false;       ///< the counter says that frames are missing before this one
     bool checksumError = false;
     bool valueError = false; ///< the counter or the checksum could not be read
     bool beep = false;       ///< the operator asked to hear of this
+
+    bool Failed() const { return dropped || checksumError || valueError; }
 };
 
 class CFrameChecks {
@@ -51,6 +55,10 @@ class CFrameChecks {
         ErrorCount = 0;
         DroppedCount = ChecksumErrorCount = ValueErrorCount = 0;
     }
+
+    /// Whether frames are checked for missing ones, and for damage.
+    bool ChecksCounter() const { return Enabled && CounterEnabled && CounterIndex >= 0; }
+    bool ChecksSum() const { return Enabled && ChecksumEnabled && ChecksumIndex >= 0; }
 
     /// Checks one frame of the instrument that SetUp was given; reports and counts what is wrong.
     FrameCheckResult Check(ByteSpan frame);

@@ -379,7 +379,8 @@ ResourceStatus CQorViewDoc::StatusOf(const CQorViewRes& resource) const {
                                       instrument->FramesReceived, checks.DroppedCount,
                                       checks.ChecksumErrorCount, checks.ValueErrorCount,
                                       RawLog.FramesThisLog(*instrument), instrument->Live.FrameRate,
-                                      instrument->Live.Immersed, instrument->AcquisitionEnabled});
+                                      instrument->Live.Immersed, instrument->AcquisitionEnabled,
+                                      checks.ChecksCounter(), checks.ChecksSum()});
         status.frames += instrument->FramesReceived;
         const CInstrument& definition = instrument->Definition();
         status.longestFrame =
@@ -388,6 +389,8 @@ ResourceStatus CQorViewDoc::StatusOf(const CQorViewRes& resource) const {
                                               : UsualTextFrame);
         status.dropped += checks.DroppedCount;
         status.checksumErrors += checks.ChecksumErrorCount;
+        status.checksCounter = status.checksCounter || checks.ChecksCounter();
+        status.checksSum = status.checksSum || checks.ChecksSum();
     }
     return status;
 }

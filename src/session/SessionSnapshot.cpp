@@ -18,4 +18,9 @@ const InstrumentFigures* SessionSnapshot::Find(InstrumentId id) const {
     return nullptr;
 }
 
+std::string CheckedCount(bool checked, std::uint64_t count, std::string_view what) {
+    return checked ? std::to_string(count) + ' ' + std::string(what)
+                   : std::string(what) + " not checked";
+}
+
 } // namespace qor

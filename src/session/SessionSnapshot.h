@@ -8,6 +8,7 @@
 #include "session/RawLog.h"
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace qor {
@@ -22,7 +23,9 @@ struct InstrumentFigures {
     std::uint32_t framesThisLog = 0;
     double nominalRate = 0.0; ///< Hz
     bool immersed = false;
-    bool acquired = true; ///< its frames are looked for
+    bool acquired = true;       ///< its frames are looked for
+    bool checksCounter = false; ///< else `dropped` says nothing
+    bool checksSum = false;     ///< else `checksumErrors` says nothing
 };
 
 /// A resource with its instruments, and the sums of theirs.
@@ -42,6 +45,8 @@ struct ResourceStatus {
     std::uint64_t frames = 0;
     std::uint64_t dropped = 0;
     std::uint64_t checksumErrors = 0;
+    bool checksCounter = false; ///< of some of its instruments
+    bool checksSum = false;
     /// Bytes of the longest frame that is to be expected: that of a begun frame may be cut off.
     std::uint64_t longestFrame = 0;
 };
@@ -54,5 +59,8 @@ struct SessionSnapshot {
     const ResourceStatus* Find(ResourceId id) const;
     const InstrumentFigures* Find(InstrumentId id) const;
 };
+
+/// "3 dropped"; "dropped not checked" where a count could not have been made.
+std::string CheckedCount(bool checked, std::uint64_t count, std::string_view what);
 
 } // namespace qor

@@ -47,19 +47,24 @@ std::string StatusLine(const ResourceStatus& resource, double framesPerSecond, s
     const char* state = StateText(resource);
     const std::string lost =
         figures.framesLost == 0 ? std::string() : Format(" %llu LOST", Printed(figures.framesLost));
-    std::string line = Format("%-16s %-13s %9llu frames %7.1f/s %s %llu dropped  %llu checksum "
-                              "errors  %llu bytes discarded",
-                              resource.name.c_str(), state, Printed(resource.frames),
-                              framesPerSecond, lost.c_str(), Printed(resource.dropped),
-                              Printed(resource.checksumErrors), Printed(figures.bytesDiscarded));
+    const std::string dropped = CheckedCount(resource.checksCounter, resource.dropped, "dropped");
+    const std::string errors =
+        CheckedCount(resource.checksSum, resource.checksumErrors, "checksum errors");
+    std::string line =
+        Format("%-16s %-13s %9llu frames %7.1f/s %s %s  %s  "
+               "%llu bytes discarded",
+               resource.name.c_str(), state, Printed(resource.frames), framesPerSecond,
+               lost.c_str(), dropped.c_str(), errors.c_str(), Printed(figures.bytesDiscarded));
     if (line.size() <= room)
         return line;
     // All figures are to be seen in 80 columns too.
     constexpr std::string_view devices = "/dev/";
     const std::size_t skipped = resource.name.starts_with(devices) ? devices.size() : 0;
-    line = Format("%s %s %llu frames %.1f/s%s %llu dropped %llu checksum errors %llu discarded",
-                  resource.name.c_str() + skipped, state, Printed(resource.frames), framesPerSecond,
-                  lost.c_str(), Printed(resource.dropped), Printed(resource.checksumErrors),
+    const std::string checks = !resource.checksCounter && !resource.checksSum ? "not checked"
+                               : resource.checksSum ? dropped + " " + errors
+                                                    : dropped + " checksum not checked";
+    line = Format("%s %s %llu frames %.1f/s%s %s %llu discarded", resource.name.c_str() + skipped,
+                  state, Printed(resource.frames), framesPerSecond, lost.c_str(), checks.c_str(),
                   Printed(figures.bytesDiscarded));
     return line.substr(0, room);
 }
@@ -69,9 +74,10 @@ std::string SummaryLines(const SessionSnapshot& snapshot) {
     for (const ResourceStatus& resource : snapshot.resources) {
         for (const InstrumentFigures& figures : resource.instruments)
             text += Format(
-                "%s on %s: %llu frames, %u in the last log, %llu dropped, %llu checksum errors\n",
-                figures.name.c_str(), resource.name.c_str(), Printed(figures.frames),
-                figures.framesThisLog, Printed(figures.dropped), Printed(figures.checksumErrors));
+                "%s on %s: %llu frames, %u in the last log, %s, %s\n", figures.name.c_str(),
+                resource.name.c_str(), Printed(figures.frames), figures.framesThisLog,
+                CheckedCount(figures.checksCounter, figures.dropped, "dropped").c_str(),
+                CheckedCount(figures.checksSum, figures.checksumErrors, "checksum errors").c_str());
         text += MissingLine(resource);
     }
     return text;

@@ -9,6 +9,7 @@
 #include "telemetry/CommResult.h"
 #include "views/NumberText.h"
 #include "views/PortWords.h"
+#include "views/SessionPages.h"
 
 #include <algorithm>
 
@@ -72,9 +73,10 @@ FormFacts FactsOf(const CQorViewDoc& doc, ResourceId resource) {
     if (found->isFile && found->fileSize > 0)
         facts.emplace_back("Size", CountText(found->fileSize) + " bytes, played " +
                                        CountText(found->filePosition));
-    facts.emplace_back("Frames", CountText(found->frames) + ", dropped " +
-                                     CountText(found->dropped) + ", checksum errors " +
-                                     CountText(found->checksumErrors));
+    facts.emplace_back("Frames",
+                       CountText(found->frames) + ", " +
+                           CheckedText(found->checksCounter, found->dropped, "dropped") + ", " +
+                           CheckedText(found->checksSum, found->checksumErrors, "checksum errors"));
     facts.emplace_back("Instruments", OrNone(JoinedNames(instruments)));
     return facts;
 }

@@ -65,8 +65,9 @@ TreeRow RowOfInstrument(const CQorViewDoc& doc, const CFrameRates& rates,
     rates.LockIsHeld();
     row.rate = rates.TextOf(figures);
     row.age = AgeText(sent ? now - instrument->Live.ArrivalMonotonic : -1);
-    row.detail = CountText(figures.frames) + " frames, " + CountText(figures.dropped) +
-                 " dropped, " + CountText(figures.checksumErrors) + " checksum errors, " +
+    row.detail = CountText(figures.frames) + " frames, " +
+                 CheckedText(figures.checksCounter, figures.dropped, "dropped") + ", " +
+                 CheckedText(figures.checksSum, figures.checksumErrors, "checksum errors") + ", " +
                  CountText(figures.valueErrors) + " value errors, " +
                  (figures.immersed ? "wet" : "dry");
     return row;
@@ -283,6 +284,10 @@ std::string WhenText(std::int64_t seconds, const FrameTime& now) {
         return "today " + time;
     return (day == FormatTime("%Y-%m-%d", LocalCalendar(yesterday)) ? "yesterday " : day + " ") +
            time;
+}
+
+std::string CheckedText(bool checked, std::uint64_t count, std::string_view what) {
+    return checked ? CountText(count) + ' ' + std::string(what) : CheckedCount(false, 0, what);
 }
 
 } // namespace qor

@@ -14,6 +14,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace qor {
@@ -134,5 +135,8 @@ double ReplayPlaceAfter(const ResourceStatus& file, const LogOutline& outline, d
 /// When something was, for a list: "today 18:02", "yesterday 18:02", "2026-06-21 18:02"; empty when
 /// it is not known (0).
 std::string WhenText(std::int64_t seconds, const FrameTime& now);
+
+/// As CheckedCount, with the thousands apart.
+std::string CheckedText(bool checked, std::uint64_t count, std::string_view what);
 
 } // namespace qor

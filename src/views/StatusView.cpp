@@ -143,8 +143,8 @@ GridRow CStatusView::ResourceRow(const ResourceStatus& resource, std::int64_t no
     row.more = {{"--"},
                 Count(counts.frames),
                 {"--"},
-                Count(counts.dropped),
-                Count(counts.checksum),
+                Checked(resource.checksCounter, counts.dropped),
+                Checked(resource.checksSum, counts.checksum),
                 Count(counts.values),
                 Count(counts.discarded),
                 Count(counts.lost),
@@ -172,15 +172,12 @@ GridRow CStatusView::InstrumentRow(const InstrumentFigures& figures, const Resou
     row.value.text = SignWord(sent && !stale ? Sign::Ok : row.sign);
     const std::int64_t age = sent ? now - instrument.Live.ArrivalMonotonic : -1;
     row.age = stale ? AgeText(age) : "";
-    const CFrameChecks& checks = instrument.Checks;
     Rates.LockIsHeld();
     row.more = {{Rates.TextOf(figures)},
                 Count(counts.frames),
                 {CounterText(instrument)},
-                Checked(checks.Enabled && checks.CounterEnabled && checks.CounterIndex >= 0,
-                        counts.dropped),
-                Checked(checks.Enabled && checks.ChecksumEnabled && checks.ChecksumIndex >= 0,
-                        counts.checksum),
+                Checked(figures.checksCounter, counts.dropped),
+                Checked(figures.checksSum, counts.checksum),
                 Count(counts.values),
                 {"--"},
                 {"--"},

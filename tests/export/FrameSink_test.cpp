@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
 // Exported frames, format by format: the very bytes, and which file they are in.
+#include "export/CheckCounts.h"
 #include "export/ExportFormat.h"
 
 #include "fakes/DefinedInstrument.h"
@@ -56,7 +57,7 @@ class AnExport : public testing::Test {
 
     CTempFolder Temp;
     ExportSettings Settings;
-    FrameCheckResult Checks{.dropped = true};
+    FrameCheckResult Checks{.checksCounter = true, .dropped = true};
     std::vector<DerivedRow> Derived;
 };
 
@@ -80,7 +81,7 @@ TEST_F(AnExport, QuotesTextsShortensNumbersAndLeavesOutWhatHasNoValue) {
                 "2005-05-03T15:23:05.250,1,\"\"\",~\",0.30000000000000004,,0.1,\r\n"},
         {"jsonl",
          "{\"file\":\"cast.raw\",\"instrument\":\"ABC\",\"frame\":2,\"offset\":100,\"length\":10,"
-         "\"time\":\"2005-05-03T15:23:05.250\",\"dropped\":true,\"checksum_error\":false,"
+         "\"time\":\"2005-05-03T15:23:05.250\",\"dropped\":true,\"checksum_error\":null,"
          "\"value_error\":false,\"values\":[\"\\\",~\",0.30000000000000004,null],"
          "\"status\":{\"2\":\"0x20000006\"},"
          "\"derived\":[[\"K \xC2\xB5\",\"1/m\",0.1],[\"T\",\"\",null]]}\n"},
@@ -150,6 +151,32 @@ TEST_F(AnExport, OfWhichOneTableIsRefusedLeavesNone) {
     EXPECT_EQ(Temp.Content("tables/DEF.csv"), "precious");
     EXPECT_FALSE(FileExists(Temp.Path + "tables/ABC.csv"));
     EXPECT_FALSE(FileExists(Temp.Path + "tables/ABC.csv.part"));
+}
+
+TEST(ACheck, ThatIsNotMadeIsNotZero) {
+    const struct {
+        FrameCheckResult checks;
+        const char *counts, *sentence;
+    } cases[] = {
+        {{}, "dropped not checked, checksum errors not checked", ""},
+        {{.checksSum = true}, "dropped not checked, 0 checksum errors", ""},
+        {{.checksCounter = true, .checksSum = true, .dropped = true, .checksumError = true},
+         "2 dropped, 2 checksum errors",
+         "2 of 3 frames failed their checks (ABC: 2 dropped, 2 checksum errors)."},
+        {{.checksCounter = true, .valueError = true},
+         "0 dropped, checksum errors not checked, 2 value errors",
+         "2 of 3 frames failed their checks (ABC: 0 dropped, checksum errors not checked, 2 value "
+         "errors)."},
+    };
+    for (const auto& row : cases) {
+        CheckCounts counts;
+        CFailedFrames failed;
+        failed.Add("DEF", {});
+        for (int frame = 0; frame < 2; ++frame)
+            counts.Add(row.checks), failed.Add("ABC", row.checks);
+        EXPECT_EQ(counts.Text(), row.counts);
+        EXPECT_EQ(failed.Sentence(), row.sentence);
+    }
 }
 
 TEST(ExportFormats, AreFoundByTheirNamesAndByTheExtensionsOfTheirFiles) {

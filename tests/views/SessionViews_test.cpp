@@ -37,14 +37,14 @@ class ASessionView : public ASession {
 
 TEST_F(ASessionView, TheStatusPutsTheWorstFirstAndCountsSinceABeginning) {
     CStatusView view(Doc);
-    EXPECT_EQ(Rows(view), "off PORT1: not connected -- 0 -- 0 0 0 0 0 0 -- |");
+    EXPECT_EQ(Rows(view), "off PORT1: not connected -- 0 -- -- -- 0 0 0 0 -- |");
     const CQorViewIns *well = Add("AAA", Port), *bad = Add("BBB", Port);
     Add("CCC", Port);
     Doc.SetImmersed("BBB", true);
     Send(*well, {1, 2, 3, 4, 5});
     Send(*bad, {1, 2, 4});
     EXPECT_EQ(Rows(view), "warning BBB: ok 4.0/6 3 4 1 -- 0 -- -- -- 0.0 s wet|"
-                          "off PORT1: not connected -- 8 -- 1 0 0 0 0 0 0.0 s |"
+                          "off PORT1: not connected -- 8 -- 1 -- 0 0 0 0 0.0 s |"
                           "off CCC: off --/6 0 -- 0 -- 0 -- -- -- -- dry|"
                           "ok AAA: ok 4.0/6 5 5 0 -- 0 -- -- -- 0.7 s dry|");
     EXPECT_FALSE(view.Refresh(Doc));
@@ -52,7 +52,7 @@ TEST_F(ASessionView, TheStatusPutsTheWorstFirstAndCountsSinceABeginning) {
     Clock.Advance(20'000);
     Send(*bad, {5});
     EXPECT_EQ(Rows(view), "stale AAA: stale 4.0/6 0 5 0 -- 0 -- -- -- 21 s dry|"
-                          "off PORT1: not connected -- 1 -- 0 0 0 0 0 0 0.0 s |"
+                          "off PORT1: not connected -- 1 -- 0 -- 0 0 0 0 0.0 s |"
                           "off CCC: off --/6 0 -- 0 -- 0 -- -- -- -- dry|"
                           "ok BBB: ok 0.1/6 1 5 0 -- 0 -- -- -- 0.0 s wet|");
     EXPECT_EQ(view.Select(Doc, "Since Log"), "");
@@ -207,9 +207,10 @@ TEST_F(ASessionView, TheTreeHasPortsPackagesAndRoles) {
     EXPECT_EQ(all,
               "off PORT1 19200:8N1    not connected|"
               " discarded 0  lost 0  line errors 0    |"
-              "warning GPS TG 4.0/6 0.0 s 3 frames, 1 dropped, 0 checksum errors, 0 value "
-              "errors, dry|"
-              "off LAZY  --/6 -- 0 frames, 0 dropped, 0 checksum errors, 0 value errors, dry|");
+              "warning GPS TG 4.0/6 0.0 s 3 frames, 1 dropped, checksum errors not checked, 0 "
+              "value errors, dry|"
+              "off LAZY  --/6 -- 0 frames, 0 dropped, checksum errors not checked, 0 value errors, "
+              "dry|");
     EXPECT_EQ(MakeTreePage(Doc, rates), page);
     const std::vector<TreeRow> rows = MakeTreePage(Doc, rates, {"GPS", "PORT1"}).rows[0].rows;
     EXPECT_EQ(rows[1].sign, Sign::Alarm);
