@@ -20,6 +20,7 @@ struct DecodeOptions : PlaybackOptions {
     ExportSettings settings;
     bool rawCounts = false;
     bool hex = false;
+    bool goodOnly = false;
 };
 
 /// What came of playing a log into the sink.
@@ -39,7 +40,7 @@ DecodedLog DecodeLog(const std::string& path, const DecodeOptions& options, Comm
     log.badCall = playback.IsBadCall();
     if (log.badCall || !playback.IsOpen())
         return log;
-    const bool derives = options.settings.derived && options.format->derived;
+    const bool derives = options.settings.style.derived && options.format->derived;
     std::vector<DerivedRow> derived; // its memory is used from frame to frame
     std::vector<ExportedInstrument> instruments;
     for (const CQorViewIns* instrument : playback.Instruments())
@@ -57,12 +58,15 @@ DecodedLog DecodeLog(const std::string& path, const DecodeOptions& options, Comm
             failed.Add(instrument.ShownName(), checks);
             if (derives)
                 playback.Doc().ReadDerived(instrument, derived);
-            sink.Write({instrument.Live, checks, derived});
+            const ExportedFrame frame{instrument.Live, checks, derived};
+            options.goodOnly&& checks.Failed() ? sink.LeaveOut(frame) : sink.Write(frame);
         },
         [&] { return sink.Good(); });
     sink.EndLog();
     if (const std::string text = failed.Sentence(); !text.empty())
-        ReportWarning(path + ": " + text);
+        ReportWarning(path + ": " + text +
+                      (options.goodOnly ? " They are left out."
+                                        : " --flags marks them, --good-only leaves them out."));
     return log;
 }
 
@@ -73,9 +77,10 @@ int RunDecode(DecodeOptions& options, CommandContext& context) {
         return status;
     if (!options.format)
         options.format = ExportFormatOf(options.settings.path);
-    options.settings.view = options.hex         ? ValueView::HexCounts
-                            : options.rawCounts ? ValueView::RawCounts
-                                                : ValueView::Calibrated;
+    options.settings.style.files = options.files.size() > 1;
+    options.settings.style.view = options.hex         ? ValueView::HexCounts
+                                  : options.rawCounts ? ValueView::RawCounts
+                                                      : ValueView::Calibrated;
     options.settings.report = ReportError;
     options.settings.rules.inputs = options.Inputs();
     const std::unique_ptr<CFrameSink> sink = options.format->make(options.settings);
@@ -130,8 +135,11 @@ void AddDecodeCommand(CLI::App& app, CommandContext& context) {
                      options.settings.path, options.settings.rules);
     command->add_flag("--raw-counts", options.rawCounts, "Raw counts instead of calibrated values");
     command->add_flag("--hex", options.hex, "Raw counts in hexadecimal");
-    AddDerivedOption(*command, options.instruments, &options.settings.derived,
+    AddDerivedOption(*command, options.instruments, &options.settings.style.derived,
                      "Derived products too: those of a package for its frames, else tilt and PAR");
+    command->add_flag("--flags", options.settings.style.flags,
+                      "Columns for what the frame checks found, in CSV");
+    command->add_flag("--good-only", options.goodOnly, "Leave out frames that failed their checks");
     AddPlaybackOptions(*command, options, context);
     command->callback(
         [&context] { context.body = [&context] { return RunDecode(options, context); }; });

@@ -13,7 +13,7 @@ class CFrameLines final : public CFrameSink {
         : Settings(settings), Out(settings.report) {}
 
     OutputResult BeginLog(const std::string& path, std::span<const ExportedInstrument>) override {
-        Line.emplace(Out, path, Settings.view, Settings.derived);
+        Line.emplace(Out, path, Settings.style);
         return Out.Open(Settings.path, Settings.rules);
     }
     void Write(const ExportedFrame& frame) override {

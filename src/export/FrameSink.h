@@ -18,10 +18,9 @@ namespace qor {
 /// What an export is asked for.
 struct ExportSettings {
     std::string path; ///< of the file, or of the folder for several tables; empty: standard output
-    ValueView view = ValueView::Calibrated;
+    FrameStyle style;
     OutputRules rules;
-    bool derived = false; ///< with the products computed from frames
-    FaultReport report;   ///< hears what fails
+    FaultReport report; ///< hears what fails
 };
 
 /// An instrument whose frames will come, and its derived rows without values.
@@ -45,6 +44,8 @@ class CFrameSink {
     virtual OutputResult BeginLog(const std::string& path,
                                   std::span<const ExportedInstrument> instruments) = 0;
     virtual void Write(const ExportedFrame& frame) = 0;
+    /// The frame is not wanted; whoever counts frames says so.
+    virtual void LeaveOut(const ExportedFrame&) {}
     virtual void EndLog() = 0;
     /// False once nothing more can be written: the caller ends early.
     virtual bool Good() const = 0;

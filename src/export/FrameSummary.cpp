@@ -14,6 +14,11 @@ CFrameSummary::CFrameSummary(const CInstrument& instrument) : Instrument(instrum
             Rows.push_back({&sensor, kind == ValueKind::Text, 0, 0.0, 0.0, 0.0, 0.0, {}});
 }
 
+void CFrameSummary::LeaveOut(const FrameCheckResult& checks) {
+    Checks.Add(checks);
+    ++LeftOut;
+}
+
 void CFrameSummary::AddFrame(const CLiveInstrument& instrument, const FrameCheckResult& checks) {
     Checks.Add(checks);
     const FrameValues& values = instrument.Values();
@@ -38,7 +43,10 @@ void CFrameSummary::AddFrame(const CLiveInstrument& instrument, const FrameCheck
 void CFrameSummary::Write(COutput& output) const {
     output.Text(Format("%s: %llu frames", Instrument.ShownName().c_str(),
                        static_cast<unsigned long long>(Checks.frames)));
-    output.Text(Checks.frames > 0 ? ", " + Checks.Text() + "\n" : "\n");
+    output.Text(Checks.frames > 0 ? ", " + Checks.Text() : "");
+    if (LeftOut > 0)
+        output.Text(Format(", %llu frames left out", static_cast<unsigned long long>(LeftOut)));
+    output.Char('\n');
     output.Text(Format("  %-20s %-14s %8s %12s %12s %12s %12s\n", "sensor", "units", "values",
                        "least", "mean", "greatest", "last"));
     for (const Row& row : Rows) {
@@ -70,6 +78,11 @@ class CFrameSummaries final : public CFrameSink {
         for (const ExportedInstrument& instrument : instruments)
             Summaries.emplace_back(instrument.live, instrument.live->Definition());
         return Out.Open(Settings.path, Settings.rules);
+    }
+    void LeaveOut(const ExportedFrame& frame) override {
+        for (auto& [owner, summary] : Summaries)
+            if (owner == &frame.instrument)
+                summary.LeaveOut(frame.checks);
     }
     void Write(const ExportedFrame& frame) override {
         for (auto& [owner, summary] : Summaries)

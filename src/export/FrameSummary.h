@@ -17,6 +17,7 @@ class CFrameSummary {
     explicit CFrameSummary(const CInstrument& instrument);
 
     /// Takes the instrument's current frame in.
+    void LeaveOut(const FrameCheckResult& checks);
     void AddFrame(const CLiveInstrument& instrument, const FrameCheckResult& checks);
     void Write(COutput& output) const;
 
@@ -30,7 +31,8 @@ class CFrameSummary {
     };
     const CInstrument& Instrument;
     std::vector<Row> Rows;
-    CheckCounts Checks;
+    CheckCounts Checks; ///< of all frames
+    std::uint64_t LeftOut = 0;
 };
 
 /// A table an instrument at the end of each log.

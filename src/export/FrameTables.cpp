@@ -17,7 +17,7 @@ class CFrameTables final : public CFrameSink {
     OutputResult BeginLog(const std::string& path,
                           std::span<const ExportedInstrument> instruments) override;
     void Write(const ExportedFrame& frame) override {
-        Tables.at(&frame.instrument).WriteFrame(frame.instrument, frame.derived);
+        Tables.at(&frame.instrument).WriteFrame(frame.instrument, frame.checks, frame.derived);
     }
     /// The next log brings instruments of its own: the tables of the same name go on.
     void EndLog() override { Tables.clear(); }
@@ -30,7 +30,7 @@ class CFrameTables final : public CFrameSink {
     std::map<const CLiveInstrument*, CFrameCsv> Tables;
 };
 
-OutputResult CFrameTables::BeginLog(const std::string&,
+OutputResult CFrameTables::BeginLog(const std::string& path,
                                     std::span<const ExportedInstrument> instruments) {
     if (OutputResult result = Files.Prepare(instruments.size()); !result.Good())
         return result;
@@ -38,7 +38,7 @@ OutputResult CFrameTables::BeginLog(const std::string&,
         TableFile file;
         if (OutputResult result = Files.Open(instrument.live->Name(), file); !result.Good())
             return result;
-        CFrameCsv rows(*file.output, instrument.live->Definition(), Settings.view);
+        CFrameCsv rows(*file.output, instrument.live->Definition(), path, Settings.style);
         if (file.isNew)
             rows.WriteHeader(instrument.derived);
         Tables.emplace(instrument.live, std::move(rows));

@@ -107,19 +107,23 @@ void WriteCsvField(COutput& output, std::string_view text) {
     output.Char('"');
 }
 
-CFrameCsv::CFrameCsv(COutput& output, const CInstrument& instrument, ValueView view)
-    : Out(output), View(view) {
+CFrameCsv::CFrameCsv(COutput& output, const CInstrument& instrument, const std::string& file,
+                     const FrameStyle& style)
+    : Out(output), File(file), Style(style) {
     for (const CSensor& sensor : instrument.Sensors()) {
         ValueKind kind = KindOfValue(sensor);
-        bool raw =
-            view != ValueView::Calibrated && (sensor.VariableLength || sensor.FieldLength > 0);
+        bool raw = Style.view != ValueView::Calibrated &&
+                   (sensor.VariableLength || sensor.FieldLength > 0);
         if (kind != ValueKind::None || raw)
             Columns.push_back({&sensor, kind == ValueKind::Text});
     }
 }
 
 void CFrameCsv::WriteHeader(std::span<const DerivedRow> derived) {
-    Out.Text("time,frame");
+    Out.Text(Style.files ? "file,time,frame" : "time,frame");
+    if (Style.flags)
+        for (const FrameFlag& flag : FlagsOf({}))
+            Out.Char(','), Out.Text(flag.name);
     for (const Column& column : Columns) {
         Out.Char(',');
         WriteCsvField(Out, column.sensor->Type + "(" + column.sensor->Id + ") [" +
@@ -132,10 +136,16 @@ void CFrameCsv::WriteHeader(std::span<const DerivedRow> derived) {
     Out.Text("\r\n");
 }
 
-void CFrameCsv::WriteFrame(const CLiveInstrument& instrument, std::span<const DerivedRow> derived) {
+void CFrameCsv::WriteFrame(const CLiveInstrument& instrument, const FrameCheckResult& checks,
+                           std::span<const DerivedRow> derived) {
+    if (Style.files)
+        WriteCsvField(Out, File), Out.Char(',');
     WriteTime(Out, instrument.CurrentFrame()->Info.time);
     Out.Char(',');
     Out.Integer(instrument.FrameNumber());
+    if (Style.flags)
+        for (const FrameFlag& flag : FlagsOf(checks))
+            Out.Char(','), Out.Text(!flag.value ? "" : *flag.value ? "true" : "false");
     WriteSensors(instrument);
     for (const DerivedRow& row : derived) {
         Out.Char(',');
@@ -150,12 +160,12 @@ void CFrameCsv::WriteSensors(const CLiveInstrument& instrument) {
     for (const Column& column : Columns) {
         Out.Char(',');
         auto index = static_cast<std::size_t>(column.sensor->Index);
-        if (View == ValueView::Calibrated && !column.text) {
+        if (Style.view == ValueView::Calibrated && !column.text) {
             if (values.statuses[index] == ConversionStatus::Good)
                 Out.Number(values.numbers[index]);
             continue;
         }
-        ShownValue value = ValueOf(instrument, *column.sensor, View, Cell);
+        ShownValue value = ValueOf(instrument, *column.sensor, Style.view, Cell);
         if (value.status != ConversionStatus::Good)
             continue;
         if (value.isText)
@@ -178,7 +188,7 @@ void CFrameJson::WriteFrame(const CLiveInstrument& instrument, const FrameCheckR
     for (const FrameFlag& flag : FlagsOf(checks))
         Json.Key(flag.name), Json.BoolOrNull(flag.value);
     WriteValues(instrument);
-    if (Derived)
+    if (Style.derived)
         WriteDerived(derived);
     Json.EndObject();
     Json.EndLine();
@@ -188,7 +198,7 @@ void CFrameJson::WriteValues(const CLiveInstrument& instrument) {
     Failed.clear();
     Json.Key("values"), Json.BeginArray();
     for (const CSensor& sensor : instrument.Definition().Sensors()) {
-        ShownValue value = ValueOf(instrument, sensor, View, Text);
+        ShownValue value = ValueOf(instrument, sensor, Style.view, Text);
         if (value.status != ConversionStatus::Good) {
             Failed.emplace_back(sensor.Index, value.status);
             Json.Null();

@@ -17,6 +17,14 @@ namespace qor {
 /// How values are shown.
 enum class ValueView { Calibrated, RawCounts, HexCounts };
 
+/// What a frame's row or line shows, and how.
+struct FrameStyle {
+    ValueView view = ValueView::Calibrated;
+    bool derived = false; ///< with the products computed from frames
+    bool flags = false;   ///< rows have columns for what the checks found; lines always do
+    bool files = false;   ///< rows name their log
+};
+
 /// "2005-05-03T14:23:05.250", the local time of a stamp; nothing when it is not known.
 void WriteTime(COutput& output, const FrameTime& time);
 
@@ -27,9 +35,12 @@ void WriteTimeValue(CJsonWriter& json, COutput& output, const FrameTime& time);
 /// that has a value, then the derived rows.
 class CFrameCsv {
   public:
-    CFrameCsv(COutput& output, const CInstrument& instrument, ValueView view);
+    /// `file` is the path of the log.
+    CFrameCsv(COutput& output, const CInstrument& instrument, const std::string& file,
+              const FrameStyle& style);
     void WriteHeader(std::span<const DerivedRow> derived);
-    void WriteFrame(const CLiveInstrument& instrument, std::span<const DerivedRow> derived);
+    void WriteFrame(const CLiveInstrument& instrument, const FrameCheckResult& checks,
+                    std::span<const DerivedRow> derived);
 
   private:
     struct Column {
@@ -39,7 +50,8 @@ class CFrameCsv {
     void WriteSensors(const CLiveInstrument& instrument);
 
     COutput& Out;
-    ValueView View;
+    std::string File;
+    FrameStyle Style;
     std::vector<Column> Columns;
     std::string Cell;
 };
@@ -47,8 +59,8 @@ class CFrameCsv {
 /// One JSON object a frame.
 class CFrameJson {
   public:
-    CFrameJson(COutput& output, std::string file, ValueView view, bool derived)
-        : Out(output), Json(output), File(std::move(file)), View(view), Derived(derived) {}
+    CFrameJson(COutput& output, std::string file, const FrameStyle& style)
+        : Out(output), Json(output), File(std::move(file)), Style(style) {}
 
     void WriteFrame(const CLiveInstrument& instrument, const FrameCheckResult& checks,
                     std::span<const DerivedRow> derived);
@@ -60,8 +72,7 @@ class CFrameJson {
     COutput& Out;
     CJsonWriter Json;
     std::string File;
-    ValueView View;
-    bool Derived; ///< the objects have the field
+    FrameStyle Style;
     std::string Text;
     std::vector<std::pair<std::int32_t, ConversionStatus>> Failed;
 };

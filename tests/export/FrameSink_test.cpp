@@ -66,7 +66,7 @@ const std::string Sensors = "NOTE 1 '' 3 AS 0 NONE\n"
                             "DEPTH NONE 'm' 2 AI 1 POLYU\n0 0.1\n";
 
 TEST_F(AnExport, QuotesTextsShortensNumbersAndLeavesOutWhatHasNoValue) {
-    Settings.derived = true;
+    Settings.style.derived = true;
     Derived.resize(2);
     Derived[0].label = "K \xB5";
     Derived[0].units = "1/m";
@@ -93,6 +93,26 @@ TEST_F(AnExport, QuotesTextsShortensNumbersAndLeavesOutWhatHasNoValue) {
         sink->EndLog();
         ASSERT_TRUE(sink->Finish().Good());
         EXPECT_EQ(Temp.Content(row.format), row.expected);
+    }
+}
+
+TEST_F(AnExport, MarksFramesAndTheirLogsAndSaysWhatIsLeftOut) {
+    Settings.style.flags = Settings.style.files = true;
+    CSender sender("ABC", "NOTE 1 '' 3 AS 0 NONE\n");
+    const struct {
+        const char *format, *expected;
+    } cases[] = {{"csv", "file,time,frame,dropped,checksum_error,value_error,NOTE(1) []\r\n"
+                         "cast.raw,2005-05-03T15:23:05.250,1,true,,false,xyz\r\n"},
+                 {"summary", "ABC: 2 frames, 2 dropped, checksum errors not checked, 1 frames left "
+                             "out\n"}};
+    for (const auto& row : cases) {
+        const auto sink = Make(row.format, row.format);
+        ASSERT_TRUE(Begin(*sink, {&sender}).Good());
+        Write(*sink, sender, "ABCxyz");
+        sink->LeaveOut({sender.Live, Checks, Derived});
+        sink->EndLog();
+        ASSERT_TRUE(sink->Finish().Good());
+        EXPECT_THAT(Temp.Content(row.format), testing::StartsWith(row.expected));
     }
 }
 
