@@ -139,6 +139,22 @@ void AddDecodeCommand(CLI::App& app, CommandContext& context) {
                      "Derived products too: those of a package for its frames, else tilt and PAR");
     command->add_flag("--flags", options.settings.style.flags,
                       "Columns for what the frame checks found, in CSV");
+    command
+        ->add_option_function<std::string>(
+            "--names",
+            [](const std::string& names) {
+                options.settings.style.simpleNames = names == "simple";
+            },
+            "Columns of CSV as ED_412.5 (simple) or as ED(412.5) [units] (full)")
+        ->type_name("full|simple")
+        ->check(CLI::IsMember({"full", "simple"}).description(""));
+    command
+        ->add_option("--digits", options.settings.style.digits,
+                     "Significant digits of calibrated values and products (all)")
+        ->type_name("N")
+        ->check(CLI::Range(1, 17));
+    command->add_flag("--decimal-degrees", options.settings.style.degrees,
+                      "Positions in degrees too, south and west negative");
     command->add_flag("--good-only", options.goodOnly, "Leave out frames that failed their checks");
     AddPlaybackOptions(*command, options, context);
     command->callback(

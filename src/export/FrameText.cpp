@@ -4,8 +4,11 @@
 #include "base/Text.h"
 #include "instrument/Calibration.h"
 #include "instrument/FieldText.h"
+#include "products/GpsSentence.h"
 
 #include <array>
+#include <charconv>
+#include <set>
 
 namespace qor {
 
@@ -54,6 +57,42 @@ std::array<FrameFlag, 3> FlagsOf(const FrameCheckResult& checks) {
     return {{{"dropped", found(checks.checksCounter, checks.dropped)},
              {"checksum_error", found(checks.checksSum, checks.checksumError)},
              {"value_error", found(checks.checksCounter || checks.checksSum, checks.valueError)}}};
+}
+
+/// The number that so many significant digits tell.
+double Rounded(double value, int digits) {
+    if (digits == 0)
+        return value;
+    std::array<char, 40> text;
+    const auto end = std::to_chars(text.data(), text.data() + text.size(), value,
+                                   std::chars_format::scientific, digits - 1)
+                         .ptr;
+    double rounded = value; // stays where rounding up left the range of doubles
+    std::from_chars(text.data(), end, rounded);
+    return rounded;
+}
+
+/// Names of columns that every program takes: letters, digits, dots, single underscores. Names that
+/// differ only in case are different ones only to some.
+void MakeSimple(std::vector<std::string>& names) {
+    std::set<std::string> taken;
+    for (std::string& name : names) {
+        std::string simple;
+        for (char c : name) {
+            const bool safe =
+                IsDigit(c) || c == '.' || (ToLower({&c, 1}) >= "a" && ToLower({&c, 1}) <= "z");
+            if (safe)
+                simple += c;
+            else if (!simple.empty() && simple.back() != '_')
+                simple += '_';
+        }
+        if (simple.ends_with('_'))
+            simple.pop_back();
+        name = simple.empty() ? "column" : simple;
+        const std::string stem = name;
+        for (int number = 2; !taken.insert(ToLower(name)).second; ++number)
+            name = stem + "_" + std::to_string(number);
+    }
 }
 
 void PutDigits(char* place, int digits, int value) {
@@ -115,23 +154,35 @@ CFrameCsv::CFrameCsv(COutput& output, const CInstrument& instrument, const std::
         bool raw = Style.view != ValueView::Calibrated &&
                    (sensor.VariableLength || sensor.FieldLength > 0);
         if (kind != ValueKind::None || raw)
-            Columns.push_back({&sensor, kind == ValueKind::Text});
+            Columns.push_back(
+                {&sensor, kind == ValueKind::Text, style.degrees && IsCoordinateText(sensor)});
     }
 }
 
+std::string CFrameCsv::NameOf(const CSensor& sensor, std::string_view unit) const {
+    return Style.simpleNames ? sensor.Type + "_" + sensor.Id
+                             : sensor.Type + "(" + sensor.Id + ") [" + std::string(unit) + "]";
+}
+
 void CFrameCsv::WriteHeader(std::span<const DerivedRow> derived) {
-    Out.Text(Style.files ? "file,time,frame" : "time,frame");
+    std::vector<std::string> names = {"time", "frame"};
+    if (Style.files)
+        names.insert(names.begin(), "file");
     if (Style.flags)
         for (const FrameFlag& flag : FlagsOf({}))
-            Out.Char(','), Out.Text(flag.name);
+            names.emplace_back(flag.name);
     for (const Column& column : Columns) {
-        Out.Char(',');
-        WriteCsvField(Out, column.sensor->Type + "(" + column.sensor->Id + ") [" +
-                               column.sensor->Units + "]");
+        names.push_back(NameOf(*column.sensor, column.sensor->Units));
+        if (column.degrees)
+            names.push_back(NameOf(*column.sensor, "deg") + (Style.simpleNames ? "_deg" : ""));
     }
-    for (const DerivedRow& row : derived) {
-        Out.Char(',');
-        WriteCsvField(Out, row.label + " [" + row.units + "]");
+    for (const DerivedRow& row : derived)
+        names.push_back(Style.simpleNames ? row.label : row.label + " [" + row.units + "]");
+    if (Style.simpleNames)
+        MakeSimple(names);
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        Out.Text(i > 0 ? "," : "");
+        WriteCsvField(Out, names[i]);
     }
     Out.Text("\r\n");
 }
@@ -150,29 +201,38 @@ void CFrameCsv::WriteFrame(const CLiveInstrument& instrument, const FrameCheckRe
     for (const DerivedRow& row : derived) {
         Out.Char(',');
         if (row.value)
-            Out.Number(*row.value);
+            Out.Number(Rounded(*row.value, Style.digits));
     }
     Out.Text("\r\n");
 }
 
 void CFrameCsv::WriteSensors(const CLiveInstrument& instrument) {
-    const FrameValues& values = instrument.Values();
     for (const Column& column : Columns) {
         Out.Char(',');
-        auto index = static_cast<std::size_t>(column.sensor->Index);
-        if (Style.view == ValueView::Calibrated && !column.text) {
-            if (values.statuses[index] == ConversionStatus::Good)
-                Out.Number(values.numbers[index]);
+        WriteValue(instrument, column);
+        if (!column.degrees)
             continue;
-        }
-        ShownValue value = ValueOf(instrument, *column.sensor, Style.view, Cell);
-        if (value.status != ConversionStatus::Good)
-            continue;
-        if (value.isText)
-            WriteCsvField(Out, Cell);
-        else
-            Out.Number(value.number);
+        Out.Char(',');
+        if (const auto degrees = SignedDegrees(instrument, *column.sensor))
+            Out.Number(Rounded(*degrees, Style.digits));
     }
+}
+
+void CFrameCsv::WriteValue(const CLiveInstrument& instrument, const Column& column) {
+    const FrameValues& values = instrument.Values();
+    const auto index = static_cast<std::size_t>(column.sensor->Index);
+    if (Style.view == ValueView::Calibrated && !column.text) {
+        if (values.statuses[index] == ConversionStatus::Good)
+            Out.Number(Rounded(values.numbers[index], Style.digits));
+        return;
+    }
+    const ShownValue value = ValueOf(instrument, *column.sensor, Style.view, Cell);
+    if (value.status != ConversionStatus::Good)
+        return;
+    if (value.isText)
+        WriteCsvField(Out, Cell);
+    else
+        Out.Number(value.number);
 }
 
 void CFrameJson::WriteFrame(const CLiveInstrument& instrument, const FrameCheckResult& checks,
@@ -188,6 +248,8 @@ void CFrameJson::WriteFrame(const CLiveInstrument& instrument, const FrameCheckR
     for (const FrameFlag& flag : FlagsOf(checks))
         Json.Key(flag.name), Json.BoolOrNull(flag.value);
     WriteValues(instrument);
+    if (Style.degrees)
+        WriteDegrees(instrument);
     if (Style.derived)
         WriteDerived(derived);
     Json.EndObject();
@@ -205,7 +267,8 @@ void CFrameJson::WriteValues(const CLiveInstrument& instrument) {
         } else if (value.isText) {
             Json.Text(Text);
         } else {
-            Json.Number(value.number);
+            Json.Number(Style.view == ValueView::Calibrated ? Rounded(value.number, Style.digits)
+                                                            : value.number);
         }
     }
     Json.EndArray();
@@ -215,13 +278,26 @@ void CFrameJson::WriteValues(const CLiveInstrument& instrument) {
     Json.EndObject();
 }
 
+void CFrameJson::WriteDegrees(const CLiveInstrument& instrument) {
+    Json.Key("degrees"), Json.BeginObject();
+    for (const CSensor& sensor : instrument.Definition().Sensors()) {
+        if (!IsCoordinateText(sensor))
+            continue;
+        const auto degrees = SignedDegrees(instrument, sensor);
+        Json.Key(std::to_string(sensor.Index));
+        Json.NumberOrNull(degrees ? std::optional(Rounded(*degrees, Style.digits)) : std::nullopt);
+    }
+    Json.EndObject();
+}
+
 void CFrameJson::WriteDerived(std::span<const DerivedRow> derived) {
     Json.Key("derived"), Json.BeginArray();
     for (const DerivedRow& row : derived) {
         Json.BeginArray();
         Json.Text(row.label);
         Json.Text(row.units);
-        Json.NumberOrNull(row.value);
+        Json.NumberOrNull(row.value ? std::optional(Rounded(*row.value, Style.digits))
+                                    : std::nullopt);
         Json.EndArray();
     }
     Json.EndArray();

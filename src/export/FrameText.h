@@ -20,9 +20,12 @@ enum class ValueView { Calibrated, RawCounts, HexCounts };
 /// What a frame's row or line shows, and how.
 struct FrameStyle {
     ValueView view = ValueView::Calibrated;
-    bool derived = false; ///< with the products computed from frames
-    bool flags = false;   ///< rows have columns for what the checks found; lines always do
-    bool files = false;   ///< rows name their log
+    bool derived = false;     ///< with the products computed from frames
+    bool flags = false;       ///< rows have columns for what the checks found; lines always do
+    bool files = false;       ///< rows name their log
+    bool simpleNames = false; ///< of columns: "ED_412.5", without units
+    int digits = 0;           ///< significant ones of calibrated values and products; 0: all
+    bool degrees = false;     ///< positions in degrees too, beside their texts
 };
 
 /// "2005-05-03T14:23:05.250", the local time of a stamp; nothing when it is not known.
@@ -46,8 +49,11 @@ class CFrameCsv {
     struct Column {
         const CSensor* sensor;
         bool text;
+        bool degrees; ///< followed by a column of them
     };
+    std::string NameOf(const CSensor& sensor, std::string_view unit) const;
     void WriteSensors(const CLiveInstrument& instrument);
+    void WriteValue(const CLiveInstrument& instrument, const Column& column);
 
     COutput& Out;
     std::string File;
@@ -67,6 +73,7 @@ class CFrameJson {
 
   private:
     void WriteValues(const CLiveInstrument& instrument);
+    void WriteDegrees(const CLiveInstrument& instrument);
     void WriteDerived(std::span<const DerivedRow> derived);
 
     COutput& Out;

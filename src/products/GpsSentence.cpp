@@ -270,6 +270,15 @@ bool BringsPosition(const CInstrument& definition) {
     });
 }
 
+bool IsCoordinateText(const CSensor& sensor) {
+    const Field field = FieldOfSensor(sensor);
+    return !IsCalibrated(sensor.Fit) && (field == Field::Latitude || field == Field::Longitude);
+}
+
+std::optional<double> SignedDegrees(const CLiveInstrument& instrument, const CSensor& sensor) {
+    return AngleOf(instrument, sensor, HemisphereBehind(instrument, sensor));
+}
+
 bool IsGpsSentence(const CInstrument& definition) {
     if (BringsPosition(definition))
         return true;

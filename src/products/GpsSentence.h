@@ -38,6 +38,11 @@ bool BringsPosition(const CInstrument& definition);
 
 GpsSentence ReadGps(const CLiveInstrument& instrument);
 
+/// Whether the sensor is a coordinate that is sent as degrees and minutes, and such a coordinate of
+/// the current frame in degrees, south and west negative; empty without its hemisphere.
+bool IsCoordinateText(const CSensor& sensor);
+std::optional<double> SignedDegrees(const CLiveInstrument& instrument, const CSensor& sensor);
+
 /// "GPS", "DGPS", ... of a quality, "no fix", or "fix" where only the status is known.
 std::string FixText(const GpsSentence& sentence);
 

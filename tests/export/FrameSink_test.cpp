@@ -116,6 +116,29 @@ TEST_F(AnExport, MarksFramesAndTheirLogsAndSaysWhatIsLeftOut) {
     }
 }
 
+TEST_F(AnExport, HasNamesDigitsAndDegreesForOtherPrograms) {
+    Settings.style = {.derived = true, .simpleNames = true, .digits = 3, .degrees = true};
+    CSender sender("ABC", "LATITUDE NONE '' 9 AF 0 DDMM\nLATHEMISPHERE NONE '' 1 AS 0 NONE\n"
+                          "TEMP \xB5m/s 'C' 2 BU 1 POLYU\n0 0.1\ntemp m_s '' 1 BU 0 COUNT\n");
+    Derived.resize(1);
+    Derived[0].label = "T (W)";
+    Derived[0].value = 12345.678;
+    const struct {
+        const char *format, *expected;
+    } cases[] = {{"csv",
+                  "time,frame,LATITUDE,LATITUDE_deg,LATHEMISPHERE,TEMP_m_s,temp_m_s_2,T_W\r\n"
+                  "2005-05-03T15:23:05.250,1,\"44 30' 00\"\"\",-44.5,S,1560,65,12300\r\n"},
+                 {"jsonl", "\"degrees\":{\"0\":-44.5},\"derived\":[[\"T (W)\",\"\",12300]]}\n"}};
+    for (const auto& row : cases) {
+        const auto sink = Make(row.format, row.format);
+        ASSERT_TRUE(Begin(*sink, {&sender}).Good());
+        Write(*sink, sender, "ABC04430.000S=\1A");
+        sink->EndLog();
+        ASSERT_TRUE(sink->Finish().Good());
+        EXPECT_THAT(Temp.Content(row.format), testing::EndsWith(row.expected));
+    }
+}
+
 TEST_F(AnExport, PutsATableAnInstrumentIntoAFolderAndGoesOnWithItInTheNextLog) {
     CSender upper("A_B", Sensors), lower("a_b", Sensors), other("A/B", Sensors);
     const std::string row = "2005-05-03T15:23:05.250,";
