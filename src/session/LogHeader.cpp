@@ -8,6 +8,7 @@
 #include "instrument/Calibration.h"
 #include "telemetry/RawLogFormat.h"
 
+#include <cstdlib>
 #include <optional>
 
 namespace qor {
@@ -168,6 +169,12 @@ MeasuredPosition ReadPosition(const SessionState& session, const FrameTime& now)
     return position;
 }
 
+/// "UTC+13:00": what the log's local times are ahead of UTC.
+std::string OffsetText(int minutes) {
+    const int size = std::abs(minutes);
+    return Format("UTC%c%02d:%02d", minutes < 0 ? '-' : '+', size / 60, size % 60);
+}
+
 } // namespace
 
 bool HasPosition(const SessionState& session, const FrameTime& now) {
@@ -177,6 +184,8 @@ bool HasPosition(const SessionState& session, const FrameTime& now) {
 StationInformation StationAt(const SessionState& session, const FrameTime& now,
                              CMessageSink& messages) {
     StationInformation station = session.Station;
+    if (station.zone.empty())
+        station.zone = OffsetText(now.utcOffsetMinutes);
     const CQorViewIns* gps = session.RoleInstrument(InstrumentRole::Gps);
     if (!session.Options.gpsHeaderEnabled || !gps)
         return station;

@@ -19,7 +19,7 @@ bool HasPosition(const SessionState& session, const FrameTime& now) REQUIRES(ses
 /// The station as a log's header has it: as it was typed, with the position replaced by the GPS
 /// instrument's latest one, "coordinate hemisphere" each, when the options ask for it and the role
 /// is assigned. Where there is none that may stand there, the typed one stays and `messages` hears
-/// why.
+/// why. A zone that nobody gave is this computer's offset, "UTC+13:00".
 StationInformation StationAt(const SessionState& session, const FrameTime& now,
                              CMessageSink& messages) REQUIRES(session.DocLock);
 

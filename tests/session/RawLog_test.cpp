@@ -62,6 +62,17 @@ TEST_F(ARawLog, HeaderWithoutRolesAndOptionsHasEighteenRecords) {
     EXPECT_THAT(Header(Log("role.raw")), HasSubstr("|OFF (PROFILER)|OFF (REFERENCE)|"));
 }
 
+TEST_F(ARawLog, HasTheComputersOffsetForAZoneThatNobodyGave) {
+    for (const auto& [minutes, zone] :
+         {std::pair{780, "UTC+13:00"}, {-210, "UTC-03:30"}, {-30, "UTC-00:30"}, {0, "UTC+00:00"}}) {
+        Clock.UtcOffsetMinutes = static_cast<std::int16_t>(minutes);
+        const std::string name = "zone" + std::to_string(minutes) + ".raw";
+        ASSERT_TRUE(Begin(name));
+        ASSERT_TRUE(Doc.RawLog.EndLogFile(true));
+        EXPECT_THAT(Header(Log(name)), HasSubstr(std::string("|") + zone + " (ZONE)|"));
+    }
+}
+
 TEST_F(ARawLog, RolesAndOptionsAddTheirRecordsInFileOrder) {
     Add("PRO", Port), Add("REF", Port), Add("TRK", Port), Add("SQM", Port), Add("DUT", Port);
     AddedInstrument gps =
