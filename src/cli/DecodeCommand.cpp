@@ -153,6 +153,18 @@ void AddDecodeCommand(CLI::App& app, CommandContext& context) {
                      "Significant digits of calibrated values and products (all)")
         ->type_name("N")
         ->check(CLI::Range(1, 17));
+    command
+        ->add_option_function<std::string>(
+            "--utc-offset",
+            [](const std::string& text) {
+                options.settings.style.utcOffset = MinutesOfOffset(text);
+            },
+            "Times in UTC, from local ones that are ahead by so much")
+        ->type_name("+-HH:MM")
+        ->check([](const std::string& text) {
+            return MinutesOfOffset(text) ? std::string()
+                                         : text + ": give hours and minutes as in +13:00 or -03:30";
+        });
     command->add_flag("--decimal-degrees", options.settings.style.degrees,
                       "Positions in degrees too, south and west negative");
     command->add_flag("--good-only", options.goodOnly, "Leave out frames that failed their checks");

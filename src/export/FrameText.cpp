@@ -117,11 +117,33 @@ void WriteTime(COutput& output, const FrameTime& time) {
     output.Text({text, sizeof text - 1});
 }
 
-void WriteTimeValue(CJsonWriter& json, COutput& output, const FrameTime& time) {
+void WriteTime(COutput& output, const FrameTime& time, std::optional<int> utcOffset) {
+    if (!utcOffset || !time.known)
+        return WriteTime(output, time);
+    FrameTime utc = time;
+    utc.seconds += (time.utcOffsetMinutes - *utcOffset) * 60;
+    utc.utcOffsetMinutes = 0;
+    WriteTime(output, utc);
+    output.Char('Z');
+}
+
+std::optional<int> MinutesOfOffset(std::string_view text) {
+    if (text.size() != 6 || (text[0] != '+' && text[0] != '-') || text[3] != ':' ||
+        !IsDigit(text[1]) || !IsDigit(text[2]) || !IsDigit(text[4]) || !IsDigit(text[5]))
+        return std::nullopt;
+    const int hours = (text[1] - '0') * 10 + text[2] - '0';
+    const int minutes = (text[4] - '0') * 10 + text[5] - '0';
+    if (hours > 14 || minutes > 59)
+        return std::nullopt;
+    return (text[0] == '-' ? -1 : 1) * (hours * 60 + minutes);
+}
+
+void WriteTimeValue(CJsonWriter& json, COutput& output, const FrameTime& time,
+                    std::optional<int> utcOffset) {
     if (!time.known)
         return json.Null();
     output.Char('"');
-    WriteTime(output, time);
+    WriteTime(output, time, utcOffset);
     output.Char('"');
     json.ValueWritten();
 }
@@ -191,7 +213,7 @@ void CFrameCsv::WriteFrame(const CLiveInstrument& instrument, const FrameCheckRe
                            std::span<const DerivedRow> derived) {
     if (Style.files)
         WriteCsvField(Out, File), Out.Char(',');
-    WriteTime(Out, instrument.CurrentFrame()->Info.time);
+    WriteTime(Out, instrument.CurrentFrame()->Info.time, Style.utcOffset);
     Out.Char(',');
     Out.Integer(instrument.FrameNumber());
     if (Style.flags)
@@ -244,7 +266,7 @@ void CFrameJson::WriteFrame(const CLiveInstrument& instrument, const FrameCheckR
     Json.Key("frame"), Json.Integer(instrument.FrameNumber());
     Json.Key("offset"), Json.Integer(static_cast<std::int64_t>(frame.StreamOffset));
     Json.Key("length"), Json.Integer(static_cast<std::int64_t>(frame.Bytes.size()));
-    Json.Key("time"), WriteTimeValue(Json, Out, frame.Info.time);
+    Json.Key("time"), WriteTimeValue(Json, Out, frame.Info.time, Style.utcOffset);
     for (const FrameFlag& flag : FlagsOf(checks))
         Json.Key(flag.name), Json.BoolOrNull(flag.value);
     WriteValues(instrument);

@@ -8,6 +8,7 @@
 #include "instrument/FrameChecks.h"
 #include "products/DerivedRows.h"
 
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -25,14 +26,22 @@ struct FrameStyle {
     bool files = false;       ///< rows name their log
     bool simpleNames = false; ///< of columns: "ED_412.5", without units
     int digits = 0;           ///< significant ones of calibrated values and products; 0: all
-    bool degrees = false;     ///< positions in degrees too, beside their texts
+    std::optional<int> utcOffset =
+        {};               ///< minutes that the log's times are ahead of UTC, which is shown
+    bool degrees = false; ///< positions in degrees too, beside their texts
 };
 
 /// "2005-05-03T14:23:05.250", the local time of a stamp; nothing when it is not known.
 void WriteTime(COutput& output, const FrameTime& time);
+/// With an offset the UTC of local times that are ahead by so many minutes, with a "Z".
+void WriteTime(COutput& output, const FrameTime& time, std::optional<int> utcOffset);
 
 /// The same as a JSON text; null when it is not known.
-void WriteTimeValue(CJsonWriter& json, COutput& output, const FrameTime& time);
+void WriteTimeValue(CJsonWriter& json, COutput& output, const FrameTime& time,
+                    std::optional<int> utcOffset = {});
+
+/// Minutes of "+13:00" or "-03:30"; empty when the text is no offset of a zone.
+std::optional<int> MinutesOfOffset(std::string_view text);
 
 /// The CSV table of one instrument: a header row, then a row a frame with a column for every sensor
 /// that has a value, then the derived rows.

@@ -117,7 +117,8 @@ TEST_F(AnExport, MarksFramesAndTheirLogsAndSaysWhatIsLeftOut) {
 }
 
 TEST_F(AnExport, HasNamesDigitsAndDegreesForOtherPrograms) {
-    Settings.style = {.derived = true, .simpleNames = true, .digits = 3, .degrees = true};
+    Settings.style = {
+        .derived = true, .simpleNames = true, .digits = 3, .utcOffset = 780, .degrees = true};
     CSender sender("ABC", "LATITUDE NONE '' 9 AF 0 DDMM\nLATHEMISPHERE NONE '' 1 AS 0 NONE\n"
                           "TEMP \xB5m/s 'C' 2 BU 1 POLYU\n0 0.1\ntemp m_s '' 1 BU 0 COUNT\n");
     Derived.resize(1);
@@ -127,7 +128,7 @@ TEST_F(AnExport, HasNamesDigitsAndDegreesForOtherPrograms) {
         const char *format, *expected;
     } cases[] = {{"csv",
                   "time,frame,LATITUDE,LATITUDE_deg,LATHEMISPHERE,TEMP_m_s,temp_m_s_2,T_W\r\n"
-                  "2005-05-03T15:23:05.250,1,\"44 30' 00\"\"\",-44.5,S,1560,65,12300\r\n"},
+                  "2005-05-03T02:23:05.250Z,1,\"44 30' 00\"\"\",-44.5,S,1560,65,12300\r\n"},
                  {"jsonl", "\"degrees\":{\"0\":-44.5},\"derived\":[[\"T (W)\",\"\",12300]]}\n"}};
     for (const auto& row : cases) {
         const auto sink = Make(row.format, row.format);
@@ -220,6 +221,14 @@ TEST(ACheck, ThatIsNotMadeIsNotZero) {
         EXPECT_EQ(counts.Text(), row.counts);
         EXPECT_EQ(failed.Sentence(), row.sentence);
     }
+}
+
+TEST(AnOffset, IsSignHoursAndMinutes) {
+    const std::pair<const char*, std::optional<int>> cases[] = {
+        {"+13:00", 780}, {"-03:30", -210}, {"+00:00", 0}, {"13:00", {}}, {"+15:00", {}},
+        {"+1:00", {}},   {"+01:60", {}},   {"UTC+1", {}}, {"", {}},      {"+01:0a", {}}};
+    for (const auto& [text, minutes] : cases)
+        EXPECT_EQ(MinutesOfOffset(text), minutes) << text;
 }
 
 TEST(ExportFormats, AreFoundByTheirNamesAndByTheExtensionsOfTheirFiles) {
