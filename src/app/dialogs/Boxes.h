@@ -17,8 +17,8 @@ class QWidget;
 
 namespace qor {
 
-/// Puts a dialog that is not shown yet over the middle of its window, as far as the screen has room.
-/// Left alone, a window system may put it into a corner with its title out of sight.
+/// Puts a dialog that is not shown yet over the middle of its window, as far as the screen has
+/// room. Left alone, a window system may put it into a corner with its title out of sight.
 void PutOver(QWidget& dialog);
 
 class CBoxes : public QObject {
