@@ -8,6 +8,7 @@
 #include "views/ShownInstrument.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace qor {
 
@@ -101,11 +102,13 @@ void CSpectralView::Lead(PageHead& head) const {
 
 std::vector<SpectralGroup> CSpectralView::ShownGroups() const {
     std::vector<SpectralGroup> groups = Drawn().Groups();
-    const auto chosen = std::ranges::stable_partition(groups, [this](const SpectralGroup& group) {
+    std::vector<SpectralGroup> chosen;
+    std::ranges::copy_if(groups, std::back_inserter(chosen), [this](const SpectralGroup& group) {
         return std::ranges::find(Settings.Groups, group.Text()) != Settings.Groups.end();
     });
-    const bool any = chosen.begin() != groups.begin();
-    groups.erase(any || groups.empty() ? chosen.begin() : groups.begin() + 1, groups.end());
+    if (!chosen.empty())
+        return chosen;
+    groups.resize(std::min<std::size_t>(groups.size(), 1));
     return groups;
 }
 
