@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/CheckFrame.h"
 
+#include "base/SilentSink.h"
 #include "cli/Progress.h"
 #include "cli/Report.h"
 #include "export/TrialText.h"
@@ -22,13 +23,9 @@ namespace {
 constexpr std::uint64_t EnoughFrames = 3;
 constexpr int ShortestWait = 5000, LongestWait = 60000; // milliseconds
 
-class CNobody final : public CMessageSink {
-    void Raise(Event) override {}
-};
-
 /// Long enough for the frames wanted at the instrument's own rate.
 int WaitFor(const CInstrument& instrument) {
-    CNobody nobody; // the definition's faults are said before
+    CSilentSink nobody; // the definition's faults are said before
     const double rate = NominalFrameRate(instrument, nobody);
     const double needed = 1000.0 * static_cast<double>(EnoughFrames + 1) / std::max(rate, 1e-3);
     return static_cast<int>(std::clamp<double>(needed, ShortestWait, LongestWait));

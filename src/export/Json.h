@@ -31,6 +31,10 @@ class CJsonWriter {
     void Number(double value) { Separate(), Out.Number(value); }
     void Integer(std::int64_t value) { Separate(), Out.Integer(value); }
     void Bool(bool value) { Separate(), Out.Text(value ? "true" : "false"); }
+    /// A number that was not counted is null.
+    void CountOrNull(std::optional<std::uint64_t> count) {
+        count ? Integer(static_cast<std::int64_t>(*count)) : Null();
+    }
     void BoolOrNull(std::optional<bool> value) { value ? Bool(*value) : Null(); }
     void Null() { Separate(), Out.Text("null"); }
     /// A status code as "0x3000000e".

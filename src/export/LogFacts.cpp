@@ -14,13 +14,6 @@ std::optional<std::uint64_t> CountIf(bool checked, std::uint64_t count) {
     return checked ? std::optional(count) : std::nullopt;
 }
 
-void WriteCount(CJsonWriter& json, std::optional<std::uint64_t> count) {
-    if (count)
-        json.Integer(static_cast<std::int64_t>(*count));
-    else
-        json.Null();
-}
-
 } // namespace
 
 void PlayFacts::NoteTime(const FrameTime& time) {
@@ -75,8 +68,8 @@ void WriteLogJson(COutput& output, const std::string& path, const CRawLogReader&
             json.BeginObject();
             json.Key("instrument"), json.Text(instrument.name);
             json.Key("frames"), json.Integer(static_cast<std::int64_t>(instrument.frames));
-            json.Key("dropped"), WriteCount(json, instrument.dropped);
-            json.Key("checksum_errors"), WriteCount(json, instrument.checksumErrors);
+            json.Key("dropped"), json.CountOrNull(instrument.dropped);
+            json.Key("checksum_errors"), json.CountOrNull(instrument.checksumErrors);
             json.EndObject();
         }
         json.EndArray();

@@ -209,13 +209,6 @@ void WriteNearest(CJsonWriter& json, const NearestMiss& miss) {
     json.EndObject();
 }
 
-void WriteCount(CJsonWriter& json, std::optional<std::uint64_t> count) {
-    if (count)
-        json.Integer(static_cast<std::int64_t>(*count));
-    else
-        json.Null();
-}
-
 } // namespace
 
 void WriteTrialText(COutput& output, std::string_view source, const CInstrument& instrument,
@@ -236,8 +229,8 @@ void WriteTrialJson(COutput& output, std::string_view source, std::string_view d
     json.Key("bytes"), json.Integer(static_cast<std::int64_t>(result.bytes));
     json.Key("frames"), json.Integer(static_cast<std::int64_t>(result.frames));
     json.Key("discarded"), json.Integer(static_cast<std::int64_t>(result.discarded));
-    json.Key("dropped"), WriteCount(json, result.dropped);
-    json.Key("checksum_errors"), WriteCount(json, result.checksumErrors);
+    json.Key("dropped"), json.CountOrNull(result.dropped);
+    json.Key("checksum_errors"), json.CountOrNull(result.checksumErrors);
     json.Key("value_errors"), json.Integer(static_cast<std::int64_t>(result.unreadable));
     json.Key("frames_without_value"), json.Integer(static_cast<std::int64_t>(result.unconverted));
     json.Key("doubt");

@@ -6,6 +6,7 @@
 // at a time, no lock.
 #pragma once
 
+#include "base/SilentSink.h"
 #include "instrument/ConversionPlan.h"
 #include "instrument/FrameChecks.h"
 #include "session/NearestMiss.h"
@@ -66,10 +67,6 @@ class CFrameTrial {
     FrameTrialResult Finish(std::uint64_t lineErrors = 0);
 
   private:
-    class CNobody final : public CMessageSink {
-        void Raise(Event) override {}
-    };
-
     void Start();
     void Process();
     void TakeFrame(const CFrameData& frame);
@@ -77,7 +74,7 @@ class CFrameTrial {
     std::string Doubt() const;
 
     const CInstrument& Instrument;
-    CNobody Nobody; ///< the result says it all
+    CSilentSink Nobody; ///< the result says it all
     CFrameSync Sync;
     CFrameChecks Checks;
     CConversionPlan Plan;

@@ -169,13 +169,12 @@ MeasuredPosition ReadPosition(const SessionState& session, const FrameTime& now)
     return position;
 }
 
-/// "UTC+13:00": what the log's local times are ahead of UTC.
-std::string OffsetText(int minutes) {
+} // namespace
+
+std::string UtcOffsetText(int minutes) {
     const int size = std::abs(minutes);
     return Format("UTC%c%02d:%02d", minutes < 0 ? '-' : '+', size / 60, size % 60);
 }
-
-} // namespace
 
 bool HasPosition(const SessionState& session, const FrameTime& now) {
     return !ReadPosition(session, now).refused;
@@ -185,7 +184,7 @@ StationInformation StationAt(const SessionState& session, const FrameTime& now,
                              CMessageSink& messages) {
     StationInformation station = session.Station;
     if (station.zone.empty())
-        station.zone = OffsetText(now.utcOffsetMinutes);
+        station.zone = UtcOffsetText(now.utcOffsetMinutes);
     const CQorViewIns* gps = session.RoleInstrument(InstrumentRole::Gps);
     if (!session.Options.gpsHeaderEnabled || !gps)
         return station;

@@ -3,6 +3,7 @@
 // Its waits are short, so that the event is seen soon.
 #include "session/PortSample.h"
 
+#include "base/SilentSink.h"
 #include <array>
 #include <tuple>
 
@@ -11,10 +12,6 @@ namespace qor {
 namespace {
 
 constexpr int WaitMilliseconds = 100;
-
-class CNobody final : public CMessageSink {
-    void Raise(Event) override {}
-};
 
 /// One open port being read.
 class CPortReader {
@@ -62,7 +59,7 @@ PortSample ReadPort(const SerialResourceSettings& settings, const SerialPortFact
                     CClock& clock, int milliseconds, const CEvent& stop,
                     const std::function<bool(ByteSpan)>& take) {
     PortSample sample;
-    CNobody nobody;
+    CSilentSink nobody;
     COpenPort open(nobody, makePort);
     sample.result = open.Open(settings, sample.error);
     if (sample.result != CommResult::Success)

@@ -4,6 +4,7 @@
 #include "views/PlotRange.h"
 
 #include "base/Text.h"
+#include "session/LogHeader.h"
 
 #include <algorithm>
 #include <array>
@@ -137,9 +138,7 @@ std::string AxisTitle(const PlotAxis& axis) {
     if (axis.kind == AxisKind::Time) {
         if (axis.zoneMinutes == 0)
             return "Time UTC";
-        const int minutes = std::abs(axis.zoneMinutes);
-        return Format("Time local (UTC%c%02d:%02d)", axis.zoneMinutes < 0 ? '-' : '+', minutes / 60,
-                      minutes % 60);
+        return "Time local (" + UtcOffsetText(axis.zoneMinutes) + ")";
     }
     return axis.units.empty() ? axis.label : axis.label + " [" + axis.units + "]";
 }

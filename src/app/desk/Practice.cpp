@@ -2,6 +2,7 @@
 #include "app/desk/Practice.h"
 
 #include "app/Application.h"
+#include "base/SilentSink.h"
 #include "instrument/FrameChecks.h"
 #include "session/FileKind.h"
 #include "session/Package.h"
@@ -15,14 +16,8 @@ namespace {
 constexpr double CastDepth = 60.0;
 constexpr SimulatedFaults DamagedLine{.drop = 0.02, .corrupt = 0.02, .noise = 12};
 
-/// A practice has nobody to tell of rates that a definition leaves open.
-class CNoSink final : public CMessageSink {
-  public:
-    void Raise(Event) override {}
-};
-
 void Play(CPracticeLine& line, std::unique_ptr<CInstrument> instrument, bool immersed) {
-    CNoSink nobody;
+    CSilentSink nobody; // to be told of rates that a definition leaves open
     const double rate = NominalFrameRate(*instrument, nobody);
     line.Add(std::move(instrument), {rate, immersed, CastDepth});
 }
