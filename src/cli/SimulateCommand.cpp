@@ -10,6 +10,7 @@
 #include "simulation/SimulationRun.h"
 
 #include "base/Text.h"
+#include "session/FileKind.h"
 
 #include <CLI/CLI.hpp>
 
@@ -60,6 +61,7 @@ class CSimulation {
         return Options.rawLog || (!Options.output.empty() && !IsDevice(Options.output));
     }
     int OpenLine();
+    std::optional<PlayRefusal> LoadMembers(const std::string& path);
     bool LoadInstruments();
     bool ReadStart();
     bool KnowsNames();
@@ -73,21 +75,27 @@ class CSimulation {
     PlayedInstruments Instruments;
 };
 
-bool CSimulation::LoadInstruments() {
-    std::optional<PlayRefusal> refusal =
-        LoadDefinitions(Options.instruments.definitions, Instruments);
+std::optional<PlayRefusal> CSimulation::LoadMembers(const std::string& path) {
     CTerminalUser user;
     CWarningSink warnings;
-    for (const std::string& path : Options.instruments.packages) {
-        if (refusal)
-            break;
-        LoadedPackage package = LoadPackage(path, user, warnings);
-        if (!package.ok)
-            refusal = {path,
+    LoadedPackage package = LoadPackage(path, user, warnings);
+    for (PackageMember& member : package.members)
+        Instruments.push_back(std::move(member.instrument));
+    if (package.ok)
+        return std::nullopt;
+    return PlayRefusal{path,
                        "no instrument could be loaded from the package. See qorview-cli check."};
-        for (PackageMember& member : package.members)
-            Instruments.push_back(std::move(member.instrument));
-    }
+}
+
+/// A file of either kind may stand in either list.
+bool CSimulation::LoadInstruments() {
+    std::optional<PlayRefusal> refusal;
+    for (const auto* files : {&Options.instruments.definitions, &Options.instruments.packages})
+        for (const std::string& path : *files)
+            if (!refusal)
+                refusal = KindByName(path) == FileKind::Package
+                              ? LoadMembers(path)
+                              : LoadDefinitions({&path, 1}, Instruments);
     if (!refusal)
         refusal = FindUnplayable(Instruments);
     if (refusal)
@@ -190,16 +198,8 @@ void AddSimulateCommand(CLI::App& app, CommandContext& context) {
     static SimulateOptions options; // one command runs in a process
     CLI::App* command =
         app.add_subcommand("simulate", "Play simulated instruments into a port or a file");
-    command
-        ->add_option("-d,--definition", options.instruments.definitions,
-                     "Definition file of an instrument to play")
-        ->type_name("FILE");
-    command
-        ->add_option("-p,--package", options.instruments.packages,
-                     "Package whose instruments to play")
-        ->type_name("FILE")
-        ->allow_extra_args(false);
-    AddNameOptions(*command, options.instruments);
+    AddInstrumentOptions(*command, options.instruments);
+    command->get_option("--definition")->allow_extra_args(); // -d FIRST SECOND
     CLI::Option* pty = command->add_flag(
         "--pty", options.pty, "Create a virtual serial port, print its name and serve it");
     AddOutputOptions(*command, "File or existing port to write to (standard output)",
