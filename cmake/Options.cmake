@@ -25,6 +25,10 @@ else()
   endif()
   if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
     target_compile_options(qorview_options INTERFACE -Wthread-safety -Wthread-safety-beta)
+    if(CMAKE_CXX_COMPILER_VERSION VERSION_GREATER_EQUAL 17)
+      # libstdc++'s own std::stable_sort calls what it has deprecated, and this compiler blames us.
+      target_compile_options(qorview_options INTERFACE -Wno-deprecated-declarations)
+    endif()
   endif()
   if(QORVIEW_SANITIZE)
     target_compile_options(qorview_options INTERFACE

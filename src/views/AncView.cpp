@@ -190,7 +190,7 @@ Menu CAncViewDlg::ContextMenu(CQorViewDoc&) {
     for (const auto& [page, text] : {std::pair{CAncViewSettings::DerivedPage, "&Derived Products"},
                                      std::pair{CAncViewSettings::SensorPage, "&Sensors"}})
         menu.push_back(
-            {text, [this, page = page] { SetPage(page); }, true, Settings.PageIndex == page});
+            {text, [this, chosen = page] { SetPage(chosen); }, true, Settings.PageIndex == page});
     menu.push_back({});
     for (int type = 0; type < static_cast<int>(std::size(AncViewTypeNames)); ++type)
         menu.push_back({AncViewTypeNames[type], [this, type] { SetViewType(type); }, true,

@@ -27,15 +27,6 @@ std::string HexOf(std::span<const std::uint8_t> bytes) {
     return text;
 }
 
-/// What cannot be seen is written as "\x0D".
-std::string TextOf(std::span<const std::uint8_t> bytes) {
-    std::string text;
-    for (const std::uint8_t byte : bytes)
-        text += byte >= 0x20 && byte < 0x7F ? std::string(1, static_cast<char>(byte))
-                                            : Format("\\x%02X", byte);
-    return text;
-}
-
 std::string TimeOf(const FrameTime& time) {
     return time.known ? FormatTime("%H:%M:%S", CalendarFromSeconds(time.seconds)) +
                             Format(".%03d", time.milliseconds)
@@ -146,7 +137,7 @@ GridRow CMonitorView::RowOf(const KeptFrame& frame, const CInstrument& definitio
             faults += (faults.empty() ? "" : " ") + std::string(word);
     std::string content = Settings.Form == Hexadecimal ? HexOf(frame.bytes)
                           : Settings.Form == Fields    ? Utf8Of(FieldsOf(frame, definition))
-                                                       : TextOf(frame.bytes);
+                                                       : Printable(AsText(frame.bytes));
     if (frame.length > frame.bytes.size() && Settings.Form != Fields)
         content += " ...";
     row.more = {{faults}, {std::to_string(frame.length)}, {std::move(content)}};
@@ -208,8 +199,8 @@ Menu CMonitorView::ContextMenu(CQorViewDoc&) {
     for (const auto& [form, text] : {std::pair{Hexadecimal, "&Hexadecimal"},
                                      std::pair{AsText8, "&Text"}, std::pair{Fields, "&Fields"}})
         menu.push_back({text,
-                        [this, form = form] {
-                            Settings.Form = form;
+                        [this, chosen = form] {
+                            Settings.Form = chosen;
                             Redraw();
                         },
                         true, Settings.Form == form});

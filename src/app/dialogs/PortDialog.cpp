@@ -115,7 +115,7 @@ void CPortDialog::AddFirstLog(const PortChoices& choices) {
     Form->AddBeside(text, change);
     const auto refresh = [text, &doc = Frame.doc] { text->setText(Shown(FirstLogText(doc))); };
     connect(Form, &CForm::Checked, text, refresh);
-    connect(change, &QPushButton::clicked, this, [this, refresh, own = choices.changeFirstLog] {
+    connect(change, &QPushButton::clicked, this, [this, own = choices.changeFirstLog] {
         if (own)
             own();
         else
