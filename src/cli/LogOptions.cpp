@@ -56,7 +56,8 @@ std::string ReadSpans(LogCallOptions& options) {
         LogSpan& span;
     } spans[] = {
         {"--duration", options.durationText, options.log.durationEnabled, options.log.duration},
-        {"--repeat", options.repeatText, options.log.repeatEnabled, options.log.repeatInterval}};
+        {"--repeat", options.repeatText, options.log.repeatEnabled, options.log.repeatInterval},
+        {"--every", options.everyText, options.log.everyEnabled, options.log.every}};
     for (auto& entry : spans) {
         if (entry.text.empty())
             continue;
@@ -88,6 +89,15 @@ std::string WhatIsWrong(const LogCallOptions& options) {
     if (options.log.repeatEnabled && !options.log.durationEnabled &&
         !(options.session && options.session->log.duration))
         return "--repeat needs --duration: the length of each log.";
+    const LogRecord log = PlannedSession(options).log;
+    const LogOptions planned{.durationEnabled = log.duration.has_value(),
+                             .duration = log.duration.value_or(LogSpan()),
+                             .repeatEnabled = log.repeat.has_value(),
+                             .repeatInterval = {},
+                             .everyEnabled = options.log.everyEnabled,
+                             .every = options.log.every};
+    if (const std::string fault = EveryFault(planned); !fault.empty())
+        return "--every " + options.everyText + ": " + fault;
     return {};
 }
 
@@ -152,6 +162,10 @@ void AddLogOptions(CLI::App& command, LogCallOptions& options) {
     command
         .add_option("--repeat", options.repeatText,
                     "Begin another log so long after one has ended: 50m")
+        ->type_name("[HH:]MM:SS");
+    command
+        .add_option("--every", options.everyText,
+                    "Begin logs at round times of the day, each as the last ends: 1h")
         ->type_name("[HH:]MM:SS");
     command.add_flag("--time-stamps", options.log.timeStampEnabled,
                      "Write a time-stamp sentence a second");

@@ -17,7 +17,7 @@ namespace qor {
 
 struct LogCallOptions : LogRunPlan {
     std::vector<std::string> portTexts;
-    std::string durationText, repeatText;
+    std::string durationText, repeatText, everyText;
 };
 
 /// Adds the options but for those of the output.

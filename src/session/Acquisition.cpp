@@ -65,7 +65,8 @@ std::size_t CAcquisition::TakeFrames() {
         if (i >= Session.Resources.size())
             break;
         CQorViewRes& resource = *Session.Resources[i];
-        const bool waits = resource.IsFile() && (!resource.Playing || RawLog.IsCrowded());
+        const bool waits = RawLog.IsSwitching() ||
+                           (resource.IsFile() && (!resource.Playing || RawLog.IsCrowded()));
         if (!waits)
             total += TakeBatch(resource);
     }

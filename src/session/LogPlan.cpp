@@ -20,8 +20,11 @@ void SayLog(const LogRunPlan& plan, LogRecord& log) {
     log.gpsHeader = log.gpsHeader || plan.log.gpsHeaderEnabled;
     if (plan.log.durationEnabled)
         log.duration = plan.log.duration;
-    if (plan.log.repeatEnabled)
-        log.repeat = plan.log.repeatInterval;
+    if (plan.log.repeatEnabled || plan.log.everyEnabled) {
+        // One of them takes the place of what the session has.
+        log.repeat = plan.log.repeatEnabled ? std::optional(plan.log.repeatInterval) : std::nullopt;
+        log.every = plan.log.everyEnabled ? std::optional(plan.log.every) : std::nullopt;
+    }
     if (!plan.sessionLogDirectory.empty()) {
         log.sessionLog = true;
         log.sessionLogDirectory = FullPathOf(plan.sessionLogDirectory);

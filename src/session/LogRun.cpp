@@ -13,7 +13,7 @@
 namespace qor {
 namespace {
 
-constexpr int LookMilliseconds = 100;
+constexpr int LookMilliseconds = 100, LongestSwitch = 5000;
 
 } // namespace
 
@@ -181,6 +181,7 @@ CLogRun::State CLogRun::Look() const {
 
 void CLogRun::End() {
     Doc.DisconnectAll();
+    Doc.RawLog.AwaitNextLog(LongestSwitch); // what waits for the next log belongs into it
     Doc.RawLog.EndLogFile(true);
     Loop.Stop();
 }

@@ -11,6 +11,7 @@
 #include "session/SpanText.h"
 #include "telemetry/RawLogFormat.h"
 
+#include <algorithm>
 #include <limits>
 #include <utility>
 
@@ -26,6 +27,10 @@ constexpr std::int64_t ReadingSpan = 50;
 std::string FileErrorMessage(const char* doing, const std::string& path, FileCause cause) {
     return std::string("An error occured ") + doing + "\r\n\"" + path + "\".\r\n" +
            std::string(GetFileErrorText(cause));
+}
+
+bool RepeatsLogs(const LogOptions& options) {
+    return options.everyEnabled || (options.durationEnabled && options.repeatEnabled);
 }
 
 /// How many logs of one folder may have the name of one second.
@@ -46,6 +51,7 @@ std::string WithSuffix(const std::string& path, int number) {
 CRawLog::CRawLog(SessionState& session, CMessageSink& messages)
     : Session(session), Messages(messages), Sync(messages), Stage(session.Clock, messages) {
     EndDone.Set();
+    Switched.Set();
 }
 
 std::string CRawLog::SetNaming(const LogNaming& naming) {
@@ -82,13 +88,16 @@ std::string CRawLog::SetLogOptions(const LogOptions& options) {
     RaiseViewsUpdate();
     if (!State.loggingActive)
         return {};
-    State.intervalRun = options.durationEnabled && options.repeatEnabled;
+    State.intervalRun = RepeatsLogs(options);
     if (State.logOpen && options.durationEnabled) {
         State.logEndTime = State.logStartTime;
         State.logEndTime.seconds += options.duration.Seconds();
         EndMonotonic = StartMonotonic + options.duration.Seconds() * 1000;
     }
-    if (State.waitingForNextLog && !options.repeatEnabled)
+    if (options.everyEnabled)
+        Rounds.Begin(options.every.Seconds(), Session.Clock.Now(),
+                     Session.Clock.MonotonicMilliseconds());
+    if (State.waitingForNextLog && !RepeatsLogs(options))
         EndRun();
     return {};
 }
@@ -166,6 +175,8 @@ bool CRawLog::MayReplace(const std::string& path) {
         consent = Session.Options.overwriteExisting && !PathsOfRun.contains(path);
     }
     if (mayAsk)
+        Switched.Set(); // an answer may take long
+    if (mayAsk)
         return Session.User.AskYesNo("The log file \"" + path +
                                      "\"\r\nalready exists. Do you want to replace this file on "
                                      "the next log?");
@@ -216,6 +227,7 @@ bool CRawLog::ConfirmOverride() {
         CRecursiveLock lock(Session.DocLock);
         if (OverrideChosen || Session.NoDialogs)
             return true;
+        Switched.Set(); // as above
         question = {Session.Naming.logFileDisplayName, Session.Station};
     }
     const bool confirmed = Session.User.ConfirmLog(question) == LogAnswer::LogAsShown;
@@ -319,8 +331,11 @@ void CRawLog::StartLog() {
         State.logEndTime = State.logStartTime;
         State.logEndTime.seconds += options.duration.Seconds();
         EndMonotonic = StartMonotonic + options.duration.Seconds() * 1000;
-        State.intervalRun = State.intervalRun || options.repeatEnabled;
     }
+    if (options.everyEnabled)
+        PlanRoundEnd();
+    State.intervalRun = State.intervalRun || RepeatsLogs(options);
+    Switched.Set();
     if (!State.loggingActive)
         PathsOfRun.clear();
     PathsOfRun.insert(path);
@@ -337,6 +352,15 @@ void CRawLog::StartLog() {
     Sync.Watch(Stage.OpenFile());
 }
 
+void CRawLog::PlanRoundEnd() {
+    const LogOptions options = Session.Options;
+    Rounds.Begin(options.every.Seconds(), State.logStartTime, StartMonotonic);
+    if (options.durationEnabled && EndMonotonic <= Rounds.Due())
+        return;
+    State.logEndTime = State.logStartTime;
+    State.logEndTime.seconds += (Rounds.Due() - StartMonotonic + 500) / 1000;
+}
+
 bool CRawLog::EndLogFile(bool abort) {
     bool ended;
     {
@@ -350,7 +374,7 @@ bool CRawLog::EndLogFile(bool abort) {
 }
 
 /// No frame joins the log any more; its file is closed by CompleteEnd.
-bool CRawLog::MarkEnd(bool abort) {
+bool CRawLog::MarkEnd(bool abort, bool switches) {
     if (LogStarting)
         return false;
     if (!State.logOpen) {
@@ -366,6 +390,8 @@ bool CRawLog::MarkEnd(bool abort) {
     State.logOpen = false;
     Ending = EndingLog{State.logFilePath, abort}; // the naming may be the next log's by now
     EndDone.Clear();
+    if (switches)
+        Switched.Clear();
     return true;
 }
 
@@ -394,20 +420,25 @@ void CRawLog::AfterEnd(const EndingLog& ending) {
         {EventKind::LogEnded, ending.path, "End log file: \"" + ending.path + "\".\r\n"});
     PendingAsterisk = PendingAsterisk || Session.Options.loggingSounds;
     RaiseViewsUpdate();
-    if (!Session.Options.repeatEnabled || ending.abort) {
+    const LogOptions options = Session.Options;
+    if (ending.abort || !RepeatsLogs(options)) {
         EndRun();
         return;
     }
-    const std::int64_t pause = Session.Options.repeatInterval.Seconds();
+    const std::int64_t now = Session.Clock.MonotonicMilliseconds();
+    const std::int64_t pause = !options.everyEnabled ? options.repeatInterval.Seconds() * 1000
+                               : IsSwitching()       ? 0
+                                                     : Rounds.Due() - now;
     State.logStartTime = Session.Clock.Now();
-    State.logStartTime.seconds += pause;
-    StartMonotonic = Session.Clock.MonotonicMilliseconds() + pause * 1000;
+    State.logStartTime.seconds += (pause + 500) / 1000;
+    StartMonotonic = now + pause;
     State.waitingForNextLog = true;
 }
 
 void CRawLog::EndRun() {
     State.intervalRun = State.loggingActive = State.waitingForNextLog = false;
     OverrideChosen = false;
+    Switched.Set();
     RaiseViewsUpdate();
 }
 
@@ -439,6 +470,10 @@ void CRawLog::OnLogTick() {
     }
     CompleteEnd();
     ShowPending();
+    {
+        CRecursiveLock lock(Session.DocLock);
+        beginNext = beginNext || (State.waitingForNextLog && IsSwitching());
+    }
     if (beginNext && !Begin(StartedBy::Timer)) {
         {
             CRecursiveLock lock(Session.DocLock);
@@ -462,21 +497,27 @@ bool CRawLog::TickLocked() {
     State.logElapsed = (monotonic - StartMonotonic) / 1000;
     if (Session.Options.timeStampEnabled)
         WriteTimeStamp(Session.Clock.Now());
-    if (State.waitingForNextLog && monotonic >= StartMonotonic)
+    const bool rounds = Session.Options.everyEnabled;
+    const bool round = rounds && Rounds.HasCome(Session.Clock.Now(), monotonic);
+    if (State.waitingForNextLog && (rounds ? round : monotonic >= StartMonotonic))
         return true;
     WatchDisk();
-    if (Session.Options.durationEnabled && State.logOpen && monotonic >= EndMonotonic)
-        MarkEnd(false);
+    if (!State.logOpen)
+        return false;
+    if (round || (Session.Options.durationEnabled && monotonic >= EndMonotonic))
+        MarkEnd(false, round);
     return false;
 }
 
 std::int64_t CRawLog::NextTimer() const {
     CRecursiveLock lock(Session.DocLock);
+    constexpr std::int64_t never = std::numeric_limits<std::int64_t>::max();
+    const std::int64_t round = Session.Options.everyEnabled ? Rounds.Due() : never;
     if (State.waitingForNextLog)
-        return StartMonotonic;
-    if (State.logOpen && Session.Options.durationEnabled)
-        return EndMonotonic;
-    return std::numeric_limits<std::int64_t>::max();
+        return std::min(StartMonotonic, round);
+    if (!State.logOpen)
+        return never;
+    return Session.Options.durationEnabled ? std::min(EndMonotonic, round) : round;
 }
 
 void CRawLog::WriteTimeStamp(const FrameTime& now) {

@@ -8,6 +8,7 @@
 
 #include "session/DiskSync.h"
 #include "session/LogStage.h"
+#include "session/RoundTimes.h"
 #include "session/SessionState.h"
 
 #include <set>
@@ -82,10 +83,22 @@ class CRawLog {
     void LogFrame(CQorViewIns& instrument, const FrameCheckResult& found)
         REQUIRES(Session.DocLock) {
         PendingBeep = PendingBeep || found.beep;
-        if (State.logOpen && instrument.LoggingEnabled)
+        if (Takes(instrument))
             AddFrame(instrument);
     }
     void Flush() REQUIRES(Session.DocLock);
+    /// Whether the instrument's frames go into the open log.
+    bool Takes(const CQorViewIns& instrument) const REQUIRES(Session.DocLock) {
+        return State.logOpen && instrument.LoggingEnabled;
+    }
+    /// Of the present or latest log; 0 before the first.
+    std::uint32_t Number() const REQUIRES(Session.DocLock) { return LogNumber; }
+    /// Where the next record will stand in the open log.
+    std::uint64_t NextOffset() const REQUIRES(Session.DocLock);
+    /// Whether one log has ended for the next to begin at once: frames wait where they are.
+    bool IsSwitching() const { return !Switched.IsSet(); }
+    /// Waits until the next log has begun, at most so long. Without the lock.
+    void AwaitNextLog(int milliseconds) const { Switched.Wait(milliseconds); }
     /// A file that is played is not read on while this much waits for the disk.
     bool IsCrowded() const;
     /// Shows and sounds what logging had for the operator, and ends a log that has failed. Without
@@ -127,11 +140,12 @@ class CRawLog {
     LogRecords HeaderRecords();
     void AddPending(std::string text);
     void StartLog() REQUIRES(Session.DocLock);
-    bool MarkEnd(bool abort) REQUIRES(Session.DocLock);
+    bool MarkEnd(bool abort, bool switches = false) REQUIRES(Session.DocLock);
     void CompleteEnd();
     void AfterEnd(const EndingLog& ending) REQUIRES(Session.DocLock);
     void EndRun() REQUIRES(Session.DocLock);
     void ProtectLogFile(const std::string& path);
+    void PlanRoundEnd() REQUIRES(Session.DocLock);
     bool TickLocked() REQUIRES(Session.DocLock);
     void WriteTimeStamp(const FrameTime& now) REQUIRES(Session.DocLock);
     void WatchDisk() REQUIRES(Session.DocLock);
@@ -161,6 +175,8 @@ class CRawLog {
     // Durations run on the monotonic clock, in milliseconds.
     std::int64_t StartMonotonic GUARDED_BY(Session.DocLock) = 0;
     std::int64_t EndMonotonic GUARDED_BY(Session.DocLock) = 0;
+    CRoundTimes Rounds GUARDED_BY(Session.DocLock); ///< with round times, from the first log on
+    CEvent Switched;                                ///< no log ends for the next to begin at once
     std::int64_t LastTimeStamp GUARDED_BY(Session.DocLock) = 0;
     /// Wall clock minus monotonic clock at the last tick; not known before the first.
     std::int64_t ClockDifference GUARDED_BY(Session.DocLock) = 0;

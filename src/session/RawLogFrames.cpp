@@ -54,6 +54,11 @@ std::uint32_t CRawLog::FramesThisLog(const CQorViewIns& instrument) const {
     return instrument.SlotLog == LogNumber && LogNumber != 0 ? Stage.OfferedOf(instrument.Slot) : 0;
 }
 
+std::uint64_t CRawLog::NextOffset() const {
+    const StageFigures stage = Stage.Figures();
+    return stage.fileSize + stage.waitingBytes + Records.bytes.size();
+}
+
 void CRawLog::Flush() {
     if (!Records.Empty() && !Stage.Append(Records))
         ViewsUpdate = true; // what had no room is counted, and said with the next tick

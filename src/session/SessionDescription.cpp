@@ -71,6 +71,7 @@ class CDescriber {
         log.gpsHeader = options.gpsHeaderEnabled;
         log.duration = options.durationEnabled ? std::optional(options.duration) : std::nullopt;
         log.repeat = options.repeatEnabled ? std::optional(options.repeatInterval) : std::nullopt;
+        log.every = options.everyEnabled ? std::optional(options.every) : std::nullopt;
         log.sessionLog = Doc.SessionLog.SessionLogEnabled();
         const std::string directory = Doc.SessionLog.SessionLogDirectory();
         if (directory != Kept.sessionLogDirectory)

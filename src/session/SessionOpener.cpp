@@ -5,6 +5,7 @@
 #include "platform/FileErrorText.h"
 #include "session/PressureTare.h"
 #include "session/SessionPath.h"
+#include "session/SpanText.h"
 
 #include <algorithm>
 
@@ -29,6 +30,8 @@ void ApplyOptions(const LogRecord& log, LogOptions& options) {
     options.duration = log.duration.value_or(LogSpan());
     options.repeatEnabled = log.repeat.has_value();
     options.repeatInterval = log.repeat.value_or(LogSpan());
+    options.everyEnabled = log.every.has_value();
+    options.every = log.every.value_or(LogSpan());
 }
 
 const InstrumentRecord* RecordOfMember(const PackageRecord& package, const std::string& member) {
@@ -45,7 +48,7 @@ LogNaming NamingOf(const LogRecord& log) {
     naming.logDirectory = WithSeparator(log.directory);
     (log.naming == LogNamingMode::Sqm ? naming.sqmBaseName : naming.logUserFileName) = log.name;
     naming.sqmSequence = log.sequence;
-    naming.numbered = log.naming == LogNamingMode::UserFileName && log.repeat;
+    naming.numbered = log.naming == LogNamingMode::UserFileName && (log.repeat || log.every);
     return naming;
 }
 
@@ -55,6 +58,10 @@ std::string SessionFault(const SessionRecord& session) {
         return "station: " + fault;
     if (const std::string fault = NamingFault(NamingOf(session.log)); !fault.empty())
         return "log.name: " + fault;
+    LogOptions options;
+    ApplyOptions(session.log, options);
+    if (const std::string fault = EveryFault(options); !fault.empty())
+        return "log.every: " + fault;
     return {};
 }
 

@@ -336,6 +336,7 @@ void ReadLog(FileReading& file, const JsonValue& value, LogRecord& log) {
     log.duration =
         object.Parsed("duration", object.TakeUnlessNull("duration"), ParseFullSpan, SpanForm);
     log.repeat = object.Parsed("repeat", object.TakeUnlessNull("repeat"), ParseFullSpan, SpanForm);
+    log.every = object.Parsed("every", object.TakeUnlessNull("every"), ParseFullSpan, SpanForm);
     object.Truth("session-log", log.sessionLog);
     object.Path("session-log-directory", log.sessionLogDirectory);
     log.unknown = object.Rest();

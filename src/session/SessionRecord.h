@@ -69,6 +69,7 @@ struct LogRecord {
     bool gpsHeader = false;
     std::optional<LogSpan> duration;
     std::optional<LogSpan> repeat;
+    std::optional<LogSpan> every; ///< between round times of the day; not with repeat
     bool sessionLog = true;
     std::string sessionLogDirectory; ///< as directory
     JsonValue unknown = JsonValue::Object();

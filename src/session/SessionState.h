@@ -44,6 +44,8 @@ struct LogOptions {
     LogSpan duration;
     bool repeatEnabled = false;
     LogSpan repeatInterval;
+    bool everyEnabled = false; ///< logs begin at round times of the local day
+    LogSpan every;             ///< at most a day
     bool loggingSounds = false;
     bool overwriteExisting = false; ///< where nobody can be asked: replace an existing log
 };

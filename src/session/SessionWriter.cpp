@@ -111,6 +111,8 @@ JsonValue LogTree(const std::string& folder, const LogRecord& log) {
     object.Add("gps-header", JsonValue::Truth(log.gpsHeader));
     object.Add("duration", SpanValue(log.duration));
     object.Add("repeat", SpanValue(log.repeat));
+    if (log.every)
+        object.Add("every", SpanValue(log.every));
     object.Add("session-log", JsonValue::Truth(log.sessionLog));
     object.Add("session-log-directory", PathValue(folder, log.sessionLogDirectory));
     AddUnknown(object, log.unknown);

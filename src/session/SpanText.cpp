@@ -2,6 +2,7 @@
 #include "session/SpanText.h"
 
 #include "base/Text.h"
+#include "session/RoundTimes.h"
 
 #include <algorithm>
 
@@ -104,6 +105,19 @@ std::string OptionsFault(const LogOptions& options) {
         return "The length of a log is not more than zero and below a million hours.";
     if (options.repeatEnabled && !usable(options.repeatInterval))
         return "The pause between logs is not more than zero and below a million hours.";
+    return EveryFault(options);
+}
+
+std::string EveryFault(const LogOptions& options) {
+    if (!options.everyEnabled)
+        return {};
+    const std::int64_t span = options.every.Seconds();
+    if (span <= 0 || span > CRoundTimes::LongestSpan)
+        return "Round times of the day are at most 24 hours apart.";
+    if (options.repeatEnabled)
+        return "Logs begin at round times or so long after one has ended, not both.";
+    if (options.durationEnabled && options.duration.Seconds() > span)
+        return "A log is no longer than from one round time to the next.";
     return {};
 }
 

@@ -26,6 +26,10 @@ std::optional<LogSpan> ParseFullSpan(std::string_view text);
 /// What is wrong with the spans that log options ask for, as one sentence, or empty.
 std::string OptionsFault(const LogOptions& options);
 
+/// The same of the round times at which logs begin: at most a day apart, without a repeat, and no
+/// log longer than from one to the next.
+std::string EveryFault(const LogOptions& options);
+
 /// HH:MM:SS with minutes and seconds below 60, whatever the span's own parts are.
 std::string SpanText(const LogSpan& span);
 

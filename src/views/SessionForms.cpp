@@ -189,9 +189,14 @@ LogOptionsForm LogOptionsFormOf(const CQorViewDoc& doc) {
 }
 
 std::string ApplyLogOptions(CQorViewDoc& doc, const LogOptionsForm& form) {
-    const std::optional<LogOptions> options = SettingsOf(form);
+    std::optional<LogOptions> options = SettingsOf(form);
     if (!options)
         return "The log options cannot be used.";
+    if (!form.useRepeat) { // the form does not show them
+        CRecursiveLock lock(doc.DocLock);
+        options->everyEnabled = doc.Options.everyEnabled;
+        options->every = doc.Options.every;
+    }
     if (std::string fault = doc.RawLog.SetLogOptions(*options); !fault.empty())
         return fault;
     // The logs of an interval run with one name are told apart by numbers.
@@ -200,7 +205,8 @@ std::string ApplyLogOptions(CQorViewDoc& doc, const LogOptionsForm& form) {
         CRecursiveLock lock(doc.DocLock);
         naming = doc.Naming;
     }
-    const bool numbered = naming.logNamingMode == LogNamingMode::UserFileName && form.useRepeat;
+    const bool numbered = naming.logNamingMode == LogNamingMode::UserFileName &&
+                          (options->repeatEnabled || options->everyEnabled);
     if (std::exchange(naming.numbered, numbered) == numbered)
         return {};
     return doc.RawLog.SetNaming(naming);
@@ -209,7 +215,7 @@ std::string ApplyLogOptions(CQorViewDoc& doc, const LogOptionsForm& form) {
 NamingForm NamingFormOf(const CQorViewDoc& doc) {
     CRecursiveLock lock(doc.DocLock);
     NamingForm form = FormOf(doc.Naming, doc.Station);
-    form.numbered = doc.Options.repeatEnabled;
+    form.numbered = doc.Options.repeatEnabled || doc.Options.everyEnabled;
     return form;
 }
 

@@ -19,6 +19,7 @@ class CScriptedUser : public CUserService {
     bool AnswersYes = true;
     LogAnswer Answer = LogAnswer::LogAsShown;
     std::function<void()> WhileAsked; ///< runs inside every question and dialog
+    std::function<void()> WhileBeeping;
 
     void ShowMessage(const std::string& text) override {
         CLock held(Guard);
@@ -33,7 +34,11 @@ class CScriptedUser : public CUserService {
         Note(Dialogs, question.displayName + (cast.empty() ? "" : " of cast " + cast));
         return Answer;
     }
-    void Beep(BeepKind kind) override { Asterisks += kind == BeepKind::Asterisk; }
+    void Beep(BeepKind kind) override {
+        Asterisks += kind == BeepKind::Asterisk;
+        if (WhileBeeping)
+            WhileBeeping();
+    }
     void RequestClose() override { ++CloseRequests; }
 
     std::vector<std::string> TakeMessages() { return Take(Messages); }

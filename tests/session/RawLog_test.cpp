@@ -2,6 +2,7 @@
 //
 // Raw logs: names and questions, the header block to the byte, frames and their tags, interval
 // runs.
+#include "fakes/ScriptedPort.h"
 #include "fakes/SessionFixture.h"
 
 namespace qor {
@@ -250,6 +251,73 @@ TEST_F(ARawLog, IntervalRunOpensFilesByItsTimers) {
     LogStatus status = Doc.RawLog.Status();
     EXPECT_FALSE(status.loggingActive || status.runFailed);
     EXPECT_EQ(User.CloseRequests, 1);
+}
+
+struct ALine {
+    CPortScript Script;
+};
+
+class ALogOfALine : public ALine, public ASession {
+  protected:
+    ALogOfALine() : ASession(Script.Factory()) {}
+    ~ALogOfALine() override { Doc.DisconnectAll(); }
+};
+
+TEST_F(ALogOfALine, LogsAtRoundTimesFollowEachOtherWithoutLosingAFrame) {
+    Add("PRO", Port);
+    Set([](LogOptions& options) {
+        options.everyEnabled = options.loggingSounds = true;
+        options.every = {1, 0, 0};
+    });
+    SetMode(LogNamingMode::TimeStamp);
+    ASSERT_EQ(Doc.ConnectResource(Port), CommResult::Success);
+    ASSERT_TRUE(Doc.RawLog.BeginLogFile());
+    const auto receive = [this](int counter) {
+        Script.Bytes(CounterFrame("PRO", counter));
+        Script.Played();
+        return Doc.Acquisition.TakeFrames();
+    };
+    EXPECT_EQ(receive(1), 1U);
+    std::size_t takenBetween = 1;
+    User.WhileBeeping = [&] {
+        if (!Doc.RawLog.Status().logOpen) // one has ended, the next has not begun
+            takenBetween = receive(2);
+    };
+    EXPECT_EQ(Doc.RawLog.NextTimer(), (36 * 60 + 55) * 1000 - 250);
+    Clock.Advance(Doc.RawLog.NextTimer());
+    Doc.RawLog.OnLogTick();
+    EXPECT_EQ(takenBetween, 0U);
+    EXPECT_EQ(receive(3), 2U);
+    User.WhileBeeping = {};
+    EXPECT_TRUE(Doc.RawLog.Status().intervalRun);
+    EXPECT_TRUE(Doc.RawLog.EndLogFile(true));
+    EXPECT_FALSE(Doc.RawLog.Status().loggingActive);
+    EXPECT_THAT(Data(Folder + "2005-123-142305.raw"), testing::StartsWith(CounterFrame("PRO", 1)));
+    const std::string second = Data(Folder + "2005-123-150000.raw");
+    EXPECT_THAT(second, testing::StartsWith(CounterFrame("PRO", 2)));
+    EXPECT_THAT(second, HasSubstr(CounterFrame("PRO", 3)));
+}
+
+TEST_F(ARawLog, ShorterLogsAtRoundTimesArePausedAndTheFirstIsCut) {
+    Set([](LogOptions& options) {
+        options.everyEnabled = options.durationEnabled = true;
+        options.every = {0, 1, 0};
+        options.duration = {0, 0, 50};
+    });
+    SetMode(LogNamingMode::TimeStamp);
+    Clock.Advance(5000);
+    ASSERT_TRUE(Doc.RawLog.BeginLogFile()); // at 14:23:10.250
+    Ticks(48);
+    EXPECT_EQ(Doc.RawLog.Status().logEndTime.seconds,
+              Doc.RawLog.Status().logStartTime.seconds + 50);
+    Ticks(2); // its fifty seconds end with the minute
+    EXPECT_EQ(Doc.RawLog.Status().logFilePath, Log("2005-123-142400.raw"));
+    Ticks(50);
+    EXPECT_TRUE(Doc.RawLog.Status().waitingForNextLog);
+    Ticks(9);
+    EXPECT_FALSE(Doc.RawLog.Status().logOpen);
+    Ticks(1);
+    EXPECT_EQ(Doc.RawLog.Status().logFilePath, Log("2005-123-142500.raw"));
 }
 
 TEST_F(ARawLog, NameOfAnotherProgramsSecondGetsTheNextFreeSuffix) {
