@@ -12,6 +12,8 @@ namespace {
 constexpr int RoundMilliseconds = 100;
 /// The rest between two batches of a playing file, in which others get the document's lock.
 constexpr int PlayingMilliseconds = 1;
+/// Between two looks at ports without a frame.
+constexpr int CaptureMilliseconds = 250;
 
 } // namespace
 
@@ -24,7 +26,8 @@ bool CAcquisitionLoop::Start() {
         return true;
     Stopping.Clear();
     Running = Acquisition.Start(ThreadPriority::Normal, [this] { RunAcquisition(); });
-    if (Running && !Ticker.Start(ThreadPriority::Normal, [this] { RunTicker(); })) {
+    if (Running && (!Ticker.Start(ThreadPriority::Normal, [this] { RunTicker(); }) ||
+                    !Captures.Start(ThreadPriority::Normal, [this] { RunCaptures(); }))) {
         Stop();
         return false;
     }
@@ -39,7 +42,9 @@ void CAcquisitionLoop::Stop() {
     Doc.Controller()->Commands().Wake();
     Acquisition.Join();
     Ticker.Join();
+    Captures.Join();
     Running = false;
+    Doc.Captures.Finish();
     Doc.Acquisition.StopPlaying(); // where it is: its rest is not for this run
     while (Take(0)) {
     }
@@ -56,6 +61,12 @@ void CAcquisitionLoop::RunTicker() {
         std::int64_t rest = NextTick - Doc.Clock.MonotonicMilliseconds();
         Stopping.Wait(static_cast<int>(std::clamp<std::int64_t>(rest, 1, 1000)));
     }
+}
+
+void CAcquisitionLoop::RunCaptures() {
+    do
+        Doc.Captures.Tend();
+    while (!Stopping.Wait(CaptureMilliseconds));
 }
 
 bool CAcquisitionLoop::Take(int milliseconds) {

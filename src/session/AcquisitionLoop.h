@@ -3,8 +3,9 @@
 // The acquisition thread: woken by the command queue, it brings messages to the session log in the
 // order reported, takes waiting frames, has them checked, converted and logged. The raw log's
 // once-a-second tick has a thread of its own, because beginning the next file of an interval run
-// may ask the operator a question. Desktop and command line run this same loop; no display and no
-// operator holds it up.
+// may ask the operator a question; so has the
+// look at bytes without a frame, because what it keeps of them waits for the disk. Desktop and
+// command line run this same loop; no display and no operator holds it up.
 #pragma once
 
 #include "session/QorViewDoc.h"
@@ -45,9 +46,10 @@ class CAcquisitionLoop {
     bool TickIfDue();
     void RunAcquisition();
     void RunTicker();
+    void RunCaptures();
 
     CQorViewDoc& Doc;
-    CWorker Acquisition, Ticker;
+    CWorker Acquisition, Ticker, Captures;
     CEvent Stopping;
     bool Running = false;
     // Of the thread that ticks.

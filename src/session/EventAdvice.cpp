@@ -17,6 +17,8 @@ constexpr EventAdvice Advices[] = {
     {EventKind::FramesUnstored, true, true, "The disk was too slow or full."},
     {EventKind::FramesLost, true, true, "The program had no time for them; close other programs."},
     {EventKind::BytesLost, true, true, "Is it the right definition?"},
+    {EventKind::NoFrames, true, false, "Try its definition with check --frame."},
+    {EventKind::BytesNotKept, true, false, ""},
     {EventKind::PositionKept, true, false, "The typed position stands there."},
     {EventKind::UnitsUnknown, true, false, "Nothing is derived from it."},
     {EventKind::PortLost, true, false, ""},

@@ -53,6 +53,7 @@ bool CLogRun::SetUp() {
         SetUpPort(port);
     Setup.ApplyNames(Plan.names);
     Setup.JudgeReplay();
+    Doc.Captures.Begin(Plan.captureAll ? CaptureRule::All : CaptureRule::Unframed);
     return PortsRefused.empty();
 }
 
@@ -180,8 +181,8 @@ CLogRun::State CLogRun::Look() const {
 }
 
 void CLogRun::End() {
-    Doc.DisconnectAll();
     Doc.RawLog.AwaitNextLog(LongestSwitch); // what waits for the next log belongs into it
+    Doc.DisconnectAll();
     Doc.RawLog.EndLogFile(true);
     Loop.Stop();
 }

@@ -23,7 +23,7 @@ CQorViewDoc::CQorViewDoc(CClock& clock, SerialPortFactory makePort, CUserService
                          CProfileStore& profile)
     : SessionState(clock, user, profile), History(*this), SessionLog(*this), RawLog(*this, *this),
       Acquisition(*this, RawLog, SessionLog), Sources(*this), Instruments(*this), Packages(*this),
-      Ports(*this, *this), Starter(*this), Session(*this) {
+      Ports(*this, *this), Captures(*this, *this), Starter(*this), Session(*this) {
     AttachController(std::make_unique<CTelemControl>(clock, std::move(makePort)));
     Acquisition.Use(*Controller());
 }

@@ -15,6 +15,7 @@
 #include "session/InstrumentList.h"
 #include "session/LogStarter.h"
 #include "session/PackageList.h"
+#include "session/PortCaptures.h"
 #include "session/PortKeeper.h"
 #include "session/QorTelemetryDoc.h"
 #include "session/RawLog.h"
@@ -55,6 +56,7 @@ class CQorViewDoc : public CQorTelemetryDoc, public SessionState {
     CInstrumentList Instruments;
     CPackageList Packages;
     CPortKeeper Ports;
+    CPortCaptures Captures;
     CLogStarter Starter;
     CSessionDocument Session;
 

@@ -164,6 +164,7 @@ CommResult CTelemComm::StartWorker() {
         CLock lock(StatusLock);
         Connected = true;
     }
+    Received.BeginConnection();
     if (Worker.Start(*Port))
         return CommResult::Success;
     if (IsConnected()) // there was no thread for it
@@ -231,6 +232,8 @@ void CTelemComm::ReceiveBytes(ByteSpan bytes) {
     if (bytes.empty())
         return;
     const FrameTime arrival = Clock.Now();
+    if (Received.IsOpen())
+        Received.Take(bytes, Clock.MonotonicMilliseconds());
     PassResult pass;
     {
         CLock status(StatusLock);
@@ -244,6 +247,8 @@ void CTelemComm::ReceiveBytes(ByteSpan bytes) {
 }
 
 void CTelemComm::PostPass(const PassResult& pass) {
+    if (pass.framesQueued && Received.IsOpen())
+        Received.NoteFrame();
     if (Commands == nullptr)
         return;
     if (pass.framesQueued)

@@ -12,6 +12,7 @@
 #include "base/Lock.h"
 #include "base/MessageSink.h"
 #include "platform/Clock.h"
+#include "telemetry/ByteTap.h"
 #include "telemetry/FilePlayer.h"
 #include "telemetry/LineStatus.h"
 #include "telemetry/OpenPort.h"
@@ -112,6 +113,8 @@ class CTelemComm {
     std::uint32_t IdentityOf(const std::string& instrumentName) const;
     ResourceFigures Figures() const;
     void ResetBytesDiscarded();
+    /// A copy of what a port receives.
+    CByteTap& Tap() { return Received; }
     /// The playback frame synchroniser's untagged instruments (see CFrameSync::SetUntagged).
     void SetUntagged(const std::string& instrumentName, bool untagged);
 
@@ -167,6 +170,7 @@ class CTelemComm {
     CFilePlayer Player GUARDED_BY(FrameLock);
     bool Waiting GUARDED_BY(FrameLock) = false; ///< "waiting for telemetry" was reported
 
+    CByteTap Received;
     COpenPort Port; ///< handed from thread to thread, see there
     CLineStatus Line;
 

@@ -64,6 +64,8 @@ void CMessages::Show(const Event& event) {
     case EventKind::PortBack:
     case EventKind::FramesLost:
     case EventKind::BytesLost:
+    case EventKind::NoFrames:
+    case EventKind::BytesNotKept:
     case EventKind::ClockStepped:
     case EventKind::PositionKept:
     case EventKind::DefinitionFaulty:
