@@ -4,6 +4,7 @@
 #include "base/Text.h"
 #include "views/PortWords.h"
 
+#include <algorithm>
 #include <numeric>
 
 namespace qor {
@@ -14,6 +15,18 @@ unsigned long long Printed(std::uint64_t count) {
     return count;
 }
 
+constexpr std::size_t LeastName = 12; // characters of a port's name
+
+/// The name of a port in so many characters: what tells ports apart stands at its end.
+std::string EndOfName(std::string_view name, std::size_t room) {
+    constexpr std::string_view devices = "/dev/", left = "...";
+    if (name.size() > room && name.starts_with(devices))
+        name.remove_prefix(devices.size());
+    if (name.size() <= room)
+        return std::string(name);
+    return std::string(left) + std::string(name.substr(name.size() - (room - left.size())));
+}
+
 /// An abort has to stand out among lines that come again and again.
 const char* StateText(const ResourceStatus& resource) {
     const ResourceFigures& figures = resource.figures;
@@ -21,7 +34,7 @@ const char* StateText(const ResourceStatus& resource) {
     return figures.abortCode != 0 && !lost ? "ABORTED" : WordOfPort(resource).text;
 }
 
-/// What a port did not bring into the log; empty when there is nothing.
+/// What a port did not bring into the log.
 std::string MissingLine(const ResourceStatus& resource) {
     const ResourceFigures& figures = resource.figures;
     const struct {
@@ -29,15 +42,15 @@ std::string MissingLine(const ResourceStatus& resource) {
         const char* what;
     } parts[] = {
         {figures.framesLost, " frames lost"},
-        {figures.bytesDiscarded, " bytes discarded"},
         {std::accumulate(figures.lineErrors.begin(), figures.lineErrors.end(), std::uint64_t{0}),
          " line errors"},
     };
-    std::string text;
+    std::string text = resource.name + ": " + std::to_string(figures.bytesDiscarded) + " of " +
+                       std::to_string(figures.bytesReceived) + " bytes discarded";
     for (const auto& part : parts)
         if (part.count > 0)
-            text += (text.empty() ? ": " : ", ") + std::to_string(part.count) + part.what;
-    return text.empty() ? text : resource.name + text + "\n";
+            text += ", " + std::to_string(part.count) + part.what;
+    return text + "\n";
 }
 
 } // namespace
@@ -58,15 +71,13 @@ std::string StatusLine(const ResourceStatus& resource, double framesPerSecond, s
     if (line.size() <= room)
         return line;
     // All figures are to be seen in 80 columns too.
-    constexpr std::string_view devices = "/dev/";
-    const std::size_t skipped = resource.name.starts_with(devices) ? devices.size() : 0;
     const std::string checks = !resource.checksCounter && !resource.checksSum ? "not checked"
                                : resource.checksSum ? dropped + " " + errors
                                                     : dropped + " checksum not checked";
-    line = Format("%s %s %llu frames %.1f/s%s %s %llu discarded", resource.name.c_str() + skipped,
-                  state, Printed(resource.frames), framesPerSecond, lost.c_str(), checks.c_str(),
-                  Printed(figures.bytesDiscarded));
-    return line.substr(0, room);
+    line = Format(" %s %llu frames %.1f/s%s %s %llu discarded", state, Printed(resource.frames),
+                  framesPerSecond, lost.c_str(), checks.c_str(), Printed(figures.bytesDiscarded));
+    const std::size_t left = room - std::min(room, line.size());
+    return (EndOfName(resource.name, std::max(left, LeastName)) + line).substr(0, room);
 }
 
 std::string SummaryLines(const SessionSnapshot& snapshot) {
@@ -78,9 +89,28 @@ std::string SummaryLines(const SessionSnapshot& snapshot) {
                 resource.name.c_str(), Printed(figures.frames), figures.framesThisLog,
                 CheckedCount(figures.checksCounter, figures.dropped, "dropped").c_str(),
                 CheckedCount(figures.checksSum, figures.checksumErrors, "checksum errors").c_str());
-        text += MissingLine(resource);
+        if (!resource.isFile)
+            text += MissingLine(resource);
     }
     return text;
+}
+
+std::vector<std::string> SilentLines(const SessionSnapshot& snapshot) {
+    std::vector<std::string> lines;
+    for (const ResourceStatus& resource : snapshot.resources)
+        for (const InstrumentFigures& figures : resource.instruments) {
+            if (resource.isFile || !figures.acquired || figures.frames > 0)
+                continue;
+            const std::string name = figures.name + " on " + resource.name;
+            lines.push_back(
+                resource.figures.bytesReceived == 0
+                    ? name + ": no frame came, and no byte on its port. Is it switched on and "
+                             "sending, and the cable on this port?"
+                    : name + Format(": no frame came; the port gave %llu bytes. Is it on this "
+                                    "port, and is its definition right?",
+                                    Printed(resource.figures.bytesReceived)));
+        }
+    return lines;
 }
 
 std::string DiscardedLine(const ResourceStatus& resource) {

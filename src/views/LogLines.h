@@ -18,6 +18,10 @@ std::string StatusLine(const ResourceStatus& resource, double framesPerSecond, s
 /// line with its end.
 std::string SummaryLines(const SessionSnapshot& snapshot);
 
+/// Says of each instrument from which no frame came, and whose frames were looked for, so and what
+/// to look at: a line without an end each.
+std::vector<std::string> SilentLines(const SessionSnapshot& snapshot);
+
 /// Says that a port's bytes belong to no frame, when that is more than the rest of a frame which
 /// had begun before the connection; else empty.
 std::string DiscardedLine(const ResourceStatus& resource);
