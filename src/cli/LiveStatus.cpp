@@ -16,7 +16,7 @@ constexpr std::int64_t DrawMilliseconds = 500, SummaryMilliseconds = 60'000;
 } // namespace
 
 CLiveStatus::CLiveStatus(const CQorViewDoc& doc, CClock& clock, bool quiet)
-    : Doc(doc), Clock(clock), Quiet(quiet), Terminal(IsTerminal(StandardStream::Error)),
+    : Doc(doc), Clock(clock), Quiet(quiet), Terminal(CanDraw(StandardStream::Error)),
       Last(clock.MonotonicMilliseconds()) {}
 
 CLiveStatus::~CLiveStatus() {

@@ -22,7 +22,7 @@ std::int64_t NowMilliseconds() {
 } // namespace
 
 CProgress::CProgress(std::string title, std::uint64_t total, bool quiet)
-    : Title(std::move(title)), Total(total), Visible(!quiet && IsTerminal(StandardStream::Error)) {
+    : Title(std::move(title)), Total(total), Visible(!quiet && CanDraw(StandardStream::Error)) {
     if (Visible)
         Begun = NowMilliseconds();
 }

@@ -24,16 +24,25 @@ enum class StandardStream { Input = 0, Output = 1, Error = 2 };
 /// True when the stream is a terminal that a person sees: the place for progress bars.
 bool IsTerminal(StandardStream stream);
 
+/// True for a terminal on which lines can be drawn over one another; one that TERM calls dumb, or
+/// of which (on POSIX) it says nothing, is written to as a pipe is.
+bool CanDraw(StandardStream stream);
+
 /// Columns of the terminal behind the stream; 80 when it is none or does not tell.
 int TerminalColumns(StandardStream stream);
 
-/// What became of a write: a reader that has gone (`| head`) is no fault of anybody's.
-enum class StreamWrite { Done, ReaderGone, Failed };
+/// What became of a write: a reader that has gone (`| head`) is no fault of anybody's, nor is one
+/// that takes nothing when the program is to end.
+enum class StreamWrite { Done, ReaderGone, ReaderStalls, Failed };
 
 /// Writes all bytes as they are to standard output or standard error, unbuffered. UTF-8 shows as
 /// such in a Windows console. A reader that takes nothing for two seconds after a request to stop
-/// counts as gone (POSIX). Do not mix with stdio on the same stream.
+/// stalls (POSIX). Do not mix with stdio on the same stream.
 [[nodiscard]] StreamWrite WriteStream(StandardStream stream, std::string_view bytes);
+
+/// From now on a reader that takes nothing for two seconds stalls, as after a request to stop
+/// (POSIX).
+void HurryReaders();
 
 /// Waits until a descriptor takes bytes; false when it takes none for two seconds after a request
 /// to stop (POSIX).

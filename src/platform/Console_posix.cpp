@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <climits>
 #include <csignal>
+#include <cstdlib>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/ioctl.h>
@@ -77,10 +78,19 @@ bool IsTerminal(StandardStream stream) {
     return isatty(static_cast<int>(stream)) == 1;
 }
 
+bool CanDraw(StandardStream stream) {
+    const char* kind = std::getenv("TERM");
+    return IsTerminal(stream) && kind && *kind && std::string_view(kind) != "dumb";
+}
+
 int TerminalColumns(StandardStream stream) {
     winsize size{};
     bool told = ioctl(static_cast<int>(stream), TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
     return told ? size.ws_col : 80;
+}
+
+void HurryReaders() {
+    StopAsked = true;
 }
 
 bool WaitForReader(int descriptor) {
@@ -99,7 +109,7 @@ StreamWrite WriteStream(StandardStream stream, std::string_view bytes) {
     while (!bytes.empty()) {
         if (hasReader && (standsStill[descriptor] || !WaitForReader(descriptor))) {
             standsStill[descriptor] = true;
-            return StreamWrite::ReaderGone;
+            return StreamWrite::ReaderStalls;
         }
         std::size_t piece =
             hasReader ? std::min(bytes.size(), RoomBefore(descriptor)) : bytes.size();

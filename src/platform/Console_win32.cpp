@@ -49,6 +49,13 @@ bool IsTerminal(StandardStream stream) {
     return IsConsole(HandleOf(stream));
 }
 
+bool CanDraw(StandardStream stream) {
+    const char* kind = std::getenv("TERM");
+    return IsTerminal(stream) && !(kind && std::string_view(kind) == "dumb");
+}
+
+void HurryReaders() {}
+
 int TerminalColumns(StandardStream stream) {
     CONSOLE_SCREEN_BUFFER_INFO info{};
     bool told = GetConsoleScreenBufferInfo(HandleOf(stream), &info) != FALSE;
