@@ -12,6 +12,7 @@
 #include "platform/WholeFile.h"
 #include "session/PortSample.h"
 #include "session/PortText.h"
+#include "views/PortList.h"
 
 #include <algorithm>
 #include <array>
@@ -66,8 +67,7 @@ bool ReadFrom(const SerialResourceSettings& settings, int wait, CFrameTrial& tri
     ReportError(
         settings.portName + ": there is no file of that name, and as a port it " +
         (sample.result == CommResult::PortNotOpened ? "could not be opened" : "could not be read") +
-        " (" + OneLine(SystemErrorText(sample.error)) +
-        "). Is it spelled right, not in use, and may you open it?");
+        " (" + OneLine(SystemErrorText(sample.error)) + "). " + PortTrouble(settings.portName));
     return false;
 }
 

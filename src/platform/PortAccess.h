@@ -41,6 +41,9 @@ inline constexpr bool LookingOpensPorts = false;
 /// One for each name, in their order.
 std::vector<PortAccess> LookAtPorts(std::span<const std::string> names);
 
+/// The serial ports of this computer, in order.
+std::vector<std::string> PortNames();
+
 /// The name by which the system finds the same adapter again whatever it is plugged into; the name
 /// itself where there is none.
 std::string StablePortName(const std::string& name);

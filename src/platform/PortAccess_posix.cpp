@@ -16,6 +16,7 @@
 #include <pwd.h>
 #include <string_view>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 namespace qor {
@@ -23,6 +24,7 @@ namespace qor {
 namespace {
 
 constexpr const char* StableNames = "/dev/serial/by-id";
+constexpr const char* Terminals = "/sys/class/tty";
 constexpr std::size_t LookUpBytes = 64 * 1024; ///< of a group with many members
 
 struct CloseFolder {
@@ -50,21 +52,33 @@ std::string CanonicalPath(const std::string& path) {
     return ::realpath(path.c_str(), resolved) ? resolved : std::string();
 }
 
-/// The name of the program, as the system shortens it; other programs choose it, so that only what
-/// can be shown is taken.
-std::string ProgramName(std::int64_t pid) {
-    const std::string path = "/proc/" + std::to_string(pid) + "/comm";
+/// Of a small file of the system; empty when it cannot be read.
+std::string FirstLine(const std::string& path) {
     const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (file < 0)
         return {};
     char bytes[64];
     const ssize_t got = ::read(file, bytes, sizeof bytes);
     ::close(file);
-    std::string name(bytes, got > 0 ? static_cast<std::size_t>(got) : 0);
-    name.resize(std::min(name.find('\n'), name.size()));
+    std::string line(bytes, got > 0 ? static_cast<std::size_t>(got) : 0);
+    line.resize(std::min(line.find('\n'), line.size()));
+    return line;
+}
+
+/// The name of the program, as the system shortens it; other programs choose it, so that only what
+/// can be shown is taken.
+std::string ProgramName(std::int64_t pid) {
+    std::string name = FirstLine("/proc/" + std::to_string(pid) + "/comm");
     std::ranges::replace_if(
         name, [](char c) { return c < 0x20 || c > 0x7E; }, '?');
     return name;
+}
+
+/// Whether the system counts a device among something else than its terminals.
+bool IsOtherDevice(dev_t device) {
+    const std::string kind = CanonicalPath("/sys/dev/char/" + std::to_string(major(device)) + ':' +
+                                           std::to_string(minor(device)) + "/subsystem");
+    return !kind.empty() && !kind.ends_with("/tty");
 }
 
 /// A port that is looked for among the open files.
@@ -136,7 +150,7 @@ std::vector<PortAccess> LookAtPorts(std::span<const std::string> names) {
         const bool whole = names[i].find('\0') == std::string::npos;
         if (!whole || ::stat(names[i].c_str(), &status) < 0)
             all[i].state = whole && errno == EACCES ? PortState::NotAllowed : PortState::Missing;
-        else if (!S_ISCHR(status.st_mode))
+        else if (!S_ISCHR(status.st_mode) || IsOtherDevice(status.st_rdev))
             all[i].state = PortState::NoPort;
         else if (::access(names[i].c_str(), R_OK | W_OK) < 0)
             ExplainRefusal(status, all[i]);
@@ -145,6 +159,22 @@ std::vector<PortAccess> LookAtPorts(std::span<const std::string> names) {
     }
     LookForHolders(sought);
     return all;
+}
+
+/// A terminal that has a device behind it; one of the computer itself may have no hardware.
+std::vector<std::string> PortNames() {
+    std::vector<std::string> names;
+    ForEachIn(Terminals, [&](const char* entry) {
+        const std::string terminal = std::string(Terminals) + '/' + entry;
+        std::string name = std::string("/dev/") + entry;
+        struct stat status {};
+        const bool there = ::access((terminal + "/device").c_str(), F_OK) == 0 &&
+                           ::stat(name.c_str(), &status) == 0 && S_ISCHR(status.st_mode);
+        if (there && FirstLine(terminal + "/type") != "0")
+            names.push_back(std::move(name));
+    });
+    std::ranges::sort(names);
+    return names;
 }
 
 std::string StablePortName(const std::string& name) {

@@ -6,11 +6,14 @@
 
 #include "platform/Win32Support.h"
 
+#include <algorithm>
 #include <windows.h>
 
 namespace qor {
 
 namespace {
+
+constexpr std::size_t MostNames = 1U << 20; // bytes
 
 PortState StateOf(const std::string& name) {
     const std::wstring path = WidePortName(name);
@@ -38,6 +41,23 @@ std::vector<PortAccess> LookAtPorts(std::span<const std::string> names) {
     for (const std::string& name : names)
         all.push_back({.state = StateOf(name)});
     return all;
+}
+
+std::vector<std::string> PortNames() {
+    std::vector<char> bytes(64 * 1024); // the names of all devices, each with its end
+    DWORD size = 0;
+    while ((size = QueryDosDeviceA(nullptr, bytes.data(), static_cast<DWORD>(bytes.size()))) == 0 &&
+           GetLastError() == ERROR_INSUFFICIENT_BUFFER && bytes.size() < MostNames)
+        bytes.resize(bytes.size() * 2);
+    std::vector<std::string> names;
+    for (std::size_t at = 0; at < size && bytes[at] != 0; at += names.back().size() + 1)
+        names.emplace_back(&bytes[at]);
+    std::erase_if(names, [](const std::string& name) {
+        return !name.starts_with("COM") || name.size() < 4 ||
+               name.find_first_not_of("0123456789", 3) != std::string::npos;
+    });
+    std::ranges::sort(names);
+    return names;
 }
 
 std::string StablePortName(const std::string& name) {

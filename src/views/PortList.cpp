@@ -102,6 +102,29 @@ std::string RemedyCommand(const PortFound& port) {
     return "sudo usermod -aG " + access.group + " $USER";
 }
 
+std::string PortTrouble(const PortFound& port, std::span<const std::string> there) {
+    const std::string why = WhyNot(port);
+    if (why.empty())
+        return "Is it a serial port, not in use, and may you open it?";
+    if (const std::string command = RemedyCommand(port); !command.empty())
+        return why + " Run " + command + " and log in again.";
+    if (port.access.state != PortState::Missing)
+        return why;
+    constexpr std::size_t MostNamed = 8;
+    std::string names;
+    for (const std::string& name : there.first(std::min(there.size(), MostNamed)))
+        names += (names.empty() ? "" : ", ") + Utf8Of(name);
+    return why + (names.empty()
+                      ? " This computer has none now; is its adapter plugged in?"
+                      : " There are: " + names + (there.size() > MostNamed ? " and others." : "."));
+}
+
+std::string PortTrouble(const std::string& name) {
+    const std::vector<std::string> names{name};
+    const PortFound port{.name = name, .device = name, .access = LookAtPorts(names).front()};
+    return PortTrouble(port, PortNames());
+}
+
 void MarkInSession(std::span<PortFound> ports, std::span<const std::string> names) {
     for (PortFound& port : ports)
         port.inSession = std::ranges::any_of(names, [&](const std::string& name) {

@@ -39,6 +39,12 @@ std::string WhyNot(const PortFound& port);
 /// The command that lets this user open it; empty where none would.
 std::string RemedyCommand(const PortFound& port);
 
+/// For a port that could not be connected: why not and what to do, looked up now, as whole
+/// sentences. Never empty.
+std::string PortTrouble(const std::string& name);
+/// The same, made of what is known.
+std::string PortTrouble(const PortFound& port, std::span<const std::string> there);
+
 /// Marks those that the session has, by either of their names.
 void MarkInSession(std::span<PortFound> ports, std::span<const std::string> names);
 /// The one port that can be had; nothing when there are none or several.

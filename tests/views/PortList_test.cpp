@@ -63,6 +63,18 @@ TEST(PortList, SaysWhyAPortCannotBeHadAndWhatToDo) {
         EXPECT_EQ(WhyNot(port), one.why);
         EXPECT_EQ(RemedyCommand(port), one.command);
     }
+    const std::vector<std::string> there{"/dev/ttyS0", "/dev/ttyUSB1"}, none;
+    const auto trouble = [&](PortAccess access, const std::vector<std::string>& ports) {
+        return PortTrouble(Port(std::move(access)), ports);
+    };
+    EXPECT_EQ(trouble({.state = PortState::Missing}, there),
+              "There is no port ttyUSB0. There are: /dev/ttyS0, /dev/ttyUSB1.");
+    EXPECT_EQ(trouble({.state = PortState::Missing}, none),
+              "There is no port ttyUSB0. This computer has none now; is its adapter plugged in?");
+    EXPECT_EQ(trouble({.state = PortState::NotAllowed, .group = "dialout"}, there),
+              "You may not open ttyUSB0: it belongs to group dialout. Run sudo usermod -aG dialout "
+              "$USER and log in again.");
+    EXPECT_NE(trouble({}, there), "") << "something is wrong all the same";
     EXPECT_EQ(TitleOf(Port({})), "FTDI A5");
     EXPECT_EQ(TitleOf({.name = "COM1", .device = "COM1"}), "on board");
 }
