@@ -18,7 +18,7 @@ int RunLog(const CLI::App& command, LogCallOptions& options, CommandContext& con
         return status;
     if (options.directory.empty() && !(options.session && !options.session->log.directory.empty()))
         options.directory = ".";
-    return CLogConsole(options, context).Run();
+    return CLogConsole(options, options.print, context).Run();
 }
 
 } // namespace
@@ -34,6 +34,17 @@ void AddLogCommand(CLI::App& app, CommandContext& context) {
     AddStrictOption(*command, options.strict);
     command->add_flag("--partly", options.partly,
                       "Log with what can be used when some definition cannot");
+    command->add_flag("--capture", options.captureAll,
+                      "Keep every port's bytes in a file beside the logs, up to 100 MB a port");
+    command
+        ->add_option_function<std::string>(
+            "--print",
+            [](const std::string& format) {
+                options.print = format == "csv" ? PrintFormat::Csv : PrintFormat::JsonLines;
+            },
+            "Values of each frame on standard output, as decode prints them")
+        ->type_name("csv|jsonl")
+        ->check(CLI::IsMember({"csv", "jsonl"}).description(""));
     command->add_flag("--quiet", context.quiet, "No status lines");
     command->callback([command, &context] {
         context.body = [command, &context] { return RunLog(*command, options, context); };

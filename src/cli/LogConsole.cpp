@@ -8,6 +8,7 @@
 #include "session/EventAdvice.h"
 #include "session/PortText.h"
 #include "views/LogLines.h"
+#include "views/PortList.h"
 
 #include <algorithm>
 #include <utility>
@@ -22,11 +23,22 @@ constexpr int PositionMilliseconds = 3000;
 /// What can be done about a name that is taken, in the words of a call.
 constexpr std::string_view NameAdvice = "Choose another --name, or give --overwrite.";
 
+/// The same about bytes without a frame.
+constexpr std::string_view TrialAdvice =
+    "Try its definition on them: qorview-cli check -d DEFINITION --frame FILE.";
+
+std::string_view AdviceHere(const EventAdvice& row) {
+    return row.kind == EventKind::NameTaken  ? NameAdvice
+           : row.kind == EventKind::NoFrames ? TrialAdvice
+                                             : row.advice;
+}
+
 } // namespace
 
-CLogConsole::CLogConsole(LogRunPlan plan, CommandContext& context)
+CLogConsole::CLogConsole(LogRunPlan plan, std::optional<PrintFormat> print, CommandContext& context)
     : Context(context), Strict(plan.strict), Partly(plan.partly),
-      Document(Clock, MakeSystemSerialPort, User, Profile), LogRun(Document, std::move(plan)) {
+      Document(Clock, MakeSystemSerialPort, User, Profile), LogRun(Document, std::move(plan)),
+      Print(Document, print) {
     Document.Instruments.DefaultsPath = InstrumentDefaultsPath();
 }
 
@@ -46,8 +58,8 @@ void CLogConsole::ReportPorts() {
             ReportError("--port " + port.settings.portName + ": " +
                         OneLine(CommDetail(port.result)));
         else
-            ReportError(port.settings.portName + ": could not be connected (" + why +
-                        "). Is it a serial port, not in use, and may you open it?" +
+            ReportError(port.settings.portName + ": could not be connected (" + why + "). " +
+                        PortTrouble(port.settings.portName) +
                         (port.triedAgain ? " It is tried again." : ""));
     }
 }
@@ -78,9 +90,7 @@ bool CLogConsole::ReportTroubles(CLiveStatus* status) {
             status->Erase();
         if (event.kind == EventKind::PortLost && !IsTriedAgain(event.subject))
             continue; // said as an abort
-        const bool taken = event.kind == EventKind::NameTaken;
-        (row->fault ? ReportError
-                    : ReportWarning)(EventLine(event, *row, taken ? NameAdvice : row->advice));
+        (row->fault ? ReportError : ReportWarning)(EventLine(event, *row, AdviceHere(*row)));
         Fault = Fault || row->fault;
         any = any || row->fault;
     }
@@ -102,10 +112,16 @@ void CLogConsole::NoteAborts(CLiveStatus& status, const SessionSnapshot& snapsho
 }
 
 void CLogConsole::Watch() {
-    CLiveStatus status(Document, Clock, Context.quiet);
+    // Lines that are drawn over and values would tear one another apart.
+    const bool shared = Print.IsOn() && IsTerminal(StandardStream::Output);
+    CLiveStatus status(Document, Clock, Context.quiet || shared);
     while (!Context.stopEvent.Wait(WatchMilliseconds) && !User.CloseRequested.IsSet()) {
         NoteAborts(status, Document.Snapshot());
         ReportTroubles(&status);
+        if (Print.HasNews()) {
+            status.Erase();
+            Print.SayNews();
+        }
         User.Print();
         status.Update();
         const CLogRun::State state = LogRun.Look();
@@ -119,17 +135,34 @@ void CLogConsole::Watch() {
     NoteAborts(status, Document.Snapshot());
 }
 
+void CLogConsole::ReportSilent(const SessionSnapshot& snapshot) {
+    for (const std::string& line : SilentLines(snapshot)) {
+        ReportError(line);
+        Fault = true;
+    }
+}
+
+/// Where values are printed, all else goes to standard error.
 void CLogConsole::Summarise() {
-    COutput output(ReportError);
+    std::string text;
     for (const std::string& path : LogRun.LogFiles())
-        output.Text("raw log: " + path + "\n");
+        text += "raw log: " + path + "\n";
+    for (const std::string& path : Document.Captures.Paths())
+        text += "capture: " + path + "\n";
     if (std::string path = Document.SessionLog.FilePath(); !path.empty())
-        output.Text("session log: " + path + "\n");
+        text += "session log: " + path + "\n";
     const SessionSnapshot snapshot = Document.Snapshot();
     for (const ResourceStatus& resource : snapshot.resources)
         if (const std::string line = DiscardedLine(resource); !line.empty())
             ReportWarning(line);
-    output.Text(SummaryLines(snapshot));
+    ReportSilent(snapshot);
+    text += SummaryLines(snapshot);
+    if (Print.IsOn()) {
+        WriteError(text);
+        return;
+    }
+    COutput output(ReportError);
+    output.Text(text);
     output.Flush();
     Fault = Fault || output.Failed();
 }
@@ -171,6 +204,8 @@ int CLogConsole::Run() {
             ReportError("nothing was logged; --partly logs what can be used.");
         return ExitFault;
     }
+    if (const int status = Print.Begin(); status != ExitWell)
+        return status;
     // What the ports receive waits in their queues until there is a log for it; where no port can
     // be had no log is begun, or replaced, in vain.
     const bool connected = LogRun.Connect();
@@ -197,6 +232,7 @@ int CLogConsole::Run() {
             Fault = true;
         }
     LogRun.End();
+    Fault = !Print.End() || Fault;
     User.Print();
     Fault = Fault || LogRun.Failed();
     ReportTroubles(nullptr);

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "cli/Commands.h"
+#include "cli/LivePrint.h"
 #include "cli/LiveStatus.h"
 #include "cli/OutputOptions.h"
 #include "cli/TerminalUser.h"
@@ -14,7 +15,7 @@ namespace qor {
 
 class CLogConsole {
   public:
-    CLogConsole(LogRunPlan plan, CommandContext& context);
+    CLogConsole(LogRunPlan plan, std::optional<PrintFormat> print, CommandContext& context);
 
     /// Runs until the operator, the log's end or the last port ends it; returns the exit status.
     int Run();
@@ -29,6 +30,7 @@ class CLogConsole {
     void Watch();
     void NoteAborts(CLiveStatus& status, const SessionSnapshot& snapshot);
     void Summarise();
+    void ReportSilent(const SessionSnapshot& snapshot);
 
     CommandContext& Context;
     const bool Strict;
@@ -38,6 +40,7 @@ class CLogConsole {
     CMemoryProfileStore Profile;
     CQorViewDoc Document;
     CLogRun LogRun;
+    CLivePrint Print; ///< ends before what it prints
     std::size_t PortsReported = 0;
     std::vector<ResourceId> Aborted;
     bool Fault = false;

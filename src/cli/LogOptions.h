@@ -4,6 +4,7 @@
 // with their instruments, a session, naming, spans, station.
 #pragma once
 
+#include "export/FramePrinter.h"
 #include "session/LogPlan.h"
 
 #include <string>
@@ -18,6 +19,7 @@ namespace qor {
 struct LogCallOptions : LogRunPlan {
     std::vector<std::string> portTexts;
     std::string durationText, repeatText, everyText;
+    std::optional<PrintFormat> print;
 };
 
 /// Adds the options but for those of the output.

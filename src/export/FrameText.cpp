@@ -258,13 +258,15 @@ void CFrameCsv::WriteValue(const CLiveInstrument& instrument, const Column& colu
 }
 
 void CFrameJson::WriteFrame(const CLiveInstrument& instrument, const FrameCheckResult& checks,
-                            std::span<const DerivedRow> derived) {
+                            std::span<const DerivedRow> derived,
+                            std::optional<std::uint64_t> offset) {
     const CFrameData& frame = *instrument.CurrentFrame();
     Json.BeginObject();
     Json.Key("file"), Json.Path(File);
     Json.Key("instrument"), Json.Text(instrument.Name());
     Json.Key("frame"), Json.Integer(instrument.FrameNumber());
-    Json.Key("offset"), Json.Integer(static_cast<std::int64_t>(frame.StreamOffset));
+    Json.Key("offset"),
+        Json.Integer(static_cast<std::int64_t>(offset.value_or(frame.StreamOffset)));
     Json.Key("length"), Json.Integer(static_cast<std::int64_t>(frame.Bytes.size()));
     Json.Key("time"), WriteTimeValue(Json, Out, frame.Info.time, Style.utcOffset);
     for (const FrameFlag& flag : FlagsOf(checks))

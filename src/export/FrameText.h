@@ -77,8 +77,9 @@ class CFrameJson {
     CFrameJson(COutput& output, std::string file, const FrameStyle& style)
         : Out(output), Json(output), File(std::move(file)), Style(style) {}
 
+    /// `offset`: in the log, where that is not the place in the stream that the frame was cut from.
     void WriteFrame(const CLiveInstrument& instrument, const FrameCheckResult& checks,
-                    std::span<const DerivedRow> derived);
+                    std::span<const DerivedRow> derived, std::optional<std::uint64_t> offset = {});
 
   private:
     void WriteValues(const CLiveInstrument& instrument);

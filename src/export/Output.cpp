@@ -60,6 +60,8 @@ OutputState StateOfPlace(const std::string& path, const OutputRules& rules) {
 
 COutput::COutput(FaultReport report) : Report(std::move(report)), Buffer(BufferSize) {}
 
+COutput::COutput(TextTaker taker) : Taker(std::move(taker)), Buffer(BufferSize) {}
+
 COutput::~COutput() {
     if (Beside.empty()) {
         Flush();
@@ -170,6 +172,8 @@ bool COutput::Flush() {
 bool COutput::Write(std::string_view bytes) {
     if (!Usable)
         return false;
+    if (Taker)
+        return Usable = Taker(bytes);
     if (!Place.empty()) {
         const FileCause cause = File.Write(AsBytes(bytes));
         if (cause == FileCause::None)

@@ -55,6 +55,9 @@ class COutput {
   public:
     /// Standard output. What fails is told to `report`, once.
     explicit COutput(FaultReport report);
+    /// Somebody who takes pieces of text, until it says no.
+    using TextTaker = std::function<bool(std::string_view)>;
+    explicit COutput(TextTaker taker);
     /// A file that Finish has not put in its place is gone.
     ~COutput();
     COutput(const COutput&) = delete;
@@ -109,6 +112,7 @@ class COutput {
     OutputResult Refuse(OutputState state, const std::string& path);
 
     const FaultReport Report;
+    const TextTaker Taker; ///< null: a file or standard output
     std::vector<char> Buffer;
     std::size_t Used = 0;
     CFile File;

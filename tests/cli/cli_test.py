@@ -70,6 +70,10 @@ class Calls(Folder):
             (("decode", "-d", GPS, "--format", "0", empty), 2), (("log", "-d", GPS), 2),
             (("log", "--port", "x:0", "-d", GPS), 2),
             (("log", "--port", "x", "-d", GPS, "--name", "a/b.raw"), 2),
+            (("log", "--port", "x", "-d", GPS, "--every", "1h", "--duration", "2h"), 2),
+            (("log", "--port", "x", "-d", GPS, "--every", "1h", "--duration", "1m", "--repeat", "1m"), 2),
+            (("log", "--port", "x", "-d", GPS, "--every", "25h"), 2),
+            (("log", "--port", "x", "-d", GPS, PROFILER, "--print", "csv", "-o", str(self.folder)), 2),
             (("log", "--port", "x", "-d", GPS, "--comment", "two\r\nlines"), 2), (("simulate", "-d", GPS, "--rate", "fast"), 2), (("simulate", "--frames", "1"), 2),
             (("simulate", "-d", GPS, "-o", bad), 2), (("decode", "-d", GPS, "--role", "$GPRMC=pilot", empty), 2),
             (("simulate", "-d", GPS, "--start", "2026-02-30T12:00:00", "--frames", "1"), 2),
@@ -614,9 +618,64 @@ class Acquisition(Folder):
         process = self.start("--port", lines[0].name, "-d", str(self.folder / "compass.tdf"),
                              "--port", lines[1].name, "-d", str(self.folder / "ctd.tdf"))
         status, output, errors = self.finish(process)
-        self.assertEqual(status, 0, errors)
+        self.assertEqual((status, errors.count("no frame came")), (1, 2), errors)
         self.assertRegex(errors, "warning: CTD: its frames carry no sync header, nor do those of compass.tdf")
         self.assertIn(f"compass.tdf on {lines[0].name}: 0 frames", output)
+
+    def test_bytes_without_a_frame_are_explained_and_kept_for_the_right_definition(self):
+        line, wrong = Line(), self.folder / "wrong.cal"
+        wrong.write_text(pathlib.Path(PROFILER).read_text().replace("QORPRO", "QORPRX"))
+        process = self.start("--port", line.name, "-d", str(wrong))
+        sent = b"".join(self.frames_of(PROFILER, 100)) * 180  # a megabyte is worth a word at once
+        line.send(sent)
+        wait_for(lambda: sum(path.stat().st_size for path in self.folder.glob("2*.bin")) == len(sent), "the capture")
+        status, output, errors = self.finish(process)
+        kept, = self.folder.glob("2*.bin")
+        self.assertEqual((status, kept.read_bytes() == sent), (1, True), errors)
+        self.assertRegex(errors, f"warning: {line.name}: [0-9]+ bytes in .* no frame of its instruments. Only the first 5 "
+                                 f"of 9 bytes of the sync header are there .*{kept}")
+        self.assertRegex(errors, f"error: QORPRX042 on {line.name}: no frame came; the port gave {len(sent)} bytes")
+        self.assertIn(f"capture: {kept}\n", output)
+        self.assertIn(f"{line.name}: {len(sent)} of {len(sent)} bytes discarded", output)
+        self.assertEqual(len(decoded("-d", PROFILER, str(kept))), 18000)
+
+    def test_values_are_printed_as_decode_prints_them_and_no_reader_harms_the_log(self):
+        line = Line()
+        frames = self.frames_of(PROFILER, 8000)  # more lines than may wait
+        for reader in ("takes", "goes", "stalls"):
+            process = self.start("--overwrite", "--port", line.name, "-d", PROFILER, "--print", "jsonl")
+            sent = frames[:200] if reader == "takes" else frames
+            line.send(b"".join(sent[:100]))
+            lines = [process.stdout.readline()] if reader != "stalls" else []
+            if reader == "goes":
+                process.stdout.close()
+            line.send(b"".join(sent[100:]))
+            self.assertLogHolds(sent)
+            process.send_signal(signal.SIGINT)
+            lines += process.stdout.readlines() if reader == "takes" else []
+            errors = process.stderr.read().decode()
+            self.assertEqual(process.wait(30), 0, errors)
+            self.assertIn("QORPRO042 on", errors)
+            self.assertEqual("nobody reads standard output any more" in errors, reader == "goes", errors)
+            self.assertEqual("frames were not printed" in errors, reader == "stalls", errors)
+            if reader == "takes":
+                raw = run("decode", "-d", PROFILER, "--format", "jsonl", str(self.raw)).stdout
+                self.assertEqual(b"".join(lines), raw)
+
+    def test_lines_are_drawn_only_on_a_terminal_that_can(self):
+        drawn, processes = {}, []
+        for kind in ("dumb", "", "xterm"):
+            line, screen = Line(), Line()
+            process = subprocess.Popen([CLI, "log", "-o", str(self.folder), "--port", line.name, "-d", PROFILER],
+                                       stdout=subprocess.DEVNULL, stderr=screen.slave, env=os.environ | {"TERM": kind})
+            self.processes.append(process)
+            processes.append((kind, process, line, screen))
+        wait_for(lambda: select.select([screen.master], [], [], 0)[0], "a status line")
+        for kind, process, line, screen in processes:
+            process.send_signal(signal.SIGINT)
+            process.wait(30)
+            drawn[kind] = b"\x1b" in os.read(screen.master, 65536)
+        self.assertEqual(drawn, {"dumb": False, "": False, "xterm": True})
 
     def test_an_unplugged_port_aborts_and_the_others_go_on(self):
         first, second = Line(), Line()
@@ -651,7 +710,7 @@ class Acquisition(Folder):
         other = run("log", "--port", line.name, "-d", PROFILER, "-o", str(self.folder), "--name", "other.raw")
         self.assertEqual(other.returncode, 1)
         self.assertTrue((self.folder / "QorView2.log").exists())
-        self.assertEqual(self.finish(process)[0], 0)
+        self.assertEqual(self.finish(process)[0], 1)  # no frame came
         self.assertEqual(termios.tcgetattr(line.slave), before)
 
     def test_an_existing_log_is_left_alone_without_consent(self):
@@ -663,7 +722,7 @@ class Acquisition(Folder):
         self.assertIn(f'error: The log file "{self.folder}/run.raw" already exists', done.stderr.decode())
         self.assertEqual((self.folder / "run.raw").read_bytes(), b"precious")
         process = self.start("--overwrite", "--port", line.name, "-d", PROFILER)
-        self.assertEqual(self.finish(process)[0], 0)
+        self.assertEqual(self.finish(process)[0], 1)  # no frame came
         self.assertTrue((self.folder / "run.raw").read_bytes().startswith(b"QORHDR "))
 
     def header_of(self, line, frames, *options):
