@@ -7,6 +7,7 @@
 #include "platform/Win32Support.h"
 
 #include <algorithm>
+#include <cstdlib>
 
 #include <windows.h>
 

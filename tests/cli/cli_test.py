@@ -97,6 +97,18 @@ class Calls(Folder):
         self.assertIn(os.strerror(errno.ENOENT), refused)
         self.assertEqual(pathlib.Path(bad).stat().st_size, 28)  # a wrong call leaves it alone
 
+    def test_a_session_keeps_round_times_and_refuses_those_that_cannot_be(self):
+        file = self.folder / "hours.qor"
+        made = run("session", "--port", "x", "-d", GPS, "--every", "1h", "-o", str(file))
+        self.assertEqual(made.returncode, 0, made.stderr)
+        session = json.loads(file.read_text())
+        self.assertEqual(session["log"]["every"], "01:00:00")
+        for change in ({"every": "25:00:00"}, {"duration": "02:00:00"}, {"duration": "00:01:00", "repeat": "00:01:00"}):
+            file.write_text(json.dumps(session | {"log": session["log"] | change}))
+            refused = run("log", "--session", str(file), "-o", str(self.folder))
+            self.assertEqual(refused.returncode, 1, change)
+            self.assertIn("log.every: ", refused.stderr.decode())
+
     def test_slips_are_refused_with_what_may_have_been_meant(self):
         raw = str(self.simulated("--raw-log", "-d", PROFILER, "-d", RADIOMETER, "--frames", "5"))
         profiler, radiometer = (definition(path)["instrument"] for path in (PROFILER, RADIOMETER))
