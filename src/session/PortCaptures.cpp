@@ -143,8 +143,10 @@ void CPortCaptures::Tend() {
 void CPortCaptures::Finish() {
     Tend();
     for (Port& port : Ports)
-        if (port.file)
+        if (port.file) {
             port.file->Close();
+            port.done = true;
+        }
 }
 
 /// Says where the bytes are as well, when they are kept.

@@ -53,6 +53,8 @@ void CByteTap::BeginConnection() {
 
 void CByteTap::Take(ByteSpan bytes, std::int64_t now) {
     CLock lock(TapLock);
+    if (Stopped)
+        return;
     if (Now.bytes == 0)
         Now.firstByte = now;
     Now.latestByte = now;

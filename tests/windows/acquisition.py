@@ -162,7 +162,8 @@ class Acquisition(unittest.TestCase):
                 status, said = Logging(self, system, port, f"{system}-second", 4).end()
                 self.assertEqual(status, 1, said)
                 self.assertIn("could not be connected (0x10000008", said)
-                self.assertEqual(first.end()[0], 0)
+                status, said = first.end()
+                self.assertEqual((status, said.count("error: "), said.count("no frame came")), (1, 1, 1), said)
                 port.unplug()
 
     def test_unplugged_port_aborts_and_the_log_is_closed(self):
