@@ -39,15 +39,31 @@ bool PlayLog(const std::string& path, const InfoOptions& options, CommandContext
     bool well = playback.Open(path, options.instruments, options.strict);
     if (!playback.IsOpen())
         return false;
+    playback.KeepDiscarded(facts.discarded);
     well = playback.Play(
                context,
                [&](CQorViewIns& instrument, const FrameCheckResult&) {
-                   facts.NoteTime(instrument.Live.CurrentFrame()->Info.time);
+                   facts.Note(*instrument.Live.CurrentFrame());
                },
                [] { return true; }) &&
            well;
     facts.Count(playback.Doc().Snapshot());
     return well;
+}
+
+/// Behind what the log holds, on standard error. False when there are any.
+bool SayFaults(COutput& output, const std::string& path, const CRawLogReader& log,
+               const PlayFacts* play) {
+    const std::vector<LogFault> faults = FaultsOf(log, play);
+    if (faults.empty())
+        return true;
+    output.Flush();
+    for (const LogFault& fault : faults)
+        ReportError(path + ": " + fault.text);
+    if (play)
+        for (const std::string& sentence : UnnamedSentences(*play))
+            ReportHint(path + ": " + sentence);
+    return false;
 }
 
 int RunInfo(InfoOptions& options, CommandContext& context) {
@@ -80,8 +96,8 @@ int RunInfo(InfoOptions& options, CommandContext& context) {
         }
         if (plays)
             well = PlayLog(path, options, context, play) && well;
-        well = well && !play.HasChecksumErrors();
         (options.json ? WriteLogJson : WriteLogText)(output, path, log, plays ? &play : nullptr);
+        well = SayFaults(output, path, log, plays ? &play : nullptr) && well;
         if (context.stop.Requested())
             return ExitInterrupted;
     }

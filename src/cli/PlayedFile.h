@@ -47,6 +47,8 @@ class CPlayedFile {
     const CQorViewIns* Find(std::string_view name) const;
     CQorViewDoc& Doc() { return Document; }
     const CQorViewDoc& Doc() const { return Document; }
+    /// Before it is played: keeps what belongs to no frame. It lives longer than this.
+    void KeepDiscarded(CDiscardedBytes& kept) { Playback.KeepDiscarded(kept); }
     ResourceFigures Figures() const { return Playback.Figures(); }
 
     /// Plays to the end, or until the operator stops it or `goOn` says no (asked once a batch).

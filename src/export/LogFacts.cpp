@@ -14,14 +14,68 @@ std::optional<std::uint64_t> CountIf(bool checked, std::uint64_t count) {
     return checked ? std::optional(count) : std::nullopt;
 }
 
+unsigned long long Printed(std::uint64_t count) {
+    return count;
+}
+
+bool IsBefore(const FrameTime& time, const FrameTime& other) {
+    return time.seconds < other.seconds ||
+           (time.seconds == other.seconds && time.milliseconds < other.milliseconds);
+}
+
+std::string TimeText(const FrameTime& time) {
+    return FormatTime("%Y-%m-%dT%H:%M:%S", LocalCalendar(time)) +
+           Format(".%03d", static_cast<int>(time.milliseconds));
+}
+
+/// Of the discarded bytes that were kept.
+double ShareOf(const UnnamedFrames& frames, const PlayFacts& play) {
+    return static_cast<double>(frames.bytes) /
+           static_cast<double>(std::max<std::size_t>(play.discarded.Sample().size(), 1));
+}
+
+void WriteFaults(CJsonWriter& json, const std::vector<LogFault>& faults) {
+    json.Key("faults"), json.BeginArray();
+    for (const LogFault& fault : faults) {
+        json.BeginObject();
+        json.Key("kind"), json.Text(fault.kind);
+        json.Key("offset"), json.CountOrNull(fault.offset);
+        json.Key("length"), json.CountOrNull(fault.length);
+        json.Key("text"), json.Path(fault.text);
+        json.EndObject();
+    }
+    json.EndArray();
+}
+
+void WriteUnnamed(CJsonWriter& json, const PlayFacts& play) {
+    json.Key("unnamed"), json.BeginArray();
+    for (const UnnamedFrames& frames : play.unnamed) {
+        json.BeginObject();
+        json.Key("begins"), json.Text(frames.begin);
+        json.Key("size"), json.Integer(static_cast<std::int64_t>(frames.size));
+        json.Key("share"), json.Number(ShareOf(frames, play));
+        json.EndObject();
+    }
+    json.EndArray();
+}
+
 } // namespace
 
-void PlayFacts::NoteTime(const FrameTime& time) {
+void PlayFacts::Note(const CFrameData& frame) {
+    const FrameTime& time = frame.Info.time;
+    LastFrame& before = last[frame.Info.instrumentName];
+    before.bytes.assign(frame.Text());
     if (!time.known)
         return;
     if (!firstTag.known)
         firstTag = time;
     lastTag = time;
+    if (before.time.known && IsBefore(time, before.time)) {
+        Backwards& found = backwards[frame.Info.instrumentName];
+        if (found.times++ == 0)
+            found = {1, frame.StreamOffset, before.time, time};
+    }
+    before.time = time;
 }
 
 void PlayFacts::Count(const SessionSnapshot& snapshot) {
@@ -32,11 +86,72 @@ void PlayFacts::Count(const SessionSnapshot& snapshot) {
                                    CountIf(figures.checksCounter, figures.dropped),
                                    CountIf(figures.checksSum, figures.checksumErrors)});
     }
+    std::vector<std::string> named;
+    for (const auto& [name, frame] : last)
+        named.push_back(frame.bytes);
+    unnamed = FindUnnamedFrames(discarded, named);
 }
 
-bool PlayFacts::HasChecksumErrors() const {
-    return std::ranges::any_of(
-        instruments, [](const Instrument& one) { return one.checksumErrors.value_or(0) > 0; });
+void PlayFacts::AddFaults(const CRawLogReader& log, std::vector<LogFault>& faults) const {
+    const auto add = [&](std::string_view kind, std::string text) {
+        faults.push_back({kind, {}, {}, std::move(text)});
+    };
+    for (const Instrument& one : instruments) {
+        if (const std::uint64_t count = one.dropped.value_or(0); count > 0)
+            add("missing-frames", Format("%llu frames of %s are missing, by its frame counter.",
+                                         Printed(count), one.name.c_str()));
+        if (const std::uint64_t count = one.checksumErrors.value_or(0); count > 0)
+            add("checksum", Format("%llu frames of %s have a checksum error.", Printed(count),
+                                   one.name.c_str()));
+    }
+    for (const auto& [name, found] : backwards)
+        faults.push_back(
+            {"time-backwards",
+             found.offset,
+             {},
+             Format("the time tags of %s run backwards %llu times, first at byte %llu, from ",
+                    name.c_str(), Printed(found.times), Printed(found.offset)) +
+                 TimeText(found.from) + " to " + TimeText(found.to) + "."});
+    const std::optional<std::uint64_t>& torn = discarded.Torn();
+    const std::uint64_t tail = torn ? log.BytesRead() - std::min(*torn, log.BytesRead()) : 0;
+    if (const std::uint64_t count = bytesDiscarded - std::min(tail, bytesDiscarded); count > 0)
+        faults.push_back(
+            {"discarded",
+             discarded.First(),
+             {},
+             Format("%llu bytes belong to no frame of the instruments named; the first stand at "
+                    "byte %llu.",
+                    Printed(count), Printed(discarded.First()))});
+    if (torn && !log.HeaderIsTorn())
+        faults.push_back({"torn-end", torn, tail,
+                          Format("its end is torn: %s, begun at byte %llu, is not complete.",
+                                 discarded.TornWhat().c_str(), Printed(*torn))});
+}
+
+std::vector<LogFault> FaultsOf(const CRawLogReader& log, const PlayFacts* play) {
+    std::vector<LogFault> faults;
+    if (log.HeaderIsTorn())
+        faults.push_back({"torn-header", log.Header().size, log.BytesRead() - log.Header().size,
+                          Format("its header is torn: the file ends in it, at byte %llu.",
+                                 Printed(log.BytesRead()))});
+    if (log.Header().malformed > 0)
+        faults.push_back({"torn-header", 0, log.Header().size,
+                          Format("%llu records of its header are damaged and say nothing.",
+                                 Printed(log.Header().malformed))});
+    if (play)
+        play->AddFaults(log, faults);
+    return faults;
+}
+
+std::vector<std::string> UnnamedSentences(const PlayFacts& play) {
+    std::vector<std::string> sentences;
+    for (const UnnamedFrames& frames : play.unnamed)
+        sentences.push_back(
+            Format("about %.0f %% of the %llu bytes discarded look like frames that begin with "
+                   "\"%s\" (%zu bytes each): name the definition of their instrument with -d.",
+                   100.0 * ShareOf(frames, play), Printed(play.bytesDiscarded),
+                   Printable(frames.begin).c_str(), frames.size));
+    return sentences;
 }
 
 void WriteLogJson(COutput& output, const std::string& path, const CRawLogReader& log,
@@ -74,7 +189,9 @@ void WriteLogJson(COutput& output, const std::string& path, const CRawLogReader&
         }
         json.EndArray();
         json.Key("bytes_discarded"), json.Integer(static_cast<std::int64_t>(play->bytesDiscarded));
+        WriteUnnamed(json, *play);
     }
+    WriteFaults(json, FaultsOf(log, play));
     json.EndObject();
     json.EndLine();
 }

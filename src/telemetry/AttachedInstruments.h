@@ -27,6 +27,7 @@ struct AttachedInstrument {
     bool enabled = false;
     bool foundReported = false; ///< "found on" was reported since synchronisation was last lost
     bool tagged = true;         ///< its frames in a raw log carry a time tag
+    bool hadTag = false;        ///< one of them had one
     bool endless = false;       ///< the ended stream holds no terminator for it any more
     bool endlessTold = false;   ///< no terminator came for its last frame, and that was said
     bool tooLong = false;       ///< its frames are longer than any that is cut, and that was said

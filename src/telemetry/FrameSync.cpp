@@ -160,6 +160,8 @@ void CFrameSync::LoseFrame() {
 }
 
 void CFrameSync::Discard(std::size_t bytes) {
+    if (Discarded != nullptr)
+        Discarded->Take(Queue.Offset(), Queue.Bytes().first(bytes));
     AtBoundary = AtBoundary && bytes == 0;
     Queue.Consume(bytes);
     Counted.bytesDiscarded += bytes;
@@ -218,6 +220,8 @@ std::optional<CFrameSync::Step> CFrameSync::SkipRecord() {
     Attached.SetRawLog(Filter.IsRawLog());
     if (!length)
         return Step::Wait;
+    if (*length == 0 && Filter.BeginsCut(Queue.Bytes()))
+        NoteCutShort(0, "a header record or time stamp");
     Queue.Consume(*length);
     return *length != 0 ? std::optional(Step::Again) : std::nullopt;
 }
@@ -292,6 +296,8 @@ bool CFrameSync::ExtractFrame() {
         GiveUpFrame(instrument, ending);
         return true;
     }
+    if (Discarded != nullptr)
+        Discarded->FrameCut();
     FrameTime time;
     std::size_t tagSize = 0;
     if (!TimeFrame(instrument, length, time, tagSize))
@@ -306,21 +312,31 @@ bool CFrameSync::ExtractFrame() {
 }
 
 /// The time of the frame at the head and the bytes of its tag; false when the tag has not come yet.
-bool CFrameSync::TimeFrame(const AttachedInstrument& instrument, std::size_t length,
-                           FrameTime& time, std::size_t& tagSize) {
+bool CFrameSync::TimeFrame(AttachedInstrument& instrument, std::size_t length, FrameTime& time,
+                           std::size_t& tagSize) {
     if (Source != StreamSource::File) {
         time = Arrivals.At(Queue.Offset() + length);
         return true;
     }
     if (!Filter.IsRawLog() || !instrument.tagged)
         return true;
-    if (Queue.Size() - length < TimeTagSize)
+    if (Queue.Size() - length < TimeTagSize) {
+        if (Ended && instrument.hadTag)
+            NoteCutShort(length, "the time tag of a frame of " + instrument.info.instrumentName);
         return Ended;
+    }
     if (std::optional<FrameTime> tag = Filter.Tag(Queue.Bytes().subspan(length, TimeTagSize))) {
         time = *tag;
         tagSize = TimeTagSize;
+        instrument.hadTag = true;
     }
     return true;
+}
+
+/// What begins so far behind the head has no end.
+void CFrameSync::NoteCutShort(std::size_t from, const std::string& what) {
+    if (Discarded != nullptr)
+        Discarded->CutShort(Queue.Offset() + from, what);
 }
 
 void CFrameSync::QueueFrame(AttachedInstrument& instrument, std::size_t length,
@@ -371,6 +387,8 @@ void CFrameSync::LoseOldest() {
 /// The search goes on behind the header of a frame that has no end.
 void CFrameSync::GiveUpFrame(AttachedInstrument& instrument, Ending ending) {
     std::size_t header = std::max<std::size_t>(instrument.info.syncHeader.size(), 1);
+    if (ending == Ending::Unfinished)
+        NoteCutShort(0, "a frame of " + instrument.info.instrumentName);
     if (ending == Ending::Endless) {
         if (!std::exchange(instrument.endlessTold, true))
             Sink.Raise({EventKind::BytesLost, ResourceName,

@@ -11,6 +11,7 @@
 #include "telemetry/ArrivalTimes.h"
 #include "telemetry/AttachedInstruments.h"
 #include "telemetry/ByteQueue.h"
+#include "telemetry/DiscardedBytes.h"
 #include "telemetry/FrameEnd.h"
 #include "telemetry/FrameQueue.h"
 #include "telemetry/GlobalSync.h"
@@ -97,6 +98,8 @@ class CFrameSync {
     CFrameQueue& Frames() { return Queued; }
     const StreamFigures& Figures() const { return Counted; }
     void ResetBytesDiscarded() { Counted.bytesDiscarded = 0; }
+    /// Tells `kept` of every byte that is discarded from now on; null: nobody. It lives longer.
+    void KeepDiscarded(CDiscardedBytes* kept) { Discarded = kept; }
     /// An idle period: a frame whose terminator has come waits for its declared size no longer.
     /// Then back to searching, found-reported flags cleared; bytes and queued frames stay. A global
     /// string that has passed is not waited for again.
@@ -126,8 +129,9 @@ class CFrameSync {
     void SetFound(std::size_t position);
 
     bool ExtractFrame();
-    bool TimeFrame(const AttachedInstrument& instrument, std::size_t length, FrameTime& time,
+    bool TimeFrame(AttachedInstrument& instrument, std::size_t length, FrameTime& time,
                    std::size_t& tagSize);
+    void NoteCutShort(std::size_t from, const std::string& what);
     void QueueFrame(AttachedInstrument& instrument, std::size_t length, const FrameTime& time);
     void MakeRoom(std::size_t bytes);
     void LoseOldest();
@@ -150,6 +154,7 @@ class CFrameSync {
     std::vector<std::string> UntaggedNames;
     CFrameQueue Queued;
     StreamFigures Counted;
+    CDiscardedBytes* Discarded = nullptr;
     bool Ended = false;
     bool Settling = false; ///< an idle period's pass
 

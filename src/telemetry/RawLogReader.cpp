@@ -72,13 +72,24 @@ FileCause CRawLogReader::ReadHeaderBlock() {
                 return cause;
         if (filled < record.size() || !BeginsHeaderRecord(record)) {
             const ByteSpan rest = ByteSpan(record).first(filled);
+            Block.torn =
+                filled < record.size() &&
+                (BeginsHeaderRecord(rest) ||
+                 (Block.size > 0 && filled > 0 && HeaderRecordStart.starts_with(AsText(rest))));
             Piece.assign(rest.begin(), rest.end());
             return FileCause::None;
         }
-        if (std::optional<HeaderRecord> parsed = ParseHeaderRecord(record);
-            parsed && Block.records.size() < MostRecords)
+        std::optional<HeaderRecord> parsed = ParseHeaderRecord(record);
+        Block.malformed += parsed ? 0 : 1;
+        if (parsed && Block.records.size() < MostRecords)
             Block.records.push_back(std::move(*parsed));
     }
+}
+
+/// The last of the records that every log has is missing.
+bool CRawLogReader::EndsEarly() const {
+    return Block.IsRawLog() &&
+           std::ranges::find(Block.records, "REF-DARK", &HeaderRecord::tag) == Block.records.end();
 }
 
 FileCause CRawLogReader::ReadOn() {

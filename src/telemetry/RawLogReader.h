@@ -18,6 +18,9 @@ struct RawLogHeader {
     std::vector<HeaderRecord> records; ///< the well-formed ones, in the file's order
     std::uint64_t size = 0;            ///< of the block in bytes, malformed records included
 
+    std::uint64_t malformed = 0; ///< records of it that say nothing
+    bool torn = false;           ///< the file ends within a record
+
     /// A file without header is a plain capture.
     bool IsRawLog() const { return !records.empty(); }
     /// When the log was begun, in seconds of its local time; empty when no record says so.
@@ -47,9 +50,12 @@ class CRawLogReader {
     /// Of what has been read so far.
     const RawLogTimes& Times() const { return Seen; }
     std::uint64_t BytesRead() const { return Read; }
+    /// Whether the file ends within its header block; known at the end of the file.
+    bool HeaderIsTorn() const { return Block.torn || (Ended && Read == Block.size && EndsEarly()); }
 
   private:
     FileCause ReadHeaderBlock();
+    bool EndsEarly() const;
     void FindTimeTags();
     void CountTimeStamps();
 

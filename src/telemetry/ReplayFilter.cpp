@@ -41,4 +41,10 @@ std::optional<std::size_t> CReplayFilter::Skippable(ByteSpan bytes, bool ended) 
     return ended ? sentence.value_or(0) : sentence;
 }
 
+bool CReplayFilter::BeginsCut(ByteSpan bytes) const {
+    return IsRawLog() &&
+           ((bytes.size() < HeaderRecordSize && CouldBegin(bytes, HeaderRecordStart)) ||
+            !TimeStampLength(bytes));
+}
+
 } // namespace qor

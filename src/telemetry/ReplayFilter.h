@@ -25,6 +25,9 @@ class CReplayFilter {
     /// 0 when there is none, empty when more bytes are needed to tell. There must be a byte. The
     /// first bytes of the stream tell a raw log from a capture.
     std::optional<std::size_t> Skippable(ByteSpan bytes, bool ended);
+    /// Whether the last bytes of a raw log, which are no whole header record or sentence, may begin
+    /// one.
+    bool BeginsCut(ByteSpan bytes) const;
     /// The time that a tag says, when the bytes are one. Decided: that is all that counts, also for
     /// the instruments that the log's NMEA records name. Only the one in the GPS role is written
     /// without tags, and no text that follows it reads as a time.

@@ -447,6 +447,11 @@ void CTelemComm::ResetBytesDiscarded() {
     Sync.ResetBytesDiscarded();
 }
 
+void CTelemComm::KeepDiscarded(CDiscardedBytes* kept) {
+    CLock lock(FrameLock);
+    Sync.KeepDiscarded(kept);
+}
+
 void CTelemComm::SetUntagged(const std::string& instrumentName, bool untagged) {
     CLock lock(FrameLock);
     Sync.SetUntagged(instrumentName, untagged);

@@ -115,6 +115,8 @@ class CTelemComm {
     void ResetBytesDiscarded();
     /// A copy of what a port receives.
     CByteTap& Tap() { return Received; }
+    /// Of a file: keeps what is discarded from now on. `kept` lives longer.
+    void KeepDiscarded(CDiscardedBytes* kept);
     /// The playback frame synchroniser's untagged instruments (see CFrameSync::SetUntagged).
     void SetUntagged(const std::string& instrumentName, bool untagged);
 

@@ -260,6 +260,33 @@ class Playback(Folder):
         facts = json.loads(run("info", "--json", "-d", PROFILER, "-", stdin=file).stdout)
         self.assertEqual(facts["instruments"][0]["frames"], 20)
 
+    def test_info_says_what_is_wrong_with_a_log(self):
+        files = ("-d", RADIOMETER, "-d", PROFILER, "-d", GPS)
+        whole = self.simulated("--raw-log", *files, "--frames", "60", "--start", "2026-06-21T12:00:00").read_bytes()
+        log, records = self.folder / "log.raw", behind_header(whole)
+        header, first = whole[:-len(records)], records.index(b"QORPRO042")
+        cases = ((whole, files, [], None), (whole[:-3], files, ["torn-end"], None),
+                 (whole[:-7], files, ["torn-end"], None), (whole[:-40], files, ["torn-end"], None),
+                 (whole + b"QORHDR a (", files, ["torn-end"], None), (whole[:200], (), ["torn-header"], None),
+                 (whole[:RECORD], (), ["torn-header"], None), (header, (), [], None),
+                 (whole.replace(b"(MODE)\r", b"(MODE)\n"), (), ["torn-header"], None),
+                 (header + records[first:] + records[:first], files, ["missing-frames", "time-backwards"], None),
+                 (whole, files[:4], ["discarded"], ("$GPRMC", 1.0)),
+                 (whole, files[2:], ["discarded"], ("QORRAD0137", 1.0)),
+                 (header + os.urandom(5000) + records, files, ["discarded"], None))
+        for content, named, kinds, unnamed in cases:
+            log.write_bytes(content)
+            done = run("info", "--json", *named, str(log))
+            facts = json.loads(done.stdout)
+            self.assertEqual([fault["kind"] for fault in facts["faults"]], kinds, (done.stderr, len(content)))
+            self.assertEqual(done.returncode, 1 if kinds else 0)
+            self.assertEqual(done.stderr.count(b"error: %s: " % os.fsencode(log)), len(kinds))
+            found = [(one["begins"], one["share"]) for one in facts.get("unnamed", [])]
+            self.assertEqual([begins[:10] for begins, share in found], [unnamed[0]] if unnamed else [])
+            self.assertEqual(done.stderr.count(b"with -d."), len(found))
+            for begins, share in found:
+                self.assertAlmostEqual(share, unnamed[1], delta=0.02)
+
     def test_profile_and_series_show_the_frames_of_a_cast(self):
         package = ("-p", str(SOURCE / "examples/cast.sip"))
         raw = self.simulated("--raw-log", *package, "--cast", "12", "--frames", "900", "--start",
