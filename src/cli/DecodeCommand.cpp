@@ -9,6 +9,10 @@
 #include "export/CheckCounts.h"
 #include "export/ExportFormat.h"
 
+#include "base/Text.h"
+#include "platform/FileErrorText.h"
+#include "telemetry/RawLogReader.h"
+
 #include <CLI/CLI.hpp>
 
 namespace qor {
@@ -21,7 +25,42 @@ struct DecodeOptions : PlaybackOptions {
     bool rawCounts = false;
     bool hex = false;
     bool goodOnly = false;
+    bool utc = false; ///< by each log's own zone
 };
+
+/// The minutes that a log is ahead of UTC by its own ZONE record; none (reported) when that is not
+/// to be read.
+std::optional<int> ZoneOf(const std::string& path) {
+    constexpr const char* Advice = "; give --utc-offset=+HH:MM instead of --utc.";
+    CRawLogReader log;
+    if (IsDevice(path)) {
+        ReportError(path + ": it can be read only once, not for its zone first" + Advice);
+        return std::nullopt;
+    }
+    if (const FileCause cause = log.Open(path); cause != FileCause::None) {
+        ReportError(path + ": cannot be read. " + std::string(GetFileErrorText(cause)));
+        return std::nullopt;
+    }
+    const std::string* zone = log.Header().ValueOf("ZONE");
+    const std::optional<int> minutes = zone ? MinutesOfZone(*zone) : std::nullopt;
+    if (!minutes)
+        ReportError(path +
+                    (zone ? ": its zone \"" + Printable(*zone) + "\" says no offset from UTC"
+                          : std::string(": it has no header that says its zone")) +
+                    Advice);
+    return minutes;
+}
+
+/// The logs to decode, with their zones where these count; empty when one is missing.
+std::vector<ExportedLog> LogsOf(const DecodeOptions& options) {
+    std::vector<ExportedLog> logs;
+    bool well = true;
+    for (const std::string& path : options.files) {
+        logs.push_back({path, options.utc ? ZoneOf(path) : std::nullopt});
+        well = well && (!options.utc || logs.back().utcOffset);
+    }
+    return well ? logs : std::vector<ExportedLog>();
+}
 
 /// What came of playing a log into the sink.
 struct DecodedLog {
@@ -32,8 +71,9 @@ struct DecodedLog {
     OutputResult result = {}; ///< of the sink
 };
 
-DecodedLog DecodeLog(const std::string& path, const DecodeOptions& options, CommandContext& context,
-                     CFrameSink& sink) {
+DecodedLog DecodeLog(const ExportedLog& exported, const DecodeOptions& options,
+                     CommandContext& context, CFrameSink& sink) {
+    const std::string& path = exported.path;
     CPlayedFile playback(options.chunk);
     DecodedLog log;
     log.well = playback.Open(path, options.instruments, options.strict);
@@ -47,7 +87,7 @@ DecodedLog DecodeLog(const std::string& path, const DecodeOptions& options, Comm
         instruments.push_back({&instrument->Live, {}});
     for (std::size_t i = 0; derives && i < instruments.size(); ++i)
         playback.Doc().ReadDerived(*playback.Instruments()[i], instruments[i].derived);
-    log.result = sink.BeginLog(path, instruments);
+    log.result = sink.BeginLog(exported, instruments);
     log.begun = log.result.Good();
     if (!log.begun)
         return log;
@@ -85,8 +125,11 @@ int RunDecode(DecodeOptions& options, CommandContext& context) {
     options.settings.rules.inputs = options.Inputs();
     const std::unique_ptr<CFrameSink> sink = options.format->make(options.settings);
     bool well = true, whole = true, begun = false;
-    for (const std::string& path : options.files) {
-        const DecodedLog log = DecodeLog(path, options, context, *sink);
+    const std::vector<ExportedLog> logs = LogsOf(options);
+    if (logs.empty())
+        return ExitFault;
+    for (const ExportedLog& exported : logs) {
+        const DecodedLog log = DecodeLog(exported, options, context, *sink);
         if (log.badCall)
             return ExitBadCall;
         if (!log.result.Good())
@@ -153,6 +196,8 @@ void AddDecodeCommand(CLI::App& app, CommandContext& context) {
                      "Significant digits of calibrated values and products (all)")
         ->type_name("N")
         ->check(CLI::Range(1, 17));
+    CLI::Option* utc = command->add_flag("--utc", options.utc,
+                                         "Times in UTC, by the zone that each log's header says");
     command
         ->add_option_function<std::string>(
             "--utc-offset",
@@ -161,6 +206,7 @@ void AddDecodeCommand(CLI::App& app, CommandContext& context) {
             },
             "Times in UTC, from local ones that are ahead by so much")
         ->type_name("+-HH:MM")
+        ->excludes(utc)
         ->check([](const std::string& text) {
             return MinutesOfOffset(text) ? std::string()
                                          : text + ": give hours and minutes as in +13:00 or -03:30";

@@ -17,7 +17,7 @@ class CNoFrames final : public CFrameSink {
   public:
     explicit CNoFrames(const ExportSettings& settings) : Settings(settings), Out(settings.report) {}
 
-    OutputResult BeginLog(const std::string&, std::span<const ExportedInstrument>) override {
+    OutputResult BeginLog(const ExportedLog&, std::span<const ExportedInstrument>) override {
         return Out.Open(Settings.path, Settings.rules);
     }
     void Write(const ExportedFrame&) override {}

@@ -12,8 +12,8 @@ class CFrameLines final : public CFrameSink {
     explicit CFrameLines(const ExportSettings& settings)
         : Settings(settings), Out(settings.report) {}
 
-    OutputResult BeginLog(const std::string& path, std::span<const ExportedInstrument>) override {
-        Line.emplace(Out, path, Settings.style);
+    OutputResult BeginLog(const ExportedLog& log, std::span<const ExportedInstrument>) override {
+        Line.emplace(Out, log.path, log.StyleOf(Settings.style));
         return Out.Open(Settings.path, Settings.rules);
     }
     void Write(const ExportedFrame& frame) override {

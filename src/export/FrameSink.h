@@ -23,6 +23,20 @@ struct ExportSettings {
     FaultReport report; ///< hears what fails
 };
 
+/// A log whose frames will come.
+struct ExportedLog {
+    std::string path;
+    /// Minutes that its times are ahead of UTC, where UTC is shown by its own zone.
+    std::optional<int> utcOffset = {};
+
+    /// The style of its rows.
+    FrameStyle StyleOf(FrameStyle style) const {
+        if (utcOffset)
+            style.utcOffset = utcOffset;
+        return style;
+    }
+};
+
 /// An instrument whose frames will come, and its derived rows without values.
 struct ExportedInstrument {
     const CLiveInstrument* live = nullptr;
@@ -41,7 +55,7 @@ class CFrameSink {
     virtual ~CFrameSink() = default;
 
     /// A log begins. Its instruments live until EndLog; several logs go on with the same outputs.
-    virtual OutputResult BeginLog(const std::string& path,
+    virtual OutputResult BeginLog(const ExportedLog& log,
                                   std::span<const ExportedInstrument> instruments) = 0;
     virtual void Write(const ExportedFrame& frame) = 0;
     /// The frame is not wanted; whoever counts frames says so.

@@ -73,7 +73,7 @@ class CFrameSummaries final : public CFrameSink {
     explicit CFrameSummaries(const ExportSettings& settings)
         : Settings(settings), Out(settings.report) {}
 
-    OutputResult BeginLog(const std::string&,
+    OutputResult BeginLog(const ExportedLog&,
                           std::span<const ExportedInstrument> instruments) override {
         for (const ExportedInstrument& instrument : instruments)
             Summaries.emplace_back(instrument.live, instrument.live->Definition());

@@ -14,7 +14,7 @@ class CFrameTables final : public CFrameSink {
     explicit CFrameTables(const ExportSettings& settings)
         : Settings(settings), Files(settings, ".csv") {}
 
-    OutputResult BeginLog(const std::string& path,
+    OutputResult BeginLog(const ExportedLog& log,
                           std::span<const ExportedInstrument> instruments) override;
     void Write(const ExportedFrame& frame) override {
         Tables.at(&frame.instrument).WriteFrame(frame.instrument, frame.checks, frame.derived);
@@ -30,7 +30,7 @@ class CFrameTables final : public CFrameSink {
     std::map<const CLiveInstrument*, CFrameCsv> Tables;
 };
 
-OutputResult CFrameTables::BeginLog(const std::string& path,
+OutputResult CFrameTables::BeginLog(const ExportedLog& log,
                                     std::span<const ExportedInstrument> instruments) {
     if (OutputResult result = Files.Prepare(instruments.size()); !result.Good())
         return result;
@@ -38,7 +38,8 @@ OutputResult CFrameTables::BeginLog(const std::string& path,
         TableFile file;
         if (OutputResult result = Files.Open(instrument.live->Name(), file); !result.Good())
             return result;
-        CFrameCsv rows(*file.output, instrument.live->Definition(), path, Settings.style);
+        CFrameCsv rows(*file.output, instrument.live->Definition(), log.path,
+                       log.StyleOf(Settings.style));
         if (file.isNew)
             rows.WriteHeader(instrument.derived);
         Tables.emplace(instrument.live, std::move(rows));

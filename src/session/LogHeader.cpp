@@ -8,7 +8,6 @@
 #include "instrument/Calibration.h"
 #include "telemetry/RawLogFormat.h"
 
-#include <cstdlib>
 #include <optional>
 
 namespace qor {
@@ -170,11 +169,6 @@ MeasuredPosition ReadPosition(const SessionState& session, const FrameTime& now)
 }
 
 } // namespace
-
-std::string UtcOffsetText(int minutes) {
-    const int size = std::abs(minutes);
-    return Format("UTC%c%02d:%02d", minutes < 0 ? '-' : '+', size / 60, size % 60);
-}
 
 bool HasPosition(const SessionState& session, const FrameTime& now) {
     return !ReadPosition(session, now).refused;

@@ -23,9 +23,6 @@ bool HasPosition(const SessionState& session, const FrameTime& now) REQUIRES(ses
 StationInformation StationAt(const SessionState& session, const FrameTime& now,
                              CMessageSink& messages) REQUIRES(session.DocLock);
 
-/// "UTC+13:00": what local times are ahead of UTC.
-std::string UtcOffsetText(int minutes);
-
 /// The header lines ("QORHDR value (TAG)" CR LF) in the order in which they are written.
 std::vector<std::string> HeaderLines(const SessionState& session, const StationInformation& station,
                                      const CalendarTime& local) REQUIRES(session.DocLock);

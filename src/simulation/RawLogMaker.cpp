@@ -10,8 +10,8 @@ namespace qor {
 
 namespace {
 
-/// The records of a session without roles and options, in file order. TIME-STAMP and COMMENT are
-/// filled in.
+/// The records of a session without roles and options, in file order. TIME-STAMP, COMMENT and ZONE
+/// are filled in.
 struct HeaderRow {
     HeaderTag tag;
     std::string_view value;
@@ -46,11 +46,13 @@ void AppendRecord(HeaderTag tag, std::string_view value, std::vector<std::uint8_
 
 std::vector<std::uint8_t> CRawLogMaker::HeaderBlock(std::string_view comment) const {
     const std::string begun = FormatTime("%a %b %d %H:%M:%S %Y", LocalCalendar(Begin));
+    const std::string zone = UtcOffsetText(Begin.utcOffsetMinutes);
     std::vector<std::uint8_t> bytes;
     for (const HeaderRow& row : HeaderRows)
         AppendRecord(row.tag,
                      row.tag == HeaderTag::Comment     ? comment
                      : row.tag == HeaderTag::TimeStamp ? std::string_view(begun)
+                     : row.tag == HeaderTag::Zone      ? std::string_view(zone)
                                                        : row.value,
                      bytes);
     for (const CInstrument* instrument : Untagged)

@@ -8,6 +8,7 @@
 #include "base/Text.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <iterator>
 
@@ -84,6 +85,11 @@ bool Exists(const CalendarTime& time) {
 }
 
 } // namespace
+
+std::string UtcOffsetText(int minutes) {
+    const int size = std::abs(minutes);
+    return Format("UTC%c%02d:%02d", minutes < 0 ? '-' : '+', size / 60, size % 60);
+}
 
 std::string FormatHeaderLine(int index, std::string_view value) {
     if (index < 0 || index >= static_cast<int>(std::size(HeaderTable)))

@@ -56,6 +56,9 @@ std::string FormatHeaderLine(int index, std::string_view value);
 /// The line in a record filled up with NUL bytes.
 std::array<std::uint8_t, HeaderRecordSize> MakeHeaderRecord(std::string_view line);
 
+/// "UTC+13:00": what local times are ahead of UTC.
+std::string UtcOffsetText(int minutes);
+
 /// A header record's tag name and value.
 struct HeaderRecord {
     std::string tag;

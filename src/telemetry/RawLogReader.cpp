@@ -35,6 +35,11 @@ std::optional<std::int64_t> ReadBeginTime(const std::string& text) {
 
 } // namespace
 
+const std::string* RawLogHeader::ValueOf(std::string_view tag) const {
+    const auto found = std::ranges::find(records, tag, &HeaderRecord::tag);
+    return found == records.end() ? nullptr : &found->value;
+}
+
 std::optional<std::int64_t> RawLogHeader::BeginTime() const {
     for (const HeaderRecord& record : records)
         if (record.tag == "TIME-STAMP")
@@ -88,8 +93,7 @@ FileCause CRawLogReader::ReadHeaderBlock() {
 
 /// The last of the records that every log has is missing.
 bool CRawLogReader::EndsEarly() const {
-    return Block.IsRawLog() &&
-           std::ranges::find(Block.records, "REF-DARK", &HeaderRecord::tag) == Block.records.end();
+    return Block.IsRawLog() && Block.ValueOf("REF-DARK") == nullptr;
 }
 
 FileCause CRawLogReader::ReadOn() {

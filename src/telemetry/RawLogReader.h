@@ -23,6 +23,8 @@ struct RawLogHeader {
 
     /// A file without header is a plain capture.
     bool IsRawLog() const { return !records.empty(); }
+    /// The value of the first record with this tag; null when there is none.
+    const std::string* ValueOf(std::string_view tag) const;
     /// When the log was begun, in seconds of its local time; empty when no record says so.
     std::optional<std::int64_t> BeginTime() const;
     /// In the pressure's units; empty when no record holds a number.

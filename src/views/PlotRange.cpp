@@ -4,7 +4,7 @@
 #include "views/PlotRange.h"
 
 #include "base/Text.h"
-#include "session/LogHeader.h"
+#include "telemetry/RawLogFormat.h"
 
 #include <algorithm>
 #include <array>

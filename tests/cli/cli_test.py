@@ -260,6 +260,18 @@ class Playback(Folder):
         facts = json.loads(run("info", "--json", "-d", PROFILER, "-", stdin=file).stdout)
         self.assertEqual(facts["instruments"][0]["frames"], 20)
 
+    def test_times_are_utc_by_the_zone_of_each_log(self):
+        raw = self.simulated("--raw-log", "-d", PROFILER, "--frames", "3", "--start", "2026-06-21T12:00:00")
+        east, none = self.folder / "east.raw", self.folder / "none.raw"
+        east.write_bytes(raw.read_bytes().replace(b"UTC+00:00 (ZONE)", b"UTC+13:00 (ZONE)"))
+        none.write_bytes(raw.read_bytes().replace(b"UTC+00:00 (ZONE)", b"somewhere (ZONE)"))
+        times = [frame["time"] for frame in decoded("-d", PROFILER, "--utc", str(raw), str(east))]
+        self.assertEqual((times[0], times[3]), ("2026-06-21T12:00:00.000Z", "2026-06-20T23:00:00.000Z"))
+        for call, status in ((("--utc", str(east), str(none)), 1), (("--utc", "--utc-offset=+01:00", str(east)), 2)):
+            done = run("decode", "-d", PROFILER, *call)
+            self.assertEqual((done.returncode, done.stdout), (status, b""), done.stderr)
+            self.assertIn(b"--utc-offset", done.stderr)
+
     def test_info_says_what_is_wrong_with_a_log(self):
         files = ("-d", RADIOMETER, "-d", PROFILER, "-d", GPS)
         whole = self.simulated("--raw-log", *files, "--frames", "60", "--start", "2026-06-21T12:00:00").read_bytes()

@@ -48,7 +48,7 @@ class AnExport : public testing::Test {
         std::vector<ExportedInstrument> instruments;
         for (const CSender* sender : senders)
             instruments.push_back({&sender->Live, Derived});
-        return sink.BeginLog("cast.raw", instruments);
+        return sink.BeginLog({"cast.raw"}, instruments);
     }
     void Write(CFrameSink& sink, CSender& sender, const std::string& bytes) {
         sender.Send(bytes);
@@ -138,6 +138,18 @@ TEST_F(AnExport, HasNamesDigitsAndDegreesForOtherPrograms) {
         ASSERT_TRUE(sink->Finish().Good());
         EXPECT_THAT(Temp.Content(row.format), testing::EndsWith(row.expected));
     }
+}
+
+TEST(Zones, AreReadAsPeopleWriteThem) {
+    const struct {
+        const char* text;
+        std::optional<int> minutes;
+    } cases[] = {{"UTC+13:00", 780}, {" gmt -3:30 ", -210}, {"UTC", 0},       {"z", 0},
+                 {"+0100", 60},      {"-8", -480},          {"UTC+05", 300},  {"", {}},
+                 {"NZDT", {}},       {"UTC+15", {}},        {"UTC+1:75", {}}, {"13:00", {}},
+                 {"UTC+130", {}},    {"UTC+13:00 x", {}}};
+    for (const auto& row : cases)
+        EXPECT_EQ(MinutesOfZone(row.text), row.minutes) << row.text;
 }
 
 TEST_F(AnExport, PutsATableAnInstrumentIntoAFolderAndGoesOnWithItInTheNextLog) {
