@@ -29,6 +29,7 @@ void CFrameSync::Restart(std::string resourceName, StreamSource source) {
     Source = source;
     ForgetBytes();
     Queued.Clear();
+    NearTimes.Clear();
     Global.Restart();
 }
 
@@ -37,6 +38,7 @@ void CFrameSync::Jump(std::uint64_t offset, bool boundary) {
     Attached.LoseLine();
     Queue.Clear(offset);
     Queued.Clear();
+    NearTimes.Clear();
     Records.Reset();
     AtBoundary = boundary;
     Commit(0);
@@ -177,6 +179,10 @@ PassResult CFrameSync::RunPass(std::size_t frameLimit) {
             break;
         }
     } while (Synchronise() && ExtractFrame());
+    if (Ended && !Pass.moreReady)
+        NearTimes.Release(Queued);
+    if (limited)
+        Pass.framesQueued = !Queued.Empty();
     return Pass;
 }
 
@@ -222,6 +228,9 @@ std::optional<CFrameSync::Step> CFrameSync::SkipRecord() {
         return Step::Wait;
     if (*length == 0 && Filter.BeginsCut(Queue.Bytes()))
         NoteCutShort(0, "a header record or time stamp");
+    if (TakesNearTimes && *length != 0)
+        if (const auto time = ParseTimeStamp(AsText(Queue.Bytes().first(*length))))
+            NearTimes.Time(*time, Queue.Offset(), *length, Queued);
     Queue.Consume(*length);
     return *length != 0 ? std::optional(Step::Again) : std::nullopt;
 }
@@ -351,10 +360,21 @@ void CFrameSync::QueueFrame(AttachedInstrument& instrument, std::size_t length,
         instrument.foundReported = true;
     }
     instrument.endlessTold = false;
-    Queued.Push(info, Queue.Bytes().first(length), Queue.Offset());
+    PushFrame(info, length);
     Pass.framesQueued = true;
     ++Counted.framesCut;
     BytesCut += length;
+}
+
+/// The frame at the head, behind those that waited for its time; without one it waits itself.
+void CFrameSync::PushFrame(const CFrameInfo& info, std::size_t length) {
+    const ByteSpan bytes = Queue.Bytes().first(length);
+    if (TakesNearTimes && Filter.IsRawLog()) {
+        if (!info.time.known)
+            return NearTimes.Take(info, bytes, Queue.Offset(), Queued);
+        NearTimes.Time(info.time, Queue.Offset() + length, TimeTagSize, Queued);
+    }
+    Queued.Push(info, bytes, Queue.Offset());
 }
 
 void CFrameSync::MakeRoom(std::size_t bytes) {

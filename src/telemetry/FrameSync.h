@@ -15,6 +15,7 @@
 #include "telemetry/FrameEnd.h"
 #include "telemetry/FrameQueue.h"
 #include "telemetry/GlobalSync.h"
+#include "telemetry/NearTimes.h"
 #include "telemetry/RecordSearch.h"
 #include "telemetry/ReplayFilter.h"
 
@@ -71,6 +72,9 @@ class CFrameSync {
     /// An instrument (by name) whose frames carry no time tag in the raw log: the one in the GPS
     /// role. What follows its frames is not looked at as a tag.
     void SetUntagged(const std::string& instrumentName, bool untagged);
+
+    /// Frames of a raw log without a time of their own take the nearest one (see CNearTimes).
+    void SetNearTimes() { TakesNearTimes = true; }
 
     /// The codes of Attach: SecondWithoutSync, WithoutSyncRefused, BsiWithoutPairs,
     /// InstrumentAlreadyAttached. The caller logs; acquisition starts disabled.
@@ -133,6 +137,7 @@ class CFrameSync {
                    std::size_t& tagSize);
     void NoteCutShort(std::size_t from, const std::string& what);
     void QueueFrame(AttachedInstrument& instrument, std::size_t length, const FrameTime& time);
+    void PushFrame(const CFrameInfo& info, std::size_t length);
     void MakeRoom(std::size_t bytes);
     void LoseOldest();
     void GiveUpFrame(AttachedInstrument& instrument, Ending ending);
@@ -154,6 +159,8 @@ class CFrameSync {
     std::vector<std::string> UntaggedNames;
     CFrameQueue Queued;
     StreamFigures Counted;
+    CNearTimes NearTimes;
+    bool TakesNearTimes = false;
     CDiscardedBytes* Discarded = nullptr;
     bool Ended = false;
     bool Settling = false; ///< an idle period's pass

@@ -131,6 +131,39 @@ TEST(FrameSyncReplay, WhatWasLoggedWithoutHeaderDecodesAgain) {
                 << c.why << ", chunks of " << chunk;
 }
 
+TEST(FrameSyncReplay, FramesWithoutATagTakeTheNearestTime) {
+    const std::int64_t later = Noon + 1000;
+    const std::string first = "AA12" + Tag(Noon), second = "AA12" + Tag(later);
+    const std::string gpsText = "$G\r\n";
+    const char* const gps = gpsText.c_str();
+    std::string many;
+    std::vector<PlainFrame> manyFrames = {Frame("A", "AA12", 128, Noon)};
+    for (std::size_t i = 0; i < CNearTimes::MostWaiting + 1; ++i) {
+        manyFrames.push_back(Frame("G", gps, 139 + many.size(), Noon));
+        many += gps;
+    }
+    const struct {
+        std::string stream;
+        std::vector<PlainFrame> expected;
+        const char* why;
+    } cases[] = {
+        {gpsText + first + gps + gps + gps + second,
+         {Frame("G", gps, 128, Noon), Frame("A", "AA12", 132, Noon), Frame("G", gps, 143, Noon),
+          Frame("G", gps, 147, Noon), Frame("G", gps, 151, later), Frame("A", "AA12", 155, later)},
+         "before the first, behind one, before the next"},
+        {gps + Stamp, {Frame("G", gps, 128, Noon)}, "a time stamp"},
+        {first + many, manyFrames, "more than wait"},
+        {gpsText + gps, {Frame("G", gps, 128), Frame("G", gps, 132)}, "a file that carries none"},
+    };
+    for (const auto& c : cases)
+        for (std::size_t chunk = 1; chunk <= c.stream.size() + 128; chunk += 1 + chunk / 8)
+            ASSERT_EQ(Play(
+                          {Fixed("A", "AA", 4), Text("G", "$G")}, RawBegin + c.stream,
+                          [chunk] { return chunk; }, {"G"}, 3, true),
+                      (PlainResult{c.expected, 0}))
+                << c.why << ", chunks of " << chunk;
+}
+
 // A stream without any tag costs a megabyte at a time, and a search that is not quadratic.
 TEST(FrameSyncReplay, WhatHoldsNoTagIsGivenUpInPieces) {
     const std::string junk = RawBegin + std::string((3U << 20) - 1, 'x') + "\n";

@@ -52,9 +52,12 @@ inline std::vector<PlainFrame> TakeFrames(CFrameQueue& queue) {
 /// Plays a stream to its end in chunks of the lengths that `nextChunk` gives.
 inline PlainResult Play(const std::vector<AttachRequest>& instruments, std::string_view stream,
                         const std::function<std::size_t()>& nextChunk,
-                        const std::set<std::string>& untagged = {}, std::size_t frameLimit = 3) {
+                        const std::set<std::string>& untagged = {}, std::size_t frameLimit = 3,
+                        bool nearTimes = false) {
     CCollectingSink sink;
     CFrameSync sync(sink, "played", StreamSource::File);
+    if (nearTimes)
+        sync.SetNearTimes();
     for (const AttachRequest& instrument : instruments)
         if (sync.Attach(instrument) == CommResult::Success)
             (void)sync.SetAcquisition(instrument.instrumentName, true);
