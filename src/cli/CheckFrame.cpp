@@ -8,6 +8,7 @@
 
 #include "base/Text.h"
 #include "platform/FileErrorText.h"
+#include "platform/InputFile.h"
 #include "platform/SystemText.h"
 #include "platform/WholeFile.h"
 #include "session/PortSample.h"
@@ -32,10 +33,9 @@ int WaitFor(const CInstrument& instrument) {
     return static_cast<int>(std::clamp<double>(needed, ShortestWait, LongestWait));
 }
 
-bool ReadFile(CFile& file, CFrameTrial& trial, CommandContext& context) {
+bool ReadFile(CInputFile& file, CFrameTrial& trial, CommandContext& context) {
     CProgress progress(file.Path(), FileSizeOf(file.Path()), context.quiet);
     std::array<std::uint8_t, 65536> buffer;
-    std::uint64_t total = 0;
     for (std::size_t got = 1; got > 0 && !context.stop.Requested();) {
         const FileCause cause = file.Read(buffer, got);
         if (cause != FileCause::None && !context.stop.Requested()) {
@@ -44,7 +44,7 @@ bool ReadFile(CFile& file, CFrameTrial& trial, CommandContext& context) {
             return false;
         }
         trial.Take(ByteSpan(buffer).first(got));
-        progress.Update(total += got);
+        progress.Update(file.BytesTaken());
     }
     return true;
 }
@@ -77,7 +77,7 @@ int TryFrames(const std::string& source, const CInstrument& instrument,
               const std::string& definition, bool json, CommandContext& context) {
     CFrameTrial trial(instrument);
     std::uint64_t lineErrors = 0;
-    CFile file;
+    CInputFile file;
     const FileCause cause = file.OpenForReading(source);
     const std::optional<PortText> port = ParsePort(source);
     if (cause != FileCause::None && (!port || IsDirectory(source))) {

@@ -72,6 +72,8 @@ class CFile {
 
     /// Reads up to the buffer's size; got is 0 at the end of the file.
     FileCause Read(std::span<std::uint8_t> buffer, std::size_t& got);
+    /// False when a read would wait, as of a pipe into which nothing was written yet.
+    bool HasInput() const;
     /// Writes all bytes, unbuffered. On failure part of them may stand in the file.
     FileCause Write(ByteSpan bytes);
     /// Makes what was written survive a power cut.

@@ -346,6 +346,11 @@ FileCause CFile::Read(std::span<std::uint8_t> buffer, std::size_t& got) {
     return FileCause::None;
 }
 
+bool CFile::HasInput() const {
+    pollfd readable{DescriptorOf(Handle), POLLIN, 0};
+    return ::poll(&readable, 1, 0) != 0; // also when it fails: reading tells why
+}
+
 FileCause CFile::Write(ByteSpan bytes) {
     while (!bytes.empty()) {
         ssize_t written = ::write(DescriptorOf(Handle), bytes.data(), bytes.size());

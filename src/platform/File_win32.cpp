@@ -306,6 +306,14 @@ FileCause CFile::Read(std::span<std::uint8_t> buffer, std::size_t& got) {
     return cause != FileCause::None && ended ? FileCause::None : cause;
 }
 
+bool CFile::HasInput() const {
+    OpenFile* file = OpenedBy(Handle);
+    DWORD waiting = 0;
+    // A pipe whose writer has gone fails: reading tells that.
+    return file == nullptr || GetFileType(file->handle) != FILE_TYPE_PIPE ||
+           !PeekNamedPipe(file->handle, nullptr, 0, nullptr, &waiting, nullptr) || waiting > 0;
+}
+
 FileCause CFile::Write(ByteSpan bytes) {
     OpenFile* file = OpenedBy(Handle);
     if (file == nullptr)

@@ -38,6 +38,10 @@ CPlayback::CPlayback(CQorViewDoc& doc, std::uint32_t chunk)
     : Doc(doc), Loop(doc), Setup(doc), Chunk(chunk != 0 ? chunk : FastestChunk) {}
 
 bool CPlayback::Open(const std::string& path, const InstrumentSelection& selection) {
+    if (!CZstdUnpacker::IsThere() && PackingOf(path) == Packing::Zstd) {
+        Fault = "this build reads no .zst; unpack it first.";
+        return false;
+    }
     FileResourceSettings settings;
     settings.readChunkSize = Chunk;
     CommResult result = CommResult::Success;

@@ -39,6 +39,8 @@ class CPlayback {
     bool PlayBatch();
     /// After the last batch: how reading ended.
     CommResult Result();
+    /// False when the next batch would wait for input.
+    bool HasInput() const { return Comm->HasInput(); }
     /// Before the first batch: keeps what belongs to no frame. It lives as long as the document.
     void KeepDiscarded(CDiscardedBytes& kept) { Comm->KeepDiscarded(&kept); }
     bool AtEnd() const { return Doc.Acquisition.AtEnd(Resource); }

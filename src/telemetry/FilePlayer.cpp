@@ -22,7 +22,7 @@ constexpr std::uint32_t DefaultReadSize = 2048;
 /// What one call reads at the most when no frame comes, so that its caller stays responsive.
 constexpr std::uint64_t BytesPerCall = 16u << 20;
 
-bool IsHeaderRecord(CFile& file, std::uint64_t offset) {
+bool IsHeaderRecord(CInputFile& file, std::uint64_t offset) {
     std::uint8_t start[HeaderRecordStart.size()];
     std::size_t got = 0;
     return file.SeekTo(offset) == FileCause::None && file.Read(start, got) == FileCause::None &&
@@ -31,7 +31,7 @@ bool IsHeaderRecord(CFile& file, std::uint64_t offset) {
 
 } // namespace
 
-void CFilePlayer::Load(CFile file, std::uint32_t readChunkSize) {
+void CFilePlayer::Load(CInputFile file, std::uint32_t readChunkSize) {
     Name = file.Path();
     File = std::move(file);
     Piece = readChunkSize == 0 ? DefaultReadSize : std::min(readChunkSize, MaxReadSize);
@@ -40,7 +40,7 @@ void CFilePlayer::Load(CFile file, std::uint32_t readChunkSize) {
 }
 
 FileCause CFilePlayer::Seek(CFrameSync& sync, std::uint64_t offset) {
-    CFile anew;
+    CInputFile anew;
     if (IsDevice(Name))
         return FileCause::BadSeek;
     if (const FileCause cause = anew.OpenForReading(Name); cause != FileCause::None)

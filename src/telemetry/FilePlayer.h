@@ -4,7 +4,7 @@
 // frames. Guarded by the frame lock of its resource.
 #pragma once
 
-#include "platform/File.h"
+#include "platform/InputFile.h"
 #include "telemetry/FrameSync.h"
 #include "telemetry/ProcessCommand.h"
 #include "telemetry/ResourceSettings.h"
@@ -17,12 +17,16 @@ class CFilePlayer {
     CFilePlayer(CMessageSink& sink, CProcessCommand* commands) : Sink(sink), Commands(commands) {}
 
     /// Another file, read in pieces of so many bytes (0: 2048).
-    void Load(CFile file, std::uint32_t readChunkSize);
+    void Load(CInputFile file, std::uint32_t readChunkSize);
     /// Decided: a file is in use from its first read until its last frame is handed over.
     bool InUse() const { return Started && !EndReported; }
     /// Read to its end, the last frame handed over.
     bool AtEnd() const { return EndReported; }
     std::uint32_t ReadSize() const { return Piece; }
+    /// Bytes read of the file, compressed where it is.
+    std::uint64_t BytesTaken() const { return File.BytesTaken(); }
+    /// False when reading on would wait for more.
+    bool HasInput() const { return EndReported || !File.IsOpen() || File.HasInput(); }
 
     /// Plays on from that byte, 0 for anew. Frames that wait are dropped; from the middle of a
     /// frame the search finds the next one. A file that cannot be read there stays as it was, and
@@ -40,7 +44,7 @@ class CFilePlayer {
 
     CMessageSink& Sink;
     CProcessCommand* const Commands;
-    CFile File;
+    CInputFile File;
     std::string Name;
     std::uint32_t Piece = 0;
     bool Started = false;     ///< read from

@@ -5,7 +5,7 @@
 // CFilePlayer's. Prints nothing, keeps no lock; used by one thread at a time.
 #pragma once
 
-#include "platform/File.h"
+#include "platform/InputFile.h"
 #include "telemetry/RawLogFormat.h"
 
 #include <optional>
@@ -61,7 +61,7 @@ class CRawLogReader {
     void FindTimeTags();
     void CountTimeStamps();
 
-    CFile File;
+    CInputFile File;
     RawLogHeader Block;
     RawLogTimes Seen;
     std::optional<std::int64_t> Begin;

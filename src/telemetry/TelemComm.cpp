@@ -79,7 +79,7 @@ CommResult CTelemComm::InitialiseSerial(const SerialResourceSettings& settings) 
     return CommResult::Success;
 }
 
-CommResult CTelemComm::InitialiseFile(const FileResourceSettings& settings, CFile file) {
+CommResult CTelemComm::InitialiseFile(const FileResourceSettings& settings, CInputFile file) {
     CLock operation(OperationLock);
     CLock lock(FrameLock);
     FileCause refusal = FileCause::None;
@@ -97,6 +97,7 @@ CommResult CTelemComm::InitialiseFile(const FileResourceSettings& settings, CFil
     ResourceName = file.Path();
     Player.Load(std::move(file), settings.readChunkSize);
     Sync.Restart(ResourceName, StreamSource::File);
+    Sync.SetNearTimes();
     Sync.SetSearchBound(Player.ReadSize());
     Kind = Commands != nullptr ? ResourceState::FileReporting : ResourceState::File;
     Sink.Report(Format("Initializing file resource: %s.\r\n", ResourceName.c_str()));
@@ -417,6 +418,11 @@ bool CTelemComm::AtEnd() const {
     return Player.AtEnd();
 }
 
+bool CTelemComm::HasInput() const {
+    CLock lock(FrameLock);
+    return Player.HasInput();
+}
+
 std::uint32_t CTelemComm::IdentityOf(const std::string& instrumentName) const {
     CLock lock(FrameLock);
     return Sync.IdentityOf(instrumentName);
@@ -436,6 +442,7 @@ ResourceFigures CTelemComm::Figures() const {
     const StreamFigures& stream = Sync.Figures();
     figures.bytesReceived = stream.bytesReceived;
     figures.bytesDiscarded = stream.bytesDiscarded;
+    figures.bytesOfFile = Player.BytesTaken();
     figures.framesCut = stream.framesCut;
     figures.framesLost = stream.framesLost;
     figures.bytesLost = stream.bytesLost;

@@ -50,6 +50,7 @@ struct ResourceFigures {
     std::uint32_t connectError = 0; ///< system error that the last attempt to connect ended with
     std::uint64_t bytesReceived = 0;
     std::uint64_t bytesDiscarded = 0;
+    std::uint64_t bytesOfFile = 0; ///< read of a file, compressed where it is
     std::uint64_t framesCut = 0;
     std::uint64_t framesLost = 0; ///< dropped because nobody took them in time
     std::uint64_t bytesLost = 0;  ///< of these frames; they count as discarded too
@@ -66,7 +67,7 @@ class CTelemComm {
     ~CTelemComm();
 
     CommResult InitialiseSerial(const SerialResourceSettings& settings) EXCLUDES(OperationLock);
-    CommResult InitialiseFile(const FileResourceSettings& settings, CFile file)
+    CommResult InitialiseFile(const FileResourceSettings& settings, CInputFile file)
         EXCLUDES(OperationLock);
     /// Opens the port and starts the worker; returns when the worker runs. Success without change
     /// when connected already, and for a file. After an abort its code must be reset first. A
@@ -110,6 +111,8 @@ class CTelemComm {
     }
     /// A file resource that has been read to its end, its last frame handed over.
     bool AtEnd() const;
+    /// False when reading on a file resource would wait for more.
+    bool HasInput() const;
     std::uint32_t IdentityOf(const std::string& instrumentName) const;
     ResourceFigures Figures() const;
     void ResetBytesDiscarded();

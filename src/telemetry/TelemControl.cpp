@@ -109,7 +109,7 @@ CommResult CTelemControl::AddResource(const SerialResourceSettings& settings) {
     return Checked(result, line);
 }
 
-CommResult CTelemControl::AddResource(const FileResourceSettings& settings, CFile file) {
+CommResult CTelemControl::AddResource(const FileResourceSettings& settings, CInputFile file) {
     const std::string line =
         Format("Unable to add communications resource: %s.\r\n", file.Path().c_str());
     if (Resource(file.Path()) != nullptr)
@@ -150,7 +150,7 @@ CommResult CTelemControl::ModifyResource(const SerialResourceSettings& settings)
 }
 
 CommResult CTelemControl::ModifyResource(const std::string& name,
-                                         const FileResourceSettings& settings, CFile file) {
+                                         const FileResourceSettings& settings, CInputFile file) {
     const std::string line =
         Format("Unable to modify communications resource: %s.\r\n", name.c_str());
     CTelemComm* resource = Resource(name);

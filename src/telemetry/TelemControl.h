@@ -24,14 +24,14 @@ class CTelemControl {
     CProcessCommand& Commands() { return Queue; }
 
     CommResult AddResource(const SerialResourceSettings& settings);
-    CommResult AddResource(const FileResourceSettings& settings, CFile file);
+    CommResult AddResource(const FileResourceSettings& settings, CInputFile file);
     CommResult RemoveResource(const std::string& name);
     /// New settings for the port of that name.
     CommResult ModifyResource(const SerialResourceSettings& settings);
     /// New settings and an open file for the file resource of this name, which takes the new file's
     /// name and keeps its instruments. Refused while the resource's own file is being read.
     CommResult ModifyResource(const std::string& name, const FileResourceSettings& settings,
-                              CFile file);
+                              CInputFile file);
     CommResult CheckResource(const std::string& name, bool& exists);
     CommResult ConnectResource(const std::string& name);
     /// `left`: see CTelemComm::Disconnect.
