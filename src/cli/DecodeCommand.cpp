@@ -101,7 +101,7 @@ DecodedLog DecodeLog(const ExportedLog& exported, const DecodeOptions& options,
             const ExportedFrame frame{instrument.Live, checks, derived};
             options.goodOnly&& checks.Failed() ? sink.LeaveOut(frame) : sink.Write(frame);
         },
-        [&] { return sink.Good(); });
+        [&] { return sink.Good(); }, [&] { sink.Flush(); });
     sink.EndLog();
     if (const std::string text = failed.Sentence(); !text.empty())
         ReportWarning(path + ": " + text +

@@ -60,11 +60,14 @@ const CQorViewIns* CPlayedFile::Find(std::string_view name) const {
 }
 
 bool CPlayedFile::Play(CommandContext& context, const FrameFunction& onFrame,
-                       const std::function<bool()>& goOn) {
+                       const std::function<bool()>& goOn, const std::function<void()>& onIdle) {
     const CFrameWatch watch(Document, onFrame);
     CProgress progress(Path, Playback.Size(), context.quiet);
-    while (!context.stop.Requested() && goOn() && Playback.PlayBatch())
-        progress.Update(Figures().bytesReceived);
+    while (!context.stop.Requested() && goOn() && Playback.PlayBatch()) {
+        progress.Update(Figures().bytesOfFile);
+        if (onIdle && !Playback.HasInput())
+            onIdle();
+    }
     return context.stop.Requested() || SayEnd();
 }
 
@@ -73,7 +76,10 @@ bool CPlayedFile::SayEnd() {
     if (result != CommResult::Success) {
         ReportError(Path + ": could not be read to its end (" +
                     Format("0x%08x", static_cast<unsigned>(result)) +
-                    "); what was read before was played.");
+                    "); what was read before was played." +
+                    (PackingOf(Path) == Packing::None
+                         ? ""
+                         : " It is compressed: the archive is cut short or damaged."));
         return false;
     }
     if (Playback.AtEnd() && Figures().framesCut == 0)

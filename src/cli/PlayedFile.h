@@ -53,9 +53,10 @@ class CPlayedFile {
 
     /// Plays to the end, or until the operator stops it or `goOn` says no (asked once a batch).
     /// `onFrame` sees every frame, under the document's lock. False when reading failed (reported).
+    /// `onIdle` is called before the playing waits for input, as of a pipe that grows.
     using FrameFunction = std::function<void(CQorViewIns&, const FrameCheckResult&)>;
     bool Play(CommandContext& context, const FrameFunction& onFrame,
-              const std::function<bool()>& goOn);
+              const std::function<bool()>& goOn, const std::function<void()>& onIdle = {});
 
   private:
     void SayLoss(const Event& event);

@@ -22,6 +22,7 @@ class CNoFrames final : public CFrameSink {
     }
     void Write(const ExportedFrame&) override {}
     void EndLog() override {}
+    void Flush() override {}
     bool Good() const override { return Out.Good(); }
     OutputResult Finish() override { return Out.Finish(); }
 

@@ -20,6 +20,7 @@ class CFrameLines final : public CFrameSink {
         Line->WriteFrame(frame.instrument, frame.checks, frame.derived);
     }
     void EndLog() override { Line.reset(); }
+    void Flush() override { Out.Flush(); }
     bool Good() const override { return Out.Good(); }
     OutputResult Finish() override { return Out.Finish(); }
 

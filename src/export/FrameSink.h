@@ -61,6 +61,8 @@ class CFrameSink {
     /// The frame is not wanted; whoever counts frames says so.
     virtual void LeaveOut(const ExportedFrame&) {}
     virtual void EndLog() = 0;
+    /// Nothing more comes for the moment: what is there is to be seen.
+    virtual void Flush() = 0;
     /// False once nothing more can be written: the caller ends early.
     virtual bool Good() const = 0;
     /// Ends every output. Files are not there without it.

@@ -94,6 +94,7 @@ class CFrameSummaries final : public CFrameSink {
             summary.Write(Out);
         Summaries.clear();
     }
+    void Flush() override {} // it has its lines at the end
     bool Good() const override { return Out.Good(); }
     OutputResult Finish() override { return Out.Finish(); }
 

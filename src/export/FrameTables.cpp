@@ -21,6 +21,7 @@ class CFrameTables final : public CFrameSink {
     }
     /// The next log brings instruments of its own: the tables of the same name go on.
     void EndLog() override { Tables.clear(); }
+    void Flush() override { Files.Flush(); }
     bool Good() const override { return Files.Good(); }
     OutputResult Finish() override { return Files.Finish(); }
 

@@ -79,6 +79,11 @@ bool CTableFiles::Good() const {
     return true;
 }
 
+void CTableFiles::Flush() {
+    for (const auto& [name, output] : Outputs)
+        output->Flush();
+}
+
 /// Tables that one of them has cut short are all incomplete.
 OutputResult CTableFiles::Finish() {
     for (const auto& [name, output] : Outputs)

@@ -35,6 +35,7 @@ class CTableFiles {
     /// The table of the instrument's name; the one of an earlier log goes on.
     OutputResult Open(const std::string& instrument, TableFile& file);
     bool Good() const;
+    void Flush();
     OutputResult Finish();
 
   private:

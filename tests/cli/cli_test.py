@@ -5,6 +5,7 @@ import csv
 import datetime
 import errno
 import fcntl
+import gzip
 import io
 import json
 import math
@@ -42,6 +43,13 @@ def decoded(*options):
 
 def definition(path):
     return json.loads(run("check", "--json", path).stdout)
+
+
+def zstandard(content):
+    """A Zstandard frame of blocks that are not compressed."""
+    blocks = [content[at:at + 100000] for at in range(0, len(content), 100000)]
+    return b"\x28\xb5\x2f\xfd\xa0" + len(content).to_bytes(4, "little") + b"".join(
+        (len(block) << 3 | (block is blocks[-1])).to_bytes(3, "little") + block for block in blocks)
 
 
 class Folder(unittest.TestCase):
@@ -271,6 +279,50 @@ class Playback(Folder):
             done = run("decode", "-d", PROFILER, *call)
             self.assertEqual((done.returncode, done.stdout), (status, b""), done.stderr)
             self.assertIn(b"--utc-offset", done.stderr)
+
+    def test_compressed_logs_are_read_as_they_are(self):
+        raw = self.simulated("--raw-log", "-d", PROFILER, "-d", GPS, "--frames", "400")
+        call, content = ("-d", PROFILER, "-d", GPS, "--format", "jsonl"), raw.read_bytes()
+        whole = run("decode", *call, str(raw)).stdout.replace(os.fsencode(raw), b"-").splitlines()
+        half = len(content) // 2
+        gz, zst = gzip.compress(content), zstandard(content)
+        cases = [(gz, 0), (gzip.compress(content[:half]) + gzip.compress(content[half:]), 0), (gz + bytes(512), 0),
+                 (gz + b"junk", 1), (gz[:-4], 1), (gz[:len(gz) // 2], 1),
+                 (gz[:-8] + bytes(4) + gz[-4:], 1)]
+        packed = self.folder / "packed"
+        packed.write_bytes(zst)
+        if b"no .zst" not in run("decode", *call, str(packed)).stderr:
+            cases += [(zst, 0), (zst + zst[:3], 1), (zst[:-1], 1), (zst + b"junk", 1)]
+        for number, (archive, status) in enumerate(cases):
+            packed.write_bytes(archive)
+            for name, feed in ((str(packed), {}), ("-", {"input": archive})):
+                done = run("decode", *call, name, **feed)
+                rows = done.stdout.replace(os.fsencode(packed), b"-").splitlines()
+                self.assertEqual(done.returncode, status, (number, done.stderr))
+                self.assertTrue(rows and rows[:-1] == whole[:len(rows) - 1], number)  # the last tag may be cut
+                self.assertTrue(status or rows == whole, number)
+        packed.write_bytes(gz)
+        facts = json.loads(run("info", "--json", "-d", PROFILER, "-d", GPS, str(packed)).stdout)
+        self.assertEqual((facts["size"], facts["bytes_discarded"]), (len(content), 0))
+
+    def test_a_growing_pipe_is_printed_as_frames_come(self):
+        raw = self.simulated("--raw-log", "-d", PROFILER, "--frames", "40").read_bytes()
+        for form, heads in (("csv", 1), ("jsonl", 0)):
+            with subprocess.Popen([CLI, "decode", "-d", PROFILER, "--format", form, "-"], bufsize=0,
+                                  stdin=subprocess.PIPE, stdout=subprocess.PIPE) as decode:
+                at = len(raw) - len(behind_header(raw))
+                for frames in (1, 3, 2):
+                    length = frames * 67
+                    decode.stdin.write(raw[:at + length] if at == len(raw) - len(behind_header(raw)) else
+                                       raw[at:at + length])
+                    at += length
+                    seen = b""
+                    while seen.count(b"\n") < frames + heads:
+                        self.assertTrue(select.select([decode.stdout], [], [], 30)[0], (form, seen))
+                        seen += os.read(decode.stdout.fileno(), 65536)
+                    heads = 0
+                decode.stdin.close()
+                self.assertEqual(decode.wait(30), 0)
 
     def test_info_says_what_is_wrong_with_a_log(self):
         files = ("-d", RADIOMETER, "-d", PROFILER, "-d", GPS)
