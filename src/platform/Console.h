@@ -16,7 +16,9 @@
 namespace qor {
 
 /// The program's arguments, its own name first, as 8-bit text (UTF-8 on Windows, where the main
-/// function's own arguments have lost every character outside the code page).
+/// function's own arguments have lost every character outside the code page). No shell there puts
+/// files in the place of "*.raw": those of the folder whose names match stand here, sorted; a text
+/// that matches none stays, and so does an option.
 std::vector<std::string> CommandLineArguments(int argc, char** argv);
 
 enum class StandardStream { Input = 0, Output = 1, Error = 2 };

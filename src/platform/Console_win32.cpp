@@ -32,6 +32,53 @@ bool IsConsole(HANDLE handle) {
     return GetConsoleMode(handle, &mode) != FALSE;
 }
 
+/// Whether a name matches a pattern of * and ?, in any case. The system's own search also goes by
+/// short names: "*.raw" would find "a.rawold".
+bool Matches(std::wstring_view name, std::wstring_view pattern) {
+    std::size_t at = 0, from = 0, star = std::wstring_view::npos, starAt = 0;
+    const auto same = [](wchar_t first, wchar_t second) {
+        return CompareStringOrdinal(&first, 1, &second, 1, TRUE) == CSTR_EQUAL;
+    };
+    while (at < name.size()) {
+        if (from < pattern.size() && pattern[from] == L'*') {
+            star = from++;
+            starAt = at;
+        } else if (from < pattern.size() &&
+                   (pattern[from] == L'?' || same(pattern[from], name[at]))) {
+            ++from;
+            ++at;
+        } else if (star != std::wstring_view::npos) {
+            from = star + 1;
+            at = ++starAt;
+        } else {
+            return false;
+        }
+    }
+    return pattern.find_first_not_of(L'*', from) == std::wstring_view::npos;
+}
+
+/// The files that an argument with * or ? in its last part stands for; none when it is no such.
+std::vector<std::wstring> FilesOf(const std::wstring& argument) {
+    std::vector<std::wstring> files;
+    const std::size_t separator = argument.find_last_of(L"\\/:");
+    const std::size_t nameAt = separator == std::wstring::npos ? 0 : separator + 1;
+    const std::wstring folder = argument.substr(0, nameAt), pattern = argument.substr(nameAt);
+    if (argument.starts_with(L'-') || pattern.find_first_of(L"*?") == std::wstring::npos)
+        return files;
+    WIN32_FIND_DATAW found{};
+    const HANDLE search = FindFirstFileW(argument.c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE)
+        return files;
+    do {
+        if ((found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0 &&
+            Matches(found.cFileName, pattern))
+            files.push_back(folder + found.cFileName);
+    } while (FindNextFileW(search, &found));
+    FindClose(search);
+    std::ranges::sort(files);
+    return files;
+}
+
 } // namespace
 
 std::vector<std::string> CommandLineArguments(int argc, char** argv) {
@@ -40,8 +87,14 @@ std::vector<std::string> CommandLineArguments(int argc, char** argv) {
     if (wide == nullptr)
         return {argv, argv + argc};
     std::vector<std::string> arguments;
-    for (int i = 0; i < count; ++i)
-        arguments.push_back(NarrowText(wide[i]));
+    for (int i = 0; i < count; ++i) {
+        const std::vector<std::wstring> files =
+            i > 0 ? FilesOf(wide[i]) : std::vector<std::wstring>();
+        for (const std::wstring& file : files)
+            arguments.push_back(NarrowText(file));
+        if (files.empty())
+            arguments.push_back(NarrowText(wide[i]));
+    }
     LocalFree(wide);
     return arguments;
 }
