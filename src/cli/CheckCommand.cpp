@@ -5,6 +5,7 @@
 #include "cli/CheckFrame.h"
 #include "cli/Commands.h"
 #include "cli/InstrumentOptions.h"
+#include "cli/OutputOptions.h"
 #include "cli/Progress.h"
 #include "cli/Report.h"
 #include "cli/TerminalUser.h"
@@ -96,6 +97,16 @@ bool CheckDefinition(COutput& output, const std::string& path, const CheckOption
     return false;
 }
 
+void SayFailedMembers(const LoadedPackage& package) {
+    if (!package.ok)
+        ReportError(package.path +
+                    ": no instrument could be loaded from the package; its messages say why.");
+    for (const FailedMember& member : package.failed)
+        ReportError(package.path + "(" + member.name + "): " +
+                    (member.instrument ? "could not be loaded; its parse log says why."
+                                       : "could not be extracted."));
+}
+
 bool CheckPackage(COutput& output, const std::string& path, const CheckOptions& options,
                   const CommandContext&) {
     const LoadedPackage package = ReadPackageTexts(path); // its messages are part of the result
@@ -112,13 +123,7 @@ bool CheckPackage(COutput& output, const std::string& path, const CheckOptions& 
         SayHints(path + "(" + package.members[i].name + ")", hints[i]);
         clean = clean && IsClean(*package.members[i].instrument, hints[i]);
     }
-    if (!package.ok)
-        ReportError(path +
-                    ": no instrument could be loaded from the package; its messages say why.");
-    for (const FailedMember& member : package.failed)
-        ReportError(path + "(" + member.name + "): " +
-                    (member.instrument ? "could not be loaded; its parse log says why."
-                                       : "could not be extracted."));
+    SayFailedMembers(package);
     return package.ok && package.failed.empty() && (clean || !options.strict);
 }
 
@@ -143,12 +148,40 @@ std::string CheckFile(const std::string& path) {
 /// What keeps the definition from being tried, as one sentence.
 std::string TrialFault(const std::vector<std::string>& definitions) {
     if (definitions.size() != 1)
-        return "--frame tries one definition: give it with -d FILE.";
-    const FileKind kind = KindByName(definitions.front());
-    if (kind == FileKind::Package || kind == FileKind::Session)
+        return "--frame tries one definition or package: give it with -d FILE.";
+    if (KindByName(definitions.front()) == FileKind::Session)
         return definitions.front() +
-               ": --frame tries one definition (.cal, .tdf); take it out of its package.";
+               ": --frame tries a definition (.cal, .tdf) or a package (.sip), no session.";
     return {};
+}
+
+/// What was wrong with a definition that is tried all the same. False when it is not clean.
+bool SayFaults(const std::string& subject, const CInstrument& instrument,
+               const DefinitionHints& hints) {
+    SayHints(subject, hints);
+    if (instrument.DiagnosticCount() > 0)
+        ReportWarning(subject + ": " + std::to_string(instrument.DiagnosticCount()) +
+                      " of its lines were repaired or dropped. " + instrument.FirstDiagnostic());
+    return IsClean(instrument, hints);
+}
+
+int RunPackageTrial(const CheckOptions& options, CommandContext& context) {
+    const std::string& path = options.files.front();
+    const LoadedPackage package = ReadPackageTexts(path);
+    bool clean = true;
+    std::vector<TriedDefinition> definitions;
+    for (const PackageMember& member : package.members) {
+        definitions.push_back({member.instrument.get(), path + "(" + member.name + ")"});
+        clean = SayFaults(definitions.back().name, *member.instrument,
+                          MistakesIn(*member.instrument, member.text)) &&
+                clean;
+    }
+    SayFailedMembers(package);
+    if (definitions.empty())
+        return ExitFault;
+    const int exit = TryFrames(options.frame, definitions, options.json, context);
+    const bool faulty = !package.failed.empty() || (options.strict && !clean);
+    return exit == ExitWell && faulty ? ExitFault : exit;
 }
 
 int RunTrial(const CheckOptions& options, CommandContext& context) {
@@ -157,22 +190,31 @@ int RunTrial(const CheckOptions& options, CommandContext& context) {
         return ExitBadCall;
     }
     const std::string& path = options.files.front();
+    if (KindByName(path) == FileKind::Package)
+        return RunPackageTrial(options, context);
     CInstrument instrument;
     const DefinitionStatus status = instrument.Load(path);
-    const DefinitionHints hints = HintsFor(path, instrument, status);
-    SayHints(path, hints);
-    if (instrument.DiagnosticCount() > 0)
-        ReportWarning(path + ": " + std::to_string(instrument.DiagnosticCount()) +
-                      " of its lines were repaired or dropped. " + instrument.FirstDiagnostic());
+    const bool clean = SayFaults(path, instrument, HintsFor(path, instrument, status));
     if (status != DefinitionStatus::Success) {
         SayFailure(path, instrument, status);
         return ExitFault;
     }
-    const int exit = TryFrames(options.frame, instrument, path, options.json, context);
-    return exit == ExitWell && options.strict && !IsClean(instrument, hints) ? ExitFault : exit;
+    const int exit = TryFrames(options.frame, {{&instrument, path}}, options.json, context);
+    return exit == ExitWell && options.strict && !clean ? ExitFault : exit;
+}
+
+/// Results are not written onto what is read.
+int RefuseOntoInput(const CheckOptions& options) {
+    std::vector<std::string> inputs = options.files;
+    if (!options.frame.empty())
+        inputs.push_back(options.frame);
+    COutput output(ReportError);
+    return OutputExit(output.Open({}, {.inputs = inputs}));
 }
 
 int RunCheck(const CheckOptions& options, CommandContext& context) {
+    if (const int status = RefuseOntoInput(options); status != ExitWell)
+        return status;
     if (!options.frame.empty())
         return RunTrial(options, context);
     if (options.files.empty()) {
@@ -208,8 +250,9 @@ void AddCheckCommand(CLI::App& app, CommandContext& context) {
     command->add_flag("--strict", options.strict,
                       "A definition with repaired or dropped lines, or with hints, is a fault");
     command
-        ->add_option("--frame", options.frame,
-                     "Try one definition on the bytes of a file, a port or standard input (-)")
+        ->add_option(
+            "--frame", options.frame,
+            "Try a definition or package on the bytes of a file, a port or standard input (-)")
         ->type_name("FILE|PORT[:BAUD[:8N1]]|-");
     command
         ->add_option("-d,--definition,FILE", options.files,

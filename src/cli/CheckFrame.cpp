@@ -17,6 +17,7 @@
 
 #include <algorithm>
 #include <array>
+#include <deque>
 
 namespace qor {
 
@@ -25,15 +26,26 @@ namespace {
 constexpr std::uint64_t EnoughFrames = 3;
 constexpr int ShortestWait = 5000, LongestWait = 60000; // milliseconds
 
-/// Long enough for the frames wanted at the instrument's own rate.
-int WaitFor(const CInstrument& instrument) {
-    CSilentSink nobody; // the definition's faults are said before
-    const double rate = NominalFrameRate(instrument, nobody);
-    const double needed = 1000.0 * static_cast<double>(EnoughFrames + 1) / std::max(rate, 1e-3);
+using Trials = std::deque<CFrameTrial>; // they stay where they are
+
+/// Long enough for the frames wanted at the slowest instrument's own rate.
+int WaitFor(const std::vector<TriedDefinition>& definitions) {
+    CSilentSink nobody; // the definitions' faults are said before
+    double needed = 0.0;
+    for (const TriedDefinition& definition : definitions) {
+        const double rate = NominalFrameRate(*definition.instrument, nobody);
+        needed =
+            std::max(needed, 1000.0 * static_cast<double>(EnoughFrames + 1) / std::max(rate, 1e-3));
+    }
     return static_cast<int>(std::clamp<double>(needed, ShortestWait, LongestWait));
 }
 
-bool ReadFile(CInputFile& file, CFrameTrial& trial, CommandContext& context) {
+void Take(Trials& trials, ByteSpan bytes) {
+    for (CFrameTrial& trial : trials)
+        trial.Take(bytes);
+}
+
+bool ReadFile(CInputFile& file, Trials& trials, CommandContext& context) {
     CProgress progress(file.Path(), FileSizeOf(file.Path()), context.quiet);
     std::array<std::uint8_t, 65536> buffer;
     for (std::size_t got = 1; got > 0 && !context.stop.Requested();) {
@@ -43,14 +55,18 @@ bool ReadFile(CInputFile& file, CFrameTrial& trial, CommandContext& context) {
                         OneLine(GetFileErrorText(cause)));
             return false;
         }
-        trial.Take(ByteSpan(buffer).first(got));
+        Take(trials, ByteSpan(buffer).first(got));
         progress.Update(file.BytesTaken());
     }
     return true;
 }
 
+bool HasTooFew(const CFrameTrial& trial) {
+    return trial.Frames() < EnoughFrames;
+}
+
 /// False (reported) when the port could not be opened, or failed.
-bool ReadFrom(const SerialResourceSettings& settings, int wait, CFrameTrial& trial,
+bool ReadFrom(const SerialResourceSettings& settings, int wait, Trials& trials,
               std::uint64_t& lineErrors, CommandContext& context) {
     if (!context.quiet)
         WriteError(Format("%s at %s: reading for up to %d s ...\n", settings.portName.c_str(),
@@ -58,8 +74,8 @@ bool ReadFrom(const SerialResourceSettings& settings, int wait, CFrameTrial& tri
     CSystemClock clock;
     const PortSample sample = ReadPort(settings, MakeSystemSerialPort, clock, wait,
                                        context.stopEvent, [&](ByteSpan bytes) {
-                                           trial.Take(bytes);
-                                           return trial.Frames() < EnoughFrames;
+                                           Take(trials, bytes);
+                                           return std::ranges::any_of(trials, HasTooFew);
                                        });
     lineErrors = sample.lineErrors;
     if (sample.result == CommResult::Success)
@@ -73,9 +89,11 @@ bool ReadFrom(const SerialResourceSettings& settings, int wait, CFrameTrial& tri
 
 } // namespace
 
-int TryFrames(const std::string& source, const CInstrument& instrument,
-              const std::string& definition, bool json, CommandContext& context) {
-    CFrameTrial trial(instrument);
+int TryFrames(const std::string& source, const std::vector<TriedDefinition>& definitions, bool json,
+              CommandContext& context) {
+    Trials trials;
+    for (const TriedDefinition& definition : definitions)
+        trials.emplace_back(*definition.instrument);
     std::uint64_t lineErrors = 0;
     CInputFile file;
     const FileCause cause = file.OpenForReading(source);
@@ -84,21 +102,26 @@ int TryFrames(const std::string& source, const CInstrument& instrument,
         ReportError(source + ": cannot be read. " + OneLine(GetFileErrorText(cause)));
         return ExitFault;
     }
-    const bool read = cause == FileCause::None ? ReadFile(file, trial, context)
-                                               : ReadFrom(port->settings, WaitFor(instrument),
-                                                          trial, lineErrors, context);
+    const bool read = cause == FileCause::None ? ReadFile(file, trials, context)
+                                               : ReadFrom(port->settings, WaitFor(definitions),
+                                                          trials, lineErrors, context);
     if (!read)
         return ExitFault;
-    const FrameTrialResult result = trial.Finish(lineErrors);
     COutput output(ReportError);
-    if (json)
-        WriteTrialJson(output, source, definition, result);
-    else
-        WriteTrialText(output, source, instrument, result);
+    bool found = false, well = true;
+    for (std::size_t i = 0; i < trials.size(); ++i) {
+        const FrameTrialResult result = trials[i].Finish(lineErrors);
+        found = found || result.frames > 0;
+        well = well && (result.frames == 0 || result.Passed());
+        if (json)
+            WriteTrialJson(output, source, definitions[i].name, result);
+        else
+            WriteTrialText(output, source, *definitions[i].instrument, result);
+    }
     output.Flush();
     if (context.stop.Requested())
         return ExitInterrupted;
-    return result.Passed() && !output.Failed() ? ExitWell : ExitFault;
+    return found && well && !output.Failed() ? ExitWell : ExitFault;
 }
 
 } // namespace qor

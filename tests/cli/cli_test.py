@@ -215,7 +215,17 @@ class Calls(Folder):
         line.send(data)
         done = run("check", "--json", "--quiet", "--frame", line.name + ":57600:8N1", "-d", PROFILER)
         self.assertEqual((done.returncode, json.loads(done.stdout)["frames"] >= 3), (0, True), done.stderr)
-        for arguments in ((str(capture),), (str(capture), PROFILER, GPS), (str(capture), "-d", "cast.sip")):
+        package = self.folder / "two.sip"
+        with zipfile.ZipFile(package, "w") as archive:
+            archive.writestr("Properties.txt", "[Package]\r\nName=two\r\n")
+            archive.write(PROFILER, "profiler.cal")
+            archive.write(GPS, "gps.tdf")
+        for name, status, frames in ((str(capture), 0, [4, 0]), ("-", 0, [4, 0]), (str(damaged), 1, [4, 0]),
+                                     (str(wrong), 1, [0, 0])):
+            done = run("check", "--json", "--frame", name, "-d", str(package), input=data)
+            found = sorted((json.loads(row)["frames"] for row in done.stdout.splitlines()), reverse=True)
+            self.assertEqual((done.returncode, found), (status, frames), done.stderr)
+        for arguments in ((str(capture),), (str(capture), PROFILER, GPS), (str(capture), "-d", "cast.qor")):
             self.assertEqual(run("check", "--frame", *arguments).returncode, 2)
         self.assertEqual(run("check", "--frame", str(self.folder / "missing"), "-d", GPS).returncode, 1)
 
@@ -554,6 +564,8 @@ class Outputs(Folder):
                 done = subprocess.run([CLI, *call, "-d", PROFILER], stdin=source, stdout=onto,
                                       stderr=subprocess.PIPE, timeout=60)
                 self.assertEqual(done.returncode, 2, (call, done.stderr))
+            done = subprocess.run([CLI, "check", "--frame", str(raw), PROFILER], stdout=onto, stderr=subprocess.PIPE)
+            self.assertEqual((done.returncode, b"to read" in done.stderr), (2, True), done.stderr)
             done = run("decode", "-d", PROFILER, "--overwrite", "-o", str(raw), "-", stdin=source)
             self.assertEqual((done.returncode, b"to read" in done.stderr), (2, True), done.stderr)
         self.assertEqual(raw.read_bytes(), before)
