@@ -188,7 +188,8 @@ void AddDecodeCommand(CLI::App& app, CommandContext& context) {
             [](const std::string& names) {
                 options.settings.style.simpleNames = names == "simple";
             },
-            "Columns of CSV as ED_412.5 (simple) or as ED(412.5) [units] (full)")
+            "Columns of CSV as ED_412.5 (simple) or as ED(412.5) [units] (full); with simple names "
+            "the units stand in NAME.csv.json beside the file, of standard output nowhere")
         ->type_name("full|simple")
         ->check(CLI::IsMember({"full", "simple"}).description(""));
     command

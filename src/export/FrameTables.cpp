@@ -9,6 +9,13 @@ namespace qor {
 
 namespace {
 
+std::string_view FileNameIn(std::string_view path) {
+    for (std::size_t i = path.size(); i > 0; --i)
+        if (path[i - 1] == '/' || path[i - 1] == PathSeparator())
+            return path.substr(i);
+    return path;
+}
+
 class CFrameTables final : public CFrameSink {
   public:
     explicit CFrameTables(const ExportSettings& settings)
@@ -37,12 +44,16 @@ OutputResult CFrameTables::BeginLog(const ExportedLog& log,
         return result;
     for (const ExportedInstrument& instrument : instruments) {
         TableFile file;
-        if (OutputResult result = Files.Open(instrument.live->Name(), file); !result.Good())
+        if (OutputResult result =
+                Files.Open(instrument.live->Name(), Settings.style.simpleNames, file);
+            !result.Good())
             return result;
         CFrameCsv rows(*file.output, instrument.live->Definition(), log.path,
                        log.StyleOf(Settings.style));
         if (file.isNew)
             rows.WriteHeader(instrument.derived);
+        if (file.description)
+            rows.WriteColumns(*file.description, instrument.derived, FileNameIn(file.path));
         Tables.emplace(instrument.live, std::move(rows));
     }
     return {};

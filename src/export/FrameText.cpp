@@ -74,9 +74,10 @@ double Rounded(double value, int digits) {
 
 /// Names of columns that every program takes: letters, digits, dots, single underscores. Names that
 /// differ only in case are different ones only to some.
-void MakeSimple(std::vector<std::string>& names) {
+template <class Head> void MakeSimple(std::vector<Head>& heads) {
     std::set<std::string> taken;
-    for (std::string& name : names) {
+    for (Head& head : heads) {
+        std::string& name = head.name;
         std::string simple;
         for (char c : name) {
             const bool safe =
@@ -204,32 +205,65 @@ CFrameCsv::CFrameCsv(COutput& output, const CInstrument& instrument, const std::
     }
 }
 
-std::string CFrameCsv::NameOf(const CSensor& sensor, std::string_view unit) const {
-    return Style.simpleNames ? sensor.Type + "_" + sensor.Id
-                             : sensor.Type + "(" + sensor.Id + ") [" + std::string(unit) + "]";
+std::vector<CFrameCsv::Head> CFrameCsv::Heads(std::span<const DerivedRow> derived) const {
+    std::vector<Head> heads;
+    if (Style.files)
+        heads.push_back({"file", "file", "", "string"});
+    heads.push_back({"time", "time", "", "datetime"});
+    heads.push_back({"frame", "frame", "", "integer"});
+    if (Style.flags)
+        for (const FrameFlag& flag : FlagsOf({}))
+            heads.push_back({std::string(flag.name), std::string(flag.name), "", "boolean"});
+    const std::size_t values = heads.size();
+    const bool hex = Style.view == ValueView::HexCounts;
+    for (const Column& column : Columns) {
+        const CSensor& sensor = *column.sensor;
+        const std::string title = sensor.Type + "(" + sensor.Id + ")";
+        const std::string simple = sensor.Type + "_" + sensor.Id;
+        heads.push_back({simple, title, sensor.Units, column.text || hex ? "string" : "number"});
+        if (column.degrees)
+            heads.push_back({simple + "_deg", title, "deg", "number"});
+    }
+    for (const DerivedRow& row : derived)
+        heads.push_back({row.label, row.label, row.units, "number"});
+    if (Style.simpleNames)
+        MakeSimple(heads);
+    else
+        for (std::size_t i = values; i < heads.size(); ++i)
+            heads[i].name = heads[i].title + " [" + heads[i].units + "]";
+    return heads;
 }
 
 void CFrameCsv::WriteHeader(std::span<const DerivedRow> derived) {
-    std::vector<std::string> names = {"time", "frame"};
-    if (Style.files)
-        names.insert(names.begin(), "file");
-    if (Style.flags)
-        for (const FrameFlag& flag : FlagsOf({}))
-            names.emplace_back(flag.name);
-    for (const Column& column : Columns) {
-        names.push_back(NameOf(*column.sensor, column.sensor->Units));
-        if (column.degrees)
-            names.push_back(NameOf(*column.sensor, "deg") + (Style.simpleNames ? "_deg" : ""));
-    }
-    for (const DerivedRow& row : derived)
-        names.push_back(Style.simpleNames ? row.label : row.label + " [" + row.units + "]");
-    if (Style.simpleNames)
-        MakeSimple(names);
-    for (std::size_t i = 0; i < names.size(); ++i) {
-        Out.Text(i > 0 ? "," : "");
-        WriteCsvField(Out, names[i]);
+    const char* separator = "";
+    for (const Head& head : Heads(derived)) {
+        Out.Text(separator);
+        WriteCsvField(Out, head.name);
+        separator = ",";
     }
     Out.Text("\r\n");
+}
+
+void CFrameCsv::WriteColumns(COutput& output, std::span<const DerivedRow> derived,
+                             std::string_view url) const {
+    CJsonWriter json(output);
+    json.BeginObject();
+    json.Key("@context"), json.Text("http://www.w3.org/ns/csvw");
+    json.Key("url"), json.Path(url);
+    json.Key("tableSchema"), json.BeginObject();
+    json.Key("columns"), json.BeginArray();
+    for (const Head& head : Heads(derived)) {
+        json.BeginObject();
+        json.Key("name"), json.Path(head.name);
+        json.Key("titles"), json.Path(head.title);
+        json.Key("units"), json.Path(head.units);
+        json.Key("datatype"), json.Text(head.dataType);
+        json.EndObject();
+    }
+    json.EndArray();
+    json.EndObject();
+    json.EndObject();
+    json.EndLine();
 }
 
 void CFrameCsv::WriteFrame(const CLiveInstrument& instrument, const FrameCheckResult& checks,

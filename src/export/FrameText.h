@@ -57,14 +57,22 @@ class CFrameCsv {
     void WriteHeader(std::span<const DerivedRow> derived);
     void WriteFrame(const CLiveInstrument& instrument, const FrameCheckResult& checks,
                     std::span<const DerivedRow> derived);
+    /// What the columns are, as JSON that describes the table in the file `url` to other programs.
+    void WriteColumns(COutput& output, std::span<const DerivedRow> derived,
+                      std::string_view url) const;
 
   private:
+    /// What the head of a column says, and what a description of the table adds.
+    struct Head {
+        std::string name, title, units;
+        std::string_view dataType;
+    };
+    std::vector<Head> Heads(std::span<const DerivedRow> derived) const;
     struct Column {
         const CSensor* sensor;
         bool text;
         bool degrees; ///< followed by a column of them
     };
-    std::string NameOf(const CSensor& sensor, std::string_view unit) const;
     void WriteSensors(const CLiveInstrument& instrument);
     void WriteValue(const CLiveInstrument& instrument, const Column& column);
 

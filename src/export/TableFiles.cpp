@@ -4,6 +4,8 @@
 #include "base/Text.h"
 #include "session/FileKind.h"
 
+#include <algorithm>
+
 namespace qor {
 
 namespace {
@@ -33,6 +35,7 @@ bool NamesFolder(const std::string& path) {
 
 CTableFiles::~CTableFiles() {
     Outputs.clear();
+    Descriptions.clear();
     if (MadeFolder)
         static_cast<void>(RemoveEmptyDirectory(Settings.path));
 }
@@ -58,7 +61,7 @@ std::string CTableFiles::PathInFolder(const std::string& instrument) {
     return Settings.path + separator + name + Extension;
 }
 
-OutputResult CTableFiles::Open(const std::string& instrument, TableFile& file) {
+OutputResult CTableFiles::Open(const std::string& instrument, bool described, TableFile& file) {
     if (const auto known = Outputs.find(instrument); known != Outputs.end()) {
         file = {known->second.get(), false};
         return {};
@@ -67,29 +70,42 @@ OutputResult CTableFiles::Open(const std::string& instrument, TableFile& file) {
     const std::string path = InFolder ? PathInFolder(instrument) : Settings.path;
     if (OutputResult result = output->Open(path, Settings.rules); !result.Good())
         return result;
-    file = {output.get(), true};
+    file = {output.get(), true, path.empty() || IsDevice(path) ? std::string() : path};
     Outputs[instrument] = std::move(output);
-    return {};
+    return described && !file.path.empty() ? OpenDescription(file) : OutputResult{};
+}
+
+OutputResult CTableFiles::OpenDescription(TableFile& file) {
+    Descriptions.push_back(std::make_unique<COutput>(Settings.report));
+    file.description = Descriptions.back().get();
+    return file.description->Open(file.path + ".json", Settings.rules);
+}
+
+std::vector<COutput*> CTableFiles::All() const {
+    std::vector<COutput*> all;
+    for (const auto& [name, output] : Outputs)
+        all.push_back(output.get());
+    for (const auto& output : Descriptions)
+        all.push_back(output.get());
+    return all;
 }
 
 bool CTableFiles::Good() const {
-    for (const auto& [name, output] : Outputs)
-        if (!output->Good())
-            return false;
-    return true;
+    return std::ranges::all_of(All(), &COutput::Good);
 }
 
 void CTableFiles::Flush() {
-    for (const auto& [name, output] : Outputs)
+    for (COutput* output : All())
         output->Flush();
 }
 
 /// Tables that one of them has cut short are all incomplete.
 OutputResult CTableFiles::Finish() {
-    for (const auto& [name, output] : Outputs)
+    const std::vector<COutput*> all = All();
+    for (COutput* output : all)
         if (!output->Flush() && output->Failed())
             return output->Finish();
-    for (const auto& [name, output] : Outputs)
+    for (COutput* output : all)
         if (OutputResult result = output->Finish(); !result.Good())
             return result;
     return {};

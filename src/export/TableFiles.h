@@ -10,6 +10,7 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <vector>
 
 namespace qor {
 
@@ -17,6 +18,8 @@ namespace qor {
 struct TableFile {
     COutput* output = nullptr; ///< of the CTableFiles
     bool isNew = false;
+    std::string path = {};          ///< empty: standard output, or a device
+    COutput* description = nullptr; ///< a file beside it, where one was asked for and can be
 };
 
 class CTableFiles {
@@ -33,12 +36,15 @@ class CTableFiles {
     /// Before the tables of a log with so many instruments: makes the folder.
     OutputResult Prepare(std::size_t instruments);
     /// The table of the instrument's name; the one of an earlier log goes on.
-    OutputResult Open(const std::string& instrument, TableFile& file);
+    /// `described`: with a file beside a table that is a file, its name with ".json" behind it.
+    OutputResult Open(const std::string& instrument, bool described, TableFile& file);
     bool Good() const;
     void Flush();
     OutputResult Finish();
 
   private:
+    OutputResult OpenDescription(TableFile& file);
+    std::vector<COutput*> All() const;
     std::string PathInFolder(const std::string& instrument);
 
     const ExportSettings Settings;
@@ -46,7 +52,8 @@ class CTableFiles {
     bool InFolder = false;
     bool MadeFolder = false;
     std::map<std::string, std::unique_ptr<COutput>> Outputs; ///< by instrument name
-    std::set<std::string> FileNames;                         ///< taken, in lower case
+    std::vector<std::unique_ptr<COutput>> Descriptions;
+    std::set<std::string> FileNames; ///< taken, in lower case
 };
 
 } // namespace qor

@@ -140,6 +140,41 @@ TEST_F(AnExport, HasNamesDigitsAndDegreesForOtherPrograms) {
     }
 }
 
+TEST_F(AnExport, HasTheUnitsOfSimpleNamesBesideItsFile) {
+    Settings.style = {.derived = true, .simpleNames = true};
+    Derived.resize(1);
+    Derived[0].label = "T (W)";
+    Derived[0].units = "1/m";
+    CSender sender("ABC", "NOTE 1 '' 3 AS 0 NONE\nTEMP \xB5 'C' 2 BU 1 POLYU\n0 0.1\n");
+    const auto column = [](const std::string& name, const std::string& title,
+                           const std::string& units, const std::string& type) {
+        return "{\"name\":\"" + name + "\",\"titles\":\"" + title + "\",\"units\":\"" + units +
+               "\",\"datatype\":\"" + type + "\"}";
+    };
+    {
+        const auto sink = Make("csv", "t.csv");
+        ASSERT_TRUE(Begin(*sink, {&sender}).Good());
+        ASSERT_TRUE(sink->Finish().Good());
+    }
+    EXPECT_EQ(Temp.Content("t.csv"), "time,frame,NOTE_1,TEMP,T_W\r\n");
+    EXPECT_EQ(Temp.Content("t.csv.json"),
+              "{\"@context\":\"http://www.w3.org/ns/csvw\",\"url\":\"t.csv\",\"tableSchema\":"
+              "{\"columns\":[" +
+                  column("time", "time", "", "datetime") + "," +
+                  column("frame", "frame", "", "integer") + "," +
+                  column("NOTE_1", "NOTE(1)", "", "string") + "," +
+                  column("TEMP", "TEMP(\xC2\xB5)", "C", "number") + "," +
+                  column("T_W", "T (W)", "1/m", "number") + "]}}\n");
+    // What stands in the way of either is refused before the first row, and leaves nothing.
+    ASSERT_EQ(RemoveFile(Temp.Path + "t.csv"), FileCause::None);
+    EXPECT_EQ(Begin(*Make("csv", "t.csv"), {&sender}).state, OutputState::Exists);
+    EXPECT_FALSE(FileExists(Temp.Path + "t.csv") || FileExists(Temp.Path + "t.csv.part"));
+    Settings.style.simpleNames = false;
+    const auto full = Make("csv", "full.csv");
+    ASSERT_TRUE(Begin(*full, {&sender}).Good() && full->Finish().Good());
+    EXPECT_FALSE(FileExists(Temp.Path + "full.csv.json"));
+}
+
 TEST(Zones, AreReadAsPeopleWriteThem) {
     const struct {
         const char* text;
