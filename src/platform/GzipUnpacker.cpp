@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <new>
 
 namespace qor {
 
@@ -25,20 +24,23 @@ struct CGzipUnpacker::Stream {
 };
 
 void CGzipUnpacker::End::operator()(Stream* stream) const {
-    inflateEnd(&stream->z);
+    inflateEnd(&stream->z); // harmless of one that could not be begun
     delete stream;
 }
 
 CGzipUnpacker::CGzipUnpacker() : State(new Stream) {
     if (inflateInit2(&State->z, GzipWindow) != Z_OK)
-        throw std::bad_alloc();
+        State.reset();
 }
 
 void CGzipUnpacker::Restart() {
-    inflateReset(&State->z);
+    if (State)
+        inflateReset(&State->z);
 }
 
 UnpackStep CGzipUnpacker::Unpack(ByteSpan bytes, std::span<std::uint8_t> room) {
+    if (!State)
+        return {.damaged = true};
     z_stream& z = State->z;
     z.next_in = const_cast<Bytef*>(bytes.data()); // zlib does not write there
     z.avail_in = Fitting(bytes.size());

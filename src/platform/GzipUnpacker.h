@@ -29,7 +29,7 @@ class CGzipUnpacker {
     struct End {
         void operator()(Stream* stream) const;
     };
-    std::unique_ptr<Stream, End> State;
+    std::unique_ptr<Stream, End> State; ///< null: there was no memory for it
 };
 
 } // namespace qor

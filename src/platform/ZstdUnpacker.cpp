@@ -5,8 +5,6 @@
 #include <zstd.h>
 #endif
 
-#include <new>
-
 namespace qor {
 
 #ifdef QORVIEW_ZSTD
@@ -27,15 +25,19 @@ void CZstdUnpacker::End::operator()(Stream* stream) const {
 CZstdUnpacker::CZstdUnpacker() : State(new Stream) {
     constexpr int LargestWindow = 27; // 128 MB, which every common level keeps to
     if (State->context == nullptr)
-        throw std::bad_alloc();
-    ZSTD_DCtx_setParameter(State->context, ZSTD_d_windowLogMax, LargestWindow);
+        State.reset();
+    else
+        ZSTD_DCtx_setParameter(State->context, ZSTD_d_windowLogMax, LargestWindow);
 }
 
 void CZstdUnpacker::Restart() {
-    ZSTD_DCtx_reset(State->context, ZSTD_reset_session_only);
+    if (State)
+        ZSTD_DCtx_reset(State->context, ZSTD_reset_session_only);
 }
 
 UnpackStep CZstdUnpacker::Unpack(ByteSpan bytes, std::span<std::uint8_t> room) {
+    if (!State)
+        return {.damaged = true};
     ZSTD_inBuffer in{bytes.data(), bytes.size(), 0};
     ZSTD_outBuffer out{room.data(), room.size(), 0};
     const std::size_t result = ZSTD_decompressStream(State->context, &out, &in);

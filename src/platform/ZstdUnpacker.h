@@ -23,7 +23,7 @@ class CZstdUnpacker {
     struct End {
         void operator()(Stream* stream) const;
     };
-    std::unique_ptr<Stream, End> State;
+    std::unique_ptr<Stream, End> State; ///< null: there was no memory for it
 };
 
 } // namespace qor

@@ -327,9 +327,11 @@ bool CFrameSync::TimeFrame(AttachedInstrument& instrument, std::size_t length, F
         time = Arrivals.At(Queue.Offset() + length);
         return true;
     }
+    TagIsCut = false;
     if (!Filter.IsRawLog() || !instrument.tagged)
         return true;
-    if (Queue.Size() - length < TimeTagSize) {
+    if (const std::size_t left = Queue.Size() - length; left < TimeTagSize) {
+        TagIsCut = Ended && (left > 0 || instrument.hadTag);
         if (Ended && instrument.hadTag)
             NoteCutShort(length, "the time tag of a frame of " + instrument.info.instrumentName);
         return Ended;
@@ -370,9 +372,12 @@ void CFrameSync::QueueFrame(AttachedInstrument& instrument, std::size_t length,
 void CFrameSync::PushFrame(const CFrameInfo& info, std::size_t length) {
     const ByteSpan bytes = Queue.Bytes().first(length);
     if (TakesNearTimes && Filter.IsRawLog()) {
-        if (!info.time.known)
+        if (!info.time.known && !TagIsCut)
             return NearTimes.Take(info, bytes, Queue.Offset(), Queued);
-        NearTimes.Time(info.time, Queue.Offset() + length, TimeTagSize, Queued);
+        if (info.time.known)
+            NearTimes.Time(info.time, Queue.Offset() + length, TimeTagSize, Queued);
+        else // it had one
+            NearTimes.Release(Queued);
     }
     Queued.Push(info, bytes, Queue.Offset());
 }

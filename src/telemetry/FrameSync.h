@@ -161,6 +161,7 @@ class CFrameSync {
     StreamFigures Counted;
     CNearTimes NearTimes;
     bool TakesNearTimes = false;
+    bool TagIsCut = false; ///< of the frame just timed, by the end of the file
     CDiscardedBytes* Discarded = nullptr;
     bool Ended = false;
     bool Settling = false; ///< an idle period's pass
