@@ -31,6 +31,15 @@ void AddLogCommand(CLI::App& app, CommandContext& context) {
         ->type_name("DIR");
     command->add_flag("--overwrite", options.log.overwriteExisting,
                       "Replace an existing log of the same name");
+    command
+        ->add_option("--spare", options.spareDirectories,
+                     "Folder for the log when that of -o takes none any more (repeatable)")
+        ->type_name("DIR")
+        ->check(CLI::ExistingDirectory.description(""))
+        ->allow_extra_args(false);
+    command->add_flag(
+        "--exit-on-error", options.exitOnError,
+        "End the run when a log cannot be written, instead of beginning another file");
     AddStrictOption(*command, options.strict);
     command->add_flag("--partly", options.partly,
                       "Log with what can be used when some definition cannot");

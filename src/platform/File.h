@@ -31,6 +31,14 @@ enum class [[nodiscard]] FileCause : std::uint32_t{
     EndOfFile = 14,
 };
 
+/// What has become of an open file behind its back.
+enum class FileStanding : std::uint8_t {
+    There,
+    Deleted,
+    Replaced, ///< its name is another file's
+    Moved,    ///< its name is nobody's
+};
+
 class CEvent;
 
 /// How the whole process reads pipes. A command-line program sets it up before it starts threads,
@@ -81,6 +89,9 @@ class CFile {
     /// Cuts the file to this size and goes on writing there.
     FileCause Truncate(std::uint64_t size);
     FileCause Size(std::uint64_t& size) const;
+    /// Whether the file still is where it was opened; There when the system cannot tell. May run
+    /// beside Write.
+    FileStanding Standing() const;
     FileCause SeekTo(std::uint64_t position);
     /// A second handle of the open file for `copy`, for Sync on another thread. The copy holds no
     /// claim of its own: exclusive sharing ends when the original is closed (on Windows: both).

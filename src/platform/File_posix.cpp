@@ -408,6 +408,18 @@ FileCause CFile::Size(std::uint64_t& size) const {
     return FileCause::None;
 }
 
+FileStanding CFile::Standing() const {
+    struct stat open {};
+    struct stat named {};
+    if (::fstat(DescriptorOf(Handle), &open) < 0)
+        return FileStanding::There;
+    if (open.st_nlink == 0)
+        return FileStanding::Deleted;
+    if (::lstat(OpenedFullPath.c_str(), &named) < 0)
+        return errno == ENOENT || errno == ENOTDIR ? FileStanding::Moved : FileStanding::There;
+    return IsOne(open, named) ? FileStanding::There : FileStanding::Replaced;
+}
+
 FileCause CFile::SeekTo(std::uint64_t position) {
     if (::lseek(DescriptorOf(Handle), static_cast<off_t>(position), SEEK_SET) >= 0)
         return FileCause::None;

@@ -384,6 +384,15 @@ FileCause CFile::Size(std::uint64_t& size) const {
     return FileCause::None;
 }
 
+/// Exclusive sharing keeps others from deleting or renaming an open file; a server may do it.
+FileStanding CFile::Standing() const {
+    const OpenFile* file = OpenedBy(Handle);
+    BY_HANDLE_FILE_INFORMATION facts{};
+    if (file == nullptr || !file->isDisk || !GetFileInformationByHandle(file->handle, &facts))
+        return FileStanding::There;
+    return facts.nNumberOfLinks == 0 ? FileStanding::Deleted : FileStanding::There;
+}
+
 FileCause CFile::SeekTo(std::uint64_t position) {
     OpenFile* file = OpenedBy(Handle);
     if (file == nullptr)

@@ -4,6 +4,7 @@
 // See DiskSync.h.
 #include "session/DiskSync.h"
 
+#include "base/Text.h"
 #include "platform/FileErrorText.h"
 
 #include <iterator>
@@ -13,6 +14,8 @@ namespace qor {
 namespace {
 
 constexpr int SyncIntervalMilliseconds = 1000;
+/// Ended files that could not be synchronised and are tried again.
+constexpr std::size_t MostFailed = 8;
 
 } // namespace
 
@@ -29,11 +32,40 @@ void CDiskSync::Watch(const CFile& file) {
             watched.number = ++LastNumber;
             Arriving.push_back(std::move(watched));
         }
+        Seen = cause == FileCause::None ? FileTrouble::None : FileTrouble::SyncFailed;
         Woken = true;
     }
     Changed.NotifyAll();
     if (cause != FileCause::None)
         ReportFailure(file.Path(), cause);
+}
+
+FileTrouble CDiskSync::Trouble() const {
+    CLock lock(SyncLock);
+    return Seen;
+}
+
+void CDiskSync::Note(const WatchedFile& watched, FileTrouble trouble) {
+    CLock lock(SyncLock);
+    if (watched.number == LastNumber && Seen == FileTrouble::None)
+        Seen = trouble;
+}
+
+FileTrouble CDiskSync::Look(WatchedFile& watched) {
+    switch (watched.file.Standing()) {
+    case FileStanding::There:
+        break;
+    case FileStanding::Deleted:
+        return FileTrouble::Deleted;
+    case FileStanding::Replaced:
+        return FileTrouble::Replaced;
+    case FileStanding::Moved:
+        return FileTrouble::Moved;
+    }
+    std::uint64_t size = 0;
+    if (watched.file.Size(size) != FileCause::None)
+        return FileTrouble::None;
+    return size < std::exchange(watched.size, size) ? FileTrouble::Truncated : FileTrouble::None;
 }
 
 bool CDiskSync::StartThread() {
@@ -71,6 +103,27 @@ void CDiskSync::ReportFailure(const std::string& path, FileCause cause) {
                         "\r\n\tLogging goes on; a power failure may lose the latest data.\r\n"});
 }
 
+void CDiskSync::Synchronise(WatchedFile& watched) {
+    const FileCause cause = watched.file.Sync();
+    if (cause == FileCause::None) {
+        if (const std::uint32_t failures = std::exchange(watched.failures, 0))
+            Messages.Report(
+                Format("Synchronized with the disk again after %u failures: \"%s\".\r\n", failures,
+                       watched.path.c_str()));
+        return;
+    }
+    if (watched.failures++ > 0)
+        return;
+    Note(watched, FileTrouble::SyncFailed);
+    ReportFailure(watched.path, cause);
+}
+
+void CDiskSync::GiveUp(const WatchedFile& watched) {
+    if (watched.failures > 0)
+        Messages.Report(Format("Not synchronized with the disk, in %u tries: \"%s\".\r\n",
+                               watched.failures, watched.path.c_str()));
+}
+
 std::uint64_t CDiskSync::WaitForRound(std::vector<WatchedFile>& files, bool& stopping) {
     CLock lock(SyncLock);
     Changed.WaitFor(SyncLock, SyncIntervalMilliseconds,
@@ -88,15 +141,17 @@ void CDiskSync::Run() {
     for (bool stopping = false; !stopping;) {
         std::uint64_t ended = WaitForRound(files, stopping);
         for (WatchedFile& watched : files) {
-            // A second try after a failure may report success for data that are gone.
-            if (watched.failed)
-                continue;
-            FileCause cause = watched.file.Sync();
-            watched.failed = cause != FileCause::None;
-            if (watched.failed)
-                ReportFailure(watched.path, cause);
+            if (watched.number > ended)
+                Note(watched, Look(watched));
+            Synchronise(watched);
         }
-        std::erase_if(files, [ended](const WatchedFile& w) { return w.number <= ended; });
+        std::erase_if(files, [ended](const WatchedFile& watched) {
+            return watched.number <= ended && watched.failures == 0;
+        });
+        while (!files.empty() && (stopping || files.size() > MostFailed + 1)) {
+            GiveUp(files.front());
+            files.erase(files.begin());
+        }
     }
 }
 

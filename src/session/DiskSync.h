@@ -2,7 +2,9 @@
 //
 // Makes a log survive a power cut: a thread that synchronises the file to disk once a second, and
 // once more when the log has ended. Nobody waits for it: it works on a handle of its own, so a slow
-// disk holds up neither frames nor the end of a log. Only the end of the program waits.
+// disk holds up neither frames nor the end of a log. Only the end of the program waits. What the
+// system dropped after a failure cannot be written by trying again, and what others delete or cut
+// is gone: whoever logs asks for Trouble and begins another file.
 #pragma once
 
 #include "base/Lock.h"
@@ -16,6 +18,9 @@
 
 namespace qor {
 
+/// Why a log needs another file.
+enum class FileTrouble : std::uint8_t { None, SyncFailed, Deleted, Replaced, Moved, Truncated };
+
 class CDiskSync {
   public:
     explicit CDiskSync(CMessageSink& messages) : Messages(messages) {}
@@ -24,9 +29,11 @@ class CDiskSync {
     CDiskSync(const CDiskSync&) = delete;
     CDiskSync& operator=(const CDiskSync&) = delete;
 
-    /// Watches this open file from now on. A failure, here or in the thread, is reported once a
-    /// file; the file is then left to the system's own writing.
+    /// Watches this open file from now on. The first failure of a file is reported, tried again
+    /// every second, and reported with its count when it has passed or the file is given up.
     void Watch(const CFile& file);
+    /// What has befallen the file that is watched, first of all.
+    FileTrouble Trouble() const;
     /// The watched file has ended: one last synchronisation, then its handle is closed.
     void Finish();
     /// Ends the thread when it has synchronised what it watches.
@@ -37,20 +44,26 @@ class CDiskSync {
         CFile file;
         std::string path;
         std::uint64_t number = 0;
-        bool failed = false;
+        std::uint32_t failures = 0; ///< in a row
+        std::uint64_t size = 0;     ///< as of the last look
     };
     bool StartThread() REQUIRES(SyncLock);
+    static FileTrouble Look(WatchedFile& watched);
+    void Note(const WatchedFile& watched, FileTrouble trouble);
+    void Synchronise(WatchedFile& watched);
     void ReportFailure(const std::string& path, FileCause cause);
+    void GiveUp(const WatchedFile& watched);
     void Run();
     /// Waits for a second or for news. Returns the number up to which files have ended.
     std::uint64_t WaitForRound(std::vector<WatchedFile>& files, bool& stopping);
 
     CMessageSink& Messages;
-    CMutex SyncLock;
+    mutable CMutex SyncLock;
     CCondition Changed;
     std::vector<WatchedFile> Arriving GUARDED_BY(SyncLock);
-    std::uint64_t LastNumber GUARDED_BY(SyncLock) = 0;  ///< of the file handed in last
-    std::uint64_t EndedNumber GUARDED_BY(SyncLock) = 0; ///< files up to this one have ended
+    std::uint64_t LastNumber GUARDED_BY(SyncLock) = 0;         ///< of the file handed in last
+    std::uint64_t EndedNumber GUARDED_BY(SyncLock) = 0;        ///< files up to this one have ended
+    FileTrouble Seen GUARDED_BY(SyncLock) = FileTrouble::None; ///< of the file handed in last
     bool Woken GUARDED_BY(SyncLock) = false;
     bool Stopping GUARDED_BY(SyncLock) = false;
     bool Started GUARDED_BY(SyncLock) = false;

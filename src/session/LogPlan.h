@@ -29,10 +29,12 @@ struct LogRunPlan {
     std::string sessionLogDirectory; ///< empty: that of the logs
     LogOptions log;
     StationInformation station;
-    bool reconnect = false;  ///< ports that are lost, or not there yet, are tried until the end
-    bool strict = false;     ///< nothing is logged with a definition that was repaired
-    bool captureAll = false; ///< every port's bytes are kept, frames or not
-    bool partly = false;     ///< start although some definition or member cannot be used
+    bool reconnect = false; ///< ports that are lost, or not there yet, are tried until the end
+    bool strict = false;    ///< nothing is logged with a definition that was repaired
+    std::vector<std::string> spareDirectories; ///< for logs when their folder takes none any more
+    bool exitOnError = false;                  ///< a log whose file fails ends the run
+    bool captureAll = false;                   ///< every port's bytes are kept, frames or not
+    bool partly = false; ///< start although some definition or member cannot be used
 
     std::optional<SessionRecord> session; ///< what holds where nothing above is said
     std::string sessionPath;

@@ -7,6 +7,7 @@
 #include "session/FileKind.h"
 #include "session/LogHeader.h"
 #include "session/LogName.h"
+#include "session/SessionPath.h"
 
 #include <utility>
 
@@ -24,6 +25,9 @@ CLogRun::CLogRun(CQorViewDoc& doc, LogRunPlan plan)
     Doc.SessionLog.KeepText = false;
     Doc.NoDialogs = true;
     Doc.ExitIfDone = true;
+    Doc.ExitOnError = Plan.exitOnError;
+    for (const std::string& folder : Plan.spareDirectories)
+        Doc.SpareDirectories.push_back(WithSeparator(FullPathOf(folder)));
     Doc.Options = Plan.log;
 }
 

@@ -27,13 +27,14 @@ CLogStage::~CLogStage() {
         Thread.Join();
 }
 
-FileCause CLogStage::Create(const std::string& path, const LogRecords& header, bool& inHeader) {
+FileCause CLogStage::Create(const std::string& path, bool replaces, const LogRecords& header,
+                            bool& inHeader) {
     inHeader = false;
     if (!Started)
         Started = Thread.Start(ThreadPriority::Normal, [this] { Run(); });
     if (!Started)
         return FileCause::Generic;
-    FileCause cause = Writer.Create(path);
+    FileCause cause = Writer.Create(path, replaces);
     if (cause != FileCause::None)
         return cause;
     std::size_t written = 0;
@@ -45,24 +46,28 @@ FileCause CLogStage::Create(const std::string& path, const LogRecords& header, b
         [[maybe_unused]] FileCause removed = RemoveFile(path);
         return cause;
     }
-    CLock lock(StageLock);
-    Counted = {};
-    Counted.fileSize = Writer.Size();
-    Offered.clear();
+    {
+        CLock lock(StageLock);
+        const std::uint64_t unstored = Resting ? Counted.framesUnstored : 0;
+        Counted = {};
+        Counted.framesUnstored = unstored;
+        Counted.fileSize = Writer.Size();
+        Offered.clear();
+        Resting = false;
+    }
+    Changed.NotifyAll();
     return FileCause::None;
 }
 
-std::uint64_t CLogStage::FramesIn(const LogRecords& records, std::size_t from) {
-    return static_cast<std::uint64_t>(
-        std::count_if(records.marks.begin() + static_cast<std::ptrdiff_t>(from),
-                      records.marks.end(), [](const LogRecords::Mark& m) { return m.owner != 0; }));
+std::uint64_t CLogStage::FramesIn(const LogRecords& records) {
+    return static_cast<std::uint64_t>(std::ranges::count_if(
+        records.marks, [](const LogRecords::Mark& mark) { return mark.owner != 0; }));
 }
 
 bool CLogStage::Append(LogRecords& records) {
     {
         CLock lock(StageLock);
-        if (Counted.cause != FileCause::None ||
-            Pending.bytes.size() + WritingBytes + records.bytes.size() > Limit) {
+        if (Pending.bytes.size() + WritingBytes + records.bytes.size() > Limit) {
             Counted.framesUnstored += FramesIn(records);
             records.Clear();
             return false;
@@ -79,11 +84,14 @@ void CLogStage::Run() {
     for (;;) {
         {
             CLock lock(StageLock);
-            Idle = Pending.Empty() && !Stopping;
-            Changed.WaitFor(StageLock, RoundMilliseconds,
-                            [this]() REQUIRES(StageLock) { return Stopping || !Pending.Empty(); });
+            const auto hasWork = [this]()
+                                     REQUIRES(StageLock) { return !Pending.Empty() && !Resting; };
+            Idle = !hasWork() && !Stopping;
+            Changed.WaitFor(StageLock, RoundMilliseconds, [this, &hasWork]() REQUIRES(StageLock) {
+                return Stopping || hasWork();
+            });
             Idle = false;
-            if (Pending.Empty()) {
+            if (!hasWork()) {
                 if (Stopping)
                     return;
                 continue;
@@ -99,16 +107,11 @@ void CLogStage::Run() {
 }
 
 void CLogStage::WriteTaken() {
-    bool failedBefore;
-    {
-        CLock lock(StageLock);
-        failedBefore = Counted.cause != FileCause::None;
-    }
     if (const int delay = Delay; delay > 0)
         Never.Wait(delay);
     std::size_t written = 0;
-    const FileCause cause = failedBefore ? FileCause::Generic : Writer.Write(Writing, written);
-    if (cause != FileCause::None && !failedBefore) {
+    const FileCause cause = Writer.Write(Writing, written);
+    if (cause != FileCause::None) {
         std::string text =
             "Error writing to log file: " + std::string(GetFileErrorText(cause)) + ".\r\n";
         if (Writer.CutCause() != FileCause::None)
@@ -117,10 +120,13 @@ void CLogStage::WriteTaken() {
     }
     {
         CLock lock(StageLock);
-        if (failedBefore)
-            Counted.framesUnstored += FramesIn(Writing);
-        else
-            Count(written, cause);
+        Count(written, cause);
+        if (cause != FileCause::None) {
+            Writing.DropFirst(written);
+            Writing.Take(Pending);
+            std::swap(Writing, Pending);
+            Resting = true;
+        }
         WritingBytes = 0;
         Busy = false;
     }
@@ -141,16 +147,25 @@ void CLogStage::Count(std::size_t written, FileCause cause) {
         ++Counted.framesOffered;
         Counted.framesWritten += i < written;
     }
-    Counted.framesUnstored += FramesIn(Writing, written);
     Counted.fileSize = Writer.Size();
     Counted.cause = cause;
 }
 
 void CLogStage::Drain() {
     CLock lock(StageLock);
-    while (!Changed.WaitFor(StageLock, RoundMilliseconds,
-                            [this]() REQUIRES(StageLock) { return Pending.Empty() && !Busy; })) {
+    while (!Changed.WaitFor(StageLock, RoundMilliseconds, [this]() REQUIRES(StageLock) {
+        return (Pending.Empty() || Resting) && !Busy;
+    })) {
     }
+}
+
+void CLogStage::Rest() {
+    {
+        CLock lock(StageLock);
+        Resting = true;
+    }
+    Drain();
+    Writer.Close();
 }
 
 void CLogStage::Close() {
@@ -158,6 +173,10 @@ void CLogStage::Close() {
         return;
     Drain();
     Writer.Close();
+    CLock lock(StageLock);
+    Counted.framesUnstored += FramesIn(Pending);
+    Pending.Clear();
+    Resting = false;
 }
 
 StageFigures CLogStage::Figures() const {

@@ -3,8 +3,9 @@
 // Between the raw log and its file: records wait in bounded memory and a thread of its own writes
 // them, so a disk that stalls costs neither a frame nor a lock that others want. While the disk
 // keeps up, a record is with the operating system a few hundred microseconds after it was added.
-// The raw log adds under the document's lock; StageLock is a leaf. Whatever waits for the disk
-// (Create, Drain, Close) is called without any lock.
+// When a write fails the file is given up and the stage rests: what is not in the file waits for
+// the next one, and what comes joins it. The raw log adds under the document's lock; StageLock is a
+// leaf. Whatever waits for the disk (Create, Rest, Drain, Close) is called without any lock.
 #pragma once
 
 #include "base/Lock.h"
@@ -23,7 +24,7 @@ struct StageFigures {
     std::uint64_t framesUnstored = 0; ///< accepted, but neither in the file nor waiting
     std::size_t waitingBytes = 0;
     std::int64_t stalledMilliseconds = 0; ///< how long the present write has taken
-    FileCause cause = FileCause::None;    ///< of the failure that ended writing
+    FileCause cause = FileCause::None;    ///< of the failure after which it rests
 };
 
 class CLogStage {
@@ -44,15 +45,20 @@ class CLogStage {
     /// Each write takes so much longer from now on, as on a slow disk: for practice. Any thread.
     void SetDelay(int milliseconds) { Delay = milliseconds; }
 
-    /// Creates the file and writes the header records. On failure nothing is open and, when the
-    /// header was what failed, no file is left; `inHeader` tells.
-    FileCause Create(const std::string& path, const LogRecords& header, bool& inHeader);
-    /// Hands the records to the writer and leaves the list empty. False when there is no room, or
-    /// the file has failed: then the frames among them are counted as unstored.
+    /// Creates the file, which must not be there yet unless it `replaces` one, and writes the
+    /// header records; what waits since the stage rests follows. On failure nothing is open and,
+    /// when the header was what failed, no file is left; `inHeader` tells.
+    FileCause Create(const std::string& path, bool replaces, const LogRecords& header,
+                     bool& inHeader);
+    /// Hands the records to the writer and leaves the list empty. False when there is no room: then
+    /// the frames among them are counted as unstored.
     bool Append(LogRecords& records);
-    /// Waits until everything added so far is in the file, or the file has failed.
+    /// Closes the file without waiting for a healthy end: what is not in it waits for the next
+    /// Create.
+    void Rest();
+    /// Waits until everything added so far is in the file, or the stage rests.
     void Drain();
-    /// Drains and closes the file.
+    /// Drains and closes the file. Frames that wait because the stage rests are unstored then.
     void Close();
 
     /// Once a log is created; until it is closed.
@@ -65,7 +71,7 @@ class CLogStage {
     void Run();
     void WriteTaken();
     void Count(std::size_t written, FileCause cause) REQUIRES(StageLock);
-    static std::uint64_t FramesIn(const LogRecords& records, std::size_t from = 0);
+    static std::uint64_t FramesIn(const LogRecords& records);
 
     CClock& Clock;
     CMessageSink& Messages;
@@ -83,7 +89,8 @@ class CLogStage {
     StageFigures Counted GUARDED_BY(StageLock);
     std::vector<std::uint32_t> Offered GUARDED_BY(StageLock); ///< by owner
     bool Busy GUARDED_BY(StageLock) = false;
-    bool Idle GUARDED_BY(StageLock) = false; ///< the writer waits for records
+    bool Idle GUARDED_BY(StageLock) = false;    ///< the writer waits for records
+    bool Resting GUARDED_BY(StageLock) = false; ///< there is no file to write to
     bool Stopping GUARDED_BY(StageLock) = false;
     bool Started = false; ///< of the threads that begin and end logs
     CWorker Thread;

@@ -27,15 +27,25 @@ void LogRecords::Take(LogRecords& other) {
     other.Clear();
 }
 
+void LogRecords::DropFirst(std::size_t count) {
+    if (count == 0)
+        return;
+    const std::size_t dropped = marks[count - 1].end;
+    bytes.erase(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(dropped));
+    marks.erase(marks.begin(), marks.begin() + static_cast<std::ptrdiff_t>(count));
+    for (Mark& mark : marks)
+        mark.end -= dropped;
+}
+
 void LogRecords::Clear() {
     bytes.clear();
     marks.clear();
 }
 
-FileCause CLogWriter::Create(const std::string& path) {
+FileCause CLogWriter::Create(const std::string& path, bool replaces) {
     FileSize = 0;
     CutBack = FileCause::None;
-    return File.CreateExclusive(path);
+    return replaces ? File.CreateExclusive(path) : File.CreateNew(path);
 }
 
 FileCause CLogWriter::Write(const LogRecords& records, std::size_t& written) {

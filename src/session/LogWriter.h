@@ -25,13 +25,16 @@ struct LogRecords {
     void Add(std::uint32_t owner, ByteSpan record, ByteSpan tag = {});
     /// Adds those of another list and leaves it empty.
     void Take(LogRecords& other);
+    /// Takes so many records off the beginning.
+    void DropFirst(std::size_t count);
     void Clear();
 };
 
 class CLogWriter {
   public:
-    /// Creates (or empties) the file for writing with exclusive sharing.
-    FileCause Create(const std::string& path);
+    /// Creates the file for writing with exclusive sharing; one that is there only when it
+    /// `replaces` it.
+    FileCause Create(const std::string& path, bool replaces);
     bool IsOpen() const { return File.IsOpen(); }
     const std::string& Path() const { return File.Path(); }
     void Close() { File.Close(); }

@@ -1,49 +1,22 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// Beginning, ending and timing of raw logs. Functions that ask or tell the operator something, or
-// wait for the disk, take and release the lock around it; the others run under it. See RawLog.h.
+// Settings, beginning and ending of raw logs. Functions that ask or tell the operator something, or
+// wait for the disk, take and release the lock around it; the others run under it. See RawLog.h;
+// files are RawLogFile.cpp, time is RawLogTimers.cpp, frames are RawLogFrames.cpp.
 #include "session/RawLog.h"
 
 #include "base/Text.h"
-#include "platform/FileErrorText.h"
-#include "session/LogHeader.h"
+#include "session/FileKind.h"
 #include "session/SessionPath.h"
 #include "session/SpanText.h"
-#include "telemetry/RawLogFormat.h"
 
-#include <algorithm>
-#include <limits>
 #include <utility>
 
 namespace qor {
 namespace {
 
-/// A step of the wall clock against the monotonic one that is worth a note, in milliseconds.
-constexpr std::int64_t NotedClockStep = 500;
-/// Reading the two clocks further apart than this says nothing about a step.
-constexpr std::int64_t ReadingSpan = 50;
-
-/// "An error occured <doing what>\r\n"path"." and the cause.
-std::string FileErrorMessage(const char* doing, const std::string& path, FileCause cause) {
-    return std::string("An error occured ") + doing + "\r\n\"" + path + "\".\r\n" +
-           std::string(GetFileErrorText(cause));
-}
-
 bool RepeatsLogs(const LogOptions& options) {
     return options.everyEnabled || (options.durationEnabled && options.repeatEnabled);
-}
-
-/// How many logs of one folder may have the name of one second.
-constexpr int LastSuffix = 99;
-/// A write that takes longer than this is worth saying, in milliseconds.
-constexpr std::int64_t NotedStall = 2000;
-
-/// "name-2.raw" and so on; number 1 is the name itself.
-std::string WithSuffix(const std::string& path, int number) {
-    if (number == 1)
-        return path;
-    const std::size_t dot = path.rfind('.');
-    return path.substr(0, dot) + "-" + std::to_string(number) + path.substr(dot);
 }
 
 } // namespace
@@ -238,84 +211,9 @@ bool CRawLog::ConfirmOverride() {
     return confirmed;
 }
 
-bool CRawLog::OpenLogFile(StartedBy starter) {
-    std::string path;
-    bool named;
-    {
-        CRecursiveLock lock(Session.DocLock);
-        named = Session.Naming.logNamingMode != LogNamingMode::TimeStamp;
-        path = Session.Naming.logFilePath;
-    }
-    const LogRecords header = HeaderRecords();
-    bool inHeader = false;
-    FileCause cause = named ? CreateLogFile(path, header, inHeader)
-                            : CreateTimeStampLog(starter, header, inHeader);
-    if (cause == FileCause::None)
-        return true;
-    if (!inHeader) {
-        CRecursiveLock lock(Session.DocLock);
-        PendingTexts.push_back(
-            FileErrorMessage("opening the file", Session.Naming.logFilePath, cause));
-        return false;
-    }
-    Messages.Report("Error writing to log file: " + std::string(GetFileErrorText(cause)) + ".\r\n");
-    AddPending("An error occured creating the log file headers.\r\n"
-               "Logging has been aborted.\r\n"
-               "See the session log for details.");
-    return false;
-}
-
 void CRawLog::AddPending(std::string text) {
     CRecursiveLock lock(Session.DocLock);
     PendingTexts.push_back(std::move(text));
-}
-
-LogRecords CRawLog::HeaderRecords() {
-    CRecursiveLock lock(Session.DocLock);
-    LogRecords records;
-    const FrameTime now = Session.Clock.Now();
-    const StationInformation station = StationAt(Session, now, Messages);
-    for (const std::string& line : HeaderLines(Session, station, LocalCalendar(now)))
-        records.Add(0, MakeHeaderRecord(line));
-    return records;
-}
-
-FileCause CRawLog::CreateLogFile(const std::string& path, const LogRecords& header,
-                                 bool& inHeader) {
-    if (FileExists(path)) {
-        FileCause cause = SetReadOnly(path, false);
-        if (cause != FileCause::None)
-            AddPending(FileErrorMessage("while accessing the file", path, cause));
-    }
-    return Stage.Create(path, header, inHeader);
-}
-
-/// Kept: with an operator there, a finished log of the same second is replaced.
-/// Decided: not by a timer, which nobody watches, and never a log of this run: an hour comes twice
-/// when daylight saving ends.
-bool CRawLog::ReplacesOwnSecond(StartedBy starter) const {
-    CRecursiveLock lock(Session.DocLock);
-    return starter == StartedBy::Operator &&
-           (!Session.NoDialogs || Session.Options.overwriteExisting) &&
-           !PathsOfRun.contains(Session.Naming.logFilePath);
-}
-
-/// Decided: a name that is taken, or under which another program logs, gets the next suffix.
-FileCause CRawLog::CreateTimeStampLog(StartedBy starter, const LogRecords& header, bool& inHeader) {
-    const CalendarTime local = LocalCalendar(Session.Clock.Now());
-    FileCause cause = FileCause::SharingViolation;
-    for (int number = 1; number <= LastSuffix && cause == FileCause::SharingViolation; ++number) {
-        std::string path;
-        {
-            CRecursiveLock lock(Session.DocLock);
-            path = Session.Naming.logFilePath =
-                WithSuffix(Session.Naming.logDirectory + TimeStampFileName(local), number);
-        }
-        const bool usable = !FileExists(path) || (number == 1 && ReplacesOwnSecond(starter));
-        if (usable && !IsSymbolicLink(path))
-            cause = CreateLogFile(path, header, inHeader);
-    }
-    return cause;
 }
 
 void CRawLog::StartLog() {
@@ -340,9 +238,13 @@ void CRawLog::StartLog() {
         PathsOfRun.clear();
     PathsOfRun.insert(path);
     State.loggingActive = true;
-    State.runFailed = false;
+    State.runFailed = State.recovering = false;
     State.waitingForNextLog = false;
     State.logFilePath = path;
+    FileName = LastPartOf(path);
+    LogFolder = FileFolder = path.substr(0, path.size() - FileName.size());
+    FileBegun = StartMonotonic;
+    NoFileSaid = false;
     State.logOpen = true;
     ++LogNumber;
     Slots = 0;
@@ -352,20 +254,19 @@ void CRawLog::StartLog() {
     Sync.Watch(Stage.OpenFile());
 }
 
-void CRawLog::PlanRoundEnd() {
-    const LogOptions options = Session.Options;
-    Rounds.Begin(options.every.Seconds(), State.logStartTime, StartMonotonic);
-    if (options.durationEnabled && EndMonotonic <= Rounds.Due())
-        return;
-    State.logEndTime = State.logStartTime;
-    State.logEndTime.seconds += (Rounds.Due() - StartMonotonic + 500) / 1000;
-}
-
 bool CRawLog::EndLogFile(bool abort) {
-    bool ended;
     {
         CRecursiveLock lock(Session.DocLock);
-        ended = MarkEnd(abort);
+        NextTry = 0; // the last one
+    }
+    if (Status().recovering)
+        TendFile();
+    bool ended = false;
+    for (bool marked = false; !marked;) {
+        EndDone.Wait(); // also for another file that is being begun
+        CRecursiveLock lock(Session.DocLock);
+        marked = !Rescuing;
+        ended = marked && MarkEnd(abort);
     }
     CompleteEnd();
     EndDone.Wait(); // also for an end that another thread is about
@@ -375,7 +276,7 @@ bool CRawLog::EndLogFile(bool abort) {
 
 /// No frame joins the log any more; its file is closed by CompleteEnd.
 bool CRawLog::MarkEnd(bool abort, bool switches) {
-    if (LogStarting)
+    if (LogStarting || Rescuing)
         return false;
     if (!State.logOpen) {
         if (abort) {
@@ -388,7 +289,9 @@ bool CRawLog::MarkEnd(bool abort, bool switches) {
     PendingClose = Session.ExitIfDone && (!State.intervalRun || State.runFailed);
     Flush();
     State.logOpen = false;
-    Ending = EndingLog{State.logFilePath, abort}; // the naming may be the next log's by now
+    // The naming may be the next log's by now.
+    Ending = EndingLog{State.logFilePath, abort, !State.recovering};
+    State.recovering = false;
     EndDone.Clear();
     if (switches)
         Switched.Clear();
@@ -405,7 +308,8 @@ void CRawLog::CompleteEnd() {
         return;
     Sync.Finish();
     Stage.Close();
-    ProtectLogFile(ending->path);
+    if (ending->hasFile)
+        ProtectLogFile(ending->path);
     {
         CRecursiveLock lock(Session.DocLock);
         AfterEnd(*ending);
@@ -416,8 +320,9 @@ void CRawLog::CompleteEnd() {
 void CRawLog::AfterEnd(const EndingLog& ending) {
     AdvanceLogFileName(Session.Naming, Session.Station);
     NoteUnstored();
-    Messages.Raise(
-        {EventKind::LogEnded, ending.path, "End log file: \"" + ending.path + "\".\r\n"});
+    if (ending.hasFile)
+        Messages.Raise(
+            {EventKind::LogEnded, ending.path, "End log file: \"" + ending.path + "\".\r\n"});
     PendingAsterisk = PendingAsterisk || Session.Options.loggingSounds;
     RaiseViewsUpdate();
     const LogOptions options = Session.Options;
@@ -442,17 +347,6 @@ void CRawLog::EndRun() {
     RaiseViewsUpdate();
 }
 
-void CRawLog::ProtectLogFile(const std::string& path) {
-    bool readOnly = false;
-    if (IsReadOnly(path, readOnly) != FileCause::None) {
-        AddPending("An error occured while accessing the log file\r\n\"" + path + "\".");
-        return;
-    }
-    FileCause cause = SetReadOnly(path, true);
-    if (cause != FileCause::None)
-        AddPending(FileErrorMessage("while accessing the log file", path, cause));
-}
-
 void CRawLog::AbandonRun() {
     {
         CRecursiveLock lock(Session.DocLock);
@@ -461,133 +355,26 @@ void CRawLog::AbandonRun() {
     EndLogFile(true);
 }
 
-void CRawLog::OnLogTick() {
-    bool beginNext, updateViews;
+/// Where the operator wants a failed file to end the run.
+void CRawLog::EndFailed() {
     {
         CRecursiveLock lock(Session.DocLock);
-        NoteClockStep();
-        beginNext = TickLocked();
+        const FileTrouble trouble = Sync.Trouble();
+        const bool failed = Stage.Figures().cause != FileCause::None ||
+                            (trouble != FileTrouble::None && trouble != FileTrouble::SyncFailed);
+        if (!Session.ExitOnError || !State.logOpen || !failed)
+            return;
+        State.runFailed = true;
+        MarkEnd(true);
     }
     CompleteEnd();
-    ShowPending();
-    {
-        CRecursiveLock lock(Session.DocLock);
-        beginNext = beginNext || (State.waitingForNextLog && IsSwitching());
-    }
-    if (beginNext && !Begin(StartedBy::Timer)) {
-        {
-            CRecursiveLock lock(Session.DocLock);
-            State.runFailed = State.waitingForNextLog; // else the operator has ended it meanwhile
-        }
-        EndLogFile(true);
-    }
-    {
-        CRecursiveLock lock(Session.DocLock);
-        updateViews = std::exchange(ViewsUpdate, false);
-    }
-    if (updateViews && Session.OnViewsUpdate)
-        Session.OnViewsUpdate();
-}
-
-/// Returns whether the next log of an interval run is to begin.
-bool CRawLog::TickLocked() {
-    if (!State.loggingActive)
-        return false;
-    const std::int64_t monotonic = Session.Clock.MonotonicMilliseconds();
-    State.logElapsed = (monotonic - StartMonotonic) / 1000;
-    if (Session.Options.timeStampEnabled)
-        WriteTimeStamp(Session.Clock.Now());
-    const bool rounds = Session.Options.everyEnabled;
-    const bool round = rounds && Rounds.HasCome(Session.Clock.Now(), monotonic);
-    if (State.waitingForNextLog && (rounds ? round : monotonic >= StartMonotonic))
-        return true;
-    WatchDisk();
-    if (!State.logOpen)
-        return false;
-    if (round || (Session.Options.durationEnabled && monotonic >= EndMonotonic))
-        MarkEnd(false, round);
-    return false;
-}
-
-std::int64_t CRawLog::NextTimer() const {
-    CRecursiveLock lock(Session.DocLock);
-    constexpr std::int64_t never = std::numeric_limits<std::int64_t>::max();
-    const std::int64_t round = Session.Options.everyEnabled ? Rounds.Due() : never;
-    if (State.waitingForNextLog)
-        return std::min(StartMonotonic, round);
-    if (!State.logOpen)
-        return never;
-    return Session.Options.durationEnabled ? std::min(EndMonotonic, round) : round;
-}
-
-void CRawLog::WriteTimeStamp(const FrameTime& now) {
-    if (!State.logOpen || now.seconds == LastTimeStamp)
-        return;
-    LastTimeStamp = now.seconds;
-    Records.Add(0, AsBytes(MakeTimeStamp(LocalCalendar(now))));
-    Flush();
-}
-
-/// Says once that the disk has stopped, and once what that cost.
-void CRawLog::WatchDisk() {
-    const StageFigures figures = Stage.Figures();
-    if (figures.stalledMilliseconds < NotedStall) {
-        if (std::exchange(StallSaid, false))
-            Messages.Report(
-                Format("The disk takes data again: \"%s\".\r\n", State.logFilePath.c_str()));
-    } else if (!std::exchange(StallSaid, true)) {
-        Messages.Raise({EventKind::DiskStalled, State.logFilePath,
-                        Format("The disk has taken nothing of \"%s\" for %lld s; %zu bytes wait "
-                               "in memory.\r\n",
-                               State.logFilePath.c_str(),
-                               static_cast<long long>(figures.stalledMilliseconds / 1000),
-                               figures.waitingBytes)});
-    }
-    NoteUnstored();
-}
-
-void CRawLog::NoteUnstored() {
-    const std::uint64_t unstored = Stage.Figures().framesUnstored;
-    if (unstored <= UnstoredSaid)
-        return;
-    Messages.Raise({EventKind::FramesUnstored, State.logFilePath,
-                    Format("%llu frames were received and not stored in \"%s\".\r\n",
-                           static_cast<unsigned long long>(unstored - UnstoredSaid),
-                           State.logFilePath.c_str())});
-    UnstoredSaid = unstored;
-}
-
-void CRawLog::NoteClockStep() {
-    const std::int64_t before = Session.Clock.MonotonicMilliseconds();
-    const FrameTime wall = Session.Clock.Now();
-    if (Session.Clock.MonotonicMilliseconds() - before > ReadingSpan)
-        return;
-    const std::int64_t difference = wall.seconds * 1000 + wall.milliseconds - before;
-    const std::int64_t step = difference - std::exchange(ClockDifference, difference);
-    if (!std::exchange(ClockKnown, true) || (step > -NotedClockStep && step < NotedClockStep))
-        return;
-    const std::int64_t size = step < 0 ? -step : step;
-    Messages.Raise({EventKind::ClockStepped,
-                    {},
-                    Format("The system clock was set %s by %lld.%03lld seconds.\r\n",
-                           step < 0 ? "back" : "forward", static_cast<long long>(size / 1000),
-                           static_cast<long long>(size % 1000))});
 }
 
 void CRawLog::ShowPending() {
-    const bool failed = Stage.Figures().cause != FileCause::None;
     std::vector<std::string> texts;
     bool beep, asterisk, close;
-    if (failed) {
-        {
-            CRecursiveLock lock(Session.DocLock);
-            if (State.logOpen) {
-                State.runFailed = true;
-                MarkEnd(true);
-            }
-        }
-        CompleteEnd();
-    }
+    EndFailed();
+    TendFile();
     {
         CRecursiveLock lock(Session.DocLock);
         texts.swap(PendingTexts);

@@ -19,7 +19,8 @@ namespace qor {
 struct LogStatus {
     bool logOpen = false;       ///< a file is open and frames are written
     bool loggingActive = false; ///< a run is under way, also between the files of an interval run
-    bool runFailed = false;     ///< the last run ended by a failure, not by time or the operator
+    bool runFailed = false;  ///< the last run ended by a failure, or its file did and none is begun
+    bool recovering = false; ///< the file is lost; frames wait for the next
     bool waitingForNextLog = false; ///< an interval run waits for the start of its next file
     bool intervalRun = false;
     bool dataLogged = false;
@@ -124,6 +125,7 @@ class CRawLog {
     struct EndingLog {
         std::string path;
         bool abort;
+        bool hasFile; ///< false: it was lost before
     };
 
     void AddFrame(CQorViewIns& instrument) REQUIRES(Session.DocLock);
@@ -136,7 +138,19 @@ class CRawLog {
     bool OpenLogFile(StartedBy starter);
     FileCause CreateLogFile(const std::string& path, const LogRecords& header, bool& inHeader);
     FileCause CreateTimeStampLog(StartedBy starter, const LogRecords& header, bool& inHeader);
-    bool ReplacesOwnSecond(StartedBy starter) const;
+    bool ReplacesOwnSecond(StartedBy starter, const std::string& path) const;
+    bool NeedsAnotherFile();
+    /// Begins another file when the open one cannot be written any more: at once, then again and
+    /// again. Without the lock.
+    void TendFile();
+    void GiveFileUp();
+    bool BeginAnotherFile(const std::optional<std::string>& skipped);
+    /// Creates a log under the first free name: `name`, then with "-2" and so on. Its path; the
+    /// cause of the last failure when there is none.
+    std::string CreateInFolder(const std::string& folder, const std::string& name, bool replaces,
+                               const LogRecords& header, bool& inHeader, FileCause& cause);
+    void NoteOtherFile(const std::string& folder, const std::string& path);
+    void EndFailed();
     LogRecords HeaderRecords();
     void AddPending(std::string text);
     void StartLog() REQUIRES(Session.DocLock);
@@ -164,8 +178,16 @@ class CRawLog {
     std::uint32_t Slots GUARDED_BY(Session.DocLock) = 0;         ///< given in this log
 
     bool LogStarting GUARDED_BY(Session.DocLock) = false;
+    bool Rescuing GUARDED_BY(Session.DocLock) = false;      ///< another file is being begun
+    std::int64_t NextTry GUARDED_BY(Session.DocLock) = 0;   ///< of it, on the monotonic clock
+    std::string LogFolder GUARDED_BY(Session.DocLock);      ///< where the run's log was begun
+    std::string FileName GUARDED_BY(Session.DocLock);       ///< of the run's log, without suffix
+    std::string FileFolder GUARDED_BY(Session.DocLock);     ///< of the present file
+    std::int64_t FileBegun GUARDED_BY(Session.DocLock) = 0; ///< on the monotonic clock
+    bool NoFileSaid GUARDED_BY(Session.DocLock) = false; ///< that no other file can be begun
+    std::optional<std::int64_t> SyncGivenUp GUARDED_BY(Session.DocLock);
     std::optional<EndingLog> Ending GUARDED_BY(Session.DocLock);
-    CEvent EndDone; ///< no log is being ended
+    CEvent EndDone; ///< no log is being ended or given another file
     /// The override dialog was answered; its choice holds for the run.
     bool OverrideChosen GUARDED_BY(Session.DocLock) = false;
     bool ViewsUpdate GUARDED_BY(Session.DocLock) = false;

@@ -78,8 +78,11 @@ struct SessionState {
     std::optional<double> PressureTare GUARDED_BY(DocLock);
     /// While on, packages and instruments can be neither added nor removed.
     bool CalibrationMode GUARDED_BY(DocLock) = false;
-    bool NoDialogs GUARDED_BY(DocLock) = false;  ///< no dialog may be shown and nobody be asked
-    bool ExitIfDone GUARDED_BY(DocLock) = false; ///< the program ends when its log has ended
+    bool NoDialogs GUARDED_BY(DocLock) = false;   ///< no dialog may be shown and nobody be asked
+    bool ExitIfDone GUARDED_BY(DocLock) = false;  ///< the program ends when its log has ended
+    bool ExitOnError GUARDED_BY(DocLock) = false; ///< a log whose file fails ends the run
+    /// Folders for the log when its own takes none any more, in order.
+    std::vector<std::string> SpareDirectories GUARDED_BY(DocLock);
     /// Who sees every frame; each is kept by its CFrameWatch.
     std::vector<const FrameHook*> Watches GUARDED_BY(DocLock);
     /// Delivers raised view updates, once a tick, without the lock; set before anything runs.

@@ -804,16 +804,51 @@ class Acquisition(Folder):
         self.assertEqual(status, 1)
         self.assertIn(f"qorview-cli: error: {first.name}: telemetry acquisition aborted", errors)
 
-    def test_a_full_disk_ends_the_log_with_a_word_and_a_readable_file(self):
-        line = Line()
+    def test_a_full_disk_ends_the_log_with_a_word_and_another_takes_the_rest(self):
+        line, frames = Line(), self.frames_of(PROFILER, 40)
         limit = 18 * RECORD + 1000
-        process = self.start("--port", line.name, "-d", PROFILER)
-        resource.prlimit(process.pid, resource.RLIMIT_FSIZE, (limit, limit))
-        line.send(b"".join(self.frames_of(PROFILER, 40)))
-        output, errors = process.communicate(timeout=30)
-        self.assertEqual(process.returncode, 1)
-        self.assertIn(f"error: {self.raw}: Error writing to log file: ", errors.decode())
-        self.assertEqual(len(self.logged()) % (definition(PROFILER)["frame_size"] + TAG), 0)
+        spare = self.folder / "spare"
+        spare.mkdir()
+        for option in (("--exit-on-error",), ("--spare", str(spare))):
+            process = self.start("--port", line.name, "-d", PROFILER, "--overwrite", *option)
+            resource.prlimit(process.pid, resource.RLIMIT_FSIZE, (limit, resource.RLIM_INFINITY))
+            line.send(b"".join(frames))
+            if "--spare" in option:
+                wait_for(lambda: (spare / "run.raw").exists(), "the log on the spare folder")
+                resource.prlimit(process.pid, resource.RLIMIT_FSIZE, (resource.RLIM_INFINITY, resource.RLIM_INFINITY))
+                status, _, errors = self.finish(process)
+            else:
+                errors = process.communicate(timeout=30)[1].decode()
+                status = process.returncode
+            self.assertEqual(status, 1)
+            self.assertIn(f"error: {self.raw}: Error writing to log file: ", errors)
+            record = definition(PROFILER)["frame_size"] + TAG
+            self.assertEqual(len(self.logged()) % record, 0)
+        rest = behind_header((spare / "run.raw").read_bytes())
+        self.assertEqual(len(self.logged()) + len(rest), len(frames) * record)
+
+    def test_a_log_that_is_taken_away_is_said_and_another_goes_on(self):
+        takes = {"deleted": lambda path: path.unlink(),
+                 "moved away": lambda path: path.rename(self.folder / "moved"),
+                 "another file has its name": lambda path: (path.rename(self.folder / "moved"), path.write_text("x")),
+                 "cut off": lambda path: os.truncate(path, RECORD)}
+        frames = self.frames_of(PROFILER, 4)
+        for what, take in takes.items():
+            line = Line()
+            process = self.start("--port", line.name, "-d", PROFILER, "--overwrite")
+            line.send(frames[0])
+            wait_for(self.logged, "the first frame")
+            take(self.raw)
+            following = self.folder / ("run.raw" if what in ("deleted", "moved away") else "run-2.raw")
+            wait_for(lambda: following.exists() and following.stat().st_size >= RECORD, f"another file ({what})")
+            line.send(frames[1])
+            wait_for(lambda: behind_header(following.read_bytes()).startswith(frames[1]), "the second frame")
+            status, _, errors = self.finish(process)
+            self.assertEqual(status, 1, errors)
+            self.assertIn(what, errors)
+            for path in [*self.folder.glob("*.raw"), *self.folder.glob("moved")]:
+                path.chmod(0o600)
+                path.unlink()
 
     def test_a_port_is_not_shared_and_is_left_as_it_was(self):
         line = Line()

@@ -75,8 +75,9 @@ TEST_F(AFailingDisk, DiskFullInTheHeaderAbandonsTheLog) {
     EXPECT_FALSE(std::filesystem::exists(Folder + "cast.raw")) << "it would block its own name";
 }
 
-TEST_F(AFailingDisk, DiskFullEndsTheLogWithAWholeRecordAndStopsTheRun) {
+TEST_F(AFailingDisk, DiskFullEndsTheLogWithAWholeRecordAndStopsTheRunOnDemand) {
     CQorViewIns* pro = Add("PRO", Port);
+    Set(&SessionState::ExitOnError, true);
     Set([](LogOptions& options) {
         options.durationEnabled = options.repeatEnabled = true;
         options.duration = {1, 0, 0};
@@ -103,6 +104,45 @@ TEST_F(AFailingDisk, DiskFullEndsTheLogWithAWholeRecordAndStopsTheRun) {
     EXPECT_EQ(status.framesOffered, 3u);
     EXPECT_EQ(FramesThisLog(*pro), 3u);
     EXPECT_EQ(pro->FramesReceived, 6u);
+}
+
+TEST_F(AFailingDisk, AnotherFileTakesWhatTheFullDiskDidNot) {
+    const struct {
+        std::int64_t age; ///< of the file that fails, in milliseconds
+        bool spare;
+        const char* next;
+    } cases[] = {
+        {0, false, "cast-2.raw"}, {0, true, "spare/cast.raw"}, {5000, false, "cast-2.raw"}};
+    CQorViewIns* pro = Add("PRO", Port);
+    for (const auto& c : cases) {
+        const std::string next = Folder + c.next;
+        std::filesystem::create_directory(Folder + "spare");
+        Set(&SessionState::SpareDirectories,
+            c.spare ? std::vector{Folder + "spare/"} : std::vector<std::string>{});
+        ASSERT_TRUE(Begin());
+        Clock.Advance(c.age);
+        LimitFiles(2304 + 2 * 13 + 6);
+        for (int i = 1; i < 4; ++i)
+            Offer(*pro, {CounterFrame("PRO", i)});
+        LimitFiles(RLIM_INFINITY);
+        const bool waits = c.age == 0 && !c.spare;
+        EXPECT_EQ(Doc.RawLog.Status().recovering, waits) << next;
+        EXPECT_EQ(std::filesystem::exists(next), !waits) << next;
+        Clock.Advance(3000);
+        Doc.RawLog.OnLogTick();
+        Offer(*pro, {CounterFrame("PRO", 4)});
+        EXPECT_EQ(Content(Folder + "cast.raw").size(), 2304u + 2 * 13);
+        EXPECT_EQ(Content(next).size(), 2304u + 2 * 13) << "the third frame and the fourth";
+        const LogStatus status = Doc.RawLog.Status();
+        EXPECT_EQ(status.framesUnstored, 0u);
+        EXPECT_FALSE(status.recovering || status.runFailed);
+        EXPECT_TRUE(Doc.RawLog.EndLogFile(true));
+        EXPECT_THAT(Reported(), HasSubstr("End log file: \"" + next));
+        for (const std::string& path : {Folder + "cast.raw", next}) {
+            ASSERT_EQ(SetReadOnly(path, false), FileCause::None);
+            std::filesystem::remove(path);
+        }
+    }
 }
 
 TEST_F(AFailingDisk, RemovedLogIsToldAtItsEnd) {

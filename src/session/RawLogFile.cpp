@@ -1,0 +1,275 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// The files of raw logs: how one is created under a free name, what happens when the open one
+// cannot be written any more, and its protection at the end. Everything here waits for the disk,
+// without the lock.
+#include "session/RawLog.h"
+
+#include "base/Text.h"
+#include "platform/FileErrorText.h"
+#include "session/FileKind.h"
+#include "session/LogHeader.h"
+#include "session/SessionPath.h"
+#include "telemetry/RawLogFormat.h"
+
+#include <utility>
+
+namespace qor {
+namespace {
+
+/// How many logs of one folder may have the name of one second.
+constexpr int LastSuffix = 99;
+/// Between two tries to begin another file, in milliseconds.
+constexpr std::int64_t RetryMilliseconds = 3000;
+/// Between two files that are given up because they could not be synchronised.
+constexpr std::int64_t SyncPause = 60'000;
+
+/// "An error occured <doing what>\r\n"path"." and the cause.
+std::string FileErrorMessage(const char* doing, const std::string& path, FileCause cause) {
+    return std::string("An error occured ") + doing + "\r\n\"" + path + "\".\r\n" +
+           std::string(GetFileErrorText(cause));
+}
+
+/// "name-2.raw" and so on; number 1 is the name itself.
+std::string WithSuffix(const std::string& path, int number) {
+    if (number == 1)
+        return path;
+    const std::size_t dot = path.rfind('.');
+    return path.substr(0, dot) + "-" + std::to_string(number) + path.substr(dot);
+}
+
+/// What the operator reads of a file that is lost.
+std::string LossText(FileTrouble trouble) {
+    switch (trouble) {
+    case FileTrouble::None:
+    case FileTrouble::SyncFailed:
+        return {}; // said where it was seen
+    case FileTrouble::Deleted:
+        return "was deleted while it was written; what it held is lost.";
+    case FileTrouble::Replaced:
+        return "was taken away while it was written, and another file has its name.";
+    case FileTrouble::Moved:
+        return "was moved away while it was written.";
+    case FileTrouble::Truncated:
+        return "was cut off by another program while it was written.";
+    }
+    return {};
+}
+
+} // namespace
+
+bool CRawLog::OpenLogFile(StartedBy starter) {
+    std::string path;
+    bool named;
+    {
+        CRecursiveLock lock(Session.DocLock);
+        named = Session.Naming.logNamingMode != LogNamingMode::TimeStamp;
+        path = Session.Naming.logFilePath;
+    }
+    const LogRecords header = HeaderRecords();
+    bool inHeader = false;
+    FileCause cause = named ? CreateLogFile(path, header, inHeader)
+                            : CreateTimeStampLog(starter, header, inHeader);
+    if (cause == FileCause::None)
+        return true;
+    if (!inHeader) {
+        CRecursiveLock lock(Session.DocLock);
+        PendingTexts.push_back(
+            FileErrorMessage("opening the file", Session.Naming.logFilePath, cause));
+        return false;
+    }
+    Messages.Report("Error writing to log file: " + std::string(GetFileErrorText(cause)) + ".\r\n");
+    AddPending("An error occured creating the log file headers.\r\n"
+               "Logging has been aborted.\r\n"
+               "See the session log for details.");
+    return false;
+}
+
+LogRecords CRawLog::HeaderRecords() {
+    CRecursiveLock lock(Session.DocLock);
+    LogRecords records;
+    const FrameTime now = Session.Clock.Now();
+    const StationInformation station = StationAt(Session, now, Messages);
+    for (const std::string& line : HeaderLines(Session, station, LocalCalendar(now)))
+        records.Add(0, MakeHeaderRecord(line));
+    return records;
+}
+
+FileCause CRawLog::CreateLogFile(const std::string& path, const LogRecords& header,
+                                 bool& inHeader) {
+    const bool there = FileExists(path);
+    if (there) {
+        FileCause cause = SetReadOnly(path, false);
+        if (cause != FileCause::None)
+            AddPending(FileErrorMessage("while accessing the file", path, cause));
+    }
+    return Stage.Create(path, there, header, inHeader);
+}
+
+/// Kept: with an operator there, a finished log of the same second is replaced.
+/// Decided: not by a timer, which nobody watches, and never a log of this run: an hour comes twice
+/// when daylight saving ends.
+bool CRawLog::ReplacesOwnSecond(StartedBy starter, const std::string& path) const {
+    CRecursiveLock lock(Session.DocLock);
+    return starter == StartedBy::Operator &&
+           (!Session.NoDialogs || Session.Options.overwriteExisting) && !PathsOfRun.contains(path);
+}
+
+FileCause CRawLog::CreateTimeStampLog(StartedBy starter, const LogRecords& header, bool& inHeader) {
+    const std::string name = TimeStampFileName(LocalCalendar(Session.Clock.Now()));
+    std::string folder;
+    {
+        CRecursiveLock lock(Session.DocLock);
+        folder = Session.Naming.logDirectory;
+    }
+    FileCause cause = FileCause::None;
+    std::string path = CreateInFolder(folder, name, ReplacesOwnSecond(starter, folder + name),
+                                      header, inHeader, cause);
+    CRecursiveLock lock(Session.DocLock);
+    Session.Naming.logFilePath = std::move(path);
+    return cause;
+}
+
+/// Decided: a name that is taken, or under which another program logs, gets the next suffix.
+std::string CRawLog::CreateInFolder(const std::string& folder, const std::string& name,
+                                    bool replaces, const LogRecords& header, bool& inHeader,
+                                    FileCause& cause) {
+    cause = FileCause::SharingViolation;
+    for (int number = 1; number <= LastSuffix; ++number) {
+        std::string path = WithSuffix(folder + name, number);
+        if (IsSymbolicLink(path) || (FileExists(path) && !(replaces && number == 1)))
+            continue;
+        cause = CreateLogFile(path, header, inHeader);
+        // Another program may have been first with the name.
+        if (cause != FileCause::SharingViolation &&
+            (cause != FileCause::AccessDenied || !FileExists(path)))
+            return path;
+    }
+    return folder + name;
+}
+
+void CRawLog::ProtectLogFile(const std::string& path) {
+    bool readOnly = false;
+    if (IsReadOnly(path, readOnly) != FileCause::None) {
+        AddPending("An error occured while accessing the log file\r\n\"" + path + "\".");
+        return;
+    }
+    FileCause cause = SetReadOnly(path, true);
+    if (cause != FileCause::None)
+        AddPending(FileErrorMessage("while accessing the log file", path, cause));
+}
+
+bool CRawLog::NeedsAnotherFile() {
+    CRecursiveLock lock(Session.DocLock);
+    if (!State.logOpen || Rescuing || LogStarting || Session.ExitOnError)
+        return false;
+    if (State.recovering)
+        return Session.Clock.MonotonicMilliseconds() >= NextTry;
+    if (Stage.Figures().cause != FileCause::None)
+        return true;
+    const FileTrouble trouble = Sync.Trouble();
+    if (trouble != FileTrouble::SyncFailed)
+        return trouble != FileTrouble::None;
+    // On a disk that synchronises nothing one more file does not help.
+    const std::int64_t now = Session.Clock.MonotonicMilliseconds();
+    if (SyncGivenUp && now - *SyncGivenUp < SyncPause)
+        return false;
+    SyncGivenUp = now;
+    return true;
+}
+
+void CRawLog::TendFile() {
+    if (!NeedsAnotherFile())
+        return;
+    bool hasFile;
+    std::optional<std::string> skipped; // a folder whose file has failed at once
+    {
+        CRecursiveLock lock(Session.DocLock);
+        if (Rescuing || !State.logOpen) // another thread was first
+            return;
+        Rescuing = true;
+        EndDone.Clear();
+        hasFile = !std::exchange(State.recovering, true);
+        if (hasFile && Session.Clock.MonotonicMilliseconds() - FileBegun < RetryMilliseconds)
+            skipped = FileFolder;
+    }
+    if (hasFile)
+        GiveFileUp();
+    const bool begun = BeginAnotherFile(skipped);
+    {
+        CRecursiveLock lock(Session.DocLock);
+        Rescuing = false;
+        State.recovering = State.runFailed = !begun;
+        NextTry = Session.Clock.MonotonicMilliseconds() + RetryMilliseconds;
+        RaiseViewsUpdate();
+    }
+    EndDone.Set();
+}
+
+void CRawLog::GiveFileUp() {
+    // A failed write was said; cutting it back makes the file shorter.
+    const bool failed = Stage.Figures().cause != FileCause::None;
+    const FileTrouble trouble = failed ? FileTrouble::None : Sync.Trouble();
+    std::string path;
+    {
+        CRecursiveLock lock(Session.DocLock);
+        path = State.logFilePath;
+    }
+    if (const std::string text = LossText(trouble); !text.empty())
+        Messages.Raise(
+            {EventKind::LogFailed, path, "The log file \"" + path + "\" " + text + "\r\n"});
+    Sync.Finish();
+    Stage.Rest();
+    const bool there = trouble == FileTrouble::None || trouble == FileTrouble::SyncFailed ||
+                       trouble == FileTrouble::Truncated;
+    if (there)
+        ProtectLogFile(path);
+    Messages.Raise({EventKind::LogEnded, path, "End log file: \"" + path + "\".\r\n"});
+}
+
+bool CRawLog::BeginAnotherFile(const std::optional<std::string>& skipped) {
+    const LogRecords header = HeaderRecords();
+    std::vector<std::string> folders;
+    std::string name;
+    {
+        CRecursiveLock lock(Session.DocLock);
+        folders = Session.SpareDirectories;
+        folders.insert(folders.begin(), LogFolder);
+        if (skipped)
+            std::erase(folders, *skipped);
+        name = Session.Naming.logNamingMode == LogNamingMode::TimeStamp
+                   ? TimeStampFileName(LocalCalendar(Session.Clock.Now()))
+                   : FileName;
+    }
+    FileCause cause = FileCause::Generic;
+    bool inHeader = false;
+    for (const std::string& folder : folders) {
+        const std::string path = CreateInFolder(folder, name, false, header, inHeader, cause);
+        if (cause == FileCause::None) {
+            NoteOtherFile(folder, path);
+            return true;
+        }
+    }
+    CRecursiveLock lock(Session.DocLock);
+    if (!folders.empty() && !std::exchange(NoFileSaid, true))
+        Messages.Raise({EventKind::LogNotBegun, name,
+                        "No other log file can be begun: " + std::string(GetFileErrorText(cause)) +
+                            "\r\n\tFrames wait in memory; it is tried again every " +
+                            std::to_string(RetryMilliseconds / 1000) + " seconds.\r\n"});
+    return false;
+}
+
+void CRawLog::NoteOtherFile(const std::string& folder, const std::string& path) {
+    {
+        CRecursiveLock lock(Session.DocLock);
+        FileFolder = folder;
+        NoFileSaid = false;
+        FileBegun = Session.Clock.MonotonicMilliseconds();
+        State.logFilePath = path;
+        PathsOfRun.insert(path);
+        Messages.Raise({EventKind::LogBegun, path, "Begin log file: \"" + path + "\".\r\n"});
+    }
+    Sync.Watch(Stage.OpenFile());
+}
+
+} // namespace qor

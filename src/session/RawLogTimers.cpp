@@ -1,0 +1,148 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// What a raw log does with time: its end and the begin of the next, time-stamp sentences, and a
+// look once a second at the disk and the clock. The tick comes from the loop, without the lock.
+#include "session/RawLog.h"
+
+#include "base/Text.h"
+#include "telemetry/RawLogFormat.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+namespace qor {
+namespace {
+
+/// A step of the wall clock against the monotonic one that is worth a note, in milliseconds.
+constexpr std::int64_t NotedClockStep = 50;
+/// Reading the two clocks further apart than this says nothing about a step.
+constexpr std::int64_t ReadingSpan = 10;
+/// A write that takes longer than this is worth saying, in milliseconds.
+constexpr std::int64_t NotedStall = 2000;
+
+} // namespace
+
+void CRawLog::PlanRoundEnd() {
+    const LogOptions options = Session.Options;
+    Rounds.Begin(options.every.Seconds(), State.logStartTime, StartMonotonic);
+    if (options.durationEnabled && EndMonotonic <= Rounds.Due())
+        return;
+    State.logEndTime = State.logStartTime;
+    State.logEndTime.seconds += (Rounds.Due() - StartMonotonic + 500) / 1000;
+}
+
+void CRawLog::OnLogTick() {
+    bool beginNext, updateViews;
+    {
+        CRecursiveLock lock(Session.DocLock);
+        NoteClockStep();
+        beginNext = TickLocked();
+    }
+    CompleteEnd();
+    ShowPending();
+    {
+        CRecursiveLock lock(Session.DocLock);
+        beginNext = beginNext || (State.waitingForNextLog && IsSwitching());
+    }
+    if (beginNext && !Begin(StartedBy::Timer)) {
+        {
+            CRecursiveLock lock(Session.DocLock);
+            State.runFailed = State.waitingForNextLog; // else the operator has ended it meanwhile
+        }
+        EndLogFile(true);
+    }
+    {
+        CRecursiveLock lock(Session.DocLock);
+        updateViews = std::exchange(ViewsUpdate, false);
+    }
+    if (updateViews && Session.OnViewsUpdate)
+        Session.OnViewsUpdate();
+}
+
+/// Returns whether the next log of an interval run is to begin.
+bool CRawLog::TickLocked() {
+    if (!State.loggingActive)
+        return false;
+    const std::int64_t monotonic = Session.Clock.MonotonicMilliseconds();
+    State.logElapsed = (monotonic - StartMonotonic) / 1000;
+    if (Session.Options.timeStampEnabled)
+        WriteTimeStamp(Session.Clock.Now());
+    const bool rounds = Session.Options.everyEnabled;
+    const bool round = rounds && Rounds.HasCome(Session.Clock.Now(), monotonic);
+    if (State.waitingForNextLog && (rounds ? round : monotonic >= StartMonotonic))
+        return true;
+    WatchDisk();
+    if (!State.logOpen || State.recovering)
+        return false;
+    if (round || (Session.Options.durationEnabled && monotonic >= EndMonotonic))
+        MarkEnd(false, round);
+    return false;
+}
+
+std::int64_t CRawLog::NextTimer() const {
+    CRecursiveLock lock(Session.DocLock);
+    constexpr std::int64_t never = std::numeric_limits<std::int64_t>::max();
+    const std::int64_t round = Session.Options.everyEnabled ? Rounds.Due() : never;
+    if (State.waitingForNextLog)
+        return std::min(StartMonotonic, round);
+    if (!State.logOpen)
+        return never;
+    return Session.Options.durationEnabled ? std::min(EndMonotonic, round) : round;
+}
+
+void CRawLog::WriteTimeStamp(const FrameTime& now) {
+    if (!State.logOpen || now.seconds == LastTimeStamp)
+        return;
+    LastTimeStamp = now.seconds;
+    Records.Add(0, AsBytes(MakeTimeStamp(LocalCalendar(now))));
+    Flush();
+}
+
+/// Says once that the disk has stopped, and once what that cost.
+void CRawLog::WatchDisk() {
+    const StageFigures figures = Stage.Figures();
+    if (figures.stalledMilliseconds < NotedStall) {
+        if (std::exchange(StallSaid, false))
+            Messages.Report(
+                Format("The disk takes data again: \"%s\".\r\n", State.logFilePath.c_str()));
+    } else if (!std::exchange(StallSaid, true)) {
+        Messages.Raise({EventKind::DiskStalled, State.logFilePath,
+                        Format("The disk has taken nothing of \"%s\" for %lld s; %zu bytes wait "
+                               "in memory.\r\n",
+                               State.logFilePath.c_str(),
+                               static_cast<long long>(figures.stalledMilliseconds / 1000),
+                               figures.waitingBytes)});
+    }
+    NoteUnstored();
+}
+
+void CRawLog::NoteUnstored() {
+    const std::uint64_t unstored = Stage.Figures().framesUnstored;
+    if (unstored <= UnstoredSaid)
+        return;
+    Messages.Raise({EventKind::FramesUnstored, State.logFilePath,
+                    Format("%llu frames were received and not stored in \"%s\".\r\n",
+                           static_cast<unsigned long long>(unstored - UnstoredSaid),
+                           State.logFilePath.c_str())});
+    UnstoredSaid = unstored;
+}
+
+void CRawLog::NoteClockStep() {
+    const std::int64_t before = Session.Clock.MonotonicMilliseconds();
+    const FrameTime wall = Session.Clock.Now();
+    if (Session.Clock.MonotonicMilliseconds() - before > ReadingSpan)
+        return;
+    const std::int64_t difference = wall.seconds * 1000 + wall.milliseconds - before;
+    const std::int64_t step = difference - std::exchange(ClockDifference, difference);
+    if (!std::exchange(ClockKnown, true) || (step > -NotedClockStep && step < NotedClockStep))
+        return;
+    const std::int64_t size = step < 0 ? -step : step;
+    Messages.Raise({EventKind::ClockStepped,
+                    {},
+                    Format("The system clock was set %s by %lld.%03lld seconds.\r\n",
+                           step < 0 ? "back" : "forward", static_cast<long long>(size / 1000),
+                           static_cast<long long>(size % 1000))});
+}
+
+} // namespace qor
