@@ -824,8 +824,8 @@ class Acquisition(Folder):
             self.assertIn(f"error: {self.raw}: Error writing to log file: ", errors)
             record = definition(PROFILER)["frame_size"] + TAG
             self.assertEqual(len(self.logged()) % record, 0)
-        rest = behind_header((spare / "run.raw").read_bytes())
-        self.assertEqual(len(self.logged()) + len(rest), len(frames) * record)
+        logged = b"".join(behind_header(path.read_bytes()) for path in self.folder.rglob("run*.raw"))
+        self.assertEqual(len(logged), len(frames) * record)
 
     def test_a_log_that_is_taken_away_is_said_and_another_goes_on(self):
         takes = {"deleted": lambda path: path.unlink(),
