@@ -16,7 +16,8 @@ enum class EventKind : std::uint8_t {
     Note,     ///< for the session log alone
     LogBegun, ///< subject: the log's path, as for the other log events
     LogEnded,
-    LogFailed,      ///< a write failed and the log has ended
+    LogFailed,      ///< the log's file cannot be written any more
+    LogGoesOn,      ///< ... and another one goes on, of this subject
     LogNotBegun,    ///< a start that came to nothing
     NameTaken,      ///< a log of the name exists and is not replaced
     SyncFailed,     ///< the log could not be synchronised with the disk

@@ -12,6 +12,7 @@ namespace {
 constexpr EventAdvice Advices[] = {
     {EventKind::NameTaken, true, true, "Choose another name, or let it be replaced."},
     {EventKind::LogFailed, false, true, "Look at its disk and folder."},
+    {EventKind::LogGoesOn, true, false, ""},
     {EventKind::SyncFailed, true, true, "A power cut now may cost data; look at the disk."},
     {EventKind::DiskStalled, true, false, "Look at the disk; nothing is lost yet."},
     {EventKind::FramesUnstored, true, true, "The disk was too slow or full."},

@@ -33,7 +33,7 @@ CLogRun::CLogRun(CQorViewDoc& doc, LogRunPlan plan)
 
 void CLogRun::Note(const Event& event) {
     CLock lock(EventLock);
-    if (event.kind == EventKind::LogBegun)
+    if (event.kind == EventKind::LogBegun || event.kind == EventKind::LogGoesOn)
         Files.push_back(event.subject);
     if (event.kind != EventKind::Note)
         Events.push_back(event);

@@ -235,6 +235,8 @@ bool CRawLog::BeginAnotherFile(const std::optional<std::string>& skipped) {
         CRecursiveLock lock(Session.DocLock);
         folders = Session.SpareDirectories;
         folders.insert(folders.begin(), LogFolder);
+        if (Session.Naming.logDirectory != LogFolder) // chosen meanwhile
+            folders.insert(folders.begin(), Session.Naming.logDirectory);
         if (skipped)
             std::erase(folders, *skipped);
         name = Session.Naming.logNamingMode == LogNamingMode::TimeStamp
@@ -267,7 +269,9 @@ void CRawLog::NoteOtherFile(const std::string& folder, const std::string& path) 
         FileBegun = Session.Clock.MonotonicMilliseconds();
         State.logFilePath = path;
         PathsOfRun.insert(path);
-        Messages.Raise({EventKind::LogBegun, path, "Begin log file: \"" + path + "\".\r\n"});
+        Messages.Raise(
+            {EventKind::LogGoesOn, path,
+             "Begin log file: \"" + path + "\".\r\n\tIt goes on from the file that failed.\r\n"});
     }
     Sync.Watch(Stage.OpenFile());
 }

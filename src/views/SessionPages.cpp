@@ -202,7 +202,8 @@ Sign TimeLeftSign(double seconds) {
 LogPage MakeLogPage(const LogFacts& facts) {
     const LogStatus& log = facts.log;
     LogPage page;
-    page.state = log.logOpen             ? LogState::Open
+    page.state = log.recovering          ? LogState::Failed
+                 : log.logOpen           ? LogState::Open
                  : log.waitingForNextLog ? LogState::Between
                  : log.runFailed         ? LogState::Failed
                                          : LogState::Idle;

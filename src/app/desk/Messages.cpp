@@ -55,6 +55,7 @@ void CMessages::Show(const Event& event) {
         Parts.Window.Strip().Close("nagging");
         return;
     case EventKind::LogFailed:
+    case EventKind::LogGoesOn:
     case EventKind::LogNotBegun:
     case EventKind::NameTaken:
     case EventKind::SyncFailed:
