@@ -255,7 +255,7 @@ void AddCheckCommand(CLI::App& app, CommandContext& context) {
             "Try a definition or package on the bytes of a file, a port or standard input (-)")
         ->type_name("FILE|PORT[:BAUD[:8N1]]|-");
     command
-        ->add_option("-d,--definition,FILE", options.files,
+        ->add_option("-d,--definition,-p,--package,FILE", options.files,
                      "Definition files (.cal, .tdf), packages (.sip) or sessions (.qor)")
         ->type_name("FILE")
         ->check(CheckFile);

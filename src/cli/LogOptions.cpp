@@ -144,8 +144,10 @@ int ReadLogCall(const CLI::App& command, LogCallOptions& options) {
 void AddLogOptions(CLI::App& command, LogCallOptions& options) {
     AddSessionOption(command, options.sessionPath);
     command
-        .add_option("--port", options.portTexts,
-                    "Serial port, followed by the -d and -p files of its instruments (repeatable)")
+        .add_option(
+            "--port", options.portTexts,
+            "Serial port (at 19200:8N1 unless said), followed by the -d and -p files of its "
+            "instruments (repeatable)")
         ->type_name("NAME[:BAUD[:8N1]]")
         ->allow_extra_args(false);
     AddInstrumentOptions(command, options.names);
