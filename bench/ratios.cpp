@@ -198,7 +198,7 @@ void RawLogWriting(const Setting& setting, const CInstrument& radiometer) {
     });
     double logged = MedianSeconds([&] {
         CLogWriter writer;
-        if (writer.Create(path) != FileCause::None)
+        if (writer.Create(path, true) != FileCause::None)
             std::exit(1);
         LogRecords records;
         for (int i = 0; i < frames; ++i) {
