@@ -184,7 +184,7 @@ class CRawLog {
     std::string FileName GUARDED_BY(Session.DocLock);       ///< of the run's log, without suffix
     std::string FileFolder GUARDED_BY(Session.DocLock);     ///< of the present file
     std::int64_t FileBegun GUARDED_BY(Session.DocLock) = 0; ///< on the monotonic clock
-    bool NoFileSaid GUARDED_BY(Session.DocLock) = false; ///< that no other file can be begun
+    bool NoFileSaid GUARDED_BY(Session.DocLock) = false;    ///< that no other file can be begun
     std::optional<std::int64_t> SyncGivenUp GUARDED_BY(Session.DocLock);
     std::optional<EndingLog> Ending GUARDED_BY(Session.DocLock);
     CEvent EndDone; ///< no log is being ended or given another file
