@@ -63,7 +63,7 @@ class Guide(unittest.TestCase):
                       "--quiet")
 
     def has_done_its_work(self, call, output):
-        if "qorview-cli log" in call and "--print" not in call:
+        if "qorview-cli log" in call:  # the head of a table comes before the first frame
             said = "".join(path.read_text("latin-1") for path in self.folder.rglob("QorView.log"))
             return said.count("found on") >= max(1, call.count(" -d "))
         return output.stat().st_size > 0
