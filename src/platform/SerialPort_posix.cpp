@@ -10,6 +10,7 @@
 #include <asm/termbits.h>
 #include <cerrno>
 #include <cstdlib>
+#include <ctime>
 #include <fcntl.h>
 #include <linux/serial.h>
 #include <poll.h>
@@ -126,7 +127,14 @@ class CPosixSerialPort final : public CSerialPort {
     bool StatusPending = false;
     bool MoreExpected = true;  ///< the last read filled its buffer: try the next at once
     bool ReadWasNamed = false; ///< by the last Wait: a status that is also there is next
+    int WaitFailures = 0;      ///< in a row
+    SystemError WaitError = 0; ///< of the last of them
 };
+
+/// While waiting fails the port is read at this pace instead; when it has failed so often in a row
+/// it fails for good.
+constexpr timespec FailedWaitPause = {0, 10'000'000};
+constexpr int MostWaitFailures = 100;
 
 SystemError CPosixSerialPort::Open(const std::string& name) {
     Close();
@@ -168,6 +176,7 @@ SystemError CPosixSerialPort::TakeOver() {
     CountsErrors = ReadCounters(Cleared) == 0;
     MoreExpected = true;
     ReadPending = StatusPending = ReadWasNamed = false;
+    WaitFailures = 0;
     EventMask = 0;
     return 0;
 }
@@ -320,8 +329,14 @@ bool CPosixSerialPort::HasStatus() {
 WaitResult CPosixSerialPort::Wait(int milliseconds) {
     pollfd port{Port, POLLIN, 0};
     int result = ::poll(&port, ReadPending ? 1 : 0, milliseconds);
+    const bool failed = result < 0 && errno != EINTR;
+    WaitFailures = failed ? WaitFailures + 1 : 0;
+    if (failed) {
+        WaitError = ErrorOf(errno);
+        ::nanosleep(&FailedWaitPause, nullptr);
+    }
     // Data, hang-up and error alike end the read; collecting it tells which.
-    bool readDone = result > 0;
+    bool readDone = result > 0 || (failed && ReadPending);
     bool statusMayGoFirst = ReadWasNamed || !readDone;
     ReadWasNamed = false;
     if (statusMayGoFirst && HasStatus())
@@ -334,7 +349,8 @@ WaitResult CPosixSerialPort::Wait(int milliseconds) {
 
 SystemError CPosixSerialPort::CollectRead(std::size_t& got) {
     ReadPending = false;
-    return ReadNow(got);
+    got = 0;
+    return WaitFailures > MostWaitFailures ? WaitError : ReadNow(got);
 }
 
 SystemError CPosixSerialPort::CollectStatus(std::uint32_t& mask) {
