@@ -187,7 +187,7 @@ CLogRun::State CLogRun::Look() const {
 void CLogRun::End() {
     Doc.RawLog.AwaitNextLog(LongestSwitch); // what waits for the next log belongs into it
     Doc.DisconnectAll();
-    Doc.RawLog.EndLogFile(true);
+    Doc.RawLog.ShutDown(); // waits for the disk, whose last word the loop still hears
     Loop.Stop();
 }
 

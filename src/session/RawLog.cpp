@@ -255,12 +255,7 @@ void CRawLog::StartLog() {
 }
 
 bool CRawLog::EndLogFile(bool abort) {
-    {
-        CRecursiveLock lock(Session.DocLock);
-        NextTry = 0; // the last one
-    }
-    if (Status().recovering)
-        TendFile();
+    TendFileLast();
     bool ended = false;
     for (bool marked = false; !marked;) {
         EndDone.Wait(); // also for another file that is being begun
@@ -272,6 +267,25 @@ bool CRawLog::EndLogFile(bool abort) {
     EndDone.Wait(); // also for an end that another thread is about
     ShowPending();
     return ended;
+}
+
+/// What the file did not take, up to the last frame, has one more chance; a folder whose file
+/// failed at once is left out by the first try only.
+void CRawLog::TendFileLast() {
+    {
+        CRecursiveLock lock(Session.DocLock);
+        Flush();
+    }
+    Stage.Drain();
+    for (int tries = 0; tries < 2; ++tries) {
+        {
+            CRecursiveLock lock(Session.DocLock);
+            if (!State.recovering && (!State.logOpen || Stage.Figures().cause == FileCause::None))
+                return;
+            NextTry = 0;
+        }
+        TendFile();
+    }
 }
 
 /// No frame joins the log any more; its file is closed by CompleteEnd.

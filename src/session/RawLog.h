@@ -143,6 +143,7 @@ class CRawLog {
     /// Begins another file when the open one cannot be written any more: at once, then again and
     /// again. Without the lock.
     void TendFile();
+    void TendFileLast();
     void GiveFileUp();
     bool BeginAnotherFile(const std::optional<std::string>& skipped);
     /// Creates a log under the first free name: `name`, then with "-2" and so on. Its path; the
