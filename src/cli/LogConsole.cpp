@@ -20,6 +20,8 @@ namespace {
 constexpr int WatchMilliseconds = 100;
 constexpr int PositionMilliseconds = 3000;
 
+constexpr const char* NoThread = "the system has no thread to give; close other programs.";
+
 /// What can be done about a name that is taken, in the words of a call.
 constexpr std::string_view NameAdvice = "Choose another --name, or give --overwrite.";
 
@@ -54,6 +56,8 @@ void CLogConsole::ReportPorts() {
             ReportError(port.settings.portName + ": its driver refuses " +
                         LineTextOf(port.settings) + " (" + why +
                         "). Choose another speed or format with --port NAME:BAUD:8N1.");
+        else if (port.result == CommResult::WorkerNotStarted && port.systemError == 0)
+            ReportError(port.settings.portName + ": could not be connected: " + NoThread);
         else if (Document.Snapshot().resources.empty() || port.systemError == 0)
             ReportError("--port " + port.settings.portName + ": " +
                         OneLine(CommDetail(port.result)));
@@ -185,6 +189,10 @@ OutputResult CLogConsole::PlaceOfFirstLog() const {
 }
 
 int CLogConsole::Run() {
+    if (!Context.stop.IsWatching()) { // a request to stop would cut the log off
+        ReportError(NoThread);
+        return ExitFault;
+    }
     const bool ports = LogRun.SetUp();
     if (!LogRun.SessionRefusal().empty()) {
         ReportError(LogRun.SessionRefusal());
@@ -223,7 +231,7 @@ int CLogConsole::Run() {
     if (LogRun.Start()) {
         Watch();
     } else {
-        ReportError("the system has no thread to give; close other programs.");
+        ReportError(NoThread);
         Fault = true;
     }
     for (const ResourceStatus& resource : Document.Snapshot().resources)

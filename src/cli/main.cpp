@@ -8,6 +8,8 @@
 #include "cli/Report.h"
 #include "platform/File.h"
 
+#include <cstdlib>
+#include <exception>
 #include <memory>
 #include <new>
 
@@ -16,6 +18,17 @@ namespace {
 constexpr const char* Description =
     "QorView acquires, calibrates, checks and logs telemetry of optical and oceanographic "
     "instruments.\nEach command explains itself: qorview-cli help COMMAND.";
+
+/// Said without asking for more.
+constexpr std::string_view NoMemory =
+    "qorview-cli: error: out of memory; close other programs or give a smaller input.\n";
+
+/// Ends the program as it stands. What was handed to the system stays, and logs end with a whole
+/// record.
+[[noreturn]] void EndForMemory() {
+    qor::WriteError(NoMemory);
+    std::_Exit(qor::ExitFault);
+}
 
 int Run(int argc, char** argv) {
     std::vector<std::string> arguments = qor::CommandLineArguments(argc, argv);
@@ -47,6 +60,10 @@ int Run(int argc, char** argv) {
         qor::ReportError(qor::WhyRefused(app, error, arguments));
         return qor::ExitBadCall;
     }
+    // Decided: a log that gets no memory ends at once and with a word. Winding it up needs memory
+    // on several threads, and one that waits for another that got none waits for ever.
+    if (app.got_subcommand("log"))
+        std::set_new_handler(EndForMemory);
     qor::SetPipeStop(&context.stopEvent);
     const int status = context.body();
     qor::SetPipeStop(nullptr);
@@ -56,10 +73,19 @@ int Run(int argc, char** argv) {
 } // namespace
 
 int main(int argc, char** argv) {
+    std::set_terminate([] {
+        try {
+            if (std::current_exception())
+                std::rethrow_exception(std::current_exception());
+        } catch (const std::bad_alloc&) {
+            EndForMemory();
+        }
+        std::abort(); // as it does when another exception leaves here
+    });
     try {
         return Run(argc, argv);
     } catch (const std::bad_alloc&) {
-        qor::ReportError("out of memory; close other programs or give a smaller input.");
+        EndForMemory();
     } catch (const std::exception& error) {
         qor::ReportError(error.what());
     }

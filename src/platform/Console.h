@@ -70,6 +70,8 @@ class CStopWatch {
     CStopWatch(const CStopWatch&) = delete;
     CStopWatch& operator=(const CStopWatch&) = delete;
 
+    /// False when the system had no thread for it: then a request ends the process as it stands.
+    bool IsWatching() const;
     /// Cheap enough for an inner loop.
     bool Requested() const { return Asked.load(std::memory_order_relaxed); }
 

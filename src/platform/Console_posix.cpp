@@ -144,6 +144,10 @@ CStopWatch::CStopWatch(CEvent& stop, std::chrono::milliseconds sameRequest)
         pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
 }
 
+bool CStopWatch::IsWatching() const {
+    return Listener.IsRunning();
+}
+
 CStopWatch::~CStopWatch() {
     Ending = true;
     // This wakes the listener; it is taken there and has no other effect.

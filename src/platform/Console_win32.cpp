@@ -172,6 +172,10 @@ CStopWatch::CStopWatch(CEvent& stop, std::chrono::milliseconds sameRequest)
     SetConsoleCtrlHandler(StopHandler::Handle, TRUE);
 }
 
+bool CStopWatch::IsWatching() const {
+    return true; // the system brings a thread of its own
+}
+
 CStopWatch::~CStopWatch() {
     SetConsoleCtrlHandler(StopHandler::Handle, FALSE);
     StopHandler::SetWatch(nullptr);
