@@ -19,6 +19,10 @@ enum class EventKind : std::uint8_t {
     LogFailed,      ///< the log's file cannot be written any more
     LogGoesOn,      ///< ... and another one goes on, of this subject
     LogNotBegun,    ///< a start that came to nothing
+    LogRecovered,   ///< an earlier log that a crash had cut off was finished
+    SpaceLow,       ///< the disk will be full within a day; subject: the folder
+    SpaceShort,     ///< ... within an hour
+    ClockEarly,     ///< the system clock is before the program was made
     NameTaken,      ///< a log of the name exists and is not replaced
     SyncFailed,     ///< the log could not be synchronised with the disk
     DiskStalled,    ///< the disk takes nothing; frames wait in memory

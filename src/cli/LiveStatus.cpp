@@ -28,7 +28,13 @@ void CLiveStatus::Erase() {
         WriteError("\x1b[A\x1b[2K");
 }
 
-void CLiveStatus::Update() {
+/// Columns of a line.
+std::size_t CLiveStatus::Room() const {
+    return Terminal ? static_cast<std::size_t>(TerminalColumns(StandardStream::Error)) - 1
+                    : std::string::npos;
+}
+
+void CLiveStatus::Update(std::optional<double> secondsLeft) {
     if (Quiet)
         return;
     std::int64_t now = Clock.MonotonicMilliseconds();
@@ -36,15 +42,18 @@ void CLiveStatus::Update() {
     if (since < (Terminal ? DrawMilliseconds : SummaryMilliseconds))
         return;
     Last = now;
-    std::size_t room = std::string::npos;
-    if (Terminal)
-        room = static_cast<std::size_t>(TerminalColumns(StandardStream::Error)) - 1;
+    const std::size_t room = Room();
+    const SessionSnapshot snapshot = Doc.Snapshot();
     std::string text;
     int lines = 0;
-    for (const ResourceStatus& resource : Doc.Snapshot().resources) {
+    for (const ResourceStatus& resource : snapshot.resources) {
         const std::uint64_t before = std::exchange(LastFrames[resource.id], resource.frames);
         const double frames = static_cast<double>(resource.frames - before);
         text += StatusLine(resource, frames / (static_cast<double>(since) / 1000.0), room) + "\n";
+        ++lines;
+    }
+    if (const std::string line = LogLine(snapshot.log, secondsLeft, room); !line.empty()) {
+        text += line + "\n";
         ++lines;
     }
     Erase();

@@ -16,12 +16,14 @@ class CLiveStatus {
     CLiveStatus(const CQorViewDoc& doc, CClock& clock, bool quiet);
     ~CLiveStatus();
 
-    /// Draws or prints when it is time to.
-    void Update();
+    /// Draws or prints when it is time to. `secondsLeft`: what the disk still takes.
+    void Update(std::optional<double> secondsLeft);
     /// Takes the lines off the terminal, so that a message can be written.
     void Erase();
 
   private:
+    std::size_t Room() const;
+
     const CQorViewDoc& Doc;
     CClock& Clock;
     bool Quiet;

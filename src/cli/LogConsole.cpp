@@ -6,9 +6,11 @@
 #include "cli/Report.h"
 #include "platform/SystemText.h"
 #include "session/EventAdvice.h"
+#include "session/FileKind.h"
 #include "session/PortText.h"
 #include "views/LogLines.h"
 #include "views/PortList.h"
+#include "views/SessionPages.h"
 
 #include <algorithm>
 #include <utility>
@@ -115,28 +117,52 @@ void CLogConsole::NoteAborts(CLiveStatus& status, const SessionSnapshot& snapsho
     }
 }
 
+/// How long the disk lasts, and a word when that is not long.
+void CLogConsole::LookAtSpace(const LogStatus& log) {
+    if (!log.logOpen)
+        return;
+    const std::string folder = FolderPartOf(log.logFilePath);
+    Room.Watch(folder);
+    LogFacts facts;
+    facts.freeBytes = Room.FreeBytes();
+    facts.bytesPerSecond = LogGrowth(log);
+    const std::optional<double> left = qor::SecondsLeft(facts);
+    if (left)
+        SecondsLeft = left;
+    if (std::optional<Event> word = Space.Look(left, Clock.MonotonicMilliseconds(), folder))
+        Document.Raise(std::move(*word));
+}
+
 void CLogConsole::Watch() {
     // Lines that are drawn over and values would tear one another apart.
     const bool shared = Print.IsOn() && IsTerminal(StandardStream::Output);
     CLiveStatus status(Document, Clock, Context.quiet || shared);
-    while (!Context.stopEvent.Wait(WatchMilliseconds) && !User.CloseRequested.IsSet()) {
-        NoteAborts(status, Document.Snapshot());
-        ReportTroubles(&status);
-        if (Print.HasNews()) {
-            status.Erase();
-            Print.SayNews();
-        }
-        User.Print();
-        status.Update();
-        const CLogRun::State state = LogRun.Look();
-        if (state == CLogRun::State::Going)
-            continue;
-        status.Erase();
-        if (state == CLogRun::State::NoPort)
-            ReportError("no port is connected any more; the run ends.");
-        break;
+    CLogRun::State state = CLogRun::State::Going;
+    while (state == CLogRun::State::Going && !Context.stopEvent.Wait(WatchMilliseconds) &&
+           !User.CloseRequested.IsSet()) {
+        LookAtSpace(Document.Snapshot().log);
+        // A terminal that takes nothing is told later: the run does not wait for it.
+        if (ReaderTakes(StandardStream::Error))
+            Say(status);
+        state = LogRun.Look();
     }
+    HurryReaders();
+    status.Erase();
+    if (state == CLogRun::State::NoPort)
+        ReportError("no port is connected any more; the run ends.");
     NoteAborts(status, Document.Snapshot());
+}
+
+/// What has happened, and how the run stands.
+void CLogConsole::Say(CLiveStatus& status) {
+    NoteAborts(status, Document.Snapshot());
+    ReportTroubles(&status);
+    if (Print.HasNews()) {
+        status.Erase();
+        Print.SayNews();
+    }
+    User.Print();
+    status.Update(SecondsLeft);
 }
 
 void CLogConsole::ReportSilent(const SessionSnapshot& snapshot) {
@@ -160,6 +186,7 @@ void CLogConsole::Summarise() {
         if (const std::string line = DiscardedLine(resource); !line.empty())
             ReportWarning(line);
     ReportSilent(snapshot);
+    text += LogSummary(snapshot.log, LogRun.LogFiles().size(), SecondsLeft);
     text += SummaryLines(snapshot);
     if (Print.IsOn()) {
         WriteError(text);

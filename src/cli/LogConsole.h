@@ -9,7 +9,9 @@
 #include "cli/LiveStatus.h"
 #include "cli/OutputOptions.h"
 #include "cli/TerminalUser.h"
+#include "session/DiskRoom.h"
 #include "session/LogRun.h"
+#include "views/SpaceWarning.h"
 
 namespace qor {
 
@@ -28,6 +30,8 @@ class CLogConsole {
     void WarnOfFiles();
     bool ReportTroubles(CLiveStatus* status);
     void Watch();
+    void LookAtSpace(const LogStatus& log);
+    void Say(CLiveStatus& status);
     void NoteAborts(CLiveStatus& status, const SessionSnapshot& snapshot);
     void Summarise();
     void ReportSilent(const SessionSnapshot& snapshot);
@@ -41,6 +45,9 @@ class CLogConsole {
     CQorViewDoc Document;
     CLogRun LogRun;
     CLivePrint Print; ///< ends before what it prints
+    CDiskRoom Room;
+    CSpaceWarning Space;
+    std::optional<double> SecondsLeft; ///< as of the last look with an open log
     std::size_t PortsReported = 0;
     std::vector<ResourceId> Aborted;
     bool Fault = false;

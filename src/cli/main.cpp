@@ -60,10 +60,6 @@ int Run(int argc, char** argv) {
         qor::ReportError(qor::WhyRefused(app, error, arguments));
         return qor::ExitBadCall;
     }
-    // Decided: a log that gets no memory ends at once and with a word. Winding it up needs memory
-    // on several threads, and one that waits for another that got none waits for ever.
-    if (app.got_subcommand("log"))
-        std::set_new_handler(EndForMemory);
     qor::SetPipeStop(&context.stopEvent);
     const int status = context.body();
     qor::SetPipeStop(nullptr);

@@ -56,6 +56,10 @@ CalendarTime LocalCalendar(const FrameTime& time);
 /// %M %S %Y %m %y %j and %%).
 std::string FormatTime(const char* format, const CalendarTime& time);
 
+/// When the program was made, in seconds since 1970 UTC, to the day: a clock that says less is
+/// wrong.
+std::int64_t BuildTime();
+
 class CClock {
   public:
     virtual ~CClock() = default;

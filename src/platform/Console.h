@@ -46,6 +46,9 @@ enum class StreamWrite { Done, ReaderGone, ReaderStalls, Failed };
 /// (POSIX).
 void HurryReaders();
 
+/// False when a write of a line would wait for a reader that takes nothing (POSIX).
+bool ReaderTakes(StandardStream stream);
+
 /// Waits until a descriptor takes bytes; false when it takes none for two seconds after a request
 /// to stop (POSIX).
 bool WaitForReader(int descriptor);

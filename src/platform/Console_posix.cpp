@@ -93,6 +93,12 @@ void HurryReaders() {
     StopAsked = true;
 }
 
+bool ReaderTakes(StandardStream stream) {
+    const int descriptor = static_cast<int>(stream);
+    pollfd writable{descriptor, POLLOUT, 0};
+    return !HasReader(descriptor) || poll(&writable, 1, 0) != 0;
+}
+
 bool WaitForReader(int descriptor) {
     pollfd writable{descriptor, POLLOUT, 0};
     int waited = 0;

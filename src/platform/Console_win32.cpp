@@ -110,6 +110,10 @@ bool CanDraw(StandardStream stream) {
 
 void HurryReaders() {}
 
+bool ReaderTakes(StandardStream) {
+    return true;
+}
+
 int TerminalColumns(StandardStream stream) {
     CONSOLE_SCREEN_BUFFER_INFO info{};
     bool told = GetConsoleScreenBufferInfo(HandleOf(stream), &info) != FALSE;

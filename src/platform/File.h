@@ -68,6 +68,10 @@ class CFile {
     /// that leads nowhere, is AccessDenied.
     FileCause CreateNew(const std::string& path);
 
+    /// Opens a file that is there, for reading and writing with exclusive sharing; nothing of it
+    /// changes. A read-only one, or a symbolic link, is AccessDenied.
+    FileCause OpenAlone(const std::string& path);
+
     /// Opens an existing file (a device, a port) or creates one for writing, without truncating a
     /// device.
     FileCause OpenForWriting(const std::string& path);

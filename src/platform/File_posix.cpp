@@ -290,6 +290,29 @@ FileCause CFile::CreateNew(const std::string& path) {
     return FileCause::None;
 }
 
+FileCause CFile::OpenAlone(const std::string& path) {
+    Close();
+    int descriptor = -1;
+    struct stat status {};
+    FileCause cause = OpenDescriptor(path, O_RDWR | O_NOFOLLOW, descriptor, status);
+    if (cause != FileCause::None)
+        return cause == FileCause::BadPath ? FileCause::AccessDenied : cause;
+    cause = S_ISREG(status.st_mode) && (status.st_mode & AnyWriteBit) != 0
+                ? LockExclusively(descriptor)
+                : FileCause::AccessDenied;
+    if (cause == FileCause::None && !StillAt(path, status))
+        cause = FileCause::SharingViolation;
+    if (cause != FileCause::None) {
+        ::close(descriptor);
+        return cause;
+    }
+    Handle = descriptor;
+    Claimed = true;
+    OpenedPath = path;
+    OpenedFullPath = FullPathOf(path);
+    return FileCause::None;
+}
+
 FileCause CFile::OpenForWriting(const std::string& path) {
     Close();
     int descriptor = -1;

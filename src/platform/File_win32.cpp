@@ -57,6 +57,7 @@ constexpr DWORD ShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELET
 constexpr OpenRequest ReadExisting = {GENERIC_READ, ShareAll, OPEN_EXISTING};
 constexpr OpenRequest CreateAlone = {GENERIC_WRITE, 0, CREATE_ALWAYS};
 constexpr OpenRequest CreateUnknown = {GENERIC_WRITE, 0, CREATE_NEW};
+constexpr OpenRequest ChangeAlone = {GENERIC_READ | GENERIC_WRITE, 0, OPEN_EXISTING};
 constexpr OpenRequest WriteAny = {GENERIC_WRITE, FILE_SHARE_READ, OPEN_ALWAYS};
 
 constexpr const char* StandardInputPath = "-";
@@ -257,6 +258,21 @@ FileCause CFile::CreateNew(const std::string& path) {
     Close();
     OpenFilePointer file;
     if (FileCause cause = OpenHandle(WidePath(path), CreateUnknown, file); cause != FileCause::None)
+        return cause;
+    if (!file->isDisk)
+        return FileCause::AccessDenied;
+    Handle = reinterpret_cast<std::intptr_t>(file.release());
+    OpenedPath = path;
+    OpenedFullPath = FullPathOf(path);
+    return FileCause::None;
+}
+
+FileCause CFile::OpenAlone(const std::string& path) {
+    Close();
+    OpenFilePointer file;
+    if (IsSymbolicLink(path))
+        return FileCause::AccessDenied;
+    if (FileCause cause = TryOpen(WidePath(path), ChangeAlone, file); cause != FileCause::None)
         return cause;
     if (!file->isDisk)
         return FileCause::AccessDenied;

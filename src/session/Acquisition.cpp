@@ -6,6 +6,7 @@
 #include "session/SessionLog.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 namespace qor {
@@ -125,7 +126,11 @@ std::size_t CAcquisition::ProcessFrames(CFrameQueue& frames) {
     const std::int64_t now = Session.Clock.MonotonicMilliseconds();
     std::size_t claimed = 0;
     for (; !frames.Empty(); frames.DropFront())
-        claimed += ProcessFrame(frames.Front(), now) ? 1 : 0;
+        try {
+            claimed += ProcessFrame(frames.Front(), now) ? 1 : 0;
+        } catch (const std::bad_alloc&) { // costs this frame, not the run
+            RawLog.LoseFrame();
+        }
     RawLog.LockIsHeld();
     RawLog.Flush();
     return claimed;

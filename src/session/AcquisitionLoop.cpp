@@ -25,6 +25,7 @@ bool CAcquisitionLoop::Start() {
     if (Running)
         return true;
     Stopping.Clear();
+    SayEarlyClock();
     Running = Acquisition.Start(ThreadPriority::Normal, [this] { RunAcquisition(); });
     if (Running && (!Ticker.Start(ThreadPriority::Normal, [this] { RunTicker(); }) ||
                     !Captures.Start(ThreadPriority::Normal, [this] { RunCaptures(); }))) {
@@ -32,6 +33,17 @@ bool CAcquisitionLoop::Start() {
         return false;
     }
     return Running;
+}
+
+/// A computer whose clock has lost its time tells a year in which the program did not exist.
+void CAcquisitionLoop::SayEarlyClock() {
+    const FrameTime now = Doc.Clock.Now();
+    if (now.seconds >= BuildTime())
+        return;
+    Doc.Raise({EventKind::ClockEarly,
+               {},
+               "The system clock says " + FormatTime("%Y-%m-%d %H:%M", LocalCalendar(now)) +
+                   ", a time before this program was made.\r\n"});
 }
 
 void CAcquisitionLoop::Stop() {

@@ -44,6 +44,7 @@ class CAcquisitionLoop {
   private:
     bool Take(int milliseconds);
     bool TickIfDue();
+    void SayEarlyClock();
     void RunAcquisition();
     void RunTicker();
     void RunCaptures();

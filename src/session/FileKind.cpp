@@ -39,6 +39,10 @@ bool HasHeaderLine(std::string_view text) {
 
 } // namespace
 
+std::string FolderPartOf(std::string_view path) {
+    return std::string(path.substr(0, path.size() - LastPartOf(path).size()));
+}
+
 std::string_view LastPartOf(std::string_view path) {
     return path.substr(path.find_last_of("/\\") + 1); // all of it where there is none
 }

@@ -19,6 +19,8 @@ std::string ExtensionOf(std::string_view path);
 
 /// The last part of a path: the file's own name.
 std::string_view LastPartOf(std::string_view path);
+/// What stands before it, with its separator; empty for a name alone.
+std::string FolderPartOf(std::string_view path);
 
 /// The last part of a path without its extension.
 std::string StemOf(std::string_view path);

@@ -12,7 +12,6 @@
 namespace qor {
 namespace {
 
-constexpr const char* RawExtension = ".raw";
 constexpr std::int32_t LastSqmSequence = 999;
 
 bool HasExtension(const std::string& name) {
@@ -92,6 +91,13 @@ std::string LogDisplayName(const LogNaming& naming, const StationInformation& st
 std::string TimeStampFileName(const CalendarTime& local) {
     return Format("%04d-%03d-%02d%02d%02d.raw", local.year, local.dayOfYear, local.hour,
                   local.minute, local.second);
+}
+
+std::string WithSuffix(const std::string& path, int number) {
+    if (number == 1)
+        return path;
+    const std::size_t dot = path.rfind('.');
+    return path.substr(0, dot) + "-" + std::to_string(number) + path.substr(dot);
 }
 
 std::string NamingFault(const LogNaming& naming) {

@@ -35,6 +35,7 @@ std::optional<LogNamingMode> NamingOfName(std::string_view name);
 /// All names for a message, in quotes.
 std::string AllNamingNames();
 
+inline constexpr const char* RawExtension = ".raw";
 inline constexpr const char* TimeStampDisplayName = "(TIME STAMP)";
 
 struct LogNaming {
@@ -56,6 +57,9 @@ std::string LogDisplayName(const LogNaming& naming, const StationInformation& st
 
 /// "YYYY-DDD-HHMMSS.raw" of a local time.
 std::string TimeStampFileName(const CalendarTime& local);
+
+/// "name-2.raw" and so on, for a name that is taken; number 1 is the name itself.
+std::string WithSuffix(const std::string& path, int number);
 
 /// What is wrong with naming settings or with the station, as one sentence; empty when they can be
 /// used: a part of a file's name holds no separator and no control character, a cast of AUTOCAST

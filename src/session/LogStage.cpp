@@ -48,9 +48,10 @@ FileCause CLogStage::Create(const std::string& path, bool replaces, const LogRec
     }
     {
         CLock lock(StageLock);
-        const std::uint64_t unstored = Resting ? Counted.framesUnstored : 0;
-        Counted = {};
-        Counted.framesUnstored = unstored;
+        const StageFigures before = std::exchange(Counted, {});
+        Counted.framesUnstored = Resting ? before.framesUnstored : 0;
+        Counted.totalWritten = before.totalWritten;
+        Counted.totalUnstored = before.totalUnstored;
         Counted.fileSize = Writer.Size();
         Offered.clear();
         Resting = false;
@@ -59,20 +60,28 @@ FileCause CLogStage::Create(const std::string& path, bool replaces, const LogRec
     return FileCause::None;
 }
 
-std::uint64_t CLogStage::FramesIn(const LogRecords& records) {
-    return static_cast<std::uint64_t>(std::ranges::count_if(
+void CLogStage::CountUnstored(const LogRecords& records) {
+    const auto frames = static_cast<std::uint64_t>(std::ranges::count_if(
         records.marks, [](const LogRecords::Mark& mark) { return mark.owner != 0; }));
+    Counted.framesUnstored += frames;
+    Counted.totalUnstored += frames;
+}
+
+void CLogStage::LoseFrame() {
+    CLock lock(StageLock);
+    ++Counted.framesUnstored;
+    ++Counted.totalUnstored;
 }
 
 bool CLogStage::Append(LogRecords& records) {
     {
         CLock lock(StageLock);
-        if (Pending.bytes.size() + WritingBytes + records.bytes.size() > Limit) {
-            Counted.framesUnstored += FramesIn(records);
+        if (Pending.bytes.size() + WritingBytes + records.bytes.size() > Limit ||
+            !Pending.Take(records)) {
+            CountUnstored(records);
             records.Clear();
             return false;
         }
-        Pending.Take(records);
         if (!std::exchange(Idle, false))
             return true;
     }
@@ -123,7 +132,8 @@ void CLogStage::WriteTaken() {
         Count(written, cause);
         if (cause != FileCause::None) {
             Writing.DropFirst(written);
-            Writing.Take(Pending);
+            if (!Writing.Take(Pending))
+                CountUnstored(Pending);
             std::swap(Writing, Pending);
             Resting = true;
         }
@@ -146,6 +156,7 @@ void CLogStage::Count(std::size_t written, FileCause cause) {
         ++Offered[owner];
         ++Counted.framesOffered;
         Counted.framesWritten += i < written;
+        Counted.totalWritten += i < written;
     }
     Counted.fileSize = Writer.Size();
     Counted.cause = cause;
@@ -174,7 +185,7 @@ void CLogStage::Close() {
     Drain();
     Writer.Close();
     CLock lock(StageLock);
-    Counted.framesUnstored += FramesIn(Pending);
+    CountUnstored(Pending);
     Pending.Clear();
     Resting = false;
 }

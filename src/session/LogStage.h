@@ -22,6 +22,8 @@ struct StageFigures {
     std::uint64_t framesWritten = 0;
     std::uint64_t framesOffered = 0;  ///< written, and the one at which the file failed
     std::uint64_t framesUnstored = 0; ///< accepted, but neither in the file nor waiting
+    std::uint64_t totalWritten = 0;   ///< in all files so far
+    std::uint64_t totalUnstored = 0;  ///< in none of them
     std::size_t waitingBytes = 0;
     std::int64_t stalledMilliseconds = 0; ///< how long the present write has taken
     FileCause cause = FileCause::None;    ///< of the failure after which it rests
@@ -53,6 +55,8 @@ class CLogStage {
     /// Hands the records to the writer and leaves the list empty. False when there is no room: then
     /// the frames among them are counted as unstored.
     bool Append(LogRecords& records);
+    /// A frame could not even be handed over.
+    void LoseFrame();
     /// Closes the file without waiting for a healthy end: what is not in it waits for the next
     /// Create.
     void Rest();
@@ -71,7 +75,7 @@ class CLogStage {
     void Run();
     void WriteTaken();
     void Count(std::size_t written, FileCause cause) REQUIRES(StageLock);
-    static std::uint64_t FramesIn(const LogRecords& records);
+    void CountUnstored(const LogRecords& records) REQUIRES(StageLock);
 
     CClock& Clock;
     CMessageSink& Messages;

@@ -4,27 +4,43 @@
 #include "session/LogWriter.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 namespace qor {
 
 void LogRecords::Add(std::uint32_t owner, ByteSpan record, ByteSpan tag) {
-    bytes.insert(bytes.end(), record.begin(), record.end());
-    bytes.insert(bytes.end(), tag.begin(), tag.end());
-    marks.push_back({bytes.size(), owner});
+    const std::size_t before = bytes.size();
+    marks.push_back({before + record.size() + tag.size(), owner});
+    try {
+        bytes.insert(bytes.end(), record.begin(), record.end());
+        bytes.insert(bytes.end(), tag.begin(), tag.end());
+    } catch (const std::bad_alloc&) { // a part of a record would spoil all that follow
+        bytes.resize(before);
+        marks.pop_back();
+        throw;
+    }
 }
 
-void LogRecords::Take(LogRecords& other) {
+bool LogRecords::Take(LogRecords& other) {
     if (Empty()) {
         std::swap(bytes, other.bytes);
         std::swap(marks, other.marks);
-    } else {
-        const std::size_t before = bytes.size();
-        bytes.insert(bytes.end(), other.bytes.begin(), other.bytes.end());
-        for (const Mark& mark : other.marks)
-            marks.push_back({before + mark.end, mark.owner});
+        other.Clear();
+        return true;
     }
+    const std::size_t bytesBefore = bytes.size(), marksBefore = marks.size();
+    try {
+        marks.insert(marks.end(), other.marks.begin(), other.marks.end());
+        bytes.insert(bytes.end(), other.bytes.begin(), other.bytes.end());
+    } catch (const std::bad_alloc&) {
+        marks.resize(marksBefore);
+        return false;
+    }
+    for (std::size_t i = marksBefore; i < marks.size(); ++i)
+        marks[i].end += bytesBefore;
     other.Clear();
+    return true;
 }
 
 void LogRecords::DropFirst(std::size_t count) {

@@ -23,8 +23,9 @@ struct LogRecords {
     bool Empty() const { return marks.empty(); }
     /// Adds one record, in two parts.
     void Add(std::uint32_t owner, ByteSpan record, ByteSpan tag = {});
-    /// Adds those of another list and leaves it empty.
-    void Take(LogRecords& other);
+    /// Adds those of another list and leaves it empty. False, and nothing has changed, when there
+    /// is no memory for them.
+    bool Take(LogRecords& other);
     /// Takes so many records off the beginning.
     void DropFirst(std::size_t count);
     void Clear();

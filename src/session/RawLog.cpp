@@ -7,6 +7,7 @@
 
 #include "base/Text.h"
 #include "session/FileKind.h"
+#include "session/LogRecovery.h"
 #include "session/SessionPath.h"
 #include "session/SpanText.h"
 
@@ -126,7 +127,7 @@ bool CRawLog::BuildLogFileName() {
         SayNotBegun("its name is that of a symbolic link; choose another.");
         return false;
     }
-    if (FileExists(path) && !MayReplace(path))
+    if (FileExists(path) && !IsAbandonedLog(path) && !MayReplace(path))
         return false;
     CRecursiveLock lock(Session.DocLock);
     Session.Naming.logFilePath = path;
@@ -168,6 +169,8 @@ bool CRawLog::BeginLogFile() {
 
 bool CRawLog::Begin(StartedBy starter) {
     EndDone.Wait(); // the log before gives its file away first
+    if (starter == StartedBy::Operator)
+        FinishEarlierLogs();
     if (!BuildLogFileName() || !ClaimStart(starter) || !ConfirmOverride())
         return false;
     const bool begun = OpenLogFile(starter);
@@ -235,14 +238,14 @@ void CRawLog::StartLog() {
     State.intervalRun = State.intervalRun || RepeatsLogs(options);
     Switched.Set();
     if (!State.loggingActive)
-        PathsOfRun.clear();
+        BeginRun();
     PathsOfRun.insert(path);
     State.loggingActive = true;
     State.runFailed = State.recovering = false;
     State.waitingForNextLog = false;
     State.logFilePath = path;
     FileName = LastPartOf(path);
-    LogFolder = FileFolder = path.substr(0, path.size() - FileName.size());
+    LogFolder = FileFolder = FolderPartOf(path);
     FileBegun = StartMonotonic;
     NoFileSaid = false;
     State.logOpen = true;
@@ -252,6 +255,13 @@ void CRawLog::StartLog() {
     StallSaid = false;
     RaiseViewsUpdate();
     Sync.Watch(Stage.OpenFile());
+}
+
+void CRawLog::BeginRun() {
+    const StageFigures figures = Stage.Figures();
+    PathsOfRun.clear();
+    WrittenBefore = figures.totalWritten;
+    UnstoredBefore = figures.totalUnstored;
 }
 
 bool CRawLog::EndLogFile(bool abort) {
@@ -413,6 +423,8 @@ LogStatus CRawLog::Status() const {
     status.framesLogged = figures.framesWritten;
     status.framesOffered = figures.framesOffered + FaultyOffered;
     status.framesUnstored = figures.framesUnstored;
+    status.runFrames = figures.totalWritten - WrittenBefore;
+    status.runUnstored = figures.totalUnstored - UnstoredBefore;
     status.dataLogged = State.dataLogged;
     status.fileSize = figures.fileSize;
     status.waitingBytes = figures.waitingBytes;

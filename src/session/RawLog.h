@@ -27,6 +27,8 @@ struct LogStatus {
     std::uint64_t framesLogged = 0;   ///< in the file
     std::uint64_t framesOffered = 0;  ///< handed to it
     std::uint64_t framesUnstored = 0; ///< accepted, but lost to the log
+    std::uint64_t runFrames = 0;      ///< in all files of the run, or of the latest one
+    std::uint64_t runUnstored = 0;    ///< accepted since it began, but in none of them
     std::uint64_t fileSize = 0;       ///< bytes in the file, as of its last whole record
     std::size_t waitingBytes = 0;     ///< in memory, not yet taken by the disk
     std::size_t waitingCapacity = 0;
@@ -87,6 +89,8 @@ class CRawLog {
         if (Takes(instrument))
             AddFrame(instrument);
     }
+    /// There was no memory for a frame.
+    void LoseFrame() REQUIRES(Session.DocLock) { Stage.LoseFrame(); }
     void Flush() REQUIRES(Session.DocLock);
     /// Whether the instrument's frames go into the open log.
     bool Takes(const CQorViewIns& instrument) const REQUIRES(Session.DocLock) {
@@ -134,6 +138,7 @@ class CRawLog {
     void SayNotBegun(const char* why) REQUIRES(Session.DocLock);
     bool MayReplace(const std::string& path);
     bool ClaimStart(StartedBy starter);
+    void FinishEarlierLogs();
     bool ConfirmOverride();
     bool OpenLogFile(StartedBy starter);
     FileCause CreateLogFile(const std::string& path, const LogRecords& header, bool& inHeader);
@@ -155,6 +160,7 @@ class CRawLog {
     LogRecords HeaderRecords();
     void AddPending(std::string text);
     void StartLog() REQUIRES(Session.DocLock);
+    void BeginRun() REQUIRES(Session.DocLock);
     bool MarkEnd(bool abort, bool switches = false) REQUIRES(Session.DocLock);
     void CompleteEnd();
     void AfterEnd(const EndingLog& ending) REQUIRES(Session.DocLock);
@@ -205,6 +211,9 @@ class CRawLog {
     std::int64_t ClockDifference GUARDED_BY(Session.DocLock) = 0;
     bool ClockKnown GUARDED_BY(Session.DocLock) = false;
     bool StallSaid GUARDED_BY(Session.DocLock) = false;
+    std::uint64_t WrittenBefore GUARDED_BY(Session.DocLock) = 0;  ///< the run, by the stage
+    std::uint64_t UnstoredBefore GUARDED_BY(Session.DocLock) = 0; ///< the same
+    std::int64_t FailedSince GUARDED_BY(Session.DocLock) = 0;     ///< monotonic, while recovering
     std::uint64_t UnstoredSaid GUARDED_BY(Session.DocLock) = 0;
 
     // What the operator is to see and hear once the lock is released.

@@ -9,6 +9,8 @@
 #include "platform/FileErrorText.h"
 #include "session/FileKind.h"
 #include "session/LogHeader.h"
+#include "session/LogName.h"
+#include "session/LogRecovery.h"
 #include "session/SessionPath.h"
 #include "telemetry/RawLogFormat.h"
 
@@ -30,14 +32,6 @@ std::string FileErrorMessage(const char* doing, const std::string& path, FileCau
            std::string(GetFileErrorText(cause));
 }
 
-/// "name-2.raw" and so on; number 1 is the name itself.
-std::string WithSuffix(const std::string& path, int number) {
-    if (number == 1)
-        return path;
-    const std::size_t dot = path.rfind('.');
-    return path.substr(0, dot) + "-" + std::to_string(number) + path.substr(dot);
-}
-
 /// What the operator reads of a file that is lost.
 std::string LossText(FileTrouble trouble) {
     switch (trouble) {
@@ -57,6 +51,22 @@ std::string LossText(FileTrouble trouble) {
 }
 
 } // namespace
+
+/// What a crash has left in the folders of this run.
+void CRawLog::FinishEarlierLogs() {
+    std::vector<LoggedInstrument> instruments;
+    std::vector<std::string> folders;
+    {
+        CRecursiveLock lock(Session.DocLock);
+        if (State.loggingActive)
+            return;
+        instruments = Session.LoggedInstruments();
+        folders = Session.SpareDirectories;
+        folders.push_back(Session.Naming.logDirectory);
+    }
+    for (const std::string& folder : folders)
+        FinishCutLogs(folder, RawExtension, instruments, Messages);
+}
 
 bool CRawLog::OpenLogFile(StartedBy starter) {
     std::string path;
@@ -190,6 +200,8 @@ void CRawLog::TendFile() {
         Rescuing = true;
         EndDone.Clear();
         hasFile = !std::exchange(State.recovering, true);
+        if (hasFile)
+            FailedSince = Session.Clock.MonotonicMilliseconds();
         if (hasFile && Session.Clock.MonotonicMilliseconds() - FileBegun < RetryMilliseconds)
             skipped = FileFolder;
     }
@@ -267,11 +279,18 @@ void CRawLog::NoteOtherFile(const std::string& folder, const std::string& path) 
         FileFolder = folder;
         NoFileSaid = false;
         FileBegun = Session.Clock.MonotonicMilliseconds();
+        const std::uint64_t lost = Stage.Figures().framesUnstored;
+        const std::string gap = Format(
+            "It goes on from the file that failed %lld s before; %s.",
+            static_cast<long long>((FileBegun - FailedSince) / 1000),
+            lost <= UnstoredSaid ? "no frame was lost between"
+                                 : Format("%llu frames were received and not stored",
+                                          static_cast<unsigned long long>(lost - UnstoredSaid))
+                                       .c_str());
         State.logFilePath = path;
         PathsOfRun.insert(path);
         Messages.Raise(
-            {EventKind::LogGoesOn, path,
-             "Begin log file: \"" + path + "\".\r\n\tIt goes on from the file that failed.\r\n"});
+            {EventKind::LogGoesOn, path, "Begin log file: \"" + path + "\".\r\n\t" + gap + "\r\n"});
     }
     Sync.Watch(Stage.OpenFile());
 }

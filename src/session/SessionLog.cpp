@@ -5,6 +5,9 @@
 
 #include "base/Text.h"
 #include "platform/FileErrorText.h"
+#include "session/LogName.h"
+
+#include <algorithm>
 
 namespace qor {
 namespace {
@@ -20,6 +23,40 @@ constexpr std::size_t MostPending = std::size_t{16} << 20;
 std::string DirectoryPart(const std::string& path) {
     std::size_t separator = path.rfind(PathSeparator());
     return separator == std::string::npos ? "" : path.substr(0, separator + 1);
+}
+
+/// Session logs of one second that are kept; more are not expected.
+constexpr int LastSuffix = 99;
+
+/// When a session log was begun, by its first stamp, as names have it; empty when it has none.
+std::string BeginOf(std::string text) {
+    constexpr std::size_t gap = 10; // "2026-11-13  07:05:44> "
+    if (text.size() < gap + 2 || text[gap] != ' ' || text[gap + 1] != ' ')
+        return {};
+    text.replace(gap, 2, "T");
+    const std::optional<std::int64_t> seconds = SecondsFromText(text);
+    return seconds ? FormatTime("%Y-%j-%H%M%S", CalendarFromSeconds(*seconds)) : std::string();
+}
+
+/// The log of an earlier run keeps what it says, under a name of its own. Where that cannot be
+/// done, or another program has it open, it stays as it is.
+void KeepEarlier(const std::string& path, const std::string& now) {
+    std::array<std::uint8_t, 20> stamp{};
+    std::size_t got = 0;
+    std::string begin;
+    {
+        CFile earlier;
+        if (earlier.OpenAlone(path) != FileCause::None ||
+            earlier.Read(stamp, got) != FileCause::None || got == 0)
+            return;
+        begin = BeginOf(std::string(AsText(ByteSpan(stamp).first(got))));
+    }
+    const std::string folder = DirectoryPart(path);
+    const std::string kept =
+        folder + Format("%s-%s.%s", ProductName, (begin.empty() ? now : begin).c_str(), Extension);
+    for (int number = 1; number <= LastSuffix; ++number)
+        if (RenameToNew(path, WithSuffix(kept, number)) == FileCause::None)
+            return;
 }
 
 } // namespace
@@ -105,6 +142,7 @@ std::string CSessionLog::OpenFirstFree(const std::string& directory) {
         std::string path =
             directory + (number == 1 ? Format("%s.%s", ProductName, Extension)
                                      : Format("%s%01d.%s", ProductName, number, Extension));
+        KeepEarlier(path, FormatTime("%Y-%j-%H%M%S", LocalCalendar(Session.Clock.Now())));
         FileCause cause = File.CreateExclusive(path);
         if (cause == FileCause::None)
             return {};

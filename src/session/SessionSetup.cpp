@@ -206,19 +206,14 @@ std::string TangleText(ReplayConflict conflict, const std::string& other) {
 
 void CSessionSetup::JudgeReplay() {
     CRecursiveLock lock(Doc.DocLock);
-    std::vector<LoggedInstrument> logged;
-    std::vector<std::string> names;
-    for (const auto& resource : Doc.Resources)
-        for (const auto& instrument : resource->Instruments)
-            if (instrument->LoggingEnabled) {
-                logged.push_back({MakeAttachRequest(instrument->Definition()),
-                                  Doc.Role(InstrumentRole::Gps) != instrument->Id});
-                names.push_back(instrument->ShownName());
-            }
+    const std::vector<LoggedInstrument> logged = Doc.LoggedInstruments();
     const ReplayVerdict verdict = CheckReplay(logged);
+    const auto shown = [&](std::size_t which) REQUIRES(Doc.DocLock) {
+        return Doc.Find(Doc.FindInstrument(logged[which].request.instrumentName))->ShownName();
+    };
     if (verdict.conflict != ReplayConflict::None)
-        Tangled.push_back({Refusal::Kind::Definition, names[verdict.second],
-                           TangleText(verdict.conflict, names[verdict.first])});
+        Tangled.push_back({Refusal::Kind::Definition, shown(verdict.second),
+                           TangleText(verdict.conflict, shown(verdict.first))});
 }
 
 } // namespace qor

@@ -34,6 +34,16 @@ CPackage* SessionState::Find(PackageId id) const {
     return found == PackageTable.end() ? nullptr : found->get();
 }
 
+std::vector<LoggedInstrument> SessionState::LoggedInstruments() const {
+    std::vector<LoggedInstrument> logged;
+    for (const auto& resource : Resources)
+        for (const auto& instrument : resource->Instruments)
+            if (instrument->LoggingEnabled)
+                logged.push_back({MakeAttachRequest(instrument->Definition()),
+                                  Role(InstrumentRole::Gps) != instrument->Id});
+    return logged;
+}
+
 void SessionState::NoteChange() {
     if (!ChangeRaised.exchange(true) && OnChange)
         OnChange();

@@ -102,6 +102,9 @@ struct SessionState {
     /// The instrument that fills the role, or null when unassigned or not there.
     CQorViewIns* RoleInstrument(InstrumentRole role) const REQUIRES(DocLock);
 
+    /// The instruments whose frames go into a log, in the order of their ports.
+    std::vector<LoggedInstrument> LoggedInstruments() const REQUIRES(DocLock);
+
     /// What a frame concerns, by the identity of its attachment.
     struct FrameOwner {
         CQorViewIns* instrument = nullptr;

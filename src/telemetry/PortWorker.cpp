@@ -7,6 +7,7 @@
 #include "platform/SystemText.h"
 #include "telemetry/TelemComm.h"
 
+#include <new>
 #include <tuple>
 
 namespace qor {
@@ -16,6 +17,8 @@ namespace {
 constexpr int WaitMilliseconds = 100;
 constexpr int PauseMilliseconds = 50;
 constexpr std::size_t BufferReserve = 100;
+/// What is still read of a port that is to stop; a line that never pauses must not hold it up.
+constexpr std::uint64_t MostAtTheEnd = 1U << 20;
 
 } // namespace
 
@@ -44,7 +47,12 @@ bool CPortWorker::WaitForEnd(CClock& clock, int longestMilliseconds) const {
 }
 
 void CPortWorker::Run() {
-    CommResult result = Work();
+    CommResult result;
+    try {
+        result = Work();
+    } catch (const std::bad_alloc&) { // ends this port, not the program
+        result = Failed(CommResult::ReadBufferNotAllocated, SystemErrorNoMemory);
+    }
     Memory.reset();
     Resource.WorkerEnds(result, LastError);
     Answered.Set();
@@ -69,8 +77,27 @@ CommResult CPortWorker::Work() {
         if (ReadPending || StatusPending)
             if (CommResult result = WaitForEither(); result != CommResult::Success)
                 return result;
-        if (Stop.IsSet())
+        if (Stop.IsSet()) {
+            ReadRest();
             return CommResult::Success;
+        }
+    }
+}
+
+/// What the driver holds came before the stop. A failure no longer matters.
+void CPortWorker::ReadRest() {
+    for (const std::uint64_t begun = BytesRead; BytesRead - begun < MostAtTheEnd;) {
+        if (!ReadPending && IssueRead() != CommResult::Success)
+            return;
+        if (!ReadPending)
+            continue;
+        const std::uint64_t before = BytesRead;
+        const WaitResult waited = Port->Wait(0);
+        const bool status = waited == WaitResult::StatusDone;
+        if (waited == WaitResult::TimeOut ||
+            (status ? CollectStatus() : CollectRead()) != CommResult::Success ||
+            (!status && BytesRead == before))
+            return;
     }
 }
 
@@ -96,7 +123,7 @@ CommResult CPortWorker::IssueRead() {
     ReadPending = issued == IssueResult::Pending;
     Idle = 0;
     if (!ReadPending)
-        Resource.ReceiveBytes({Memory.get(), got});
+        Receive(got);
     return CommResult::Success;
 }
 
@@ -130,8 +157,13 @@ CommResult CPortWorker::CollectRead() {
         return Failed(CommResult::ReadNotCollected, error);
     ReadPending = false;
     Idle = 0;
-    Resource.ReceiveBytes({Memory.get(), got});
+    Receive(got);
     return CommResult::Success;
+}
+
+void CPortWorker::Receive(std::size_t got) {
+    BytesRead += got;
+    Resource.ReceiveBytes({Memory.get(), got});
 }
 
 CommResult CPortWorker::CollectStatus() {

@@ -47,6 +47,8 @@ class CPortWorker {
     CommResult IssueRead();
     CommResult IssueStatusWait();
     CommResult WaitForEither();
+    void ReadRest();
+    void Receive(std::size_t got);
     CommResult CollectRead();
     CommResult CollectStatus();
     CommResult DecodeStatus(std::uint32_t mask);
@@ -61,6 +63,7 @@ class CPortWorker {
     std::unique_ptr<std::uint8_t, FreeMemory> Memory;
     SystemError LastError = 0;
     std::int32_t Idle = 0; ///< waits without input
+    std::uint64_t BytesRead = 0;
     bool ReadPending = false;
     bool StatusPending = false;
 

@@ -2,7 +2,9 @@
 #include "views/LogLines.h"
 
 #include "base/Text.h"
+#include "session/FileKind.h"
 #include "views/PortWords.h"
+#include "views/SessionPages.h"
 
 #include <algorithm>
 #include <numeric>
@@ -16,6 +18,17 @@ unsigned long long Printed(std::uint64_t count) {
 }
 
 constexpr std::size_t LeastName = 12; // characters of a port's name
+/// A write that has taken so long is a disk that takes nothing, in milliseconds.
+constexpr std::int64_t Stalled = 2000;
+
+std::string Megabytes(std::uint64_t bytes) {
+    return FixedNumber(static_cast<double>(bytes) / 1e6, 1) + " MB";
+}
+
+/// What a log lacks, to follow what it has.
+std::string Unstored(std::uint64_t frames) {
+    return frames == 0 ? "" : Format(", %llu LOST (received and not stored)", Printed(frames));
+}
 
 /// The name of a port in so many characters: what tells ports apart stands at its end.
 std::string EndOfName(std::string_view name, std::size_t room) {
@@ -78,6 +91,35 @@ std::string StatusLine(const ResourceStatus& resource, double framesPerSecond, s
                   framesPerSecond, lost.c_str(), checks.c_str(), Printed(figures.bytesDiscarded));
     const std::size_t left = room - std::min(room, line.size());
     return (EndOfName(resource.name, std::max(left, LeastName)) + line).substr(0, room);
+}
+
+std::string LogLine(const LogStatus& log, std::optional<double> secondsLeft, std::size_t room) {
+    if (!log.loggingActive)
+        return {};
+    const std::string waiting =
+        Megabytes(log.waitingBytes) + " of " + Megabytes(log.waitingCapacity) + " wait in memory";
+    std::string line = "log: ";
+    if (log.recovering)
+        line += "NO FILE, " + waiting;
+    else if (log.stalledMilliseconds >= Stalled)
+        line += Format("disk has taken nothing for %lld s, ",
+                       static_cast<long long>(log.stalledMilliseconds / 1000)) +
+                waiting;
+    else if (!log.logOpen)
+        line += "waits for its next file";
+    else
+        line += std::string(LastPartOf(log.logFilePath)) + " " + Megabytes(log.fileSize);
+    line += Unstored(log.runUnstored);
+    if (secondsLeft)
+        line += ", " + TimeLeftText(*secondsLeft);
+    return line.substr(0, room);
+}
+
+std::string LogSummary(const LogStatus& log, std::size_t files, std::optional<double> secondsLeft) {
+    return Format("logs: %llu frames in %zu %s, %llu received and not stored",
+                  Printed(log.runFrames), files, files == 1 ? "file" : "files",
+                  Printed(log.runUnstored)) +
+           (secondsLeft ? "; at this rate the disk has " + TimeLeftText(*secondsLeft) : "") + "\n";
 }
 
 std::string SummaryLines(const SessionSnapshot& snapshot) {

@@ -6,6 +6,7 @@
 
 #include "session/SessionSnapshot.h"
 
+#include <optional>
 #include <string>
 
 namespace qor {
@@ -13,6 +14,13 @@ namespace qor {
 /// A resource's state and figures; shortened, and at last cut, where there is no room for the
 /// aligned ones.
 std::string StatusLine(const ResourceStatus& resource, double framesPerSecond, std::size_t room);
+
+/// Where the log's bytes go: its file, size and how long the disk lasts; what waits while the disk
+/// takes nothing, or there is no file; what was received and not stored. Empty without a log.
+std::string LogLine(const LogStatus& log, std::optional<double> secondsLeft, std::size_t room);
+
+/// What all files of the run hold, and what they lack; with its end.
+std::string LogSummary(const LogStatus& log, std::size_t files, std::optional<double> secondsLeft);
 
 /// What each instrument brought, and under the instruments of a port what it did not bring. Each
 /// line with its end.

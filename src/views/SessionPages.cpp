@@ -164,12 +164,17 @@ std::int64_t CFrameFlow::Since(const SessionSnapshot& snapshot, std::int64_t now
     return Began ? now - *Began : 0;
 }
 
+std::optional<double> LogGrowth(const LogStatus& log) {
+    if (!log.logOpen || log.logElapsed < GrowthKnownAfter)
+        return std::nullopt;
+    return static_cast<double>(log.fileSize + log.waitingBytes) /
+           static_cast<double>(log.logElapsed);
+}
+
 std::optional<double> LogBytesPerSecond(const CQorViewDoc& doc) {
     CRecursiveLock lock(doc.DocLock);
-    const LogStatus log = doc.RawLog.Status();
-    if (log.logOpen && log.logElapsed >= GrowthKnownAfter)
-        return static_cast<double>(log.fileSize + log.waitingBytes) /
-               static_cast<double>(log.logElapsed);
+    if (const std::optional<double> growth = LogGrowth(doc.RawLog.Status()))
+        return growth;
     double sum = 0.0;
     for (const auto& resource : doc.Resources)
         for (const auto& instrument : resource->Instruments)

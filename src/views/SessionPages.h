@@ -108,6 +108,8 @@ class CFrameFlow {
     std::optional<std::int64_t> Began;
 };
 
+/// How fast the open log grows; empty before it has run for ten seconds, and without one.
+std::optional<double> LogGrowth(const LogStatus& log);
 /// How fast logs grow: as this one does, once it has run for ten seconds; before that, and without
 /// one, as the instruments that are to be logged send.
 std::optional<double> LogBytesPerSecond(const CQorViewDoc& doc);

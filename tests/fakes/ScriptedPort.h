@@ -166,7 +166,8 @@ class CScriptedPort : public CSerialPort {
         LastFailure = Script.Called("IssueRead");
         if (LastFailure != 0)
             return IssueResult::Failed;
-        if (Script.Next() != CPortScript::Step::ReadAtOnce)
+        ReadPending = Script.Next() != CPortScript::Step::ReadAtOnce;
+        if (ReadPending)
             return IssueResult::Pending;
         got = Fill();
         return IssueResult::Done;
@@ -175,23 +176,22 @@ class CScriptedPort : public CSerialPort {
         LastFailure = Script.Called("IssueStatusWait");
         return LastFailure != 0 ? IssueResult::Failed : IssueResult::Pending;
     }
-    WaitResult Wait(int milliseconds) override {
-        // Only a look, because the read is to be issued again: nothing is pending but the status.
-        bool readPending = milliseconds != 0;
+    WaitResult Wait(int) override {
         int next = Script.Next();
         if (next == CPortScript::Step::Event)
             return WaitResult::StatusDone;
-        if (next == CPortScript::Step::Quiet && readPending)
+        if (next == CPortScript::Step::Quiet && ReadPending)
             Script.Take();
         if (next < 0)
             Script.Rest();
-        return readPending && next != CPortScript::Step::Quiet ? WaitResult::ReadDone
+        return ReadPending && next != CPortScript::Step::Quiet ? WaitResult::ReadDone
                                                                : WaitResult::TimeOut;
     }
     SystemError CollectRead(std::size_t& got) override {
         got = 0;
         if (SystemError failure = Script.Called("CollectRead"))
             return failure;
+        ReadPending = false;
         int next = Script.Next();
         if (next == CPortScript::Step::Read || next == CPortScript::Step::ReadAtOnce)
             got = Fill();
@@ -218,6 +218,7 @@ class CScriptedPort : public CSerialPort {
 
     CPortScript& Script;
     std::span<std::uint8_t> Buffer;
+    bool ReadPending = false;
     std::uint32_t Errors = 0;
     SystemError LastFailure = 0;
 };

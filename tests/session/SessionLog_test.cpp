@@ -86,6 +86,26 @@ TEST_F(ASessionLog, ReadOnlyNameIsPassedOverAndAFreeOneTruncated) {
     EXPECT_EQ(Content(Folder + "QorView.log"), "old");
 }
 
+TEST_F(ASessionLog, EarlierLogIsKeptUnderTheTimeOfItsBegin) {
+    const struct {
+        const char* content;
+        const char* kept;
+    } cases[] = {
+        {"2026-11-13  07:05:44> A\r\n", "QorView-2026-317-070544.log"},
+        {"2026-11-13  07:05:44> B\r\n", "QorView-2026-317-070544-2.log"},
+        {"no stamp at all", "QorView-2005-123-142305.log"},
+        {"short", "QorView-2005-123-142305-2.log"},
+        {"2026-13-13  07:05:44> C\r\n", "QorView-2005-123-142305-3.log"},
+    };
+    for (const auto& c : cases) {
+        Temp.Put("QorView.log", c.content);
+        Open();
+        Close();
+        EXPECT_EQ(Content(Folder + c.kept), c.content);
+        EXPECT_EQ(Content(Folder + "QorView.log"), "");
+    }
+}
+
 TEST_F(ASessionLog, OtherFailureNamesThePathAndTheCause) {
     Doc.SessionLog.SetFile(true, Folder + "none" + PathSeparator());
     Doc.SessionLog.OpenSessionLog();

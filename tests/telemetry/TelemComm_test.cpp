@@ -433,11 +433,12 @@ TEST_F(AResource, DisconnectionHandsOverWhatIsQueuedAndClosesInOrder) {
 TEST_F(AResource, FrameThatTheStopFindsReceivedIsStillCut) {
     Initialise();
     Attach();
-    Script.Then([this] { Comm.RequestStop(); }).Bytes("$Rlast");
+    Script.Then([this] { Comm.RequestStop(); }).Bytes("$Rlast").BytesAtOnce("$Rin the");
+    Script.Bytes(" driver$Rdriver").Status(EventLineError, LineParity).Bytes("$Rends");
     Connect();
     CFrameQueue left;
     EXPECT_EQ(Comm.Disconnect(&left), CommResult::Success);
-    EXPECT_EQ(left.Size(), 1u);
+    EXPECT_EQ(left.Size(), 4u);
 }
 
 TEST_F(AResource, FailuresWhileClosingAreAllReported) {

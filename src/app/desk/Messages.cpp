@@ -57,6 +57,10 @@ void CMessages::Show(const Event& event) {
     case EventKind::LogFailed:
     case EventKind::LogGoesOn:
     case EventKind::LogNotBegun:
+    case EventKind::LogRecovered:
+    case EventKind::SpaceLow:
+    case EventKind::SpaceShort:
+    case EventKind::ClockEarly:
     case EventKind::NameTaken:
     case EventKind::SyncFailed:
     case EventKind::DiskStalled:

@@ -1,0 +1,243 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "session/LogRecovery.h"
+
+#include "base/SilentSink.h"
+#include "base/Text.h"
+#include "platform/File.h"
+#include "platform/FileErrorText.h"
+#include "session/LogName.h"
+#include "telemetry/FrameSync.h"
+#include "telemetry/RawLogFormat.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <limits>
+#include <tuple>
+#include <vector>
+
+namespace qor {
+
+namespace {
+
+/// The end of a log that is looked at: more than the longest frame that is cut.
+constexpr std::uint64_t TailBytes = CFrameEnd::LongestFixedFrame + (1U << 20);
+/// No header block is as long.
+constexpr std::uint64_t MostHeader = 64 * HeaderRecordSize;
+/// Side files of one log.
+constexpr int LastSuffix = 99;
+
+FileCause ReadAt(CFile& file, std::uint64_t offset, std::uint64_t count,
+                 std::vector<std::uint8_t>& bytes) {
+    bytes.resize(static_cast<std::size_t>(count));
+    if (FileCause cause = file.SeekTo(offset); cause != FileCause::None)
+        return cause;
+    std::size_t filled = 0;
+    while (filled < bytes.size()) {
+        std::size_t got = 0;
+        const FileCause cause = file.Read(std::span(bytes).subspan(filled), got);
+        if (cause != FileCause::None)
+            return cause;
+        if (got == 0)
+            return FileCause::EndOfFile;
+        filled += got;
+    }
+    return FileCause::None;
+}
+
+/// The size of the whole header records that the bytes begin with.
+std::size_t HeaderSize(ByteSpan bytes) {
+    std::size_t size = 0;
+    while (bytes.size() - size >= HeaderRecordSize &&
+           BeginsWith(bytes.subspan(size), HeaderRecordStart))
+        size += HeaderRecordSize;
+    return size;
+}
+
+/// Whether nothing follows that could be data: no byte, or a record that the file ends in.
+bool EndsInHeader(ByteSpan behind) {
+    return behind.size() < HeaderRecordSize &&
+           std::ranges::equal(behind.first(std::min(behind.size(), HeaderRecordStart.size())),
+                              AsBytes(HeaderRecordStart.substr(0, behind.size())));
+}
+
+/// A log's last records as playing finds them.
+class CLogEnd {
+  public:
+    CLogEnd(std::span<const LoggedInstrument> instruments, ByteSpan header);
+
+    /// The end of the last whole record in the log's bytes from `offset` on, to its end; empty
+    /// when there is no frame of the instruments.
+    std::optional<std::uint64_t> Find(std::uint64_t offset, ByteSpan bytes);
+
+  private:
+    void Process();
+    void Take(const CFrameData& frame);
+
+    std::span<const LoggedInstrument> Instruments;
+    CSilentSink Nobody;
+    CFrameSync Sync;
+    std::optional<std::uint64_t> End;
+    const std::uint64_t HeaderBytes;
+    bool SeenTag = false;
+};
+
+CLogEnd::CLogEnd(std::span<const LoggedInstrument> instruments, ByteSpan header)
+    : Instruments(instruments), Sync(Nobody, "log", StreamSource::File),
+      HeaderBytes(header.size()) {
+    Sync.SetMaxFrameDepth(std::numeric_limits<std::int32_t>::max()); // they are taken at once
+    for (const LoggedInstrument& instrument : instruments)
+        if (Sync.Attach(instrument.request) == CommResult::Success) {
+            Sync.SetUntagged(instrument.request.instrumentName, !instrument.tagged);
+            std::ignore = Sync.SetAcquisition(instrument.request.instrumentName, true);
+        }
+    Sync.Append(header);
+    Process();
+}
+
+std::optional<std::uint64_t> CLogEnd::Find(std::uint64_t offset, ByteSpan bytes) {
+    if (offset != HeaderBytes)
+        Sync.Jump(offset, false);
+    Sync.Append(bytes);
+    Process();
+    Sync.EndOfStream();
+    Process();
+    while (End) { // time stamps are records too
+        const auto length = TimeStampLength(bytes.subspan(static_cast<std::size_t>(*End - offset)));
+        if (length.value_or(0) == 0)
+            break;
+        *End += *length;
+    }
+    return End;
+}
+
+void CLogEnd::Process() {
+    for (bool more = true; more;) {
+        more = Sync.RunPass().moreReady;
+        CFrameData frame;
+        while (Sync.Frames().Pop(frame))
+            Take(frame);
+    }
+}
+
+/// A frame and its tag are one record: without it the frame is a part of one, and stays behind the
+/// end.
+void CLogEnd::Take(const CFrameData& frame) {
+    const auto row = std::ranges::find_if(Instruments, [&](const LoggedInstrument& instrument) {
+        return instrument.request.instrumentName == frame.Info.instrumentName;
+    });
+    const bool tagged = frame.Info.time.known;
+    SeenTag = SeenTag || tagged;
+    if (!tagged && SeenTag && row != Instruments.end() && row->tagged)
+        return;
+    End = frame.StreamOffset + frame.Bytes.size() + (tagged ? TimeTagSize : 0);
+}
+
+/// Moves what stands behind `end` into a file beside. Its path; the cause when it could not be.
+FileCause MoveRest(CFile& log, std::uint64_t end, ByteSpan rest, std::string& side) {
+    CFile file;
+    FileCause cause = FileCause::AccessDenied;
+    for (int number = 1; number <= LastSuffix && cause == FileCause::AccessDenied; ++number) {
+        side = log.Path() + ".rest" + (number == 1 ? "" : "-" + std::to_string(number));
+        cause = file.CreateNew(side);
+    }
+    if (cause == FileCause::None)
+        cause = file.Write(rest);
+    if (cause == FileCause::None)
+        cause = file.Sync();
+    if (cause == FileCause::None)
+        cause = log.Truncate(end);
+    return cause == FileCause::None ? log.Sync() : cause;
+}
+
+/// What is to be said of a log, once it is finished.
+struct Remains {
+    FileCause cause = FileCause::None; ///< why it could not be finished
+    bool isLog = false;                ///< with data, and nobody writes it
+    bool judged = false;               ///< frames told where its records end
+    std::uint64_t rest = 0;            ///< bytes that were moved
+    std::string side;
+};
+
+Remains Finish(const std::string& path, std::span<const LoggedInstrument> instruments) {
+    Remains found;
+    CFile log;
+    std::uint64_t size = 0;
+    std::vector<std::uint8_t> header, tail;
+    if (log.OpenAlone(path) != FileCause::None || log.Size(size) != FileCause::None ||
+        ReadAt(log, 0, std::min(size, MostHeader), header) != FileCause::None)
+        return found;
+    header.resize(HeaderSize(header));
+    found.isLog = !header.empty() && header.size() < size;
+    if (!found.isLog)
+        return found;
+    const std::uint64_t from =
+        std::max<std::uint64_t>(header.size(), size - std::min(size, TailBytes));
+    found.cause = ReadAt(log, from, size - from, tail);
+    if (found.cause != FileCause::None)
+        return found;
+    if (from == header.size() && EndsInHeader(tail)) {
+        found.isLog = false;
+        return found;
+    }
+    const std::optional<std::uint64_t> end = CLogEnd(instruments, header).Find(from, tail);
+    found.judged = end.has_value();
+    if (end && *end < size) {
+        found.rest = size - *end;
+        found.cause = MoveRest(
+            log, *end, ByteSpan(tail).subspan(static_cast<std::size_t>(*end - from)), found.side);
+    }
+    return found;
+}
+
+std::string TextOf(const Remains& found) {
+    if (found.cause != FileCause::None)
+        return "and could not be finished: " + std::string(GetFileErrorText(found.cause));
+    if (found.rest > 0)
+        return Format("in a record: its last %llu bytes stand in \"%s\" now, the log ends with a "
+                      "whole record",
+                      static_cast<unsigned long long>(found.rest), found.side.c_str());
+    return found.judged ? "behind a whole record"
+                        : "and holds no frame of this run's instruments, which could tell whether "
+                          "its end is whole";
+}
+
+} // namespace
+
+void FinishCutLogs(const std::string& folder, const std::string& extension,
+                   std::span<const LoggedInstrument> instruments, CMessageSink& messages) {
+    std::error_code fault;
+    const std::filesystem::path place(std::u8string(folder.begin(), folder.end()));
+    for (std::filesystem::directory_iterator entry(place.empty() ? "." : place, fault), end;
+         !fault && entry != end; entry.increment(fault)) {
+        const std::u8string name = entry->path().filename().u8string();
+        const std::string path = folder + std::string(name.begin(), name.end());
+        bool readOnly = false;
+        if (!EqualsNoCase(std::string_view(path).substr(std::min(path.size(), path.rfind('.'))),
+                          extension) ||
+            IsReadOnly(path, readOnly) != FileCause::None || readOnly)
+            continue;
+        const Remains found = Finish(path, instruments);
+        if (!found.isLog)
+            continue;
+        FileCause cause = SetReadOnly(path, true);
+        if (cause == FileCause::None)
+            cause = IsReadOnly(path, readOnly);
+        // Some disks know no protection: there every log looks like this.
+        if ((cause != FileCause::None || !readOnly) && found.rest == 0)
+            continue;
+        messages.Raise({EventKind::LogRecovered, path,
+                        "An earlier log was cut off " + TextOf(found) + ": \"" + path + "\".\r\n"});
+    }
+}
+
+bool IsAbandonedLog(const std::string& path) {
+    CFile log;
+    std::uint64_t size = 0;
+    std::vector<std::uint8_t> bytes;
+    if (log.OpenAlone(path) != FileCause::None || log.Size(size) != FileCause::None ||
+        size > MostHeader || ReadAt(log, 0, size, bytes) != FileCause::None)
+        return false;
+    return EndsInHeader(ByteSpan(bytes).subspan(HeaderSize(bytes)));
+}
+
+} // namespace qor

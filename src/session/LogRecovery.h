@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// What a crash or a power cut left of raw logs: a finished log is write-protected, so one that is
+// not, and that nobody writes, was cut off. The next run in the folder finishes it. Called by the
+// raw log before a run begins, without any lock: it reads and writes files.
+#pragma once
+
+#include "base/MessageSink.h"
+#include "telemetry/AttachRequest.h"
+
+#include <span>
+#include <string>
+
+namespace qor {
+
+/// Finishes the raw logs of a folder that were cut off, by their extension (".raw" with its dot):
+/// what stands behind the last whole record moves into a file beside ("NAME.raw.rest"), and the log
+/// is write-protected. Only frames of these instruments tell where records end; a log without any
+/// keeps its end. Each log that is finished is raised as LogRecovered; where protection does not
+/// hold, nothing is said of whole ones.
+void FinishCutLogs(const std::string& folder, const std::string& extension,
+                   std::span<const LoggedInstrument> instruments, CMessageSink& messages);
+
+/// Whether the file is a log that a crash left before its first frame: empty, or nothing but a
+/// header, whole or torn; not protected, and written by nobody. It may be replaced.
+bool IsAbandonedLog(const std::string& path);
+
+} // namespace qor

@@ -1,0 +1,118 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// Logs that a crash or a power cut left behind, and the run that comes after.
+#include "fakes/CollectingSink.h"
+#include "fakes/SessionFixture.h"
+#include "session/LogRecovery.h"
+#include "telemetry/RawLogFormat.h"
+
+namespace qor {
+namespace {
+
+using testing::HasSubstr;
+
+std::string HeaderRecords(int count) {
+    std::string records;
+    for (int i = 0; i < count; ++i)
+        records += AsText(MakeHeaderRecord(FormatHeaderLine(i, "x")));
+    return records;
+}
+
+class ACutLog : public ASession {
+  protected:
+    ACutLog() {
+        Add("PRO", Port);
+        SetMode(LogNamingMode::UserFileName, "next.raw");
+    }
+    std::string Record(int counter) {
+        return CounterFrame("PRO", counter) + std::string(AsText(MakeTimeTag(Clock.Now())));
+    }
+    std::string Header = HeaderRecords(5);
+};
+
+TEST_F(ACutLog, IsFinishedByTheNextRunBehindItsLastWholeRecord) {
+    const std::string one = Record(1), two = Record(2);
+    const std::string stamp = MakeTimeStamp(LocalCalendar(Clock.Now()));
+    const std::string large = Header + one + std::string(6u << 20, 'x') + one + two;
+    const struct {
+        std::string whole, rest;
+        const char* said;
+    } cases[] = {
+        {Header + one + two, "", "behind a whole record"},
+        {Header + one, two.substr(0, 3), "last 3 bytes"},
+        {Header + one, two.substr(0, 6), "last 6 bytes"}, // its tag is missing
+        {Header + one, two.substr(0, two.size() - 1), "last 12 bytes"},
+        {Header + one + two, std::string(512, '\0'), "last 512 bytes"},
+        {Header + one + stamp, "", "behind a whole record"},
+        {Header + one + stamp, stamp.substr(0, 9), "last 9 bytes"},
+        {Header + one + stamp + two, "PR", "last 2 bytes"},
+        {large, one.substr(0, 8), "last 8 bytes"},
+        {Header + "nothing of ours", "", "no frame of this run's"},
+    };
+    const std::string path = Folder + "cut.raw";
+    for (const auto& c : cases) {
+        Temp.Put("cut.raw", c.whole + c.rest);
+        ASSERT_TRUE(Doc.RawLog.BeginLogFile());
+        EXPECT_THAT(Reported(), HasSubstr(c.said));
+        EXPECT_TRUE(Doc.RawLog.EndLogFile(true));
+        EXPECT_EQ(Content(path), c.whole) << c.said;
+        bool readOnly = false;
+        EXPECT_EQ(IsReadOnly(path, readOnly), FileCause::None);
+        EXPECT_TRUE(readOnly);
+        ASSERT_EQ(FileExists(path + ".rest"), !c.rest.empty()) << c.said;
+        if (!c.rest.empty()) {
+            EXPECT_EQ(Content(path + ".rest"), c.rest);
+        }
+        for (const std::string& made : {path, path + ".rest", Folder + "next.raw"})
+            if (FileExists(made)) {
+                ASSERT_EQ(SetReadOnly(made, false), FileCause::None);
+                ASSERT_EQ(RemoveFile(made), FileCause::None);
+            }
+    }
+}
+
+TEST_F(ACutLog, NothingElseIsTouched) {
+    const std::string torn = Header + Record(1) + "PRO";
+    Temp.Put("protected.raw", torn);
+    ASSERT_EQ(SetReadOnly(Folder + "protected.raw", true), FileCause::None);
+    Temp.Put("other.dat", torn);
+    Temp.Put("capture.raw", Record(1) + "PRO");
+    Temp.Put("header.raw", Header);
+    CFile held;
+    ASSERT_EQ(held.CreateNew(Folder + "held.raw"), FileCause::None);
+    ASSERT_EQ(held.Write(AsBytes(torn)), FileCause::None);
+    CCollectingSink sink;
+    CRecursiveLock lock(Doc.DocLock);
+    FinishCutLogs(Folder, ".raw", Doc.LoggedInstruments(), sink);
+    EXPECT_THAT(sink.Messages(), testing::IsEmpty());
+    held.Close();
+    for (const char* name : {"protected.raw", "other.dat", "held.raw"})
+        EXPECT_EQ(Content(Folder + name), torn) << name;
+}
+
+TEST_F(ACutLog, OneWithoutAFrameBlocksNoName) {
+    const struct {
+        std::string content;
+        bool abandoned;
+    } cases[] = {
+        {"", true},
+        {"QORH", true},
+        {Header, true},
+        {Header + Header.substr(0, 127), true},
+        {Header + "Q", true},
+        {Header + Record(1), false},
+        {Header + "QX", false},
+        {"notes", false},
+    };
+    for (const auto& c : cases) {
+        const std::string path = Temp.Put("next.raw", c.content);
+        EXPECT_EQ(IsAbandonedLog(path), c.abandoned) << c.content.size();
+        SetMode(LogNamingMode::UserFileName, "next.raw");
+        EXPECT_EQ(Doc.RawLog.BeginLogFile(), c.abandoned) << c.content.size();
+        Doc.RawLog.EndLogFile(true);
+        ASSERT_EQ(SetReadOnly(path, false), FileCause::None);
+    }
+}
+
+} // namespace
+} // namespace qor
