@@ -12,6 +12,7 @@
 namespace qor {
 namespace {
 
+constexpr const char* RawExtension = ".raw";
 constexpr std::int32_t LastSqmSequence = 999;
 
 bool HasExtension(const std::string& name) {

@@ -35,7 +35,6 @@ std::optional<LogNamingMode> NamingOfName(std::string_view name);
 /// All names for a message, in quotes.
 std::string AllNamingNames();
 
-inline constexpr const char* RawExtension = ".raw";
 inline constexpr const char* TimeStampDisplayName = "(TIME STAMP)";
 
 struct LogNaming {

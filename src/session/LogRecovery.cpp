@@ -5,12 +5,13 @@
 #include "base/Text.h"
 #include "platform/File.h"
 #include "platform/FileErrorText.h"
+#include "platform/Folder.h"
+#include "session/FileKind.h"
 #include "session/LogName.h"
 #include "telemetry/FrameSync.h"
 #include "telemetry/RawLogFormat.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <limits>
 #include <tuple>
 #include <vector>
@@ -203,27 +204,21 @@ std::string TextOf(const Remains& found) {
 
 } // namespace
 
-void FinishCutLogs(const std::string& folder, const std::string& extension,
-                   std::span<const LoggedInstrument> instruments, CMessageSink& messages) {
-    std::error_code fault;
-    const std::filesystem::path place(std::u8string(folder.begin(), folder.end()));
-    for (std::filesystem::directory_iterator entry(place.empty() ? "." : place, fault), end;
-         !fault && entry != end; entry.increment(fault)) {
-        const std::u8string name = entry->path().filename().u8string();
-        const std::string path = folder + std::string(name.begin(), name.end());
+void FinishCutLogs(const std::string& folder, std::span<const LoggedInstrument> instruments,
+                   CMessageSink& messages) {
+    for (const std::string& name : NamesIn(folder)) {
+        const std::string path = folder + name;
         bool readOnly = false;
-        if (!EqualsNoCase(std::string_view(path).substr(std::min(path.size(), path.rfind('.'))),
-                          extension) ||
-            IsReadOnly(path, readOnly) != FileCause::None || readOnly)
+        if (ExtensionOf(name) != "raw" || IsReadOnly(path, readOnly) != FileCause::None || readOnly)
             continue;
         const Remains found = Finish(path, instruments);
         if (!found.isLog)
             continue;
-        FileCause cause = SetReadOnly(path, true);
-        if (cause == FileCause::None)
-            cause = IsReadOnly(path, readOnly);
+        const bool whole = found.cause == FileCause::None;
+        const bool isProtected = whole && SetReadOnly(path, true) == FileCause::None &&
+                                 IsReadOnly(path, readOnly) == FileCause::None && readOnly;
         // Some disks know no protection: there every log looks like this.
-        if ((cause != FileCause::None || !readOnly) && found.rest == 0)
+        if (whole && !isProtected && found.rest == 0)
             continue;
         messages.Raise({EventKind::LogRecovered, path,
                         "An earlier log was cut off " + TextOf(found) + ": \"" + path + "\".\r\n"});

@@ -13,13 +13,13 @@
 
 namespace qor {
 
-/// Finishes the raw logs of a folder that were cut off, by their extension (".raw" with its dot):
-/// what stands behind the last whole record moves into a file beside ("NAME.raw.rest"), and the log
-/// is write-protected. Only frames of these instruments tell where records end; a log without any
-/// keeps its end. Each log that is finished is raised as LogRecovered; where protection does not
-/// hold, nothing is said of whole ones.
-void FinishCutLogs(const std::string& folder, const std::string& extension,
-                   std::span<const LoggedInstrument> instruments, CMessageSink& messages);
+/// Finishes the raw logs (".raw") of a folder that were cut off: what stands behind the last whole
+/// record moves into a file beside ("NAME.raw.rest"), and the log is write-protected. Only frames
+/// of these instruments tell where records end; a log without any keeps its end. Each log that is
+/// finished is raised as LogRecovered; where protection does not hold, nothing is said of whole
+/// ones.
+void FinishCutLogs(const std::string& folder, std::span<const LoggedInstrument> instruments,
+                   CMessageSink& messages);
 
 /// Whether the file is a log that a crash left before its first frame: empty, or nothing but a
 /// header, whole or torn; not protected, and written by nobody. It may be replaced.

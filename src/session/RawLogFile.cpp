@@ -65,7 +65,7 @@ void CRawLog::FinishEarlierLogs() {
         folders.push_back(Session.Naming.logDirectory);
     }
     for (const std::string& folder : folders)
-        FinishCutLogs(folder, RawExtension, instruments, Messages);
+        FinishCutLogs(folder, instruments, Messages);
 }
 
 bool CRawLog::OpenLogFile(StartedBy starter) {

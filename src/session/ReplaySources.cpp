@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "session/ReplaySources.h"
 
+#include "platform/Folder.h"
 #include "session/FileKind.h"
 #include "session/Playback.h"
 #include "session/UserService.h"
 
 #include <algorithm>
-#include <filesystem>
 
 namespace qor {
 
@@ -25,34 +25,25 @@ struct QuietDocument {
     QuietDocument() { doc.SessionLog.KeepText = doc.SessionLog.KeepFile = false; }
 };
 
-std::string TextOf(const std::filesystem::path& path) {
-    const std::u8string text = path.u8string();
-    return {text.begin(), text.end()};
-}
-
 std::vector<std::string> InstrumentFilesBeside(const std::string& logPath) {
     std::vector<std::string> packages, definitions;
-    std::error_code fault;
-    const std::filesystem::path log(std::u8string(logPath.begin(), logPath.end()));
-    const std::filesystem::path folder = log.has_parent_path() ? log.parent_path() : ".";
-    for (std::filesystem::directory_iterator entry(folder, fault), end;
-         !fault && entry != end && packages.size() + definitions.size() < MostFiles;
-         entry.increment(fault)) {
-        const std::string path = TextOf(entry->path());
+    const std::string folder = FolderPartOf(logPath);
+    for (const std::string& name : NamesIn(folder)) {
+        if (packages.size() + definitions.size() >= MostFiles)
+            break;
+        const std::string path = folder + name;
         const FileKind kind = KindByName(path);
         if (kind == FileKind::Package)
             packages.push_back(path);
         else if (kind == FileKind::Definition)
             definitions.push_back(path);
     }
-    std::ranges::sort(packages);
-    std::ranges::sort(definitions);
     packages.insert(packages.end(), definitions.begin(), definitions.end());
     return packages;
 }
 
 /// The instruments that a file brings into a session of its own.
-std::vector<std::string> NamesIn(const std::string& file) {
+std::vector<std::string> NamesOfFile(const std::string& file) {
     QuietDocument quiet;
     CSessionSetup setup(quiet.doc);
     std::vector<std::string> names;
@@ -82,7 +73,7 @@ std::vector<std::string> DefinitionsBeside(const std::string& logPath) {
             sending.push_back(instrument->Name());
     for (const std::string& file : files) {
         bool brings = false;
-        for (const std::string& name : NamesIn(file))
+        for (const std::string& name : NamesOfFile(file))
             // Whoever had the name first has the frames.
             brings = std::erase(sending, name) > 0 || brings;
         if (brings)

@@ -83,7 +83,7 @@ TEST_F(ACutLog, NothingElseIsTouched) {
     ASSERT_EQ(held.Write(AsBytes(torn)), FileCause::None);
     CCollectingSink sink;
     CRecursiveLock lock(Doc.DocLock);
-    FinishCutLogs(Folder, ".raw", Doc.LoggedInstruments(), sink);
+    FinishCutLogs(Folder, Doc.LoggedInstruments(), sink);
     EXPECT_THAT(sink.Messages(), testing::IsEmpty());
     held.Close();
     for (const char* name : {"protected.raw", "other.dat", "held.raw"})
