@@ -190,16 +190,18 @@ Remains Finish(const std::string& path, std::span<const LoggedInstrument> instru
     return found;
 }
 
-std::string TextOf(const Remains& found) {
+std::string TextOf(const std::string& path, const Remains& found) {
+    const std::string log = "The log \"" + path + "\" was ";
     if (found.cause != FileCause::None)
-        return "and could not be finished: " + std::string(GetFileErrorText(found.cause));
+        return log + "not ended, and could not be finished: " +
+               std::string(GetFileErrorText(found.cause));
     if (found.rest > 0)
-        return Format("in a record: its last %llu bytes stand in \"%s\" now, the log ends with a "
-                      "whole record",
-                      static_cast<unsigned long long>(found.rest), found.side.c_str());
-    return found.judged ? "behind a whole record"
-                        : "and holds no frame of this run's instruments, which could tell whether "
-                          "its end is whole";
+        return log + Format("cut off within a record: its last %llu bytes stand in \"%s\" now.",
+                            static_cast<unsigned long long>(found.rest), found.side.c_str());
+    return log + "not ended, as by a crash. " +
+           (found.judged ? "It ends with a whole record."
+                         : "It holds no frame of this run's instruments, by which its end could "
+                           "be judged.");
 }
 
 } // namespace
@@ -220,8 +222,7 @@ void FinishCutLogs(const std::string& folder, std::span<const LoggedInstrument> 
         // Some disks know no protection: there every log looks like this.
         if (whole && !isProtected && found.rest == 0)
             continue;
-        messages.Raise({EventKind::LogRecovered, path,
-                        "An earlier log was cut off " + TextOf(found) + ": \"" + path + "\".\r\n"});
+        messages.Raise({EventKind::LogRecovered, path, TextOf(path, found) + "\r\n"});
     }
 }
 

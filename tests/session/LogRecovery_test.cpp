@@ -38,12 +38,12 @@ TEST_F(ACutLog, IsFinishedByTheNextRunBehindItsLastWholeRecord) {
         std::string whole, rest;
         const char* said;
     } cases[] = {
-        {Header + one + two, "", "behind a whole record"},
+        {Header + one + two, "", "ends with a whole record"},
         {Header + one, two.substr(0, 3), "last 3 bytes"},
         {Header + one, two.substr(0, 6), "last 6 bytes"}, // its tag is missing
         {Header + one, two.substr(0, two.size() - 1), "last 12 bytes"},
         {Header + one + two, std::string(512, '\0'), "last 512 bytes"},
-        {Header + one + stamp, "", "behind a whole record"},
+        {Header + one + stamp, "", "ends with a whole record"},
         {Header + one + stamp, stamp.substr(0, 9), "last 9 bytes"},
         {Header + one + stamp + two, "PR", "last 2 bytes"},
         {large, one.substr(0, 8), "last 8 bytes"},
