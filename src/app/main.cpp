@@ -42,7 +42,8 @@ int main(int argc, char** argv) {
         return 0;
     }
     if (!command.fault.empty()) {
-        std::fprintf(stderr, "qorview: %s See qorview --help.\n", command.fault.c_str());
+        const std::string text = "qorview: " + command.fault + " See qorview --help.\n";
+        static_cast<void>(qor::WriteText(qor::StandardStream::Error, text));
         return 2;
     }
     QApplication application(argc, argv);

@@ -11,7 +11,7 @@ namespace {
 constexpr int LastMilliseconds = 2000;
 
 StreamWrite WriteValues(std::string_view text) {
-    return WriteStream(StandardStream::Output, text);
+    return WriteText(StandardStream::Output, text);
 }
 
 } // namespace

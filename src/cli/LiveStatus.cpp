@@ -25,7 +25,7 @@ CLiveStatus::~CLiveStatus() {
 
 void CLiveStatus::Erase() {
     for (; LinesOnScreen > 0; --LinesOnScreen)
-        WriteError("\x1b[A\x1b[2K");
+        DrawError("\x1b[A\x1b[2K");
 }
 
 /// Columns of a line.

@@ -2,6 +2,7 @@
 #include "cli/Progress.h"
 #include "cli/Report.h"
 
+#include "base/TerminalText.h"
 #include "base/Text.h"
 #include "platform/Clock.h"
 #include "platform/Console.h"
@@ -21,15 +22,16 @@ std::int64_t NowMilliseconds() {
 
 } // namespace
 
-CProgress::CProgress(std::string title, std::uint64_t total, bool quiet)
-    : Title(std::move(title)), Total(total), Visible(!quiet && CanDraw(StandardStream::Error)) {
+CProgress::CProgress(const std::string& title, std::uint64_t total, bool quiet)
+    : Title(TerminalText(title, TerminalLayout::OneLine)), Total(total),
+      Visible(!quiet && CanDraw(StandardStream::Error)) {
     if (Visible)
         Begun = NowMilliseconds();
 }
 
 CProgress::~CProgress() {
     if (OnScreen)
-        WriteError("\r\x1b[K");
+        DrawError("\r\x1b[K");
 }
 
 void CProgress::Update(std::uint64_t done) {
@@ -41,16 +43,16 @@ void CProgress::Update(std::uint64_t done) {
     Drawn = now;
     OnScreen = true;
     if (Total == 0) {
-        WriteError("\r" + Title + Format(": %.1f MB\x1b[K", static_cast<double>(done) / 1e6));
+        DrawError("\r" + Title + Format(": %.1f MB\x1b[K", static_cast<double>(done) / 1e6));
         return;
     }
     double part = static_cast<double>(std::min(done, Total)) / static_cast<double>(Total);
     auto filled = static_cast<std::size_t>(part * static_cast<double>(BarColumns));
     double left =
         part > 0.0 ? static_cast<double>(now - Begun) / 1000.0 * (1.0 - part) / part : 0.0;
-    WriteError("\r" + Title + " [" + std::string(filled, '#') +
-               std::string(BarColumns - filled, '.') +
-               Format("] %3.0f %%  %.0f s left\x1b[K", part * 100.0, left));
+    DrawError("\r" + Title + " [" + std::string(filled, '#') +
+              std::string(BarColumns - filled, '.') +
+              Format("] %3.0f %%  %.0f s left\x1b[K", part * 100.0, left));
 }
 
 } // namespace qor

@@ -13,7 +13,7 @@ namespace qor {
 class CProgress {
   public:
     /// A total of 0 is not known: the bytes done are shown.
-    CProgress(std::string title, std::uint64_t total, bool quiet);
+    CProgress(const std::string& title, std::uint64_t total, bool quiet);
     ~CProgress();
     CProgress(const CProgress&) = delete;
     CProgress& operator=(const CProgress&) = delete;
@@ -22,7 +22,7 @@ class CProgress {
     void Update(std::uint64_t done);
 
   private:
-    std::string Title;
+    const std::string Title; ///< fit for a terminal
     std::uint64_t Total;
     std::int64_t Begun = 0, Drawn = 0; ///< monotonic milliseconds
     bool Visible;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// What the command line says on standard error, a line at a time. From any thread.
+// What the command line says on standard error, a line at a time. From any thread. Control bytes
+// that come with names and texts never reach a terminal as they are.
 #pragma once
 
 #include <string>
@@ -13,7 +14,9 @@ namespace qor {
 void ReportError(const std::string& text);
 void ReportWarning(const std::string& text);
 void ReportHint(const std::string& text);
-/// Text as it is.
+/// Text of one or more lines; a terminal is shown what would control it.
 void WriteError(std::string_view text);
+/// Control bytes of our own, for a terminal on which lines are drawn.
+void DrawError(std::string_view controls);
 
 } // namespace qor

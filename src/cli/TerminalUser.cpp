@@ -45,7 +45,7 @@ void CTerminalUser::Print() {
     for (const std::string& text : texts)
         ReportWarning(text);
     if (beep && IsTerminal(StandardStream::Error))
-        WriteError("\a");
+        DrawError("\a");
 }
 
 } // namespace qor

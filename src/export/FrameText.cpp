@@ -180,16 +180,13 @@ void WriteCsvField(COutput& output, std::string_view text) {
         return;
     }
     if (text.find_first_of("\",\r\n") == std::string_view::npos) {
-        output.Text(text);
+        output.Foreign(text);
         return;
     }
-    output.Char('"');
-    for (char c : text) {
-        if (c == '"')
-            output.Char('"');
-        output.Char(c);
-    }
-    output.Char('"');
+    std::string field = "\"";
+    for (char c : text)
+        field += c == '"' ? "\"\"" : std::string(1, c);
+    output.Foreign(field + '"');
 }
 
 CFrameCsv::CFrameCsv(COutput& output, const CInstrument& instrument, const std::string& file,

@@ -205,13 +205,16 @@ void WriteLogText(COutput& output, const std::string& path, const CRawLogReader&
         WriteTime(output, value);
         output.Char('\n');
     };
-    output.Text(path + "\n");
+    output.Foreign(path);
+    output.Char('\n');
     output.Text(Format("  size              %llu bytes\n",
                        static_cast<unsigned long long>(log.BytesRead())));
     if (!log.Header().IsRawLog())
         output.Text("  no header: a plain capture, not a raw log\n");
-    for (const HeaderRecord& record : log.Header().records)
-        output.Text(Format("  %-17s %s\n", record.tag.c_str(), record.value.c_str()));
+    for (const HeaderRecord& record : log.Header().records) {
+        output.Foreign(Format("  %-17s %s", record.tag.c_str(), record.value.c_str()));
+        output.Char('\n');
+    }
     output.Text(Format("  time stamps       %llu\n",
                        static_cast<unsigned long long>(log.Times().timeStamps)));
     time("  first time stamp  ", log.Times().firstTimeStamp);

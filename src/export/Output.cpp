@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "export/Output.h"
 
+#include "base/TerminalText.h"
 #include "platform/Console.h"
 #include "platform/FileErrorText.h"
 #include "telemetry/RawLogFormat.h"
@@ -58,7 +59,8 @@ OutputState StateOfPlace(const std::string& path, const OutputRules& rules) {
     return holds && !rules.overwrite ? OutputState::Exists : OutputState::Good;
 }
 
-COutput::COutput(FaultReport report) : Report(std::move(report)), Buffer(BufferSize) {}
+COutput::COutput(FaultReport report)
+    : Report(std::move(report)), Buffer(BufferSize), Shown(IsTerminal(StandardStream::Output)) {}
 
 COutput::COutput(TextTaker taker) : Taker(std::move(taker)), Buffer(BufferSize) {}
 
@@ -93,6 +95,7 @@ OutputResult COutput::Open(const std::string& path, const OutputRules& rules) {
     }
     Place = path;
     Rules = rules;
+    Shown = LeadsToTerminal(path);
     if (IsDevice(path)) {
         const FileCause cause = File.OpenForWriting(path);
         return cause == FileCause::None ? OutputResult{} : Fail(cause);
@@ -154,6 +157,10 @@ OutputResult COutput::Finish() {
     return {OutputState::Failed, Place};
 }
 
+void COutput::Foreign(std::string_view text) {
+    Text(Shown ? TerminalText(text, TerminalLayout::OneLine) : text);
+}
+
 bool COutput::MakeRoom(std::string_view text) {
     if (!Flush())
         return false;
@@ -174,6 +181,9 @@ bool COutput::Write(std::string_view bytes) {
         return false;
     if (Taker)
         return Usable = Taker(bytes);
+    const std::string text = Shown ? TerminalText(bytes, TerminalLayout::Lines) : std::string();
+    if (Shown)
+        bytes = text;
     if (!Place.empty()) {
         const FileCause cause = File.Write(AsBytes(bytes));
         if (cause == FileCause::None)

@@ -2,7 +2,8 @@
 //
 // Where results go: standard output or a file, through one large buffer. A file is complete or not
 // there: it is written beside its place and put there at the end. Numbers are written with the
-// fewest digits that read back to the same double. One thread at a time.
+// fewest digits that read back to the same double. A terminal never gets control characters of
+// texts as they are (base/TerminalText.h), everything else gets its bytes. One thread at a time.
 #pragma once
 
 #include "platform/File.h"
@@ -74,6 +75,9 @@ class COutput {
         std::memcpy(Buffer.data() + Used, text.data(), text.size());
         Used += text.size();
     }
+    /// A part of a line that instruments, files or names have written: a line end in it is none of
+    /// ours, and is shown as such where the output goes to a terminal.
+    void Foreign(std::string_view text);
     void Char(char c) { Text({&c, 1}); }
     /// A finite number.
     void Number(double value) {
@@ -120,6 +124,7 @@ class COutput {
     OutputRules Rules;
     std::string Beside; ///< where it is written meanwhile; empty when it is no such file
     bool Replaces = false;
+    bool Shown = false; ///< on a terminal, which is to obey nothing that stands in texts
     bool Usable = true;
     bool WriteFailed = false;
 };

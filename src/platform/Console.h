@@ -42,6 +42,15 @@ enum class StreamWrite { Done, ReaderGone, ReaderStalls, Failed };
 /// stalls (POSIX). Do not mix with stdio on the same stream.
 [[nodiscard]] StreamWrite WriteStream(StandardStream stream, std::string_view bytes);
 
+/// The same for text: control characters that stand in it reach a terminal as "\x1b" (see
+/// base/TerminalText.h), never as they are. Everything that a person may read goes this way; what a
+/// program itself draws with goes by WriteStream.
+[[nodiscard]] StreamWrite WriteText(StandardStream stream, std::string_view text);
+
+/// True when writing to this path shows on a terminal that a person sees: /dev/stdout, the standard
+/// streams' own device, CON. Any other line is one that instruments or programs listen on.
+bool LeadsToTerminal(const std::string& path);
+
 /// From now on a reader that takes nothing for two seconds stalls, as after a request to stop
 /// (POSIX).
 void HurryReaders();

@@ -130,6 +130,21 @@ StreamWrite WriteStream(StandardStream stream, std::string_view bytes) {
     return StreamWrite::Done;
 }
 
+bool LeadsToTerminal(const std::string& path) {
+    struct stat status {};
+    if (::stat(path.c_str(), &status) < 0 || !S_ISCHR(status.st_mode))
+        return false;
+    const auto isIt = [&](const struct stat& other) {
+        return S_ISCHR(other.st_mode) && other.st_rdev == status.st_rdev;
+    };
+    struct stat other {};
+    for (StandardStream stream :
+         {StandardStream::Input, StandardStream::Output, StandardStream::Error})
+        if (IsTerminal(stream) && ::fstat(static_cast<int>(stream), &other) == 0 && isIt(other))
+            return true;
+    return ::stat("/dev/tty", &other) == 0 && isIt(other);
+}
+
 std::string_view NativeLineEnd() {
     return "\n";
 }

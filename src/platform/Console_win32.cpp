@@ -4,6 +4,7 @@
 // handler may use the event directly.
 #include "platform/Console.h"
 
+#include "base/Text.h"
 #include "platform/Win32Support.h"
 
 #include <algorithm>
@@ -137,6 +138,12 @@ StreamWrite WriteStream(StandardStream stream, std::string_view bytes) {
         bytes.remove_prefix(written);
     }
     return StreamWrite::Done;
+}
+
+bool LeadsToTerminal(const std::string& path) {
+    const std::size_t separator = path.find_last_of("\\/");
+    const std::string name = path.substr(separator == std::string::npos ? 0 : separator + 1);
+    return EqualsNoCase(name, "CON") || EqualsNoCase(name, "CONOUT$");
 }
 
 std::string_view NativeLineEnd() {
