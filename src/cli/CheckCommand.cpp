@@ -223,6 +223,9 @@ int RunCheck(const CheckOptions& options, CommandContext& context) {
         return ExitBadCall;
     }
     COutput output(ReportError);
+    if (const int status = OutputExit(output.Open({}, {.inputs = options.files}));
+        status != ExitWell)
+        return status;
     bool well = true;
     for (const std::string& path : options.files) {
         const FileKind kind = KindByName(path);

@@ -83,7 +83,8 @@ bool ReadFrom(const SerialResourceSettings& settings, int wait, Trials& trials,
     ReportError(
         settings.portName + ": there is no file of that name, and as a port it " +
         (sample.result == CommResult::PortNotOpened ? "could not be opened" : "could not be read") +
-        " (" + OneLine(SystemErrorText(sample.error)) + "). " + PortTrouble(settings.portName));
+        " (" + OneLine(SystemErrorText(sample.error)) + "). " +
+        PortTrouble(settings.portName, sample.error));
     return false;
 }
 

@@ -65,7 +65,7 @@ void CLogConsole::ReportPorts() {
                         OneLine(CommDetail(port.result)));
         else
             ReportError(port.settings.portName + ": could not be connected (" + why + "). " +
-                        PortTrouble(port.settings.portName) +
+                        PortTrouble(port.settings.portName, port.systemError) +
                         (port.triedAgain ? " It is tried again." : ""));
     }
 }

@@ -21,8 +21,8 @@ void WriteError(std::string_view text) {
     [[maybe_unused]] StreamWrite result = WriteText(StandardStream::Error, text);
 }
 
-void DrawError(std::string_view controls) {
-    [[maybe_unused]] StreamWrite result = WriteStream(StandardStream::Error, controls);
+void DrawError(std::string_view bytes) {
+    [[maybe_unused]] StreamWrite result = WriteStream(StandardStream::Error, bytes);
 }
 
 void ReportError(const std::string& text) {

@@ -16,7 +16,7 @@ void ReportWarning(const std::string& text);
 void ReportHint(const std::string& text);
 /// Text of one or more lines; a terminal is shown what would control it.
 void WriteError(std::string_view text);
-/// Control bytes of our own, for a terminal on which lines are drawn.
-void DrawError(std::string_view controls);
+/// Bytes of our own as they are, as for a terminal on which lines are drawn. Asks for no memory.
+void DrawError(std::string_view bytes);
 
 } // namespace qor

@@ -26,7 +26,7 @@ constexpr std::string_view NoMemory =
 /// Ends the program as it stands. What was handed to the system stays, and logs end with a whole
 /// record.
 [[noreturn]] void EndForMemory() {
-    qor::WriteError(NoMemory);
+    qor::DrawError(NoMemory);
     std::_Exit(qor::ExitFault);
 }
 

@@ -37,11 +37,18 @@ bool HoldsBytes(const std::string& path, bool& isRawLog) {
     return got > 0;
 }
 
+/// Decided: a link to a device is followed where the system itself keeps such links (/dev/stdout,
+/// /dev/serial); anywhere else somebody may have laid it for what is written under that name.
+bool LeadsAway(const std::string& path) {
+    const std::string full = FullPathOf(path);
+    return IsSymbolicLink(path) && !full.starts_with("/dev/") && !full.starts_with("/proc/");
+}
+
 } // namespace
 
 OutputState StateOfPlace(const std::string& path, const OutputRules& rules) {
     if (IsDevice(path))
-        return OutputState::Good;
+        return LeadsAway(path) ? OutputState::IsLink : OutputState::Good;
     if (IsDirectory(path))
         return OutputState::IsFolder;
     if (IsSymbolicLink(path))
@@ -96,12 +103,12 @@ OutputResult COutput::Open(const std::string& path, const OutputRules& rules) {
     Place = path;
     Rules = rules;
     Shown = LeadsToTerminal(path);
+    if (const OutputState state = StateOfPlace(path, rules); state != OutputState::Good)
+        return Refuse(state, path);
     if (IsDevice(path)) {
         const FileCause cause = File.OpenForWriting(path);
         return cause == FileCause::None ? OutputResult{} : Fail(cause);
     }
-    if (const OutputState state = StateOfPlace(path, rules); state != OutputState::Good)
-        return Refuse(state, path);
     Replaces = FileExists(path);
     if (Replaces)
         if (const FileCause cause = CheckWritable(path); cause != FileCause::None)
@@ -146,7 +153,8 @@ OutputResult COutput::Finish() {
         const FileCause cause = (Replaces ? RenameFile : RenameToNew)(Beside, Place);
         if (cause == FileCause::None) {
             Beside.clear();
-            return {};
+            const FileCause named = SyncFolderOf(Place);
+            return named == FileCause::None ? OutputResult{} : Fail(named);
         }
         if (Replaces || !FileExists(Place))
             return Fail(cause);

@@ -61,7 +61,7 @@ class CFile {
     /// Creates the file, or truncates an existing one, for writing with exclusive sharing: while it
     /// is open here, another CreateExclusive of it (from any process) is a SharingViolation and
     /// leaves its content alone. A read-only file (no write permission, also for root) is
-    /// AccessDenied.
+    /// AccessDenied, and so is a symbolic link, wherever it leads.
     FileCause CreateExclusive(const std::string& path);
 
     /// The same for a file that must not be there yet: anything of that name, also a symbolic link
@@ -72,8 +72,7 @@ class CFile {
     /// changes. A read-only one, or a symbolic link, is AccessDenied.
     FileCause OpenAlone(const std::string& path);
 
-    /// Opens an existing file (a device, a port) or creates one for writing, without truncating a
-    /// device.
+    /// Opens an existing device, port or pipe for writing. A file is AccessDenied: it is created.
     FileCause OpenForWriting(const std::string& path);
 
     void Close();
@@ -93,6 +92,9 @@ class CFile {
     /// Cuts the file to this size and goes on writing there.
     FileCause Truncate(std::uint64_t size);
     FileCause Size(std::uint64_t& size) const;
+    /// Takes every write permission from the file, or gives its owner one; this very file, whatever
+    /// has its name by now.
+    FileCause SetReadOnly(bool readOnly);
     /// Whether the file still is where it was opened; There when the system cannot tell. May run
     /// beside Write.
     FileStanding Standing() const;
@@ -113,6 +115,7 @@ class CFile {
 bool IsDirectory(const std::string& path);
 bool IsDevice(const std::string& path);
 bool FileExists(const std::string& path);
+/// The same as CFile::SetReadOnly by name. A symbolic link is AccessDenied.
 FileCause SetReadOnly(const std::string& path, bool readOnly);
 FileCause IsReadOnly(const std::string& path, bool& readOnly);
 FileCause RemoveFile(const std::string& path);
@@ -132,6 +135,9 @@ bool IsSameFile(const std::string& path, const std::string& other);
 bool IsStandardOutput(const std::string& path);
 /// Makes a folder in an existing one.
 FileCause MakeDirectory(const std::string& path);
+/// Makes the names in the folder of this file survive a power cut, as after creating or renaming
+/// it: a file's own Sync says nothing about its name.
+FileCause SyncFolderOf(const std::string& path);
 /// Removes a folder that holds nothing; any other stays.
 FileCause RemoveEmptyDirectory(const std::string& path);
 /// Absolute form of a path; the path itself when the system cannot tell.

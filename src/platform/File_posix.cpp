@@ -116,6 +116,12 @@ FileCause OpenDescriptor(const std::string& path, int flags, int& descriptor, st
     return FileCause::None;
 }
 
+/// The same for a file and no symbolic link, which is AccessDenied.
+FileCause OpenFileItself(const std::string& path, int flags, int& descriptor, struct stat& status) {
+    const FileCause cause = OpenDescriptor(path, flags | O_NOFOLLOW, descriptor, status);
+    return cause != FileCause::None && IsSymbolicLink(path) ? FileCause::AccessDenied : cause;
+}
+
 /// A descriptor of the file that standard input was redirected from, with a position of its own;
 /// -1 when it is no file or the system cannot open it again.
 int ReopenStandardInput() {
@@ -150,12 +156,24 @@ FileCause LockExclusively(int descriptor) {
     return noLocks ? FileCause::None : CauseOf(errno);
 }
 
+bool IsOne(const struct stat& first, const struct stat& second) {
+    return first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+}
+
 /// True while the path still leads to the opened file: its last owner may have removed or renamed
 /// it between our open and our lock.
 bool StillAt(const std::string& path, const struct stat& opened) {
     struct stat now {};
-    return ::stat(path.c_str(), &now) == 0 && now.st_dev == opened.st_dev &&
-           now.st_ino == opened.st_ino;
+    return ::lstat(path.c_str(), &now) == 0 && IsOne(now, opened);
+}
+
+FileCause ChangeMode(int descriptor, bool readOnly) {
+    struct stat status {};
+    if (::fstat(descriptor, &status) < 0)
+        return CauseOf(errno);
+    mode_t permissions = status.st_mode & 07777;
+    permissions = readOnly ? permissions & ~AnyWriteBit : permissions | S_IWUSR;
+    return ::fchmod(descriptor, permissions) < 0 ? CauseOf(errno) : FileCause::None;
 }
 
 /// Whether the descriptor is the terminal that the operator sits at.
@@ -182,10 +200,6 @@ void PassBytesUnchanged(int descriptor, const struct stat& status) {
 bool StatusOf(const std::string& path, struct stat& status) {
     return (IsStandardInput(path) ? ::fstat(STDIN_FILENO, &status)
                                   : ::stat(path.c_str(), &status)) == 0;
-}
-
-bool IsOne(const struct stat& first, const struct stat& second) {
-    return first.st_dev == second.st_dev && first.st_ino == second.st_ino;
 }
 
 int DescriptorOf(std::intptr_t handle) {
@@ -242,7 +256,7 @@ FileCause CFile::CreateExclusive(const std::string& path) {
     for (int attempt = 0; attempt < 10; ++attempt) {
         int descriptor = -1;
         struct stat status {};
-        FileCause cause = OpenDescriptor(path, O_WRONLY | O_CREAT, descriptor, status);
+        FileCause cause = OpenFileItself(path, O_WRONLY | O_CREAT, descriptor, status);
         if (cause != FileCause::None)
             return cause;
         cause = S_ISREG(status.st_mode) ? LockExclusively(descriptor) : FileCause::AccessDenied;
@@ -280,6 +294,9 @@ FileCause CFile::CreateNew(const std::string& path) {
         return cause;
     cause = LockExclusively(descriptor);
     if (cause != FileCause::None) {
+        // An empty file would keep the name. Nobody can act on a failure here.
+        if (StillAt(path, status))
+            static_cast<void>(RemoveFile(path));
         ::close(descriptor);
         return cause;
     }
@@ -317,24 +334,16 @@ FileCause CFile::OpenForWriting(const std::string& path) {
     Close();
     int descriptor = -1;
     struct stat status {};
-    if (FileCause cause = OpenDescriptor(path, O_WRONLY | O_CREAT, descriptor, status);
+    if (FileCause cause = OpenDescriptor(path, O_WRONLY, descriptor, status);
         cause != FileCause::None)
         return cause;
-    FileCause cause = FileCause::None;
     if (S_ISREG(status.st_mode)) {
-        if ((status.st_mode & AnyWriteBit) == 0)
-            cause = FileCause::AccessDenied;
-        else if (::ftruncate(descriptor, 0) < 0)
-            cause = CauseOf(errno);
-    }
-    if (cause != FileCause::None) {
         ::close(descriptor);
-        return cause;
+        return FileCause::AccessDenied;
     }
     PassBytesUnchanged(descriptor, status);
     // A line whose other end takes nothing must not hold a program that is to end.
-    if (!S_ISREG(status.st_mode))
-        ::fcntl(descriptor, F_SETFL, ::fcntl(descriptor, F_GETFL) | O_NONBLOCK);
+    ::fcntl(descriptor, F_SETFL, ::fcntl(descriptor, F_GETFL) | O_NONBLOCK);
     Handle = descriptor;
     OpenedPath = path;
     OpenedFullPath = FullPathOf(path);
@@ -471,13 +480,21 @@ bool FileExists(const std::string& path) {
     return ::stat(path.c_str(), &status) == 0;
 }
 
+FileCause CFile::SetReadOnly(bool readOnly) {
+    return ChangeMode(DescriptorOf(Handle), readOnly);
+}
+
 FileCause SetReadOnly(const std::string& path, bool readOnly) {
+    int descriptor = -1;
     struct stat status {};
-    if (::stat(path.c_str(), &status) < 0)
-        return OpenFailure(path, errno);
-    mode_t permissions = status.st_mode & 07777;
-    permissions = readOnly ? permissions & ~AnyWriteBit : permissions | S_IWUSR;
-    return ::chmod(path.c_str(), permissions) < 0 ? CauseOf(errno) : FileCause::None;
+    FileCause cause = OpenFileItself(path, O_RDONLY, descriptor, status);
+    if (cause == FileCause::AccessDenied) // it may be one that can only be written
+        cause = OpenFileItself(path, O_WRONLY, descriptor, status);
+    if (cause != FileCause::None)
+        return cause;
+    cause = ChangeMode(descriptor, readOnly);
+    ::close(descriptor);
+    return cause;
 }
 
 FileCause IsReadOnly(const std::string& path, bool& readOnly) {
@@ -547,6 +564,27 @@ bool IsStandardOutput(const std::string& path) {
 
 FileCause MakeDirectory(const std::string& path) {
     return ::mkdir(path.c_str(), 0777) < 0 ? OpenFailure(path, errno) : FileCause::None;
+}
+
+FileCause SyncFolderOf(const std::string& path) {
+    const std::filesystem::path folder = std::filesystem::path(path).parent_path();
+    int descriptor = -1;
+    struct stat status {};
+    FileCause cause = OpenDescriptor(folder.empty() ? "." : folder.string(), O_RDONLY | O_DIRECTORY,
+                                     descriptor, status);
+    if (cause == FileCause::AccessDenied) // one may make files there and not list them
+        return FileCause::None;
+    if (cause != FileCause::None)
+        return cause;
+    int result;
+    do
+        result = ::fsync(descriptor);
+    while (result < 0 && errno == EINTR);
+    // Network and foreign file systems have no such synchronisation.
+    if (result < 0 && errno != EINVAL && errno != ENOTSUP && errno != EROFS && errno != EBADF)
+        cause = CauseOf(errno);
+    ::close(descriptor);
+    return cause;
 }
 
 FileCause RemoveEmptyDirectory(const std::string& path) {

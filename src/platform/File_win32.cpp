@@ -52,13 +52,17 @@ struct OpenRequest {
     DWORD access;
     DWORD sharing;
     DWORD disposition;
+    DWORD flags = 0;
 };
 constexpr DWORD ShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 constexpr OpenRequest ReadExisting = {GENERIC_READ, ShareAll, OPEN_EXISTING};
-constexpr OpenRequest CreateAlone = {GENERIC_WRITE, 0, CREATE_ALWAYS};
-constexpr OpenRequest CreateUnknown = {GENERIC_WRITE, 0, CREATE_NEW};
+/// A link is opened itself, to be looked at before anything is cut.
+constexpr OpenRequest CreateAlone = {GENERIC_WRITE, 0, OPEN_ALWAYS, FILE_FLAG_OPEN_REPARSE_POINT};
+constexpr OpenRequest CreateUnknown = {GENERIC_WRITE, 0, CREATE_NEW, FILE_FLAG_OPEN_REPARSE_POINT};
 constexpr OpenRequest ChangeAlone = {GENERIC_READ | GENERIC_WRITE, 0, OPEN_EXISTING};
-constexpr OpenRequest WriteAny = {GENERIC_WRITE, FILE_SHARE_READ, OPEN_ALWAYS};
+constexpr OpenRequest WriteAny = {GENERIC_WRITE, FILE_SHARE_READ, OPEN_EXISTING};
+constexpr OpenRequest ChangeAttributes = {FILE_READ_ATTRIBUTES | FILE_WRITE_ATTRIBUTES, ShareAll,
+                                          OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT};
 
 constexpr const char* StandardInputPath = "-";
 constexpr int StopCheckMilliseconds = 50;
@@ -97,7 +101,7 @@ FileCause TryOpen(const std::wstring& path, const OpenRequest& request, OpenFile
     if (opened->done != nullptr)
         opened->handle =
             CreateFileW(path.c_str(), request.access, request.sharing, nullptr, request.disposition,
-                        FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OVERLAPPED, nullptr);
+                        FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OVERLAPPED | request.flags, nullptr);
     if (opened->handle == INVALID_HANDLE_VALUE)
         return LastCause();
     opened->isDisk = GetFileType(opened->handle) == FILE_TYPE_DISK;
@@ -169,6 +173,31 @@ FileCause CutAt(OpenFile& file, std::uint64_t size) {
         return LastCause();
     file.position = size;
     return FileCause::None;
+}
+
+/// Whether what was opened as itself leads somewhere else.
+bool IsLink(const OpenFile& file) {
+    FILE_ATTRIBUTE_TAG_INFO facts{};
+    return GetFileInformationByHandleEx(file.handle, FileAttributeTagInfo, &facts, sizeof facts) &&
+           (facts.FileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 &&
+           (facts.ReparseTag == IO_REPARSE_TAG_SYMLINK ||
+            facts.ReparseTag == IO_REPARSE_TAG_MOUNT_POINT);
+}
+
+/// No attribute at all is spelled "normal".
+FileCause ChangeReadOnly(const OpenFile& file, bool readOnly) {
+    FILE_BASIC_INFO facts{}; // times of 0 stay as they are
+    if (!GetFileInformationByHandleEx(file.handle, FileBasicInfo, &facts, sizeof facts))
+        return LastCause();
+    DWORD wanted =
+        facts.FileAttributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_NORMAL);
+    if (readOnly)
+        wanted |= FILE_ATTRIBUTE_READONLY;
+    facts = {};
+    facts.FileAttributes = wanted != 0 ? wanted : FILE_ATTRIBUTE_NORMAL;
+    return SetFileInformationByHandle(file.handle, FileBasicInfo, &facts, sizeof facts)
+               ? FileCause::None
+               : LastCause();
 }
 
 FileCause Attributes(const std::string& path, std::wstring& wide, DWORD& attributes) {
@@ -244,10 +273,13 @@ FileCause CFile::OpenForReading(const std::string& path) {
 FileCause CFile::CreateExclusive(const std::string& path) {
     Close();
     OpenFilePointer file;
-    if (FileCause cause = OpenHandle(WidePath(path), CreateAlone, file); cause != FileCause::None)
+    FileCause cause = OpenHandle(WidePath(path), CreateAlone, file);
+    if (cause != FileCause::None)
         return cause;
-    if (!file->isDisk)
+    if (!file->isDisk || IsLink(*file))
         return FileCause::AccessDenied;
+    if (cause = CutAt(*file, 0); cause != FileCause::None)
+        return cause;
     Handle = reinterpret_cast<std::intptr_t>(file.release());
     OpenedPath = path;
     OpenedFullPath = FullPathOf(path);
@@ -288,9 +320,8 @@ FileCause CFile::OpenForWriting(const std::string& path) {
     FileCause cause = OpenHandle(WidePortName(path), WriteAny, file);
     if (cause != FileCause::None)
         return cause;
-    cause = file->isDisk ? CutAt(*file, 0) : FileCause::None;
-    if (cause != FileCause::None)
-        return cause;
+    if (file->isDisk)
+        return FileCause::AccessDenied;
     Handle = reinterpret_cast<std::intptr_t>(file.release());
     OpenedPath = path;
     OpenedFullPath = FullPathOf(path);
@@ -440,17 +471,16 @@ bool FileExists(const std::string& path) {
     return Attributes(path, wide, attributes) == FileCause::None;
 }
 
+FileCause CFile::SetReadOnly(bool readOnly) {
+    const OpenFile* file = OpenedBy(Handle);
+    return file == nullptr ? FileCause::InvalidFile : ChangeReadOnly(*file, readOnly);
+}
+
 FileCause SetReadOnly(const std::string& path, bool readOnly) {
-    std::wstring wide;
-    DWORD attributes = 0;
-    if (FileCause cause = Attributes(path, wide, attributes); cause != FileCause::None)
+    OpenFilePointer file;
+    if (FileCause cause = TryOpen(WidePath(path), ChangeAttributes, file); cause != FileCause::None)
         return cause;
-    attributes &= ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_NORMAL);
-    if (readOnly)
-        attributes |= FILE_ATTRIBUTE_READONLY;
-    // No attribute at all is spelled "normal".
-    DWORD wanted = attributes != 0 ? attributes : FILE_ATTRIBUTE_NORMAL;
-    return SetFileAttributesW(wide.c_str(), wanted) ? FileCause::None : LastCause();
+    return IsLink(*file) ? FileCause::AccessDenied : ChangeReadOnly(*file, readOnly);
 }
 
 FileCause IsReadOnly(const std::string& path, bool& readOnly) {
@@ -532,6 +562,12 @@ FileCause MakeDirectory(const std::string& path) {
     if (wide.empty())
         return FileCause::BadPath;
     return CreateDirectoryW(wide.c_str(), nullptr) ? FileCause::None : LastCause();
+}
+
+/// The file system's own journal keeps names, and files are moved with write-through: a folder
+/// cannot be synchronised here by who is no administrator.
+FileCause SyncFolderOf(const std::string&) {
+    return FileCause::None;
 }
 
 FileCause RemoveEmptyDirectory(const std::string& path) {

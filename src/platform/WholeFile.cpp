@@ -55,6 +55,8 @@ FileCause WriteWholeFile(const std::string& path, std::string_view bytes) {
     cause = WriteAndSync(file, bytes);
     if (cause == FileCause::None)
         cause = RenameFile(beside, path);
+    if (cause == FileCause::None)
+        return SyncFolderOf(path);
     if (cause != FileCause::None)
         static_cast<void>(RemoveFile(beside));
     return cause;

@@ -2,6 +2,7 @@
 #include "views/PortList.h"
 
 #include "base/Text.h"
+#include "platform/SystemText.h"
 #include "session/PortText.h"
 
 #include <algorithm>
@@ -119,7 +120,11 @@ std::string PortTrouble(const PortFound& port, std::span<const std::string> ther
                       : " There are: " + names + (there.size() > MostNamed ? " and others." : "."));
 }
 
-std::string PortTrouble(const std::string& name) {
+std::string PortTrouble(const std::string& name, std::uint32_t error) {
+    if (error ==
+        SystemErrorNoHandle) // nothing is wrong with the port, and nothing can be looked up
+        return "This program has as many files and ports open as the system allows it; allow it "
+               "more (ulimit -n), or name fewer ports.";
     const std::vector<std::string> names{name};
     const PortFound port{.name = name, .device = name, .access = LookAtPorts(names).front()};
     return PortTrouble(port, PortNames());

@@ -41,7 +41,8 @@ std::string RemedyCommand(const PortFound& port);
 
 /// For a port that could not be connected: why not and what to do, looked up now, as whole
 /// sentences. Never empty.
-std::string PortTrouble(const std::string& name);
+/// `error`: the system's, where it is known.
+std::string PortTrouble(const std::string& name, std::uint32_t error = 0);
 /// The same, made of what is known.
 std::string PortTrouble(const PortFound& port, std::span<const std::string> there);
 

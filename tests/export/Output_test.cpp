@@ -124,9 +124,11 @@ TEST_F(AnOutput, KeepsItsResultWhenItsNameIsTakenMeanwhile) {
 #if !defined(_WIN32)
 TEST_F(AnOutput, GoesThroughNoLinkButIntoDevices) {
     std::filesystem::create_symlink(Temp.Path + "nowhere", Temp.Path + "link");
+    std::filesystem::create_symlink("/dev/full", Temp.Path + "device");
     Temp.Put("precious", "kept");
     std::filesystem::create_symlink(Temp.Path + "precious", Temp.Path + "new.part");
     EXPECT_EQ(Open("link", {.overwrite = true}), OutputState::IsLink);
+    EXPECT_EQ(Open("device", {.overwrite = true}), OutputState::IsLink);
     EXPECT_EQ(Open("new", {}), OutputState::Good);
     EXPECT_EQ(Temp.Content("precious"), "kept");
 

@@ -19,7 +19,7 @@ TEST_F(AFile, OpenFailuresHaveTheirCause) {
         {Folder + "none", FileCause::FileNotFound, FileCause::None},
         {Folder + "no/such/folder", FileCause::BadPath, FileCause::BadPath},
         {Folder + "plain/below", FileCause::BadPath, FileCause::BadPath},
-        {Folder + "loop", FileCause::BadPath, FileCause::BadPath},
+        {Folder + "loop", FileCause::BadPath, FileCause::AccessDenied},
         {Folder + std::string(300, 'n'), FileCause::BadPath, FileCause::BadPath},
         {Folder + std::string("cut\0off", 7), FileCause::BadPath, FileCause::BadPath},
         {"", FileCause::BadPath, FileCause::BadPath},
@@ -58,6 +58,37 @@ TEST_F(AFile, LinksAreSeenAsLinksAndAsWhatTheyLeadTo) {
     EXPECT_FALSE(IsSymbolicLink(Folder + "log"));
     EXPECT_TRUE(IsSameFile(Folder + "link", Folder + "log"));
     EXPECT_EQ(RenameToNew(Folder + "log", Folder + "broken"), FileCause::AccessDenied);
+}
+
+TEST_F(AFile, NothingIsWrittenOrChangedThroughALink) {
+    Temp.Put("precious", "kept");
+    ASSERT_EQ(::symlink("precious", (Folder + "link").c_str()), 0);
+    ASSERT_EQ(::symlink("none", (Folder + "broken").c_str()), 0);
+    for (const char* name : {"link", "broken"}) {
+        EXPECT_EQ(File.CreateExclusive(Folder + name), FileCause::AccessDenied) << name;
+        EXPECT_EQ(File.CreateNew(Folder + name), FileCause::AccessDenied) << name;
+        EXPECT_EQ(SetReadOnly(Folder + name, true), FileCause::AccessDenied) << name;
+    }
+    EXPECT_EQ(File.OpenForWriting(Folder + "link"), FileCause::AccessDenied);
+    bool readOnly = true;
+    ASSERT_EQ(IsReadOnly(Folder + "precious", readOnly), FileCause::None);
+    EXPECT_FALSE(readOnly);
+    EXPECT_EQ(Temp.Content("precious"), "kept");
+    EXPECT_FALSE(FileExists(Folder + "none"));
+}
+
+TEST_F(AFile, AnOpenFileIsProtectedWhateverHasItsName) {
+    ASSERT_EQ(File.CreateNew(Folder + "log"), FileCause::None);
+    ASSERT_EQ(RenameFile(Folder + "log", Folder + "moved"), FileCause::None);
+    Temp.Put("log", "another's");
+    ASSERT_EQ(File.SetReadOnly(true), FileCause::None);
+    EXPECT_EQ(File.Write(AsBytes("the rest")), FileCause::None);
+    bool readOnly = false, another = true;
+    ASSERT_EQ(IsReadOnly(Folder + "moved", readOnly), FileCause::None);
+    ASSERT_EQ(IsReadOnly(Folder + "log", another), FileCause::None);
+    EXPECT_TRUE(readOnly && !another);
+    EXPECT_EQ(SyncFolderOf(Folder + "moved"), FileCause::None);
+    EXPECT_EQ(SyncFolderOf(Folder + "no/such"), FileCause::FileNotFound);
 }
 
 TEST(SystemText, IsTheSystemsMessageAndEndsTheLine) {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "fakes/TempFolder.h"
+#include "platform/SystemText.h"
 #include "views/PickedFile.h"
 #include "views/PortList.h"
 
@@ -75,6 +76,7 @@ TEST(PortList, SaysWhyAPortCannotBeHadAndWhatToDo) {
               "You may not open ttyUSB0: it belongs to group dialout. Run sudo usermod -aG dialout "
               "$USER and log in again.");
     EXPECT_NE(trouble({}, there), "") << "something is wrong all the same";
+    EXPECT_NE(PortTrouble("none", SystemErrorNoHandle).find("as many files"), std::string::npos);
     EXPECT_EQ(TitleOf(Port({})), "FTDI A5");
     EXPECT_EQ(TitleOf({.name = "COM1", .device = "COM1"}), "on board");
 }
