@@ -3,6 +3,7 @@
 // qorview-cli decode: plays raw logs through the acquisition engine and prints every frame with its
 // values.
 #include "cli/Commands.h"
+#include "cli/NumberOptions.h"
 #include "cli/OutputOptions.h"
 #include "cli/PlayedFile.h"
 #include "cli/Report.h"
@@ -196,7 +197,7 @@ void AddDecodeCommand(CLI::App& app, CommandContext& context) {
         ->add_option("--digits", options.settings.style.digits,
                      "Significant digits of calibrated values and products (all)")
         ->type_name("N")
-        ->check(CLI::Range(1, 17));
+        ->transform(CountIn(1, 17));
     CLI::Option* utc = command->add_flag("--utc", options.utc,
                                          "Times in UTC, by the zone that each log's header says");
     command

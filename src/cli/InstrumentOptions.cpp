@@ -2,8 +2,10 @@
 #include "cli/InstrumentOptions.h"
 
 #include "base/Text.h"
+#include "cli/NumberOptions.h"
 #include "cli/Report.h"
 #include "session/FileKind.h"
+#include "session/SessionFields.h"
 
 #include <CLI/CLI.hpp>
 
@@ -57,6 +59,9 @@ void AddInstrumentOptions(CLI::App& command, InstrumentSelection& selection) {
     AddNameOptions(command, selection);
 }
 
+/// In files 0 stands for none; an option that says none is left out.
+constexpr double LeastIrradiance = 0.001;
+
 void AddPackageOptions(CLI::App& command, PackageSettings& settings) {
     command
         .add_option_function<double>(
@@ -67,19 +72,19 @@ void AddPackageOptions(CLI::App& command, PackageSettings& settings) {
             },
             "Salinity of a package until it measures one")
         ->type_name("PSU")
-        ->check(CLI::Range(0.0, 50.0))
+        ->transform(DecimalIn(SalinityRange.least, SalinityRange.greatest))
         ->group("Packages");
     command
         .add_option("--saturation-irradiance", settings.SaturationIrradiance,
                     "PAR at which photosynthesis saturates, for the light saturation of a package")
         ->type_name("UMOL/M^2/S")
-        ->check(CLI::PositiveNumber)
+        ->transform(DecimalIn(LeastIrradiance, IrradianceRange.greatest))
         ->group("Packages");
     command
         .add_option("--attenuation-window", settings.AttenuationWindow,
                     "Depth over which a package's attenuation is fitted (5)")
         ->type_name("METRES")
-        ->check(CLI::PositiveNumber)
+        ->transform(DecimalIn(WindowRange.least, WindowRange.greatest))
         ->group("Packages");
 }
 

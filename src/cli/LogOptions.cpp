@@ -3,6 +3,7 @@
 
 #include "cli/Commands.h"
 #include "cli/InstrumentOptions.h"
+#include "cli/NumberOptions.h"
 #include "cli/Report.h"
 #include "cli/SessionOptions.h"
 
@@ -160,15 +161,18 @@ void AddLogOptions(CLI::App& command, LogCallOptions& options) {
                     "Folder of the session log (that of the raw logs)")
         ->type_name("DIR");
     command.add_option("--duration", options.durationText, "Length of a log: 45s, 10m, 1h30m")
-        ->type_name("[HH:]MM:SS");
+        ->type_name("[HH:]MM:SS")
+        ->check(SomeValue());
     command
         .add_option("--repeat", options.repeatText,
                     "Begin another log so long after one has ended: 50m")
-        ->type_name("[HH:]MM:SS");
+        ->type_name("[HH:]MM:SS")
+        ->check(SomeValue());
     command
         .add_option("--every", options.everyText,
                     "Begin logs at round times of the day, each as the last ends: 1h")
-        ->type_name("[HH:]MM:SS");
+        ->type_name("[HH:]MM:SS")
+        ->check(SomeValue());
     command.add_flag("--time-stamps", options.log.timeStampEnabled,
                      "Write a time-stamp sentence a second");
     command.add_flag("--gps-header", options.log.gpsHeaderEnabled,

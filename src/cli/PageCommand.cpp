@@ -5,6 +5,7 @@
 #include "base/NearName.h"
 #include "base/Text.h"
 #include "cli/Commands.h"
+#include "cli/NumberOptions.h"
 #include "cli/OutputOptions.h"
 #include "cli/PlayedFile.h"
 #include "cli/Report.h"
@@ -36,8 +37,6 @@ bool IsGoodCall(const PageOptions& options) {
                 NameAdvice(options.window, WindowNames());
     else if (options.files.size() != 1)
         wrong = "name one raw log behind the window's name.";
-    else if (!options.at.empty() && !SecondsFromText(options.at))
-        wrong = "--at " + options.at + ": give a time such as 2026-06-21T12:00:00.";
     if (!wrong.empty())
         ReportError(wrong);
     return wrong.empty();
@@ -137,7 +136,8 @@ void AddPageCommand(CLI::App& app, CommandContext& context) {
         ->type_name("ITEM")
         ->allow_extra_args(false);
     command->add_option("--at", options.at, "As it was at this time (at the end)")
-        ->type_name("YYYY-MM-DDTHH:MM:SS");
+        ->type_name("YYYY-MM-DDTHH:MM:SS")
+        ->check(TimeOfLogs());
     command->add_flag("--json", options.json, "One JSON object");
     AddPlaybackOptions(*command, options, context);
     command->callback(

@@ -2,6 +2,7 @@
 #include "cli/PlayedFile.h"
 
 #include "base/Text.h"
+#include "cli/NumberOptions.h"
 #include "cli/Progress.h"
 #include "cli/Report.h"
 #include "cli/SessionOptions.h"
@@ -93,7 +94,7 @@ void AddPlaybackOptions(CLI::App& command, PlaybackOptions& options, CommandCont
         .add_option("--chunk", options.chunk,
                     "Read size in bytes (2048); the frames are the same for every size")
         ->type_name("BYTES")
-        ->check(CLI::Range(std::uint32_t{1}, LargestChunk));
+        ->transform(CountIn(1, LargestChunk));
     AddSessionOption(command, options.sessionPath);
     AddStrictOption(command, options.strict);
     command.add_flag("--quiet", context.quiet, "No progress bar");

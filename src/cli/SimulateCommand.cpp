@@ -3,6 +3,7 @@
 // qorview-cli simulate: plays instruments into a virtual serial port, a port, a file, or a raw log.
 #include "cli/Commands.h"
 #include "cli/InstrumentOptions.h"
+#include "cli/NumberOptions.h"
 #include "cli/Progress.h"
 #include "cli/Report.h"
 #include "cli/SimulatedLine.h"
@@ -63,7 +64,7 @@ class CSimulation {
     int OpenLine();
     std::optional<PlayRefusal> LoadMembers(const std::string& path);
     bool LoadInstruments();
-    bool ReadStart();
+    void ReadStart();
     bool KnowsNames();
     int ReadCall();
     bool Play();
@@ -103,18 +104,15 @@ bool CSimulation::LoadInstruments() {
     return !refusal;
 }
 
-bool CSimulation::ReadStart() {
-    Options.start = Clock.Now();
-    if (Options.startText.empty())
-        return true;
-    if (const std::optional<std::int64_t> seconds = SecondsFromText(Options.startText)) {
-        Options.start = FrameTime{};
-        Options.start.seconds = *seconds;
-        Options.start.known = true;
-        return true;
+void CSimulation::ReadStart() {
+    const std::optional<std::int64_t> seconds = SecondsFromText(Options.startText);
+    if (!seconds) { // not given: the parser has looked at it
+        Options.start = Clock.Now();
+        return;
     }
-    ReportError("--start " + Options.startText + ": give a time such as 2026-06-21T12:00:00.");
-    return false;
+    Options.start = FrameTime{};
+    Options.start.seconds = *seconds;
+    Options.start.known = true;
 }
 
 /// Whether --role and --wet name instruments of the call; reports those that do not.
@@ -148,8 +146,7 @@ int CSimulation::ReadCall() {
         ReportError("--rate " + Options.rateText + ": give frames a second, or max.");
         return ExitBadCall;
     }
-    if (!ReadStart())
-        return ExitBadCall;
+    ReadStart();
     if (IsStored() && Options.frames == 0) {
         ReportError("a file has to end: give --frames N.");
         return ExitBadCall;
@@ -211,30 +208,34 @@ void AddSimulateCommand(CLI::App& app, CommandContext& context) {
         ->excludes(pty);
     command->add_option("--frames", options.frames, "Frames to send in all, then end (without end)")
         ->type_name("N")
-        ->check(CLI::Range(std::uint64_t{0}, std::uint64_t{1} << 48));
+        ->transform(CountIn(0, std::uint64_t{1} << 48));
     command
         ->add_option("--rate", options.rateText,
                      "Frames a second of each instrument instead of its own, or max")
-        ->type_name("HZ");
-    command->add_option("--seed", options.seed, "Same seed, same bytes (1)")->type_name("N");
+        ->type_name("HZ")
+        ->check(SomeValue());
+    command->add_option("--seed", options.seed, "Same seed, same bytes (1)")
+        ->type_name("N")
+        ->transform(CountIn(0, UINT64_MAX).description(""));
     command->add_option("--start", options.startText, "Time of the first frame (now)")
-        ->type_name("YYYY-MM-DDTHH:MM:SS");
+        ->type_name("YYYY-MM-DDTHH:MM:SS")
+        ->check(TimeOfLogs());
     command
         ->add_option("--cast", options.castDepth,
                      "Lower the instruments through a water column this deep")
         ->type_name("METRES")
-        ->check(CLI::Range(1.0, 6000.0));
+        ->transform(DecimalIn(1.0, 6000.0));
     command->add_option("--drop", options.faults.drop, "Probability that a frame is left out")
         ->type_name("P")
-        ->check(CLI::Range(0.0, 1.0));
+        ->transform(DecimalIn(0.0, 1.0));
     command
         ->add_option("--corrupt", options.faults.corrupt,
                      "Probability that a byte of a frame is changed")
         ->type_name("P")
-        ->check(CLI::Range(0.0, 1.0));
+        ->transform(DecimalIn(0.0, 1.0));
     command->add_option("--noise", options.faults.noise, "Junk bytes before each frame")
         ->type_name("BYTES")
-        ->check(CLI::Range(0, 1 << 20));
+        ->transform(CountIn(0, 1 << 20));
     command->add_flag("--quiet", context.quiet, "No progress bar");
     command->callback(
         [&context] { context.body = [&context] { return CSimulation(options, context).Run(); }; });

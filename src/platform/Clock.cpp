@@ -4,8 +4,6 @@
 // time zone is Clock_posix.cpp and Clock_win32.cpp. Any thread may call; nothing here locks.
 #include "platform/Clock.h"
 
-#include <cstdio>
-
 #include "base/Text.h"
 
 #include <algorithm>
@@ -123,11 +121,18 @@ std::int64_t SecondsFromCalendar(int year, int month, int day, int hour, int min
 }
 
 std::optional<std::int64_t> SecondsFromText(const std::string& text) {
-    int part[6] = {}, length = 0;
-    if (std::sscanf(text.c_str(), "%4d-%2d-%2dT%2d:%2d:%2d%n", &part[0], &part[1], &part[2],
-                    &part[3], &part[4], &part[5], &length) != 6 ||
-        static_cast<std::size_t>(length) != text.size())
+    constexpr std::string_view Form = "0000-00-00T00:00:00";
+    int part[6] = {}; // in the order of the text
+    if (text.size() != Form.size())
         return std::nullopt;
+    for (std::size_t i = 0, at = 0; i < Form.size(); ++i) {
+        if (Form[i] == '0' ? !IsDigit(text[i]) : text[i] != Form[i])
+            return std::nullopt;
+        if (Form[i] == '0')
+            part[at] = part[at] * 10 + (text[i] - '0');
+        else
+            ++at;
+    }
     const std::int64_t seconds =
         SecondsFromCalendar(part[0], part[1], part[2], part[3], part[4], part[5]);
     const CalendarTime real = CalendarFromSeconds(seconds);

@@ -3,6 +3,7 @@
 
 #include "base/Text.h"
 
+#include <algorithm>
 #include <iterator>
 
 namespace qor {
@@ -15,6 +16,13 @@ constexpr std::string_view StopBitTexts[] = {"1", "1.5", "2"};
 /// The text was meant as a line format, rightly or wrongly: "9N1".
 bool ResemblesLineFormat(std::string_view text) {
     return text.size() >= 3 && IsDigit(text[0]) && !IsDigit(text[1]) && IsDigit(text[2]);
+}
+
+/// The text was meant as a speed, wrongly: "-9600", "99999999999".
+bool ResemblesBaudRate(std::string_view text) {
+    const bool isSigned = text.starts_with('+') || text.starts_with('-');
+    const std::string_view digits = text.substr(isSigned ? 1 : 0);
+    return !digits.empty() && std::ranges::all_of(digits, IsDigit) && !WholeCount(text);
 }
 
 /// Takes the part behind the last colon off the text; empty when there is no colon.
@@ -60,7 +68,7 @@ std::optional<PortText> ParsePort(std::string_view text) {
         settings.stopBits = format->stopBits;
         port.formatGiven = true;
         last = TakeLastPart(name);
-    } else if (ResemblesLineFormat(last)) {
+    } else if (ResemblesLineFormat(last) || ResemblesBaudRate(last)) {
         return std::nullopt;
     } else if (!WholeCount(last)) {
         name = text; // the colon belongs to the name
