@@ -179,6 +179,7 @@ void AddDecodeCommand(CLI::App& app, CommandContext& context) {
                      options.settings.path, options.settings.rules);
     command->add_flag("--raw-counts", options.rawCounts, "Raw counts instead of calibrated values");
     command->add_flag("--hex", options.hex, "Raw counts in hexadecimal");
+    AddSafeTextsOption(*command, options.settings.style.safeTexts);
     AddDerivedOption(*command, options.instruments, &options.settings.style.derived,
                      "Derived products too: those of a package for its frames, else tilt and PAR");
     command->add_flag("--flags", options.settings.style.flags,

@@ -16,9 +16,9 @@ StreamWrite WriteValues(std::string_view text) {
 
 } // namespace
 
-CLivePrint::CLivePrint(CQorViewDoc& doc, std::optional<PrintFormat> format) {
-    if (format)
-        Printer.emplace(doc, *format, WriteValues);
+CLivePrint::CLivePrint(CQorViewDoc& doc, const std::optional<PrintSettings>& settings) {
+    if (settings)
+        Printer.emplace(doc, *settings, WriteValues);
 }
 
 int CLivePrint::Begin() {

@@ -12,8 +12,8 @@ namespace qor {
 
 class CLivePrint {
   public:
-    /// Without a format nothing is printed.
-    CLivePrint(CQorViewDoc& doc, std::optional<PrintFormat> format);
+    /// Without settings nothing is printed.
+    CLivePrint(CQorViewDoc& doc, const std::optional<PrintSettings>& settings);
 
     bool IsOn() const { return Printer.has_value(); }
     /// Once the instruments are set up. The exit status of what was reported, or ExitWell.

@@ -6,6 +6,7 @@
 #include "cli/InstrumentOptions.h"
 #include "cli/LogConsole.h"
 #include "cli/LogOptions.h"
+#include "cli/OutputOptions.h"
 
 #include <CLI/CLI.hpp>
 
@@ -18,6 +19,8 @@ int RunLog(const CLI::App& command, LogCallOptions& options, CommandContext& con
         return status;
     if (options.directory.empty() && !(options.session && !options.session->log.directory.empty()))
         options.directory = ".";
+    if (options.print)
+        options.print->style.safeTexts = options.csvSafe;
     return CLogConsole(options, options.print, context).Run();
 }
 
@@ -49,11 +52,12 @@ void AddLogCommand(CLI::App& app, CommandContext& context) {
         ->add_option_function<std::string>(
             "--print",
             [](const std::string& format) {
-                options.print = format == "csv" ? PrintFormat::Csv : PrintFormat::JsonLines;
+                options.print = {format == "csv" ? PrintFormat::Csv : PrintFormat::JsonLines, {}};
             },
             "Values of each frame on standard output, as decode prints them")
         ->type_name("csv|jsonl")
         ->check(CLI::IsMember({"csv", "jsonl"}).description(""));
+    AddSafeTextsOption(*command, options.csvSafe)->needs("--print");
     command->add_flag("--quiet", context.quiet, "No status lines");
     command->callback([command, &context] {
         context.body = [command, &context] { return RunLog(*command, options, context); };

@@ -39,7 +39,8 @@ std::string_view AdviceHere(const EventAdvice& row) {
 
 } // namespace
 
-CLogConsole::CLogConsole(LogRunPlan plan, std::optional<PrintFormat> print, CommandContext& context)
+CLogConsole::CLogConsole(LogRunPlan plan, std::optional<PrintSettings> print,
+                         CommandContext& context)
     : Context(context), Strict(plan.strict), Partly(plan.partly),
       Document(Clock, MakeSystemSerialPort, User, Profile), LogRun(Document, std::move(plan)),
       Print(Document, print) {

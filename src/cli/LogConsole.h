@@ -17,7 +17,7 @@ namespace qor {
 
 class CLogConsole {
   public:
-    CLogConsole(LogRunPlan plan, std::optional<PrintFormat> print, CommandContext& context);
+    CLogConsole(LogRunPlan plan, std::optional<PrintSettings> print, CommandContext& context);
 
     /// Runs until the operator, the log's end or the last port ends it; returns the exit status.
     int Run();

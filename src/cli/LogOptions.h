@@ -19,7 +19,8 @@ namespace qor {
 struct LogCallOptions : LogRunPlan {
     std::vector<std::string> portTexts;
     std::string durationText, repeatText, everyText;
-    std::optional<PrintFormat> print;
+    std::optional<PrintSettings> print;
+    bool csvSafe = false;
 };
 
 /// Adds the options but for those of the output.

@@ -46,6 +46,12 @@ CLI::Option* AddOutputOptions(CLI::App& command, const std::string& help, std::s
         ->type_name("PATH");
 }
 
+CLI::Option* AddSafeTextsOption(CLI::App& command, bool& safe) {
+    return command.add_flag("--csv-safe", safe,
+                            "Texts in CSV that begin with = + - @ get a ' before it, so that a "
+                            "spreadsheet computes nothing");
+}
+
 int OutputExit(const OutputResult& result) {
     if (result.Refused())
         ReportError((result.path.empty() ? "" : result.path + ": ") + RefusalText(result.state));

@@ -18,6 +18,9 @@ namespace qor {
 CLI::Option* AddOutputOptions(CLI::App& command, const std::string& help, std::string& path,
                               OutputRules& rules);
 
+/// Adds --csv-safe.
+CLI::Option* AddSafeTextsOption(CLI::App& command, bool& safe);
+
 /// The exit status of a command whose output came to this. Says what was refused.
 int OutputExit(const OutputResult& result);
 

@@ -21,8 +21,8 @@ std::vector<const CQorViewIns*> InstrumentsOf(const CQorViewDoc& doc) REQUIRES(d
 
 } // namespace
 
-CFramePrinter::CFramePrinter(CQorViewDoc& doc, PrintFormat format, Writer writer)
-    : Doc(doc), Format(format), Write(std::move(writer)),
+CFramePrinter::CFramePrinter(CQorViewDoc& doc, const PrintSettings& settings, Writer writer)
+    : Doc(doc), Format(settings.format), Style(settings.style), Write(std::move(writer)),
       Out(COutput::TextTaker([this](std::string_view text) { return Add(text); })) {}
 
 CFramePrinter::~CFramePrinter() {
@@ -41,7 +41,7 @@ bool CFramePrinter::Start() {
     {
         CRecursiveLock lock(Doc.DocLock);
         if (Format == PrintFormat::Csv) {
-            Rows.emplace(Out, InstrumentsOf(Doc).front()->Definition(), "", FrameStyle());
+            Rows.emplace(Out, InstrumentsOf(Doc).front()->Definition(), "", Style);
             Rows->WriteHeader({});
             Out.Flush();
         }
@@ -67,7 +67,7 @@ void CFramePrinter::Take(const CQorViewIns& instrument, const FrameCheckResult& 
     }
     if (Format == PrintFormat::JsonLines &&
         std::exchange(LogNumber, Doc.RawLog.Number()) != Doc.RawLog.Number())
-        Lines.emplace(Out, Doc.RawLog.Status().logFilePath, FrameStyle());
+        Lines.emplace(Out, Doc.RawLog.Status().logFilePath, Style);
     if (Rows)
         Rows->WriteFrame(instrument.Live, checks, {});
     else

@@ -20,6 +20,11 @@ namespace qor {
 
 enum class PrintFormat : std::uint8_t { Csv, JsonLines };
 
+struct PrintSettings {
+    PrintFormat format = PrintFormat::Csv;
+    FrameStyle style = {};
+};
+
 struct PrintFigures {
     StreamWrite state = StreamWrite::Done; ///< else the printing has ended
     std::uint64_t unprinted = 0;           ///< frames that the reader had no time for
@@ -33,7 +38,7 @@ class CFramePrinter {
     /// Takes bytes; may wait, on the printer's thread.
     using Writer = std::function<StreamWrite(std::string_view)>;
 
-    CFramePrinter(CQorViewDoc& doc, PrintFormat format, Writer writer);
+    CFramePrinter(CQorViewDoc& doc, const PrintSettings& settings, Writer writer);
     /// Waits for the writer to return.
     ~CFramePrinter();
     CFramePrinter(const CFramePrinter&) = delete;
@@ -56,6 +61,7 @@ class CFramePrinter {
 
     CQorViewDoc& Doc;
     const PrintFormat Format;
+    const FrameStyle Style;
     const Writer Write;
     COutput Out; ///< into Waiting; under the document's lock
     std::uint32_t LogNumber GUARDED_BY(Doc.DocLock) = 0;

@@ -174,16 +174,18 @@ void WriteTimeValue(CJsonWriter& json, COutput& output, const FrameTime& time,
 
 /// Decided: CSV is UTF-8. A text that is none, as from a definition with a Latin-1 sign of degree,
 /// is taken byte by byte as in JSON.
-void WriteCsvField(COutput& output, std::string_view text) {
+void WriteCsvField(COutput& output, std::string_view text, bool safe) {
     if (!IsUtf8(text)) {
-        WriteCsvField(output, Utf8Of(text));
+        WriteCsvField(output, Utf8Of(text), safe);
         return;
     }
-    if (text.find_first_of("\",\r\n") == std::string_view::npos) {
+    constexpr std::string_view FormulaStarts = "=+-@\t\r";
+    const bool formula = safe && !text.empty() && FormulaStarts.find(text[0]) != text.npos;
+    if (!formula && text.find_first_of("\",\r\n") == std::string_view::npos) {
         output.Foreign(text);
         return;
     }
-    std::string field = "\"";
+    std::string field = formula ? "\"'" : "\"";
     for (char c : text)
         field += c == '"' ? "\"\"" : std::string(1, c);
     output.Foreign(field + '"');
@@ -235,7 +237,7 @@ void CFrameCsv::WriteHeader(std::span<const DerivedRow> derived) {
     const char* separator = "";
     for (const Head& head : Heads(derived)) {
         Out.Text(separator);
-        WriteCsvField(Out, head.name);
+        WriteCsvField(Out, head.name, Style.safeTexts);
         separator = ",";
     }
     Out.Text("\r\n");
@@ -266,7 +268,7 @@ void CFrameCsv::WriteColumns(COutput& output, std::span<const DerivedRow> derive
 void CFrameCsv::WriteFrame(const CLiveInstrument& instrument, const FrameCheckResult& checks,
                            std::span<const DerivedRow> derived) {
     if (Style.files)
-        WriteCsvField(Out, File), Out.Char(',');
+        WriteCsvField(Out, File, Style.safeTexts), Out.Char(',');
     WriteTime(Out, instrument.CurrentFrame()->Info.time, Style.utcOffset);
     Out.Char(',');
     Out.Integer(instrument.FrameNumber());
@@ -306,7 +308,7 @@ void CFrameCsv::WriteValue(const CLiveInstrument& instrument, const Column& colu
     if (value.status != ConversionStatus::Good)
         return;
     if (value.isText)
-        WriteCsvField(Out, Cell);
+        WriteCsvField(Out, Cell, Style.safeTexts);
     else
         Out.Number(value.number);
 }

@@ -27,8 +27,9 @@ struct FrameStyle {
     bool simpleNames = false; ///< of columns: "ED_412.5", without units
     int digits = 0;           ///< significant ones of calibrated values and products; 0: all
     std::optional<int> utcOffset =
-        {};               ///< minutes that the log's times are ahead of UTC, which is shown
-    bool degrees = false; ///< positions in degrees too, beside their texts
+        {};                 ///< minutes that the log's times are ahead of UTC, which is shown
+    bool degrees = false;   ///< positions in degrees too, beside their texts
+    bool safeTexts = false; ///< texts in rows are none that a spreadsheet would compute
 };
 
 /// "2005-05-03T14:23:05.250", the local time of a stamp; nothing when it is not known.
@@ -106,7 +107,8 @@ class CFrameJson {
     std::vector<std::pair<std::int32_t, ConversionStatus>> Failed;
 };
 
-/// A text as an RFC 4180 field: in quotes where it needs them.
-void WriteCsvField(COutput& output, std::string_view text);
+/// A text as an RFC 4180 field: in quotes where it needs them. `safe`: one that a spreadsheet would
+/// take for a formula gets a ' before it, and quotes.
+void WriteCsvField(COutput& output, std::string_view text, bool safe = false);
 
 } // namespace qor

@@ -15,7 +15,7 @@ using testing::HasSubstr;
 class AFramePrinter : public ASession {
   protected:
     void Print(PrintFormat format) {
-        Printer.emplace(Doc, format, [this](std::string_view text) {
+        Printer.emplace(Doc, PrintSettings{format}, [this](std::string_view text) {
             Reading.Set();
             MayRead.Wait();
             CLock lock(Guard);
