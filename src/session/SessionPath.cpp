@@ -51,6 +51,15 @@ bool LiesIn(const std::string& folder, const std::string& path) {
                        : path.starts_with(folder);
 }
 
+/// The name behind two separators at the beginning; empty where there are none. Only the system
+/// that knows drives leaves two of them in an absolute path.
+std::string ServerOf(const std::string& path) {
+    constexpr std::string_view Separators = "\\/";
+    if (path.size() < 2 || path.find_first_not_of(Separators) < 2)
+        return {};
+    return path.substr(0, path.find_first_of(Separators, 2));
+}
+
 } // namespace
 
 std::string SessionFolder(const std::string& sessionPath) {
@@ -62,6 +71,11 @@ std::string SessionFolder(const std::string& sessionPath) {
 
 std::string ResolvedPath(const std::string& folder, const std::string& text) {
     return AbsolutePath(IsAbsolute(text) ? text : folder + text);
+}
+
+bool LeadsToServer(const std::string& folder, const std::string& path) {
+    const std::string server = ServerOf(path);
+    return !server.empty() && !EqualsNoCase(server, ServerOf(folder));
 }
 
 std::string StoredPath(const std::string& folder, const std::string& path) {

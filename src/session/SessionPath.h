@@ -15,6 +15,10 @@ std::string SessionFolder(const std::string& sessionPath);
 /// The absolute path that a text of the file means, without a separator at its end.
 std::string ResolvedPath(const std::string& folder, const std::string& text);
 
+/// Whether an absolute path leads to a server ("\\server\share") other than that of the folder.
+/// Only looking there would give a stranger's server the name of who opens the session.
+bool LeadsToServer(const std::string& folder, const std::string& path);
+
 /// The text for an absolute path: relative in or below the folder ("." for the folder itself), else
 /// absolute.
 std::string StoredPath(const std::string& folder, const std::string& path);

@@ -35,6 +35,13 @@ struct FileReading {
         if (!Refused())
             refusal = place.empty() ? what : place + ": " + what;
     }
+    /// Makes a text of the file the path of what is read when the session is opened.
+    void Resolve(const std::string& place, std::string& path) {
+        path = ResolvedPath(folder, path);
+        if (LeadsToServer(folder, path))
+            Refuse(place, "is on another computer; name a file of this one, or of the share that "
+                          "the session is on.");
+    }
 };
 
 std::string Described(const JsonValue& value) {
@@ -238,7 +245,7 @@ InstrumentRecord ReadInstrument(FileReading& file, const JsonValue& value,
     InstrumentRecord instrument;
     CObjectReader object(file, value, place);
     object.Required("definition", instrument.definition, "the path of a definition file");
-    instrument.definition = ResolvedPath(file.folder, instrument.definition);
+    file.Resolve(object.PlaceOf("definition"), instrument.definition);
     ReadSettings(file, object, place, instrument);
     return instrument;
 }
@@ -264,7 +271,7 @@ PackageRecord ReadPackage(FileReading& file, const JsonValue& value, const std::
     PackageRecord package;
     CObjectReader object(file, value, place);
     object.Required("file", package.file, "the path of a package");
-    package.file = ResolvedPath(file.folder, package.file);
+    file.Resolve(object.PlaceOf("file"), package.file);
     for (const PackageNumber& field : PackageNumbers)
         package.*field.number = object.Number(field.name, field.range);
     ReadMembers(file, object, package.instruments);
@@ -297,7 +304,7 @@ ResourceRecord ReadResource(FileReading& file, const JsonValue& value, const std
         ReadPort(file, object, place, resource);
     } else {
         object.Required("file", resource.file, "the path of a file to be played");
-        resource.file = ResolvedPath(file.folder, resource.file);
+        file.Resolve(object.PlaceOf("file"), resource.file);
     }
     object.Each("instruments", "an array of instruments",
                 [&](const JsonValue& element, const std::string& at) {

@@ -2,6 +2,7 @@
 //
 // Session files: read to the letter, refused with the place of the fault, written in one form.
 #include "session/SessionFile.h"
+#include "session/SessionPath.h"
 
 #include "fakes/TempFolder.h"
 #include "platform/WholeFile.h"
@@ -406,6 +407,23 @@ TEST_F(ASession, SavingLeavesTheOldFileOrTheNewOne) {
               Path + ": cannot be saved. The file could not be accessed.");
     EXPECT_EQ(LoadSession(Temp.Path + "none.qor").refusal,
               Temp.Path + "none.qor: cannot be read. The file could not be found.");
+}
+
+TEST(SessionPath, AStrangersServerIsNotLookedAt) {
+    const struct {
+        const char *folder, *path;
+        bool leads;
+    } cases[] = {
+        {"C:\\logs\\", "\\\\stranger\\share\\a.cal", true},
+        {"\\\\ours\\share\\", "\\\\OURS\\other\\a.cal", false},
+        {"\\\\ours\\share\\", "\\\\ours.stranger\\a.cal", true},
+        {"C:\\logs\\", "\\\\.\\UNC\\stranger\\a.cal", true},
+        {"C:\\logs\\", "//stranger/share/a.cal", true},
+        {"C:\\logs\\", "C:\\cal\\a.cal", false},
+        {"/logs/", "/cal/a.cal", false},
+    };
+    for (const auto& one : cases)
+        EXPECT_EQ(LeadsToServer(one.folder, one.path), one.leads) << one.path;
 }
 
 } // namespace
