@@ -94,7 +94,7 @@ class CFile {
     FileCause Size(std::uint64_t& size) const;
     /// Takes every write permission from the file, or gives its owner one; this very file, whatever
     /// has its name by now.
-    FileCause SetReadOnly(bool readOnly);
+    FileCause SetReadOnly(bool readOnly) const;
     /// Whether the file still is where it was opened; There when the system cannot tell. May run
     /// beside Write.
     FileStanding Standing() const;

@@ -480,7 +480,7 @@ bool FileExists(const std::string& path) {
     return ::stat(path.c_str(), &status) == 0;
 }
 
-FileCause CFile::SetReadOnly(bool readOnly) {
+FileCause CFile::SetReadOnly(bool readOnly) const {
     return ChangeMode(DescriptorOf(Handle), readOnly);
 }
 

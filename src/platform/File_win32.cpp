@@ -471,7 +471,7 @@ bool FileExists(const std::string& path) {
     return Attributes(path, wide, attributes) == FileCause::None;
 }
 
-FileCause CFile::SetReadOnly(bool readOnly) {
+FileCause CFile::SetReadOnly(bool readOnly) const {
     const OpenFile* file = OpenedBy(Handle);
     return file == nullptr ? FileCause::InvalidFile : ChangeReadOnly(*file, readOnly);
 }

@@ -331,9 +331,11 @@ void CRawLog::CompleteEnd() {
     if (!ending)
         return;
     Sync.Finish();
-    Stage.Close();
-    if (ending->hasFile)
+    if (ending->hasFile) {
+        Stage.Drain();
         ProtectLogFile(ending->path);
+    }
+    Stage.Close();
     {
         CRecursiveLock lock(Session.DocLock);
         AfterEnd(*ending);

@@ -158,13 +158,15 @@ std::string CRawLog::CreateInFolder(const std::string& folder, const std::string
     return folder + name;
 }
 
+/// The log's own file while it is open, whatever has its name by now.
 void CRawLog::ProtectLogFile(const std::string& path) {
     bool readOnly = false;
     if (IsReadOnly(path, readOnly) != FileCause::None) {
         AddPending("An error occured while accessing the log file\r\n\"" + path + "\".");
         return;
     }
-    FileCause cause = SetReadOnly(path, true);
+    const CFile& file = Stage.OpenFile();
+    const FileCause cause = file.IsOpen() ? file.SetReadOnly(true) : SetReadOnly(path, true);
     if (cause != FileCause::None)
         AddPending(FileErrorMessage("while accessing the log file", path, cause));
 }
