@@ -6,6 +6,7 @@
 
 #include "base/Text.h"
 #include "platform/FileErrorText.h"
+#include "session/FileKind.h"
 
 #include <iterator>
 #include <utility>
@@ -19,8 +20,9 @@ constexpr std::size_t MostFailed = 8;
 
 } // namespace
 
-void CDiskSync::Watch(const CFile& file) {
+void CDiskSync::Watch(const CFile& file, std::function<std::uint64_t()> written) {
     WatchedFile watched;
+    watched.written = std::move(written);
     watched.path = file.Path();
     FileCause cause = file.Duplicate(watched.file);
     {
@@ -62,10 +64,10 @@ FileTrouble CDiskSync::Look(WatchedFile& watched) {
     case FileStanding::Moved:
         return FileTrouble::Moved;
     }
+    const std::uint64_t written = watched.written();
     std::uint64_t size = 0;
-    if (watched.file.Size(size) != FileCause::None)
-        return FileTrouble::None;
-    return size < std::exchange(watched.size, size) ? FileTrouble::Truncated : FileTrouble::None;
+    return watched.file.Size(size) == FileCause::None && size < written ? FileTrouble::Truncated
+                                                                        : FileTrouble::None;
 }
 
 bool CDiskSync::StartThread() {
@@ -103,7 +105,16 @@ void CDiskSync::ReportFailure(const std::string& path, FileCause cause) {
                         "\r\n\tLogging goes on; a power failure may lose the latest data.\r\n"});
 }
 
+/// The file's own synchronisation says nothing about its name.
+void CDiskSync::SynchroniseName(WatchedFile& watched) {
+    if (std::exchange(watched.nameDone, true))
+        return;
+    if (const FileCause cause = SyncFolderOf(watched.path); cause != FileCause::None)
+        ReportFailure(FolderPartOf(watched.path), cause);
+}
+
 void CDiskSync::Synchronise(WatchedFile& watched) {
+    SynchroniseName(watched);
     const FileCause cause = watched.file.Sync();
     if (cause == FileCause::None) {
         if (const std::uint32_t failures = std::exchange(watched.failures, 0))

@@ -13,6 +13,7 @@
 #include "platform/Worker.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -31,7 +32,9 @@ class CDiskSync {
 
     /// Watches this open file from now on. The first failure of a file is reported, tried again
     /// every second, and reported with its count when it has passed or the file is given up.
-    void Watch(const CFile& file);
+    /// `written`: bytes that stand in it for certain, asked from the thread; a file with less was
+    /// cut.
+    void Watch(const CFile& file, std::function<std::uint64_t()> written);
     /// What has befallen the file that is watched, first of all.
     FileTrouble Trouble() const;
     /// The watched file has ended: one last synchronisation, then its handle is closed.
@@ -45,11 +48,13 @@ class CDiskSync {
         std::string path;
         std::uint64_t number = 0;
         std::uint32_t failures = 0; ///< in a row
-        std::uint64_t size = 0;     ///< as of the last look
+        std::function<std::uint64_t()> written;
+        bool nameDone = false; ///< its folder was synchronised since it was made
     };
     bool StartThread() REQUIRES(SyncLock);
     static FileTrouble Look(WatchedFile& watched);
     void Note(const WatchedFile& watched, FileTrouble trouble);
+    void SynchroniseName(WatchedFile& watched);
     void Synchronise(WatchedFile& watched);
     void ReportFailure(const std::string& path, FileCause cause);
     void GiveUp(const WatchedFile& watched);

@@ -155,6 +155,7 @@ struct Remains {
     FileCause cause = FileCause::None; ///< why it could not be finished
     bool isLog = false;                ///< with data, and nobody writes it
     bool judged = false;               ///< frames told where its records end
+    bool isProtected = false;          ///< against writing, as a finished log is
     std::uint64_t rest = 0;            ///< bytes that were moved
     std::string side;
 };
@@ -187,6 +188,10 @@ Remains Finish(const std::string& path, std::span<const LoggedInstrument> instru
         found.cause = MoveRest(
             log, *end, ByteSpan(tail).subspan(static_cast<std::size_t>(*end - from)), found.side);
     }
+    bool readOnly = false;
+    found.isProtected = found.cause == FileCause::None &&
+                        log.SetReadOnly(true) == FileCause::None &&
+                        IsReadOnly(path, readOnly) == FileCause::None && readOnly;
     return found;
 }
 
@@ -216,11 +221,8 @@ void FinishCutLogs(const std::string& folder, std::span<const LoggedInstrument> 
         const Remains found = Finish(path, instruments);
         if (!found.isLog)
             continue;
-        const bool whole = found.cause == FileCause::None;
-        const bool isProtected = whole && SetReadOnly(path, true) == FileCause::None &&
-                                 IsReadOnly(path, readOnly) == FileCause::None && readOnly;
         // Some disks know no protection: there every log looks like this.
-        if (whole && !isProtected && found.rest == 0)
+        if (found.cause == FileCause::None && !found.isProtected && found.rest == 0)
             continue;
         messages.Raise({EventKind::LogRecovered, path, TextOf(path, found) + "\r\n"});
     }

@@ -61,11 +61,7 @@ void LogRecords::Clear() {
 FileCause CLogWriter::Create(const std::string& path, bool replaces) {
     FileSize = 0;
     CutBack = FileCause::None;
-    const FileCause cause = replaces ? File.CreateExclusive(path) : File.CreateNew(path);
-    // A disk that fails here fails at the file's own synchronisation a second later, which says so.
-    if (cause == FileCause::None)
-        static_cast<void>(SyncFolderOf(path));
-    return cause;
+    return replaces ? File.CreateExclusive(path) : File.CreateNew(path);
 }
 
 FileCause CLogWriter::Write(const LogRecords& records, std::size_t& written) {

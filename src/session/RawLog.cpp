@@ -23,7 +23,7 @@ bool RepeatsLogs(const LogOptions& options) {
 } // namespace
 
 CRawLog::CRawLog(SessionState& session, CMessageSink& messages)
-    : Session(session), Messages(messages), Sync(messages), Stage(session.Clock, messages) {
+    : Session(session), Messages(messages), Stage(session.Clock, messages), Sync(messages) {
     EndDone.Set();
     Switched.Set();
 }
@@ -251,10 +251,10 @@ void CRawLog::StartLog() {
     State.logOpen = true;
     ++LogNumber;
     Slots = 0;
-    FaultyOffered = UnstoredSaid = 0;
+    FaultyOffered = UnstoredSaid = UnstoredSeen = 0;
     StallSaid = false;
     RaiseViewsUpdate();
-    Sync.Watch(Stage.OpenFile());
+    Sync.Watch(Stage.OpenFile(), [this] { return Stage.Figures().fileSize; });
 }
 
 void CRawLog::BeginRun() {
@@ -345,7 +345,7 @@ void CRawLog::CompleteEnd() {
 
 void CRawLog::AfterEnd(const EndingLog& ending) {
     AdvanceLogFileName(Session.Naming, Session.Station);
-    NoteUnstored();
+    SayUnstored(Stage.Figures().framesUnstored);
     if (ending.hasFile)
         Messages.Raise(
             {EventKind::LogEnded, ending.path, "End log file: \"" + ending.path + "\".\r\n"});
@@ -391,6 +391,8 @@ void CRawLog::EndFailed() {
         if (!Session.ExitOnError || !State.logOpen || !failed)
             return;
         State.runFailed = true;
+        if (Stage.Figures().cause == FileCause::None)
+            SayFileLost(trouble, State.logFilePath);
         MarkEnd(true);
     }
     CompleteEnd();

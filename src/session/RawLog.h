@@ -150,6 +150,7 @@ class CRawLog {
     void TendFile();
     void TendFileLast();
     void GiveFileUp();
+    void SayFileLost(FileTrouble trouble, const std::string& path);
     bool BeginAnotherFile(const std::optional<std::string>& skipped);
     /// Creates a log under the first free name: `name`, then with "-2" and so on. Its path; the
     /// cause of the last failure when there is none.
@@ -171,13 +172,14 @@ class CRawLog {
     void WriteTimeStamp(const FrameTime& now) REQUIRES(Session.DocLock);
     void WatchDisk() REQUIRES(Session.DocLock);
     void NoteUnstored() REQUIRES(Session.DocLock);
+    void SayUnstored(std::uint64_t unstored) REQUIRES(Session.DocLock);
     void NoteClockStep() REQUIRES(Session.DocLock);
     std::uint32_t SlotOf(CQorViewIns& instrument) REQUIRES(Session.DocLock);
 
     SessionState& Session;
     CMessageSink& Messages;
-    CDiskSync Sync;
     CLogStage Stage;
+    CDiskSync Sync; ///< asks the stage until it goes
     LogStatus State GUARDED_BY(Session.DocLock);
     LogRecords Records GUARDED_BY(Session.DocLock); ///< of this batch, not yet with the stage
     std::uint64_t FaultyOffered GUARDED_BY(Session.DocLock) = 0; ///< unusable frame records
@@ -214,7 +216,9 @@ class CRawLog {
     std::uint64_t WrittenBefore GUARDED_BY(Session.DocLock) = 0;  ///< the run, by the stage
     std::uint64_t UnstoredBefore GUARDED_BY(Session.DocLock) = 0; ///< the same
     std::int64_t FailedSince GUARDED_BY(Session.DocLock) = 0;     ///< monotonic, while recovering
+    std::uint64_t UnstoredThen GUARDED_BY(Session.DocLock) = 0;
     std::uint64_t UnstoredSaid GUARDED_BY(Session.DocLock) = 0;
+    std::uint64_t UnstoredSeen GUARDED_BY(Session.DocLock) = 0; ///< at the last tick
 
     // What the operator is to see and hear once the lock is released.
     std::vector<std::string> PendingTexts GUARDED_BY(Session.DocLock);

@@ -202,8 +202,10 @@ void CRawLog::TendFile() {
         Rescuing = true;
         EndDone.Clear();
         hasFile = !std::exchange(State.recovering, true);
-        if (hasFile)
+        if (hasFile) {
             FailedSince = Session.Clock.MonotonicMilliseconds();
+            UnstoredThen = Stage.Figures().framesUnstored;
+        }
         if (hasFile && Session.Clock.MonotonicMilliseconds() - FileBegun < RetryMilliseconds)
             skipped = FileFolder;
     }
@@ -229,9 +231,7 @@ void CRawLog::GiveFileUp() {
         CRecursiveLock lock(Session.DocLock);
         path = State.logFilePath;
     }
-    if (const std::string text = LossText(trouble); !text.empty())
-        Messages.Raise(
-            {EventKind::LogFailed, path, "The log file \"" + path + "\" " + text + "\r\n"});
+    SayFileLost(trouble, path);
     Sync.Finish();
     Stage.Rest();
     const bool there = trouble == FileTrouble::None || trouble == FileTrouble::SyncFailed ||
@@ -239,6 +239,12 @@ void CRawLog::GiveFileUp() {
     if (there)
         ProtectLogFile(path);
     Messages.Raise({EventKind::LogEnded, path, "End log file: \"" + path + "\".\r\n"});
+}
+
+void CRawLog::SayFileLost(FileTrouble trouble, const std::string& path) {
+    if (const std::string text = LossText(trouble); !text.empty())
+        Messages.Raise(
+            {EventKind::LogFailed, path, "The log file \"" + path + "\" " + text + "\r\n"});
 }
 
 bool CRawLog::BeginAnotherFile(const std::optional<std::string>& skipped) {
@@ -281,20 +287,19 @@ void CRawLog::NoteOtherFile(const std::string& folder, const std::string& path) 
         FileFolder = folder;
         NoFileSaid = false;
         FileBegun = Session.Clock.MonotonicMilliseconds();
-        const std::uint64_t lost = Stage.Figures().framesUnstored;
-        const std::string gap = Format(
-            "It goes on from the file that failed %lld s before; %s.",
-            static_cast<long long>((FileBegun - FailedSince) / 1000),
-            lost <= UnstoredSaid ? "no frame was lost between"
-                                 : Format("%llu frames were received and not stored",
-                                          static_cast<unsigned long long>(lost - UnstoredSaid))
-                                       .c_str());
+        const std::uint64_t lost = Stage.Figures().framesUnstored - UnstoredThen;
+        const std::string gap = Format("It goes on from the file that failed %lld s before; %s.",
+                                       static_cast<long long>((FileBegun - FailedSince) / 1000),
+                                       lost == 0 ? "no frame was lost between"
+                                                 : Format("%llu frames could not be kept",
+                                                          static_cast<unsigned long long>(lost))
+                                                       .c_str());
         State.logFilePath = path;
         PathsOfRun.insert(path);
         Messages.Raise(
             {EventKind::LogGoesOn, path, "Begin log file: \"" + path + "\".\r\n\t" + gap + "\r\n"});
     }
-    Sync.Watch(Stage.OpenFile());
+    Sync.Watch(Stage.OpenFile(), [this] { return Stage.Figures().fileSize; });
 }
 
 } // namespace qor

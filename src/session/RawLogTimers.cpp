@@ -117,8 +117,16 @@ void CRawLog::WatchDisk() {
     NoteUnstored();
 }
 
+/// Losses are said as they begin, and what came after that once they have ended: two messages a
+/// burst, whose numbers add up.
 void CRawLog::NoteUnstored() {
     const std::uint64_t unstored = Stage.Figures().framesUnstored;
+    const std::uint64_t before = std::exchange(UnstoredSeen, unstored);
+    if (before == UnstoredSaid || before == unstored)
+        SayUnstored(unstored);
+}
+
+void CRawLog::SayUnstored(std::uint64_t unstored) {
     if (unstored <= UnstoredSaid)
         return;
     Messages.Raise({EventKind::FramesUnstored, State.logFilePath,

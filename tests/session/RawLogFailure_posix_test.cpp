@@ -175,8 +175,9 @@ TEST_F(AFailingDisk, FailedSynchronisationIsReportedOncePerFile) {
     CDiskSync sync(sink);
     CFile closed, good;
     ASSERT_EQ(good.CreateExclusive(Folder + "good"), FileCause::None);
-    sync.Watch(closed);
-    sync.Watch(good);
+    const auto nothing = [] { return std::uint64_t{0}; };
+    sync.Watch(closed, nothing);
+    sync.Watch(good, nothing);
     sync.Finish();
     sync.Stop();
     ASSERT_EQ(sink.Messages().size(), 1u);
