@@ -21,8 +21,10 @@ constexpr std::size_t LeastName = 12; // characters of a port's name
 /// A write that has taken so long is a disk that takes nothing, in milliseconds.
 constexpr std::int64_t Stalled = 2000;
 
-std::string Megabytes(std::uint64_t bytes) {
-    return FixedNumber(static_cast<double>(bytes) / 1e6, 1) + " MB";
+std::string SizeText(std::uint64_t bytes) {
+    const double size = static_cast<double>(bytes);
+    return bytes < 1'000'000 ? FixedNumber(size / 1e3, 0) + " kB"
+                             : FixedNumber(size / 1e6, 1) + " MB";
 }
 
 /// What a log lacks, to follow what it has.
@@ -97,7 +99,7 @@ std::string LogLine(const LogStatus& log, std::optional<double> secondsLeft, std
     if (!log.loggingActive)
         return {};
     const std::string waiting =
-        Megabytes(log.waitingBytes) + " of " + Megabytes(log.waitingCapacity) + " wait in memory";
+        SizeText(log.waitingBytes) + " of " + SizeText(log.waitingCapacity) + " wait in memory";
     std::string line = "log: ";
     if (log.recovering)
         line += "NO FILE, " + waiting;
@@ -108,7 +110,7 @@ std::string LogLine(const LogStatus& log, std::optional<double> secondsLeft, std
     else if (!log.logOpen)
         line += "waits for its next file";
     else
-        line += std::string(LastPartOf(log.logFilePath)) + " " + Megabytes(log.fileSize);
+        line += std::string(LastPartOf(log.logFilePath)) + " " + SizeText(log.fileSize);
     line += Unstored(log.runUnstored);
     if (secondsLeft)
         line += ", " + TimeLeftText(*secondsLeft);
