@@ -304,7 +304,7 @@ FileCause CFile::OpenAlone(const std::string& path) {
     OpenFilePointer file;
     if (IsSymbolicLink(path))
         return FileCause::AccessDenied;
-    if (FileCause cause = TryOpen(WidePath(path), ChangeAlone, file); cause != FileCause::None)
+    if (FileCause cause = OpenHandle(WidePath(path), ChangeAlone, file); cause != FileCause::None)
         return cause;
     if (!file->isDisk)
         return FileCause::AccessDenied;

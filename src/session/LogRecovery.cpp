@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <set>
 #include <tuple>
 #include <vector>
 
@@ -74,21 +75,18 @@ class CLogEnd {
     void Process();
     void Take(const CFrameData& frame);
 
-    std::span<const LoggedInstrument> Instruments;
     CSilentSink Nobody;
     CFrameSync Sync;
     std::optional<std::uint64_t> End;
     const std::uint64_t HeaderBytes;
-    bool SeenTag = false;
+    std::set<std::string, std::less<>> Tagged; ///< instruments whose frames have had tags
 };
 
 CLogEnd::CLogEnd(std::span<const LoggedInstrument> instruments, ByteSpan header)
-    : Instruments(instruments), Sync(Nobody, "log", StreamSource::File),
-      HeaderBytes(header.size()) {
+    : Sync(Nobody, "log", StreamSource::File), HeaderBytes(header.size()) {
     Sync.SetMaxFrameDepth(std::numeric_limits<std::int32_t>::max()); // they are taken at once
     for (const LoggedInstrument& instrument : instruments)
         if (Sync.Attach(instrument.request) == CommResult::Success) {
-            Sync.SetUntagged(instrument.request.instrumentName, !instrument.tagged);
             std::ignore = Sync.SetAcquisition(instrument.request.instrumentName, true);
         }
     Sync.Append(header);
@@ -120,15 +118,14 @@ void CLogEnd::Process() {
     }
 }
 
-/// A frame and its tag are one record: without it the frame is a part of one, and stays behind the
-/// end.
+/// A frame and its tag are one record: one without, of an instrument that has tags, is a part of
+/// one, and stays behind the end. Which instrument had none when the log was written, only the log
+/// knows.
 void CLogEnd::Take(const CFrameData& frame) {
-    const auto row = std::ranges::find_if(Instruments, [&](const LoggedInstrument& instrument) {
-        return instrument.request.instrumentName == frame.Info.instrumentName;
-    });
     const bool tagged = frame.Info.time.known;
-    SeenTag = SeenTag || tagged;
-    if (!tagged && SeenTag && row != Instruments.end() && row->tagged)
+    if (tagged)
+        Tagged.insert(frame.Info.instrumentName);
+    else if (Tagged.contains(frame.Info.instrumentName))
         return;
     End = frame.StreamOffset + frame.Bytes.size() + (tagged ? TimeTagSize : 0);
 }

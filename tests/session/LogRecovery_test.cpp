@@ -71,6 +71,19 @@ TEST_F(ACutLog, IsFinishedByTheNextRunBehindItsLastWholeRecord) {
     }
 }
 
+TEST_F(ACutLog, TagsAreThoseOfTheLogWhateverTheRolesAreNow) {
+    ASSERT_EQ(Doc.SetRole(InstrumentRole::Gps, Doc.FindInstrument("PRO")), "");
+    const std::string frame = CounterFrame("PRO", 3);
+    for (const std::string& whole : {Header + Record(1) + Record(2), Header + frame + frame}) {
+        Temp.Put("cut.raw", whole);
+        CCollectingSink sink;
+        CRecursiveLock lock(Doc.DocLock);
+        FinishCutLogs(Folder, Doc.LoggedInstruments(), sink);
+        EXPECT_EQ(Content(Folder + "cut.raw"), whole);
+        ASSERT_EQ(SetReadOnly(Folder + "cut.raw", false), FileCause::None);
+    }
+}
+
 TEST_F(ACutLog, NothingElseIsTouched) {
     const std::string torn = Header + Record(1) + "PRO";
     Temp.Put("protected.raw", torn);

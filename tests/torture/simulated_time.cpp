@@ -35,21 +35,21 @@ bool RunSeed(const Options& options, std::string* summary = nullptr) {
     return balanced;
 }
 
-/// Two fixed seeds, one of them twice, and today's.
-bool RunShort(std::uint64_t today) {
+/// Three fixed seeds, one of them twice.
+bool RunShort() {
     std::string once, again;
     bool balanced = RunSeed({1, 2, 0, 0}, &once) && RunSeed({1, 2, 0, 0}, &again);
     if (once != again)
         std::printf("one seed gave two runs\n");
     balanced = balanced && once == again;
-    return balanced && RunSeed({2, 2, 0, 1}) && RunSeed({today, 2, 0, 1});
+    return balanced && RunSeed({2, 2, 0, 1}) && RunSeed({20779, 2, 0, 1});
 }
 
 int Main(int count, char** arguments) {
     setenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3", 1);
     Options options;
     if (count == 1)
-        return RunShort(options.seed / 86'400) ? 0 : 1;
+        return RunShort() ? 0 : 1;
     for (int i = 1; i + 1 < count; i += 2) {
         const std::string_view option = arguments[i];
         const std::int64_t value = std::strtoll(arguments[i + 1], nullptr, 10);
