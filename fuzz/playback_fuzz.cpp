@@ -94,7 +94,9 @@ bool SharesBeginnings(const std::vector<LoggedInstrument>& instruments) {
 /// time tag inside it is as good as one behind it.
 bool IsAmbiguous(const Frame& frame, const std::vector<LoggedInstrument>& instruments) {
     const bool headerless = std::ranges::any_of(instruments, [&frame](const LoggedInstrument& one) {
-        return one.request.syncHeader.empty() && one.request.instrumentName == frame.name;
+        const FrameRule rule = RuleOf(one.request);
+        return (rule == FrameRule::Lines || rule == FrameRule::Packets) &&
+               one.request.instrumentName == frame.name;
     });
     return BeginsWith(frame.bytes, HeaderRecordStart) || BeginsWith(frame.bytes, TimeStampStart) ||
            (headerless && std::ranges::any_of(frame.bytes, MayBeginTimeTag));
