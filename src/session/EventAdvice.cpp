@@ -15,7 +15,7 @@ constexpr EventAdvice Advices[] = {
     {EventKind::LogGoesOn, true, false, ""},
     {EventKind::SpaceLow, true, false, "Make room, or name another disk with --spare."},
     {EventKind::SpaceShort, true, true, "Make room, or name another disk with --spare."},
-    {EventKind::LogRecovered, true, false, "It is write-protected now."},
+    {EventKind::LogRecovered, true, false, ""},
     {EventKind::ClockEarly, true, false, "Set it; times in the log follow it."},
     {EventKind::SyncFailed, true, true, "A power cut now may cost data; look at the disk."},
     {EventKind::DiskStalled, true, false, "Look at the disk; nothing is lost yet."},

@@ -130,6 +130,19 @@ void CLogEnd::Take(const CFrameData& frame) {
     End = frame.StreamOffset + frame.Bytes.size() + (tagged ? TimeTagSize : 0);
 }
 
+/// Whether the bytes are the beginning of a record, or blocks that a power cut left empty. Anything
+/// else may be whole frames of instruments that are not in this run.
+bool IsTornRecord(ByteSpan rest, std::span<const LoggedInstrument> instruments) {
+    const std::string_view text = AsText(rest);
+    const auto begins = [text](std::string_view header) {
+        return !header.empty() && (text.starts_with(header) || header.starts_with(text));
+    };
+    return text.find_first_not_of('\0') == std::string_view::npos || begins(TimeStampStart) ||
+           std::ranges::any_of(instruments, [&begins](const LoggedInstrument& instrument) {
+               return begins(instrument.request.syncHeader);
+           });
+}
+
 /// Moves what stands behind `end` into a file beside. Its path; the cause when it could not be.
 FileCause MoveRest(CFile& log, std::uint64_t end, ByteSpan rest, std::string& side) {
     CFile file;
@@ -179,11 +192,12 @@ Remains Finish(const std::string& path, std::span<const LoggedInstrument> instru
         return found;
     }
     const std::optional<std::uint64_t> end = CLogEnd(instruments, header).Find(from, tail);
-    found.judged = end.has_value();
-    if (end && *end < size) {
-        found.rest = size - *end;
-        found.cause = MoveRest(
-            log, *end, ByteSpan(tail).subspan(static_cast<std::size_t>(*end - from)), found.side);
+    const ByteSpan rest =
+        end ? ByteSpan(tail).subspan(static_cast<std::size_t>(*end - from)) : ByteSpan();
+    found.judged = end && (rest.empty() || IsTornRecord(rest, instruments));
+    if (found.judged && !rest.empty()) {
+        found.rest = rest.size();
+        found.cause = MoveRest(log, *end, rest, found.side);
     }
     bool readOnly = false;
     found.isProtected = found.cause == FileCause::None &&
@@ -202,8 +216,7 @@ std::string TextOf(const std::string& path, const Remains& found) {
                             static_cast<unsigned long long>(found.rest), found.side.c_str());
     return log + "not ended, as by a crash. " +
            (found.judged ? "It ends with a whole record."
-                         : "It holds no frame of this run's instruments, by which its end could "
-                           "be judged.");
+                         : "Its end is of no instrument of this run and stays as it is.");
 }
 
 } // namespace

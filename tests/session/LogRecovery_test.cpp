@@ -29,6 +29,7 @@ class ACutLog : public ASession {
 
 TEST_F(ACutLog, IsFinishedByTheNextRunBehindItsLastWholeRecord) {
     const std::string one = Record(1), two = Record(2);
+    const std::string tag(AsText(MakeTimeTag(Clock.Now())));
     const std::string stamp = MakeTimeStamp(LocalCalendar(Clock.Now()));
     const std::string large = Header + one + std::string(6u << 20, 'x') + one + two;
     const struct {
@@ -44,7 +45,8 @@ TEST_F(ACutLog, IsFinishedByTheNextRunBehindItsLastWholeRecord) {
         {Header + one + stamp, stamp.substr(0, 9), "last 9 bytes"},
         {Header + one + stamp + two, "PR", "last 2 bytes"},
         {large, one.substr(0, 8), "last 8 bytes"},
-        {Header + "nothing of ours", "", "no frame of this run's"},
+        {Header + "nothing of ours", "", "stays as it is"},
+        {Header + one + "OTHER" + tag + "OTHER" + tag, "", "stays as it is"},
     };
     int number = 0; // each has names of its own: Windows keeps those of an ended log a while
     for (const auto& c : cases) {
