@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// From a live stream into a raw log and back: where CheckReplay promises that a log of these
+// From live ports into a raw log and back: where CheckReplay promises that a log of these
 // instruments can be taken apart again, the frames that are played are those that were cut, each
-// with its time, in a whole log and in one that ends anywhere.
+// with its time, in a whole log and in one that ends anywhere. Instruments that need a port of
+// their own have one.
 //
 // The input: a line with a number (where the log ends, in bytes) and any text behind it, then
-// definitions, each with a line "--" behind it, then the stream.
+// definitions, each with a line "--" behind it, then what comes on the
+// ports, in parts of one length: that of the shared port is the last.
 #include "Require.h"
 
 #include "instrument/DefinitionReader.h"
@@ -34,14 +36,22 @@ std::string_view TakePart(std::string_view& text, std::string_view end) {
 }
 
 std::vector<LoggedInstrument> TakeInstruments(std::string_view& text) {
+    CNoSink sink;
     std::vector<LoggedInstrument> instruments;
     while (text.find(Mark) != std::string_view::npos && instruments.size() < 8) {
         CInstrument instrument;
         CDefinitionReader reader(instrument, "playback.cal");
         reader.Begin("playback.cal");
         reader.Feed(TakePart(text, Mark));
-        if (reader.Finish() == DefinitionStatus::Success)
-            instruments.push_back({MakeAttachRequest(instrument)});
+        if (reader.Finish() != DefinitionStatus::Success)
+            continue;
+        // One that no port takes is in no log.
+        CFrameSync port(sink, "fuzz", StreamSource::ReportingPort);
+        const AttachRequest request = MakeAttachRequest(instrument);
+        if (port.Attach(request) != CommResult::Success)
+            continue;
+        instruments.push_back({request});
+        instruments.back().request.instrumentName += std::to_string(instruments.size());
     }
     return instruments;
 }
@@ -53,7 +63,7 @@ struct Frame {
     bool operator==(const Frame&) const = default;
 };
 
-/// The frames of a stream; of a live one every read comes a second later.
+/// The frames of a stream; of a port every read comes a second later.
 std::vector<Frame> Cut(const std::vector<LoggedInstrument>& instruments, std::string_view stream,
                        bool live) {
     CNoSink sink;
@@ -79,27 +89,42 @@ std::vector<Frame> Cut(const std::vector<LoggedInstrument>& instruments, std::st
     return frames;
 }
 
-/// Where one header begins with another, what came before a frame says whose it is; a log does not
-/// hold the bytes between frames.
-bool SharesBeginnings(const std::vector<LoggedInstrument>& instruments) {
-    for (const LoggedInstrument& one : instruments)
-        for (const LoggedInstrument& other : instruments)
-            if (&one != &other && !other.request.syncHeader.empty() &&
-                one.request.syncHeader.starts_with(other.request.syncHeader))
-                return true;
-    return false;
+/// What the ports give to the log, in the order of time.
+std::vector<Frame> CutLive(const std::vector<LoggedInstrument>& instruments,
+                           std::string_view stream) {
+    std::vector<LoggedInstrument> sharing;
+    std::vector<Frame> frames;
+    const std::size_t part = stream.size() / (instruments.size() + 1);
+    for (const LoggedInstrument& one : instruments) {
+        if (one.request.noSync) {
+            std::ranges::copy(Cut({one}, stream.substr(0, part), true), std::back_inserter(frames));
+            stream.remove_prefix(part);
+        } else {
+            sharing.push_back(one);
+        }
+    }
+    std::ranges::copy(Cut(sharing, stream, true), std::back_inserter(frames));
+    std::ranges::stable_sort(frames, {}, &Frame::second);
+    return frames;
 }
 
-/// A log's own records come before frames that begin like them, and where a frame has no header, a
-/// time tag inside it is as good as one behind it.
+/// A log's own records come before frames that begin like them. Where a frame has no header, the
+/// header of another instrument inside it is that one's, and a time tag inside it is as good as the
+/// one behind it.
 bool IsAmbiguous(const Frame& frame, const std::vector<LoggedInstrument>& instruments) {
-    const bool headerless = std::ranges::any_of(instruments, [&frame](const LoggedInstrument& one) {
-        const FrameRule rule = RuleOf(one.request);
-        return (rule == FrameRule::Lines || rule == FrameRule::Packets) &&
-               one.request.instrumentName == frame.name;
-    });
-    return BeginsWith(frame.bytes, HeaderRecordStart) || BeginsWith(frame.bytes, TimeStampStart) ||
-           (headerless && std::ranges::any_of(frame.bytes, MayBeginTimeTag));
+    if (BeginsWith(frame.bytes, HeaderRecordStart) || BeginsWith(frame.bytes, TimeStampStart))
+        return true;
+    const auto isOwn = [&frame](const LoggedInstrument& one) {
+        return one.request.instrumentName == frame.name;
+    };
+    const FrameRule rule = RuleOf(std::ranges::find_if(instruments, isOwn)->request);
+    if (rule != FrameRule::Lines && rule != FrameRule::Packets)
+        return false;
+    return std::ranges::any_of(frame.bytes, MayBeginTimeTag) ||
+           std::ranges::any_of(instruments, [&](const LoggedInstrument& one) {
+               return !isOwn(one) && !one.request.syncHeader.empty() &&
+                      AsText(frame.bytes).find(one.request.syncHeader) != std::string_view::npos;
+           });
 }
 
 } // namespace
@@ -111,9 +136,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string_view first = TakePart(input, "\n");
     std::from_chars(first.data(), first.data() + first.size(), cut);
     const std::vector<LoggedInstrument> instruments = TakeInstruments(input);
-    if (CheckReplay(instruments).conflict != ReplayConflict::None || SharesBeginnings(instruments))
+    if (!CheckReplay(instruments).empty())
         return 0;
-    const std::vector<Frame> sent = Cut(instruments, input, true);
+    const std::vector<Frame> sent = CutLive(instruments, input);
     if (std::ranges::any_of(
             sent, [&instruments](const Frame& frame) { return IsAmbiguous(frame, instruments); }))
         return 0;

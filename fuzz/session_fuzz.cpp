@@ -1,15 +1,23 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// The door of session files: any bytes. They are refused with one line or taken; what was taken is
-// written, and written the same again after it was read again.
+// The door of session files and of manifests: any bytes. They are refused with one line or taken;
+// what was taken is written, and written the same again after it was read again.
 #include "Require.h"
 
+#include "session/LogManifest.h"
 #include "session/SessionFile.h"
 
 using namespace qor;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string path = "/nowhere/cast.qor";
+    const ManifestReading manifest =
+        ReadManifest({reinterpret_cast<const char*>(data), size}, "/nowhere/");
+    Require(manifest.fault.find('\n') == std::string::npos);
+    if (manifest.fault.empty()) {
+        const std::string text = ManifestText(manifest.manifest, "/nowhere/");
+        Require(ReadManifest(text, "/nowhere/").fault.empty());
+    }
     const SessionReading reading = ReadSession({reinterpret_cast<const char*>(data), size}, path);
     Require(reading.session.has_value() == reading.refusal.empty());
     Require(reading.refusal.find('\n') == std::string::npos);

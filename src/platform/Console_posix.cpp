@@ -31,6 +31,29 @@ bool HasReader(int descriptor) {
            (S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode) || isatty(descriptor));
 }
 
+/// A terminal that says it has room may have less than what is written, and a write would wait for
+/// as long as nobody reads. It is opened once more, for writes that do not wait: the descriptor
+/// itself is shared with whoever started the program.
+class CTerminalEnd {
+  public:
+    explicit CTerminalEnd(int descriptor) : Given(descriptor) {
+        char name[PATH_MAX];
+        if (ttyname_r(descriptor, name, sizeof name) == 0)
+            Own = open(name, O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    }
+    ~CTerminalEnd() {
+        if (Own >= 0)
+            close(Own);
+    }
+    CTerminalEnd(const CTerminalEnd&) = delete;
+    CTerminalEnd& operator=(const CTerminalEnd&) = delete;
+    int Descriptor() const { return Own >= 0 ? Own : Given; }
+
+  private:
+    const int Given;
+    int Own = -1;
+};
+
 /// How many bytes a reader's end takes at once when it takes any: an empty pipe all it can hold.
 std::size_t RoomBefore(int descriptor) {
 #if defined(F_GETPIPE_SZ)
@@ -112,19 +135,24 @@ StreamWrite WriteStream(StandardStream stream, std::string_view bytes) {
     const int descriptor = static_cast<int>(stream);
     const bool hasReader = HasReader(descriptor);
     static std::atomic<bool> standsStill[3] = {}; // once is enough
+    const CTerminalEnd terminal(descriptor);
+    int waited = 0;
     while (!bytes.empty()) {
-        if (hasReader && (standsStill[descriptor] || !WaitForReader(descriptor))) {
+        if (hasReader && (standsStill[descriptor] || !WaitForReader(descriptor) ||
+                          waited >= StillMilliseconds)) {
             standsStill[descriptor] = true;
             return StreamWrite::ReaderStalls;
         }
         std::size_t piece =
             hasReader ? std::min(bytes.size(), RoomBefore(descriptor)) : bytes.size();
-        ssize_t written = write(descriptor, bytes.data(), piece);
+        ssize_t written = write(terminal.Descriptor(), bytes.data(), piece);
         if (written >= 0)
             bytes.remove_prefix(static_cast<std::size_t>(written));
         else if (errno == EPIPE)
             return StreamWrite::ReaderGone;
-        else if (errno != EINTR && errno != EAGAIN)
+        else if (errno == EAGAIN) // it has room, and too little: no poll can wait for that
+            waited += poll(nullptr, 0, LookMilliseconds) == 0 && StopAsked ? LookMilliseconds : 0;
+        else if (errno != EINTR)
             return StreamWrite::Failed;
     }
     return StreamWrite::Done;

@@ -202,6 +202,10 @@ bool StatusOf(const std::string& path, struct stat& status) {
                                   : ::stat(path.c_str(), &status)) == 0;
 }
 
+/// Every write goes to the end: a file that another program has cut stays as much shorter as it
+/// became, and has no gap that hides it.
+constexpr int Created = O_WRONLY | O_CREAT | O_APPEND;
+
 int DescriptorOf(std::intptr_t handle) {
     return static_cast<int>(handle);
 }
@@ -256,7 +260,7 @@ FileCause CFile::CreateExclusive(const std::string& path) {
     for (int attempt = 0; attempt < 10; ++attempt) {
         int descriptor = -1;
         struct stat status {};
-        FileCause cause = OpenFileItself(path, O_WRONLY | O_CREAT, descriptor, status);
+        FileCause cause = OpenFileItself(path, Created, descriptor, status);
         if (cause != FileCause::None)
             return cause;
         cause = S_ISREG(status.st_mode) ? LockExclusively(descriptor) : FileCause::AccessDenied;
@@ -289,7 +293,7 @@ FileCause CFile::CreateNew(const std::string& path) {
     Close();
     int descriptor = -1;
     struct stat status {};
-    FileCause cause = OpenDescriptor(path, O_WRONLY | O_CREAT | O_EXCL, descriptor, status);
+    FileCause cause = OpenDescriptor(path, Created | O_EXCL, descriptor, status);
     if (cause != FileCause::None)
         return cause;
     cause = LockExclusively(descriptor);

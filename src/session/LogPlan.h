@@ -33,6 +33,7 @@ struct LogRunPlan {
     bool strict = false;    ///< nothing is logged with a definition that was repaired
     std::vector<std::string> spareDirectories; ///< for logs when their folder takes none any more
     bool exitOnError = false;                  ///< a log whose file fails ends the run
+    bool manifests = true;                     ///< each log gets one
     bool captureAll = false;                   ///< every port's bytes are kept, frames or not
     bool partly = false; ///< start although some definition or member cannot be used
 

@@ -20,6 +20,8 @@ constexpr int LookMilliseconds = 100, LongestSwitch = 5000;
 
 CLogRun::CLogRun(CQorViewDoc& doc, LogRunPlan plan)
     : Doc(doc), Setup(doc), Loop(doc), Plan(std::move(plan)) {
+    if (Plan.manifests)
+        Doc.MakeManifests();
     Doc.Acquisition.OnEvent = [this](const Event& event) { Note(event); };
     CRecursiveLock lock(Doc.DocLock);
     Doc.SessionLog.KeepText = false;
@@ -57,6 +59,7 @@ bool CLogRun::SetUp() {
         SetUpPort(port);
     Setup.ApplyNames(Plan.names);
     Setup.JudgeReplay();
+    Doc.RawLog.SetInputs(Inputs());
     Doc.Captures.Begin(Plan.captureAll ? CaptureRule::All : CaptureRule::Unframed);
     return PortsRefused.empty();
 }
@@ -188,6 +191,7 @@ void CLogRun::End() {
     Doc.RawLog.AwaitNextLog(LongestSwitch); // what waits for the next log belongs into it
     Doc.DisconnectAll();
     Doc.RawLog.ShutDown(); // waits for the disk, whose last word the loop still hears
+    Doc.Manifests.Stop();
     Loop.Stop();
 }
 

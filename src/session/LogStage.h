@@ -44,6 +44,11 @@ class CLogStage {
     /// Bytes that may wait; before a log begins.
     void SetCapacity(std::size_t bytes) { Limit = bytes; }
 
+    /// Whether files are hashed as they are written; before a log begins.
+    void SetHashing(bool on) { Writer.SetHashing(on); }
+    /// The hash of the latest file, once it was drained; see CLogWriter.
+    std::string Sha256() const { return Writer.Sha256(); }
+
     /// Each write takes so much longer from now on, as on a slow disk: for practice. Any thread.
     void SetDelay(int milliseconds) { Delay = milliseconds; }
 

@@ -61,6 +61,7 @@ void LogRecords::Clear() {
 FileCause CLogWriter::Create(const std::string& path, bool replaces) {
     FileSize = 0;
     CutBack = FileCause::None;
+    Hash = CSha256();
     return replaces ? File.CreateExclusive(path) : File.CreateNew(path);
 }
 
@@ -73,7 +74,13 @@ FileCause CLogWriter::Write(const LogRecords& records, std::size_t& written) {
         FileSize += records.bytes.size();
     else
         written = CutToWholeRecords(records);
+    if (Hashing && written > 0)
+        Hash.Update(ByteSpan(records.bytes).first(records.marks[written - 1].end));
     return cause;
+}
+
+std::string CLogWriter::Sha256() const {
+    return Hashing && CutBack == FileCause::None ? Hash.Digits() : std::string();
 }
 
 std::size_t CLogWriter::CutToWholeRecords(const LogRecords& records) {
@@ -81,7 +88,9 @@ std::size_t CLogWriter::CutToWholeRecords(const LogRecords& records) {
     CutBack = File.Size(reached);
     if (CutBack != FileCause::None)
         return 0;
-    const std::uint64_t arrived = reached > FileSize ? reached - FileSize : 0;
+    if (reached <= FileSize) // nothing arrived, or another program has cut the file: it stays so
+        return 0;
+    const std::uint64_t arrived = reached - FileSize;
     const auto firstBroken =
         std::ranges::upper_bound(records.marks, arrived, {}, &LogRecords::Mark::end);
     const auto whole = static_cast<std::size_t>(firstBroken - records.marks.begin());

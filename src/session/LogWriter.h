@@ -5,6 +5,7 @@
 // time: the one that begins the log, then the stage's writer. Knows no frames and no names.
 #pragma once
 
+#include "base/Sha256.h"
 #include "platform/File.h"
 
 #include <vector>
@@ -36,6 +37,10 @@ class CLogWriter {
     /// Creates the file for writing with exclusive sharing; one that is there only when it
     /// `replaces` it.
     FileCause Create(const std::string& path, bool replaces);
+    /// Before it is created: whether what is written is hashed.
+    void SetHashing(bool on) { Hashing = on; }
+    /// Of what stands in the file up to the last whole record; empty when that is not known.
+    std::string Sha256() const;
     bool IsOpen() const { return File.IsOpen(); }
     const std::string& Path() const { return File.Path(); }
     void Close() { File.Close(); }
@@ -56,6 +61,8 @@ class CLogWriter {
 
     CFile File;
     std::uint64_t FileSize = 0;
+    bool Hashing = false;
+    CSha256 Hash;
     FileCause CutBack = FileCause::None;
 };
 

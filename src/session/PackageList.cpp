@@ -47,6 +47,7 @@ PackageId CPackageList::AddPackage(LoadedPackage loaded, ResourceId resource,
     package->BaudRate = loaded.baudRate;
     package->Path = loaded.path;
     package->Settings = settings;
+    Doc.Manifests.NoteSource(loaded.path);
     for (PackageMember& member : loaded.members) {
         Doc.Report(member.instrument->ParseLog());
         const AddedInstrument added = Doc.AddInstrument(std::move(member.instrument), resource);

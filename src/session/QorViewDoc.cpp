@@ -22,6 +22,7 @@ constexpr const char* LoggingSoundsKey = "Logging Sounds";
 CQorViewDoc::CQorViewDoc(CClock& clock, SerialPortFactory makePort, CUserService& user,
                          CProfileStore& profile)
     : SessionState(clock, user, profile), History(*this), SessionLog(*this), RawLog(*this, *this),
+      Manifests(*this, *this, [this] { return Snapshot(); }),
       Acquisition(*this, RawLog, SessionLog), Sources(*this), Instruments(*this), Packages(*this),
       Ports(*this, *this), Captures(*this, *this), Starter(*this), Session(*this) {
     AttachController(std::make_unique<CTelemControl>(clock, std::move(makePort)));
@@ -31,12 +32,23 @@ CQorViewDoc::CQorViewDoc(CClock& clock, SerialPortFactory makePort, CUserService
 CQorViewDoc::~CQorViewDoc() {
     DisconnectAll();
     RawLog.ShutDown();
+    Manifests.Stop();
     while (Acquisition.TakeCommands(0)) {
     }
 }
 
+void CQorViewDoc::MakeManifests() {
+    Manifests.Enable();
+    RawLog.SetHashing(true);
+    RawLog.OnFileBegun = [this](const std::string& path) { Manifests.Begin(path); };
+    RawLog.OnFileEnded = [this](const FinishedFile& file) { Manifests.End(file); };
+}
+
 void CQorViewDoc::BeginSession(const std::string& sessionPath) {
-    SessionLog.OpenSessionLog();
+    if (sessionPath.empty())
+        SessionLog.OpenSessionLog();
+    else
+        SessionLog.HoldBack();
     ReportMessage(sessionPath.empty() ? "Beginning new session.\r\n"
                                       : "Beginning session \"" + sessionPath + "\".\r\n");
 }
@@ -156,6 +168,7 @@ AddedInstrument CQorViewDoc::AddInstrument(const std::string& definitionPath, Re
     const std::string parseLog = definition->ParseLog();
     if (!parseLog.empty())
         ReportMessage(parseLog);
+    Manifests.NoteSource(definitionPath);
     if (status == DefinitionStatus::Success)
         added = AddInstrument(std::move(definition), resource);
     added.definition = status;
@@ -226,6 +239,7 @@ CommResult CQorViewDoc::RemoveInstrument(InstrumentId instrument) {
 }
 
 CommResult CQorViewDoc::ConnectResource(ResourceId resource) {
+    SessionLog.OpenHeld();
     CLock ports(PortsLock);
     const std::string name = NameOf(resource);
     if (name.empty())

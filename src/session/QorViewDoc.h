@@ -13,6 +13,7 @@
 #include "session/Acquisition.h"
 #include "session/History.h"
 #include "session/InstrumentList.h"
+#include "session/LogManifests.h"
 #include "session/LogStarter.h"
 #include "session/PackageList.h"
 #include "session/PortCaptures.h"
@@ -51,6 +52,7 @@ class CQorViewDoc : public CQorTelemetryDoc, public SessionState {
     CHistory History;
     CSessionLog SessionLog;
     CRawLog RawLog;
+    CLogManifests Manifests;
     CAcquisition Acquisition;
     CResourceList Sources;
     CInstrumentList Instruments;
@@ -60,6 +62,8 @@ class CQorViewDoc : public CQorTelemetryDoc, public SessionState {
     CLogStarter Starter;
     CSessionDocument Session;
 
+    /// Raw logs get manifests; before anything is loaded.
+    void MakeManifests();
     /// Begins a session: opens the session log, reports "Beginning new session." or, with a path,
     /// "Beginning session ...".
     void BeginSession(const std::string& sessionPath = {});

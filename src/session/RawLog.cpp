@@ -16,6 +16,12 @@
 namespace qor {
 namespace {
 
+/// Sets an event at the end of a block, also when there is no memory to go on with: somebody waits.
+struct SetAtEnd {
+    CEvent& event;
+    ~SetAtEnd() { event.Set(); }
+};
+
 bool RepeatsLogs(const LogOptions& options) {
     return options.everyEnabled || (options.durationEnabled && options.repeatEnabled);
 }
@@ -140,13 +146,24 @@ void CRawLog::SayNotBegun(const char* why) {
                     std::string("Logging has not begun: ") + why + "\r\n"});
 }
 
+void CRawLog::SetInputs(std::vector<std::string> files) {
+    CRecursiveLock lock(Session.DocLock);
+    Inputs = std::move(files);
+}
+
+bool CRawLog::HasConsent(const std::string& path) const {
+    return !PathsOfRun.contains(path) &&
+           std::ranges::none_of(
+               Inputs, [&path](const std::string& input) { return IsSameFile(input, path); });
+}
+
 bool CRawLog::MayReplace(const std::string& path) {
     bool mayAsk, consent;
     {
         CRecursiveLock lock(Session.DocLock);
         RaiseViewsUpdate();
         mayAsk = !Session.NoDialogs;
-        consent = Session.Options.overwriteExisting && !PathsOfRun.contains(path);
+        consent = Session.Options.overwriteExisting && HasConsent(path);
     }
     if (mayAsk)
         Switched.Set(); // an answer may take long
@@ -254,6 +271,7 @@ void CRawLog::StartLog() {
     FaultyOffered = UnstoredSaid = UnstoredSeen = 0;
     StallSaid = false;
     RaiseViewsUpdate();
+    TellBegun(path);
     Sync.Watch(Stage.OpenFile(), [this] { return Stage.Figures().fileSize; });
 }
 
@@ -330,17 +348,21 @@ void CRawLog::CompleteEnd() {
     }
     if (!ending)
         return;
+    const SetAtEnd done{EndDone};
     Sync.Finish();
+    std::optional<FinishedFile> finished;
     if (ending->hasFile) {
         Stage.Drain();
         ProtectLogFile(ending->path);
+        finished = FinishFile(ending->path);
     }
     Stage.Close();
     {
         CRecursiveLock lock(Session.DocLock);
+        if (finished)
+            OnFileEnded(*finished);
         AfterEnd(*ending);
     }
-    EndDone.Set();
 }
 
 void CRawLog::AfterEnd(const EndingLog& ending) {

@@ -7,6 +7,7 @@
 #pragma once
 
 #include "session/DiskSync.h"
+#include "session/LogManifest.h"
 #include "session/LogStage.h"
 #include "session/RoundTimes.h"
 #include "session/SessionState.h"
@@ -40,10 +41,24 @@ struct LogStatus {
     std::string logFileDisplayName;
 };
 
+/// A log's file that was closed as it should be.
+struct FinishedFile {
+    std::string path;
+    std::uint64_t size = 0;
+    std::string sha256; ///< of what was written
+    std::vector<ClockStep> steps;
+    std::uint64_t framesUnstored = 0;
+};
+
 class CRawLog {
   public:
     /// Messages for the session log go to `messages`.
     CRawLog(SessionState& session, CMessageSink& messages);
+
+    /// Told of each file that is begun and of each that has ended, under the document's lock; set
+    /// before anything runs, or not.
+    std::function<void(const std::string& path)> OnFileBegun;
+    std::function<void(const FinishedFile&)> OnFileEnded;
 
     /// Replaces the naming settings; what was built and accepted before counts no more. What is
     /// wrong with them, or nothing; then nothing has changed.
@@ -113,6 +128,10 @@ class CRawLog {
     void WaitForDisk() { Stage.Drain(); }
     /// The disk is slow from now on, for practice; see CLogStage.
     void SetDiskDelay(int milliseconds) { Stage.SetDelay(milliseconds); }
+    /// Files that no log replaces, whatever consent there is: those that the run reads.
+    void SetInputs(std::vector<std::string> files);
+    /// The files are hashed as they are written; before a log begins.
+    void SetHashing(bool on) { Stage.SetHashing(on); }
     /// Bytes that may wait for the disk; before a log begins.
     void SetWaitingCapacity(std::size_t bytes) { Stage.SetCapacity(bytes); }
 
@@ -137,6 +156,8 @@ class CRawLog {
     bool Begin(StartedBy starter);
     void SayNotBegun(const char* why) REQUIRES(Session.DocLock);
     bool MayReplace(const std::string& path);
+    /// Whether consent to replace files covers this one.
+    bool HasConsent(const std::string& path) const REQUIRES(Session.DocLock);
     bool ClaimStart(StartedBy starter);
     void FinishEarlierLogs();
     bool ConfirmOverride();
@@ -174,6 +195,10 @@ class CRawLog {
     void NoteUnstored() REQUIRES(Session.DocLock);
     void SayUnstored(std::uint64_t unstored) REQUIRES(Session.DocLock);
     void NoteClockStep() REQUIRES(Session.DocLock);
+    void NoteStep(const FrameTime& now, std::int64_t milliseconds, bool ofZone)
+        REQUIRES(Session.DocLock);
+    void TellBegun(const std::string& path) REQUIRES(Session.DocLock);
+    std::optional<FinishedFile> FinishFile(const std::string& path);
     std::uint32_t SlotOf(CQorViewIns& instrument) REQUIRES(Session.DocLock);
 
     SessionState& Session;
@@ -202,6 +227,7 @@ class CRawLog {
     bool ViewsUpdate GUARDED_BY(Session.DocLock) = false;
     /// Logs of this run: consent to replace never covers them.
     std::set<std::string> PathsOfRun GUARDED_BY(Session.DocLock);
+    std::vector<std::string> Inputs GUARDED_BY(Session.DocLock);
 
     // Durations run on the monotonic clock, in milliseconds.
     std::int64_t StartMonotonic GUARDED_BY(Session.DocLock) = 0;
@@ -212,6 +238,8 @@ class CRawLog {
     /// Wall clock minus monotonic clock at the last tick; not known before the first.
     std::int64_t ClockDifference GUARDED_BY(Session.DocLock) = 0;
     bool ClockKnown GUARDED_BY(Session.DocLock) = false;
+    std::int16_t ZoneMinutes GUARDED_BY(Session.DocLock) = 0; ///< at the last tick
+    std::vector<ClockStep> Steps GUARDED_BY(Session.DocLock); ///< while this file was written
     bool StallSaid GUARDED_BY(Session.DocLock) = false;
     std::uint64_t WrittenBefore GUARDED_BY(Session.DocLock) = 0;  ///< the run, by the stage
     std::uint64_t UnstoredBefore GUARDED_BY(Session.DocLock) = 0; ///< the same

@@ -122,7 +122,7 @@ FileCause CRawLog::CreateLogFile(const std::string& path, const LogRecords& head
 bool CRawLog::ReplacesOwnSecond(StartedBy starter, const std::string& path) const {
     CRecursiveLock lock(Session.DocLock);
     return starter == StartedBy::Operator &&
-           (!Session.NoDialogs || Session.Options.overwriteExisting) && !PathsOfRun.contains(path);
+           (!Session.NoDialogs || Session.Options.overwriteExisting) && HasConsent(path);
 }
 
 FileCause CRawLog::CreateTimeStampLog(StartedBy starter, const LogRecords& header, bool& inHeader) {
@@ -209,17 +209,23 @@ void CRawLog::TendFile() {
         if (hasFile && Session.Clock.MonotonicMilliseconds() - FileBegun < RetryMilliseconds)
             skipped = FileFolder;
     }
+    struct Done { // also when there is no memory to go on with: somebody waits
+        CRawLog& log;
+        ~Done() {
+            CRecursiveLock lock(log.Session.DocLock);
+            log.Rescuing = false;
+            log.EndDone.Set();
+        }
+    } const done{*this};
     if (hasFile)
         GiveFileUp();
     const bool begun = BeginAnotherFile(skipped);
     {
         CRecursiveLock lock(Session.DocLock);
-        Rescuing = false;
         State.recovering = State.runFailed = !begun;
         NextTry = Session.Clock.MonotonicMilliseconds() + RetryMilliseconds;
         RaiseViewsUpdate();
     }
-    EndDone.Set();
 }
 
 void CRawLog::GiveFileUp() {
@@ -238,7 +244,29 @@ void CRawLog::GiveFileUp() {
                        trouble == FileTrouble::Truncated;
     if (there)
         ProtectLogFile(path);
+    if (const auto finished = there ? FinishFile(path) : std::nullopt) {
+        CRecursiveLock lock(Session.DocLock);
+        OnFileEnded(*finished);
+    }
     Messages.Raise({EventKind::LogEnded, path, "End log file: \"" + path + "\".\r\n"});
+}
+
+/// What is known of a file to which nothing is written any more; nothing when nobody asks, or when
+/// it may end in a part of a record.
+std::optional<FinishedFile> CRawLog::FinishFile(const std::string& path) {
+    FinishedFile file{path, Stage.Figures().fileSize, Stage.Sha256(), {}, 0};
+    if (!OnFileEnded || file.sha256.empty())
+        return {};
+    CRecursiveLock lock(Session.DocLock);
+    file.steps = Steps;
+    file.framesUnstored = Stage.Figures().framesUnstored;
+    return file;
+}
+
+void CRawLog::TellBegun(const std::string& path) {
+    Steps.clear();
+    if (OnFileBegun)
+        OnFileBegun(path);
 }
 
 void CRawLog::SayFileLost(FileTrouble trouble, const std::string& path) {
@@ -296,6 +324,7 @@ void CRawLog::NoteOtherFile(const std::string& folder, const std::string& path) 
                                                        .c_str());
         State.logFilePath = path;
         PathsOfRun.insert(path);
+        TellBegun(path);
         Messages.Raise(
             {EventKind::LogGoesOn, path, "Begin log file: \"" + path + "\".\r\n\t" + gap + "\r\n"});
     }

@@ -18,6 +18,8 @@ namespace {
 constexpr std::int64_t NotedClockStep = 50;
 /// Reading the two clocks further apart than this says nothing about a step.
 constexpr std::int64_t ReadingSpan = 10;
+/// Steps of one log that are kept.
+constexpr std::size_t MostSteps = 1000;
 /// A write that takes longer than this is worth saying, in milliseconds.
 constexpr std::int64_t NotedStall = 2000;
 
@@ -136,15 +138,24 @@ void CRawLog::SayUnstored(std::uint64_t unstored) {
     UnstoredSaid = unstored;
 }
 
+void CRawLog::NoteStep(const FrameTime& now, std::int64_t milliseconds, bool ofZone) {
+    if (State.logOpen && Steps.size() < MostSteps)
+        Steps.push_back({now, milliseconds, ofZone});
+}
+
 void CRawLog::NoteClockStep() {
     const std::int64_t before = Session.Clock.MonotonicMilliseconds();
     const FrameTime wall = Session.Clock.Now();
     if (Session.Clock.MonotonicMilliseconds() - before > ReadingSpan)
         return;
+    const std::int16_t zone = std::exchange(ZoneMinutes, wall.utcOffsetMinutes);
+    if (ClockKnown && zone != ZoneMinutes)
+        NoteStep(wall, (ZoneMinutes - zone) * std::int64_t{60'000}, true);
     const std::int64_t difference = wall.seconds * 1000 + wall.milliseconds - before;
     const std::int64_t step = difference - std::exchange(ClockDifference, difference);
     if (!std::exchange(ClockKnown, true) || (step > -NotedClockStep && step < NotedClockStep))
         return;
+    NoteStep(wall, step, false);
     const std::int64_t size = step < 0 ? -step : step;
     Messages.Raise({EventKind::ClockStepped,
                     {},

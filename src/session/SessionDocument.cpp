@@ -125,6 +125,7 @@ SessionRecord CSessionDocument::Record() const {
 void CSessionDocument::NoteSaved(const std::string& path) {
     FilePath = path;
     SavedBytes = WriteSession(Record(), FilePath).bytes;
+    Doc.Manifests.NoteSession(path);
     Doc.NoteChange();
 }
 

@@ -126,15 +126,41 @@ void CSessionLog::OpenSessionLog() {
     // Kept: in an unchanged directory the file stays open, also when it has been switched off.
     if (const std::string open = FilePath(); !open.empty() && DirectoryPart(open) == directory)
         return;
-    WaitForDisk();
-    File.Close();
+    CloseFile();
     const std::string forUser = enabled ? OpenFirstFree(directory) : "";
     {
         CLock lock(WriterLock);
         OpenPath = File.IsOpen() ? File.Path() : "";
+        Holding = false;
+        HandOver(std::exchange(Held, {}));
     }
+    Changed.NotifyAll();
     if (!forUser.empty())
         Session.User.ShowMessage(forUser);
+}
+
+void CSessionLog::HoldBack() {
+    if (!WaitsForOperator)
+        return OpenSessionLog();
+    CloseFile();
+    CLock lock(WriterLock);
+    OpenPath.clear();
+    Held.clear();
+    Holding = true;
+}
+
+void CSessionLog::OpenHeld() {
+    {
+        CLock lock(WriterLock);
+        if (!Holding)
+            return;
+    }
+    OpenSessionLog();
+}
+
+void CSessionLog::CloseFile() {
+    WaitForDisk();
+    File.Close();
 }
 
 std::string CSessionLog::OpenFirstFree(const std::string& directory) {
@@ -169,16 +195,24 @@ void CSessionLog::AddSessionLogEntry(const std::string& message) {
     }
     {
         CLock lock(WriterLock);
-        if (OpenPath.empty() || Pending.size() > MostPending)
-            return;
-        if (!Started)
-            Started = Writer.Start(ThreadPriority::Normal, [this] { Run(); });
-        Pending += entry;
-        // Decided: beyond what a stalled disk may hold up, entries stand in the window alone.
-        if (Pending.size() > MostPending)
-            Pending += "... entries are missing here: the disk has taken nothing for long.\r\n";
+        if (!Holding)
+            HandOver(entry);
+        else if (Held.size() <= MostPending)
+            Held += entry;
     }
     Changed.NotifyAll();
+}
+
+/// To the writer, where there is a file.
+void CSessionLog::HandOver(std::string_view entries) {
+    if (entries.empty() || OpenPath.empty() || Pending.size() > MostPending)
+        return;
+    if (!Started)
+        Started = Writer.Start(ThreadPriority::Normal, [this] { Run(); });
+    Pending += entries;
+    // Decided: beyond what a stalled disk may hold up, entries stand in the window alone.
+    if (Pending.size() > MostPending)
+        Pending += "... entries are missing here: the disk has taken nothing for long.\r\n";
 }
 
 void CSessionLog::Run() {

@@ -35,8 +35,14 @@ class CSessionLog {
     bool SessionLogEnabled() const;
     std::string SessionLogDirectory() const;
 
-    /// (Re)opens the file: at the start of every session and after a change of the settings.
+    /// (Re)opens the file: at the start of every session and after a change of the settings. What
+    /// was held back comes first.
     void OpenSessionLog();
+    /// A session begins from a file that anybody may have made: where WaitsForOperator is set,
+    /// nothing is written where it says until OpenHeld, and entries wait in memory.
+    void HoldBack();
+    /// The operator begins to acquire: the file of a session that is held back is opened.
+    void OpenHeld();
     /// Stamps and stores one message and hands it to the writer.
     void AddSessionLogEntry(const std::string& message);
     /// Waits until the file has every entry so far, or has failed. Without the document's lock.
@@ -54,11 +60,15 @@ class CSessionLog {
     bool KeepText = true;
     /// Off for a caller that looks at sessions and runs none: no file, whatever the settings say.
     bool KeepFile = true;
+    /// Sessions are opened to be looked at first.
+    bool WaitsForOperator = false;
 
   private:
     /// Tries the names in turn; returns the text to show to the user, empty when a file is open.
     std::string OpenFirstFree(const std::string& directory);
+    void CloseFile();
     void Run();
+    void HandOver(std::string_view entries) REQUIRES(WriterLock);
 
     SessionState& Session;
     CFile File; ///< of the thread that opens it while nothing waits, then of the writer
@@ -66,6 +76,8 @@ class CSessionLog {
     CCondition Changed;
     std::string Pending GUARDED_BY(WriterLock);
     std::string OpenPath GUARDED_BY(WriterLock); ///< empty: no file is open
+    bool Holding GUARDED_BY(WriterLock) = false;
+    std::string Held GUARDED_BY(WriterLock);
     bool Busy GUARDED_BY(WriterLock) = false;
     bool Stopping GUARDED_BY(WriterLock) = false;
     bool Started GUARDED_BY(WriterLock) = false;

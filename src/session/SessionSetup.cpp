@@ -186,11 +186,16 @@ namespace {
 /// Why a raw log would not give the frames of two instruments back, the first of them by its name.
 std::string TangleText(ReplayConflict conflict, const std::string& other) {
     switch (conflict) {
-    case ReplayConflict::None:
-        break;
     case ReplayConflict::NoTag:
         return "its frames carry no sync header, and in the gps role no time tag ends them; they "
                "cannot be told apart when the log is played. Give the role to another instrument.";
+    case ReplayConflict::LogRecord:
+        return "its frames begin like the log's own records, and are taken for those when the log "
+               "is played. Keep its bytes with --capture.";
+    case ReplayConflict::SharedStart:
+        return "its sync header and that of " + other +
+               " begin alike; when the log is played, frames of the one may be taken for those of "
+               "the other. Log it in a run of its own.";
     case ReplayConflict::SameHeader:
         return "its frames begin as those of " + other +
                " do; they cannot be told apart when the log is played. Log it in a run of its own.";
@@ -207,11 +212,10 @@ std::string TangleText(ReplayConflict conflict, const std::string& other) {
 void CSessionSetup::JudgeReplay() {
     CRecursiveLock lock(Doc.DocLock);
     const std::vector<LoggedInstrument> logged = Doc.LoggedInstruments();
-    const ReplayVerdict verdict = CheckReplay(logged);
     const auto shown = [&](std::size_t which) REQUIRES(Doc.DocLock) {
         return Doc.Find(Doc.FindInstrument(logged[which].request.instrumentName))->ShownName();
     };
-    if (verdict.conflict != ReplayConflict::None)
+    for (const ReplayVerdict& verdict : CheckReplay(logged))
         Tangled.push_back({Refusal::Kind::Definition, shown(verdict.second),
                            TangleText(verdict.conflict, shown(verdict.first))});
 }

@@ -6,6 +6,7 @@
 #include "instrument/Instrument.h"
 #include "instrument/SpecialType.h"
 #include "telemetry/FrameData.h"
+#include "telemetry/RawLogFormat.h"
 
 namespace qor {
 
@@ -52,25 +53,52 @@ FrameRule RuleOf(const AttachRequest& request) {
     return request.terminator.empty() ? FrameRule::Header : FrameRule::Lines;
 }
 
-ReplayVerdict CheckReplay(std::span<const LoggedInstrument> instruments) {
-    auto needsTag = [](const LoggedInstrument& instrument) {
-        FrameRule rule = RuleOf(instrument.request);
-        return rule == FrameRule::Packets || rule == FrameRule::Lines;
-    };
-    for (std::size_t i = 0; i < instruments.size(); ++i) {
-        const AttachRequest& second = instruments[i].request;
-        if (needsTag(instruments[i]) && !instruments[i].tagged)
-            return {ReplayConflict::NoTag, i, i};
-        for (std::size_t j = 0; j < i; ++j) {
-            const AttachRequest& first = instruments[j].request;
-            if (first.syncHeader == second.syncHeader)
-                return {ReplayConflict::SameHeader, j, i};
-            if (needsTag(instruments[i]) && RuleOf(first) == RuleOf(second) &&
-                first.terminator == second.terminator && first.syncBytes == second.syncBytes)
-                return {ReplayConflict::SameFrames, j, i};
-        }
-    }
+namespace {
+
+bool NeedsTag(const AttachRequest& request) {
+    const FrameRule rule = RuleOf(request);
+    return rule == FrameRule::Packets || rule == FrameRule::Lines;
+}
+
+std::optional<ReplayConflict> ConflictOf(const LoggedInstrument& one) {
+    if (NeedsTag(one.request))
+        return one.tagged ? std::nullopt : std::optional(ReplayConflict::NoTag);
+    for (const std::string_view record : {HeaderRecordStart, TimeStampStart})
+        if (one.request.syncHeader.starts_with(record.substr(0, record.size() - 1)))
+            return ReplayConflict::LogRecord;
     return {};
+}
+
+std::optional<ReplayConflict> ConflictBetween(const AttachRequest& first,
+                                              const AttachRequest& second) {
+    if (first.syncHeader == second.syncHeader)
+        return ReplayConflict::SameHeader;
+    const FrameRule rule = RuleOf(first);
+    if (rule == RuleOf(second) &&
+        ((rule == FrameRule::Lines && first.terminator == second.terminator) ||
+         (rule == FrameRule::Packets && first.syncBytes == second.syncBytes)))
+        return ReplayConflict::SameFrames;
+    const bool haveHeaders = !NeedsTag(first) && !NeedsTag(second) && !first.syncHeader.empty() &&
+                             !second.syncHeader.empty();
+    if (haveHeaders && (first.syncHeader.starts_with(second.syncHeader) ||
+                        second.syncHeader.starts_with(first.syncHeader)))
+        return ReplayConflict::SharedStart;
+    return {};
+}
+
+} // namespace
+
+std::vector<ReplayVerdict> CheckReplay(std::span<const LoggedInstrument> instruments) {
+    std::vector<ReplayVerdict> verdicts;
+    for (std::size_t i = 0; i < instruments.size(); ++i) {
+        if (const auto conflict = ConflictOf(instruments[i]))
+            verdicts.push_back({*conflict, i, i});
+        for (std::size_t j = 0; j < i; ++j)
+            if (const auto conflict =
+                    ConflictBetween(instruments[j].request, instruments[i].request))
+                verdicts.push_back({*conflict, j, i});
+    }
+    return verdicts;
 }
 
 } // namespace qor

@@ -47,17 +47,20 @@ struct LoggedInstrument {
 
 /// Why the frames of a raw log could not be told apart again when it is played.
 enum class ReplayConflict {
-    None,
-    NoTag,      ///< the first one has no sync header, and no time tag says where its frames end
-    SameHeader, ///< the two have the same sync header, or none both
-    SameFrames, ///< the two have no sync header, and frames of one kind
+    NoTag,       ///< the second one has no sync header, and no time tag says where its frames end
+    LogRecord,   ///< the frames of the second one begin like a record of the log's own
+    SameHeader,  ///< the two have the same sync header, or none both
+    SameFrames,  ///< the two have no sync header, and frames of one kind
+    SharedStart, ///< the sync header of one begins with that of the other: on a port what came
+                 ///< before a frame helps to tell whose it is, and a log does not hold it
 };
 struct ReplayVerdict {
-    ReplayConflict conflict = ReplayConflict::None;
-    std::size_t first = 0, second = 0; ///< positions of the instruments in question
+    ReplayConflict conflict;
+    std::size_t first, second; ///< positions of the instruments in question; may be one
 };
 
-/// Whether a log of all these instruments, whatever ports they are on, can be taken apart again.
-ReplayVerdict CheckReplay(std::span<const LoggedInstrument> instruments);
+/// What keeps a log of all these instruments, whatever ports they are on, from being taken apart
+/// again; empty when nothing does. At most one verdict for two instruments.
+std::vector<ReplayVerdict> CheckReplay(std::span<const LoggedInstrument> instruments);
 
 } // namespace qor

@@ -231,6 +231,9 @@ std::optional<CFrameSync::Step> CFrameSync::SkipRecord() {
     if (TakesNearTimes && *length != 0)
         if (const auto time = ParseTimeStamp(AsText(Queue.Bytes().first(*length))))
             NearTimes.Time(*time, Queue.Offset(), *length, Queued);
+    if (Discarded != nullptr && *length != 0)
+        Discarded->CountRecord({Queue.Offset(), *length},
+                               Queue.Bytes()[0] == static_cast<std::uint8_t>(HeaderRecordStart[0]));
     Queue.Consume(*length);
     return *length != 0 ? std::optional(Step::Again) : std::nullopt;
 }
@@ -312,6 +315,8 @@ bool CFrameSync::ExtractFrame() {
     if (!TimeFrame(instrument, length, time, tagSize))
         return false;
     QueueFrame(instrument, length, time);
+    if (Discarded != nullptr)
+        Discarded->Count(length, tagSize);
     Queue.Consume(length + tagSize);
     AtBoundary = true;
     LastCut = *Found;

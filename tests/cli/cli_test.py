@@ -11,6 +11,7 @@ import json
 import math
 import os
 import pathlib
+import pty
 import resource
 import select
 import signal
@@ -148,7 +149,7 @@ class Calls(Folder):
         self.assertEqual((whole.returncode, whole.stderr), (0, b""))
 
     def test_help_fits_a_terminal_of_80_columns(self):
-        for command in ("", "check", "decode", "compare", "log", "simulate", "info", "page", "session"):
+        for command in ("", "check", "decode", "compare", "log", "simulate", "info", "verify", "diff", "page", "session"):
             lines = run(*([command] if command else []), "--help").stdout.splitlines()
             self.assertGreater(len(lines), 10, command)
             self.assertEqual([line for line in lines if len(line) > 80], [], command)
@@ -277,6 +278,65 @@ class Playback(Folder):
         self.assertEqual(run("check", "-", input=pathlib.Path(PROFILER).read_bytes()).returncode, 0)
         facts = json.loads(run("info", "--json", "-d", PROFILER, "-", stdin=file).stdout)
         self.assertEqual(facts["instruments"][0]["frames"], 20)
+
+    def test_logs_apart_give_what_each_gives_alone(self):
+        (self.folder / "more").mkdir()
+        raw = self.simulated("--raw-log", "-d", PROFILER, "-d", GPS, "--frames", "300")
+        logs = [self.folder / name for name in ("a.raw", "more/A.raw", "c.x.raw.gz", "d.raw")]
+        for number, log in enumerate(logs):
+            content = raw.read_bytes()[:-1000 * number]
+            log.write_bytes(gzip.compress(content) if log.suffix == ".gz" else content)
+        stems, paths = ("a", "A_2", "c.x", "d"), [str(log) for log in logs]
+        formats = {"csv": ("-d", PROFILER, "--format", "csv"), "jsonl": ("-d", PROFILER, "-d", GPS, "--format", "jsonl"),
+                   "txt": ("-d", PROFILER, "--format", "summary")}
+        for extension, call in formats.items():
+            out = self.folder / extension
+            done = run("decode", "-j", "3", *call, "-o", str(out), *paths)
+            alone = [run("decode", *call, path) for path in paths]
+            self.assertEqual(done.returncode, max(one.returncode for one in alone), done.stderr)
+            self.assertEqual(sorted(done.stderr.splitlines()), sorted(b"".join(one.stderr for one in alone).splitlines()))
+            self.assertEqual({path.name: path.read_bytes() for path in out.iterdir()},
+                             {f"{stem}.{extension}": one.stdout for stem, one in zip(stems, alone)})
+        both = self.folder / "both"
+        self.assertEqual(run("decode", "-j", "2", "-d", PROFILER, "-d", GPS, "-o", str(both), paths[0]).returncode, 0)
+        self.assertEqual(sorted(path.name for path in both.iterdir()), ["a.QORPRO042.csv", "a._GPRMC.csv"])
+
+    def test_what_fails_of_logs_apart_is_that_log_alone(self):
+        raw, out = str(self.simulated("--raw-log", "-d", PROFILER, "--frames", "30")), self.folder / "out"
+        missing = str(self.folder / "missing.raw")
+        for call, status, made in ((("-o", str(out), raw, missing), 1, ["simulated.csv"]),
+                                   (("-o", str(out), raw), 2, ["simulated.csv"]),  # it is there
+                                   (("-o", raw, raw), 2, ["simulated.csv"]), ((raw,), 2, ["simulated.csv"]),
+                                   (("--format", "none", raw, raw), 0, ["simulated.csv"]),
+                                   (("-o", str(self.folder / "none"), missing), 1, ["simulated.csv"])):
+            done = run("decode", "-j", "2", "-d", PROFILER, *call)
+            self.assertEqual((done.returncode, done.stdout), (status, b""), done.stderr)
+            self.assertEqual([path.name for path in out.iterdir()], made)
+            self.assertEqual(len(done.stderr.splitlines()), 1 if status else 0, done.stderr)
+        self.assertFalse((self.folder / "none").exists())
+
+    def test_from_and_to_choose_frames_by_the_times_that_are_shown(self):
+        capture = self.simulated("-d", GPS, "--frames", "5").rename(self.folder / "gps.bin")
+        raw = self.simulated("-d", PROFILER, "--raw-log", "--frames", "80", "--rate", "8", "--start",
+                             "2026-06-21T23:59:56")
+        all_frames = decoded("-d", PROFILER, str(raw))
+        cases = [((), None, None), (("--from=2026-06-21T23:59:58",), "2026-06-21T23:59:58", None),
+                 (("--from=2026-06-21T23:59:58", "--to=2026-06-22T00:00:03"), "2026-06-21T23:59:58",
+                  "2026-06-22T00:00:03"), (("--to=2026-06-22T00:00:00",), None, "2026-06-22T00:00:00"),
+                 (("--utc-offset=+01:00", "--to=2026-06-21T23:00:00"), None, "2026-06-22T00:00:00")]
+        for options, start, end in cases:
+            expected = [frame["frame"] for frame in all_frames
+                        if (not start or frame["time"] >= start) and (not end or frame["time"] < end)]
+            self.assertGreater(len(expected), 10)
+            self.assertEqual([frame["frame"] for frame in decoded("-d", PROFILER, *options, str(raw))], expected)
+        for log, options, status, text in (
+                (capture, ("-d", GPS, "--to=2100-01-01T00:00:00"), 0, b"no frame that was played"),
+                (raw, ("-d", PROFILER, "--from=2030-01-01T00:00:00"), 0, b"no frame that was played"),
+                (raw, ("-d", PROFILER, "--from=2030-01-01T00:00:00", "--to=2030-01-01T00:00:00"), 2, b"not before"),
+                (raw, ("-d", PROFILER, "--from=yesterday"), 2, b"give a time such as")):
+            done = run("decode", "--format", "jsonl", *options, str(log))
+            self.assertEqual((done.returncode, done.stdout), (status, b""), done.stderr)
+            self.assertIn(text, done.stderr)
 
     def test_times_are_utc_by_the_zone_of_each_log(self):
         raw = self.simulated("--raw-log", "-d", PROFILER, "--frames", "3", "--start", "2026-06-21T12:00:00")
@@ -619,9 +679,9 @@ class Acquisition(Folder):
             return data.splitlines(keepends=True)
         return [data[i:i + shape["frame_size"]] for i in range(0, len(data), shape["frame_size"])]
 
-    def start(self, *options, errors=subprocess.PIPE, **environment):
+    def start(self, *options, output=subprocess.PIPE, errors=subprocess.PIPE, **environment):
         process = subprocess.Popen([CLI, "log", "-o", str(self.folder), "--name", "run.raw", *options],
-                                   stdout=subprocess.PIPE, stderr=errors, env=os.environ | environment)
+                                   stdout=output, stderr=errors, env=os.environ | environment)
         self.processes.append(process)
         self.raw = self.folder / "run.raw"
         wait_for(lambda: self.session_log().count("connection successful") == options.count("--port")
@@ -755,13 +815,14 @@ class Acquisition(Folder):
         self.assertEqual(len(decoded("-d", PROFILER, str(kept))), 18000)
 
     def test_values_are_printed_as_decode_prints_them_and_no_reader_harms_the_log(self):
-        line = Line()
+        line, screen = Line(), pty.openpty()
         frames = self.frames_of(PROFILER, 8000)  # more lines than may wait
-        for reader in ("takes", "goes", "stalls"):
-            process = self.start("--overwrite", "--port", line.name, "-d", PROFILER, "--print", "jsonl")
+        for reader in ("takes", "goes", "stalls", "stalls, a terminal"):
+            process = self.start("--overwrite", "--port", line.name, "-d", PROFILER, "--print", "jsonl",
+                                 output=screen[1] if "terminal" in reader else subprocess.PIPE)
             sent = frames[:200] if reader == "takes" else frames
             line.send(b"".join(sent[:100]))
-            lines = [process.stdout.readline()] if reader != "stalls" else []
+            lines = [process.stdout.readline()] if reader in ("takes", "goes") else []
             if reader == "goes":
                 process.stdout.close()
             line.send(b"".join(sent[100:]))
@@ -772,7 +833,7 @@ class Acquisition(Folder):
             self.assertEqual(process.wait(30), 0, errors)
             self.assertIn("QORPRO042 on", errors)
             self.assertEqual("nobody reads standard output any more" in errors, reader == "goes", errors)
-            self.assertEqual("frames were not printed" in errors, reader == "stalls", errors)
+            self.assertEqual("frames were not printed" in errors, reader.startswith("stalls"), errors)
             if reader == "takes":
                 raw = run("decode", "-d", PROFILER, "--format", "jsonl", str(self.raw)).stdout
                 self.assertEqual(b"".join(lines), raw)

@@ -42,6 +42,14 @@ TEST_F(AFile, FullDiskIsTold) {
     EXPECT_EQ(File.Write(AsBytes("x")), FileCause::DiskFull);
 }
 
+TEST_F(AFile, WhatAnotherProgramCutStaysMissing) {
+    ASSERT_EQ(File.CreateExclusive(Folder + "log"), FileCause::None);
+    ASSERT_EQ(File.Write(AsBytes("0123456789")), FileCause::None);
+    ASSERT_EQ(::truncate((Folder + "log").c_str(), 4), 0);
+    ASSERT_EQ(File.Write(AsBytes("ab")), FileCause::None);
+    EXPECT_EQ(Temp.Content("log"), "0123ab");
+}
+
 TEST_F(AFile, FullPathIsAbsoluteAndKeepsLinks) {
     ASSERT_EQ(::symlink(Folder.c_str(), (Folder + "link").c_str()), 0);
     EXPECT_EQ(FullPathOf(Folder + "./a"), Folder + "a");

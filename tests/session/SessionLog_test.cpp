@@ -54,6 +54,21 @@ TEST_F(ASessionLog, KeepsTheTextAndWritesTheSameBytes) {
     EXPECT_EQ(Doc.SessionLog.SessionLogText(text.size()), "");
 }
 
+TEST_F(ASessionLog, OfASessionThatIsOnlyLookedAtMakesNoFileUntilAPortIsConnected) {
+    Doc.SessionLog.WaitsForOperator = true;
+    Doc.SessionLog.SetFile(true, Folder);
+    Doc.BeginSession("stranger.qor");
+    Doc.SessionLog.AddSessionLogEntry("first\r\n");
+    Doc.SessionLog.WaitForDisk();
+    EXPECT_FALSE(FileExists(Folder + "QorView.log"));
+    static_cast<void>(Doc.ConnectResource(ResourceId::None)); // there is none: it was tried
+    Doc.SessionLog.AddSessionLogEntry("second\r\n");
+    const std::string text = Doc.SessionLog.SessionLogText();
+    Close();
+    EXPECT_EQ(Content(Folder + "QorView.log"), text);
+    EXPECT_NE(text.find("first"), std::string::npos);
+}
+
 TEST_F(ASessionLog, NinthNameIsTheLastAndATenthUserIsTold) {
     std::vector<CFile> others(8);
     for (int i = 0; i < 8; ++i)

@@ -220,27 +220,36 @@ TEST(AttachRequest, ALogIsRefusedThatCouldNotBeTakenApart) {
     };
     const AttachRequest text = of("T", "T", ""), lines = of("L", "", "SEABIRD_19SCT"),
                         named = of("N", "N", "HEITRONICS_IRC"),
-                        packets = of("P", "P", "BSI", {1, 2}), same = of("S", "S", "BSI", {1, 2}),
-                        other = of("O", "O", "BSI", {1, 3}), sized = of("H", "H", "HOBILABS_HS2_D");
+                        packets = of("P", "P", "BSI", {1, 2}), other = of("O", "O", "BSI", {1, 3}),
+                        sized = of("H", "H", "HOBILABS_HS2_D");
+    AttachRequest same = of("S", "S", "BSI", {1, 2});
+    same.terminator.clear(); // says nothing of packets
     const struct {
         std::vector<LoggedInstrument> instruments;
-        ReplayConflict conflict;
-        std::size_t first = 0, second = 0;
+        std::vector<ReplayVerdict> verdicts;
     } rows[] = {
-        {{}, None},
-        {{{text}, {lines}, {packets}, {other}, {sized}}, None},
-        {{{text, false}, {sized, false}, {lines}}, None},
-        {{{text}, {lines, false}}, NoTag, 1, 1},
-        {{{packets, false}}, NoTag},
-        {{{lines}, {text}, {of("L2", "", "")}}, SameHeader, 0, 2},
-        {{{text}, {lines}, {named}}, SameFrames, 1, 2},
-        {{{packets}, {other}, {same}}, SameFrames, 0, 2},
+        {{}, {}},
+        {{{text}, {lines}, {packets}, {other}, {sized}}, {}},
+        {{{text, false}, {sized, false}, {lines}}, {}},
+        {{{text}, {lines, false}}, {{NoTag, 1, 1}}},
+        {{{packets, false}}, {{NoTag, 0, 0}}},
+        {{{lines}, {text}, {of("L2", "", "")}}, {{SameHeader, 0, 2}}},
+        {{{text}, {lines}, {named}}, {{SameFrames, 1, 2}}},
+        {{{packets}, {other}, {same}}, {{SameFrames, 0, 2}}},
+        {{{text}, {of("T2", "T2", "")}, {of("XT", "XT", "")}}, {{SharedStart, 0, 1}}},
+        {{{of("H2", "H2", "")}, {sized}}, {{SharedStart, 0, 1}}},
+        {{{of("P2", "P2", "")}, {packets}}, {}}, // the packets have no header
+        {{{of("Z", "$PCZDA", "")}, {of("Q", "QORHDR X", "")}, {of("D", "$P", "")}},
+         {{LogRecord, 0, 0}, {LogRecord, 1, 1}, {SharedStart, 0, 2}}},
     };
     for (const auto& row : rows) {
-        ReplayVerdict verdict = CheckReplay(row.instruments);
-        EXPECT_EQ(verdict.conflict, row.conflict) << row.instruments.size();
-        EXPECT_EQ(verdict.first, row.first);
-        EXPECT_EQ(verdict.second, row.second);
+        const std::vector<ReplayVerdict> verdicts = CheckReplay(row.instruments);
+        ASSERT_EQ(verdicts.size(), row.verdicts.size());
+        for (std::size_t i = 0; i < verdicts.size(); ++i) {
+            EXPECT_EQ(verdicts[i].conflict, row.verdicts[i].conflict) << row.instruments.size();
+            EXPECT_EQ(verdicts[i].first, row.verdicts[i].first);
+            EXPECT_EQ(verdicts[i].second, row.verdicts[i].second);
+        }
     }
 }
 

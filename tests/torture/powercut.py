@@ -1,9 +1,11 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Cuts the power at every event of a log's life: from a trace of writes and synchronisations come the states in which the
 disk can be left, and each is decoded. What was synchronised is there; of what came after, each block of 512 bytes may
-be there or not, and the file may have any length in between. Nothing is decoded that was not sent, and nothing is
-missing that was sent longer before the cut than the limit.
+be there or not, and the file may have any length in between. Before every synchronisation all these states are
+enumerated, for a log grows at its end alone: those of an earlier cut are among them. In between some are drawn. Nothing
+is decoded that was not sent, and nothing is missing that was sent longer before the cut than the limit.
 Usage: powercut.py QORVIEW-CLI FAULTS-LIBRARY [--minutes M] [--limit SECONDS]"""
+import itertools
 import json
 import pathlib
 import random
@@ -16,10 +18,12 @@ from torture import Run, arguments, frame, play, records, wait_for, write_defini
 
 BLOCK = 512
 FILES_A_CALL = 100
+MOST_BLOCKS = 9  # not synchronised, all of whose states are enumerated
 decoded = []  # states, a call each
+enumerated = []  # files before a synchronisation: whether their states were enumerated
 
 
-def record_trace(seconds, dice):
+def record_trace(seconds, bursts, dice):
     """What happened to the logs of a run, and when each frame was sent."""
     run, times = Run(options.cli, options=("--name", "run.raw", "--every", "00:02"), LD_PRELOAD=options.library,
                      TRACE="{}/trace"), []
@@ -27,7 +31,7 @@ def record_trace(seconds, dice):
         wait_for(run.logs, "the log's begin")
         end = time.monotonic() + seconds
         while time.monotonic() < end:
-            for _ in range(dice.choice((1, 3, 15))):
+            for _ in range(dice.choice(bursts)):
                 times.append(time.monotonic())
                 run.lines[0].send(frame(len(times)))
             select.select([], [], [], dice.uniform(0, 0.05))
@@ -67,21 +71,47 @@ class File:
         if shape in ("gone", "nothing"):
             return durable
         length = len(self.now) if shape == "all" else dice.randint(len(durable), max(len(durable), len(self.now)))
-        state = bytearray(self.now[:length])
         if shape == "torn":
-            return state[:max(len(durable), length // BLOCK * BLOCK)]
-        for at in range(len(durable) // BLOCK * BLOCK, length, BLOCK):
-            if shape == "blocks" and dice.random() < 0.5:
-                old = durable[at:at + BLOCK]
-                state[at:at + BLOCK] = old + bytes(min(BLOCK, length - at) - len(old))
+            return self.now[:max(len(durable), length // BLOCK * BLOCK)]
+        return self.without([at for at in self.unsure(length) if shape == "blocks" and dice.random() < 0.5], length)
+
+    def unsure(self, length):
+        """Where the blocks begin that may not be on the disk."""
+        return range(len(self.durable or b"") // BLOCK * BLOCK, length, BLOCK)
+
+    def without(self, lost, length):
+        """The file of this length when these blocks never came to the disk."""
+        state = bytearray(self.now[:length])
+        for at in lost:
+            old = (self.durable or b"")[at:at + BLOCK]
+            state[at:at + BLOCK] = old + bytes(min(BLOCK, length - at) - len(old))
         return state
+
+    def all_after_cut(self, dice):
+        """Every state of the disk, of the lengths within a block one; empty when there are too many."""
+        least = len(self.durable or b"")
+        if len(self.unsure(len(self.now))) > MOST_BLOCKS:
+            return
+        for at in self.unsure(len(self.now)):
+            end = min(at + BLOCK, len(self.now))
+            for length in {end, dice.randint(max(at, least), end)} - {least}:
+                unsure = self.unsure(length)
+                for count in range(len(unsure) + 1):
+                    for lost in itertools.combinations(unsure, count):
+                        yield self.without(lost, length)
 
 
 def play_one(seed):
     dice = random.Random(seed)
-    times, trace = record_trace(dice.uniform(3, 5), dice)
+    sparse = options.minutes and dice.random() < 0.5  # so few frames that all states can be enumerated
+    times, trace = record_trace(dice.uniform(3, 5), (1, 2) if sparse else (1, 3, 15), dice)
     files, states = {}, []
     for moment, what, name, place, data in trace:
+        if sparse and what == "sync" and name in files:
+            durable = {known: file.durable for known, file in files.items() if file.durable is not None}
+            before = len(states)
+            states += [(moment, what, {**durable, name: state}) for state in files[name].all_after_cut(dice)]
+            enumerated.append(len(states) > before or len(files[name].now) == len(files[name].durable or b""))
         for _ in range(3):
             states.append((moment, what, {known: state for known, file in files.items()
                                           if (state := file.after_cut(dice)) is not None}))
@@ -133,4 +163,5 @@ options = arguments(__doc__, "library")
 limit = options.limit or (1.2 if options.minutes else 2.5)
 first = int(time.time())
 play("power cuts", [options.seed] if options.seed is not None else range(first, first + (
-    int(options.minutes * 60) if options.minutes else 2)), play_one, options, 60, lambda: f", {sum(decoded)} states")
+    int(options.minutes * 60) if options.minutes else 2)), play_one, options, 60, lambda: f", {sum(decoded)} states, all of "
+                                       f"{sum(enumerated)} of {len(enumerated)} synchronisations of few frames")

@@ -21,7 +21,9 @@ CEngine::CEngine(CProfileStore& profile, QObject* parent)
     : QObject(parent), Document(
                            Clock, [this] { return MakePort(); }, Asker, profile),
       FrameRates(Document), Loop(Document) {
+    Document.MakeManifests();
     Document.Instruments.DefaultsPath = InstrumentDefaultsPath();
+    Document.SessionLog.WaitsForOperator = true;
     Document.Acquisition.OnEvent = [this](const Event& event) { Note(event); };
     Document.OnChange = [this] {
         QMetaObject::invokeMethod(this, &CEngine::Changed, Qt::QueuedConnection);
