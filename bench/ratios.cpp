@@ -94,7 +94,35 @@ void Replay(const Setting& setting, const CInstrument& radiometer, double copySp
     });
     PrintRow("CSV export (values/s)", values / seconds, "values/s",
              static_cast<double>(sample.size()) / conversion, "to_chars on one core", 16.0 / 26.0);
+    const auto toFile = [&](const char* name) {
+        const std::string file = setting.Scratch(name);
+        const std::string call = decode + " --quiet --overwrite -o " + file + " " + log;
+        const double taken = MedianSeconds([&] { RunShell(call); });
+        std::filesystem::remove(file);
+        return values / taken;
+    };
+    const double rows = toFile("replay.csv");
+    PrintRow("netCDF export (values/s)", toFile("replay.nc"), "values/s", rows, "CSV into a file",
+             0.5);
     std::filesystem::remove(log);
+}
+
+/// Each twice through the same log; verify once hashes it beside, for a manifest.
+void Verify(const Setting& setting, const CInstrument& radiometer) {
+    const std::string log = setting.Scratch("verify.raw");
+    const std::uint64_t size =
+        WriteRepeated(log, HeaderBlock(), MakeRecords(radiometer, 256 * 40, true), 300'000'000);
+    const std::string call = " -d " + setting.Definition("radiometer.cal") + " " + log;
+    const auto speed = [&](const std::string& command) {
+        const std::string quiet = setting.cli + command + call + " > /dev/null 2>&1";
+        return static_cast<double>(size) / MedianSeconds([&] { RunShell(quiet); });
+    };
+    const double info = speed(" info");
+    PrintRow("verify (bytes/s)", speed(" verify"), "B/s", info, "info", 1.0);
+    RunShell(setting.cli + " verify --repair" + call + " > /dev/null 2>&1");
+    PrintRow("verify with a manifest (bytes/s)", speed(" verify"), "B/s", info, "info", 1.0);
+    std::filesystem::remove(log);
+    std::filesystem::remove(log + ".json");
 }
 
 /// A NMEA decoder as one writes it in C: copy the sentence, check its sum, split it, convert.
@@ -267,6 +295,7 @@ int Run(const Setting& setting) {
     double copySpeed = MemoryCopySpeed();
     std::printf("M, a large memory copy: %.2f GB/s\n\n", copySpeed / 1e9);
     Replay(setting, radiometer, copySpeed);
+    Verify(setting, radiometer);
     TextFrames(setting, gps);
     Growth();
     RawLogWriting(setting, radiometer);

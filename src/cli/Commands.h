@@ -7,6 +7,7 @@
 #include "platform/Console.h"
 
 #include <functional>
+#include <string>
 
 namespace CLI {
 class App;
@@ -21,6 +22,7 @@ enum : int { ExitWell = 0, ExitFault = 1, ExitBadCall = 2, ExitInterrupted = 130
 struct CommandContext {
     CEvent stopEvent;
     CStopWatch stop{stopEvent};
+    std::string call;          ///< the command line, for results that keep it
     bool quiet = false;        ///< no progress
     std::function<int()> body; ///< set by the parser for the chosen command; gives the exit status
 };
@@ -31,6 +33,8 @@ void AddCompareCommand(CLI::App& app, CommandContext& context);
 void AddLogCommand(CLI::App& app, CommandContext& context);
 void AddSimulateCommand(CLI::App& app, CommandContext& context);
 void AddInfoCommand(CLI::App& app, CommandContext& context);
+void AddVerifyCommand(CLI::App& app, CommandContext& context);
+void AddDiffCommand(CLI::App& app, CommandContext& context);
 void AddPageCommand(CLI::App& app, CommandContext& context);
 void AddSessionCommand(CLI::App& app, CommandContext& context);
 

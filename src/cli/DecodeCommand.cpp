@@ -3,18 +3,27 @@
 // qorview-cli decode: plays raw logs through the acquisition engine and prints every frame with its
 // values.
 #include "cli/Commands.h"
+#include "cli/Jobs.h"
 #include "cli/NumberOptions.h"
 #include "cli/OutputOptions.h"
 #include "cli/PlayedFile.h"
+#include "cli/Progress.h"
 #include "cli/Report.h"
 #include "export/CheckCounts.h"
 #include "export/ExportFormat.h"
+#include "export/SeaBassHeader.h"
+#include "export/TimeWindow.h"
 
+#include "base/Lock.h"
 #include "base/Text.h"
 #include "platform/FileErrorText.h"
+#include "session/FileKind.h"
 #include "telemetry/RawLogReader.h"
 
 #include <CLI/CLI.hpp>
+
+#include <set>
+#include <utility>
 
 namespace qor {
 
@@ -27,6 +36,9 @@ struct DecodeOptions : PlaybackOptions {
     bool hex = false;
     bool goodOnly = false;
     bool utc = false; ///< by each log's own zone
+    std::string from, to;
+    TimeWindow window;    ///< of these
+    std::size_t jobs = 0; ///< logs that are decoded at once, each by itself; 0: all into one
 };
 
 /// The minutes that a log is ahead of UTC by its own ZONE record; none (reported) when that is not
@@ -69,6 +81,7 @@ struct DecodedLog {
     bool begun = false;       ///< the sink has taken it
     bool whole = false;       ///< and it was read to its end
     bool badCall = false;     ///< reported
+    bool anyFrame = false;    ///< of the time that is wanted
     OutputResult result = {}; ///< of the sink
 };
 
@@ -93,9 +106,13 @@ DecodedLog DecodeLog(const ExportedLog& exported, const DecodeOptions& options,
     if (!log.begun)
         return log;
     CFailedFrames failed;
+    const std::optional<int> utcOffset = exported.StyleOf(options.settings.style).utcOffset;
     log.whole = playback.Play(
         context,
         [&](CQorViewIns& instrument, const FrameCheckResult& checks) {
+            if (!options.window.Has(instrument.Live.CurrentFrame()->Info.time, utcOffset))
+                return;
+            log.anyFrame = true;
             failed.Add(instrument.ShownName(), checks);
             if (derives)
                 playback.Doc().ReadDerived(instrument, derived);
@@ -111,24 +128,11 @@ DecodedLog DecodeLog(const ExportedLog& exported, const DecodeOptions& options,
     return log;
 }
 
-int RunDecode(DecodeOptions& options, CommandContext& context) {
-    if (!NamesRawFile(options.files))
-        return ExitBadCall;
-    if (const int status = TakeInstruments(options); status != ExitWell)
-        return status;
-    if (!options.format)
-        options.format = ExportFormatOf(options.settings.path);
-    options.settings.style.files = options.files.size() > 1;
-    options.settings.style.view = options.hex         ? ValueView::HexCounts
-                                  : options.rawCounts ? ValueView::RawCounts
-                                                      : ValueView::Calibrated;
-    options.settings.report = ReportError;
-    options.settings.rules.inputs = options.Inputs();
+/// Decodes logs into one result; the exit status.
+int DecodeTogether(std::span<const ExportedLog> logs, const DecodeOptions& options,
+                   CommandContext& context) {
     const std::unique_ptr<CFrameSink> sink = options.format->make(options.settings);
-    bool well = true, whole = true, begun = false;
-    const std::vector<ExportedLog> logs = LogsOf(options);
-    if (logs.empty())
-        return ExitFault;
+    bool well = true, whole = true, begun = false, anyFrame = false;
     for (const ExportedLog& exported : logs) {
         const DecodedLog log = DecodeLog(exported, options, context, *sink);
         if (log.badCall)
@@ -140,12 +144,108 @@ int RunDecode(DecodeOptions& options, CommandContext& context) {
         well = well && log.well;
         whole = whole && log.whole;
         begun = begun || log.begun;
+        anyFrame = anyFrame || log.anyFrame;
         if (!sink->Good())
             break;
     }
+    if (begun && !anyFrame && !options.window.IsAll())
+        ReportWarning("no frame that was played lies between --from and --to; frames without a "
+                      "time lie in no such stretch. qorview-cli info says when a log begins.");
     if (begun && !whole && !options.settings.path.empty())
-        return WithholdResults(options.settings.path);
+        return WithholdResults(options.settings.stem.empty() ? options.settings.path
+                                                             : logs.front().path);
     return sink->Finish().Good() && well && whole ? ExitWell : ExitFault;
+}
+
+/// The log's name without its folder and extensions, once in the folder whatever the case.
+std::string StemOf(const std::string& path, std::set<std::string>& taken) {
+    std::string stem(LastPartOf(path));
+    if (PackingOf(path) != Packing::None)
+        stem.resize(std::min(stem.size(), stem.rfind('.')));
+    if (const std::size_t dot = stem.rfind('.'); dot != stem.npos && dot > 0)
+        stem.resize(dot);
+    std::string name = stem;
+    for (int number = 2; !taken.insert(ToLower(name)).second; ++number)
+        name = stem + "_" + std::to_string(number);
+    return name;
+}
+
+/// Decodes each log into results of its own in the folder, several at once; the exit status.
+int DecodeApart(const std::vector<ExportedLog>& logs, const DecodeOptions& options,
+                CommandContext& context) {
+    const std::string& folder = options.settings.path;
+    const bool makesFiles = options.format != FindExportFormat("none");
+    if (makesFiles && (folder.empty() || (FileExists(folder) && !IsDirectory(folder)))) {
+        ReportError((folder.empty() ? "" : folder + ": ") +
+                    "-j makes results for each log; give a folder for them with -o.");
+        return ExitBadCall;
+    }
+    const bool isNew = makesFiles && !IsDirectory(folder);
+    if (isNew)
+        if (const FileCause cause = MakeDirectory(folder); cause != FileCause::None) {
+            ReportError(folder + ": cannot be made. " + std::string(GetFileErrorText(cause)));
+            return ExitFault;
+        }
+    std::vector<DecodeOptions> calls(logs.size(), options);
+    std::set<std::string> taken;
+    for (std::size_t i = 0; i < logs.size(); ++i) {
+        ExportSettings& settings = calls[i].settings;
+        settings.stem = StemOf(logs[i].path, taken);
+        const std::string_view extension = options.format->extension;
+        if (!makesFiles)
+            settings.path.clear();
+        else if (!options.format->tables)
+            settings.path += PathSeparator() + settings.stem +
+                             (extension.empty() ? ".txt" : std::string(extension));
+    }
+    CMutex lock; // a leaf: of the bar and of what came of the logs
+    CProgress progress(folder, logs.size(), std::exchange(context.quiet, true));
+    std::uint64_t done = 0;
+    std::set<int> statuses;
+    DoJobs(logs.size(), options.jobs, [&](std::size_t i) {
+        if (context.stop.Requested())
+            return;
+        const int status = DecodeTogether({&logs[i], 1}, calls[i], context);
+        const CLock held(lock);
+        statuses.insert(status);
+        progress.Update(++done);
+    });
+    if (isNew) // and nothing came of any log
+        static_cast<void>(RemoveEmptyDirectory(folder));
+    return context.stop.Requested() ? ExitInterrupted : *statuses.rbegin();
+}
+
+int RunDecode(DecodeOptions& options, CommandContext& context) {
+    if (!NamesRawFile(options.files))
+        return ExitBadCall;
+    if (const int status = TakeInstruments(options); status != ExitWell)
+        return status;
+    options.window = {SecondsFromText(options.from), SecondsFromText(options.to)};
+    if (options.window.IsEmpty()) {
+        ReportError("--from " + options.from + " is not before --to " + options.to +
+                    "; give the earlier time first.");
+        return ExitBadCall;
+    }
+    if (!options.format)
+        options.format = ExportFormatOf(options.settings.path);
+    options.settings.style.files = options.files.size() > 1 && options.jobs == 0;
+    options.settings.style.view = options.hex         ? ValueView::HexCounts
+                                  : options.rawCounts ? ValueView::RawCounts
+                                                      : ValueView::Calibrated;
+    if (options.settings.style.view != ValueView::Calibrated && !options.format->counts) {
+        ReportError("--format " + std::string(options.format->name) +
+                    " takes calibrated values alone; leave out --raw-counts and --hex.");
+        return ExitBadCall;
+    }
+    options.settings.report = ReportError;
+    options.settings.warn = ReportWarning;
+    options.settings.call = context.call;
+    options.settings.rules.inputs = options.Inputs();
+    const std::vector<ExportedLog> logs = LogsOf(options);
+    if (logs.empty())
+        return ExitFault;
+    return options.jobs == 0 ? DecodeTogether(logs, options, context)
+                             : DecodeApart(logs, options, context);
 }
 
 /// "csv (a table an instrument), ... or none" and the names alone.
@@ -161,6 +261,28 @@ std::string FormatHelp(std::vector<std::string>& names) {
             help += " (" + std::string(format.help) + ")";
     }
     return help;
+}
+
+/// "KEY=VALUE", of which the parser has seen that both can be.
+void AddArchiveOption(CLI::App& command, ExportSettings& settings) {
+    const auto check = [](const std::string& text) {
+        const std::size_t at = text.find('=');
+        return at == text.npos
+                   ? text + ": give KEY=VALUE, as in cruise=KA2603"
+                   : WhyNoSeaBassValue(std::string_view(text).substr(0, at), text.substr(at + 1));
+    };
+    const auto take = [&settings](const std::vector<std::string>& texts) {
+        for (const std::string& text : texts) {
+            const std::size_t at = text.find('=');
+            settings.archive[text.substr(0, at)] = text.substr(at + 1);
+        }
+    };
+    command
+        .add_option_function<std::vector<std::string>>(
+            "--seabass", take, "What a SeaBASS header says; blanks in it become underscores")
+        ->type_name("KEY=VALUE")
+        ->allow_extra_args(false)
+        ->check(check);
 }
 
 } // namespace
@@ -214,8 +336,25 @@ void AddDecodeCommand(CLI::App& app, CommandContext& context) {
             return MinutesOfOffset(text) ? std::string()
                                          : text + ": give hours and minutes as in +13:00 or -03:30";
         });
+    constexpr const char* TimeForm = "YYYY-MM-DDTHH:MM:SS";
+    command
+        ->add_option("--from", options.from,
+                     "Frames from this time on, in the times that are shown: the log's local ones, "
+                     "UTC with --utc or --utc-offset")
+        ->type_name(TimeForm)
+        ->check(TimeOfLogs());
+    command->add_option("--to", options.to, "Frames before this time")
+        ->type_name(TimeForm)
+        ->check(TimeOfLogs());
     command->add_flag("--decimal-degrees", options.settings.style.degrees,
                       "Positions in degrees too, south and west negative");
+    AddArchiveOption(*command, options.settings);
+    command
+        ->add_option("-j,--jobs", options.jobs,
+                     "Each log by itself, so many at once: results in the folder of -o, named as "
+                     "the logs")
+        ->type_name("N")
+        ->transform(CountIn(1, 64));
     command->add_flag("--good-only", options.goodOnly, "Leave out frames that failed their checks");
     AddPlaybackOptions(*command, options, context);
     command->callback(

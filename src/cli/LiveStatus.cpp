@@ -2,6 +2,7 @@
 #include "cli/LiveStatus.h"
 #include "cli/Report.h"
 
+#include "base/TerminalText.h"
 #include "platform/Console.h"
 #include "views/LogLines.h"
 
@@ -12,6 +13,13 @@ namespace qor {
 namespace {
 
 constexpr std::int64_t DrawMilliseconds = 500, SummaryMilliseconds = 60'000;
+
+std::vector<std::string*> NamesIn(SessionSnapshot& snapshot) {
+    std::vector<std::string*> names{&snapshot.log.logFilePath};
+    for (ResourceStatus& resource : snapshot.resources)
+        names.push_back(&resource.name);
+    return names;
+}
 
 } // namespace
 
@@ -43,9 +51,12 @@ void CLiveStatus::Update(std::optional<double> secondsLeft) {
         return;
     Last = now;
     const std::size_t room = Room();
-    const SessionSnapshot snapshot = Doc.Snapshot();
+    SessionSnapshot snapshot = Doc.Snapshot();
     std::string text;
     int lines = 0;
+    if (Terminal) // names as they are shown, so that a line has the room that is meant
+        for (std::string* name : NamesIn(snapshot))
+            *name = TerminalText(*name, TerminalLayout::OneLine);
     for (const ResourceStatus& resource : snapshot.resources) {
         const std::uint64_t before = std::exchange(LastFrames[resource.id], resource.frames);
         const double frames = static_cast<double>(resource.frames - before);

@@ -43,6 +43,9 @@ void AddLogCommand(CLI::App& app, CommandContext& context) {
     command->add_flag(
         "--exit-on-error", options.exitOnError,
         "End the run when a log cannot be written, instead of beginning another file");
+    command->add_flag_callback(
+        "--no-manifest", [] { options.manifests = false; },
+        "Write no NAME.raw.json beside the logs");
     AddStrictOption(*command, options.strict);
     command->add_flag("--partly", options.partly,
                       "Log with what can be used when some definition cannot");

@@ -101,6 +101,11 @@ bool CLogConsole::ReportTroubles(CLiveStatus* status) {
         Fault = Fault || row->fault;
         any = any || row->fault;
     }
+    for (const std::string& fault : Document.Manifests.TakeFaults()) {
+        if (status)
+            status->Erase();
+        ReportWarning(fault);
+    }
     return any;
 }
 

@@ -27,6 +27,11 @@ const char* RefusalText(OutputState state) {
         return "it exists and is not empty; replace it with --overwrite, or name another file.";
     case OutputState::InUse:
         return "another program holds it; wait for that, or name another file.";
+    case OutputState::NeedsFile:
+        return "a file of this format is no stream; name it with -o NAME, or a folder.";
+    case OutputState::NotBuilt:
+        return "this program was built without libnetcdf, which writes netCDF; choose another "
+               "--format, or build it where libnetcdf-dev is installed.";
     case OutputState::Good:
     case OutputState::Failed:
         break;

@@ -39,12 +39,16 @@ int Run(int argc, char** argv) {
     app.formatter(std::make_shared<qor::CHelpText>());
 
     qor::CommandContext context;
+    for (const std::string& word : arguments)
+        context.call += (context.call.empty() ? "" : " ") + word;
     qor::AddCheckCommand(app, context);
     qor::AddDecodeCommand(app, context);
     qor::AddCompareCommand(app, context);
     qor::AddLogCommand(app, context);
     qor::AddSimulateCommand(app, context);
     qor::AddInfoCommand(app, context);
+    qor::AddVerifyCommand(app, context);
+    qor::AddDiffCommand(app, context);
     qor::AddPageCommand(app, context);
     qor::AddSessionCommand(app, context);
 

@@ -2,6 +2,8 @@
 #include "export/ExportFormat.h"
 
 #include "export/FrameLines.h"
+#include "export/FrameNetCdf.h"
+#include "export/FrameSeaBass.h"
 #include "export/FrameSummary.h"
 #include "export/FrameTables.h"
 #include "session/FileKind.h"
@@ -36,10 +38,13 @@ std::unique_ptr<CFrameSink> MakeNoFrames(const ExportSettings& settings) {
 }
 
 constexpr ExportFormat Formats[] = {
-    {"csv", ".csv", "a table an instrument", true, MakeFrameTables},
-    {"jsonl", ".jsonl", "an object a frame", true, MakeFrameLines},
-    {"summary", "", "for people", false, MakeFrameSummaries},
-    {"none", "", "", false, MakeNoFrames},
+    {"csv", ".csv", "a table an instrument", true, true, true, MakeFrameTables},
+    {"jsonl", ".jsonl", "an object a frame", true, true, false, MakeFrameLines},
+    {"netcdf", ".nc", "a CF file an instrument", true, true, true, MakeFrameNetCdf},
+    {"seabass", ".sb", "a text of the archive's fields an instrument", true, false, true,
+     MakeFrameSeaBass},
+    {"summary", "", "for people", false, true, false, MakeFrameSummaries},
+    {"none", "", "", false, true, false, MakeNoFrames},
 };
 
 } // namespace

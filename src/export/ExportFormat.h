@@ -15,6 +15,8 @@ struct ExportFormat {
     std::string_view extension; ///< of its files, with the dot; empty: any
     std::string_view help;
     bool derived; ///< shows derived rows
+    bool counts;  ///< shows raw counts where it is asked for them
+    bool tables;  ///< makes a file an instrument
     std::unique_ptr<CFrameSink> (*make)(const ExportSettings& settings);
 };
 

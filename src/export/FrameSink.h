@@ -8,6 +8,7 @@
 #include "export/FrameText.h"
 #include "export/Output.h"
 
+#include <map>
 #include <memory>
 #include <span>
 #include <string>
@@ -18,9 +19,14 @@ namespace qor {
 /// What an export is asked for.
 struct ExportSettings {
     std::string path; ///< of the file, or of the folder for several tables; empty: standard output
+    /// Where each log has files of its own in a folder: their names begin with it.
+    std::string stem = {};
     FrameStyle style;
     OutputRules rules;
-    FaultReport report; ///< hears what fails
+    std::string call = {}; ///< what the program was called with, for files that keep it
+    FaultReport report;    ///< hears what fails
+    FaultReport warn = {}; ///< hears what is to be known and stops nothing
+    std::map<std::string, std::string, std::less<>> archive = {}; ///< of a header, by key
 };
 
 /// A log whose frames will come.

@@ -14,64 +14,6 @@ namespace qor {
 
 namespace {
 
-/// A sensor's value in the current frame: a number, a text, or the status that says why there is
-/// none.
-struct ShownValue {
-    ConversionStatus status = ConversionStatus::Good;
-    bool isText = false;
-    double number = 0.0;
-};
-
-/// `text` receives the value when it is a text; its memory is used again.
-ShownValue ValueOf(const CLiveInstrument& instrument, const CSensor& sensor, ValueView view,
-                   std::string& text) {
-    ByteSpan frame = instrument.CurrentFrame()->Span();
-    ShownValue value;
-    if (view == ValueView::HexCounts) {
-        value.isText = true;
-        value.status =
-            FormatField(sensor, frame, instrument.Immersed, FieldView::HexCounts, 0, text);
-    } else if (view == ValueView::RawCounts && sensor.Data != DataType::AS) {
-        value.status = RawNumber(sensor, frame, value.number);
-    } else if (KindOfValue(sensor) == ValueKind::Text) {
-        value.isText = true;
-        value.status = ValueText(sensor, frame, text);
-    } else {
-        auto index = static_cast<std::size_t>(sensor.Index);
-        value.status = instrument.Values().statuses[index];
-        value.number = instrument.Values().numbers[index];
-    }
-    return value;
-}
-
-/// What a check found; nothing where the instrument has nothing to check it by.
-struct FrameFlag {
-    std::string_view name;
-    std::optional<bool> value;
-};
-
-std::array<FrameFlag, 3> FlagsOf(const FrameCheckResult& checks) {
-    const auto found = [](bool checked, bool value) {
-        return checked ? std::optional(value) : std::nullopt;
-    };
-    return {{{"dropped", found(checks.checksCounter, checks.dropped)},
-             {"checksum_error", found(checks.checksSum, checks.checksumError)},
-             {"value_error", found(checks.checksCounter || checks.checksSum, checks.valueError)}}};
-}
-
-/// The number that so many significant digits tell.
-double Rounded(double value, int digits) {
-    if (digits == 0)
-        return value;
-    std::array<char, 40> text;
-    const auto end = std::to_chars(text.data(), text.data() + text.size(), value,
-                                   std::chars_format::scientific, digits - 1)
-                         .ptr;
-    double rounded = value; // stays where rounding up left the range of doubles
-    std::from_chars(text.data(), end, rounded);
-    return rounded;
-}
-
 /// Names of columns that every program takes: letters, digits, dots, single underscores. Names that
 /// differ only in case are different ones only to some.
 template <class Head> void MakeSimple(std::vector<Head>& heads) {
@@ -102,6 +44,48 @@ void PutDigits(char* place, int digits, int value) {
 }
 
 } // namespace
+
+ShownValue ValueOf(const CLiveInstrument& instrument, const CSensor& sensor, ValueView view,
+                   std::string& text) {
+    ByteSpan frame = instrument.CurrentFrame()->Span();
+    ShownValue value;
+    if (view == ValueView::HexCounts) {
+        value.isText = true;
+        value.status =
+            FormatField(sensor, frame, instrument.Immersed, FieldView::HexCounts, 0, text);
+    } else if (view == ValueView::RawCounts && sensor.Data != DataType::AS) {
+        value.status = RawNumber(sensor, frame, value.number);
+    } else if (KindOfValue(sensor) == ValueKind::Text) {
+        value.isText = true;
+        value.status = ValueText(sensor, frame, text);
+    } else {
+        auto index = static_cast<std::size_t>(sensor.Index);
+        value.status = instrument.Values().statuses[index];
+        value.number = instrument.Values().numbers[index];
+    }
+    return value;
+}
+
+std::array<FrameFlag, 3> FlagsOf(const FrameCheckResult& checks) {
+    const auto found = [](bool checked, bool value) {
+        return checked ? std::optional(value) : std::nullopt;
+    };
+    return {{{"dropped", found(checks.checksCounter, checks.dropped)},
+             {"checksum_error", found(checks.checksSum, checks.checksumError)},
+             {"value_error", found(checks.checksCounter || checks.checksSum, checks.valueError)}}};
+}
+
+double Rounded(double value, int digits) {
+    if (digits == 0)
+        return value;
+    std::array<char, 40> text;
+    const auto end = std::to_chars(text.data(), text.data() + text.size(), value,
+                                   std::chars_format::scientific, digits - 1)
+                         .ptr;
+    double rounded = value; // stays where rounding up left the range of doubles
+    std::from_chars(text.data(), end, rounded);
+    return rounded;
+}
 
 void WriteTime(COutput& output, const FrameTime& time) {
     if (!time.known)

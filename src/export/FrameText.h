@@ -8,6 +8,7 @@
 #include "instrument/FrameChecks.h"
 #include "products/DerivedRows.h"
 
+#include <array>
 #include <optional>
 #include <span>
 #include <string>
@@ -31,6 +32,26 @@ struct FrameStyle {
     bool degrees = false;   ///< positions in degrees too, beside their texts
     bool safeTexts = false; ///< texts in rows are none that a spreadsheet would compute
 };
+
+/// A sensor's value in the current frame: a number, a text, or the status that says why there is
+/// none.
+struct ShownValue {
+    ConversionStatus status = ConversionStatus::Good;
+    bool isText = false;
+    double number = 0.0;
+};
+/// `text` receives the value when it is a text; its memory is used again.
+ShownValue ValueOf(const CLiveInstrument& instrument, const CSensor& sensor, ValueView view,
+                   std::string& text);
+/// The number that so many significant digits tell; all of them for 0.
+double Rounded(double value, int digits);
+
+/// What a check found; nothing where the instrument has nothing to check it by.
+struct FrameFlag {
+    std::string_view name;
+    std::optional<bool> value;
+};
+std::array<FrameFlag, 3> FlagsOf(const FrameCheckResult& checks);
 
 /// "2005-05-03T14:23:05.250", the local time of a stamp; nothing when it is not known.
 void WriteTime(COutput& output, const FrameTime& time);

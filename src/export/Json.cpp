@@ -37,6 +37,12 @@ void CJsonWriter::Key(std::string_view name) {
     NeedsComma = false;
 }
 
+void CJsonWriter::Name(std::string_view bytes) {
+    Text(bytes);
+    Out.Char(':');
+    NeedsComma = false;
+}
+
 void CJsonWriter::Text(std::string_view bytes) {
     Separate();
     Escaped(bytes, false);

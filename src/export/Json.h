@@ -24,6 +24,8 @@ class CJsonWriter {
 
     /// The key of the next value; an ASCII literal.
     void Key(std::string_view name);
+    /// The same of 8-bit text.
+    void Name(std::string_view bytes);
     /// 8-bit text: each byte 0x00..0xFF becomes the code point U+0000..U+00FF.
     void Text(std::string_view bytes);
     /// A path: UTF-8 as it is when it is that, else as Text.

@@ -18,33 +18,10 @@ unsigned long long Printed(std::uint64_t count) {
     return count;
 }
 
-bool IsBefore(const FrameTime& time, const FrameTime& other) {
-    return time.seconds < other.seconds ||
-           (time.seconds == other.seconds && time.milliseconds < other.milliseconds);
-}
-
-std::string TimeText(const FrameTime& time) {
-    return FormatTime("%Y-%m-%dT%H:%M:%S", LocalCalendar(time)) +
-           Format(".%03d", static_cast<int>(time.milliseconds));
-}
-
 /// Of the discarded bytes that were kept.
 double ShareOf(const UnnamedFrames& frames, const PlayFacts& play) {
     return static_cast<double>(frames.bytes) /
            static_cast<double>(std::max<std::size_t>(play.discarded.Sample().size(), 1));
-}
-
-void WriteFaults(CJsonWriter& json, const std::vector<LogFault>& faults) {
-    json.Key("faults"), json.BeginArray();
-    for (const LogFault& fault : faults) {
-        json.BeginObject();
-        json.Key("kind"), json.Text(fault.kind);
-        json.Key("offset"), json.CountOrNull(fault.offset);
-        json.Key("length"), json.CountOrNull(fault.length);
-        json.Key("text"), json.Path(fault.text);
-        json.EndObject();
-    }
-    json.EndArray();
 }
 
 void WriteUnnamed(CJsonWriter& json, const PlayFacts& play) {
@@ -61,21 +38,37 @@ void WriteUnnamed(CJsonWriter& json, const PlayFacts& play) {
 
 } // namespace
 
+std::string TimeText(const FrameTime& time) {
+    return FormatTime("%Y-%m-%dT%H:%M:%S", LocalCalendar(time)) +
+           Format(".%03d", static_cast<int>(time.milliseconds));
+}
+
+void WriteFaults(CJsonWriter& json, const std::vector<LogFault>& faults) {
+    json.Key("faults"), json.BeginArray();
+    for (const LogFault& fault : faults) {
+        json.BeginObject();
+        json.Key("kind"), json.Text(fault.kind);
+        json.Key("offset"), json.CountOrNull(fault.offset);
+        json.Key("length"), json.CountOrNull(fault.length);
+        json.Key("text"), json.Path(fault.text);
+        json.EndObject();
+    }
+    json.EndArray();
+}
+
 void PlayFacts::Note(const CFrameData& frame) {
     const FrameTime& time = frame.Info.time;
-    LastFrame& before = last[frame.Info.instrumentName];
-    before.bytes.assign(frame.Text());
+    Seen*& found = seenOf[frame.Info.identity];
+    if (!found)
+        found = &seen[frame.Info.instrumentName];
+    Seen& one = *found;
+    one.last.assign(frame.Text());
+    one.steps.Take(time, frame.StreamOffset, frame.Bytes.size());
     if (!time.known)
         return;
     if (!firstTag.known)
         firstTag = time;
     lastTag = time;
-    if (before.time.known && IsBefore(time, before.time)) {
-        Backwards& found = backwards[frame.Info.instrumentName];
-        if (found.times++ == 0)
-            found = {1, frame.StreamOffset, before.time, time};
-    }
-    before.time = time;
 }
 
 void PlayFacts::Count(const SessionSnapshot& snapshot) {
@@ -87,9 +80,24 @@ void PlayFacts::Count(const SessionSnapshot& snapshot) {
                                    CountIf(figures.checksSum, figures.checksumErrors)});
     }
     std::vector<std::string> named;
-    for (const auto& [name, frame] : last)
-        named.push_back(frame.bytes);
+    for (const auto& [name, one] : seen)
+        named.push_back(one.last);
     unnamed = FindUnnamedFrames(discarded, named);
+}
+
+std::uint64_t PlayFacts::TornTail(std::uint64_t size) const {
+    const std::optional<std::uint64_t>& torn = discarded.Torn();
+    return torn ? size - std::min(*torn, size) : 0;
+}
+
+const CTagSteps* PlayFacts::StepsOf(const std::string& instrument) const {
+    const auto found = seen.find(instrument);
+    return found == seen.end() ? nullptr : &found->second.steps;
+}
+
+std::string PlayFacts::TornSentence() const {
+    return Format("its end is torn: %s, begun at byte %llu, is not complete.",
+                  discarded.TornWhat().c_str(), Printed(discarded.Torn().value_or(0)));
 }
 
 void PlayFacts::AddFaults(const CRawLogReader& log, std::vector<LogFault>& faults) const {
@@ -104,16 +112,21 @@ void PlayFacts::AddFaults(const CRawLogReader& log, std::vector<LogFault>& fault
             add("checksum", Format("%llu frames of %s have a checksum error.", Printed(count),
                                    one.name.c_str()));
     }
-    for (const auto& [name, found] : backwards)
+    for (const auto& [name, one] : seen) {
+        const TagSteps& back = one.steps.Backwards();
+        if (back.count == 0)
+            continue;
+        const TagStep& first = back.first.front();
         faults.push_back(
             {"time-backwards",
-             found.offset,
+             first.offset,
              {},
              Format("the time tags of %s run backwards %llu times, first at byte %llu, from ",
-                    name.c_str(), Printed(found.times), Printed(found.offset)) +
-                 TimeText(found.from) + " to " + TimeText(found.to) + "."});
+                    name.c_str(), Printed(back.count), Printed(first.offset)) +
+                 TimeText(first.from) + " to " + TimeText(first.to) + "."});
+    }
     const std::optional<std::uint64_t>& torn = discarded.Torn();
-    const std::uint64_t tail = torn ? log.BytesRead() - std::min(*torn, log.BytesRead()) : 0;
+    const std::uint64_t tail = TornTail(log.BytesRead());
     if (const std::uint64_t count = bytesDiscarded - std::min(tail, bytesDiscarded); count > 0)
         faults.push_back(
             {"discarded",
@@ -123,9 +136,7 @@ void PlayFacts::AddFaults(const CRawLogReader& log, std::vector<LogFault>& fault
                     "byte %llu.",
                     Printed(count), Printed(discarded.First()))});
     if (torn && !log.HeaderIsTorn())
-        faults.push_back({"torn-end", torn, tail,
-                          Format("its end is torn: %s, begun at byte %llu, is not complete.",
-                                 discarded.TornWhat().c_str(), Printed(*torn))});
+        faults.push_back({"torn-end", torn, tail, TornSentence()});
 }
 
 std::vector<LogFault> FaultsOf(const CRawLogReader& log, const PlayFacts* play) {

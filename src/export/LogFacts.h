@@ -4,8 +4,8 @@
 // has the facts noted.
 #pragma once
 
-#include "export/Output.h"
-#include "platform/Clock.h"
+#include "export/Json.h"
+#include "export/TagSteps.h"
 #include "session/SessionSnapshot.h"
 #include "session/UnnamedFrames.h"
 #include "telemetry/RawLogReader.h"
@@ -13,6 +13,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace qor {
@@ -26,6 +27,10 @@ struct LogFault {
 
 /// What playing a log with definitions counts.
 struct PlayFacts {
+    PlayFacts() = default;
+    PlayFacts(const PlayFacts&) = delete;
+    PlayFacts& operator=(const PlayFacts&) = delete;
+
     struct Instrument {
         std::string name;
         std::uint64_t frames = 0;
@@ -44,18 +49,27 @@ struct PlayFacts {
     /// Adds what the counts say is wrong.
     void AddFaults(const CRawLogReader& log, std::vector<LogFault>& faults) const;
 
+    /// How many bytes at the end of a log of that size are torn.
+    std::uint64_t TornTail(std::uint64_t size) const;
+    /// The time tags of an instrument; null when it gave no frame.
+    const CTagSteps* StepsOf(const std::string& instrument) const;
+    /// "its end is torn: ...".
+    std::string TornSentence() const;
+
   private:
-    struct LastFrame {
-        FrameTime time;
-        std::string bytes;
+    struct Seen {
+        std::string last; ///< frame
+        CTagSteps steps;
     };
-    struct Backwards {
-        std::uint64_t times = 0, offset = 0;
-        FrameTime from, to; ///< the first time
-    };
-    std::map<std::string, LastFrame> last; ///< by instrument
-    std::map<std::string, Backwards> backwards;
+    std::map<std::string, Seen> seen;                ///< by instrument
+    std::unordered_map<std::uint32_t, Seen*> seenOf; ///< the same by the frames' identity
 };
+
+/// "2005-05-03T14:23:05.250".
+std::string TimeText(const FrameTime& time);
+
+/// The array of a log's faults, under its key.
+void WriteFaults(CJsonWriter& json, const std::vector<LogFault>& faults);
 
 /// What is wrong with a log that was read to its end. `play` is null when it was not played:
 /// nothing is known of its frames then.

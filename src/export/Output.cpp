@@ -134,6 +134,13 @@ OutputResult COutput::OpenBeside() {
     return {};
 }
 
+std::string COutput::HandOver() {
+    HandedOver = !Beside.empty();
+    if (HandedOver)
+        File.Close();
+    return Beside;
+}
+
 /// Hours may have passed since it was opened.
 bool COutput::MayBeReplaced() const {
     return !Replaces || StateOfPlace(Place, Rules) == OutputState::Good;
@@ -145,6 +152,9 @@ OutputResult COutput::Finish() {
         return {OutputState::Failed, Place};
     if (Beside.empty())
         return {};
+    if (HandedOver)
+        if (const FileCause cause = File.OpenAlone(Beside); cause != FileCause::None)
+            return Fail(cause);
     const FileCause synced = File.Sync();
     File.Close();
     if (synced != FileCause::None)

@@ -32,6 +32,8 @@ enum class OutputState {
     IsLink,      ///< a symbolic link is there
     Exists,      ///< a file that is not empty is there, without leave to replace it
     InUse,       ///< another program holds the file
+    NeedsFile,   ///< the format is none for standard output, a device or a pipe
+    NotBuilt,    ///< the program is built without the format
 };
 struct [[nodiscard]] OutputResult {
     OutputState state = OutputState::Good;
@@ -68,6 +70,10 @@ class COutput {
     /// as it is. Harmless when it is open already.
     /// Standard output is refused where it goes into an input.
     OutputResult Open(const std::string& path, const OutputRules& rules);
+
+    /// Of a file that was opened: somebody else writes it from now on by this name, until Finish,
+    /// and has closed it by then.
+    std::string HandOver();
 
     void Text(std::string_view text) {
         if (text.size() > Buffer.size() - Used && !MakeRoom(text))
@@ -123,6 +129,7 @@ class COutput {
     std::string Place; ///< where the file belongs; empty for standard output
     OutputRules Rules;
     std::string Beside; ///< where it is written meanwhile; empty when it is no such file
+    bool HandedOver = false;
     bool Replaces = false;
     bool Shown = false; ///< on a terminal, which is to obey nothing that stands in texts
     bool Usable = true;

@@ -47,13 +47,18 @@ OutputResult CTableFiles::Prepare(std::size_t instruments) {
     if (instruments > 1 && !IsDirectory(Settings.path))
         MadeFolder = MakeDirectory(Settings.path) == FileCause::None;
     InFolder = instruments > 1 || IsDirectory(Settings.path);
+    Several = instruments > 1;
     return {};
 }
 
 /// Names that differ only in case or in what a file name cannot hold get a number, so that no table
 /// overwrites another.
 std::string CTableFiles::PathInFolder(const std::string& instrument) {
-    const std::string stem = FileNameOf(instrument);
+    std::string stem = FileNameOf(instrument);
+    if (!Settings.stem.empty()) { // what stands behind the last dot is the instrument
+        std::replace(stem.begin(), stem.end(), '.', '_');
+        stem = Settings.stem + (Several ? "." + stem : "");
+    }
     std::string name = stem;
     for (int number = 2; !FileNames.insert(ToLower(name)).second; ++number)
         name = stem + "_" + std::to_string(number);

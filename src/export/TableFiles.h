@@ -49,7 +49,7 @@ class CTableFiles {
 
     const ExportSettings Settings;
     const std::string Extension;
-    bool InFolder = false;
+    bool InFolder = false, Several = false;
     bool MadeFolder = false;
     std::map<std::string, std::unique_ptr<COutput>> Outputs; ///< by instrument name
     std::vector<std::unique_ptr<COutput>> Descriptions;

@@ -3,6 +3,8 @@
 // Exported frames, format by format: the very bytes, and which file they are in.
 #include "export/CheckCounts.h"
 #include "export/ExportFormat.h"
+#include "export/NetCdfFile.h"
+#include "export/TimeWindow.h"
 
 #include "fakes/DefinedInstrument.h"
 #include "fakes/TempFolder.h"
@@ -242,6 +244,68 @@ TEST_F(AnExport, OfWhichOneTableIsRefusedLeavesNone) {
     EXPECT_EQ(Temp.Content("tables/DEF.csv"), "precious");
     EXPECT_FALSE(FileExists(Temp.Path + "tables/ABC.csv"));
     EXPECT_FALSE(FileExists(Temp.Path + "tables/ABC.csv.part"));
+}
+
+TEST_F(AnExport, ToNetCdfNeedsAFileAndAProgramThatHasTheLibrary) {
+    CSender sender("ABC", Sensors);
+    const OutputState refusal =
+        CNetCdfFile::IsThere() ? OutputState::NeedsFile : OutputState::NotBuilt;
+    EXPECT_EQ(Begin(*Make("netcdf", ""), {&sender}).state, refusal);
+    const auto sink = Make("netcdf", "cast.nc");
+    const OutputResult begun = Begin(*sink, {&sender});
+    EXPECT_EQ(begun.state, CNetCdfFile::IsThere() ? OutputState::Good : OutputState::NotBuilt);
+    EXPECT_FALSE(FileExists(Temp.Path + "cast.nc")) << "before it is complete";
+    if (!begun.Good())
+        return;
+    Write(*sink, sender, "ABC\",~" + std::string("\0\3", 2) + "??");
+    sink->EndLog();
+    ASSERT_TRUE(sink->Finish().Good());
+    EXPECT_TRUE(FileExists(Temp.Path + "cast.nc"));
+    EXPECT_FALSE(FileExists(Temp.Path + "cast.nc.part"));
+}
+
+TEST_F(AnExport, ToOneNetCdfFileOfLogsThatDoNotGoTogetherIsRefused) {
+    if (!CNetCdfFile::IsThere())
+        GTEST_SKIP() << "built without libnetcdf";
+    const struct {
+        const char* sensors;
+        std::optional<int> utcOffset;
+        const char* said;
+    } cases[] = {{"NOTE 1 '' 3 AS 0 NONE\n", {}, "the sensors of other.raw are others"},
+                 {Sensors.c_str(), 60, "times of other.raw are UTC"}};
+    for (const auto& row : cases) {
+        std::string said;
+        Settings.report = [&](const std::string& text) { said += text; };
+        const auto sink = Make("netcdf", "cast.nc");
+        CSender first("ABC", Sensors), second("ABC", row.sensors);
+        ASSERT_TRUE(Begin(*sink, {&first}).Good());
+        sink->EndLog();
+        const ExportedInstrument other[] = {{&second.Live, {}}};
+        EXPECT_EQ(sink->BeginLog({"other.raw", row.utcOffset}, other).state, OutputState::Failed);
+        EXPECT_THAT(said, testing::HasSubstr(row.said));
+        EXPECT_FALSE(sink->Good());
+    }
+    EXPECT_FALSE(FileExists(Temp.Path + "cast.nc.part"));
+}
+
+TEST(ATimeWindow, HoldsWhatIsShownFromItsStartUntilBeforeItsEnd) {
+    const FrameTime time{1'000'000, 900, 60, false, true};
+    const std::int64_t local = 1'000'000 + 3600;
+    const struct {
+        TimeWindow window;
+        std::optional<int> utcOffset;
+        bool has;
+    } cases[] = {{{}, {}, true},
+                 {{local, {}}, {}, true},
+                 {{local + 1, {}}, {}, false},
+                 {{{}, local}, {}, false},
+                 {{local, local + 1}, {}, true},
+                 {{local, {}}, 60, false},
+                 {{local - 3600, local - 3599}, 60, true}};
+    for (const auto& row : cases)
+        EXPECT_EQ(row.window.Has(time, row.utcOffset), row.has) << &row - cases;
+    EXPECT_FALSE((TimeWindow{local, {}}.Has({}, {}))) << "without a time";
+    EXPECT_TRUE((TimeWindow{local, local}.IsEmpty()));
 }
 
 TEST(ACheck, ThatIsNotMadeIsNotZero) {

@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "export/LogSource.h"
+
+#include "telemetry/RawLogReader.h"
+
+namespace qor {
+
+LogSource SourceOf(const ExportedLog& log, const ExportSettings& settings) {
+    LogSource source{log.path, {}, log.StyleOf(settings.style).utcOffset, settings.call};
+    CRawLogReader reader;
+    // A pipe is read only once; a log that cannot be read says so when it is played.
+    if (IsDevice(log.path) || reader.Open(log.path) != FileCause::None)
+        return source;
+    source.header = reader.Header().records;
+    if (const std::string* zone = reader.Header().ValueOf("ZONE"); zone && !source.utcOffset)
+        source.utcOffset = MinutesOfZone(*zone);
+    return source;
+}
+
+} // namespace qor
