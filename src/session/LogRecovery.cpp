@@ -70,6 +70,8 @@ class CLogEnd {
     /// The end of the last whole record in the log's bytes from `offset` on, to its end; empty
     /// when there is no frame of the instruments.
     std::optional<std::uint64_t> Find(std::uint64_t offset, ByteSpan bytes);
+    /// Whether a whole frame stands behind it, of an instrument that has tags.
+    bool IsBeforeUntagged() const { return Untagged; }
 
   private:
     void Process();
@@ -80,6 +82,7 @@ class CLogEnd {
     std::optional<std::uint64_t> End;
     const std::uint64_t HeaderBytes;
     std::set<std::string, std::less<>> Tagged; ///< instruments whose frames have had tags
+    bool Untagged = false;
 };
 
 CLogEnd::CLogEnd(std::span<const LoggedInstrument> instruments, ByteSpan header)
@@ -125,7 +128,8 @@ void CLogEnd::Take(const CFrameData& frame) {
     const bool tagged = frame.Info.time.known;
     if (tagged)
         Tagged.insert(frame.Info.instrumentName);
-    else if (Tagged.contains(frame.Info.instrumentName))
+    Untagged = !tagged && Tagged.contains(frame.Info.instrumentName);
+    if (Untagged)
         return;
     End = frame.StreamOffset + frame.Bytes.size() + (tagged ? TimeTagSize : 0);
 }
@@ -167,6 +171,7 @@ struct Remains {
     bool judged = false;               ///< frames told where its records end
     bool isProtected = false;          ///< against writing, as a finished log is
     std::uint64_t rest = 0;            ///< bytes that were moved
+    bool untagged = false;             ///< with them a whole frame
     std::string side;
 };
 
@@ -191,12 +196,14 @@ Remains Finish(const std::string& path, std::span<const LoggedInstrument> instru
         found.isLog = false;
         return found;
     }
-    const std::optional<std::uint64_t> end = CLogEnd(instruments, header).Find(from, tail);
+    CLogEnd logEnd(instruments, header);
+    const std::optional<std::uint64_t> end = logEnd.Find(from, tail);
     const ByteSpan rest =
         end ? ByteSpan(tail).subspan(static_cast<std::size_t>(*end - from)) : ByteSpan();
     found.judged = end && (rest.empty() || IsTornRecord(rest, instruments));
     if (found.judged && !rest.empty()) {
         found.rest = rest.size();
+        found.untagged = logEnd.IsBeforeUntagged();
         found.cause = MoveRest(log, *end, rest, found.side);
     }
     bool readOnly = false;
@@ -212,8 +219,11 @@ std::string TextOf(const std::string& path, const Remains& found) {
         return log + "not ended, and could not be finished: " +
                std::string(GetFileErrorText(found.cause));
     if (found.rest > 0)
-        return log + Format("cut off within a record: its last %llu bytes stand in \"%s\" now.",
-                            static_cast<unsigned long long>(found.rest), found.side.c_str());
+        return log +
+               (found.untagged ? "not ended, as by a crash: its last frame has no time tag. "
+                               : "cut off within a record. ") +
+               Format("Its last %llu bytes stand in \"%s\" now.",
+                      static_cast<unsigned long long>(found.rest), found.side.c_str());
     return log + "not ended, as by a crash. " +
            (found.judged ? "It ends with a whole record."
                          : "Its end is of no instrument of this run and stays as it is.");

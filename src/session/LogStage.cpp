@@ -176,7 +176,6 @@ void CLogStage::Rest() {
         Resting = true;
     }
     Drain();
-    Writer.Close();
 }
 
 void CLogStage::Close() {

@@ -5,7 +5,8 @@
 // keeps up, a record is with the operating system a few hundred microseconds after it was added.
 // When a write fails the file is given up and the stage rests: what is not in the file waits for
 // the next one, and what comes joins it. The raw log adds under the document's lock; StageLock is a
-// leaf. Whatever waits for the disk (Create, Rest, Drain, Close) is called without any lock.
+// leaf. Whatever waits for the disk (Create, Rest, CloseFile, Drain, Close) is called without any
+// lock.
 #pragma once
 
 #include "base/Lock.h"
@@ -62,9 +63,10 @@ class CLogStage {
     bool Append(LogRecords& records);
     /// A frame could not even be handed over.
     void LoseFrame();
-    /// Closes the file without waiting for a healthy end: what is not in it waits for the next
-    /// Create.
+    /// Writes nothing more into the file: what is not in it waits for the next Create.
     void Rest();
+    /// Of a stage that rests.
+    void CloseFile() { Writer.Close(); }
     /// Waits until everything added so far is in the file, or the stage rests.
     void Drain();
     /// Drains and closes the file. Frames that wait because the stage rests are unstored then.

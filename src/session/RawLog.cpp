@@ -5,6 +5,7 @@
 // files are RawLogFile.cpp, time is RawLogTimers.cpp, frames are RawLogFrames.cpp.
 #include "session/RawLog.h"
 
+#include "base/AtEnd.h"
 #include "base/Text.h"
 #include "session/FileKind.h"
 #include "session/LogRecovery.h"
@@ -15,12 +16,6 @@
 
 namespace qor {
 namespace {
-
-/// Sets an event at the end of a block, also when there is no memory to go on with: somebody waits.
-struct SetAtEnd {
-    CEvent& event;
-    ~SetAtEnd() { event.Set(); }
-};
 
 bool RepeatsLogs(const LogOptions& options) {
     return options.everyEnabled || (options.durationEnabled && options.repeatEnabled);
@@ -348,7 +343,7 @@ void CRawLog::CompleteEnd() {
     }
     if (!ending)
         return;
-    const SetAtEnd done{EndDone};
+    const CAtEnd done([this] { EndDone.Set(); });
     Sync.Finish();
     std::optional<FinishedFile> finished;
     if (ending->hasFile) {

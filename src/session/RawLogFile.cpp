@@ -5,6 +5,7 @@
 // without the lock.
 #include "session/RawLog.h"
 
+#include "base/AtEnd.h"
 #include "base/Text.h"
 #include "platform/FileErrorText.h"
 #include "session/FileKind.h"
@@ -14,6 +15,7 @@
 #include "session/SessionPath.h"
 #include "telemetry/RawLogFormat.h"
 
+#include <tuple>
 #include <utility>
 
 namespace qor {
@@ -158,16 +160,14 @@ std::string CRawLog::CreateInFolder(const std::string& folder, const std::string
     return folder + name;
 }
 
-/// The log's own file while it is open, whatever has its name by now.
+/// Protects the open log's own file, wherever it is by now: one that came back unprotected would
+/// look as if a crash had cut it off.
 void CRawLog::ProtectLogFile(const std::string& path) {
+    const FileCause cause = Stage.OpenFile().SetReadOnly(true);
     bool readOnly = false;
-    if (IsReadOnly(path, readOnly) != FileCause::None) {
+    if (IsReadOnly(path, readOnly) != FileCause::None)
         AddPending("An error occured while accessing the log file\r\n\"" + path + "\".");
-        return;
-    }
-    const CFile& file = Stage.OpenFile();
-    const FileCause cause = file.IsOpen() ? file.SetReadOnly(true) : SetReadOnly(path, true);
-    if (cause != FileCause::None)
+    else if (cause != FileCause::None)
         AddPending(FileErrorMessage("while accessing the log file", path, cause));
 }
 
@@ -209,14 +209,11 @@ void CRawLog::TendFile() {
         if (hasFile && Session.Clock.MonotonicMilliseconds() - FileBegun < RetryMilliseconds)
             skipped = FileFolder;
     }
-    struct Done { // also when there is no memory to go on with: somebody waits
-        CRawLog& log;
-        ~Done() {
-            CRecursiveLock lock(log.Session.DocLock);
-            log.Rescuing = false;
-            log.EndDone.Set();
-        }
-    } const done{*this};
+    const CAtEnd done([this] {
+        CRecursiveLock lock(Session.DocLock);
+        Rescuing = false;
+        EndDone.Set();
+    });
     if (hasFile)
         GiveFileUp();
     const bool begun = BeginAnotherFile(skipped);
@@ -244,6 +241,9 @@ void CRawLog::GiveFileUp() {
                        trouble == FileTrouble::Truncated;
     if (there)
         ProtectLogFile(path);
+    else // it was said to be gone
+        std::ignore = Stage.OpenFile().SetReadOnly(true);
+    Stage.CloseFile();
     if (const auto finished = there ? FinishFile(path) : std::nullopt) {
         CRecursiveLock lock(Session.DocLock);
         OnFileEnded(*finished);

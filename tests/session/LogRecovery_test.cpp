@@ -37,8 +37,8 @@ TEST_F(ACutLog, IsFinishedByTheNextRunBehindItsLastWholeRecord) {
         const char* said;
     } cases[] = {
         {Header + one + two, "", "ends with a whole record"},
-        {Header + one, two.substr(0, 3), "last 3 bytes"},
-        {Header + one, two.substr(0, 6), "last 6 bytes"}, // its tag is missing
+        {Header + one, two.substr(0, 3), "within a record. Its last 3 bytes"},
+        {Header + one, two.substr(0, 6), "no time tag. Its last 6 bytes"},
         {Header + one, two.substr(0, two.size() - 1), "last 12 bytes"},
         {Header + one + two, std::string(512, '\0'), "last 512 bytes"},
         {Header + one + stamp, "", "ends with a whole record"},

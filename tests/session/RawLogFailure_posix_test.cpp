@@ -145,10 +145,13 @@ TEST_F(AFailingDisk, AnotherFileTakesWhatTheFullDiskDidNot) {
     }
 }
 
-TEST_F(AFailingDisk, RemovedLogIsToldAtItsEnd) {
+TEST_F(AFailingDisk, LogThatIsAwayAtItsEndIsToldAndProtectedWhereItIs) {
     ASSERT_TRUE(Begin());
-    std::filesystem::remove(Folder + "cast.raw");
+    std::filesystem::rename(Folder + "cast.raw", Folder + "away.raw");
     EXPECT_TRUE(Doc.RawLog.EndLogFile(true));
+    bool readOnly = false;
+    EXPECT_EQ(IsReadOnly(Folder + "away.raw", readOnly), FileCause::None);
+    EXPECT_TRUE(readOnly) << "the next run would take it for a log that a crash cut off";
     EXPECT_THAT(User.TakeMessages(),
                 ElementsAre("An error occured while accessing the log file\r\n\"" + Folder +
                             "cast.raw\"."));

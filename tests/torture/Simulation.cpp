@@ -135,10 +135,6 @@ void CSimulation::CheckLogs() {
     for (const LogFile& file : Files) {
         std::ostringstream content;
         content << std::ifstream(file.kept, std::ios::binary).rdbuf();
-        // A log that was away as it ended looks like one that a crash cut, and its last frame, when
-        // it was the GPS instrument's, like one whose tag is missing: it was moved there, and said.
-        if (const std::string rest = file.path + ".rest"; fs::exists(rest))
-            content << std::ifstream(rest, std::ios::binary).rdbuf();
         const std::string wrong = Check->Read(content.str());
         Require(wrong.empty(), file.path + " " + wrong);
         Require(Ended.contains(file.path), file.path + ": nobody said that it ended");
