@@ -67,7 +67,7 @@ class SeaBass(unittest.TestCase):
         sensors = json.loads(call("check", "--json", self.profiler).stdout)["sensors"]
         index = {(sensor["type"], sensor["id"]): sensor["index"] for sensor in sensors}
         pairs = [("pressure", "dbar", ("PRES", "")), ("Wt", "degreesC", ("TEMP", "WATER")), ("cond", "mmho/cm", ("COND", "")),
-                 ("chl", "mg/m^3", ("CHL", "")), ("heading", "degrees", ("HEADING", ""))]
+                 ("Chl_stimf", "mg/m^3", ("CHL", "")), ("heading", "degrees", ("HEADING", ""))]
         self.assertEqual(list(units), ["date", "time"] + [field for field in units if field not in ("date", "time")])
         for field, unit, sensor in pairs:
             self.assertEqual(units[field], unit)
