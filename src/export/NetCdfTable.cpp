@@ -3,32 +3,14 @@
 // Frames into blocks, and blocks into the file.
 #include "export/NetCdfTable.h"
 
-#include "base/Text.h"
-#include "products/GpsSentence.h"
+#include "export/FrameCells.h"
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 namespace qor {
 
 namespace {
-
-constexpr double Missing = std::numeric_limits<double>::quiet_NaN();
-constexpr signed char NoValueYet = 9; ///< beside the numbers of the conversion status
-constexpr signed char NotChecked = 2;
-
-signed char CodeOf(ConversionStatus status) {
-    return static_cast<signed char>(static_cast<std::uint32_t>(status) & 0x3F);
-}
-
-/// Decided: strings of the file end at a NUL, so the sign that Unicode has for it stands there.
-std::string StringOf(const std::string& bytes) {
-    std::string text = Utf8Of(bytes);
-    for (std::size_t at = 0; (at = text.find('\0', at)) != text.npos;)
-        text.replace(at, 1, "\xE2\x90\x80");
-    return text;
-}
 
 /// What makes two tables of one instrument's frames the same.
 std::vector<std::string> LayoutOf(const ExportedInstrument& instrument) {
@@ -39,16 +21,6 @@ std::vector<std::string> LayoutOf(const ExportedInstrument& instrument) {
     for (const DerivedRow& row : instrument.derived)
         layout.push_back(row.label + " " + row.units);
     return layout;
-}
-
-std::string IsoTime(double seconds, bool utc) {
-    const double whole = std::floor(seconds);
-    const CalendarTime time = CalendarFromSeconds(static_cast<std::int64_t>(whole));
-    const int milliseconds =
-        static_cast<int>(std::min(999.0, std::round((seconds - whole) * 1000.0)));
-    return Format("%04d-%02d-%02dT%02d:%02d:%02d.%03d", time.year, time.month, time.day, time.hour,
-                  time.minute, time.second, milliseconds) +
-           (utc ? "Z" : "");
 }
 
 } // namespace
@@ -67,7 +39,8 @@ bool CNetCdfTable::BeginLog(const LogSource& source, const ExportedInstrument& i
     if (!Defined) {
         Layout = LayoutOf(instrument);
         UtcOffset = source.utcOffset;
-        Define(source, instrument);
+        Define(LayoutOfFrames(source, instrument, Style),
+               instrument.live->Definition().Sensors().size());
         Defined = true;
         return File.Good();
     }
@@ -93,20 +66,9 @@ bool CNetCdfTable::Write(const ExportedFrame& frame) {
         LogNumbers.push_back(LogNumber);
     const auto flags = FlagsOf(frame.checks);
     for (std::size_t i = 0; i < flags.size(); ++i)
-        FlagValues[i].push_back(!flags[i].value ? NotChecked
-                                                : static_cast<signed char>(*flags[i].value));
+        FlagValues[i].push_back(CodeOf(flags[i]));
     for (Numbers& numbers : NumberList)
-        switch (numbers.origin) {
-        case Origin::Sensors:
-            TakeSensors(live, numbers);
-            break;
-        case Origin::Product:
-            TakeProduct(frame.derived, numbers);
-            break;
-        case Origin::Degrees:
-            TakeDegrees(live, numbers);
-            break;
-        }
+        Take(numbers, frame);
     for (Texts& texts : TextList)
         TakeText(live, texts);
     if (Times.size() >= BlockFrames)
@@ -115,12 +77,8 @@ bool CNetCdfTable::Write(const ExportedFrame& frame) {
 }
 
 void CNetCdfTable::TakeTime(const FrameTime& time) {
-    double seconds = Missing;
-    if (time.known) {
-        const std::int64_t local = time.seconds + std::int64_t{time.utcOffsetMinutes} * 60;
-        const std::int64_t shown = local - std::int64_t{UtcOffset.value_or(0)} * 60;
-        // One rounding, so that the nearest millisecond is the one that was sent.
-        seconds = static_cast<double>(shown * 1000 + time.milliseconds) / 1000.0;
+    const double seconds = ShownSeconds(time, UtcOffset);
+    if (!std::isnan(seconds)) {
         FirstTime = AnyTime ? std::min(FirstTime, seconds) : seconds;
         LastTime = AnyTime ? std::max(LastTime, seconds) : seconds;
         AnyTime = true;
@@ -129,57 +87,24 @@ void CNetCdfTable::TakeTime(const FrameTime& time) {
 }
 
 /// Into the place of the frame that is being taken: Times has it already.
-void CNetCdfTable::Take(Numbers& numbers, std::size_t channel, double value, signed char status) {
-    const std::size_t place = channel * BlockFrames + Times.size() - 1;
-    numbers.values[place] = value;
-    numbers.statuses[place] = status;
-}
-
-void CNetCdfTable::TakeSensors(const CLiveInstrument& live, Numbers& numbers) {
-    const FrameValues& current = live.Values();
-    for (std::size_t channel = 0; channel < numbers.indexes.size(); ++channel) {
-        const int index = numbers.indexes[channel];
-        const auto i = static_cast<std::size_t>(index);
-        ShownValue value{current.statuses[i], false, current.numbers[i]};
-        if (Style.view != ValueView::Calibrated)
-            value = ValueOf(live, *live.Definition().Sensor(index), Style.view, Cell);
-        else if (Style.digits > 0 && value.status == ConversionStatus::Good)
-            value.number = Rounded(value.number, Style.digits);
-        Take(numbers, channel, value.status == ConversionStatus::Good ? value.number : Missing,
-             CodeOf(value.status));
+void CNetCdfTable::Take(Numbers& numbers, const ExportedFrame& frame) {
+    std::size_t place = Times.size() - 1;
+    for (const int index : numbers.indexes) {
+        const FrameCell cell = CellOf(numbers.origin, index, frame, Style, Cell);
+        numbers.values[place] = cell.value;
+        numbers.statuses[place] = cell.status;
+        place += BlockFrames;
     }
-}
-
-void CNetCdfTable::TakeProduct(std::span<const DerivedRow> rows, Numbers& numbers) {
-    const auto i = static_cast<std::size_t>(numbers.indexes[0]);
-    const DerivedRow* row = i < rows.size() ? &rows[i] : nullptr;
-    const bool has = row && row->value;
-    const bool failed = row && row->status != ConversionStatus::Good;
-    Take(numbers, 0, has ? Rounded(*row->value, Style.digits) : Missing,
-         has      ? CodeOf(ConversionStatus::Good)
-         : failed ? CodeOf(row->status)
-                  : NoValueYet);
-}
-
-void CNetCdfTable::TakeDegrees(const CLiveInstrument& live, Numbers& numbers) {
-    const CSensor* sensor = live.Definition().Sensor(numbers.indexes[0]);
-    const std::optional<double> degrees = SignedDegrees(live, *sensor);
-    Take(numbers, 0, degrees ? Rounded(*degrees, Style.digits) : Missing,
-         degrees ? CodeOf(ConversionStatus::Good) : NoValueYet);
 }
 
 void CNetCdfTable::TakeText(const CLiveInstrument& live, Texts& texts) {
-    const ShownValue value =
-        ValueOf(live, *live.Definition().Sensor(texts.sensor), Style.view, Cell);
-    const bool good = value.status == ConversionStatus::Good;
-    texts.statuses.push_back(CodeOf(value.status));
-    std::string text = good ? StringOf(Cell) : std::string();
+    texts.statuses.push_back(TextCell(live, texts.sensor, Style.view, Cell));
     if (texts.width == 0) {
-        texts.values.push_back(std::move(text));
+        texts.values.push_back(Cell);
         return;
     }
-    text.resize(texts.width, '\0');
-    texts.bytes += text;
+    Cell.resize(texts.width, '\0');
+    texts.bytes += Cell;
 }
 
 void CNetCdfTable::WriteBlock() {
@@ -225,9 +150,7 @@ void CNetCdfTable::WriteNumbers(const Numbers& numbers, std::size_t frames) {
 void CNetCdfTable::DescribeTimes() {
     if (!AnyTime)
         return;
-    SetGlobal("time_coverage_start", IsoTime(FirstTime, UtcOffset.has_value()));
-    SetGlobal("time_coverage_end", IsoTime(LastTime, UtcOffset.has_value()));
-    SetGlobal("time_coverage_duration", "PT" + FixedNumber(LastTime - FirstTime, 3) + "S");
+    SetAttributes(CNetCdfFile::Global, CoverageOf(FirstTime, LastTime, UtcOffset.has_value()));
 }
 
 bool CNetCdfTable::Close() {

@@ -5,12 +5,10 @@
 // written in blocks, a variable at a time. Used by FrameNetCdf, on its thread.
 #pragma once
 
-#include "export/LogSource.h"
+#include "export/FrameVariables.h"
 #include "export/NetCdfFile.h"
-#include "export/StandardNames.h"
 
 #include <map>
-#include <set>
 
 namespace qor {
 
@@ -29,13 +27,10 @@ class CNetCdfTable {
     std::string FaultText() const;
 
   private:
-    /// Where the values of a variable come from.
-    enum class Origin : std::uint8_t { Sensors, Product, Degrees };
     /// A variable of numbers with its status, a column for every channel.
     struct Numbers {
-        Origin origin = Origin::Sensors;
+        FrameOrigin origin = FrameOrigin::Sensors;
         std::vector<int> indexes; ///< of sensors, or of the product
-        bool series = false;
         int variable = -1, status = -1;
         std::vector<double> values = {}; ///< of the frames that wait, channel by channel
         std::vector<signed char> statuses = {};
@@ -48,38 +43,16 @@ class CNetCdfTable {
         std::vector<std::string> values = {};
         std::vector<signed char> statuses = {};
     };
-    /// What a variable's attributes say.
-    struct Description {
-        std::string name, title, units;
-        QuantityName quantity = {};
-        const CSensor* sensor = nullptr;
-    };
-
     // In NetCdfLayout.cpp.
-    void Define(const LogSource& source, const ExportedInstrument& instrument);
-    void DefineFrames(bool utc);
-    void DefineSeries(const CLiveInstrument& live, std::vector<bool>& taken);
-    void DefineSensor(const CLiveInstrument& live, const CSensor& sensor);
-    void DefineProducts(std::span<const DerivedRow> rows);
-    int DefineWavelengths(std::span<const double> wavelengths);
-    void AddNumbers(Numbers numbers, const Description& description, int wavelengths);
-    void AddTexts(const CSensor& sensor, const Description& description);
-    int DefineTexts(const std::string& name, std::size_t width);
-    int AddStatus(const Description& description, int variable, int wavelengths,
-                  std::size_t channels);
-    Description Describe(const CLiveInstrument& live, const CSensor& sensor,
-                         const std::string& name) const;
-    void SetDescription(int variable, const Description& description);
-    void DescribeFile(const LogSource& source, const CLiveInstrument& live);
-    void SetGlobal(const char* name, const std::string& text) {
-        File.SetText(CNetCdfFile::Global, name, text);
-    }
-    std::string NameFor(std::string_view text);
+    void Define(const FrameLayout& layout, std::size_t sensors);
+    void DefineFrames(const FrameLayout& layout);
+    int DefineWavelengths(const FrameLayout& layout, int number);
+    int DefineTexts(const FrameVariable& variable);
+    void AddNumbers(const FrameVariable& variable, const FrameLayout& layout);
+    void AddTexts(const FrameVariable& variable);
+    void SetAttributes(int variable, const FrameAttributes& attributes);
 
-    void Take(Numbers& numbers, std::size_t channel, double value, signed char status);
-    void TakeSensors(const CLiveInstrument& live, Numbers& numbers);
-    void TakeProduct(std::span<const DerivedRow> rows, Numbers& numbers);
-    void TakeDegrees(const CLiveInstrument& live, Numbers& numbers);
+    void Take(Numbers& numbers, const ExportedFrame& frame);
     void TakeText(const CLiveInstrument& live, Texts& texts);
     void TakeTime(const FrameTime& time);
     void WriteBlock();
@@ -98,10 +71,8 @@ class CNetCdfTable {
 
     int TimeDimension = -1, Time = -1, Frame = -1, Log = -1;
     int Flags[3] = {-1, -1, -1};
-    std::vector<std::vector<double>> Grids; ///< of wavelengths, and their dimensions
-    std::vector<int> GridDimensions;
+    std::vector<int> GridDimensions;            ///< of wavelengths
     std::map<std::size_t, int> WidthDimensions; ///< of texts
-    std::set<std::string> Names;                ///< of variables and dimensions, in lower case
     std::vector<Numbers> NumberList;
     std::vector<Texts> TextList;
 
