@@ -19,6 +19,10 @@ else()
     $<$<BOOL:${QORVIEW_WERROR}>:-Werror>
     # The same value to the last bit on every machine: no fused multiply-add.
     -ffp-contract=off)
+  if(QORVIEW_PYTHON_FOUND)
+    # Nobody puts another function in the place of one of ours: calls within a module stay direct.
+    target_compile_options(qorview_options INTERFACE -fno-semantic-interposition)
+  endif()
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
     # GCC 12 sees overlapping copies and unset bytes in optimised std::string code that has none.
     target_compile_options(qorview_options INTERFACE -Wno-restrict -Wno-maybe-uninitialized)
