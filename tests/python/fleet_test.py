@@ -16,7 +16,7 @@ except ImportError as missing:
     print(f"fleet_test: skipped, {missing.name} is not installed (see script/packages.txt)")
     sys.exit(SKIPPED)
 
-CLI, ROOT = os.path.abspath(sys.argv[1]), os.path.abspath(sys.argv[2])
+CLI, ROOT = (os.path.abspath(argument) for argument in sys.argv[1:3])
 FLEET = os.path.join(ROOT, "examples", "fleet", "fleet.py")
 PROFILER = os.path.join(ROOT, "examples", "profiler.cal")
 sys.path.insert(0, os.path.dirname(FLEET))

@@ -26,7 +26,7 @@ except ImportError as missing:
 import qorview
 from qorview import _blocks
 
-CLI, ROOT = os.path.abspath(sys.argv[1]), os.path.abspath(sys.argv[2])
+CLI, ROOT, BUILD = (os.path.abspath(argument) for argument in sys.argv[1:4])
 EXAMPLES = os.path.join(ROOT, "examples")
 PROFILER, RADIOMETER = (os.path.join(EXAMPLES, name) for name in ("profiler.cal", "radiometer.cal"))
 OF_THE_CALL = ("history", "date_created", "qorview_call")
@@ -199,6 +199,33 @@ class Package(unittest.TestCase):
             with self.subTest(number), self.assertRaisesRegex(qorview.Error, text) as caught:
                 wrong()
             self.assertIsInstance(caught.exception, kind)
+
+    def test_the_page_says_what_runs(self):
+        """The examples of docs/python.md, one after another as they are printed, and the first plot."""
+        shutil.copy(PROFILER, self.folder)
+        shutil.copy(RADIOMETER, self.folder)
+        os.mkdir(self.path("logs"))
+        for number in range(2):
+            simulate(self.path(f"logs/{number}.raw"), 50, PROFILER)
+        with open(os.path.join(ROOT, "docs", "python.md"), encoding="utf-8") as file:
+            blocks = re.findall(r"```python\n(.*?)```", file.read(), re.DOTALL)
+        self.assertGreater(len(blocks), 3)
+        calls = [["-c", "\n".join(blocks)], [os.path.join(EXAMPLES, "python", "first_plot.py"), self.path("cast.png")]]
+        for words in calls:
+            result = subprocess.run([sys.executable, *words], cwd=self.folder, capture_output=True, text=True, check=False)
+            self.assertEqual(result.returncode, 0, result.stderr)
+        self.assertGreater(os.path.getsize(self.path("cast.png")), 10000)
+
+    def test_installed_it_is_found(self):
+        """By its files below a prefix alone, with nothing of the build folder."""
+        subprocess.run(["cmake", "--install", BUILD, "--component", "python", "--prefix", self.path("usr")], check=True,
+                       capture_output=True)
+        [package] = glob.glob(self.path("usr/lib/*/dist-packages"))
+        said = subprocess.run([sys.executable, "-c", "import qorview, xarray, importlib.metadata as metadata\n"
+                               "print(qorview.__file__, 'qorview' in xarray.backends.list_engines(),"
+                               "metadata.version('qorview') == qorview.__version__)"],
+                              env={"PYTHONPATH": package}, capture_output=True, text=True, check=True).stdout
+        self.assertEqual(said.split(), [os.path.join(package, "qorview", "__init__.py"), "True", "True"])
 
 
 if __name__ == "__main__":
