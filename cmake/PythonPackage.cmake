@@ -10,7 +10,7 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-qorview)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PYTHON_DESCRIPTION "raw logs of oceanographic instruments as numpy arrays and xarray datasets")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "raw logs of oceanographic instruments as numpy arrays and xarray datasets")
 # A module is of one version of Python.
 math(EXPR next "${Python3_VERSION_MINOR} + 1")
 string(CONCAT CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS

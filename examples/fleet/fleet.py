@@ -20,21 +20,29 @@ from distributed import Client, LocalCluster, as_completed
 import qorview
 
 
+def mean_of(values, starts):
+    """The means of stretches of rows, over what has a value; NaN where nothing has."""
+    valid = ~numpy.isnan(values)
+    counts = numpy.add.reduceat(valid, starts, axis=0, dtype=numpy.int64)
+    sums = numpy.add.reduceat(numpy.where(valid, values, 0.0), starts, axis=0)
+    return numpy.divide(sums, counts, out=numpy.full(sums.shape, numpy.nan), where=counts > 0)
+
+
 def bin_log(path, definitions, instrument, width):
     """The means of a log over bins of time, with how many frames each has and whether the log is whole."""
     log = qorview.open(path, definitions)
-    verdict = log.verify()
+    whole = log.verify()["ok"]
     data = log.to_xarray(instrument)
-    numbers = [name for name, values in data.data_vars.items() if values.dtype == numpy.float64]
-    data = data[numbers].assign(frames=xarray.ones_like(data["frame"], dtype=numpy.int64))
-    data = data.sel(time=data["time"].notnull())
-    bins = data["time"].dt.floor(width)
-    means = data[numbers].groupby(bins.rename("bin")).mean("time", keep_attrs=True)
-    means["frames"] = data["frames"].groupby(bins.rename("bin")).sum("time")
-    for name in ("history", "date_created"):  # of the decoding, which is nobody's here
-        means.attrs.pop(name, None)
-    means = means.rename(bin="time").expand_dims(log=[os.path.basename(path)]).stack(row=("log", "time"))
-    return means.reset_index("row"), verdict["ok"]
+    data = data.isel(time=data["time"].notnull().values).sortby("time")
+    bins, starts, frames = numpy.unique(data["time"].dt.floor(width).values, return_index=True, return_counts=True)
+    means = {name: (("row", *column.dims[1:]), mean_of(column.values, starts) if len(starts) else column.values,
+                    column.attrs)
+             for name, column in data.data_vars.items() if column.dtype == numpy.float64}
+    attributes = {name: text for name, text in data.attrs.items() if name not in ("history", "date_created")}
+    grids = {name: data[name] for name in data.coords if name != "time"}
+    return xarray.Dataset({**means, "frames": ("row", frames)},
+                          {**grids, "time": ("row", bins), "log": ("row", [os.path.basename(path)] * len(bins))},
+                          attributes), whole
 
 
 def store(parts, path):

@@ -21,6 +21,7 @@ FLEET = os.path.join(ROOT, "examples", "fleet", "fleet.py")
 PROFILER = os.path.join(ROOT, "examples", "profiler.cal")
 sys.path.insert(0, os.path.dirname(FLEET))
 import fleet  # noqa: E402
+import qorview  # noqa: E402
 
 
 class Fleet(unittest.TestCase):
@@ -42,6 +43,10 @@ class Fleet(unittest.TestCase):
             fleet.store([fleet.bin_log(log, [PROFILER], "QORPRO042", "1s") for log in logs[:3]], loop)
             with xarray.open_dataset(many) as found, xarray.open_dataset(loop) as expected:
                 xarray.testing.assert_identical(found.load(), expected.load())
+                table = qorview.open(logs[0], [PROFILER]).frame_table("QORPRO042")
+                first = table["PRES"][table["time"].astype("datetime64[s]") == found["time"].values[1]]
+                self.assertEqual(int(found["frames"][1]), len(first))
+                self.assertAlmostEqual(float(found["PRES"][1]), first.mean())
                 self.assertGreater(int(found["frames"].sum()), 700)
                 self.assertEqual(list(dict.fromkeys(found["log"].values)), ["log0.raw", "log1.raw", "log2.raw"])
 
