@@ -7,6 +7,7 @@
 #include "base/Text.h"
 #include "instrument/Calibration.h"
 #include "products/OceanMath.h"
+#include "session/PressureSource.h"
 
 #include <algorithm>
 #include <cmath>
@@ -53,7 +54,7 @@ WatchId CHistory::Watch(const HistoryItem& item) {
     CRecursiveLock lock(Session.DocLock);
     HistoryItem wanted = item;
     // A package's row is one curve, whichever of its instruments it is asked of.
-    const SessionState::FrameOwner* owner = OwnerNamed(item.instrument);
+    const SessionState::FrameOwner* owner = Session.OwnerNamed(item.instrument);
     if (item.derived && owner && owner->package && !owner->package->Instruments.empty())
         wanted.instrument = owner->package->Instruments.front();
     const auto found = std::ranges::find(Curves, wanted, [](const auto& one) { return one->item; });
@@ -180,13 +181,6 @@ bool CHistory::EndCast(const std::string& instrument) {
     return true;
 }
 
-const SessionState::FrameOwner* CHistory::OwnerNamed(const std::string& name) const {
-    for (const auto& resource : Session.Resources)
-        if (const CQorViewIns* found = resource->Instrument(name))
-            return Session.OwnerOf(found->Id);
-    return nullptr;
-}
-
 CHistory::Source* CHistory::Find(InstrumentId instrument) {
     const std::uint32_t place = static_cast<std::uint32_t>(instrument) - FirstIdentity;
     return place < Sources.size() ? Sources[place].get() : nullptr;
@@ -248,7 +242,7 @@ CHistory::Source* CHistory::SourceOf(const SessionState::FrameOwner& owner) {
 }
 
 void CHistory::BindCurve(Kept& curve) {
-    const SessionState::FrameOwner* owner = OwnerNamed(curve.item.instrument);
+    const SessionState::FrameOwner* owner = Session.OwnerNamed(curve.item.instrument);
     if (!owner)
         return;
     if (curve.item.derived) {
@@ -288,7 +282,7 @@ void CHistory::BindRow(Kept& curve, const SessionState::FrameOwner& owner) {
 }
 
 void CHistory::BindRing(Ring& ring) {
-    const SessionState::FrameOwner* owner = OwnerNamed(ring.instrument);
+    const SessionState::FrameOwner* owner = Session.OwnerNamed(ring.instrument);
     const InstrumentId now = owner ? owner->instrument->Id : InstrumentId::None;
     if (ring.from != now)
         ring.spectra.reset();
@@ -303,36 +297,17 @@ void CHistory::BindRing(Ring& ring) {
 }
 
 CHistory::Depth* CHistory::DepthFor(const SessionState::FrameOwner& owner) {
-    const CLiveInstrument* own[] = {&owner.instrument->Live};
-    const SessionState::FrameOwner* profiler = Session.OwnerOf(BoundProfiler);
-    for (const SessionState::FrameOwner* one : {&owner, profiler})
-        if (one && one->package)
-            if (Depth* depth = DepthAmong(one->package->Live))
-                return depth;
-    if (profiler && !profiler->package) {
-        const CLiveInstrument* alone[] = {&profiler->instrument->Live};
-        if (Depth* depth = DepthAmong(alone))
-            return depth;
-    }
-    // Decided: without a package and a profiler an instrument's own pressure gives its depth.
-    return DepthAmong(own);
-}
-
-CHistory::Depth* CHistory::DepthAmong(PackageInstruments instruments) {
-    const SensorPlace place = FindPressure(instruments);
-    const CSensor* sensor = SensorAt(instruments, place);
-    const std::optional<UnitScale> scale = sensor ? PressureScale(sensor->Units) : std::nullopt;
-    if (!scale)
+    const std::optional<PressureSource> pressure = PressureSourceOf(Session, owner);
+    if (!pressure)
         return nullptr;
-    const std::string& name = InstrumentAt(instruments, place.instrument)->Name();
-    const SessionState::FrameOwner* owner = OwnerNamed(name);
-    Depth& depth = Depths[name];
-    if (depth.instrument != owner->instrument->Id)
+    const SessionState::FrameOwner& carrier = *pressure->carrier;
+    Depth& depth = Depths[carrier.instrument->Name()];
+    if (depth.instrument != carrier.instrument->Id)
         depth.time = CHistoryClock::Never;
-    depth.instrument = owner->instrument->Id;
-    depth.sensor = place.sensor;
-    depth.scale = scale;
-    Source* source = SourceOf(*owner);
+    depth.instrument = carrier.instrument->Id;
+    depth.sensor = pressure->sensor;
+    depth.scale = pressure->scale;
+    Source* source = SourceOf(carrier);
     depth.seconds = source->seconds;
     depth.clock = source->clock;
     source->carried = &depth;
@@ -344,7 +319,7 @@ CHistory::Depth* CHistory::DepthOfName(const std::string& instrument) {
         return nullptr;
     if (!IsBound())
         Bind();
-    const SessionState::FrameOwner* owner = OwnerNamed(instrument);
+    const SessionState::FrameOwner* owner = Session.OwnerNamed(instrument);
     return owner ? DepthFor(*owner) : nullptr;
 }
 

@@ -158,11 +158,8 @@ class CHistory {
     void BindRing(Ring& ring) REQUIRES(Session.DocLock);
     Source* SourceOf(const SessionState::FrameOwner& owner) REQUIRES(Session.DocLock);
     Depth* DepthFor(const SessionState::FrameOwner& owner) REQUIRES(Session.DocLock);
-    Depth* DepthAmong(PackageInstruments instruments) REQUIRES(Session.DocLock);
     Depth* SomeDepth() REQUIRES(Session.DocLock);
     Depth* DepthOfName(const std::string& instrument) REQUIRES(Session.DocLock);
-    const SessionState::FrameOwner* OwnerNamed(const std::string& name) const
-        REQUIRES(Session.DocLock);
     Source* Find(InstrumentId instrument) REQUIRES(Session.DocLock);
     std::optional<double> TimeOf(const SessionState::FrameOwner& owner, Source& source)
         REQUIRES(Session.DocLock);

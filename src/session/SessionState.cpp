@@ -19,6 +19,13 @@ CQorViewIns* SessionState::RoleInstrument(InstrumentRole role) const {
     return Find(Role(role));
 }
 
+const SessionState::FrameOwner* SessionState::OwnerNamed(const std::string& name) const {
+    for (const auto& resource : Resources)
+        if (const CQorViewIns* found = resource->Instrument(name))
+            return OwnerOf(found->Id);
+    return nullptr;
+}
+
 CQorViewIns* SessionState::Find(InstrumentId id) const {
     const FrameOwner* owner = OwnerOf(id);
     return owner ? owner->instrument : nullptr;

@@ -122,6 +122,8 @@ struct SessionState {
     const FrameOwner* OwnerOf(InstrumentId id) const REQUIRES(DocLock) {
         return OwnerOf(static_cast<std::uint32_t>(id));
     }
+    /// Null when no instrument has the name.
+    const FrameOwner* OwnerNamed(const std::string& name) const REQUIRES(DocLock);
     /// The instrument or resource of a handle; null when it has gone.
     CQorViewIns* Find(InstrumentId id) const REQUIRES(DocLock);
     CQorViewRes* Find(ResourceId id) const REQUIRES(DocLock);

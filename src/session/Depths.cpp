@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// Depths of frames. See Depths.h.
+#include "session/Depths.h"
+
+#include <cmath>
+
+namespace qor {
+
+CDepths::CDepths(const SessionState& session, bool wanted) : Session(session), IsWanted(wanted) {
+    CRecursiveLock lock(session.DocLock);
+    for (const auto& resource : session.Resources)
+        for (const auto& instrument : resource->Instruments) {
+            const SessionState::FrameOwner* owner = session.OwnerOf(instrument->Id);
+            const std::optional<PressureSource> source =
+                wanted && owner ? PressureSourceOf(session, *owner) : std::nullopt;
+            if (source)
+                Sources.emplace(instrument.get(), *source);
+        }
+}
+
+std::optional<double> CDepths::Of(const CQorViewIns& instrument) const {
+    CRecursiveLock lock(Session.DocLock);
+    const auto found = Sources.find(&instrument);
+    if (found == Sources.end())
+        return std::nullopt;
+    const CQorViewIns& carrier = *found->second.carrier->instrument;
+    if (&carrier != &instrument && carrier.Live.CurrentFrame()) {
+        const FrameTime& now = instrument.Live.CurrentFrame()->Info.time;
+        const FrameTime& then = carrier.Live.CurrentFrame()->Info.time;
+        const double patience = static_cast<double>(carrier.Live.Patience()) / 1000.0;
+        if (now.known && then.known && std::fabs(SecondsOf(now) - SecondsOf(then)) > patience)
+            return std::nullopt;
+    }
+    return DepthBy(Session, found->second);
+}
+
+} // namespace qor
