@@ -3,6 +3,7 @@
 
 #include "base/NearName.h"
 #include "cli/Commands.h"
+#include "cli/DecodeRun.h"
 #include "cli/InstrumentOptions.h"
 #include "cli/Report.h"
 #include "export/Output.h"
@@ -58,12 +59,15 @@ std::string SettleBareOptions(std::vector<std::string>& arguments) {
     const struct {
         std::string_view option;
         std::string_view value;
-    } bare[] = {{"--wet", EveryInstrument}, {"--derived", UsualDerived}};
+    } bare[] = {{"--wet", EveryInstrument}, {"--derived", UsualDerived}, {"--qc", NoLimitsFile}};
     for (std::size_t i = 1; i < arguments.size() && arguments[i] != "--"; ++i)
         for (const auto& row : bare) {
             std::string& word = arguments[i];
             if (word != row.option)
                 continue;
+            if (word == "--qc" && i + 1 < arguments.size() &&
+                ExtensionOf(arguments[i + 1]) == "txt")
+                break; // the file of its limits
             if (i + 1 < arguments.size() && MayBeName(arguments[i + 1]))
                 return word + " " + arguments[i + 1] +
                        ": there is no file of that name. Did you mean " + word + "=" +

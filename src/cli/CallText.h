@@ -15,8 +15,10 @@ class ParseError;
 
 namespace qor {
 
-/// Gives a bare --wet or --derived its value: the parser would take the next word for it. That word
-/// may have been meant for it, then the result says so; else it is empty.
+/// Gives a bare --wet, --derived or --qc its value: the parser would take the next word for it.
+/// That word may have been meant for it, then the result says so; else it is empty. A text file
+/// behind
+/// --qc is its value.
 std::string SettleBareOptions(std::vector<std::string>& arguments);
 
 /// Prints what a call asks for that wants help or the version, wherever it says so. The exit

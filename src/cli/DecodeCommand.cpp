@@ -15,6 +15,61 @@ namespace qor {
 
 namespace {
 
+/// The names of the formats that can do it: "csv, jsonl or netcdf".
+template <class Can> std::string FormatsThat(Can can) {
+    std::vector<std::string> names;
+    for (const ExportFormat& format : ExportFormats())
+        if (can(format))
+            names.emplace_back(format.name);
+    std::string text;
+    for (std::size_t i = 0; i < names.size(); ++i)
+        text += (i == 0 ? "" : i + 1 == names.size() ? " or " : ", ") + names[i];
+    return text;
+}
+
+/// What of --bin and --qc the other options do not go with; empty when all is well.
+std::string WhyNoMeans(const DecodeOptions& options) {
+    const ExportFormat& format = *options.format;
+    const std::string name(format.name);
+    const char* const option = options.settings.bins ? "--bin" : "--qc";
+    if (options.settings.bins && !format.makeBins)
+        return "--format " + name + " holds no means; --bin goes with " +
+               FormatsThat([](const ExportFormat& one) { return one.makeBins != nullptr; }) + ".";
+    if (options.settings.bins && options.files.size() > 1 && options.jobs == 0 &&
+        format.makeBins == FindExportFormat("netcdf")->makeBins)
+        return "a netCDF file holds the means of one log; give -j 1 and a folder for a file each.";
+    if (options.settings.bins && options.settings.qc && !options.goodOnly)
+        return "means have no flags; with --bin and --qc give --good-only, which leaves the values "
+               "that are bad out of them.";
+    if (options.settings.qc && !format.qc)
+        return "--format " + name + " shows no quality flags; --qc goes with " +
+               FormatsThat([](const ExportFormat& one) { return one.qc; }) + ".";
+    if ((options.settings.bins || options.settings.qc) &&
+        options.settings.style.view != ValueView::Calibrated)
+        return std::string(option) + " is of calibrated values; leave out --raw-counts and --hex.";
+    return {};
+}
+
+/// Reads the limits and settles what follows from them. The exit status.
+int TakeMeans(DecodeOptions& options) {
+    ExportSettings& settings = options.settings;
+    if (!options.limits.empty())
+        settings.qc.emplace();
+    if (const std::string wrong = WhyNoMeans(options); !wrong.empty()) {
+        ReportError(wrong);
+        return ExitBadCall;
+    }
+    if (settings.qc && options.limits != NoLimitsFile)
+        if (const std::string wrong = ReadQcLimits(options.limits, *settings.qc); !wrong.empty()) {
+            ReportError(wrong);
+            return ExitFault;
+        }
+    settings.rejects = settings.qc && options.goodOnly;
+    settings.style.qc = settings.qc && !settings.bins;
+    settings.style.flags = settings.style.flags || settings.style.qc;
+    return ExitWell;
+}
+
 int RunDecode(DecodeOptions& options, CommandContext& context) {
     if (!NamesRawFile(options.files))
         return ExitBadCall;
@@ -37,6 +92,8 @@ int RunDecode(DecodeOptions& options, CommandContext& context) {
                     " takes calibrated values alone; leave out --raw-counts and --hex.");
         return ExitBadCall;
     }
+    if (const int status = TakeMeans(options); status != ExitWell)
+        return status;
     options.settings.report = ReportError;
     options.settings.warn = ReportWarning;
     options.settings.call = context.call;
@@ -85,6 +142,27 @@ void AddArchiveOption(CLI::App& command, ExportSettings& settings) {
         ->check(check);
 }
 
+/// Adds --bin and --qc.
+void AddMeansOptions(CLI::App& command, DecodeOptions& options) {
+    command
+        .add_option_function<std::string>(
+            "--bin",
+            [&options](const std::string& text) { options.settings.bins = ReadBinSpan(text); },
+            "Means, standard deviations and counts over so much pressure, depth or time, as \"1 "
+            "dbar\", \"0.5 m\", \"10 s\" or \"5 min\", instead of frames")
+        ->type_name("SPAN")
+        ->check([](const std::string& text) {
+            return ReadBinSpan(text) ? std::string()
+                                     : text + ": give a width above 0 and its units, as in \"1 "
+                                              "dbar\", \"0.5 m\", \"10 s\" or \"5 min\"; times "
+                                              "in whole hundredths of a second";
+        });
+    command
+        .add_option("--qc", options.limits,
+                    "Quality flags of values, by the limits in a text file, and of gaps")
+        ->type_name("[FILE.txt]");
+}
+
 } // namespace
 
 void AddDecodeCommand(CLI::App& app, CommandContext& context) {
@@ -105,7 +183,7 @@ void AddDecodeCommand(CLI::App& app, CommandContext& context) {
     AddDerivedOption(*command, options.instruments, &options.settings.style.derived,
                      "Derived products too: those of a package for its frames, else tilt and PAR");
     command->add_flag("--flags", options.settings.style.flags,
-                      "Columns for what the frame checks found, in CSV");
+                      "Columns for what the frame checks found, in CSV; --qc has them too");
     command
         ->add_option_function<std::string>(
             "--names",
@@ -149,13 +227,15 @@ void AddDecodeCommand(CLI::App& app, CommandContext& context) {
     command->add_flag("--decimal-degrees", options.settings.style.degrees,
                       "Positions in degrees too, south and west negative");
     AddArchiveOption(*command, options.settings);
+    AddMeansOptions(*command, options);
     command
         ->add_option("-j,--jobs", options.jobs,
                      "Each log by itself, so many at once: results in the folder of -o, named as "
                      "the logs")
         ->type_name("N")
         ->transform(CountIn(1, 64));
-    command->add_flag("--good-only", options.goodOnly, "Leave out frames that failed their checks");
+    command->add_flag("--good-only", options.goodOnly,
+                      "Leave out frames that failed their checks, and values that --qc finds bad");
     AddPlaybackOptions(*command, options, context);
     command->callback(
         [&context] { context.body = [&context] { return RunDecode(options, context); }; });

@@ -8,13 +8,16 @@
 #include "cli/Progress.h"
 #include "cli/Report.h"
 #include "export/CheckCounts.h"
+#include "export/CheckedFrames.h"
 
 #include "base/Lock.h"
 #include "base/Text.h"
 #include "platform/FileErrorText.h"
+#include "session/Depths.h"
 #include "session/FileKind.h"
 #include "telemetry/RawLogReader.h"
 
+#include <algorithm>
 #include <set>
 #include <utility>
 
@@ -55,6 +58,37 @@ struct DecodedLog {
     OutputResult result = {}; ///< of the sink
 };
 
+bool WantsDepth(const DecodeOptions& options) {
+    return options.settings.bins && !options.settings.bins->IsTime();
+}
+
+/// Says which instruments have no bins; false when none of them has.
+bool CanBin(const std::string& path, const CPlayedFile& playback,
+            std::span<const ExportedInstrument> binned) {
+    std::string names;
+    for (const CQorViewIns* instrument : playback.Instruments())
+        if (std::ranges::find(binned, &instrument->Live, &ExportedInstrument::live) == binned.end())
+            names += (names.empty() ? "" : ", ") + instrument->ShownName();
+    if (names.empty())
+        return true;
+    (binned.empty() ? ReportError : ReportWarning)(
+        path + ": " + names +
+        ": no pressure in known units says where the frames are from; give a package with -p, the "
+        "instrument that has it with -d and --role NAME=profiler, or a --bin of time.");
+    return !binned.empty();
+}
+
+/// Says which rule of the limits speaks of nothing that is there; false then.
+bool KnowsLimits(const std::optional<QcLimits>& limits,
+                 std::span<const ExportedInstrument> instruments) {
+    if (!limits)
+        return true;
+    const std::string wrong = limits->WhyUnknown(CheckedNames(instruments), NamesOf(instruments));
+    if (!wrong.empty())
+        ReportError(wrong);
+    return wrong.empty();
+}
+
 DecodedLog DecodeLog(const ExportedLog& exported, const DecodeOptions& options,
                      CommandContext& context, CFrameSink& sink) {
     const std::string& path = exported.path;
@@ -66,11 +100,18 @@ DecodedLog DecodeLog(const ExportedLog& exported, const DecodeOptions& options,
         return log;
     const bool derives = options.settings.style.derived && options.format->derived;
     std::vector<DerivedRow> derived; // its memory is used from frame to frame
+    CDepths depths(playback.Doc(), WantsDepth(options));
     std::vector<ExportedInstrument> instruments;
     for (const CQorViewIns* instrument : playback.Instruments())
-        instruments.push_back({&instrument->Live, {}});
-    for (std::size_t i = 0; derives && i < instruments.size(); ++i)
-        playback.Doc().ReadDerived(*playback.Instruments()[i], instruments[i].derived);
+        if (depths.Wanted(*instrument)) {
+            instruments.push_back({&instrument->Live, {}});
+            if (derives)
+                playback.Doc().ReadDerived(*instrument, instruments.back().derived);
+        }
+    log.badCall =
+        !CanBin(path, playback, instruments) || !KnowsLimits(options.settings.qc, instruments);
+    if (log.badCall)
+        return log;
     log.result = sink.BeginLog(exported, instruments);
     log.begun = log.result.Good();
     if (!log.begun)
@@ -80,13 +121,15 @@ DecodedLog DecodeLog(const ExportedLog& exported, const DecodeOptions& options,
     log.whole = playback.Play(
         context,
         [&](CQorViewIns& instrument, const FrameCheckResult& checks) {
-            if (!options.window.Has(instrument.Live.CurrentFrame()->Info.time, utcOffset))
+            const CLiveInstrument& live = instrument.Live;
+            if (!options.window.Has(live.CurrentFrame()->Info.time, utcOffset) ||
+                !depths.Wanted(instrument))
                 return;
             log.anyFrame = true;
             failed.Add(instrument.ShownName(), checks);
             if (derives)
                 playback.Doc().ReadDerived(instrument, derived);
-            const ExportedFrame frame{instrument.Live, checks, derived};
+            const ExportedFrame frame{live, checks, derived, depths.Of(instrument)};
             options.goodOnly&& checks.Failed() ? sink.LeaveOut(frame) : sink.Write(frame);
         },
         [&] { return sink.Good(); }, [&] { sink.Flush(); });
@@ -125,7 +168,7 @@ std::vector<ExportedLog> LogsOf(const DecodeOptions& options) {
 
 int DecodeTogether(std::span<const ExportedLog> logs, const DecodeOptions& options,
                    CommandContext& context) {
-    const std::unique_ptr<CFrameSink> sink = options.format->make(options.settings);
+    const std::unique_ptr<CFrameSink> sink = MakeSink(*options.format, options.settings);
     bool well = true, whole = true, begun = false, anyFrame = false;
     for (const ExportedLog& exported : logs) {
         const DecodedLog log = DecodeLog(exported, options, context, *sink);

@@ -14,6 +14,9 @@
 
 namespace qor {
 
+/// What a --qc without a file is called with.
+inline constexpr const char* NoLimitsFile = "-";
+
 struct DecodeOptions : PlaybackOptions {
     const ExportFormat* format = nullptr; ///< null: that of the output's name
     ExportSettings settings;
@@ -22,7 +25,8 @@ struct DecodeOptions : PlaybackOptions {
     bool goodOnly = false;
     bool utc = false; ///< by each log's own zone
     std::string from, to;
-    TimeWindow window;    ///< of these
+    std::string limits; ///< the file of --qc, NoLimitsFile for none; empty: values are not checked
+    TimeWindow window;  ///< of these
     std::size_t jobs = 0; ///< logs that are decoded at once, each by itself; 0: all into one
 };
 

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "export/ExportFormat.h"
 
+#include "export/BinNetCdf.h"
+#include "export/BinText.h"
+#include "export/CheckedFrames.h"
 #include "export/FrameLines.h"
 #include "export/FrameNetCdf.h"
 #include "export/FrameSeaBass.h"
@@ -38,19 +41,26 @@ std::unique_ptr<CFrameSink> MakeNoFrames(const ExportSettings& settings) {
 }
 
 constexpr ExportFormat Formats[] = {
-    {"csv", ".csv", "a table an instrument", true, true, true, MakeFrameTables},
-    {"jsonl", ".jsonl", "an object a frame", true, true, false, MakeFrameLines},
-    {"netcdf", ".nc", "a CF file an instrument", true, true, true, MakeFrameNetCdf},
-    {"seabass", ".sb", "a text of the archive's fields an instrument", true, false, true,
-     MakeFrameSeaBass},
-    {"summary", "", "for people", false, true, false, MakeFrameSummaries},
-    {"none", "", "", false, true, false, MakeNoFrames},
+    {"csv", ".csv", "a table an instrument", true, true, true, true, MakeFrameTables,
+     MakeBinTables},
+    {"jsonl", ".jsonl", "an object a frame", true, true, false, true, MakeFrameLines, MakeBinLines},
+    {"netcdf", ".nc", "a CF file an instrument", true, true, true, true, MakeFrameNetCdf,
+     MakeBinNetCdf},
+    {"seabass", ".sb", "a text of the archive's fields an instrument", true, false, true, false,
+     MakeFrameSeaBass, nullptr},
+    {"summary", "", "for people", false, true, false, false, MakeFrameSummaries, nullptr},
+    {"none", "", "", false, true, false, false, MakeNoFrames, nullptr},
 };
 
 } // namespace
 
 std::span<const ExportFormat> ExportFormats() {
     return Formats;
+}
+
+std::unique_ptr<CFrameSink> MakeSink(const ExportFormat& format, const ExportSettings& settings) {
+    std::unique_ptr<CFrameSink> sink = (settings.bins ? format.makeBins : format.make)(settings);
+    return settings.qc ? MakeCheckedFrames(settings, std::move(sink)) : std::move(sink);
 }
 
 const ExportFormat* FindExportFormat(std::string_view name) {

@@ -70,15 +70,6 @@ signed char TextCell(const CLiveInstrument& live, int sensor, ValueView view, st
     return CodeOf(value.status);
 }
 
-double ShownSeconds(const FrameTime& time, std::optional<int> utcOffset) {
-    if (!time.known)
-        return Missing;
-    const std::int64_t local = time.seconds + std::int64_t{time.utcOffsetMinutes} * 60;
-    const std::int64_t shown = local - std::int64_t{utcOffset.value_or(0)} * 60;
-    // One rounding, so that the nearest millisecond is the one that was sent.
-    return static_cast<double>(shown * 1000 + time.milliseconds) / 1000.0;
-}
-
 signed char CodeOf(const FrameFlag& flag) {
     return flag.value ? static_cast<signed char>(*flag.value) : NotChecked;
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// A frame's values as tables hold them: a number with the status that says why there is none, a
-// text, a time in seconds. Called while the frame is its instrument's current one. Pure.
+// A frame's values as tables hold them: a number with the status that says why there is none, or a
+// text. Called while the frame is its instrument's current one. Pure.
 #pragma once
 
 #include "export/FrameVariables.h"
@@ -19,8 +19,6 @@ FrameCell CellOf(FrameOrigin origin, int index, const ExportedFrame& frame, cons
                  std::string& scratch);
 /// `text` gets the sensor's value, empty where there is none; the status.
 signed char TextCell(const CLiveInstrument& live, int sensor, ValueView view, std::string& text);
-/// Seconds since 1970 of the shown calendar: local, or UTC with the offset; NaN: not known.
-double ShownSeconds(const FrameTime& time, std::optional<int> utcOffset);
 /// The number of a status as it stands beside a value.
 inline signed char CodeOf(ConversionStatus status) {
     return static_cast<signed char>(static_cast<std::uint32_t>(status) & 0x3F);

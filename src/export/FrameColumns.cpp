@@ -29,7 +29,8 @@ void CFrameColumns::Reserve(std::size_t frames) {
 }
 
 void CFrameColumns::TakePlain(const ExportedFrame& frame) {
-    Seconds.push_back(ShownSeconds(frame.instrument.CurrentFrame()->Info.time, UtcOffset));
+    Seconds.push_back(ShownSeconds(frame.instrument.CurrentFrame()->Info.time, UtcOffset)
+                          .value_or(std::numeric_limits<double>::quiet_NaN()));
     Counts.push_back(static_cast<std::int32_t>(frame.instrument.FrameNumber()));
     const auto flags = FlagsOf(frame.checks);
     for (std::size_t i = 0; i < flags.size(); ++i)

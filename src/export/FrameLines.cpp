@@ -17,7 +17,7 @@ class CFrameLines final : public CFrameSink {
         return Out.Open(Settings.path, Settings.rules);
     }
     void Write(const ExportedFrame& frame) override {
-        Line->WriteFrame(frame.instrument, frame.checks, frame.derived);
+        Line->WriteFrame(frame.instrument, frame.checks, frame.derived, {}, frame.qc);
     }
     void EndLog() override { Line.reset(); }
     void Flush() override { Out.Flush(); }

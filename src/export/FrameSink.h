@@ -5,8 +5,10 @@
 // thread, under the document's lock where there is one.
 #pragma once
 
+#include "export/BinSpan.h"
 #include "export/FrameText.h"
 #include "export/Output.h"
+#include "export/QcLimits.h"
 
 #include <map>
 #include <memory>
@@ -23,9 +25,12 @@ struct ExportSettings {
     std::string stem = {};
     FrameStyle style;
     OutputRules rules;
-    std::string call = {}; ///< what the program was called with, for files that keep it
-    FaultReport report;    ///< hears what fails
-    FaultReport warn = {}; ///< hears what is to be known and stops nothing
+    std::string call = {};            ///< what the program was called with, for files that keep it
+    FaultReport report;               ///< hears what fails
+    FaultReport warn = {};            ///< hears what is to be known and stops nothing
+    std::optional<BinSpan> bins = {}; ///< means over these instead of frames
+    std::optional<QcLimits> qc = {};  ///< values are checked by these
+    bool rejects = false;             ///< values that fail them count as none
     std::map<std::string, std::string, std::less<>> archive = {}; ///< of a header, by key
 };
 
@@ -47,13 +52,16 @@ struct ExportedLog {
 struct ExportedInstrument {
     const CLiveInstrument* live = nullptr;
     std::vector<DerivedRow> derived = {};
+    bool hasDepth = false; ///< something measures the depth that its frames are from
 };
 
-/// A frame with what its checks found and its derived rows.
+/// A frame with what its checks found, its derived rows and what goes with it.
 struct ExportedFrame {
     const CLiveInstrument& instrument;
     const FrameCheckResult& checks;
     std::span<const DerivedRow> derived;
+    std::optional<double> depth = {}; ///< dbar, where its instrument has one
+    const FrameQc* qc = nullptr;      ///< what the checks of its values found; null: not asked for
 };
 
 class CFrameSink {

@@ -9,13 +9,6 @@ namespace qor {
 
 namespace {
 
-std::string_view FileNameIn(std::string_view path) {
-    for (std::size_t i = path.size(); i > 0; --i)
-        if (path[i - 1] == '/' || path[i - 1] == PathSeparator())
-            return path.substr(i);
-    return path;
-}
-
 class CFrameTables final : public CFrameSink {
   public:
     explicit CFrameTables(const ExportSettings& settings)
@@ -24,7 +17,8 @@ class CFrameTables final : public CFrameSink {
     OutputResult BeginLog(const ExportedLog& log,
                           std::span<const ExportedInstrument> instruments) override;
     void Write(const ExportedFrame& frame) override {
-        Tables.at(&frame.instrument).WriteFrame(frame.instrument, frame.checks, frame.derived);
+        Tables.at(&frame.instrument)
+            .WriteFrame(frame.instrument, frame.checks, frame.derived, frame.qc);
     }
     /// The next log brings instruments of its own: the tables of the same name go on.
     void EndLog() override { Tables.clear(); }

@@ -8,35 +8,10 @@
 
 #include <array>
 #include <charconv>
-#include <set>
 
 namespace qor {
 
 namespace {
-
-/// Names of columns that every program takes: letters, digits, dots, single underscores. Names that
-/// differ only in case are different ones only to some.
-template <class Head> void MakeSimple(std::vector<Head>& heads) {
-    std::set<std::string> taken;
-    for (Head& head : heads) {
-        std::string& name = head.name;
-        std::string simple;
-        for (char c : name) {
-            const bool safe =
-                IsDigit(c) || c == '.' || (ToLower({&c, 1}) >= "a" && ToLower({&c, 1}) <= "z");
-            if (safe)
-                simple += c;
-            else if (!simple.empty() && simple.back() != '_')
-                simple += '_';
-        }
-        if (simple.ends_with('_'))
-            simple.pop_back();
-        name = simple.empty() ? "column" : simple;
-        const std::string stem = name;
-        for (int number = 2; !taken.insert(ToLower(name)).second; ++number)
-            name = stem + "_" + std::to_string(number);
-    }
-}
 
 void PutDigits(char* place, int digits, int value) {
     for (int i = digits; i-- > 0; value /= 10)
@@ -85,6 +60,15 @@ double Rounded(double value, int digits) {
     double rounded = value; // stays where rounding up left the range of doubles
     std::from_chars(text.data(), end, rounded);
     return rounded;
+}
+
+std::optional<double> ShownSeconds(const FrameTime& time, std::optional<int> utcOffset) {
+    if (!time.known)
+        return std::nullopt;
+    const std::int64_t local = time.seconds + std::int64_t{time.utcOffsetMinutes} * 60;
+    const std::int64_t shown = local - std::int64_t{utcOffset.value_or(0)} * 60;
+    // One rounding, so that the nearest millisecond is the one that was sent.
+    return static_cast<double>(shown * 1000 + time.milliseconds) / 1000.0;
 }
 
 void WriteTime(COutput& output, const FrameTime& time) {
@@ -156,25 +140,6 @@ void WriteTimeValue(CJsonWriter& json, COutput& output, const FrameTime& time,
     json.ValueWritten();
 }
 
-/// Decided: CSV is UTF-8. A text that is none, as from a definition with a Latin-1 sign of degree,
-/// is taken byte by byte as in JSON.
-void WriteCsvField(COutput& output, std::string_view text, bool safe) {
-    if (!IsUtf8(text)) {
-        WriteCsvField(output, Utf8Of(text), safe);
-        return;
-    }
-    constexpr std::string_view FormulaStarts = "=+-@\t\r";
-    const bool formula = safe && !text.empty() && FormulaStarts.find(text[0]) != text.npos;
-    if (!formula && text.find_first_of("\",\r\n") == std::string_view::npos) {
-        output.Foreign(text);
-        return;
-    }
-    std::string field = formula ? "\"'" : "\"";
-    for (char c : text)
-        field += c == '"' ? "\"\"" : std::string(1, c);
-    output.Foreign(field + '"');
-}
-
 CFrameCsv::CFrameCsv(COutput& output, const CInstrument& instrument, const std::string& file,
                      const FrameStyle& style)
     : Out(output), File(file), Style(style) {
@@ -188,8 +153,8 @@ CFrameCsv::CFrameCsv(COutput& output, const CInstrument& instrument, const std::
     }
 }
 
-std::vector<CFrameCsv::Head> CFrameCsv::Heads(std::span<const DerivedRow> derived) const {
-    std::vector<Head> heads;
+std::vector<ColumnHead> CFrameCsv::Heads(std::span<const DerivedRow> derived) const {
+    std::vector<ColumnHead> heads;
     if (Style.files)
         heads.push_back({"file", "file", "", "string"});
     heads.push_back({"time", "time", "", "datetime"});
@@ -197,60 +162,50 @@ std::vector<CFrameCsv::Head> CFrameCsv::Heads(std::span<const DerivedRow> derive
     if (Style.flags)
         for (const FrameFlag& flag : FlagsOf({}))
             heads.push_back({std::string(flag.name), std::string(flag.name), "", "boolean"});
-    const std::size_t values = heads.size();
     const bool hex = Style.view == ValueView::HexCounts;
     for (const Column& column : Columns) {
-        const CSensor& sensor = *column.sensor;
-        const std::string title = sensor.Type + "(" + sensor.Id + ")";
-        const std::string simple = sensor.Type + "_" + sensor.Id;
-        heads.push_back({simple, title, sensor.Units, column.text || hex ? "string" : "number"});
-        if (column.degrees)
-            heads.push_back({simple + "_deg", title, "deg", "number"});
+        heads.push_back(HeadOfSensor(*column.sensor));
+        if (column.text || hex)
+            heads.back().dataType = "string";
+        if (!column.degrees)
+            continue;
+        heads.push_back(HeadOfSensor(*column.sensor));
+        heads.back().name += "_deg";
+        heads.back().units = "deg";
     }
     for (const DerivedRow& row : derived)
-        heads.push_back({row.label, row.label, row.units, "number"});
-    if (Style.simpleNames)
-        MakeSimple(heads);
-    else
-        for (std::size_t i = values; i < heads.size(); ++i)
-            heads[i].name = heads[i].title + " [" + heads[i].units + "]";
+        heads.push_back(HeadOfProduct(row.label, row.units));
+    if (Style.qc)
+        AddQcHeads(heads, derived);
+    NameColumns(heads, Style.simpleNames);
     return heads;
 }
 
+/// Flags have no units, and a name that begins with what they are.
+void CFrameCsv::AddQcHeads(std::vector<ColumnHead>& heads,
+                           std::span<const DerivedRow> derived) const {
+    const auto add = [&](const ColumnHead& of) {
+        heads.push_back({of.name + "_qc", "qc " + of.title, "", "integer"});
+    };
+    add({"time", "time", "", ""});
+    for (const Column& column : Columns)
+        if (!column.text)
+            add(HeadOfSensor(*column.sensor));
+    for (const DerivedRow& row : derived)
+        add(HeadOfProduct(row.label, row.units));
+}
+
 void CFrameCsv::WriteHeader(std::span<const DerivedRow> derived) {
-    const char* separator = "";
-    for (const Head& head : Heads(derived)) {
-        Out.Text(separator);
-        WriteCsvField(Out, head.name, Style.safeTexts);
-        separator = ",";
-    }
-    Out.Text("\r\n");
+    WriteHeads(Out, Heads(derived), Style.safeTexts);
 }
 
 void CFrameCsv::WriteColumns(COutput& output, std::span<const DerivedRow> derived,
                              std::string_view url) const {
-    CJsonWriter json(output);
-    json.BeginObject();
-    json.Key("@context"), json.Text("http://www.w3.org/ns/csvw");
-    json.Key("url"), json.Path(url);
-    json.Key("tableSchema"), json.BeginObject();
-    json.Key("columns"), json.BeginArray();
-    for (const Head& head : Heads(derived)) {
-        json.BeginObject();
-        json.Key("name"), json.Path(head.name);
-        json.Key("titles"), json.Path(head.title);
-        json.Key("units"), json.Path(head.units);
-        json.Key("datatype"), json.Text(head.dataType);
-        json.EndObject();
-    }
-    json.EndArray();
-    json.EndObject();
-    json.EndObject();
-    json.EndLine();
+    WriteColumnsJson(output, Heads(derived), url);
 }
 
 void CFrameCsv::WriteFrame(const CLiveInstrument& instrument, const FrameCheckResult& checks,
-                           std::span<const DerivedRow> derived) {
+                           std::span<const DerivedRow> derived, const FrameQc* qc) {
     if (Style.files)
         WriteCsvField(Out, File, Style.safeTexts), Out.Char(',');
     WriteTime(Out, instrument.CurrentFrame()->Info.time, Style.utcOffset);
@@ -265,7 +220,19 @@ void CFrameCsv::WriteFrame(const CLiveInstrument& instrument, const FrameCheckRe
         if (row.value)
             Out.Number(Rounded(*row.value, Style.digits));
     }
+    if (qc)
+        WriteQc(*qc);
     Out.Text("\r\n");
+}
+
+void CFrameCsv::WriteQc(const FrameQc& qc) {
+    const auto write = [this](QcFlag flag) { Out.Char(','), Out.Integer(static_cast<int>(flag)); };
+    write(qc.time);
+    for (const Column& column : Columns)
+        if (!column.text)
+            write(qc.sensors[static_cast<std::size_t>(column.sensor->Index)]);
+    for (const QcFlag flag : qc.products)
+        write(flag);
 }
 
 void CFrameCsv::WriteSensors(const CLiveInstrument& instrument) {
@@ -299,7 +266,7 @@ void CFrameCsv::WriteValue(const CLiveInstrument& instrument, const Column& colu
 
 void CFrameJson::WriteFrame(const CLiveInstrument& instrument, const FrameCheckResult& checks,
                             std::span<const DerivedRow> derived,
-                            std::optional<std::uint64_t> offset) {
+                            std::optional<std::uint64_t> offset, const FrameQc* qc) {
     const CFrameData& frame = *instrument.CurrentFrame();
     Json.BeginObject();
     Json.Key("file"), Json.Path(File);
@@ -316,6 +283,8 @@ void CFrameJson::WriteFrame(const CLiveInstrument& instrument, const FrameCheckR
         WriteDegrees(instrument);
     if (Style.derived)
         WriteDerived(derived);
+    if (qc)
+        WriteQc(*qc, derived);
     Json.EndObject();
     Json.EndLine();
 }
@@ -365,6 +334,21 @@ void CFrameJson::WriteDerived(std::span<const DerivedRow> derived) {
         Json.EndArray();
     }
     Json.EndArray();
+}
+
+/// Of what is neither good nor unchecked: a sensor by its index, a product by its label.
+void CFrameJson::WriteQc(const FrameQc& qc, std::span<const DerivedRow> derived) {
+    const auto write = [this](std::string_view name, QcFlag flag) {
+        if (flag != QcFlag::Good && flag != QcFlag::NotEvaluated)
+            Json.Key(name), Json.Integer(static_cast<int>(flag));
+    };
+    Json.Key("qc"), Json.BeginObject();
+    write("time", qc.time);
+    for (std::size_t i = 0; i < qc.sensors.size(); ++i)
+        write(std::to_string(i), qc.sensors[i]);
+    for (std::size_t i = 0; i < qc.products.size(); ++i)
+        write(derived[i].label, qc.products[i]);
+    Json.EndObject();
 }
 
 } // namespace qor

@@ -4,7 +4,9 @@
 // one frame at a time, while that frame is the instrument's current one.
 #pragma once
 
+#include "export/ColumnHeads.h"
 #include "export/Json.h"
+#include "export/QcFlags.h"
 #include "instrument/FrameChecks.h"
 #include "products/DerivedRows.h"
 
@@ -24,6 +26,7 @@ struct FrameStyle {
     ValueView view = ValueView::Calibrated;
     bool derived = false;     ///< with the products computed from frames
     bool flags = false;       ///< rows have columns for what the checks found; lines always do
+    bool qc = false;          ///< with what the checks of values found
     bool files = false;       ///< rows name their log
     bool simpleNames = false; ///< of columns: "ED_412.5", without units
     int digits = 0;           ///< significant ones of calibrated values and products; 0: all
@@ -53,6 +56,9 @@ struct FrameFlag {
 };
 std::array<FrameFlag, 3> FlagsOf(const FrameCheckResult& checks);
 
+/// Seconds since 1970 of the shown calendar, the nearest double to the stamp's milliseconds;
+/// `utcOffset` as for WriteTime. None when the time is not known.
+std::optional<double> ShownSeconds(const FrameTime& time, std::optional<int> utcOffset);
 /// "2005-05-03T14:23:05.250", the local time of a stamp; nothing when it is not known.
 void WriteTime(COutput& output, const FrameTime& time);
 /// With an offset the UTC of local times that are ahead by so many minutes, with a "Z".
@@ -77,25 +83,23 @@ class CFrameCsv {
     CFrameCsv(COutput& output, const CInstrument& instrument, const std::string& file,
               const FrameStyle& style);
     void WriteHeader(std::span<const DerivedRow> derived);
+    /// `qc`: what the checks of values found; null where the style shows none.
     void WriteFrame(const CLiveInstrument& instrument, const FrameCheckResult& checks,
-                    std::span<const DerivedRow> derived);
+                    std::span<const DerivedRow> derived, const FrameQc* qc = nullptr);
     /// What the columns are, as JSON that describes the table in the file `url` to other programs.
     void WriteColumns(COutput& output, std::span<const DerivedRow> derived,
                       std::string_view url) const;
 
   private:
-    /// What the head of a column says, and what a description of the table adds.
-    struct Head {
-        std::string name, title, units;
-        std::string_view dataType;
-    };
-    std::vector<Head> Heads(std::span<const DerivedRow> derived) const;
+    std::vector<ColumnHead> Heads(std::span<const DerivedRow> derived) const;
+    void AddQcHeads(std::vector<ColumnHead>& heads, std::span<const DerivedRow> derived) const;
     struct Column {
         const CSensor* sensor;
         bool text;
         bool degrees; ///< followed by a column of them
     };
     void WriteSensors(const CLiveInstrument& instrument);
+    void WriteQc(const FrameQc& qc);
     void WriteValue(const CLiveInstrument& instrument, const Column& column);
 
     COutput& Out;
@@ -113,12 +117,14 @@ class CFrameJson {
 
     /// `offset`: in the log, where that is not the place in the stream that the frame was cut from.
     void WriteFrame(const CLiveInstrument& instrument, const FrameCheckResult& checks,
-                    std::span<const DerivedRow> derived, std::optional<std::uint64_t> offset = {});
+                    std::span<const DerivedRow> derived, std::optional<std::uint64_t> offset = {},
+                    const FrameQc* qc = nullptr);
 
   private:
     void WriteValues(const CLiveInstrument& instrument);
     void WriteDegrees(const CLiveInstrument& instrument);
     void WriteDerived(std::span<const DerivedRow> derived);
+    void WriteQc(const FrameQc& qc, std::span<const DerivedRow> derived);
 
     COutput& Out;
     CJsonWriter Json;
@@ -127,9 +133,5 @@ class CFrameJson {
     std::string Text;
     std::vector<std::pair<std::int32_t, ConversionStatus>> Failed;
 };
-
-/// A text as an RFC 4180 field: in quotes where it needs them. `safe`: one that a spreadsheet would
-/// take for a formula gets a ' before it, and quotes.
-void WriteCsvField(COutput& output, std::string_view text, bool safe = false);
 
 } // namespace qor

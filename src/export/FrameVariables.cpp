@@ -12,7 +12,7 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
-#include <set>
+#include <utility>
 
 namespace qor {
 
@@ -34,16 +34,20 @@ constexpr ConversionStatus Statuses[] = {
     ConversionStatus::NoNumber,      ConversionStatus::NotFinite,
     ConversionStatus::FieldNotFound,
 };
-const std::vector<signed char> StatusValues = {0, 1, 2, 3, 4, 5, 6, 7, 8, NoValueYet};
+const std::vector<signed char> StatusValues = {0, 1, 2, 3, 4, 5, 6, 7, 8, NoValueYet, 10};
+const std::vector<signed char> QcValues = {1, 2, 3, 4, 9};
+constexpr const char* QcMeanings = "good not_evaluated suspect bad missing";
 
 std::string StatusMeanings() {
+    const auto word = [](ConversionStatus status) {
+        std::string text = ToLower(ConversionStatusText(status));
+        std::ranges::replace(text, ' ', '_');
+        return text;
+    };
     std::string meanings;
-    for (ConversionStatus status : Statuses) {
-        std::string word = ToLower(ConversionStatusText(status));
-        std::ranges::replace(word, ' ', '_');
-        meanings += word + " ";
-    }
-    return meanings + "nothing_to_compute_from_yet";
+    for (ConversionStatus status : Statuses)
+        meanings += word(status) + " ";
+    return meanings + "nothing_to_compute_from_yet " + word(ConversionStatus::Rejected);
 }
 
 std::string Utf8Text(const std::string& bytes) {
@@ -93,8 +97,11 @@ struct Description {
 
 class CLayout {
   public:
-    CLayout(const LogSource& source, const ExportedInstrument& instrument, const FrameStyle& style)
-        : Source(source), Instrument(instrument), Live(*instrument.live), Style(style) {}
+    CLayout(const LogSource& source, const ExportedInstrument& instrument, const FrameStyle& style,
+            std::set<std::string> names)
+        : Source(source), Instrument(instrument), Live(*instrument.live), Style(style) {
+        Layout.names = std::move(names);
+    }
 
     FrameLayout Make();
 
@@ -106,7 +113,8 @@ class CLayout {
     int GridOf(const std::vector<double>& wavelengths);
     void Add(FrameVariable variable, const Description& description);
     void AddText(const CSensor& sensor, const Description& description);
-    FrameAttributes StatusOf(const std::string& title) const;
+    static FrameAttributes StatusOf(const std::string& title);
+    static FrameAttributes QcOf(const std::string& title);
     Description Describe(const CSensor& sensor, const std::string& name) const;
     FrameAttributes AttributesOf(const Description& description) const;
     void DescribeFile();
@@ -114,7 +122,7 @@ class CLayout {
     void SetGlobal(const char* name, const std::string& text) {
         Layout.global.push_back({name, text});
     }
-    std::string NameFor(std::string_view text);
+    std::string NameFor(std::string_view text) { return Layout.NameFor(text); }
 
     const LogSource& Source;
     const ExportedInstrument& Instrument;
@@ -123,14 +131,13 @@ class CLayout {
     FrameLayout Layout;
     std::vector<bool> Taken;                   ///< sensors that stand in a series
     std::map<std::size_t, std::string> Widths; ///< of texts, and their dimensions
-    std::set<std::string> Names;               ///< of variables and dimensions, in lower case
 };
 
 FrameLayout CLayout::Make() {
     const auto& sensors = Live.Definition().Sensors();
     Taken.assign(sensors.size(), false);
     AddFrames();
-    Names.insert("wavelength");
+    Layout.names.insert("wavelength");
     AddSeries();
     for (const CSensor& sensor : sensors)
         if (!Taken[static_cast<std::size_t>(sensor.Index)] && HasVariable(sensor, Style.view))
@@ -140,27 +147,6 @@ FrameLayout CLayout::Make() {
     DescribeFile();
     DescribeLog();
     return std::move(Layout);
-}
-
-/// Letters, digits and underscores, which every program takes; different ones also for those to
-/// which case is nothing.
-std::string CLayout::NameFor(std::string_view text) {
-    std::string stem;
-    for (char c : text.substr(0, LongestName)) {
-        const char small = ToLower({&c, 1})[0];
-        if (IsDigit(c) || (small >= 'a' && small <= 'z'))
-            stem += c;
-        else if (!stem.empty() && stem.back() != '_')
-            stem += '_';
-    }
-    while (stem.ends_with('_'))
-        stem.pop_back();
-    if (stem.empty() || IsDigit(stem[0]))
-        stem.insert(0, "v_");
-    std::string name = stem;
-    for (int number = 2; !Names.insert(ToLower(name)).second; ++number)
-        name = stem + "_" + std::to_string(number);
-    return name;
 }
 
 void CLayout::AddFrames() {
@@ -176,6 +162,11 @@ void CLayout::AddFrames() {
         Layout.time.attributes.push_back(
             {"comment", "Local time of the computer that logged; what it was ahead of UTC is not "
                         "known."});
+    if (Style.qc) {
+        Layout.timeQc = {NameFor("time_qc"),
+                         QcOf("quality of time: whether there is a gap before the frame")};
+        Layout.time.attributes.push_back({"ancillary_variables", Layout.timeQc.name});
+    }
     Layout.frame = {NameFor("frame"),
                     {{"long_name", "count of the instrument's frames in its log, from 1"}}};
     if (Style.files)
@@ -266,6 +257,13 @@ void CLayout::Add(FrameVariable variable, const Description& description) {
     std::string ancillary = variable.statusName;
     for (const char* flag : FlagNames)
         ancillary += " " + std::string(flag);
+    const bool number =
+        variable.origin == FrameOrigin::Sensors || variable.origin == FrameOrigin::Product;
+    if (Style.qc && number) {
+        variable.qcName = NameFor(description.name + "_qc");
+        variable.qcAttributes = QcOf("quality of " + description.title);
+        ancillary += " " + variable.qcName;
+    }
     variable.attributes.push_back({"ancillary_variables", ancillary});
     if (variable.width > 0)
         variable.attributes.push_back({"_Encoding", "utf-8"});
@@ -287,11 +285,19 @@ void CLayout::AddText(const CSensor& sensor, const Description& description) {
     Add(std::move(variable), text);
 }
 
-FrameAttributes CLayout::StatusOf(const std::string& title) const {
+FrameAttributes CLayout::StatusOf(const std::string& title) {
     return {{"standard_name", "status_flag"},
             {"long_name", Utf8Text("why " + title + " has no value")},
             {"flag_values", StatusValues},
             {"flag_meanings", StatusMeanings()},
+            {"coverage_content_type", "qualityInformation"}};
+}
+
+FrameAttributes CLayout::QcOf(const std::string& title) {
+    return {{"standard_name", "aggregate_quality_flag"},
+            {"long_name", Utf8Text(title)},
+            {"flag_values", QcValues},
+            {"flag_meanings", QcMeanings},
             {"coverage_content_type", "qualityInformation"}};
 }
 
@@ -368,9 +374,43 @@ void CLayout::DescribeLog() {
 
 } // namespace
 
+std::string FrameLayout::NameFor(std::string_view text) {
+    std::string stem;
+    for (char c : text.substr(0, LongestName)) {
+        const char small = ToLower({&c, 1})[0];
+        if (IsDigit(c) || (small >= 'a' && small <= 'z'))
+            stem += c;
+        else if (!stem.empty() && stem.back() != '_')
+            stem += '_';
+    }
+    while (stem.ends_with('_'))
+        stem.pop_back();
+    if (stem.empty() || IsDigit(stem[0]))
+        stem.insert(0, "v_");
+    std::string name = stem;
+    for (int number = 2; !names.insert(ToLower(name)).second; ++number)
+        name = stem + "_" + std::to_string(number);
+    return name;
+}
+
 FrameLayout LayoutOfFrames(const LogSource& source, const ExportedInstrument& instrument,
-                           const FrameStyle& style) {
-    return CLayout(source, instrument, style).Make();
+                           const FrameStyle& style, std::set<std::string> names) {
+    return CLayout(source, instrument, style, std::move(names)).Make();
+}
+
+std::string TextOf(const FrameAttributes& attributes, std::string_view name) {
+    const auto found = std::ranges::find(attributes, name, &FrameAttribute::name);
+    const auto* text =
+        found == attributes.end() ? nullptr : std::get_if<std::string>(&found->value);
+    return text ? *text : std::string();
+}
+
+void SetText(FrameAttributes& attributes, std::string_view name, const std::string& text) {
+    const auto found = std::ranges::find(attributes, name, &FrameAttribute::name);
+    if (found != attributes.end())
+        found->value = text;
+    else
+        attributes.push_back({std::string(name), text});
 }
 
 FrameAttributes CoverageOf(double firstSeconds, double lastSeconds, bool utc) {

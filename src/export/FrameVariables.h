@@ -8,6 +8,7 @@
 
 #include "export/LogSource.h"
 
+#include <set>
 #include <string>
 #include <variant>
 #include <vector>
@@ -42,6 +43,8 @@ struct FrameVariable {
     std::size_t width = 0;           ///< bytes of a text; 0: it may be as long as it likes
     std::string widthDimension = {}; ///< its name
     FrameAttributes attributes = {}, statusAttributes = {};
+    std::string qcName = {}; ///< empty: it is not checked
+    FrameAttributes qcAttributes = {};
 };
 
 struct WavelengthGrid {
@@ -51,16 +54,27 @@ struct WavelengthGrid {
 
 struct FrameLayout {
     FramePlain time, frame, log;   ///< the log's without a name where there is one log
+    FramePlain timeQc = {};        ///< without a name where values are not checked
     std::vector<FramePlain> flags; ///< as FlagsOf has them
     std::vector<WavelengthGrid> grids;
     FrameAttributes gridAttributes;
     std::vector<FrameVariable> variables;
     FrameAttributes global;
+    std::set<std::string> names = {}; ///< of variables and dimensions, in lower case
+
+    /// Takes a name for what the text says: letters, digits and underscores, which every program
+    /// takes, different ones also for those to which case is nothing.
+    std::string NameFor(std::string_view text);
 };
 
-/// Names are letters, digits and underscores, and differ in more than case.
+/// `names` are those that variables of sensors and products must leave free.
 FrameLayout LayoutOfFrames(const LogSource& source, const ExportedInstrument& instrument,
-                           const FrameStyle& style);
+                           const FrameStyle& style, std::set<std::string> names = {});
+
+/// The attribute's text; empty where there is none.
+std::string TextOf(const FrameAttributes& attributes, std::string_view name);
+/// The attribute's text is this one from now on.
+void SetText(FrameAttributes& attributes, std::string_view name, const std::string& text);
 
 /// What the times of the first and the last frame add to a file's attributes.
 FrameAttributes CoverageOf(double firstSeconds, double lastSeconds, bool utc);

@@ -25,7 +25,7 @@ void CNetCdfTable::Define(const FrameLayout& layout, std::size_t sensors) {
             AddTexts(variable);
         else
             AddNumbers(variable, layout);
-    SetAttributes(CNetCdfFile::Global, layout.global);
+    SetAttributes(File, CNetCdfFile::Global, layout.global);
 }
 
 void CNetCdfTable::DefineFrames(const FrameLayout& layout) {
@@ -35,10 +35,12 @@ void CNetCdfTable::DefineFrames(const FrameLayout& layout) {
         const int variable = File.AddVariable(plain.name, type, over, chunks, shuffle);
         if (type == NetCdfType::Double)
             File.FillWithNaN(variable);
-        SetAttributes(variable, plain.attributes);
+        SetAttributes(File, variable, plain.attributes);
         return variable;
     };
     Time = add(layout.time, NetCdfType::Double, true);
+    if (Style.qc)
+        TimeQc = add(layout.timeQc, NetCdfType::Byte, false);
     Frame = add(layout.frame, NetCdfType::Int, true);
     if (Style.files)
         Log = add(layout.log, NetCdfType::Int, false);
@@ -48,13 +50,8 @@ void CNetCdfTable::DefineFrames(const FrameLayout& layout) {
 
 int CNetCdfTable::DefineWavelengths(const FrameLayout& layout, int number) {
     int& dimension = GridDimensions[static_cast<std::size_t>(number)];
-    if (dimension >= 0)
-        return dimension;
-    const WavelengthGrid& grid = layout.grids[static_cast<std::size_t>(number)];
-    const int over[] = {dimension = File.AddDimension(grid.name, grid.wavelengths.size())};
-    const int variable = File.AddVariable(grid.name, NetCdfType::Double, over, {});
-    SetAttributes(variable, layout.gridAttributes);
-    File.Write(variable, {{0}, {grid.wavelengths.size()}}, grid.wavelengths.data());
+    if (dimension < 0)
+        dimension = AddGrid(File, layout, number);
     return dimension;
 }
 
@@ -75,11 +72,18 @@ void CNetCdfTable::AddNumbers(const FrameVariable& variable, const FrameLayout& 
         File.AddVariable(variable.name, NetCdfType::Double, std::span(over).first(dimensions),
                          std::span(chunks).first(dimensions));
     File.FillWithNaN(numbers.variable);
-    SetAttributes(numbers.variable, variable.attributes);
+    SetAttributes(File, numbers.variable, variable.attributes);
     numbers.status =
         File.AddVariable(variable.statusName, NetCdfType::Byte, std::span(over).first(dimensions),
                          std::span(statusChunks).first(dimensions));
-    SetAttributes(numbers.status, variable.statusAttributes);
+    SetAttributes(File, numbers.status, variable.statusAttributes);
+    if (!variable.qcName.empty()) {
+        numbers.qc =
+            File.AddVariable(variable.qcName, NetCdfType::Byte, std::span(over).first(dimensions),
+                             std::span(statusChunks).first(dimensions));
+        SetAttributes(File, numbers.qc, variable.qcAttributes);
+        numbers.flags.resize(BlockFrames * channels);
+    }
     NumberList.push_back(std::move(numbers));
 }
 
@@ -101,20 +105,11 @@ void CNetCdfTable::AddTexts(const FrameVariable& variable) {
     const int over[] = {TimeDimension};
     Texts texts{.sensor = variable.indexes[0], .width = variable.width};
     texts.variable = DefineTexts(variable);
-    SetAttributes(texts.variable, variable.attributes);
+    SetAttributes(File, texts.variable, variable.attributes);
     texts.status =
         File.AddVariable(variable.statusName, NetCdfType::Byte, over, std::span(&BlockFrames, 1));
-    SetAttributes(texts.status, variable.statusAttributes);
+    SetAttributes(File, texts.status, variable.statusAttributes);
     TextList.push_back(std::move(texts));
-}
-
-void CNetCdfTable::SetAttributes(int variable, const FrameAttributes& attributes) {
-    for (const FrameAttribute& attribute : attributes)
-        if (const auto* text = std::get_if<std::string>(&attribute.value))
-            File.SetText(variable, attribute.name.c_str(), *text);
-        else
-            File.SetBytes(variable, attribute.name.c_str(),
-                          std::get<std::vector<signed char>>(attribute.value));
 }
 
 } // namespace qor

@@ -6,7 +6,7 @@
 #include "export/FrameCells.h"
 
 #include <algorithm>
-#include <cmath>
+#include <limits>
 
 namespace qor {
 
@@ -69,6 +69,8 @@ bool CNetCdfTable::Write(const ExportedFrame& frame) {
         FlagValues[i].push_back(CodeOf(flags[i]));
     for (Numbers& numbers : NumberList)
         Take(numbers, frame);
+    if (frame.qc && Style.qc)
+        TakeQc(*frame.qc);
     for (Texts& texts : TextList)
         TakeText(live, texts);
     if (Times.size() >= BlockFrames)
@@ -77,13 +79,13 @@ bool CNetCdfTable::Write(const ExportedFrame& frame) {
 }
 
 void CNetCdfTable::TakeTime(const FrameTime& time) {
-    const double seconds = ShownSeconds(time, UtcOffset);
-    if (!std::isnan(seconds)) {
-        FirstTime = AnyTime ? std::min(FirstTime, seconds) : seconds;
-        LastTime = AnyTime ? std::max(LastTime, seconds) : seconds;
+    const std::optional<double> seconds = ShownSeconds(time, UtcOffset);
+    if (seconds) {
+        FirstTime = AnyTime ? std::min(FirstTime, *seconds) : *seconds;
+        LastTime = AnyTime ? std::max(LastTime, *seconds) : *seconds;
         AnyTime = true;
     }
-    Times.push_back(seconds);
+    Times.push_back(seconds.value_or(std::numeric_limits<double>::quiet_NaN()));
 }
 
 /// Into the place of the frame that is being taken: Times has it already.
@@ -94,6 +96,20 @@ void CNetCdfTable::Take(Numbers& numbers, const ExportedFrame& frame) {
         numbers.values[place] = cell.value;
         numbers.statuses[place] = cell.status;
         place += BlockFrames;
+    }
+}
+
+void CNetCdfTable::TakeQc(const FrameQc& qc) {
+    TimeFlags.push_back(static_cast<signed char>(qc.time));
+    for (Numbers& numbers : NumberList) {
+        if (numbers.qc < 0)
+            continue;
+        const auto& flags = numbers.origin == FrameOrigin::Product ? qc.products : qc.sensors;
+        std::size_t place = Times.size() - 1;
+        for (const int index : numbers.indexes) {
+            numbers.flags[place] = static_cast<signed char>(flags[static_cast<std::size_t>(index)]);
+            place += BlockFrames;
+        }
     }
 }
 
@@ -114,6 +130,8 @@ void CNetCdfTable::WriteBlock() {
     const NetCdfRange line{{Written}, {frames}};
     File.Write(Time, line, Times.data());
     File.Write(Frame, line, FrameNumbers.data());
+    if (TimeQc >= 0)
+        File.Write(TimeQc, line, TimeFlags.data()), TimeFlags.clear();
     if (Style.files)
         File.Write(Log, line, LogNumbers.data());
     for (std::size_t i = 0; i < std::size(Flags); ++i)
@@ -144,13 +162,16 @@ void CNetCdfTable::WriteNumbers(const Numbers& numbers, std::size_t frames) {
         const std::size_t place = channel * BlockFrames;
         File.Write(numbers.variable, column, numbers.values.data() + place);
         File.Write(numbers.status, column, numbers.statuses.data() + place);
+        if (numbers.qc >= 0)
+            File.Write(numbers.qc, column, numbers.flags.data() + place);
     }
 }
 
 void CNetCdfTable::DescribeTimes() {
     if (!AnyTime)
         return;
-    SetAttributes(CNetCdfFile::Global, CoverageOf(FirstTime, LastTime, UtcOffset.has_value()));
+    SetAttributes(File, CNetCdfFile::Global,
+                  CoverageOf(FirstTime, LastTime, UtcOffset.has_value()));
 }
 
 bool CNetCdfTable::Close() {

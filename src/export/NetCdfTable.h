@@ -5,8 +5,7 @@
 // written in blocks, a variable at a time. Used by FrameNetCdf, on its thread.
 #pragma once
 
-#include "export/FrameVariables.h"
-#include "export/NetCdfFile.h"
+#include "export/NetCdfAttributes.h"
 
 #include <map>
 
@@ -34,6 +33,8 @@ class CNetCdfTable {
         int variable = -1, status = -1;
         std::vector<double> values = {}; ///< of the frames that wait, channel by channel
         std::vector<signed char> statuses = {};
+        int qc = -1; ///< none of those that are not checked
+        std::vector<signed char> flags = {};
     };
     struct Texts {
         int sensor = -1;
@@ -50,9 +51,9 @@ class CNetCdfTable {
     int DefineTexts(const FrameVariable& variable);
     void AddNumbers(const FrameVariable& variable, const FrameLayout& layout);
     void AddTexts(const FrameVariable& variable);
-    void SetAttributes(int variable, const FrameAttributes& attributes);
 
     void Take(Numbers& numbers, const ExportedFrame& frame);
+    void TakeQc(const FrameQc& qc);
     void TakeText(const CLiveInstrument& live, Texts& texts);
     void TakeTime(const FrameTime& time);
     void WriteBlock();
@@ -69,7 +70,7 @@ class CNetCdfTable {
     std::optional<int> UtcOffset;
     int LogNumber = 0;
 
-    int TimeDimension = -1, Time = -1, Frame = -1, Log = -1;
+    int TimeDimension = -1, Time = -1, TimeQc = -1, Frame = -1, Log = -1;
     int Flags[3] = {-1, -1, -1};
     std::vector<int> GridDimensions;            ///< of wavelengths
     std::map<std::size_t, int> WidthDimensions; ///< of texts
@@ -80,7 +81,7 @@ class CNetCdfTable {
     std::vector<double> Times;
     std::vector<int> FrameNumbers;
     std::vector<int> LogNumbers;
-    std::vector<signed char> FlagValues[3];
+    std::vector<signed char> FlagValues[3], TimeFlags;
     double FirstTime = 0.0, LastTime = 0.0;
     bool AnyTime = false;
     std::string Cell;

@@ -33,6 +33,13 @@ bool NamesFolder(const std::string& path) {
 
 } // namespace
 
+std::string_view FileNameIn(std::string_view path) {
+    for (std::size_t i = path.size(); i > 0; --i)
+        if (path[i - 1] == '/' || path[i - 1] == PathSeparator())
+            return path.substr(i);
+    return path;
+}
+
 CTableFiles::~CTableFiles() {
     Outputs.clear();
     Descriptions.clear();

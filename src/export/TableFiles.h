@@ -22,6 +22,9 @@ struct TableFile {
     COutput* description = nullptr; ///< a file beside it, where one was asked for and can be
 };
 
+/// The last part of a path, which separators of any system end.
+std::string_view FileNameIn(std::string_view path);
+
 class CTableFiles {
   public:
     /// The extension has its dot.

@@ -37,6 +37,12 @@ struct FrameValues {
         std::size_t fieldCount = 0;
     };
     Memory memory;
+
+    /// A sensor's value counts as none until the next frame is converted.
+    void Reject(std::size_t sensor) {
+        statuses[sensor] = ConversionStatus::Rejected;
+        anyFailed = memory.failed = true;
+    }
 };
 
 /// Neighbours in the sensor list and in the frame that are converted alike.

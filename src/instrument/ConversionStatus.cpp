@@ -26,6 +26,7 @@ constexpr StatusRow StatusTable[] = {
     {ConversionStatus::NoNumber, "Not a number"},
     {ConversionStatus::NotFinite, "Value not finite"},
     {ConversionStatus::FieldNotFound, "Field not found"},
+    {ConversionStatus::Rejected, "Failed its check"},
 };
 static_assert(IsAscendingTable(StatusTable, &StatusRow::status));
 static_assert(EnumeratorsIn<ConversionStatus, 0x20000000, 0x40>() + 1 == std::size(StatusTable));

@@ -18,6 +18,7 @@ enum class [[nodiscard]] ConversionStatus : std::uint32_t{
     NoNumber = 0x20000006,        ///< the field holds no number, or an integer that overflows
     NotFinite = 0x20000007,       ///< the value is not finite
     FieldNotFound = 0x20000008,   ///< the variable-length field is not in the frame
+    Rejected = 0x2000000A,        ///< a check of values has failed it (export/QcTests.h)
 };
 
 /// A short English text for a display cell or a log line; no line end.

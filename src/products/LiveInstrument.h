@@ -47,6 +47,10 @@ class CLiveInstrument {
     ConversionStatus Value(const CSensor& sensor, double& value) const;
     /// PAR of the current frame over the instrument's PAR list.
     ConversionStatus Par(double& par) const;
+    /// The sensor's value in the current frame counts as none from now on.
+    void Reject(const CSensor& sensor) {
+        CurrentValues.Reject(static_cast<std::size_t>(sensor.Index));
+    }
 
     /// Whether the current frame is old: none has come for three periods of the nominal rate, at
     /// least 3 s, before `now` on the clock of ArrivalMonotonic. Never without a frame.

@@ -1,0 +1,228 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// Frames that wait for what their checks find. See CheckedFrames.h.
+#include "export/CheckedFrames.h"
+
+#include "instrument/Calibration.h"
+
+#include <map>
+
+namespace qor {
+
+namespace {
+
+/// The names that rules may give a value, the most general first. What frames are counted and
+/// checked by is no measurement: only its own name speaks of it.
+std::vector<std::string> NamesOf(const CSensor& sensor) {
+    std::vector<std::string> names = {sensor.Type, sensor.Type + "(" + sensor.Id + ")"};
+    if (!IsNamedFrameCounter(sensor) && !IsNamedChecksum(sensor))
+        names.insert(names.begin(), std::string(EveryValue));
+    return names;
+}
+
+/// One instrument: the frame that waits, and the tests of its values.
+class CCheckedInstrument {
+  public:
+    CCheckedInstrument(const ExportedInstrument& instrument, const QcLimits& limits, bool rejects);
+
+    const CLiveInstrument& Waiting() const { return Frame; }
+    /// Takes a frame; the one before it has to be out.
+    void Take(const ExportedFrame& frame);
+    /// What the frame that comes next says of spikes in the one that waits.
+    void LookAhead(const ExportedFrame& next);
+    /// Hands on the frame that waits, if one does.
+    void WriteTo(CFrameSink& sink);
+
+  private:
+    struct Value {
+        const CSensor* sensor = nullptr; ///< null: a product
+        std::size_t place = 0;           ///< index of the sensor, or place of the row
+        CQcTests tests;
+    };
+    static std::optional<double> ValueIn(const CLiveInstrument& instrument,
+                                         std::span<const DerivedRow> derived, const Value& value);
+    QcFlag TestTime(std::optional<double> seconds);
+    QcFlag& FlagOf(const Value& value) {
+        return (value.sensor ? Found.sensors : Found.products)[value.place];
+    }
+    void Reject();
+
+    CLiveInstrument Frame; ///< that waits
+    CFrameData Copy;       ///< its memory is used again
+    FrameCheckResult Checks;
+    std::vector<DerivedRow> Derived;
+    std::optional<double> Depth;
+    FrameQc Found;
+    bool IsWaiting = false;
+
+    const double Gap; ///< seconds
+    const bool Rejects;
+    std::optional<double> LastSeconds;
+    std::vector<Value> Values;
+};
+
+CCheckedInstrument::CCheckedInstrument(const ExportedInstrument& instrument, const QcLimits& limits,
+                                       bool rejects)
+    : Frame(instrument.live->Definition()),
+      Gap(limits.GapOf(instrument.live->Name())
+              .value_or(static_cast<double>(instrument.live->Patience()) / 1000.0)),
+      Rejects(rejects) {
+    Frame.Immersed = instrument.live->Immersed;
+    Frame.FrameRate = instrument.live->FrameRate;
+    const auto& sensors = Frame.Definition().Sensors();
+    for (const CSensor& sensor : sensors)
+        if (KindOfValue(sensor) == ValueKind::Number)
+            Values.push_back({&sensor, static_cast<std::size_t>(sensor.Index),
+                              CQcTests(limits.RulesOf(NamesOf(sensor)))});
+    for (std::size_t i = 0; i < instrument.derived.size(); ++i) {
+        const std::string names[] = {std::string(EveryValue), instrument.derived[i].label};
+        Values.push_back({nullptr, i, CQcTests(limits.RulesOf(names))});
+    }
+    Found.sensors.assign(sensors.size(), QcFlag::NotEvaluated);
+    Found.products.assign(instrument.derived.size(), QcFlag::NotEvaluated);
+}
+
+std::optional<double> CCheckedInstrument::ValueIn(const CLiveInstrument& instrument,
+                                                  std::span<const DerivedRow> derived,
+                                                  const Value& value) {
+    if (!value.sensor)
+        return value.place < derived.size() ? derived[value.place].value : std::nullopt;
+    return instrument.Values().statuses[value.place] == ConversionStatus::Good
+               ? std::optional(instrument.Values().numbers[value.place])
+               : std::nullopt;
+}
+
+void CCheckedInstrument::Take(const ExportedFrame& frame) {
+    Copy = *frame.instrument.CurrentFrame();
+    Frame.Take(Copy);
+    Checks = frame.checks;
+    Derived.assign(frame.derived.begin(), frame.derived.end());
+    Depth = frame.depth;
+    const FrameTime& time = Frame.CurrentFrame()->Info.time;
+    const std::optional<double> seconds =
+        time.known ? std::optional(SecondsOf(time)) : std::nullopt;
+    Found.time = TestTime(seconds);
+    for (Value& value : Values)
+        FlagOf(value) = value.tests.Take(ValueIn(Frame, Derived, value), seconds);
+    IsWaiting = true;
+}
+
+QcFlag CCheckedInstrument::TestTime(std::optional<double> seconds) {
+    QcFlag flag = seconds ? QcFlag::NotEvaluated : QcFlag::Missing;
+    if (seconds && LastSeconds)
+        flag = *seconds - *LastSeconds > Gap ? QcFlag::Bad : QcFlag::Good;
+    if (seconds)
+        LastSeconds = seconds;
+    return flag;
+}
+
+void CCheckedInstrument::LookAhead(const ExportedFrame& next) {
+    if (!IsWaiting)
+        return;
+    for (Value& value : Values) {
+        QcFlag& flag = FlagOf(value);
+        flag = Worse(flag, value.tests.SpikeBefore(ValueIn(next.instrument, next.derived, value)));
+    }
+}
+
+void CCheckedInstrument::Reject() {
+    for (const Value& value : Values)
+        if (FlagOf(value) != QcFlag::Bad)
+            continue;
+        else if (value.sensor)
+            Frame.Reject(*value.sensor);
+        else
+            Derived[value.place].value.reset(),
+                Derived[value.place].status = ConversionStatus::Rejected;
+}
+
+void CCheckedInstrument::WriteTo(CFrameSink& sink) {
+    if (!IsWaiting)
+        return;
+    IsWaiting = false;
+    if (Rejects)
+        Reject();
+    sink.Write({Frame, Checks, Derived, Depth, &Found});
+}
+
+class CCheckedFrames final : public CFrameSink {
+  public:
+    CCheckedFrames(const ExportSettings& settings, std::unique_ptr<CFrameSink> behind)
+        : Limits(*settings.qc), Rejects(settings.rejects), LooksAhead(Limits.LooksAhead()),
+          Behind(std::move(behind)) {}
+
+    OutputResult BeginLog(const ExportedLog& log,
+                          std::span<const ExportedInstrument> instruments) override;
+    void Write(const ExportedFrame& frame) override;
+    void LeaveOut(const ExportedFrame& frame) override { Behind->LeaveOut(frame); }
+    void EndLog() override;
+    void Flush() override { Behind->Flush(); }
+    bool Good() const override { return Behind->Good(); }
+    OutputResult Finish() override { return Behind->Finish(); }
+
+  private:
+    const QcLimits Limits;
+    const bool Rejects, LooksAhead;
+    const std::unique_ptr<CFrameSink> Behind;
+    std::vector<std::unique_ptr<CCheckedInstrument>> Instruments; ///< in the log's order
+    std::map<const CLiveInstrument*, CCheckedInstrument*> Checked;
+};
+
+OutputResult CCheckedFrames::BeginLog(const ExportedLog& log,
+                                      std::span<const ExportedInstrument> instruments) {
+    std::vector<ExportedInstrument> shown(instruments.begin(), instruments.end());
+    for (ExportedInstrument& instrument : shown) {
+        Instruments.push_back(std::make_unique<CCheckedInstrument>(instrument, Limits, Rejects));
+        Checked[instrument.live] = Instruments.back().get();
+        instrument.live = &Instruments.back()->Waiting();
+    }
+    return Behind->BeginLog(log, shown);
+}
+
+void CCheckedFrames::Write(const ExportedFrame& frame) {
+    CCheckedInstrument& instrument = *Checked.at(&frame.instrument);
+    if (LooksAhead) {
+        instrument.LookAhead(frame);
+        instrument.WriteTo(*Behind);
+    }
+    instrument.Take(frame);
+    if (!LooksAhead)
+        instrument.WriteTo(*Behind);
+}
+
+void CCheckedFrames::EndLog() {
+    for (const auto& instrument : Instruments)
+        instrument->WriteTo(*Behind);
+    Behind->EndLog();
+    Checked.clear();
+    Instruments.clear();
+}
+
+} // namespace
+
+std::unique_ptr<CFrameSink> MakeCheckedFrames(const ExportSettings& settings,
+                                              std::unique_ptr<CFrameSink> behind) {
+    return std::make_unique<CCheckedFrames>(settings, std::move(behind));
+}
+
+std::vector<std::string> CheckedNames(std::span<const ExportedInstrument> instruments) {
+    std::vector<std::string> names;
+    for (const ExportedInstrument& instrument : instruments) {
+        for (const CSensor& sensor : instrument.live->Definition().Sensors())
+            if (KindOfValue(sensor) == ValueKind::Number)
+                for (std::string& name : NamesOf(sensor))
+                    names.push_back(std::move(name));
+        for (const DerivedRow& row : instrument.derived)
+            names.push_back(row.label);
+    }
+    return names;
+}
+
+std::vector<std::string> NamesOf(std::span<const ExportedInstrument> instruments) {
+    std::vector<std::string> names;
+    for (const ExportedInstrument& instrument : instruments)
+        names.push_back(instrument.live->Name());
+    return names;
+}
+
+} // namespace qor

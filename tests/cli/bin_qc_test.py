@@ -1,0 +1,199 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""Means and quality flags of decode beside what plain Python makes of the frames in JSON Lines."""
+import csv
+import datetime
+import io
+import json
+import math
+import os
+import shutil
+import statistics
+import subprocess
+import sys
+import tempfile
+import unittest
+
+try:
+    import netCDF4
+except ImportError:
+    netCDF4 = None
+
+CLI, ROOT = os.path.abspath(sys.argv[1]), os.path.abspath(sys.argv[2])
+PROFILER, RADIOMETER = (os.path.join(ROOT, "examples", name) for name in ("profiler.cal", "radiometer.cal"))
+EPOCH = datetime.datetime(1970, 1, 1)
+
+
+def call(*arguments):
+    return subprocess.run([CLI, *arguments], capture_output=True, text=True, check=False)
+
+
+def seconds_of(line):
+    return (datetime.datetime.fromisoformat(line["time"].rstrip("Z")) - EPOCH) / datetime.timedelta(seconds=1)
+
+
+class BinQc(unittest.TestCase):
+    def setUp(self):
+        self.folder = tempfile.mkdtemp()
+        self.addCleanup(shutil.rmtree, self.folder)
+        self.cast = self.path("cast.raw")
+        made = call("simulate", "-d", PROFILER, "-d", RADIOMETER, "--raw-log", "--cast", "20", "--noise", "5", "--rate",
+                    "max", "--frames", "900", "--start", "2026-06-21T12:00:00", "-o", self.cast)
+        self.assertEqual(made.returncode, 0, made.stderr)
+
+    def path(self, name):
+        return os.path.join(self.folder, name)
+
+    def decode(self, *arguments, status=0):
+        result = call("decode", "--quiet", *arguments)
+        self.assertEqual(result.returncode, status, result.stderr)
+        return result
+
+    def lines(self, *arguments):
+        return [json.loads(line) for line in self.decode(*arguments, "--format", "jsonl").stdout.splitlines()]
+
+    def index_of(self, definition, kind):
+        sensors = json.loads(call("check", "--json", definition).stdout)["sensors"]
+        return next(sensor["index"] for sensor in sensors if sensor["type"] == kind)
+
+    def bins_of(self, frames, places, width):
+        """Values by sensor of the frames in each bin, as floor(place / width) counts them."""
+        bins = {}
+        for frame, place in zip(frames, places):
+            if place is not None:
+                bins.setdefault(math.floor(place / width), []).append(frame["values"])
+        return dict(sorted(bins.items()))
+
+    def assert_bins(self, rows, bins, centres):
+        self.assertEqual([row["frames"] for row in rows], [len(frames) for frames in bins.values()])
+        self.assertGreater(len(rows), 3)
+        for row, centre, frames in zip(rows, centres, bins.values()):
+            self.assertAlmostEqual(row["centre"], centre, places=6)
+            for sensor, mean in enumerate(row["mean"]):
+                values = [frame[sensor] for frame in frames if isinstance(frame[sensor], (int, float))]
+                self.assertEqual(row["n"][sensor] or 0, len(values))
+                self.assert_near(mean, statistics.fmean(values) if values else None)
+                self.assert_near(row["sd"][sensor], statistics.stdev(values) if len(values) > 1 else None)
+
+    def assert_near(self, value, expected):
+        if expected is None:
+            self.assertIsNone(value)
+        else:
+            self.assertTrue(math.isclose(value, expected, rel_tol=1e-9, abs_tol=1e-9), (value, expected))
+
+    def test_bins_are_an_independent_average(self):
+        for span, key, width in (("1 dbar", "pressure", 1.0), ("0.5 m", "depth", 0.5), ("0.7s", "time", 0.7),
+                                 ("0.1 min", "time", 6.0)):
+            frames = self.lines("-d", PROFILER, self.cast)
+            pressure = self.index_of(PROFILER, "PRES")
+            places = [seconds_of(frame) if key == "time" else frame["values"][pressure] for frame in frames]
+            bins = self.bins_of(frames, places, width)
+            rows = self.lines("-d", PROFILER, "--bin", span, self.cast)
+            for row in rows:
+                row["centre"] = seconds_of(row) if key == "time" else row[key]
+            self.assert_bins(rows, bins, [(number + 0.5) * width for number in bins])
+
+    def test_formats_say_the_same(self):
+        arguments = ["-d", PROFILER, "--bin", "2 dbar", "--names", "simple"]
+        lines = self.lines(*arguments, self.cast)
+        table = list(csv.DictReader(io.StringIO(self.decode(*arguments, self.cast).stdout, newline="")))
+        temperature = self.index_of(PROFILER, "TEMP")
+        for suffix, key in (("", "mean"), ("_sd", "sd"), ("_n", "n")):
+            self.assertEqual([float(row["TEMP_WATER" + suffix]) for row in table],
+                             [line[key][temperature] for line in lines])
+        self.assertEqual([float(row["pressure"]) for row in table], [line["pressure"] for line in lines])
+        if not netCDF4:
+            self.skipTest("netCDF4 is not installed")
+        self.decode(*arguments, "-o", self.path("bins.nc"), self.cast)
+        with netCDF4.Dataset(self.path("bins.nc")) as file:
+            self.assertEqual(list(file["TEMP_WATER"][:]), [line["mean"][temperature] for line in lines])
+            self.assertEqual(list(file["TEMP_WATER_sd"][:]), [line["sd"][temperature] for line in lines])
+            self.assertEqual(list(file["TEMP_WATER_n"][:]), [line["n"][temperature] for line in lines])
+            self.assertEqual(file["TEMP_WATER"].cell_methods, "pressure: mean")
+            edges = file[file["pressure"].bounds][:]
+            self.assertEqual([tuple(edge) for edge in edges], [(p - 1, p + 1) for p in file["pressure"][:]])
+
+    def test_companions_have_the_profilers_depth(self):
+        """A radiometer has no pressure: alone a wrong call, beside a profiler passed over or, by a role, binned."""
+        wrong = self.decode("-d", RADIOMETER, "--bin", "1 dbar", self.cast, status=2)
+        self.assertIn("--role NAME=profiler", wrong.stderr)
+        both = ["-d", PROFILER, "-d", RADIOMETER, "--bin", "1 dbar", "--format", "jsonl", self.cast]
+        passed = self.decode(*both)
+        self.assertIn("warning", passed.stderr)
+        names = {json.loads(line)["instrument"] for line in passed.stdout.splitlines()}
+        name, = names
+        rows = [json.loads(line) for line in self.decode(*both, "--role", name + "=profiler").stdout.splitlines()]
+        radiometer = [row for row in rows if row["instrument"] != name]
+        pressure, depth, counts = self.index_of(PROFILER, "PRES"), None, {}
+        for frame in self.lines("-d", PROFILER, "-d", RADIOMETER, self.cast):
+            if frame["instrument"] == name:
+                depth = frame["values"][pressure]
+            elif depth is not None:
+                counts[math.floor(depth)] = counts.get(math.floor(depth), 0) + 1
+        self.assertEqual([row["frames"] for row in radiometer], [count for _, count in sorted(counts.items())])
+
+    def test_flags_are_those_of_the_tests(self):
+        limits = self.path("limits.txt")
+        with open(limits, "w", encoding="ascii") as file:
+            file.write("# limits\nTEMP(WATER) gross 0 18.55\nPRES spike 0.01 0.03\n* gap 1 s\n")
+        arguments = ["-d", PROFILER, "--qc", limits]
+        plain = self.lines("-d", PROFILER, self.cast)
+        flagged = self.lines(*arguments, self.cast)
+        pressure, temperature = self.index_of(PROFILER, "PRES"), self.index_of(PROFILER, "TEMP")
+        self.assertEqual([line["values"] for line in flagged], [line["values"] for line in plain])
+        expected = []
+        for i, line in enumerate(plain):
+            found = {}
+            if not 0 <= line["values"][temperature] <= 18.55:
+                found[str(temperature)] = 4
+            if 0 < i < len(plain) - 1:
+                before, value, after = (one["values"][pressure] for one in plain[i - 1:i + 2])
+                step = abs(value - (before + after) / 2)
+                if step > 0.01:
+                    found[str(pressure)] = 4 if step > 0.03 else 3
+            expected.append(found)
+        self.assertEqual([line["qc"] for line in flagged], expected)
+        flags = {flag for found in expected for flag in found.values()}
+        self.assertEqual(flags, {3, 4})
+        table = list(csv.DictReader(io.StringIO(self.decode(*arguments, self.cast).stdout, newline="")))
+        self.assertEqual([row["qc TEMP(WATER)"] for row in table], [str(found.get(str(temperature), 1)) for found in expected])
+        self.assertEqual([row["qc time"] for row in table], ["2"] + ["1"] * (len(table) - 1))
+        self.check_good_only(arguments, plain, expected, temperature)
+
+    def check_good_only(self, arguments, plain, expected, temperature):
+        good = self.lines(*arguments, "--good-only", self.cast)
+        kept = [None if found.get(str(temperature)) == 4 else line["values"][temperature]
+                for line, found in zip(plain, expected)]
+        self.assertEqual([line["values"][temperature] for line in good], kept)
+        mean, = (row["mean"][temperature] for row in self.lines(*arguments, "--good-only", "--bin", "1 h", self.cast))
+        self.assert_near(mean, statistics.fmean(value for value in kept if value is not None))
+        if not netCDF4:
+            return
+        self.decode(*arguments, "--good-only", "-o", self.path("good.nc"), self.cast)
+        with netCDF4.Dataset(self.path("good.nc")) as file:
+            file.set_auto_mask(False)
+            values, states = file["TEMP_WATER"][:], file["TEMP_WATER_qc"][:]
+            self.assertIn("TEMP_WATER_qc", file["TEMP_WATER"].ancillary_variables.split())
+            self.assertEqual([math.isnan(value) for value in values], [state == 4 for state in states])
+            self.assertEqual([int(state) for state in states], [found.get(str(temperature), 1) for found in expected])
+
+    def test_wrong_calls_name_what_is_wrong(self):
+        limits = self.path("limits.txt")
+        with open(limits, "w", encoding="ascii") as file:
+            file.write("TEMPO gross 0 1\n")
+        cases = [(["--bin", "0 dbar"], 2, "give a width above 0"), (["--bin", "1 furlong"], 2, "0.5 m"),
+                 (["--bin", "1 s", "--format", "summary"], 2, "csv, jsonl or netcdf"),
+                 (["--qc", "--format", "seabass"], 2, "csv, jsonl or netcdf"),
+                 (["--bin", "1 s", "--qc"], 2, "give --good-only"),
+                 (["--bin", "1 s", "--hex"], 2, "leave out --raw-counts and --hex"),
+                 (["--bin", "1 s", "-o", self.path("two.nc"), self.cast], 2, "-j 1"),
+                 (["--qc", self.path("none.txt")], 1, "none.txt: cannot be read"),
+                 (["--qc", limits], 2, "limits.txt:1: there is no sensor TEMPO")]
+        for arguments, status, text in cases:
+            result = self.decode("-d", PROFILER, *arguments, self.cast, status=status)
+            self.assertIn(text, result.stderr)
+            self.assertEqual(result.stdout, "")
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1])
