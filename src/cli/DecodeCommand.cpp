@@ -8,6 +8,9 @@
 #include "cli/OutputOptions.h"
 #include "cli/Report.h"
 #include "export/SeaBassHeader.h"
+#include "platform/SettingsFolder.h"
+#include "session/ProfileFile.h"
+#include "views/Windows.h"
 
 #include <CLI/CLI.hpp>
 
@@ -50,6 +53,24 @@ std::string WhyNoMeans(const DecodeOptions& options) {
     return {};
 }
 
+/// The warning and alarm ranges that the desktop's settings keep, for products.
+WatchedRanges RangesOfSettings() {
+    const auto profile = std::make_shared<CFileProfileStore>();
+    if (profile->Load(SettingsFolder() + "qorview.ini") != FileCause::None)
+        ReportWarning("qorview.ini: the desktop's settings could not be read; values are not "
+                      "checked by its warning ranges.");
+    return [profile](const ExportedInstrument& instrument, const DerivedRow& row) {
+        const WarningRanges kept =
+            KeptRanges(*profile, instrument.live->Name(), instrument.package, row.kind);
+        QcRules rules;
+        if (kept.WarnEnabled)
+            rules.warning = {kept.WarnMin, kept.WarnMax};
+        if (kept.AlarmEnabled)
+            rules.alarm = {kept.AlarmMin, kept.AlarmMax};
+        return rules;
+    };
+}
+
 /// Reads the limits and settles what follows from them. The exit status.
 int TakeMeans(DecodeOptions& options) {
     ExportSettings& settings = options.settings;
@@ -64,6 +85,8 @@ int TakeMeans(DecodeOptions& options) {
             ReportError(wrong);
             return ExitFault;
         }
+    if (options.limits == NoLimitsFile)
+        settings.ranges = RangesOfSettings();
     settings.rejects = settings.qc && options.goodOnly;
     settings.style.qc = settings.qc && !settings.bins;
     settings.style.flags = settings.style.flags || settings.style.qc;
@@ -159,7 +182,8 @@ void AddMeansOptions(CLI::App& command, DecodeOptions& options) {
         });
     command
         .add_option("--qc", options.limits,
-                    "Quality flags of values, by the limits in a text file, and of gaps")
+                    "Quality flags of values, by the limits in a text file, else by the desktop's "
+                    "warning ranges for products, and of gaps")
         ->type_name("[FILE.txt]");
 }
 

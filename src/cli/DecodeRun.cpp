@@ -104,7 +104,7 @@ DecodedLog DecodeLog(const ExportedLog& exported, const DecodeOptions& options,
     std::vector<ExportedInstrument> instruments;
     for (const CQorViewIns* instrument : playback.Instruments())
         if (depths.Wanted(*instrument)) {
-            instruments.push_back({&instrument->Live, {}});
+            instruments.push_back({&instrument->Live, {}, playback.Doc().PackageOf(*instrument)});
             if (derives)
                 playback.Doc().ReadDerived(*instrument, instruments.back().derived);
         }

@@ -23,7 +23,7 @@ std::vector<std::string> NamesOf(const CSensor& sensor) {
 /// One instrument: the frame that waits, and the tests of its values.
 class CCheckedInstrument {
   public:
-    CCheckedInstrument(const ExportedInstrument& instrument, const QcLimits& limits, bool rejects);
+    CCheckedInstrument(const ExportedInstrument& instrument, const ExportSettings& settings);
 
     const CLiveInstrument& Waiting() const { return Frame; }
     /// Takes a frame; the one before it has to be out.
@@ -61,12 +61,13 @@ class CCheckedInstrument {
     std::vector<Value> Values;
 };
 
-CCheckedInstrument::CCheckedInstrument(const ExportedInstrument& instrument, const QcLimits& limits,
-                                       bool rejects)
+CCheckedInstrument::CCheckedInstrument(const ExportedInstrument& instrument,
+                                       const ExportSettings& settings)
     : Frame(instrument.live->Definition()),
-      Gap(limits.GapOf(instrument.live->Name())
+      Gap(settings.qc->GapOf(instrument.live->Name())
               .value_or(static_cast<double>(instrument.live->Patience()) / 1000.0)),
-      Rejects(rejects) {
+      Rejects(settings.rejects) {
+    const QcLimits& limits = *settings.qc;
     Frame.Immersed = instrument.live->Immersed;
     Frame.FrameRate = instrument.live->FrameRate;
     const auto& sensors = Frame.Definition().Sensors();
@@ -75,8 +76,10 @@ CCheckedInstrument::CCheckedInstrument(const ExportedInstrument& instrument, con
             Values.push_back({&sensor, static_cast<std::size_t>(sensor.Index),
                               CQcTests(limits.RulesOf(NamesOf(sensor)))});
     for (std::size_t i = 0; i < instrument.derived.size(); ++i) {
-        const std::string names[] = {std::string(EveryValue), instrument.derived[i].label};
-        Values.push_back({nullptr, i, CQcTests(limits.RulesOf(names))});
+        const DerivedRow& row = instrument.derived[i];
+        const std::string names[] = {std::string(EveryValue), row.label};
+        const QcRules watched = settings.ranges ? settings.ranges(instrument, row) : QcRules();
+        Values.push_back({nullptr, i, CQcTests(limits.RulesOf(names, watched))});
     }
     Found.sensors.assign(sensors.size(), QcFlag::NotEvaluated);
     Found.products.assign(instrument.derived.size(), QcFlag::NotEvaluated);
@@ -148,8 +151,7 @@ void CCheckedInstrument::WriteTo(CFrameSink& sink) {
 class CCheckedFrames final : public CFrameSink {
   public:
     CCheckedFrames(const ExportSettings& settings, std::unique_ptr<CFrameSink> behind)
-        : Limits(*settings.qc), Rejects(settings.rejects), LooksAhead(Limits.LooksAhead()),
-          Behind(std::move(behind)) {}
+        : Settings(settings), LooksAhead(settings.qc->LooksAhead()), Behind(std::move(behind)) {}
 
     OutputResult BeginLog(const ExportedLog& log,
                           std::span<const ExportedInstrument> instruments) override;
@@ -161,8 +163,8 @@ class CCheckedFrames final : public CFrameSink {
     OutputResult Finish() override { return Behind->Finish(); }
 
   private:
-    const QcLimits Limits;
-    const bool Rejects, LooksAhead;
+    const ExportSettings Settings;
+    const bool LooksAhead;
     const std::unique_ptr<CFrameSink> Behind;
     std::vector<std::unique_ptr<CCheckedInstrument>> Instruments; ///< in the log's order
     std::map<const CLiveInstrument*, CCheckedInstrument*> Checked;
@@ -172,7 +174,7 @@ OutputResult CCheckedFrames::BeginLog(const ExportedLog& log,
                                       std::span<const ExportedInstrument> instruments) {
     std::vector<ExportedInstrument> shown(instruments.begin(), instruments.end());
     for (ExportedInstrument& instrument : shown) {
-        Instruments.push_back(std::make_unique<CCheckedInstrument>(instrument, Limits, Rejects));
+        Instruments.push_back(std::make_unique<CCheckedInstrument>(instrument, Settings));
         Checked[instrument.live] = Instruments.back().get();
         instrument.live = &Instruments.back()->Waiting();
     }

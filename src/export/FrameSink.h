@@ -10,6 +10,7 @@
 #include "export/Output.h"
 #include "export/QcLimits.h"
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <span>
@@ -17,6 +18,10 @@
 #include <vector>
 
 namespace qor {
+
+struct ExportedInstrument;
+/// The ranges that an operator watches a product of the instrument by.
+using WatchedRanges = std::function<QcRules(const ExportedInstrument&, const DerivedRow&)>;
 
 /// What an export is asked for.
 struct ExportSettings {
@@ -30,6 +35,7 @@ struct ExportSettings {
     FaultReport warn = {};            ///< hears what is to be known and stops nothing
     std::optional<BinSpan> bins = {}; ///< means over these instead of frames
     std::optional<QcLimits> qc = {};  ///< values are checked by these
+    WatchedRanges ranges = {};        ///< hold for products beside the limits
     bool rejects = false;             ///< values that fail them count as none
     std::map<std::string, std::string, std::less<>> archive = {}; ///< of a header, by key
 };
@@ -52,7 +58,8 @@ struct ExportedLog {
 struct ExportedInstrument {
     const CLiveInstrument* live = nullptr;
     std::vector<DerivedRow> derived = {};
-    bool hasDepth = false; ///< something measures the depth that its frames are from
+    std::string package = {}; ///< the name of the one that it belongs to
+    bool hasDepth = false;    ///< something measures the depth that its frames are from
 };
 
 /// A frame with what its checks found, its derived rows and what goes with it.

@@ -47,6 +47,8 @@ bool IsGap(const std::vector<double>& numbers) {
 constexpr TestRow Tests[] = {
     {"gross", QcTest::Gross, 2, 2, "gross LEAST GREATEST, the lesser one first", IsRange},
     {"suspect", QcTest::Suspect, 2, 2, "suspect LEAST GREATEST, the lesser one first", IsRange},
+    {"warning", QcTest::Warning, 2, 2, "warning LEAST GREATEST, the lesser one first", IsRange},
+    {"alarm", QcTest::Alarm, 2, 2, "alarm LEAST GREATEST, the lesser one first", IsRange},
     {"spike", QcTest::Spike, 1, 2, "spike SUSPECT [BAD], BAD no less than SUSPECT", AreSteps},
     {"rate", QcTest::Rate, 1, 2, "rate SUSPECT [BAD] a second, BAD no less than SUSPECT", AreSteps},
     {"flat", QcTest::Flat, 3, 3,
@@ -107,6 +109,12 @@ void Apply(const QcRule& rule, QcRules& rules) {
     case QcTest::Suspect:
         rules.likely = {numbers[0], numbers[1]};
         break;
+    case QcTest::Warning:
+        rules.warning = {numbers[0], numbers[1]};
+        break;
+    case QcTest::Alarm:
+        rules.alarm = {numbers[0], numbers[1]};
+        break;
     case QcTest::Spike:
         rules.spike = steps();
         break;
@@ -129,8 +137,7 @@ bool IsAmong(const std::string& name, std::span<const std::string> names) {
 
 } // namespace
 
-QcRules QcLimits::RulesOf(std::span<const std::string> names) const {
-    QcRules found;
+QcRules QcLimits::RulesOf(std::span<const std::string> names, QcRules found) const {
     for (const std::string& name : names)
         for (const QcRule& rule : rules)
             if (EqualsNoCase(rule.name, name))

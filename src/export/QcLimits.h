@@ -19,7 +19,7 @@ namespace qor {
 /// The name that speaks of all values, or of all instruments.
 inline constexpr std::string_view EveryValue = "*";
 
-enum class QcTest : std::uint8_t { Gross, Suspect, Spike, Rate, Flat, Gap };
+enum class QcTest : std::uint8_t { Gross, Suspect, Warning, Alarm, Spike, Rate, Flat, Gap };
 
 /// One line of the file.
 struct QcRule {
@@ -34,8 +34,8 @@ struct QcLimits {
     std::vector<QcRule> rules = {};
 
     /// What a value is held to; `names` are those it goes by, the most general first. Where several
-    /// rules speak of it, the one of the most special name counts.
-    QcRules RulesOf(std::span<const std::string> names) const;
+    /// rules speak of it, the one of the most special name counts; `found` is what holds without.
+    QcRules RulesOf(std::span<const std::string> names, QcRules found = {}) const;
     /// Seconds from frame to frame of the instrument that are no gap; none where no rule says.
     std::optional<double> GapOf(const std::string& instrument) const;
     /// Whether some rule wants to know the value that follows.

@@ -19,6 +19,10 @@ bool Has(const QcRange& range, double value) {
     return value >= range.least && value <= range.greatest;
 }
 
+bool IsWithin(const QcRange& range, double value) {
+    return value > range.least && value < range.greatest;
+}
+
 } // namespace
 
 QcFlag CQcTests::Take(std::optional<double> value, std::optional<double> seconds) {
@@ -38,11 +42,14 @@ QcFlag CQcTests::SpikeBefore(std::optional<double> next) const {
 }
 
 QcFlag CQcTests::TestRanges(double value) const {
-    if (Rules.gross && !Has(*Rules.gross, value))
+    if ((Rules.gross && !Has(*Rules.gross, value)) ||
+        (Rules.alarm && IsWithin(*Rules.alarm, value)))
         return QcFlag::Bad;
-    if (Rules.likely && !Has(*Rules.likely, value))
+    if ((Rules.likely && !Has(*Rules.likely, value)) ||
+        (Rules.warning && IsWithin(*Rules.warning, value)))
         return QcFlag::Suspect;
-    return Rules.gross || Rules.likely ? QcFlag::Good : QcFlag::NotEvaluated;
+    return Rules.gross || Rules.likely || Rules.warning || Rules.alarm ? QcFlag::Good
+                                                                       : QcFlag::NotEvaluated;
 }
 
 QcFlag CQcTests::TestRate(double value, std::optional<double> seconds) const {

@@ -31,8 +31,10 @@ struct QcFlat {
 struct QcRules {
     std::optional<QcRange> gross = {};  ///< bad outside
     std::optional<QcRange> likely = {}; ///< suspect outside
-    std::optional<QcSteps> spike = {};  ///< from the mean of the values before and after
-    std::optional<QcSteps> rate = {};   ///< of change, a second
+    /// As operators watch a value: suspect, or bad, between the bounds, which are good.
+    std::optional<QcRange> warning = {}, alarm = {};
+    std::optional<QcSteps> spike = {}; ///< from the mean of the values before and after
+    std::optional<QcSteps> rate = {};  ///< of change, a second
     std::optional<QcFlat> flat = {};
 };
 

@@ -427,4 +427,10 @@ void CQorViewDoc::ReadDerived(const CQorViewIns& instrument, std::vector<Derived
         instrument.Products.Read(instrument.Live, rows);
 }
 
+std::string CQorViewDoc::PackageOf(const CQorViewIns& instrument) const {
+    CRecursiveLock lock(DocLock);
+    const FrameOwner* owner = OwnerOf(instrument.Id);
+    return owner && owner->package ? owner->package->Name : std::string();
+}
+
 } // namespace qor

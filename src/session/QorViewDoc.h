@@ -119,6 +119,8 @@ class CQorViewDoc : public CQorTelemetryDoc, public SessionState {
     /// The derived rows that go with an instrument's frame: its package's, or its own. With values
     /// for the latest frames, into a list whose memory is used again.
     void ReadDerived(const CQorViewIns& instrument, std::vector<DerivedRow>& rows) const;
+    /// The name of the package that the instrument belongs to; empty where it is alone.
+    std::string PackageOf(const CQorViewIns& instrument) const;
 
   private:
     std::string NameOf(ResourceId resource) const;

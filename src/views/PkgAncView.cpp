@@ -157,6 +157,10 @@ int CPkgAncViewDlg::Update(const CPackage& package, const CPackageRows::Inputs& 
     return 1;
 }
 
+const WarningRanges* CPkgAncViewSettings::RangesOf(ANCDATATYPE kind) const {
+    return WatchedRanges(*this, kind);
+}
+
 void CPkgAncViewDlg::LoadSettings(const CProfileStore& store, const std::string& prefix) {
     if (Settings.Load(store, prefix))
         Redraw = true;

@@ -24,6 +24,8 @@ struct CPkgAncViewSettings : WindowPlace {
     /// False, and nothing done, without a prefix. Absent keys leave their fields alone.
     bool Save(CProfileStore& store, const std::string& prefix) const;
     bool Load(const CProfileStore& store, const std::string& prefix);
+    /// Null of a row that is not watched.
+    const WarningRanges* RangesOf(ANCDATATYPE kind) const;
 };
 
 class CPkgAncViewDlg : public CView {

@@ -72,4 +72,22 @@ const WindowKind* FindWindowKind(std::string_view name) {
     return found == std::end(Table) ? nullptr : &*found;
 }
 
+std::string SettingsPrefix(const WindowKind& kind, const std::string& instrument) {
+    return "View-" + std::string(kind.name) + (instrument.empty() ? "" : "-" + instrument);
+}
+
+WarningRanges KeptRanges(const CProfileStore& store, const std::string& instrument,
+                         const std::string& package, ANCDATATYPE product) {
+    CPkgAncViewSettings ofPackage;
+    if (!package.empty()) {
+        (void)ofPackage.Load(store, SettingsPrefix(*FindWindowKind("package"), package));
+        const WarningRanges* ranges = ofPackage.RangesOf(product);
+        if (ranges && ranges->AnyEnabled())
+            return *ranges;
+    }
+    CAncViewSettings own;
+    (void)own.Load(store, SettingsPrefix(*FindWindowKind("ancillary"), instrument));
+    return product == ANCDATATYPE::Tilt ? own.TiltWarnings : WarningRanges();
+}
+
 } // namespace qor

@@ -8,6 +8,7 @@
 
 #include <memory>
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -25,5 +26,13 @@ std::vector<std::string_view> WindowNames();
 
 /// The window of a name, or null.
 const WindowKind* FindWindowKind(std::string_view name);
+
+/// Where the settings of windows of that kind and instrument (or package) begin in the profile.
+std::string SettingsPrefix(const WindowKind& kind, const std::string& instrument);
+
+/// The ranges in which a product of the instrument is bad, as the operator has set them in the
+/// window of its package, else in its own, and as the profile keeps them; none where it keeps none.
+WarningRanges KeptRanges(const CProfileStore& store, const std::string& instrument,
+                         const std::string& package, ANCDATATYPE product);
 
 } // namespace qor

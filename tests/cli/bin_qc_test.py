@@ -13,6 +13,7 @@ import subprocess
 import sys
 import tempfile
 import unittest
+import unittest.mock
 
 try:
     import netCDF4
@@ -176,6 +177,24 @@ class BinQc(unittest.TestCase):
             self.assertIn("TEMP_WATER_qc", file["TEMP_WATER"].ancillary_variables.split())
             self.assertEqual([math.isnan(value) for value in values], [state == 4 for state in states])
             self.assertEqual([int(state) for state in states], [found.get(str(temperature), 1) for found in expected])
+
+    def test_products_are_held_to_ranges_that_are_bad_inside(self):
+        home, limits = self.path("home"), self.path("limits.txt")
+        os.makedirs(home)
+        with open(os.path.join(home, "qorview.ini"), "w", encoding="utf-8") as settings:
+            settings.write("[View-ancillary-QORPRO042\\Ancillary]\nTiltWarnings="
+                           f"{1.9:09.2f} {90:09.2f} {2:09.2f} {90:09.2f} 1 1\n")
+        with open(limits, "w", encoding="utf-8") as file:
+            file.write("TILT warning 1.9 90\nTILT alarm 2 90\n")
+        for arguments, settings in (((), home), ((limits,), self.path("none"))):
+            with unittest.mock.patch.dict(os.environ, QORVIEW_HOME=settings):
+                frames = self.lines("-d", PROFILER, "--derived", self.cast, "--qc", *arguments)
+            found = set()
+            for frame in frames:
+                tilt = next(row[2] for row in frame["derived"] if row[0] == "TILT")
+                found.add(frame["qc"].get("TILT", 1))
+                self.assertEqual(frame["qc"].get("TILT", 1), 4 if tilt > 2 else 3 if tilt > 1.9 else 1, tilt)
+            self.assertEqual(found, {1, 3, 4})
 
     def test_wrong_calls_name_what_is_wrong(self):
         limits = self.path("limits.txt")

@@ -41,6 +41,7 @@ TEST(QcTests, FlagSeries) {
         {{.rate = QcSteps{1, 5}}, {0, 1, 3, 9, 9, NAN, 9}, "2134192"},
         {{.flat = QcFlat{2, 4, 0.15}}, {1, 1.1, 1, 1, 1, 2, 2.2}, "2334411"},
         {{.flat = QcFlat{2, 3, 0}}, {1, NAN, 1, 1, 2}, "29341"},
+        {{.warning = QcRange{20, 45}, .alarm = QcRange{45, 180}}, {20, 21, 45, 46, 180}, "13141"},
     };
     for (const auto& row : cases)
         EXPECT_EQ(FlagsOf(row.rules, row.values), row.flags);

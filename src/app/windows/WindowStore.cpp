@@ -41,18 +41,14 @@ std::vector<CViewWindow*> ViewWindows(const CDisplayArea& area) {
     return windows;
 }
 
-/// A section of the profile store for windows of that kind and instrument.
-std::string PrefixOf(const WindowKind& kind, const std::string& instrument) {
-    return "View-" + std::string(kind.name) + (instrument.empty() ? "" : "-" + instrument);
-}
-
 CViewWindow* Make(CDisplayArea& area, const WindowMaker& maker, const WindowKind& kind,
                   const std::string& name) {
     auto* window = new CViewWindow(maker.theme, QString::fromStdString(name), kind, maker.doc);
     if (maker.made)
         maker.made(*window);
     QObject::connect(window, &CViewWindow::Closing, &area, [window, &maker = maker.doc] {
-        window->View().SaveSettings(maker.Profile, PrefixOf(window->Kind(), window->Instrument()));
+        window->View().SaveSettings(maker.Profile,
+                                    SettingsPrefix(window->Kind(), window->Instrument()));
     });
     return window;
 }
@@ -176,7 +172,7 @@ CViewWindow* OpenWindow(CDisplayArea& area, const WindowMaker& maker, const Wind
                         const std::string& instrument, CDisplayWindow* beside,
                         CDisplayArea::Place place) {
     CViewWindow* window = Make(area, maker, kind, FreeName(area, kind));
-    window->View().LoadSettings(maker.doc.Profile, PrefixOf(kind, instrument));
+    window->View().LoadSettings(maker.doc.Profile, SettingsPrefix(kind, instrument));
     window->ShowInstrument(instrument);
     area.AddDisplay(window, beside, place);
     return window;
@@ -254,7 +250,7 @@ void OpenDefaultWindows(CDisplayArea& area, const WindowMaker& maker) {
         for (const WindowKind* kind : line.there) {
             CViewWindow* window = Make(area, maker, *kind, FreeName(area, *kind));
             window->setParent(&area);
-            window->View().LoadSettings(maker.doc.Profile, PrefixOf(*kind, {}));
+            window->View().LoadSettings(maker.doc.Profile, SettingsPrefix(*kind, {}));
             placed.push_back({window, {place, kind == line.there.front()}});
         }
     };
