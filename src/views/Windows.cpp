@@ -78,16 +78,21 @@ std::string SettingsPrefix(const WindowKind& kind, const std::string& instrument
 
 WarningRanges KeptRanges(const CProfileStore& store, const std::string& instrument,
                          const std::string& package, ANCDATATYPE product) {
-    CPkgAncViewSettings ofPackage;
-    if (!package.empty()) {
-        (void)ofPackage.Load(store, SettingsPrefix(*FindWindowKind("package"), package));
-        const WarningRanges* ranges = ofPackage.RangesOf(product);
-        if (ranges && ranges->AnyEnabled())
+    // A window that was never told whose it is keeps its settings under its kind alone.
+    for (const std::string& name : {package, std::string()}) {
+        CPkgAncViewSettings settings;
+        (void)settings.Load(store, SettingsPrefix(*FindWindowKind("package"), name));
+        const WarningRanges* ranges = settings.RangesOf(product);
+        if (!package.empty() && ranges && ranges->AnyEnabled())
             return *ranges;
     }
-    CAncViewSettings own;
-    (void)own.Load(store, SettingsPrefix(*FindWindowKind("ancillary"), instrument));
-    return product == ANCDATATYPE::Tilt ? own.TiltWarnings : WarningRanges();
+    for (const std::string& name : {instrument, std::string()}) {
+        CAncViewSettings settings;
+        (void)settings.Load(store, SettingsPrefix(*FindWindowKind("ancillary"), name));
+        if (product == ANCDATATYPE::Tilt && settings.TiltWarnings.AnyEnabled())
+            return settings.TiltWarnings;
+    }
+    return {};
 }
 
 } // namespace qor
