@@ -115,6 +115,12 @@ int RunDecode(DecodeOptions& options, CommandContext& context) {
                     " takes calibrated values alone; leave out --raw-counts and --hex.");
         return ExitBadCall;
     }
+    if (options.metadata && (options.format != FindExportFormat("csv") ||
+                             options.settings.path.empty() || options.settings.path == "-")) {
+        ReportError("--metadata describes CSV files; give -o NAME.csv, or a folder for several.");
+        return ExitBadCall;
+    }
+    options.settings.style.described = options.metadata || options.settings.style.simpleNames;
     if (const int status = TakeMeans(options); status != ExitWell)
         return status;
     options.settings.report = ReportError;
@@ -218,6 +224,8 @@ void AddDecodeCommand(CLI::App& app, CommandContext& context) {
             "the units stand in NAME.csv.json beside the file, of standard output nowhere")
         ->type_name("full|simple")
         ->check(CLI::IsMember({"full", "simple"}).description(""));
+    command->add_flag("--metadata", options.metadata,
+                      "Beside each CSV file NAME.csv.json, which describes its columns (CSVW)");
     command
         ->add_option("--digits", options.settings.style.digits,
                      "Significant digits of calibrated values and products (all)")

@@ -23,7 +23,8 @@ struct DecodeOptions : PlaybackOptions {
     bool rawCounts = false;
     bool hex = false;
     bool goodOnly = false;
-    bool utc = false; ///< by each log's own zone
+    bool metadata = false; ///< tables are described beside them
+    bool utc = false;      ///< by each log's own zone
     std::string from, to;
     std::string limits; ///< the file of --qc, NoLimitsFile for none; empty: values are not checked
     TimeWindow window;  ///< of these

@@ -70,7 +70,7 @@ OutputResult CBinTables::Open(const ExportedLog&, std::span<const ExportedInstru
         return result;
     for (const ExportedInstrument& instrument : instruments) {
         const std::string& name = instrument.live->Name();
-        if (OutputResult result = Files.Open(name, Settings.style.simpleNames, Tables[name]);
+        if (OutputResult result = Files.Open(name, Settings.style.described, Tables[name]);
             !result.Good())
             return result;
     }

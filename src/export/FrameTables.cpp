@@ -39,7 +39,7 @@ OutputResult CFrameTables::BeginLog(const ExportedLog& log,
     for (const ExportedInstrument& instrument : instruments) {
         TableFile file;
         if (OutputResult result =
-                Files.Open(instrument.live->Name(), Settings.style.simpleNames, file);
+                Files.Open(instrument.live->Name(), Settings.style.described, file);
             !result.Good())
             return result;
         CFrameCsv rows(*file.output, instrument.live->Definition(), log.path,

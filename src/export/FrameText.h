@@ -29,6 +29,7 @@ struct FrameStyle {
     bool qc = false;          ///< with what the checks of values found
     bool files = false;       ///< rows name their log
     bool simpleNames = false; ///< of columns: "ED_412.5", without units
+    bool described = false;   ///< a file beside the table says what its columns are
     int digits = 0;           ///< significant ones of calibrated values and products; 0: all
     std::optional<int> utcOffset =
         {};                 ///< minutes that the log's times are ahead of UTC, which is shown

@@ -114,6 +114,19 @@ class BinQc(unittest.TestCase):
             edges = file[file["pressure"].bounds][:]
             self.assertEqual([tuple(edge) for edge in edges], [(p - 1, p + 1) for p in file["pressure"][:]])
 
+    def test_tables_are_described_where_it_is_asked_for(self):
+        for arguments in ((), ("--bin", "1 dbar"), ("--names", "simple")):
+            table = self.path("cast.csv")
+            self.decode("-d", PROFILER, self.cast, "--metadata", "-o", table, "--overwrite", *arguments)
+            with open(table, encoding="utf-8", newline="") as rows, open(table + ".json", encoding="utf-8") as described:
+                head, schema = next(csv.reader(rows)), json.load(described)
+            self.assertEqual((schema["@context"], schema["url"]), ("http://www.w3.org/ns/csvw", "cast.csv"))
+            columns = schema["tableSchema"]["columns"]
+            self.assertEqual([column["name"] for column in columns], head)
+            self.assertIn(("dbar", "number"), [(column["units"], column["datatype"]) for column in columns])
+        for arguments in (("--format", "csv"), ("-o", self.path("cast.jsonl"))):
+            self.assertIn("--metadata", self.decode("-d", PROFILER, self.cast, "--metadata", *arguments, status=2).stderr)
+
     def test_companions_have_the_profilers_depth(self):
         """A radiometer has no pressure: alone a wrong call, beside a profiler passed over or, by a role, binned."""
         wrong = self.decode("-d", RADIOMETER, "--bin", "1 dbar", self.cast, status=2)

@@ -171,7 +171,7 @@ TEST_F(AnExport, HasTheUnitsOfSimpleNamesBesideItsFile) {
     ASSERT_EQ(RemoveFile(Temp.Path + "t.csv"), FileCause::None);
     EXPECT_EQ(Begin(*Make("csv", "t.csv"), {&sender}).state, OutputState::Exists);
     EXPECT_FALSE(FileExists(Temp.Path + "t.csv") || FileExists(Temp.Path + "t.csv.part"));
-    Settings.style.simpleNames = false;
+    Settings.style.simpleNames = Settings.style.described = false;
     const auto full = Make("csv", "full.csv");
     ASSERT_TRUE(Begin(*full, {&sender}).Good() && full->Finish().Good());
     EXPECT_FALSE(FileExists(Temp.Path + "full.csv.json"));
