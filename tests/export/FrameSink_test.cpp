@@ -143,7 +143,7 @@ TEST_F(AnExport, HasNamesDigitsAndDegreesForOtherPrograms) {
 }
 
 TEST_F(AnExport, HasTheUnitsOfSimpleNamesBesideItsFile) {
-    Settings.style = {.derived = true, .simpleNames = true};
+    Settings.style = {.derived = true, .simpleNames = true, .described = true};
     Derived.resize(1);
     Derived[0].label = "T (W)";
     Derived[0].units = "1/m";
