@@ -25,7 +25,7 @@ constexpr unsigned GridTicks = CViewWindow::TicksASecond / 4;
 /// A view that gathers what comes (a track, a wind rose) has to find its instrument also while
 /// nobody looks: every 10 s, without a page being drawn.
 constexpr unsigned HiddenTicks = 10U * CViewWindow::TicksASecond;
-constexpr const char* SettingsPrefix = "View";
+constexpr const char* KeptPrefix = "View";
 
 CWindowTitleBar::Has ButtonsOf(const ViewPages& pages) {
     const bool plots = !pages.plots.empty();
@@ -221,7 +221,7 @@ KeptWindow CViewWindow::Kept() const {
     kept.kind = Row.name;
     kept.name = objectName().toStdString();
     kept.instrument = Name;
-    Shown->SaveSettings(kept.settings, SettingsPrefix);
+    Shown->SaveSettings(kept.settings, KeptPrefix);
     for (std::size_t i = 0; i < Plots.size(); ++i)
         kept.plots.push_back(i < Waiting.size() && !Waiting[i].IsEmpty()
                                  ? Waiting[i]
@@ -236,7 +236,7 @@ KeptWindow CViewWindow::Kept() const {
 }
 
 void CViewWindow::Restore(const KeptWindow& kept) {
-    Shown->LoadSettings(kept.settings, SettingsPrefix);
+    Shown->LoadSettings(kept.settings, KeptPrefix);
     ShowInstrument(kept.instrument);
     Waiting = kept.plots;
 }
