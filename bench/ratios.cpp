@@ -125,6 +125,33 @@ void Verify(const Setting& setting, const CInstrument& radiometer) {
     std::filesystem::remove(log + ".json");
 }
 
+/// Eight logs into eight CSV files, by one job and by two.
+void Jobs(const Setting& setting, const CInstrument& radiometer) {
+    const std::string first = setting.Scratch("jobs0.raw"), folder = setting.Scratch("jobs");
+    const std::uint64_t size =
+        WriteRepeated(first, HeaderBlock(), MakeRecords(radiometer, 256 * 40, true), 10'000'000);
+    std::vector<std::string> logs{first};
+    for (int i = 1; i < 8; ++i) {
+        logs.push_back(setting.Scratch(("jobs" + std::to_string(i) + ".raw").c_str()));
+        std::filesystem::copy_file(first, logs.back());
+    }
+    std::string names;
+    for (const std::string& log : logs)
+        names += " " + log;
+    const auto speed = [&](const char* jobs) {
+        const std::string call = setting.cli + " decode --quiet --overwrite --format csv -o " +
+                                 folder + " -j " + jobs + " -d " +
+                                 setting.Definition("radiometer.cal") + names;
+        return static_cast<double>(size * logs.size()) /
+               MedianSeconds([&] { RunShell(call + " > /dev/null 2>&1"); });
+    };
+    const double one = speed("1");
+    PrintRow("eight logs into CSV, -j 2 (bytes/s)", speed("2"), "B/s", one, "-j 1", 1.7);
+    for (const std::string& log : logs)
+        std::filesystem::remove(log);
+    std::filesystem::remove_all(folder);
+}
+
 /// A NMEA decoder as one writes it in C: copy the sentence, check its sum, split it, convert.
 double PlainNmeaDecoder(const std::string& text) {
     double sum = 0.0;
@@ -296,6 +323,7 @@ int Run(const Setting& setting) {
     std::printf("M, a large memory copy: %.2f GB/s\n\n", copySpeed / 1e9);
     Replay(setting, radiometer, copySpeed);
     Verify(setting, radiometer);
+    Jobs(setting, radiometer);
     TextFrames(setting, gps);
     Growth();
     RawLogWriting(setting, radiometer);
