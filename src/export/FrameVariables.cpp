@@ -3,9 +3,9 @@
 
 #include "base/Sha256.h"
 #include "base/Text.h"
+#include "export/DefinitionSource.h"
 #include "export/StandardNames.h"
 #include "instrument/Calibration.h"
-#include "platform/WholeFile.h"
 #include "products/GpsSentence.h"
 #include "products/Spectrum.h"
 
@@ -19,7 +19,6 @@ namespace qor {
 namespace {
 
 constexpr std::size_t LongestName = 100;
-constexpr std::size_t LargestDefinition = 64 << 20;
 
 constexpr const char* FlagNames[] = {"dropped", "checksum_error", "value_error"};
 constexpr const char* FlagTitles[] = {"frames are missing before this one, by the frame counter",
@@ -364,12 +363,12 @@ void CLayout::DescribeLog() {
                 SetGlobal(known.attribute, Utf8Text(record.value));
     }
     SetGlobal("qorview_header", header);
-    std::string text;
     SetGlobal("qorview_definition_file", Utf8Text(definition.FilePath()));
-    if (ReadWholeFile(definition.FilePath(), LargestDefinition, text) != FileCause::None)
-        return; // a member of an archive is gone once it is loaded
-    SetGlobal("qorview_definition", Utf8Text(text));
-    SetGlobal("qorview_definition_sha256", Sha256Of(AsBytes(text)));
+    const std::optional<std::string> text = DefinitionBytes(definition);
+    if (!text)
+        return;
+    SetGlobal("qorview_definition", Utf8Text(*text));
+    SetGlobal("qorview_definition_sha256", Sha256Of(AsBytes(*text)));
 }
 
 } // namespace

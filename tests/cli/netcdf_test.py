@@ -5,6 +5,7 @@ for bit, every unit is one to UDUNITS, and what cannot be written leaves nothing
 import calendar
 import ctypes
 import datetime
+import hashlib
 import json
 import math
 import os
@@ -16,6 +17,7 @@ import subprocess
 import sys
 import tempfile
 import unittest
+import zipfile
 
 SKIPPED = 77
 try:
@@ -196,6 +198,17 @@ class NetCdf(unittest.TestCase):
         self.assertEqual(file["ED"].standard_name, "downwelling_radiative_flux_per_unit_wavelength_in_air")
         self.assertEqual(file["ED"].units, "uW cm-2 nm-1")
         self.assertTrue(file["ED"].filters()["zlib"])
+
+    def test_files_of_a_package_have_its_members_definitions(self):
+        package, folder = self.example("cast.sip"), self.path("members")
+        self.decode("-p", package, "--format", "netcdf", "-o", folder, self.example("cast.raw"))
+        with zipfile.ZipFile(package) as archive:
+            members = {name: archive.read(name) for name in archive.namelist()}
+        for name in os.listdir(folder):
+            with netCDF4.Dataset(os.path.join(folder, name)) as file:
+                definition = members[os.path.basename(file.qorview_definition_file)]
+                self.assertEqual(file.qorview_definition_sha256, hashlib.sha256(definition).hexdigest())
+                self.assertEqual(file.qorview_definition, definition.decode())
 
     def unit_of(self, text):
         """What UDUNITS makes of a text; None when it knows no such unit."""
