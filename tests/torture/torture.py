@@ -74,7 +74,12 @@ class Run:
                                                           for key, value in environment.items()})
 
     def logs(self):
-        return sorted(self.folder.rglob("*.raw"))
+        """In the order of their names, a second log of one name ("run-2.raw") behind the first."""
+        def place(path):
+            stem, _, number = path.stem.rpartition("-")
+            again = number.isdigit() and path.with_name(stem + ".raw").exists()
+            return (path.parent, stem, int(number)) if again else (path.parent, path.stem, 1)
+        return sorted(self.folder.rglob("*.raw"), key=place)
 
     def stored(self):
         return sum(len(records(path.read_bytes())[0]) for path in self.logs())
