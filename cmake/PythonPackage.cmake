@@ -15,5 +15,8 @@ set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "raw logs of oceanographic instruments as 
 math(EXPR next "${Python3_VERSION_MINOR} + 1")
 string(CONCAT CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS
        "python3 (>= 3.${Python3_VERSION_MINOR}), python3 (<< 3.${next}), python3-numpy, python3-xarray")
+if(QORVIEW_NETCDF_NAME MATCHES "\\.so\\.([0-9]+)") # loaded when it is needed
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_RECOMMENDS "libnetcdf${CMAKE_MATCH_1}")
+endif()
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS "python3-dask, python3-distributed, python3-matplotlib, python3-netcdf4")
 include(CPack)

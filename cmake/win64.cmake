@@ -12,7 +12,20 @@ set(QORVIEW_WIN64_DEPS "${CMAKE_CURRENT_LIST_DIR}/../build/win64-deps" CACHE PAT
     "Where script/build-win64-deps put the libraries")
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES QORVIEW_WIN64_DEPS)
 
-set(CMAKE_FIND_ROOT_PATH "${QORVIEW_WIN64_DEPS}" /usr/x86_64-w64-mingw32)
+
+# The desktop's libraries, where script/build-win64-qt has made them; their tools are the host's.
+if(NOT QORVIEW_WIN64_QT)
+  execute_process(COMMAND "${CMAKE_CURRENT_LIST_DIR}/../script/build-win64-qt" --where
+                  OUTPUT_VARIABLE cache OUTPUT_STRIP_TRAILING_WHITESPACE)
+  set(QORVIEW_WIN64_QT "${cache}" CACHE PATH "Where script/build-win64-qt puts the libraries")
+endif()
+list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES QORVIEW_WIN64_QT)
+set(QT_HOST_PATH /usr CACHE PATH "Where the host's Qt is")
+file(GLOB host_qt LIST_DIRECTORIES ON /usr/lib/*/cmake/Qt6HostInfo)
+cmake_path(GET host_qt PARENT_PATH host_qt)
+set(QT_HOST_PATH_CMAKE_DIR "${host_qt}" CACHE PATH "Where the host's Qt is described to CMake")
+
+set(CMAKE_FIND_ROOT_PATH "${QORVIEW_WIN64_DEPS}" "${QORVIEW_WIN64_QT}" /usr/x86_64-w64-mingw32)
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)

@@ -4,14 +4,12 @@
 #include "platform/FileErrorText.h"
 
 #ifdef QORVIEW_NETCDF
-#include <H5public.h>
-#include <netcdf.h>
+#include "base/Lock.h"
+#include "export/NetCdfLibrary.h"
 
 #include <cerrno>
 #include <limits>
 #include <memory>
-
-#include "base/Lock.h"
 #endif
 
 namespace qor {
@@ -25,6 +23,10 @@ const auto LibraryLock = std::make_unique<CMutex>(); ///< held in every call of 
 constexpr int Compression = 1; ///< more costs much time and saves little of measured values
 /// Attributes beyond this do not fit the file's object headers; a text is stored beside them then.
 constexpr std::size_t LongestPlainText = 16 * 1024;
+
+const NetCdfLibrary& Library() {
+    return TheNetCdfLibrary();
+}
 
 constexpr nc_type TypeOf(NetCdfType type) {
     switch (type) {
@@ -65,7 +67,7 @@ bool CNetCdfFile::IsThere() {
 CNetCdfFile::~CNetCdfFile() {
     const CLock lock(*LibraryLock);
     if (Handle >= 0)
-        nc_close(Handle);
+        Library().nc_close(Handle);
 }
 
 /// The library says of every fault of the disk the same; what the system said last says more.
@@ -74,21 +76,20 @@ bool CNetCdfFile::Check(int result) {
         return true;
     if (!Fault.empty())
         return false;
-    Fault = errno == ENOSPC  ? std::string(GetFileErrorText(FileCause::DiskFull))
-            : errno == EFBIG ? "The file is larger than the system allows."
-                             : "libnetcdf says: " + std::string(nc_strerror(result)) + ".";
+    Fault = errno == ENOSPC ? std::string(GetFileErrorText(FileCause::DiskFull))
+            : errno == EFBIG
+                ? "The file is larger than the system allows."
+                : "libnetcdf says: " + std::string(Library().nc_strerror(result)) + ".";
     return false;
 }
 
-/// HDF5 keeps a file that it could not write to its end, and would try again when the program ends,
-/// upon memory that is gone: it may not. Files that are well are closed by then.
 void CNetCdfFile::Create(const std::string& path) {
     const CLock lock(*LibraryLock);
-    static const herr_t leftAlone = H5dont_atexit(); // before anything else of it, once
-    static_cast<void>(leftAlone);
+    if (Fault = Library().fault; !Good())
+        return;
     errno = 0;
     int handle = -1;
-    if (Check(nc_create(path.c_str(), NC_NETCDF4 | NC_CLOBBER, &handle)))
+    if (Check(Library().nc_create(path.c_str(), NC_NETCDF4 | NC_CLOBBER, &handle)))
         Handle = handle;
 }
 
@@ -97,7 +98,7 @@ int CNetCdfFile::AddDimension(const std::string& name, std::size_t size) {
     static_assert(Unlimited == NC_UNLIMITED);
     int dimension = -1;
     if (Good())
-        Check(nc_def_dim(Handle, name.c_str(), size, &dimension));
+        Check(Library().nc_def_dim(Handle, name.c_str(), size, &dimension));
     return dimension;
 }
 
@@ -108,20 +109,20 @@ int CNetCdfFile::AddVariable(const std::string& name, NetCdfType type,
                              bool shuffle) {
     const CLock lock(*LibraryLock);
     int variable = -1;
-    if (!Good() ||
-        !Check(nc_def_var(Handle, name.c_str(), TypeOf(type), static_cast<int>(dimensions.size()),
-                          dimensions.data(), &variable)))
+    if (!Good() || !Check(Library().nc_def_var(Handle, name.c_str(), TypeOf(type),
+                                               static_cast<int>(dimensions.size()),
+                                               dimensions.data(), &variable)))
         return -1;
     if (chunks.empty())
         return variable;
     std::size_t bytes = SizeOf(type);
     for (std::size_t chunk : chunks)
         bytes *= chunk;
-    Check(nc_def_var_chunking(Handle, variable, NC_CHUNKED, chunks.data()));
-    Check(nc_set_var_chunk_cache(Handle, variable, bytes, 11, 1.0F));
+    Check(Library().nc_def_var_chunking(Handle, variable, NC_CHUNKED, chunks.data()));
+    Check(Library().nc_set_var_chunk_cache(Handle, variable, bytes, 11, 1.0F));
     if (type != NetCdfType::String)
-        Check(nc_def_var_deflate(Handle, variable, shuffle ? NC_SHUFFLE : NC_NOSHUFFLE, 1,
-                                 Compression));
+        Check(Library().nc_def_var_deflate(Handle, variable, shuffle ? NC_SHUFFLE : NC_NOSHUFFLE, 1,
+                                           Compression));
     return variable;
 }
 
@@ -129,7 +130,7 @@ void CNetCdfFile::FillWithNaN(int variable) {
     const CLock lock(*LibraryLock);
     const double nan = std::numeric_limits<double>::quiet_NaN();
     if (Good())
-        Check(nc_def_var_fill(Handle, variable, NC_FILL, &nan));
+        Check(Library().nc_def_var_fill(Handle, variable, NC_FILL, &nan));
 }
 
 void CNetCdfFile::SetText(int variable, const char* name, const std::string& text) {
@@ -138,48 +139,53 @@ void CNetCdfFile::SetText(int variable, const char* name, const std::string& tex
         return;
     const char* start = text.c_str();
     Check(text.size() > LongestPlainText
-              ? nc_put_att_string(Handle, variable, name, 1, &start)
-              : nc_put_att_text(Handle, variable, name, text.size(), start));
+              ? Library().nc_put_att_string(Handle, variable, name, 1, &start)
+              : Library().nc_put_att_text(Handle, variable, name, text.size(), start));
 }
 
 void CNetCdfFile::SetNumber(int variable, const char* name, double value) {
     const CLock lock(*LibraryLock);
     if (Good())
-        Check(nc_put_att_double(Handle, variable, name, NC_DOUBLE, 1, &value));
+        Check(Library().nc_put_att_double(Handle, variable, name, NC_DOUBLE, 1, &value));
 }
 
 void CNetCdfFile::SetBytes(int variable, const char* name, std::span<const signed char> values) {
     const CLock lock(*LibraryLock);
     if (Good())
-        Check(nc_put_att_schar(Handle, variable, name, NC_BYTE, values.size(), values.data()));
+        Check(Library().nc_put_att_schar(Handle, variable, name, NC_BYTE, values.size(),
+                                         values.data()));
 }
 
 void CNetCdfFile::Write(int variable, const NetCdfRange& range, const double* values) {
     const CLock lock(*LibraryLock);
     errno = 0;
     if (Good())
-        Check(nc_put_vara_double(Handle, variable, range.start.data(), range.count.data(), values));
+        Check(Library().nc_put_vara_double(Handle, variable, range.start.data(), range.count.data(),
+                                           values));
 }
 
 void CNetCdfFile::Write(int variable, const NetCdfRange& range, const int* values) {
     const CLock lock(*LibraryLock);
     errno = 0;
     if (Good())
-        Check(nc_put_vara_int(Handle, variable, range.start.data(), range.count.data(), values));
+        Check(Library().nc_put_vara_int(Handle, variable, range.start.data(), range.count.data(),
+                                        values));
 }
 
 void CNetCdfFile::Write(int variable, const NetCdfRange& range, const signed char* values) {
     const CLock lock(*LibraryLock);
     errno = 0;
     if (Good())
-        Check(nc_put_vara_schar(Handle, variable, range.start.data(), range.count.data(), values));
+        Check(Library().nc_put_vara_schar(Handle, variable, range.start.data(), range.count.data(),
+                                          values));
 }
 
 void CNetCdfFile::Write(int variable, const NetCdfRange& range, const char* values) {
     const CLock lock(*LibraryLock);
     errno = 0;
     if (Good())
-        Check(nc_put_vara_text(Handle, variable, range.start.data(), range.count.data(), values));
+        Check(Library().nc_put_vara_text(Handle, variable, range.start.data(), range.count.data(),
+                                         values));
 }
 
 void CNetCdfFile::Write(int variable, const NetCdfRange& range,
@@ -191,8 +197,8 @@ void CNetCdfFile::Write(int variable, const NetCdfRange& range,
         starts.push_back(value.c_str());
     errno = 0;
     if (Good())
-        Check(nc_put_vara_string(Handle, variable, range.start.data(), range.count.data(),
-                                 starts.data()));
+        Check(Library().nc_put_vara_string(Handle, variable, range.start.data(), range.count.data(),
+                                           starts.data()));
 }
 
 void CNetCdfFile::Close() {
@@ -200,7 +206,7 @@ void CNetCdfFile::Close() {
     if (Handle < 0)
         return;
     errno = 0;
-    Check(nc_close(Handle));
+    Check(Library().nc_close(Handle));
     Handle = -1;
 }
 
