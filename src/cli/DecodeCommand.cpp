@@ -8,8 +8,7 @@
 #include "cli/OutputOptions.h"
 #include "cli/Report.h"
 #include "export/SeaBassHeader.h"
-#include "platform/SettingsFolder.h"
-#include "session/ProfileFile.h"
+#include "session/KeptProfile.h"
 #include "views/Windows.h"
 
 #include <CLI/CLI.hpp>
@@ -55,8 +54,8 @@ std::string WhyNoMeans(const DecodeOptions& options) {
 
 /// The warning and alarm ranges that the desktop's settings keep, for products.
 WatchedRanges RangesOfSettings() {
-    const auto profile = std::make_shared<CFileProfileStore>();
-    if (profile->Load(SettingsFolder() + "qorview.ini") != FileCause::None)
+    const std::shared_ptr<const CKeptProfileStore> profile = OpenProgramProfile();
+    if (profile->LoadCause() != FileCause::None)
         ReportWarning("qorview.ini: the desktop's settings could not be read; values are not "
                       "checked by its warning ranges.");
     return [profile](const ExportedInstrument& instrument, const DerivedRow& row) {

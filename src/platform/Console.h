@@ -26,6 +26,10 @@ enum class StandardStream { Input = 0, Output = 1, Error = 2 };
 /// True when the stream is a terminal that a person sees: the place for progress bars.
 bool IsTerminal(StandardStream stream);
 
+/// Lets a program of windows write to the console that it was started from, where it has no streams
+/// of its own (Windows). False when nobody reads what it writes.
+bool JoinConsole();
+
 /// True for a terminal on which lines can be drawn over one another; one that TERM calls dumb, or
 /// of which (on POSIX) it says nothing, is written to as a pipe is.
 bool CanDraw(StandardStream stream);

@@ -101,6 +101,10 @@ bool IsTerminal(StandardStream stream) {
     return isatty(static_cast<int>(stream)) == 1;
 }
 
+bool JoinConsole() {
+    return true;
+}
+
 bool CanDraw(StandardStream stream) {
     const char* kind = std::getenv("TERM");
     return IsTerminal(stream) && kind && *kind && std::string_view(kind) != "dumb";

@@ -104,6 +104,22 @@ bool IsTerminal(StandardStream stream) {
     return IsConsole(HandleOf(stream));
 }
 
+bool JoinConsole() {
+    const HANDLE own = HandleOf(StandardStream::Output);
+    if (own != nullptr && own != INVALID_HANDLE_VALUE && GetFileType(own) != FILE_TYPE_UNKNOWN)
+        return true;
+    if (!AttachConsole(ATTACH_PARENT_PROCESS))
+        return false;
+    const HANDLE console =
+        CreateFileW(L"CONOUT$", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                    nullptr, OPEN_EXISTING, 0, nullptr);
+    if (console == INVALID_HANDLE_VALUE)
+        return false;
+    SetStdHandle(STD_OUTPUT_HANDLE, console);
+    SetStdHandle(STD_ERROR_HANDLE, console);
+    return true;
+}
+
 bool CanDraw(StandardStream stream) {
     const char* kind = std::getenv("TERM");
     return IsTerminal(stream) && !(kind && std::string_view(kind) == "dumb");

@@ -431,13 +431,20 @@ FileCause CFile::Size(std::uint64_t& size) const {
     return FileCause::None;
 }
 
-/// Exclusive sharing keeps others from deleting or renaming an open file; a server may do it.
+/// Exclusive sharing keeps others on this computer from deleting, renaming or replacing an open
+/// file; a server may do it, or be gone itself.
 FileStanding CFile::Standing() const {
     const OpenFile* file = OpenedBy(Handle);
     BY_HANDLE_FILE_INFORMATION facts{};
     if (file == nullptr || !file->isDisk || !GetFileInformationByHandle(file->handle, &facts))
         return FileStanding::There;
-    return facts.nNumberOfLinks == 0 ? FileStanding::Deleted : FileStanding::There;
+    if (facts.nNumberOfLinks == 0)
+        return FileStanding::Deleted;
+    if (GetFileAttributesW(WidePath(OpenedFullPath).c_str()) != INVALID_FILE_ATTRIBUTES)
+        return FileStanding::There;
+    const FileCause cause = LastCause();
+    return cause == FileCause::FileNotFound || cause == FileCause::BadPath ? FileStanding::Moved
+                                                                           : FileStanding::There;
 }
 
 FileCause CFile::SeekTo(std::uint64_t position) {

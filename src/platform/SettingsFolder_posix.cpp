@@ -32,4 +32,8 @@ std::string SettingsFolder() {
     return home.empty() ? home : AsFolder(home) + ".config/qorview/";
 }
 
+bool SettingsInFile() {
+    return true;
+}
+
 } // namespace qor

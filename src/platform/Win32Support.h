@@ -24,6 +24,9 @@ std::wstring WidePath(std::string_view path);
 /// device prefix, any other text is itself.
 std::wstring WidePortName(std::string_view name);
 
+/// The path of the program that runs; empty when the system does not tell.
+std::string ProgramPath();
+
 /// The cause that stands for an error number of GetLastError.
 FileCause FileCauseOf(unsigned long error);
 

@@ -60,6 +60,16 @@ constexpr CauseOfError Causes[] = {
     {ERROR_DEVICE_NOT_CONNECTED, FileCause::HardwareIo},
     {ERROR_DEVICE_REMOVED, FileCause::HardwareIo},
     {ERROR_DISK_OPERATION_FAILED, FileCause::HardwareIo},
+    // A network drive that has gone away.
+    {ERROR_REM_NOT_LIST, FileCause::HardwareIo},
+    {ERROR_DEV_NOT_EXIST, FileCause::HardwareIo},
+    {ERROR_BAD_NET_RESP, FileCause::HardwareIo},
+    {ERROR_UNEXP_NET_ERR, FileCause::HardwareIo},
+    {ERROR_NETNAME_DELETED, FileCause::HardwareIo},
+    {ERROR_SEM_TIMEOUT, FileCause::HardwareIo},
+    {ERROR_CONNECTION_ABORTED, FileCause::HardwareIo},
+    {ERROR_NETWORK_UNREACHABLE, FileCause::HardwareIo},
+    {ERROR_HOST_UNREACHABLE, FileCause::HardwareIo},
     {ERROR_SHARING_VIOLATION, FileCause::SharingViolation},
     {ERROR_SHARING_BUFFER_EXCEEDED, FileCause::SharingViolation},
     {ERROR_LOCK_VIOLATION, FileCause::LockViolation},
@@ -120,6 +130,13 @@ std::wstring WidePortName(std::string_view name) {
     bool isPort = name.size() > 3 && EqualsNoCase(name.substr(0, 3), "COM") &&
                   name.find_first_not_of(Digits, 3) == std::string_view::npos;
     return isPort ? L"\\\\.\\" + WideText(name) : WidePath(name);
+}
+
+std::string ProgramPath() {
+    constexpr DWORD LongestPath = 32768; // characters: the system's own limit
+    std::wstring path(LongestPath, L'\0');
+    path.resize(GetModuleFileNameW(nullptr, path.data(), LongestPath));
+    return NarrowText(path);
 }
 
 FileCause FileCauseOf(unsigned long error) {

@@ -57,6 +57,7 @@ FileCause CLogStage::Create(const std::string& path, bool replaces, const LogRec
         Resting = false;
     }
     Changed.NotifyAll();
+    Awake.emplace();
     return FileCause::None;
 }
 
@@ -183,6 +184,7 @@ void CLogStage::Close() {
         return;
     Drain();
     Writer.Close();
+    Awake.reset();
     CLock lock(StageLock);
     CountUnstored(Pending);
     Pending.Clear();

@@ -12,8 +12,11 @@
 #include "base/Lock.h"
 #include "base/MessageSink.h"
 #include "platform/Clock.h"
+#include "platform/StayAwake.h"
 #include "platform/Worker.h"
 #include "session/LogWriter.h"
+
+#include <optional>
 
 namespace qor {
 
@@ -103,7 +106,8 @@ class CLogStage {
     bool Idle GUARDED_BY(StageLock) = false;    ///< the writer waits for records
     bool Resting GUARDED_BY(StageLock) = false; ///< there is no file to write to
     bool Stopping GUARDED_BY(StageLock) = false;
-    bool Started = false; ///< of the threads that begin and end logs
+    bool Started = false;            ///< of the threads that begin and end logs
+    std::optional<CStayAwake> Awake; ///< of the same; while a log is open
     CWorker Thread;
 };
 
