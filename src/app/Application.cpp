@@ -21,10 +21,11 @@ bool UseLanguage(QApplication& application, const QString& language) {
         delete ours;
         return false;
     }
-    // The texts of Qt's own boxes, where the system has them.
+    // The texts of Qt's own boxes, where the system or the program has them.
     auto* system = new QTranslator(&application);
-    if (system->load(QStringLiteral("qtbase_%1").arg(language),
-                     QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+    const QString texts = QStringLiteral("qtbase_%1").arg(language);
+    if (system->load(texts, QLibraryInfo::path(QLibraryInfo::TranslationsPath)) ||
+        system->load(texts, QStringLiteral(":/i18n")))
         application.installTranslator(system);
     application.installTranslator(ours);
     return true;

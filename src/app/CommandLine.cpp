@@ -15,8 +15,12 @@ struct Switch {
 };
 
 constexpr Switch Switches[] = {
-    {"lognow", &DesktopCommand::logNow},     {"exitifdone", &DesktopCommand::exitIfDone},
-    {"practice", &DesktopCommand::practice}, {"version", &DesktopCommand::version},
+    {"lognow", &DesktopCommand::logNow},
+    {"exitifdone", &DesktopCommand::exitIfDone},
+    {"practice", &DesktopCommand::practice},
+    {"register", &DesktopCommand::registerTypes},
+    {"unregister", &DesktopCommand::unregisterTypes},
+    {"version", &DesktopCommand::version},
     {"help", &DesktopCommand::help},
 };
 
@@ -36,11 +40,16 @@ bool TakeSwitch(std::string_view argument, DesktopCommand& command) {
 } // namespace
 
 const char* const DesktopUsage =
-    "qorview [FILE.qor] [--lognow] [--exitifdone] [--practice] [--version] [--help]\n"
-    "  FILE.qor      the session to open\n"
+    "qorview [FILE] [--lognow] [--exitifdone] [--practice] [--register] [--unregister]\n"
+    "        [--version] [--help]\n"
+    "  FILE          a session to open, a raw log to replay, or a definition or package\n"
+    "                to begin a session with\n"
     "  --lognow      begin to log as soon as the session is open\n"
     "  --exitifdone  end the program when the log ends\n"
     "  --practice    open the practice session: simulated instruments, no hardware\n"
+    "  --register    open such files with this program from now on, for this user\n"
+    "                (Windows; elsewhere its installation does that)\n"
+    "  --unregister  take that back\n"
     "A switch may begin with \"-\" or \"/\" as well.\n";
 
 DesktopCommand ParseDesktopCommand(const std::vector<std::string>& arguments) {
@@ -51,14 +60,13 @@ DesktopCommand ParseDesktopCommand(const std::vector<std::string>& arguments) {
             continue;
         if (argument.starts_with("-"))
             command.fault = "There is no option \"" + argument + "\".";
-        else if (!command.sessionFile.empty())
-            command.fault = "Only one session can be opened; \"" + argument + "\" is a second.";
+        else if (!command.file.empty())
+            command.fault = "Only one file can be opened; \"" + argument + "\" is a second.";
         else
-            command.sessionFile = argument;
+            command.file = argument;
     }
-    if (command.fault.empty() && command.practice && !command.sessionFile.empty())
-        command.fault =
-            "--practice opens its own session; leave \"" + command.sessionFile + "\" out.";
+    if (command.fault.empty() && command.practice && !command.file.empty())
+        command.fault = "--practice opens its own session; leave \"" + command.file + "\" out.";
     return command;
 }
 

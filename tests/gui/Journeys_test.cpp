@@ -248,7 +248,7 @@ TEST_F(AtTheDesk, LogNowAndExitIfDoneNeedNobody) {
             "\"}]}], \"log\": {\"directory\": \"" + Temp.Path +
             "\", \"naming\": \"file\", \"name\": \"run.raw\", \"duration\": \"00:00:02\"}}");
     DesktopCommand command;
-    command.sessionFile = session;
+    command.file = session;
     command.logNow = command.exitIfDone = true;
     Desk->Begin(command);
     ASSERT_TRUE(Until([&] { return IsLogging(); })) << Said();

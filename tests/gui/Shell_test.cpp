@@ -267,9 +267,9 @@ TEST(CommandLine, TakesEveryFormOfASwitch) {
         EXPECT_TRUE(parse({form}).logNow) << form;
     const DesktopCommand all = parse({"-exitifdone", "cruise.qor", "/LOGNOW"});
     EXPECT_TRUE(all.exitIfDone && all.logNow);
-    EXPECT_EQ(all.sessionFile, "cruise.qor");
+    EXPECT_EQ(all.file, "cruise.qor");
     EXPECT_EQ(all.fault, "");
-    EXPECT_EQ(parse({"/home/me/a.qor"}).sessionFile, "/home/me/a.qor");
+    EXPECT_EQ(parse({"/home/me/a.qor"}).file, "/home/me/a.qor");
     EXPECT_NE(parse({"--lognov"}).fault, "");
     EXPECT_NE(parse({"a.qor", "b.qor"}).fault, "");
     EXPECT_NE(parse({"a.qor", "--practice"}).fault, "");

@@ -23,7 +23,7 @@ constexpr double SkippedSeconds = 10.0;
 
 } // namespace
 
-CDesk::CDesk(CTheme& theme, CMainWindow& window, CFileProfileStore& profile)
+CDesk::CDesk(CTheme& theme, CMainWindow& window, CKeptProfileStore& profile)
     : Theme(theme), Window(window), Profile(profile),
       Under(profile), Parts{theme, window, Under, profile}, Messages(Parts, this), Log(Parts, this),
       Sources(Parts, this), Player(Parts, this), Sessions(Parts, Player, this),
@@ -36,6 +36,9 @@ CDesk::CDesk(CTheme& theme, CMainWindow& window, CFileProfileStore& profile)
     Window.Actions()[Do::AlarmSound]->setChecked(sound);
     Displays.SetAlarmSound(sound);
     Window.Actions().SetWhyNot(Do::FindInstruments, tr("Finding is not part of this version."));
+    if (Profile.LoadCause() != FileCause::None)
+        Parts.Say(Sign::Warning, "settings",
+                  tr("The settings could not be read; none will be kept."));
     Parts.SayFault("start", Under.Start());
     connect(&Turns, &QTimer::timeout, this, &CDesk::Tick);
     Turns.start(TurnMilliseconds);
@@ -86,8 +89,8 @@ void CDesk::Begin(const DesktopCommand& command) {
     doc.Starter.SetExitIfDone(command.exitIfDone);
     if (command.practice)
         Sessions.BeginPractice();
-    else if (!command.sessionFile.empty())
-        Sessions.Open(Shown(command.sessionFile));
+    else if (!command.file.empty())
+        Sessions.Begin(Shown(command.file));
     if (!command.logNow)
         return;
     const std::string fault = doc.Starter.LogNow();

@@ -20,7 +20,7 @@ class CDesk : public QObject {
 
   public:
     /// All are lent for as long as the desk lives; the store holds the program's settings.
-    CDesk(CTheme& theme, CMainWindow& window, CFileProfileStore& profile);
+    CDesk(CTheme& theme, CMainWindow& window, CKeptProfileStore& profile);
     ~CDesk() override;
 
     /// What the command line asks for, once the window is shown.
@@ -45,7 +45,7 @@ class CDesk : public QObject {
 
     CTheme& Theme;
     CMainWindow& Window;
-    CFileProfileStore& Profile;
+    CKeptProfileStore& Profile;
     CEngine Under;
     const DeskParts Parts;
     CMessages Messages;

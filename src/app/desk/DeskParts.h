@@ -7,7 +7,7 @@
 #include "app/desk/Engine.h"
 #include "app/dialogs/Forms.h"
 #include "app/frame/MainWindow.h"
-#include "session/ProfileFile.h"
+#include "session/KeptProfile.h"
 
 namespace qor {
 
@@ -15,7 +15,7 @@ struct DeskParts {
     CTheme& Theme;
     CMainWindow& Window;
     CEngine& Engine;
-    CFileProfileStore& Profile;
+    CKeptProfileStore& Profile;
 
     CQorViewDoc& Doc() const { return Engine.Doc(); }
     /// What a form needs; what it could not do is said in the strip.

@@ -324,6 +324,14 @@ void CSessionDesk::BeginReplay(const std::string& path, std::vector<std::string>
     Player.Begin();
 }
 
+void CSessionDesk::Begin(const QString& path) {
+    const FileKind kind = KindOfFile(path.toStdString());
+    if (kind == FileKind::Session || kind == FileKind::Other)
+        Open(path);
+    else
+        DropFiles({path});
+}
+
 void CSessionDesk::DropFiles(const QStringList& paths) {
     QStringList instruments;
     QString session, log;

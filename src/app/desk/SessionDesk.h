@@ -35,6 +35,8 @@ class CSessionDesk : public QObject {
     /// named with it or lie beside it.
     void Replay(const QString& path, const QStringList& definitions = {});
     void DropFiles(const QStringList& paths);
+    /// The file of the command line: a session is opened, any other kind is taken as if dropped.
+    void Begin(const QString& path);
     /// The session that ended unexpectedly.
     void Restore();
 
