@@ -9,61 +9,32 @@ unplugged port, and how much of a core an idle connected port costs.
   acquisition.py POSIX_CLI WINDOWS_CLI WINE64 DEFINITION FOLDER
 
 WINEPREFIX names a Wine prefix that exists; FOLDER is emptied first."""
-import json
 import os
 import pathlib
 import random
-import re
-import shutil
 import subprocess
 import sys
 import time
 import unittest
 
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "cli"))
-from harness import RECORD, TAG, Line, behind_header, wait_for  # noqa: E402
+import wine
+from wine import WAIT_SECONDS, Port, taken_by, wait_for
 
 POSIX_CLI, WINDOWS_CLI, WINE, DEFINITION, FOLDER = map(os.path.abspath, sys.argv[1:6])
-WAIT_SECONDS = 60
 IDLE_SECONDS = 6
 IDLE_LIMIT_PERCENT = 2.0
 SYSTEMS = {"posix": [POSIX_CLI], "windows": [WINE, WINDOWS_CLI]}
 
 
-class Port(Line):
-    """A pseudo-terminal, which Wine has as a COM port as well."""
-
-    def __init__(self, number=7):
-        super().__init__()
-        link = pathlib.Path(os.environ["WINEPREFIX"], "dosdevices", f"com{number}")
-        link.unlink(missing_ok=True)
-        link.symlink_to(self.name)
-        self.names = {"posix": self.name, "windows": f"COM{number}"}
-
-
-def taken_by(system, path):
-    """A path of this machine as the system's program takes it."""
-    return "Z:" + str(path).replace("/", "\\") if system == "windows" else str(path)
-
-
-def run(system, command, *arguments):
-    done = subprocess.run([*SYSTEMS[system], command, "-d", taken_by(system, DEFINITION), *arguments],
-                          capture_output=True, timeout=WAIT_SECONDS, check=False)
-    assert done.returncode == 0, done.stderr
-    return done.stdout
-
-
 def simulate(system):
     path = pathlib.Path(FOLDER, f"{system}.bin")
-    run(system, "simulate", "-o", taken_by(system, path), "--frames", "60", "--rate", "max", "--seed", "7",
-        "--noise", "5", "--drop", "0.05", "--corrupt", "0.05")
+    wine.run(SYSTEMS[system], system, "simulate", DEFINITION, "-o", taken_by(system, path), "--frames", "60",
+             "--rate", "max", "--seed", "7", "--noise", "5", "--drop", "0.05", "--corrupt", "0.05")
     return path.read_bytes()
 
 
 def decode(system, raw):
-    """Every frame of a raw log as the program shows it, without what a path or a clock decides."""
-    frames = map(json.loads, run(system, "decode", "--format", "jsonl", "--hex", taken_by(system, raw)).splitlines())
-    return [{k: v for k, v in frame.items() if k not in ("file", "time")} for frame in frames]
+    return wine.decode(SYSTEMS[system], system, DEFINITION, raw)
 
 
 class Logging(subprocess.Popen):
@@ -104,27 +75,12 @@ class Logging(subprocess.Popen):
         return (int(stat[11]) + int(stat[12])) / os.sysconf("SC_CLK_TCK")
 
 
-def without_times(raw):
-    """A raw log's bytes with the frames' tags and the header's times blotted out."""
-    data = bytearray(raw.read_bytes())
-    for start in range(0, len(data) - len(behind_header(data)), RECORD):
-        if re.search(rb"\((TIMETAG2?|TIME-STAMP)\)", data[start:start + RECORD]):
-            data[start:start + RECORD] = bytes(RECORD)
-    for frame in decode("posix", raw):
-        end = frame["offset"] + frame["length"]
-        data[end:end + TAG] = bytes(TAG)
-    return bytes(data)
-
-
 class Acquisition(unittest.TestCase):
     maxDiff = None
 
     @classmethod
     def setUpClass(cls):
-        if os.path.exists(FOLDER):
-            subprocess.run(["chmod", "-R", "u+w", FOLDER], check=True)
-            shutil.rmtree(FOLDER)
-        os.makedirs(FOLDER)
+        wine.emptied(FOLDER)
         cls.stream = simulate("posix")
 
     def acquire(self, system):
@@ -150,7 +106,7 @@ class Acquisition(unittest.TestCase):
         posix, windows = self.acquire("posix"), self.acquire("windows")
         frames = decode("posix", posix)
         self.assertGreater(len(frames), 50)
-        self.assertEqual(without_times(windows), without_times(posix))
+        self.assertEqual(wine.without_times(windows, frames), wine.without_times(posix, frames))
         self.assertEqual(decode("windows", posix), frames)
 
     def test_port_in_use_is_refused_and_its_user_goes_on(self):
