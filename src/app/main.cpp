@@ -25,7 +25,8 @@ void FitOnScreen(QWidget& window) {
         window.move(room.topLeft());
 }
 
-int Run(QApplication& application, const qor::DesktopCommand& command) {
+int Run(QApplication& application, const qor::DesktopCommand& command,
+        const qor::CStopWatch& watch) {
     qor::CTheme theme;
     qor::PrepareApplication(application, theme);
     const std::unique_ptr<qor::CKeptProfileStore> profile = qor::OpenProgramProfile();
@@ -34,6 +35,7 @@ int Run(QApplication& application, const qor::DesktopCommand& command) {
     window.resize(FirstWidth, FirstHeight);
     window.show();
     FitOnScreen(window);
+    desk.EndAsked = [&watch] { return watch.Requested(); };
     desk.Begin(command);
     const int status = QApplication::exec();
     return status != 0 ? status : desk.ExitStatus();
@@ -69,6 +71,8 @@ int main(int argc, char** argv) {
         Tell(outcome.done ? Output : Error, "qorview: " + outcome.text + '\n', argc, argv);
         return outcome.done ? 0 : 1;
     }
+    qor::CEvent stop;
+    const qor::CStopWatch watch(stop); // before there are threads
     QApplication application(argc, argv);
-    return Run(application, command);
+    return Run(application, command, watch);
 }

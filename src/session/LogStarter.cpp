@@ -7,6 +7,7 @@ namespace qor {
 namespace {
 
 struct PortsNow {
+    bool instruments = false; ///< something to log
     bool open = false;
     bool tried = false; ///< one that is not open is tried again
 };
@@ -14,6 +15,7 @@ struct PortsNow {
 PortsNow Look(const CQorViewDoc& doc) {
     PortsNow ports;
     for (const ResourceStatus& resource : doc.Snapshot().resources) {
+        ports.instruments = ports.instruments || !resource.instruments.empty();
         ports.open = ports.open || resource.figures.connected;
         ports.tried = ports.tried || resource.reconnects;
     }
@@ -34,6 +36,8 @@ std::string CLogStarter::LogNow() {
     }
     if (Doc.RawLog.Status().loggingActive)
         return {};
+    if (!Look(Doc).instruments)
+        return Abandon("there is no instrument to log");
     Doc.ConnectAll(); // a port that fails was reported
     const PortsNow ports = Look(Doc);
     if (ports.open)
@@ -41,9 +45,14 @@ std::string CLogStarter::LogNow() {
     Waiting = ports.tried;
     if (Waiting)
         return {};
-    Doc.ReportMessage("Logging has not begun: no port could be opened.\r\n");
+    return Abandon("no port could be opened, and none is tried again");
+}
+
+std::string CLogStarter::Abandon(const char* reason) {
+    const std::string text = "Logging has not begun: " + std::string(reason) + '.';
+    Doc.ReportMessage(text + "\r\n");
     Doc.RawLog.AbandonRun();
-    return "Logging has not begun: no port could be opened, and none is tried again.";
+    return text;
 }
 
 std::string CLogStarter::Begin() {

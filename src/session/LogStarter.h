@@ -32,6 +32,7 @@ class CLogStarter {
 
   private:
     std::string Begin();
+    std::string Abandon(const char* reason);
 
     CQorViewDoc& Doc;
     std::atomic<bool> Waiting = false; ///< for a port

@@ -160,6 +160,9 @@ class AStarter : public AResource {
 };
 
 TEST_F(AStarter, BeginsWithoutAskingAndEndsWithTheLastPort) {
+    EXPECT_THAT(Doc.Starter.LogNow(), HasSubstr("there is no instrument to log"));
+    EXPECT_EQ(User.CloseRequests.exchange(0), 1) << "there can be no log";
+    Add("PRO", Port);
     EXPECT_EQ(Doc.Starter.LogNow(), "");
     EXPECT_TRUE(Logs());
     EXPECT_THAT(User.TakeDialogs(), testing::IsEmpty());
@@ -181,6 +184,7 @@ TEST_F(AStarter, BeginsWithoutAskingAndEndsWithTheLastPort) {
 }
 
 TEST_F(AStarter, WaitsForAPortThatIsTriedAgain) {
+    Add("PRO", Port);
     Script.Fail("Open", 2);
     EXPECT_THAT(Doc.Starter.LogNow(), HasSubstr("no port could be opened"));
     EXPECT_EQ(User.CloseRequests, 1) << "there can be no log";

@@ -7,6 +7,7 @@
 #include <QAction>
 #include <QDesktopServices>
 #include <QDir>
+#include <QGuiApplication>
 #include <QUrl>
 
 #include <utility>
@@ -52,11 +53,9 @@ CDesk::~CDesk() {
 
 void CDesk::ConnectRooms() {
     connect(&Window, &CMainWindow::Asked, this, &CDesk::DoIt);
-    connect(&Under.Operator(), &COperator::CloseAsked, this, [this] {
-        Closing = true;
-        Sessions.End();
-        Window.close();
-    });
+    connect(&Under.Operator(), &COperator::CloseAsked, this, &CDesk::End);
+    // Log-off and shutdown, where the system tells programs of windows (Windows).
+    connect(qGuiApp, &QGuiApplication::commitDataRequest, this, &CDesk::End, Qt::DirectConnection);
     connect(&Messages, &CMessages::NamingAsked, &Log, &CLogDesk::OpenNaming);
     connect(&Sources, &CSourceDesk::FirstLogAsked, &Log, &CLogDesk::OpenNaming);
     connect(&Sources, &CSourceDesk::WindowAsked, this,
@@ -95,13 +94,23 @@ void CDesk::Begin(const DesktopCommand& command) {
         return;
     const std::string fault = doc.Starter.LogNow();
     Parts.SayFault("log now", fault);
+    DeskParts::TellRefusal(fault);
 }
 
 int CDesk::ExitStatus() {
     return Under.Doc().RawLog.Status().runFailed ? 1 : 0;
 }
 
+void CDesk::End() {
+    if (std::exchange(Closing, true))
+        return;
+    Sessions.End();
+    Window.close();
+}
+
 void CDesk::Tick() {
+    if (EndAsked && EndAsked())
+        return End();
     if (Sessions.IsOpen())
         Displays.Tick();
     if (++Turn % SlowTurns != 0)

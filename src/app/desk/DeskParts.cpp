@@ -2,6 +2,7 @@
 #include "app/desk/DeskParts.h"
 
 #include "app/ShownText.h"
+#include "platform/Console.h"
 #include "views/NumberText.h"
 
 namespace qor {
@@ -20,6 +21,11 @@ void DeskParts::Say(Sign sign, const std::string& topic, const QString& text,
 void DeskParts::SayFault(const std::string& topic, const std::string& fault) const {
     if (!fault.empty())
         Say(Sign::Error, topic, Shown(fault));
+}
+
+void DeskParts::TellRefusal(const std::string& refusal) {
+    if (!refusal.empty()) // the strip has it too, so nothing is lost where nobody reads this
+        static_cast<void>(WriteText(StandardStream::Error, "qorview: " + refusal + '\n'));
 }
 
 void DeskParts::SayAll(Sign sign, const std::vector<Refusal>& refusals) const {

@@ -25,6 +25,8 @@ struct DeskParts {
              std::vector<MessageButton> buttons = {}) const;
     /// A refusal in the strip; nothing for an empty one.
     void SayFault(const std::string& topic, const std::string& fault) const;
+    /// What is not opened, on standard error, for runs without an operator.
+    static void TellRefusal(const std::string& refusal);
     /// What could not be used, or is used and may not be what was meant.
     void SayAll(Sign sign, const std::vector<Refusal>& refusals) const;
 };

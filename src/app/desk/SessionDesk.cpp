@@ -175,7 +175,8 @@ void CSessionDesk::Open(const QString& shown) {
     const std::string path = FullPathOf(shown.toStdString());
     // A file that is faulty as a whole leaves everything as it was.
     if (const SessionReading reading = LoadSession(path); !reading.session) {
-        Parts.Say(Sign::Error, path, qor::Shown(reading.refusal));
+        Parts.SayFault(path, reading.refusal);
+        DeskParts::TellRefusal(reading.refusal);
         return;
     }
     if (!PutAway())
@@ -200,10 +201,12 @@ void CSessionDesk::Remember(const std::string& path) {
 
 void CSessionDesk::TellOpening(const std::string& path, const SessionOpening& opening) {
     Parts.SayFault(path, opening.refusal);
+    DeskParts::TellRefusal(opening.refusal);
     for (const std::string& warning : opening.warnings)
         Parts.Say(Sign::Warning, warning, qor::Shown(warning));
     Parts.SayAll(Sign::Warning, opening.repaired);
-    // Those that were refused are told as events.
+    for (const Refusal& refusal : opening.refused) // the strip has them as events
+        DeskParts::TellRefusal(refusal.subject + ": " + refusal.reason);
 }
 
 void CSessionDesk::Save() {

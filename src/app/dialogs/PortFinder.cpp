@@ -22,15 +22,18 @@ using KnownPorts = std::map<std::string, PortAccess>;
 
 PortFound Described(const QSerialPortInfo& info) {
     PortFound port;
-#if defined(_WIN32)
-    port.name = info.portName().toStdString();
-#else
-    port.name = StablePortName(info.systemLocation().toStdString());
-#endif
     port.device = info.portName().toStdString();
     port.maker = info.manufacturer().toStdString();
-    port.detail = info.serialNumber().isEmpty() ? info.description().toStdString()
-                                                : info.serialNumber().toStdString();
+    const std::string description = info.description().toStdString();
+    const std::string number = info.serialNumber().toStdString();
+#if defined(_WIN32)
+    // A number of the system's own says nothing: what kind of adapter it is, and which one.
+    port.name = info.portName().toStdString();
+    port.detail = number.empty() ? description : description + ' ' + number;
+#else
+    port.name = StablePortName(info.systemLocation().toStdString());
+    port.detail = number.empty() ? description : number;
+#endif
     return port;
 }
 
