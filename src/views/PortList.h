@@ -22,7 +22,7 @@ struct PortFound {
     std::string name;        ///< what a session keeps and what is opened
     std::string device;      ///< the system's short name: ttyUSB0, COM3
     std::string maker = {};  ///< of the adapter; empty for a port of the computer itself
-    std::string detail = {}; ///< its serial number or, without one, its model
+    std::string detail = {}; ///< its serial number, its model, or both
     PortAccess access = {};
     bool inSession = false;
 
