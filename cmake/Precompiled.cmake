@@ -1,11 +1,15 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-# The headers that most files include, compiled once: a third less time for a build from nothing. Off unless asked
-# for, here or by the environment, since a compiler cache shares nothing between folders then.
+# The headers that most files include, compiled once, where Clang is the compiler: a quarter less time for a build from
+# nothing. (GCC 12 lays at the door of who includes them what it suspects of its own library, and gains less.) Off
+# unless asked for, here or by the environment, since a compiler cache shares nothing between folders then.
 set(wanted OFF)
 if(DEFINED ENV{QORVIEW_PCH})
   set(wanted $ENV{QORVIEW_PCH})
 endif()
-option(QORVIEW_PCH "Precompile the headers that most files include" ${wanted})
+option(QORVIEW_PCH "Precompile the headers that most files include (Clang)" ${wanted})
+if(NOT CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+  set(QORVIEW_PCH OFF)
+endif()
 
 set(qorview_std_headers <algorithm> <array> <atomic> <cmath> <condition_variable> <cstdint> <deque> <functional> <map>
     <memory> <mutex> <optional> <set> <span> <string> <string_view> <thread> <utility> <variant> <vector>)
