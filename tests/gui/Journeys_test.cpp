@@ -10,6 +10,7 @@
 #include "gui/Desk.h"
 #include "gui/Hands.h"
 #include "platform/VirtualPort.h"
+#include "session/ProfileFile.h"
 #include "session/SessionSetup.h"
 
 #include <QAction>
