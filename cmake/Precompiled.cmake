@@ -13,8 +13,6 @@ endif()
 
 set(qorview_std_headers <algorithm> <array> <atomic> <cmath> <condition_variable> <cstdint> <deque> <functional> <map>
     <memory> <mutex> <optional> <set> <span> <string> <string_view> <thread> <utility> <variant> <vector>)
-set(qorview_qt_headers <QApplication> <QBoxLayout> <QComboBox> <QDialog> <QLabel> <QLineEdit> <QMainWindow> <QMenu>
-    <QPainter> <QPushButton> <QStyleOption> <QTableView> <QTimer> <QToolButton> <QTreeView>)
 
 # qorview_precompile(TARGET HEADER...) or, for one that is compiled with the same options as another that has them,
 # qorview_precompile(TARGET OTHER).

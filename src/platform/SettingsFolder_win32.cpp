@@ -28,9 +28,7 @@ std::string AsFolder(const std::string& path) {
 std::string PortableFolder() {
     const std::string program = ProgramPath();
     const std::string folder = program.substr(0, program.rfind('\\') + 1);
-    const DWORD found = GetFileAttributesW(WidePath(folder + "qorview.ini").c_str());
-    const bool isFile = found != INVALID_FILE_ATTRIBUTES && (found & FILE_ATTRIBUTE_DIRECTORY) == 0;
-    return isFile ? folder : std::string();
+    return FileExists(folder + "qorview.ini") ? folder : std::string();
 }
 
 /// Where the settings file stands; empty when they are in the registry.

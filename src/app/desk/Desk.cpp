@@ -104,8 +104,11 @@ int CDesk::ExitStatus() {
 void CDesk::End() {
     if (std::exchange(Closing, true))
         return;
+    Window.SaveLook(Profile);
+    Window.SaveLayout(Profile);
     Sessions.End();
-    Window.close();
+    static_cast<void>(Profile.Flush()); // nothing is left to say it on
+    QMetaObject::invokeMethod(&Window, &QWidget::close, Qt::QueuedConnection);
 }
 
 void CDesk::Tick() {
@@ -143,14 +146,7 @@ void CDesk::OpenGuide() {
 bool CDesk::MayClose() {
     if (Closing)
         return true;
-    Sessions.AfterAsking([this] {
-        Closing = true;
-        Window.SaveLook(Profile);
-        Window.SaveLayout(Profile);
-        Sessions.End();
-        static_cast<void>(Profile.Flush()); // nothing is left to say it on
-        QMetaObject::invokeMethod(&Window, &QWidget::close, Qt::QueuedConnection);
-    });
+    Sessions.AfterAsking([this] { End(); });
     return false;
 }
 

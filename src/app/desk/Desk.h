@@ -27,8 +27,8 @@ class CDesk : public QObject {
     void Begin(const DesktopCommand& command);
     /// Of a run without an operator: 0, or 1 when its log failed.
     int ExitStatus();
-    /// Ends the log, the session and the program, and asks nothing: at the end of a run, and when
-    /// the system wants the program gone.
+    /// Keeps the look, ends the log, the session and the program, and asks nothing: once the
+    /// operator was asked, at the end of a run, and when the system wants the program gone.
     void End();
     /// Looked at in every turn, where it is set: whether to end so.
     std::function<bool()> EndAsked;
