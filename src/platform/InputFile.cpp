@@ -11,23 +11,43 @@ namespace {
 
 constexpr std::size_t PieceSize = 1 << 16;
 constexpr std::size_t LongestMagic = 4;
-constexpr std::array<std::uint8_t, 3> GzipMagic = {0x1f, 0x8b, 0x08};
-constexpr std::array<std::uint8_t, 4> ZstdMagic = {0x28, 0xb5, 0x2f, 0xfd};
 
-/// Whether the bytes begin the magic, and are not too few to tell.
-bool Begins(ByteSpan bytes, ByteSpan magic) {
-    return bytes.size() >= magic.size() && std::equal(magic.begin(), magic.end(), bytes.begin());
-}
+/// What a member begins with.
+struct Magic {
+    std::array<std::uint8_t, LongestMagic> bytes;
+    std::size_t size;
+    std::uint8_t firstMask; ///< the bits of the first byte that count
+    Packing packing;
 
-/// Whether more bytes could make them one.
-bool CouldBegin(ByteSpan bytes, ByteSpan magic) {
-    return bytes.size() < magic.size() && std::equal(bytes.begin(), bytes.end(), magic.begin());
-}
+    /// As far as there are bytes.
+    bool Agrees(ByteSpan begin) const {
+        for (std::size_t i = 0; i < std::min(size, begin.size()); ++i)
+            if ((begin[i] & (i == 0 ? firstMask : 0xff)) != bytes[i])
+                return false;
+        return true;
+    }
+};
+
+constexpr Magic Magics[] = {
+    {{0x1f, 0x8b, 0x08}, 3, 0xff, Packing::Gzip},
+    {{0x28, 0xb5, 0x2f, 0xfd}, 4, 0xff, Packing::Zstd},
+    // An index or a size that parallel tools put beside the data; nothing comes out of it.
+    {{0x50, 0x2a, 0x4d, 0x18}, 4, 0xf0, Packing::Zstd},
+};
 
 Packing PackingOf(ByteSpan bytes) {
-    return Begins(bytes, GzipMagic)   ? Packing::Gzip
-           : Begins(bytes, ZstdMagic) ? Packing::Zstd
-                                      : Packing::None;
+    const auto begins = [bytes](const Magic& magic) {
+        return bytes.size() >= magic.size && magic.Agrees(bytes);
+    };
+    const auto* const found = std::ranges::find_if(Magics, begins);
+    return found == std::end(Magics) ? Packing::None : found->packing;
+}
+
+/// Whether the bytes are too few to tell.
+bool CouldBegin(ByteSpan bytes) {
+    return std::ranges::any_of(Magics, [bytes](const Magic& magic) {
+        return bytes.size() < magic.size && magic.Agrees(bytes);
+    });
 }
 
 } // namespace
@@ -64,10 +84,7 @@ FileCause CInputFile::Fill(std::size_t& got) {
 }
 
 FileCause CInputFile::Recognise() {
-    const auto undecided = [this] {
-        return Held.empty() || CouldBegin(Held, GzipMagic) || CouldBegin(Held, ZstdMagic);
-    };
-    for (std::size_t got = 1; got > 0 && undecided();)
+    for (std::size_t got = 1; got > 0 && CouldBegin(Held);)
         if (const FileCause cause = Fill(got); cause != FileCause::None)
             return cause;
     Known = InMember = true;
@@ -152,7 +169,7 @@ FileCause CInputFile::BehindMember() {
             Restart();
             return FileCause::None;
         }
-        if (!rest.empty() && !CouldBegin(rest, GzipMagic) && !CouldBegin(rest, ZstdMagic))
+        if (!CouldBegin(rest))
             return FileCause::InvalidFile;
         std::size_t got = 0;
         if (const FileCause cause = Fill(got); cause != FileCause::None)

@@ -362,7 +362,9 @@ class Playback(Folder):
         packed = self.folder / "packed"
         packed.write_bytes(zst)
         if b"no .zst" not in run("decode", *call, str(packed)).stderr:
-            cases += [(zst, 0), (zst + zst[:3], 1), (zst[:-1], 1), (zst + b"junk", 1)]
+            index = b"\x5e\x2a\x4d\x18\x07\0\0\0indexed"  # a frame without data
+            cases += [(zst, 0), (zst + zst[:3], 1), (zst[:-1], 1), (zst + b"junk", 1),
+                      (index + zst + index, 0), (zst + index[:-1], 1)]
         for number, (archive, status) in enumerate(cases):
             packed.write_bytes(archive)
             for name, feed in ((str(packed), {}), ("-", {"input": archive})):
