@@ -89,6 +89,11 @@ bool PressureMoved(PressureHistory& history, double pressure) {
 
 void ComputeVelocity(PressureHistory& history, VelocityState& state, double pressure,
                      std::optional<double> timer, std::uint32_t frameNumber, double frameRate) {
+    // Decided: pressures between two readings of the timer wait for the next one, or only the last
+    // of them would count over the whole time.
+    if (timer && timer == history.timer)
+        return;
+    history.timer = timer;
     double seconds = 1.0;
     if (timer && state.timer)
         seconds = *timer - *state.timer;

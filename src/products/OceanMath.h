@@ -43,9 +43,9 @@ double WaterBackscattering(double wavelength);
 /// s^-1, Ek above 0. Jassby and Platt (1976); Ek after Talling (1957).
 double LightSaturation(double par, double saturationIrradiance);
 
-/// The pressure that a display's velocity was last computed at; one a display.
+/// The pressure that a display's velocity was last computed at, and the timer then; one a display.
 struct PressureHistory {
-    std::optional<double> previous;
+    std::optional<double> previous, timer;
 };
 
 /// Whether the pressure (dbar) has moved far enough since the last velocity, 0.25, for a new
@@ -54,7 +54,8 @@ bool PressureMoved(PressureHistory& history, double pressure);
 
 /// Moves the history and the shared state on to a new velocity, after PressureMoved said yes. The
 /// time is the timer's difference when the package has a timer, otherwise the difference of frame
-/// numbers over the frame rate (Hz), and 1 s for the first velocity.
+/// numbers over the frame rate (Hz), and 1 s for the first velocity. While a timer that comes
+/// slower than the pressure stands still nothing moves.
 void ComputeVelocity(PressureHistory& history, VelocityState& state, double pressure,
                      std::optional<double> timer, std::uint32_t frameNumber, double frameRate);
 

@@ -42,6 +42,9 @@ class CPackageRows {
     /// The rows without values: their kinds, labels and units.
     const std::vector<DerivedRow>& Rows() const { return List; }
 
+    /// Where the depth comes from.
+    SensorPlace Pressure() const { return Sensors.pressure; }
+
     /// What the rows are computed from beside the latest frames.
     struct Inputs {
         Instruments instruments; ///< in package order; null: no longer there

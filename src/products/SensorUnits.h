@@ -20,6 +20,10 @@ struct UnitScale {
     double Convert(double value) const { return (value - zero) * times / over; }
     /// The same for the difference of two values.
     double Difference(double value) const { return value * times / over; }
+    /// Back into the old units.
+    double Invert(double value) const { return value * over / times + zero; }
+
+    bool operator==(const UnitScale&) const = default;
 };
 
 /// To dbar of sea pressure. Units of absolute pressure (psia, bara) lose one standard atmosphere. A

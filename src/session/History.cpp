@@ -8,6 +8,7 @@
 #include "instrument/Calibration.h"
 #include "products/OceanMath.h"
 #include "session/PressureSource.h"
+#include "session/PressureTare.h"
 
 #include <algorithm>
 #include <cmath>
@@ -367,7 +368,7 @@ void CHistory::TakeDepth(Depth& depth, const CLiveInstrument& instrument, double
     if (!std::isfinite(pressure))
         return;
     depth.dbar =
-        depth.scale->Difference(qor::DepthOf(pressure, Session.PressureTare.value_or(0.0)));
+        depth.scale->Difference(qor::DepthOf(pressure, TareFor(Session, instrument, depth.sensor)));
     depth.time = time;
     depth.breaks = depth.clock->BreakCount();
     depth.casts.Take(time, depth.dbar);
@@ -382,9 +383,8 @@ void CHistory::TakeSensors(Source& source, const CLiveInstrument& instrument, do
 void CHistory::TakeRows(Source& source, const SessionState::FrameOwner& owner, double time,
                         double depth, bool broken) {
     std::optional<CPackageRows::Inputs> inputs;
-    if (const CPackage* package = owner.package)
-        inputs.emplace(CPackageRows::Inputs{package->Live, package->Settings,
-                                            Session.PressureTare.value_or(0.0)});
+    if (owner.package)
+        inputs.emplace(Session.InputsOf(*owner.package));
     for (const RowWatch& watch : source.rows) {
         const bool old = std::ranges::any_of(watch.others, [time](const Source* other) {
             return time - other->time >= other->seconds;

@@ -46,7 +46,7 @@ void SetChecks(CQorViewIns& instrument, const InstrumentDefaults& settings, CMes
     checks.Enabled = settings.ErrorChecking;
     checks.CounterEnabled = settings.CounterCheck;
     checks.ChecksumEnabled = settings.ChecksumCheck;
-    checks.SetUp(instrument.Definition(), instrument.Name(), instrument.ResourceName(), sink);
+    checks.SetUp(instrument.Definition(), instrument.ShownName(), instrument.ResourceName(), sink);
 }
 
 /// Frames of a port that were cut before its instrument goes. A file is not read on for it.

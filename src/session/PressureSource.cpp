@@ -5,6 +5,7 @@
 
 #include "products/OceanMath.h"
 #include "products/PackageSensors.h"
+#include "session/PressureTare.h"
 
 #include <cmath>
 
@@ -25,6 +26,11 @@ std::optional<PressureSource> PressureAmong(const SessionState& session,
 }
 
 } // namespace
+
+const CSensor* PressureSensorOf(const CQorViewIns& instrument) {
+    const CLiveInstrument* const alone[] = {&instrument.Live};
+    return SensorAt(alone, FindPressure(alone));
+}
 
 std::optional<PressureSource> PressureSourceOf(const SessionState& session,
                                                const SessionState::FrameOwner& owner) {
@@ -51,7 +57,7 @@ std::optional<double> DepthBy(const SessionState& session, const PressureSource&
         !std::isfinite(carrier.Values().numbers[sensor]))
         return std::nullopt;
     return source.scale.Difference(
-        DepthOf(carrier.Values().numbers[sensor], session.PressureTare.value_or(0.0)));
+        DepthOf(carrier.Values().numbers[sensor], TareFor(session, carrier, source.sensor)));
 }
 
 } // namespace qor

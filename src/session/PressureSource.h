@@ -17,6 +17,9 @@ struct PressureSource {
     UnitScale scale; ///< to dbar
 };
 
+/// The pressure of an instrument by itself, or null.
+const CSensor* PressureSensorOf(const CQorViewIns& instrument);
+
 /// That of the instrument's package, else of the profiler's package or of the profiler, else its
 /// own. None without any, or where its units are not known.
 std::optional<PressureSource> PressureSourceOf(const SessionState& session,

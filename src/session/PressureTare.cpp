@@ -3,8 +3,8 @@
 
 #include "base/Text.h"
 #include "instrument/ConversionStatus.h"
-#include "products/PackageSensors.h"
 #include "products/SensorUnits.h"
+#include "session/PressureSource.h"
 #include "session/SessionFields.h"
 
 namespace qor {
@@ -12,15 +12,11 @@ namespace {
 
 constexpr const char* NoProfiler = "No profiler has been specified; give an instrument that role.";
 
-const CSensor* PressureSensor(const CQorViewIns& instrument) {
-    const CLiveInstrument* const alone[] = {&instrument.Live};
-    return SensorAt(alone, FindPackageSensors(alone).pressure);
-}
-
-UnitScale ScaleOf(const SessionState& session) REQUIRES(session.DocLock) {
+/// Of the profiler's pressure; none without such a sensor, or where its units are not known.
+std::optional<UnitScale> ScaleOf(const SessionState& session) REQUIRES(session.DocLock) {
     const CQorViewIns* profiler = session.RoleInstrument(InstrumentRole::Profiler);
-    const CSensor* pressure = profiler ? PressureSensor(*profiler) : nullptr;
-    return pressure ? PressureScale(pressure->Units).value_or(UnitScale()) : UnitScale();
+    const CSensor* pressure = profiler ? PressureSensorOf(*profiler) : nullptr;
+    return pressure ? PressureScale(pressure->Units) : std::nullopt;
 }
 
 /// The profiler's pressure now, or why there is none.
@@ -29,7 +25,7 @@ std::string ReadPressure(const CQorViewDoc& doc, double& pressure) REQUIRES(doc.
     if (!profiler)
         return NoProfiler;
     const std::string& name = profiler->Name();
-    const CSensor* sensor = PressureSensor(*profiler);
+    const CSensor* sensor = PressureSensorOf(*profiler);
     if (!sensor)
         return "The profiler " + name + " has no pressure sensor.";
     if (!profiler->Live.CurrentFrame())
@@ -85,12 +81,24 @@ void ClearTare(CQorViewDoc& doc) {
 }
 
 double TareInDbar(const SessionState& session, double tare) {
-    return ScaleOf(session).Convert(tare);
+    return ScaleOf(session).value_or(UnitScale()).Convert(tare);
 }
 
 double TareFromDbar(const SessionState& session, double dbar) {
-    const UnitScale scale = ScaleOf(session);
-    return dbar * scale.over / scale.times + scale.zero;
+    return ScaleOf(session).value_or(UnitScale()).Invert(dbar);
+}
+
+double TareFor(const SessionState& session, const CLiveInstrument& carrier, int sensor) {
+    const double tare = session.PressureTare.value_or(0.0);
+    const CQorViewIns* profiler = session.RoleInstrument(InstrumentRole::Profiler);
+    const CSensor* pressure = carrier.Definition().Sensor(sensor);
+    if (tare == 0.0 || !profiler || &profiler->Live == &carrier || !pressure)
+        return tare;
+    const std::optional<UnitScale> taken = ScaleOf(session),
+                                   wanted = PressureScale(pressure->Units);
+    if (!taken || !wanted || taken == wanted)
+        return tare;
+    return wanted->Invert(taken->Convert(tare));
 }
 
 } // namespace qor

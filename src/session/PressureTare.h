@@ -23,5 +23,9 @@ void ClearTare(CQorViewDoc& doc);
 /// no such sensor or its units are not known.
 double TareInDbar(const SessionState& session, double tare) REQUIRES(session.DocLock);
 double TareFromDbar(const SessionState& session, double dbar) REQUIRES(session.DocLock);
+/// What a pressure sensor's depth is less, in the units of that sensor: the tare, converted where
+/// the profiler's sensor has others. 0 without a tare.
+double TareFor(const SessionState& session, const CLiveInstrument& carrier, int sensor)
+    REQUIRES(session.DocLock);
 
 } // namespace qor

@@ -154,6 +154,11 @@ CommResult CQorViewDoc::RemoveResource(ResourceId resource) {
     if (result != CommResult::Success)
         return result;
     std::erase_if(Resources, [resource](const auto& one) { return one->Id == resource; });
+    // A package without an instrument shows nothing, and nothing shows it: it goes with the last.
+    std::erase_if(PackageTable, [this](const auto& package) REQUIRES(DocLock) {
+        return std::ranges::none_of(package->Attached, [this](InstrumentId member) REQUIRES(
+                                                           DocLock) { return Find(member); });
+    });
     RebuildOwners();
     return result;
 }

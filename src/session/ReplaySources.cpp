@@ -4,6 +4,7 @@
 #include "platform/Folder.h"
 #include "session/FileKind.h"
 #include "session/Playback.h"
+#include "session/PressureSource.h"
 #include "session/UserService.h"
 
 #include <algorithm>
@@ -92,7 +93,7 @@ LogOutline OutlineLog(const std::string& logPath, const SessionRecord& session,
     CHistory& history = quiet.doc.History;
     std::vector<CHistoryWatch> depths; // casts are told while something is watched
     for (const CQorViewIns* instrument : playback.Instruments())
-        if (const CSensor* pressure = instrument->Definition().NextSensor("PRES"))
+        if (const CSensor* pressure = PressureSensorOf(*instrument))
             depths.emplace_back(history,
                                 history.Watch({instrument->Name(), SensorName(*pressure)}));
     std::uint32_t casts = 0;

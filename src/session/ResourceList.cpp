@@ -36,8 +36,10 @@ void BeginAnew(CQorViewDoc& doc, CQorViewRes& resource) REQUIRES(doc.DocLock) {
                 const SessionState::FrameOwner* owner = doc.OwnerOf(id);
                 return owner && owner->resource == &resource;
             });
-        if (concerned)
-            package->Products = CPackageRows(package->Live, package->Settings, doc.Derived);
+        if (!concerned)
+            continue;
+        package->Products = CPackageRows(package->Live, package->Settings, doc.Derived);
+        doc.Velocity = {};
     }
 }
 

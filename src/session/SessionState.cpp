@@ -3,6 +3,8 @@
 // Look-ups of roles, handles and the owners of frames. See SessionState.h.
 #include "session/SessionState.h"
 
+#include "session/PressureTare.h"
+
 #include <algorithm>
 #include <cstdint>
 
@@ -100,6 +102,14 @@ void SessionState::RebuildOwners() {
     Owners.resize(std::size_t{greatest->identity} - FirstIdentity + 1);
     for (const Attachment& attachment : attachments)
         Owners[attachment.identity - FirstIdentity] = attachment.owner;
+}
+
+CPackageRows::Inputs SessionState::InputsOf(const CPackage& package) const {
+    const SensorPlace pressure = package.Products.Pressure();
+    const CLiveInstrument* carrier = InstrumentAt(package.Live, pressure.instrument);
+    return {package.Live, package.Settings,
+            carrier ? TareFor(*this, *carrier, pressure.sensor) : 0.0,
+            Clock.MonotonicMilliseconds()};
 }
 
 } // namespace qor

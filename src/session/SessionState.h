@@ -145,10 +145,7 @@ struct SessionState {
     std::uint32_t OwnersVersion GUARDED_BY(DocLock) = 0;
 
     /// What the products of a package are computed from.
-    CPackageRows::Inputs InputsOf(const CPackage& package) const REQUIRES(DocLock) {
-        return {package.Live, package.Settings, PressureTare.value_or(0.0),
-                Clock.MonotonicMilliseconds()};
-    }
+    CPackageRows::Inputs InputsOf(const CPackage& package) const REQUIRES(DocLock);
 
   private:
     std::atomic<bool> ChangeRaised = false;

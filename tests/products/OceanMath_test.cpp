@@ -64,6 +64,13 @@ TEST(OceanMath, VelocityWaitsForAQuarterOfAUnit) {
     EXPECT_EQ(descent.Pass(11.25, 202.0), 0.5);
     EXPECT_EQ(descent.Pass(11.0, 203.0), -0.25);
 
+    // The timer comes once a second, the pressure four times.
+    VelocityState slow;
+    Descent seldom{slow};
+    for (int quarter = 0; quarter <= 12; ++quarter)
+        seldom.Pass(0.3 * quarter, quarter / 4);
+    EXPECT_NEAR(slow.velocity, 1.2, 1e-9);
+
     VelocityState other;
     Descent untimed{other}; // without a timer frames are counted, here 4 a second
     untimed.Pass(1.0, {}, 1);

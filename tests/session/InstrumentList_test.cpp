@@ -171,6 +171,10 @@ TEST_F(AnInstrument, TheTareIsTheProfilersPressureOrSaysWhyNot) {
     EXPECT_EQ(take(), "");
     EXPECT_EQ(tare(), 1.0);
     EXPECT_EQ(Doc.Session.Record().pressureTare, 10.0);
+    for (const auto& [carrier, tareThere] : {std::pair{other, 1.0}, std::pair{deep, 10.0}}) {
+        CRecursiveLock lock(Doc.DocLock);
+        EXPECT_EQ(TareFor(Doc, carrier->Live, 0), tareThere) << carrier->Name();
+    }
     ClearTare(Doc);
     EXPECT_EQ(tare(), std::nullopt);
     EXPECT_EQ(Doc.Session.Record().pressureTare, std::nullopt) << "none is not zero";

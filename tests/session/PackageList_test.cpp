@@ -100,6 +100,8 @@ TEST_F(PackageListTest, APackageWithoutInstrumentsIsNotKept) {
         User.TakeMessages(),
         ElementsAre("The Instrument Package file: cast.sip \r\ncontains no valid Instruments."));
     EXPECT_EQ(Count(), 1u);
+    EXPECT_EQ(Doc.RemoveResource(Port), CommResult::Success);
+    EXPECT_EQ(Count(), 0u) << "it goes with the port of its last instrument";
 }
 
 TEST_F(PackageListTest, APortRunsAtThePackagesSpeed) {
