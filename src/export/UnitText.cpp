@@ -33,7 +33,9 @@ constexpr UnitDimension Power{2, 1, -3};
 constexpr UnitDimension Voltage{2, 1, -3, -1};
 constexpr UnitDimension Conductance{-2, -1, 3, 2};
 
-/// Of two spellings that differ in case alone the exact one is taken.
+/// Of spellings that differ in case alone the exact one is taken; where none is, the unit is not
+/// known: "MS" may be milliseconds or millisiemens. Nanometres and megapascals are also written in
+/// capitals.
 constexpr Symbol Symbols[] = {
     {"m", "m", Length},
     {"meter", "m", Length},
@@ -41,6 +43,7 @@ constexpr Symbol Symbols[] = {
     {"metre", "m", Length},
     {"metres", "m", Length},
     {"nm", "nm", Length},
+    {"NM", "nm", Length},
     {"um", "um", Length},
     {"mm", "mm", Length},
     {"cm", "cm", Length},
@@ -90,6 +93,9 @@ constexpr Symbol Symbols[] = {
     {"ue", "umol", Amount}, // einsteins of photons
     {"uein", "umol", Amount},
     {"umolar", "umol L-1", Molar},
+    {"mM", "mmol L-1", Molar},
+    {"uM", "umol L-1", Molar},
+    {"nM", "nmol L-1", Molar},
     {"deg", "degree", Angle},
     {"degree", "degree", Angle},
     {"degrees", "degree", Angle},
@@ -104,6 +110,8 @@ constexpr Symbol Symbols[] = {
     {"hpa", "hPa", Pressure},
     {"kpa", "kPa", Pressure},
     {"MPa", "MPa", Pressure},
+    {"MPA", "MPa", Pressure},
+    {"mPa", "mPa", Pressure},
     {"bar", "bar", Pressure},
     {"dbar", "dbar", Pressure},
     {"dbars", "dbar", Pressure},
@@ -140,13 +148,16 @@ constexpr Symbol Symbols[] = {
 
 const Symbol* FindSymbol(std::string_view name) {
     const Symbol* found = nullptr;
+    bool several = false;
     for (const Symbol& one : Symbols) {
         if (one.spelling == name)
             return &one;
-        if (!found && EqualsNoCase(one.spelling, name))
-            found = &one;
+        if (!EqualsNoCase(one.spelling, name))
+            continue;
+        several = several || (found && found->text != one.text);
+        found = &one;
     }
-    return found;
+    return several ? nullptr : found;
 }
 
 /// A reader of products: symbols with powers, between them blanks, dots, stars or strokes; in

@@ -23,6 +23,7 @@ struct DefinitionLine {
     std::string_view type, id, units, length, fit;
     bool variableFrame; ///< the file's frames are delimited
     bool fieldPending;  ///< a FIELD line waits for its sensor
+    bool headerClosed;  ///< a field came, behind which header lines are sensors
 };
 
 bool IsSeparator(const DefinitionLine& line) {
@@ -48,6 +49,8 @@ const char* MissingFit(const DefinitionLine& line) {
 }
 
 bool IsHeaderText(const DefinitionLine& line) {
+    if (line.headerClosed)
+        return false;
     constexpr std::string_view Fixed[] = {"INSTRUMENT", "SN"};
     constexpr std::string_view Variable[] = {"VLF_INSTRUMENT", "VLF_SN"};
     const auto& names = line.variableFrame ? Variable : Fixed;
@@ -178,14 +181,19 @@ class CLineHints {
         CoefficientLines = kept != Gains.end() ? kept->second : WholeCount(tokens[5]).value_or(0);
         TakeFrameType(tokens[0]);
         const DefinitionLine line{tokens[0], tokens[1], tokens[2], tokens[3],
-                                  tokens[6], Variable,  Pending};
+                                  tokens[6], Variable,  Pending,   HeaderClosed};
         for (const auto& rule : LineRules)
             if (const char* hint = rule(line))
                 Hints.push_back({Number, hint});
+        HeaderClosed = HeaderClosed || ClosesHeader(line);
         if (EqualsNoCase(line.type, "FIELD"))
             Pending = true;
         else if (EqualsNoCase(line.length, "V"))
             Pending = false;
+    }
+
+    bool ClosesHeader(const DefinitionLine& line) const {
+        return HeaderSeen && !IsHeaderText(line) && WholeCount(line.length).value_or(0) != 0;
     }
 
     /// A load that failed may have ended before it knew.
@@ -210,6 +218,7 @@ class CLineHints {
     std::map<std::int32_t, std::uint32_t> Gains; ///< coefficient lines of the sensor of a line
     bool Variable = false;
     bool HeaderSeen = false;
+    bool HeaderClosed = false;
     bool Pending = false;
     std::uint32_t CoefficientLines = 0;
     std::int32_t Number = 0;

@@ -31,6 +31,10 @@ TEST(UnitText, IsSpelledForOtherPrograms) {
         {" db ", "dbar"},
         {"mS/cm", "mS cm-1"},
         {"MPa", "MPa"},
+        {"mPa", "mPa"},
+        {"uM", "umol L-1"},
+        {"\xC2\xB5M", "umol L-1"},
+        {"UW/CM^2/NM", "uW cm-2 nm-1"},
         {"PSU", "1"},
         {"1", "1"},
         {"%", "percent"},
@@ -44,9 +48,9 @@ TEST(UnitText, IsSpelledForOtherPrograms) {
 
 TEST(UnitText, IsNoneWhereAPartIsUnknown) {
     constexpr std::string_view cases[] = {
-        "",     " ",       "furlong", "m/", "m^", "m^0", "m^12",  "m-", "m/s/fortnight",
-        "(m",   "m)",      "((m))",   "1/", "/",  "2 m", "ratio", "^2", "none",
-        "\xFF", {"m\0", 2}};
+        "",     " ",     "furlong", "m/",      "m^", "m^0", "m^12",  "m-", "m/s/fortnight",
+        "(m",   "m)",    "((m))",   "1/",      "/",  "2 m", "ratio", "^2", "none",
+        "\xFF", "MS/CM", "UM",      {"m\0", 2}};
     for (std::string_view units : cases)
         EXPECT_FALSE(ReadUnits(units)) << units;
     EXPECT_FALSE(ReadUnits("m" + std::string(64, ' ') + "/s"));

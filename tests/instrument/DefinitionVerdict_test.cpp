@@ -165,7 +165,7 @@ TEST(DefinitionHints, AreNotGivenForWhatIsRightAndHaveAnEnd) {
                    "COUNT\nCHECK SUM '' 1 BU 0 COUNT\nA 1 'a\\b' 2 BU 1 POLYU\n1.5 0.25 # 1,5\n",
           Delimited + "VLF_SN 12 '' 2 AS 0 NONE\n" + Field + "REMARK 1 '' 0 BU 0 NONE\n" +
               "A 1 '' V AF 1 POLYU\n0 1\n" + Field + "A 2 '' V AF 0 COUNT\n" + Terminator,
-          "\xFF\xFE"s + InUtf16(Header, false)})
+          Header + Sensor + "SN 12345 '' 2 BU 0 COUNT\n", "\xFF\xFE"s + InUtf16(Header, false)})
         EXPECT_THAT(Hints(text), IsEmpty()) << text;
     std::string many = Header;
     for (int i = 0; i < 500; ++i)
