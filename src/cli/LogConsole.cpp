@@ -25,14 +25,14 @@ constexpr int PositionMilliseconds = 3000;
 constexpr const char* NoThread = "the system has no thread to give; close other programs.";
 
 /// What can be done about a name that is taken, in the words of a call.
-constexpr std::string_view NameAdvice = "Choose another --name, or give --overwrite.";
+constexpr std::string_view TakenNameAdvice = "Choose another --name, or give --overwrite.";
 
 /// The same about bytes without a frame.
 constexpr std::string_view TrialAdvice =
     "Try its definition on them: qorview-cli check -d DEFINITION --frame FILE.";
 
 std::string_view AdviceHere(const EventAdvice& row) {
-    return row.kind == EventKind::NameTaken  ? NameAdvice
+    return row.kind == EventKind::NameTaken  ? TakenNameAdvice
            : row.kind == EventKind::NoFrames ? TrialAdvice
                                              : row.advice;
 }
