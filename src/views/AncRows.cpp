@@ -4,6 +4,9 @@
 #include "base/Text.h"
 #include "views/NumberText.h"
 
+#include <algorithm>
+#include <utility>
+
 namespace qor {
 
 GridRow RowOfProduct(const DerivedRow& product, std::uint64_t id, bool watched) {
@@ -17,6 +20,12 @@ void MarkRow(GridRow& row, Sign sign, std::int64_t age, bool stale) {
     row.sign = stale ? WorseSign(sign, Sign::Stale) : sign;
     row.stale = stale;
     row.age = stale && age >= 0 ? AgeText(age) : "";
+}
+
+bool AgeRow(GridRow& row, std::int64_t age) {
+    std::string text = row.stale && age >= 0 ? AgeText(age) : "";
+    std::swap(text, row.age);
+    return text != row.age;
 }
 
 bool ShowProduct(const DerivedRow& product, const WarningRanges* ranges, const AlarmSignal& signal,
@@ -42,8 +51,9 @@ std::string AlarmText(const GridRow& row, const WarningRanges& ranges) {
            FixedNumber(ranges.AlarmMax, 2) + ".";
 }
 
-void LeadByRows(const GridPage& page, PageHead& head) {
-    const GridRow* leading = page.rows.empty() ? nullptr : &page.rows.front();
+void LeadByRows(const GridPage& page, std::size_t firstSeen, PageHead& head) {
+    const GridRow* leading =
+        page.rows.empty() ? nullptr : &page.rows[std::min(firstSeen, page.rows.size() - 1)];
     for (const GridRow& row : page.rows) {
         if (leading != &row && row.sign != leading->sign &&
             WorseSign(row.sign, leading->sign) == row.sign)

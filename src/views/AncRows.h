@@ -20,8 +20,12 @@ bool ShowProduct(const DerivedRow& product, const WarningRanges* ranges, const A
 /// The sign of a row's value, or that it is old.
 void MarkRow(GridRow& row, Sign sign, std::int64_t age, bool stale);
 
-/// The page's sign is the worst of its rows; the row that has it, else the first, leads.
-void LeadByRows(const GridPage& page, PageHead& head);
+/// How old a stale row is now, also while no frame comes. True when that is another text.
+bool AgeRow(GridRow& row, std::int64_t age);
+
+/// The page's sign is the worst of its rows; the row that has it, else the first that can be seen,
+/// leads.
+void LeadByRows(const GridPage& page, std::size_t firstSeen, PageHead& head);
 
 /// That a row's value lies in its alarm range, as one sentence.
 std::string AlarmText(const GridRow& row, const WarningRanges& ranges);

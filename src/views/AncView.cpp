@@ -71,8 +71,11 @@ bool CAncViewDlg::Refresh(CQorViewDoc& doc) {
     PageHead head = HeadOf(instrument, Name, Attachment != InstrumentId::None, Now);
     if (instrument && IsDerived() && Derived.rows.empty())
         head = EmptyHead(Utf8Of(Name) + " has no derived products.");
+    if (WasStale && instrument)
+        for (GridRow& row : Shown().rows)
+            changed = AgeRow(row, Now - instrument->Live.ArrivalMonotonic) || changed;
     if (head.state == PageState::Live)
-        LeadByRows(Shown(), head);
+        LeadByRows(Shown(), IsDerived() ? 0 : Visible.first, head);
     changed = changed || head != Shown().head;
     Shown().head = std::move(head);
     return changed;
@@ -158,7 +161,9 @@ void CAncViewDlg::UpdateDerivedPage(const CQorViewIns& instrument) {
     const std::int64_t age = Now - instrument.Live.ArrivalMonotonic;
     const bool stale = instrument.Live.Stale(Now);
     Derived.beep = false;
-    for (std::size_t i = Visible.first; i < Rows.size() && Visible.Contains(i); ++i) {
+    // Decided: derived rows are drawn out of sight too, for an alarm is told wherever the page was
+    // scrolled to.
+    for (std::size_t i = 0; i < Rows.size(); ++i) {
         const bool watched = Rows[i].kind == ANCDATATYPE::Tilt;
         if (ShowProduct(Rows[i], watched ? &Settings.TiltWarnings : nullptr, Signal, age, stale,
                         Derived.rows[i]))
@@ -179,6 +184,9 @@ void CAncViewDlg::SetViewType(int viewType) {
 void CAncViewDlg::SetVisibleRows(VisibleRows rows) {
     Visible = rows;
     LastFrame = -1;
+    for (std::size_t i = 0; i < Sensors.rows.size(); ++i)
+        if (!Visible.Contains(i)) // what it was is not known to last
+            MarkRow(Sensors.rows[i], Sign::None, -1, false);
 }
 
 const GridPage& CAncViewDlg::Page() const {
@@ -209,8 +217,8 @@ void CAncViewDlg::SaveSettings(CProfileStore& store, const std::string& prefix) 
 }
 
 WarningRanges* CAncViewDlg::RangesOfRow(std::size_t row) {
-    const bool watched =
-        row < Products.Rows().size() && Products.Rows()[row].kind == ANCDATATYPE::Tilt;
+    const bool watched = IsDerived() && row < Products.Rows().size() &&
+                         Products.Rows()[row].kind == ANCDATATYPE::Tilt;
     return watched ? &Settings.TiltWarnings : nullptr;
 }
 

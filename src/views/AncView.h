@@ -46,9 +46,9 @@ class CAncViewDlg : public CView {
 
     /// Builds the rows of both pages and the title for an instrument of the session.
     void Initialise(const CQorViewIns& instrument);
-    /// Fills the visible cells of the page that is shown from the instrument's current frame, under
-    /// the document's lock. 1 when something was drawn; 0 when the instrument is gone (null) or has
-    /// no new frame.
+    /// Fills the cells of the page that is shown (of the sensors those that can be seen) from the
+    /// instrument's current frame, under the document's lock. 1 when something was drawn; 0 when
+    /// the instrument is gone (null) or has no new frame.
     int Update(const CQorViewIns* instrument);
 
     void SetAlarmSound(bool on) override { Signal.sound = on; }
@@ -68,6 +68,7 @@ class CAncViewDlg : public CView {
     WarningRanges* RangesOfRow(std::size_t row) override;
     const WarningRanges* RangesOf(const std::string& instrument, ANCDATATYPE kind) const override;
     const std::string& Watched() const override { return Name; }
+    bool Watches() const override { return IsDerived() && Settings.TiltWarnings.AnyEnabled(); }
 
   private:
     struct SensorRow {

@@ -90,12 +90,13 @@ bool CPkgAncViewDlg::Refresh(CQorViewDoc& doc) {
         Redraw = Redraw || old != StaleCount; // what was live is to look old, though no frame comes
         StaleCount = old;
         changed = Update(*package, doc.InputsOf(*package)) != 0;
+        changed = AgeRows(*package, doc.Clock.MonotonicMilliseconds()) || changed;
         const bool sent =
             std::ranges::any_of(LastFrames, [](std::int64_t frame) { return frame >= 0; });
         head.state = sent ? PageState::Live : PageState::Waiting;
         head.sign = sent ? Sign::Ok : Sign::Waiting;
         if (sent)
-            LeadByRows(Grid, head);
+            LeadByRows(Grid, 0, head);
         else
             head.sentence = "Waiting for " + Utf8Of(package->Name) + ".";
     } else if (Shown != PackageId::None) {
@@ -119,10 +120,10 @@ void CPkgAncViewDlg::Initialise(const CPackage& package) {
     PackageName = package.Name;
     Members = package.Instruments;
     Signal.blinkPhase = false;
-    Visible = {};
     LastFrames.assign(package.Live.size(), -1);
+    Rows = package.Products.Rows();
     Grid = {Format("Package %s - %s", Utf8Of(package.Name).c_str(), "Ancillary View"), {}};
-    for (const DerivedRow& row : package.Products.Rows())
+    for (const DerivedRow& row : Rows)
         Grid.rows.push_back(
             RowOfProduct(row, Grid.rows.size() + 1, WatchedRanges(Settings, row.kind) != nullptr));
     SalinityText.clear();
@@ -149,12 +150,34 @@ int CPkgAncViewDlg::Update(const CPackage& package, const CPackageRows::Inputs& 
     Signal.blinkPhase = !Signal.blinkPhase;
     Grid.beep = false;
     package.Products.Read(inputs, Rows);
-    for (std::size_t i = Visible.first; i < Rows.size() && Visible.Contains(i); ++i) {
+    // Decided: rows are drawn out of sight too, for an alarm is told wherever the page was scrolled
+    // to.
+    for (std::size_t i = 0; i < Rows.size(); ++i) {
         if (ShowProduct(Rows[i], WatchedRanges(Settings, Rows[i].kind), Signal, -1, Rows[i].stale,
                         Grid.rows[i]))
             Grid.beep = true;
     }
     return 1;
+}
+
+/// A row is as old as the oldest instrument that it comes from. True when a text changed.
+bool CPkgAncViewDlg::AgeRows(const CPackage& package, std::int64_t now) {
+    bool changed = false;
+    for (std::size_t i = 0; i < Grid.rows.size(); ++i) {
+        std::int64_t age = -1;
+        for (const int place : package.Products.CarriersOf(i))
+            if (const CLiveInstrument* live = InstrumentAt(package.Live, place))
+                if (live->CurrentFrame())
+                    age = std::max(age, now - live->ArrivalMonotonic);
+        changed = AgeRow(Grid.rows[i], age) || changed;
+    }
+    return changed;
+}
+
+bool CPkgAncViewDlg::Watches() const {
+    return std::ranges::any_of(WatchedRows, [this](const WatchedRow& watched) {
+        return (Settings.*watched.ranges).AnyEnabled();
+    });
 }
 
 const WarningRanges* CPkgAncViewSettings::RangesOf(ANCDATATYPE kind) const {
@@ -168,11 +191,6 @@ void CPkgAncViewDlg::LoadSettings(const CProfileStore& store, const std::string&
 
 void CPkgAncViewDlg::SaveSettings(CProfileStore& store, const std::string& prefix) const {
     (void)Settings.Save(store, prefix); // without a prefix there is nothing to keep
-}
-
-void CPkgAncViewDlg::SetVisibleRows(VisibleRows rows) {
-    Visible = rows;
-    Redraw = true;
 }
 
 WarningRanges* CPkgAncViewDlg::RangesOfRow(std::size_t row) {

@@ -44,7 +44,7 @@ class CPkgAncViewDlg : public CView {
 
     /// Builds the rows and the title for a package.
     void Initialise(const CPackage& package);
-    /// Fills the visible cells from the latest frames, under the document's lock. 1 when something
+    /// Fills the cells from the latest frames, under the document's lock. 1 when something
     /// was drawn, 0 when no instrument has a new frame.
     int Update(const CPackage& package, const CPackageRows::Inputs& inputs);
 
@@ -54,7 +54,6 @@ class CPkgAncViewDlg : public CView {
     std::string Notice() const override { return SalinityText; }
 
     void SetAlarmSound(bool on) override { Signal.sound = on; }
-    void SetVisibleRows(VisibleRows rows) override;
     void LoadSettings(const CProfileStore& store, const std::string& prefix) override;
     void SaveSettings(CProfileStore& store, const std::string& prefix) const override;
 
@@ -64,9 +63,11 @@ class CPkgAncViewDlg : public CView {
     WarningRanges* RangesOfRow(std::size_t row) override;
     const WarningRanges* RangesOf(const std::string& instrument, ANCDATATYPE kind) const override;
     const std::string& Watched() const override { return PackageName; }
+    bool Watches() const override;
 
   private:
     const CPackage* Find(const CQorViewDoc& doc) const REQUIRES(doc.DocLock);
+    bool AgeRows(const CPackage& package, std::int64_t now);
 
     std::string Name; ///< as it was asked for
     PackageId Shown = PackageId::None;
@@ -77,7 +78,6 @@ class CPkgAncViewDlg : public CView {
     AlarmSignal Signal;
     GridPage Grid;
     std::vector<DerivedRow> Rows;
-    VisibleRows Visible;
     std::vector<std::int64_t> LastFrames; ///< of each instrument
     bool Redraw = false;
     std::ptrdiff_t StaleCount = 0; ///< instruments that send no more

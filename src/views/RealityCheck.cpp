@@ -100,6 +100,10 @@ bool COSRCViewDlg::Initialise(const CQorViewIns& dut, const CQorViewIns& referen
     DutSeries = SeriesOf(dut.Definition());
     ReferenceSeries = SeriesOf(reference.Definition());
     LastDutFrame = LastReferenceFrame = NoFrame;
+    for (PlotPage& chart : Charts) {
+        chart.curves.clear(); // those of other instruments
+        chart.markers.clear();
+    }
     ShownDut = dut.Id;
     ShownReference = reference.Id;
     for (const auto& [series, instrument] :
@@ -280,7 +284,7 @@ std::vector<std::string> COSRCViewDlg::SelectorEntries() const {
 
 int COSRCViewDlg::Selection() const {
     const auto leading = Settings.Leading();
-    if (!leading)
+    if (!leading || SeriesFor(*leading).empty())
         return -1;
     return static_cast<int>(&Chosen(*leading) - SeriesFor(*leading).data());
 }
@@ -308,29 +312,20 @@ bool COSRCViewDlg::SetLimit(std::string_view text) {
     return true;
 }
 
-COSRCViewDlg* OpenRealityCheck(std::unique_ptr<COSRCViewDlg>& view, CQorViewDoc& doc) {
-    const char* refusal = nullptr;
-    {
-        CRecursiveLock lock(doc.DocLock);
-        const CQorViewIns* dut = doc.RoleInstrument(InstrumentRole::DeviceUnderTest);
-        const CQorViewIns* reference = doc.RoleInstrument(InstrumentRole::Reference);
-        if (!dut) {
-            refusal = "No DUT instrument has been specified.";
-        } else if (!reference) {
-            refusal = "No REFERENCE instrument has been specified.";
-        } else if (!view) {
-            view = std::make_unique<COSRCViewDlg>();
-            if (!view->Initialise(*dut, *reference, doc)) {
-                view.reset();
-                refusal = "See the session log for details.";
-            }
-        }
-    }
-    if (!refusal)
-        return view.get();
-    doc.User.ShowMessage(std::string("Unable to initialize Optical Systems Reality Check.\r\n") +
-                         refusal);
-    return nullptr;
+std::string WhyNoRealityCheck(CQorViewDoc& doc) {
+    const auto refusal = [](const char* reason) {
+        return std::string("Unable to initialize Optical Systems Reality Check.\r\n") + reason;
+    };
+    CRecursiveLock lock(doc.DocLock);
+    const CQorViewIns* dut = doc.RoleInstrument(InstrumentRole::DeviceUnderTest);
+    const CQorViewIns* reference = doc.RoleInstrument(InstrumentRole::Reference);
+    if (!dut)
+        return refusal("No DUT instrument has been specified.");
+    if (!reference)
+        return refusal("No REFERENCE instrument has been specified.");
+    if (!COSRCViewDlg().Initialise(*dut, *reference, doc))
+        return refusal("See the session log for details.");
+    return {};
 }
 
 } // namespace qor

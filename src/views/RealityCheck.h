@@ -109,9 +109,8 @@ class COSRCViewDlg : public CView {
     InstrumentId ShownDut = InstrumentId::None, ShownReference = InstrumentId::None;
 };
 
-/// Opens the check: the window that is there already, or a new one in `view` for the instruments of
-/// the two roles. Null when it cannot be opened; the operator was told. Without the document's
-/// lock.
-COSRCViewDlg* OpenRealityCheck(std::unique_ptr<COSRCViewDlg>& view, CQorViewDoc& doc);
+/// What the operator is told when the check cannot be opened for the instruments of the two roles;
+/// empty when it can.
+std::string WhyNoRealityCheck(CQorViewDoc& doc);
 
 } // namespace qor

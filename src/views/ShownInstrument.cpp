@@ -31,7 +31,7 @@ PageHead HeadOf(const CQorViewIns* instrument, const std::string& name, bool was
         head = EmptyHead(name.empty() ? "There is no instrument."
                                       : "There is no instrument " + Utf8Of(name) + ".",
                          "Add instrument");
-        if (wasThere) {
+        if (wasThere && !name.empty()) { // without a name it waits for the next one
             head.state = PageState::Gone;
             head.sign = Sign::Off;
             head.sentence = Utf8Of(name) + " was removed.";
@@ -42,7 +42,7 @@ PageHead HeadOf(const CQorViewIns* instrument, const std::string& name, bool was
     if (!instrument->Live.CurrentFrame()) {
         head.state = PageState::Waiting;
         head.sign = Sign::Waiting;
-        head.sentence = "Waiting for " + Utf8Of(instrument->Name()) + ".";
+        head.sentence = "Waiting for " + Utf8Of(instrument->ShownName()) + ".";
         return head;
     }
     head.sign = instrument->Live.Stale(now) ? Sign::Stale : Sign::Ok;

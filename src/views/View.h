@@ -32,7 +32,7 @@ struct ViewPages {
     std::vector<const PlotPage*> plots = {};
 };
 
-/// The rows of a page that can be seen; only they are refreshed.
+/// The rows of a page that can be seen; of a page that may be long only they are refreshed.
 struct VisibleRows {
     std::size_t first = 0;
     std::size_t end = static_cast<std::size_t>(-1); ///< one past the last
@@ -82,6 +82,8 @@ class CView {
         static const std::string nobody;
         return nobody;
     }
+    /// Whether a row is held to a range: then an alarm is to be told though nobody sees the page.
+    virtual bool Watches() const { return false; }
     /// Those that the other windows keep; the finder is not used after the call.
     virtual void TakeRanges(const RangesFinder&) {}
     virtual void SetVisibleRows(VisibleRows) {}

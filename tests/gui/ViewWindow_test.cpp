@@ -4,6 +4,7 @@
 #include "app/windows/WindowStore.h"
 #include "gui/Desk.h"
 #include "gui/PlayedSession.h"
+#include "views/PkgAncView.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -52,6 +53,15 @@ class AViewWindow : public testing::Test {
                 text += curve.points.empty() ? "" : "~";
         return text;
     }
+    /// Beside the rows of its grids.
+    static std::string Ages(CViewWindow& window) {
+        window.Refresh();
+        std::string text;
+        for (const CPageGrid* grid : window.findChildren<CPageGrid*>())
+            for (const GridRow& row : grid->Page().rows)
+                text += row.age;
+        return text;
+    }
     /// The area begins anew, as in the next session of work.
     void Reopen(const JsonValue& kept) {
         Area = std::make_unique<CDisplayArea>(TestTheme());
@@ -97,10 +107,20 @@ TEST_P(EveryKindOfWindow, IsEmptyThenLiveThenStaleThenGone) {
     if (!ofOne)
         return;
     EXPECT_EQ(window.CurrentHead().sign, Sign::Stale);
-    if (*instrument == '\0')
+    const std::string ages = Ages(window);
+    Session.Silence(60.0);
+    EXPECT_TRUE(ages.empty() || ages != Ages(window)) << "what is old grows older: " << ages;
+    const bool ofPackage = std::string_view(kind) == "package";
+    if (*instrument == '\0' && !ofPackage)
         return;
-    EXPECT_EQ(Session.Doc.RemoveInstrument(Session.Doc.FindInstrument(instrument)),
-              CommResult::Success);
+    if (ofPackage) {
+        EXPECT_NE(ages, "");
+        for (const ResourceStatus& resource : Session.Doc.Snapshot().resources)
+            EXPECT_EQ(Session.Doc.RemoveResource(resource.id), CommResult::Success);
+    } else {
+        EXPECT_EQ(Session.Doc.RemoveInstrument(Session.Doc.FindInstrument(instrument)),
+                  CommResult::Success);
+    }
     Content(window);
     EXPECT_EQ(window.CurrentHead().state, PageState::Gone);
     auto* button = window.findChild<QPushButton*>();
@@ -155,6 +175,33 @@ TEST_F(AViewWindow, TakesTurnsAndRestsWhileNobodySeesIt) {
     plot.raise();
     Settle();
     EXPECT_NE(plot.CurrentHead().leading, before) << "shown again it is of now";
+}
+
+TEST_F(AViewWindow, TellsAnAlarmAndItsEndWhileNobodySeesIt) {
+    Session.AddCast();
+    CViewWindow &package = Open("package"), &front = Open("sensors");
+    Session.Play(20.0);
+    auto& view = dynamic_cast<CPkgAncViewDlg&>(package.View());
+    view.Settings.DepthWarnings = {0, 0, -10, 1000, 0, 1};
+    Area->tabifyDockWidget(&package, &front);
+    front.raise();
+    Settle();
+    const auto play = [&] {
+        Session.Play(1.0);
+        for (unsigned tick = 1; tick <= CViewWindow::TicksASecond; ++tick)
+            package.Tick(tick);
+        return package.Alarmed();
+    };
+    QSignalSpy told(&package, &CViewWindow::AlarmBegan),
+        sounds(&package, &CViewWindow::AlarmSounds);
+    EXPECT_NE(play(), "");
+    EXPECT_EQ(told.size(), 1);
+    EXPECT_GE(sounds.size(), 1);
+    view.Settings.DepthWarnings.AlarmMin = 900;
+    EXPECT_EQ(play(), "");
+    package.raise();
+    Settle();
+    EXPECT_EQ(package.findChild<CPageGrid*>()->Page().rows[1].sign, Sign::None) << "drawn again";
 }
 
 TEST_F(AViewWindow, PausesAndResetsAllItsPlotsAtOnce) {

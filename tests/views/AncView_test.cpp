@@ -83,6 +83,13 @@ TEST_F(AncViewTest, ATiltAlarmBlinksAtEveryUpdateAndParKeepsItsColours) {
     EXPECT_EQ(tilt.text, ConversionStatusText(ConversionStatus::NotFinite));
     EXPECT_EQ(View.RangesOfRow(0), &View.Settings.TiltWarnings);
     EXPECT_EQ(View.RangesOfRow(1), nullptr);
+    View.SetVisibleRows({1, 2});
+    Send(0, 50, 0);
+    View.Update(&Instrument.Ins());
+    EXPECT_EQ(tilt.textColour, Cyan) << "out of sight too";
+    EXPECT_TRUE(View.Watches());
+    View.SetPage(CAncViewSettings::SensorPage);
+    EXPECT_EQ(View.RangesOfRow(0), nullptr) << "a sensor is not the tilt";
 }
 
 TEST(AncView, ShowsNoTiltWithoutBothAxesAndNoParOfAnUnusableInstrument) {

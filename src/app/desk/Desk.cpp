@@ -269,18 +269,15 @@ void CDesk::DoWindow(Do action) {
         const char* kind;
     };
     constexpr Row Rows[] = {
-        {Do::NewSpectrum, "spectral"},
-        {Do::NewProfile, "profile"},
-        {Do::NewSeries, "time-series"},
-        {Do::NewGps, "gps"},
-        {Do::NewWeather, "weather"},
-        {Do::NewAncillary, "ancillary"},
-        {Do::NewRealityCheck, "reality-check"},
+        {Do::NewSpectrum, "spectral"}, {Do::NewProfile, "profile"}, {Do::NewSeries, "time-series"},
+        {Do::NewGps, "gps"},           {Do::NewWeather, "weather"}, {Do::NewAncillary, "ancillary"},
         {Do::NewStatus, "status"},
     };
     for (const Row& row : Rows)
         if (row.action == action)
             Displays.OpenWindow(row.kind);
+    if (action == Do::NewRealityCheck)
+        Displays.OpenRealityCheck();
     if (action == Do::DefaultLayout)
         Displays.OpenDefault();
     if (action == Do::KeepLayout)

@@ -2,6 +2,7 @@
 #include "app/desk/WindowDesk.h"
 
 #include "app/ShownText.h"
+#include "views/RealityCheck.h"
 
 #include <QPointer>
 
@@ -86,6 +87,20 @@ WindowMaker CWindowDesk::Maker() {
 CViewWindow* CWindowDesk::OpenWindow(const char* kind, const std::string& instrument) {
     CDisplayArea& area = Parts.Window.Area();
     return qor::OpenWindow(area, Maker(), *FindWindowKind(kind), instrument, area.Current());
+}
+
+void CWindowDesk::OpenRealityCheck() {
+    constexpr const char* Kind = "reality-check";
+    for (CViewWindow* window : Windows())
+        if (window->Kind().name == std::string_view(Kind)) {
+            Parts.Window.Area().Show(window);
+            return;
+        }
+    const std::string refusal = WhyNoRealityCheck(Parts.Doc());
+    if (refusal.empty())
+        OpenWindow(Kind);
+    else
+        Parts.Doc().User.ShowMessage(refusal);
 }
 
 std::vector<CViewWindow*> CWindowDesk::Windows() const {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
 // The desk's part for display windows: opens them, gives each its turn, keeps them in the session;
-// and the docks around them. A window that cannot be seen costs nothing.
+// and the docks around them. A window that cannot be seen draws nothing; only its ranges are held.
 #pragma once
 
 #include "app/desk/DeskParts.h"
@@ -35,6 +35,8 @@ class CWindowDesk : public QObject {
     CViewWindow* OpenWindow(const char* kind, const std::string& instrument = {});
     std::vector<CViewWindow*> Windows() const;
 
+    /// The one reality check of the session: brought forward, or opened where its instruments are.
+    void OpenRealityCheck();
     /// A session that had no instrument gets its first windows with the first one.
     void OpenFirst();
 

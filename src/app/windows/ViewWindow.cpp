@@ -144,15 +144,26 @@ void CViewWindow::ShowInstrument(const std::string& name) {
 }
 
 void CViewWindow::Tick(unsigned tick) {
-    if (IsSeen() && tick % (Grid ? GridTicks : PlotTicks) == 0)
+    const bool due = tick % (Grid ? GridTicks : PlotTicks) == 0;
+    if (IsSeen() && due)
         Refresh();
+    else if (due && (InAlarm || Shown->Watches()))
+        RefreshUnseen();
     else if (!IsSeen() && tick % HiddenTicks == 0)
-        (void)Shown->Refresh(Doc);
+        Behind = Shown->Refresh(Doc) || Behind;
+}
+
+/// An alarm is told wherever its window is: by the tab's sign, the sound and the strip.
+void CViewWindow::RefreshUnseen() {
+    if (!Shown->Refresh(Doc))
+        return;
+    Behind = true;
+    TellPages(Shown->Pages());
 }
 
 void CViewWindow::Refresh() {
     const bool changed = Shown->Refresh(Doc);
-    if (changed || !Opened)
+    if (std::exchange(Behind, false) || changed || !Opened)
         ShowPages();
     RefreshPaused();
     if (std::exchange(Opened, true))
@@ -190,6 +201,11 @@ void CViewWindow::ShowPages() {
         ArrangeParts();
     if (CheckBar)
         CheckBar->Refresh();
+    TellPages(pages);
+}
+
+/// What is told of the pages without their being drawn: title, sign and alarm.
+void CViewWindow::TellPages(const ViewPages& pages) {
     const std::string& title = pages.grid ? pages.grid->title : pages.plots.front()->title;
     const PageHead& head = pages.grid ? pages.grid->head : pages.plots.front()->head;
     // A window of several charts is called by its kind; each chart has its own title.

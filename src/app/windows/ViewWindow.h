@@ -38,7 +38,8 @@ class CViewWindow : public CDisplayWindow {
 
     /// Refreshes when it is due: plots ten times a second, grids four times, so that watched rows,
     /// which turn their blink with each refresh, flash twice. `tick` counts TicksASecond, shifted
-    /// from window to window so that they take turns. A window that cannot be seen draws nothing.
+    /// from window to window so that they take turns. A window that cannot be seen draws nothing;
+    /// what it holds to a range it goes on watching.
     static constexpr int TicksASecond = 40;
     void Tick(unsigned tick);
     /// Now, whatever is due.
@@ -88,6 +89,8 @@ class CViewWindow : public CDisplayWindow {
     ShownPlot& PlotOf(const PlotPage* page);
     ShownPlot MakePlot(const PlotPage* page);
     void ShowPages();
+    void RefreshUnseen();
+    void TellPages(const ViewPages& pages);
     void ShowDetail(const PlotPage& page, CPlotWidget& plot);
     void TellAlarm(const GridPage* grid);
     void RestorePlots();
@@ -103,6 +106,7 @@ class CViewWindow : public CDisplayWindow {
     std::vector<ShownPlot> Plots;
     std::vector<KeptPlot> Waiting; ///< by page; until its curves are there
     bool InAlarm = false;
+    bool Behind = false; ///< the view was refreshed and not drawn
     bool Opened = false; ///< was refreshed once, so what it had to say was said
 };
 
