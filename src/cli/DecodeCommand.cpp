@@ -9,6 +9,7 @@
 #include "cli/Report.h"
 #include "export/SeaBassHeader.h"
 #include "session/KeptProfile.h"
+#include "telemetry/RawLogFormat.h"
 #include "views/Windows.h"
 
 #include <CLI/CLI.hpp>

@@ -39,7 +39,7 @@ std::optional<int> ZoneOf(const std::string& path) {
         return std::nullopt;
     }
     const std::string* zone = log.Header().ValueOf("ZONE");
-    const std::optional<int> minutes = zone ? MinutesOfZone(*zone) : std::nullopt;
+    const std::optional<int> minutes = log.Header().ZoneMinutes();
     if (!minutes)
         ReportError(path +
                     (zone ? ": its zone \"" + Printable(*zone) + "\" says no offset from UTC"

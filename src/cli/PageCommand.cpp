@@ -71,18 +71,30 @@ std::string SetUp(CView& view, const PageOptions& options, CQorViewDoc& doc) {
     return {};
 }
 
-/// Plays the log, to its end or until a frame has come at the moment asked for. False when reading
-/// failed (reported).
-bool PlayUntil(CPlayedFile& playback, CommandContext& context,
+/// Plays the log, to its end or until a frame has come at the moment asked for, and says when the
+/// page is of another one. False when reading failed (reported).
+bool PlayUntil(CPlayedFile& playback, CommandContext& context, const PageOptions& options,
                const std::optional<std::int64_t>& until) {
+    std::optional<std::int64_t> first;
     bool reached = false;
-    return playback.Play(
+    const bool well = playback.Play(
         context,
         [&](CQorViewIns& instrument, const FrameCheckResult&) {
             const FrameTime& time = instrument.Live.CurrentFrame()->Info.time;
-            reached = reached || (until && time.known && time.seconds >= *until);
+            if (!time.known)
+                return;
+            first = first.value_or(time.seconds);
+            reached = reached || (until && time.seconds >= *until);
         },
         [&] { return !reached; });
+    const char* const other = !until || !well ? nullptr
+                              : !first        ? "its frames have no times; the page is of its end."
+                              : !reached      ? "it ends before that; the page is of its end."
+                              : *first > *until ? "it begins later; the page is of its first frame."
+                                                : nullptr;
+    if (other)
+        ReportWarning(options.files.front() + ": --at " + options.at + ": " + other);
+    return well;
 }
 
 int RunPage(PageOptions& options, CommandContext& context) {
@@ -91,7 +103,8 @@ int RunPage(PageOptions& options, CommandContext& context) {
     if (!IsGoodCall(options))
         return ExitBadCall;
     const std::optional<std::int64_t> until = SecondsFromText(options.at);
-    CPlayedFile playback(options.chunk ? options.chunk : until ? 2048 : 0);
+    // One frame at a time, so that none is shown that came later.
+    CPlayedFile playback(options.chunk, until ? 1 : FileResourceSettings().framesAtOnce);
     bool well = playback.Open(options.files.front(), options.instruments, options.strict);
     if (playback.IsBadCall())
         return ExitBadCall;
@@ -107,7 +120,7 @@ int RunPage(PageOptions& options, CommandContext& context) {
         ReportError("page " + options.window + ": " + wrong);
         return ExitBadCall;
     }
-    well = PlayUntil(playback, context, until) && well;
+    well = PlayUntil(playback, context, options, until) && well;
     view->Refresh(doc);
     if (options.json)
         WritePageJson(output, options.window, view->Pages());

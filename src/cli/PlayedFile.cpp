@@ -20,8 +20,9 @@ constexpr std::uint32_t LargestChunk = 64 * 1024 * 1024;
 
 } // namespace
 
-CPlayedFile::CPlayedFile(std::uint32_t chunk)
-    : Document(Clock, MakeSystemSerialPort, User, Profile), Playback(Document, chunk) {
+CPlayedFile::CPlayedFile(std::uint32_t chunk, std::uint32_t framesAtOnce)
+    : Document(Clock, MakeSystemSerialPort, User, Profile),
+      Playback(Document, chunk, framesAtOnce) {
     Document.SessionLog.KeepText = false; // a damaged file reports without end
     Document.Acquisition.OnEvent = [this](const Event& event) { SayLoss(event); };
 }

@@ -31,8 +31,9 @@ struct PlaybackOptions {
 
 class CPlayedFile {
   public:
-    /// `chunk` is the read size in bytes, 0 for the one that plays fastest.
-    explicit CPlayedFile(std::uint32_t chunk);
+    /// As CPlayback takes them.
+    explicit CPlayedFile(std::uint32_t chunk,
+                         std::uint32_t framesAtOnce = FileResourceSettings().framesAtOnce);
 
     /// Opens the file and sets up the instruments. Every fault is reported; false when there was
     /// one. With a fault in some definition the others still play: see IsOpen.

@@ -96,40 +96,6 @@ void WriteTime(COutput& output, const FrameTime& time, std::optional<int> utcOff
     output.Char('Z');
 }
 
-std::optional<int> MinutesOfOffset(std::string_view text) {
-    if (text.size() != 6 || (text[0] != '+' && text[0] != '-') || text[3] != ':' ||
-        !IsDigit(text[1]) || !IsDigit(text[2]) || !IsDigit(text[4]) || !IsDigit(text[5]))
-        return std::nullopt;
-    const int hours = (text[1] - '0') * 10 + text[2] - '0';
-    const int minutes = (text[4] - '0') * 10 + text[5] - '0';
-    if (hours > 14 || minutes > 59)
-        return std::nullopt;
-    return (text[0] == '-' ? -1 : 1) * (hours * 60 + minutes);
-}
-
-std::optional<int> MinutesOfZone(std::string_view text) {
-    text = Trim(text);
-    const bool zulu = EqualsNoCase(text, "Z");
-    const std::string_view start = text.substr(0, 3);
-    const bool universal = EqualsNoCase(start, "UTC") || EqualsNoCase(start, "GMT");
-    text = Trim(zulu ? std::string_view() : universal ? text.substr(3) : text);
-    if (text.empty())
-        return zulu || universal ? std::optional(0) : std::nullopt;
-    std::string digits;
-    for (char c : text.substr(1))
-        if (c != ':' || digits.size() > 2)
-            digits += c;
-        else if (digits.size() == 1)
-            digits.insert(0, "0");
-    if (digits.size() == 1)
-        digits.insert(0, "0");
-    if (digits.size() == 2)
-        digits += "00";
-    if (digits.size() != 4)
-        return std::nullopt;
-    return MinutesOfOffset(text[0] + digits.substr(0, 2) + ":" + digits.substr(2));
-}
-
 void WriteTimeValue(CJsonWriter& json, COutput& output, const FrameTime& time,
                     std::optional<int> utcOffset) {
     if (!time.known)

@@ -69,13 +69,6 @@ void WriteTime(COutput& output, const FrameTime& time, std::optional<int> utcOff
 void WriteTimeValue(CJsonWriter& json, COutput& output, const FrameTime& time,
                     std::optional<int> utcOffset = {});
 
-/// Minutes of "+13:00" or "-03:30"; empty when the text is no offset of a zone.
-std::optional<int> MinutesOfOffset(std::string_view text);
-
-/// The same of a log's ZONE record as people write it: "UTC+13:00", "GMT", "-0330", "UTC+1"; empty
-/// for the name of a zone.
-std::optional<int> MinutesOfZone(std::string_view text);
-
 /// The CSV table of one instrument: a header row, then a row a frame with a column for every sensor
 /// that has a value, then the derived rows.
 class CFrameCsv {

@@ -12,8 +12,8 @@ LogSource SourceOf(const ExportedLog& log, const ExportSettings& settings) {
     if (IsDevice(log.path) || reader.Open(log.path) != FileCause::None)
         return source;
     source.header = reader.Header().records;
-    if (const std::string* zone = reader.Header().ValueOf("ZONE"); zone && !source.utcOffset)
-        source.utcOffset = MinutesOfZone(*zone);
+    if (!source.utcOffset)
+        source.utcOffset = reader.Header().ZoneMinutes();
     return source;
 }
 

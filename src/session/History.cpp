@@ -325,7 +325,7 @@ CHistory::Depth* CHistory::DepthOfName(const std::string& instrument) {
 }
 
 std::optional<double> CHistory::TimeOf(const SessionState::FrameOwner& owner, Source& source) {
-    FrameTime time = owner.instrument->Live.CurrentFrame()->Info.time;
+    FrameTime time = owner.resource->Moment(owner.instrument->Live.CurrentFrame()->Info.time);
     if (!time.known)
         time = Session.Clock.Now();
     Clock& clock = *source.clock;

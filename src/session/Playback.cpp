@@ -19,7 +19,7 @@ constexpr std::uint32_t FastestChunk = 256 * 1024;
 
 void AddPlayed(CQorViewDoc& doc, CSessionSetup& setup, ResourceId file, const std::string& path,
                const InstrumentSelection& selection) {
-    const double tare = PressureTareOf(path);
+    const RawLogHeader header = HeaderOf(path);
     {
         CRecursiveLock lock(doc.DocLock);
         doc.Derived = selection.derived;
@@ -31,21 +31,21 @@ void AddPlayed(CQorViewDoc& doc, CSessionSetup& setup, ResourceId file, const st
     setup.AddAll(selection, file);
     setup.ApplyNames(selection);
     CRecursiveLock lock(doc.DocLock);
-    doc.PressureTare = tare;
+    doc.PressureTare = header.PressureTare().value_or(0.0);
+    doc.Find(file)->ZoneMinutes = header.ZoneMinutes();
 }
 
-CPlayback::CPlayback(CQorViewDoc& doc, std::uint32_t chunk)
-    : Doc(doc), Loop(doc), Setup(doc), Chunk(chunk != 0 ? chunk : FastestChunk) {}
+CPlayback::CPlayback(CQorViewDoc& doc, std::uint32_t chunk, std::uint32_t framesAtOnce)
+    : Doc(doc), Loop(doc), Setup(doc), Settings{.readChunkSize = chunk != 0 ? chunk : FastestChunk,
+                                                .framesAtOnce = framesAtOnce} {}
 
 bool CPlayback::Open(const std::string& path, const InstrumentSelection& selection) {
     if (!CZstdUnpacker::IsThere() && PackingOf(path) == Packing::Zstd) {
         Fault = "this build reads no .zst; unpack it first.";
         return false;
     }
-    FileResourceSettings settings;
-    settings.readChunkSize = Chunk;
     CommResult result = CommResult::Success;
-    Resource = Doc.AddFileResource(path, settings, &result);
+    Resource = Doc.AddFileResource(path, Settings, &result);
     if (Resource == ResourceId::None) {
         CFile file;
         const FileCause cause = file.OpenForReading(path);

@@ -20,8 +20,10 @@ void AddPlayed(CQorViewDoc& doc, CSessionSetup& setup, ResourceId file, const st
 
 class CPlayback {
   public:
-    /// `chunk` is the read size in bytes, 0 for the one that plays fastest.
-    CPlayback(CQorViewDoc& doc, std::uint32_t chunk);
+    /// `chunk` is the read size in bytes, 0 for the one that plays fastest; a batch has no more
+    /// frames than `framesAtOnce`.
+    CPlayback(CQorViewDoc& doc, std::uint32_t chunk,
+              std::uint32_t framesAtOnce = FileResourceSettings().framesAtOnce);
 
     /// Opens the file and adds the instruments. False when the file cannot be played (see
     /// OpenFault); what could not be used of the selection is in Refusals, and the rest plays.
@@ -49,7 +51,7 @@ class CPlayback {
     CQorViewDoc& Doc;
     CAcquisitionLoop Loop;
     CSessionSetup Setup;
-    std::uint32_t Chunk;
+    FileResourceSettings Settings;
     std::uint64_t FileSize = 0;
     std::string Fault;
     ResourceId Resource = ResourceId::None;

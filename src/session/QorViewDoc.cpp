@@ -388,7 +388,7 @@ ResourceStatus CQorViewDoc::StatusOf(const CQorViewRes& resource) const {
     status.playSpeed = resource.Pace.Times();
     status.filePosition = resource.Pace.Position();
     status.fileSize = resource.FileSize;
-    status.fileTime = resource.Pace.Time();
+    status.fileTime = resource.Moment(resource.Pace.Time());
     status.reconnects = resource.Reconnect && resource.Wanted;
     status.serial = resource.Serial;
     status.figures = resource.Comm.Figures();

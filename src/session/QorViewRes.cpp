@@ -25,4 +25,12 @@ CQorViewIns* CQorViewRes::Instrument(std::string_view name) const {
     return found == Instruments.end() ? nullptr : found->get();
 }
 
+FrameTime CQorViewRes::Moment(FrameTime time) const {
+    if (!ZoneMinutes || !time.known)
+        return time;
+    time.seconds -= std::int64_t{*ZoneMinutes} * 60;
+    time.utcOffsetMinutes = static_cast<std::int16_t>(*ZoneMinutes);
+    return time;
+}
+
 } // namespace qor

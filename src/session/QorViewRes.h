@@ -34,11 +34,18 @@ class CQorViewRes {
     bool Playing = false; ///< a file that the acquisition loop reads on
     CReplayPace Pace;     ///< at which it does
     std::uint64_t FileSize = 0;
-    bool Reconnect = false; ///< a port that was lost is tried again
-    bool Wanted = false;    ///< a port that is to be connected
+    std::optional<int> ZoneMinutes; ///< what a file's times are ahead of UTC, where it says
+    bool Reconnect = false;         ///< a port that was lost is tried again
+    bool Wanted = false;            ///< a port that is to be connected
     std::uint64_t FramesReceived = 0;
     /// Counts what no curve may cross: a new connection, a file that is read from another place.
     std::uint32_t Breaks = 0;
+
+    /// A frame's time as a moment: the tags of a file are local times of its zone, and stay as they
+    /// are where that is not known.
+    FrameTime Moment(FrameTime time) const;
+    /// Whether that can be held against another clock.
+    bool KnowsMoments() const { return !File || ZoneMinutes; }
 
     /// What came before a connection says nothing about the frames after it.
     void BeginConnection();

@@ -112,4 +112,12 @@ CPackageRows::Inputs SessionState::InputsOf(const CPackage& package) const {
             Clock.MonotonicMilliseconds()};
 }
 
+FrameTime MomentOf(const SessionState& session, const CQorViewIns& instrument) {
+    const CFrameData* frame = instrument.Live.CurrentFrame();
+    const SessionState::FrameOwner* owner = session.OwnerOf(instrument.Id);
+    if (!frame)
+        return {};
+    return owner ? owner->resource->Moment(frame->Info.time) : frame->Info.time;
+}
+
 } // namespace qor

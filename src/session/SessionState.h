@@ -153,4 +153,8 @@ struct SessionState {
     std::uint32_t FirstIdentity GUARDED_BY(DocLock) = 0;
 };
 
+/// When an instrument's current frame came, as a moment; not known without one.
+FrameTime MomentOf(const SessionState& session, const CQorViewIns& instrument)
+    REQUIRES(session.DocLock);
+
 } // namespace qor

@@ -15,7 +15,6 @@ namespace qor {
 
 namespace {
 
-constexpr std::size_t FramesPerBatch = 64;
 /// Bounds the memory that a read takes, whatever the settings say.
 constexpr std::uint32_t MaxReadSize = 64u << 20;
 constexpr std::uint32_t DefaultReadSize = 2048;
@@ -31,10 +30,12 @@ bool IsHeaderRecord(CInputFile& file, std::uint64_t offset) {
 
 } // namespace
 
-void CFilePlayer::Load(CInputFile file, std::uint32_t readChunkSize) {
+void CFilePlayer::Load(CInputFile file, const FileResourceSettings& settings) {
     Name = file.Path();
     File = std::move(file);
-    Piece = readChunkSize == 0 ? DefaultReadSize : std::min(readChunkSize, MaxReadSize);
+    Settings = settings;
+    Piece = settings.readChunkSize == 0 ? DefaultReadSize
+                                        : std::min(settings.readChunkSize, MaxReadSize);
     Started = WasRead = EndReported = false;
     Result = CommResult::Success;
 }
@@ -45,9 +46,8 @@ FileCause CFilePlayer::Seek(CFrameSync& sync, std::uint64_t offset) {
         return FileCause::BadSeek;
     if (const FileCause cause = anew.OpenForReading(Name); cause != FileCause::None)
         return cause;
-    const std::uint32_t piece = Piece;
     const bool known = sync.KnowsStream();
-    Load(std::move(anew), piece);
+    Load(std::move(anew), FileResourceSettings(Settings));
     if (offset == 0 || !known)
         sync.Restart(Name, StreamSource::File);
     if (offset == 0)
@@ -69,7 +69,7 @@ CommResult CFilePlayer::ReadOn(CFrameSync& sync) {
     const std::uint64_t begun = sync.Figures().bytesReceived;
     while (sync.Frames().Empty() && !EndReported &&
            sync.Figures().bytesReceived - begun < BytesPerCall) {
-        if (sync.RunPass(FramesPerBatch).framesQueued)
+        if (sync.RunPass(Settings.framesAtOnce).framesQueued)
             break;
         if (WasRead)
             ReportEnd();

@@ -16,8 +16,8 @@ class CFilePlayer {
     /// `commands` may be null: no notice is posted.
     CFilePlayer(CMessageSink& sink, CProcessCommand* commands) : Sink(sink), Commands(commands) {}
 
-    /// Another file, read in pieces of so many bytes (0: 2048).
-    void Load(CInputFile file, std::uint32_t readChunkSize);
+    /// Another file (reads of 0 bytes: of 2048).
+    void Load(CInputFile file, const FileResourceSettings& settings);
     /// Decided: a file is in use from its first read until its last frame is handed over.
     bool InUse() const { return Started && !EndReported; }
     /// Read to its end, the last frame handed over.
@@ -46,6 +46,7 @@ class CFilePlayer {
     CProcessCommand* const Commands;
     CInputFile File;
     std::string Name;
+    FileResourceSettings Settings;
     std::uint32_t Piece = 0;
     bool Started = false;     ///< read from
     bool WasRead = false;     ///< to its end, or as far as it could be

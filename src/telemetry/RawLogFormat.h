@@ -59,6 +59,13 @@ std::array<std::uint8_t, HeaderRecordSize> MakeHeaderRecord(std::string_view lin
 /// "UTC+13:00": what local times are ahead of UTC.
 std::string UtcOffsetText(int minutes);
 
+/// Minutes of "+13:00" or "-03:30"; empty when the text is no offset of a zone.
+std::optional<int> MinutesOfOffset(std::string_view text);
+
+/// The same of a log's ZONE record as people write it: "UTC+13:00", "GMT", "-0330", "UTC+1"; empty
+/// for the name of a zone.
+std::optional<int> MinutesOfZone(std::string_view text);
+
 /// A header record's tag name and value.
 struct HeaderRecord {
     std::string tag;

@@ -57,6 +57,11 @@ std::optional<double> RawLogHeader::PressureTare() const {
     return {};
 }
 
+std::optional<int> RawLogHeader::ZoneMinutes() const {
+    const std::string* zone = ValueOf("ZONE");
+    return zone ? MinutesOfZone(*zone) : std::nullopt;
+}
+
 FileCause CRawLogReader::Open(const std::string& path) {
     *this = {};
     FileCause cause = File.OpenForReading(path);
@@ -156,11 +161,11 @@ void CRawLogReader::CountTimeStamps() {
     Piece.erase(Piece.begin(), Piece.begin() + static_cast<std::ptrdiff_t>(place));
 }
 
-double PressureTareOf(const std::string& path) {
+RawLogHeader HeaderOf(const std::string& path) {
     CRawLogReader reader;
     if (IsDevice(path) || reader.Open(path) != FileCause::None)
-        return 0.0;
-    return reader.Header().PressureTare().value_or(0.0);
+        return {};
+    return reader.Header();
 }
 
 } // namespace qor

@@ -29,6 +29,8 @@ struct RawLogHeader {
     std::optional<std::int64_t> BeginTime() const;
     /// In the pressure's units; empty when no record holds a number.
     std::optional<double> PressureTare() const;
+    /// What its local times are ahead of UTC; empty when no record says so.
+    std::optional<int> ZoneMinutes() const;
 };
 
 /// Times are local times of the log, with offset 0; not known when there is none.
@@ -70,8 +72,8 @@ class CRawLogReader {
     bool Ended = false;
 };
 
-/// The pressure tare that a log's header states; 0 when it states none, and for a pipe: what is
-/// read of one here would be missing when it is played.
-double PressureTareOf(const std::string& path);
+/// The header of a log; empty where it cannot be read, and for a pipe: what is read of one here
+/// would be missing when it is played.
+RawLogHeader HeaderOf(const std::string& path);
 
 } // namespace qor

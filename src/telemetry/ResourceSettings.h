@@ -25,6 +25,7 @@ struct SerialResourceSettings {
 struct FileResourceSettings {
     std::uint32_t fileValue = 0;        ///< stored and returned, not used
     std::uint32_t readChunkSize = 2048; ///< bytes a read; also the bound of the search
+    std::uint32_t framesAtOnce = 64;    ///< handed over by one read, few enough for the cache
 };
 
 } // namespace qor

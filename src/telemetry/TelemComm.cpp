@@ -95,7 +95,7 @@ CommResult CTelemComm::InitialiseFile(const FileResourceSettings& settings, CInp
 
     Playback = settings;
     ResourceName = file.Path();
-    Player.Load(std::move(file), settings.readChunkSize);
+    Player.Load(std::move(file), settings);
     Sync.Restart(ResourceName, StreamSource::File);
     Sync.SetNearTimes();
     Sync.SetSearchBound(Player.ReadSize());

@@ -47,12 +47,14 @@ std::string TimeOfDayText(double seconds) {
 }
 
 /// How far the clock of this computer was from the sentence's when it came.
-std::optional<double> ClockError(const CQorViewIns& sentence) {
+std::optional<double> ClockError(const SessionState& session, const CQorViewIns& sentence)
+    REQUIRES(session.DocLock) {
     const GpsSentence said = ReadGps(sentence.Live);
-    const CFrameData* frame = sentence.Live.CurrentFrame();
-    if (!frame || !frame->Info.time.known || !said.secondsOfDay)
+    const SessionState::FrameOwner* owner = session.OwnerOf(sentence.Id);
+    const FrameTime came = MomentOf(session, sentence);
+    if (!owner || !owner->resource->KnowsMoments() || !came.known || !said.secondsOfDay)
         return std::nullopt;
-    return ClockDifference(SecondsOf(frame->Info.time), *said.secondsOfDay, said.midnight);
+    return ClockDifference(SecondsOf(came), *said.secondsOfDay, said.midnight);
 }
 
 double ExtentOf(const PlotCurve& curve, double PlotPoint::*along) {
@@ -254,7 +256,7 @@ void CGpsView::FillGrid(const std::vector<const CQorViewIns*>& sentences, std::i
             const double seconds =
                 static_cast<double>(now - sentence->Live.ArrivalMonotonic) / 1000.0;
             age = std::min(age.value_or(seconds), seconds);
-            clock = clock ? clock : ClockError(*sentence);
+            clock = clock ? clock : ClockError(Doc, *sentence);
         }
     add("Age", "", age, age ? AgeText(static_cast<std::int64_t>(std::llround(*age * 1000.0))) : "",
         false);

@@ -78,7 +78,7 @@ void CMonitorView::Take(const CQorViewIns& instrument, const FrameCheckResult& f
     const CFrameData& frame = *instrument.Live.CurrentFrame();
     KeptFrame kept;
     kept.number = instrument.FramesReceived;
-    kept.time = frame.Info.time;
+    kept.time = MomentOf(Doc, instrument);
     kept.length = frame.Bytes.size();
     const auto end =
         frame.Bytes.begin() + static_cast<std::ptrdiff_t>(std::min(frame.Bytes.size(), BytesKept));

@@ -133,9 +133,8 @@ void CSpectralView::Draw() {
         Page.axes.push_back({.label = "Spectrum", .units = ""});
     const std::vector<SpectralTrace>& shown = Drawn().Shown();
     const CQorViewIns* first = shown.empty() ? nullptr : Doc.Find(shown.front().instrument);
-    Page.stamp = first && first->Live.CurrentFrame() && !Held
-                     ? UtcText(first->Live.CurrentFrame()->Info.time)
-                     : Page.stamp;
+    Page.stamp =
+        first && first->Live.CurrentFrame() && !Held ? UtcText(MomentOf(Doc, *first)) : Page.stamp;
 }
 
 void CSpectralView::DrawGroup(const SpectralGroup& group) {

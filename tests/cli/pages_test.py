@@ -261,6 +261,22 @@ class Pages(unittest.TestCase):
             if near:
                 self.assertAlmostEqual(value, 100 * (dut[nm] - reference[near[0]]) / reference[near[0]], 6)
 
+    def test_a_page_is_of_the_moment_asked_for_or_says_of_which(self):
+        self.simulated("-d", GPS, "--rate", "1", "--frames", "90", "--start", "2026-06-21T12:00:00")
+        raw = self.raw.read_bytes().replace(b"UTC+00:00 (ZONE)", b"UTC+05:30 (ZONE)")
+        self.raw.write_bytes(raw)
+        at = ("time-series", "-d", GPS, "--instrument", "$GPRMC", "--select", "SPEED", "--at")
+        noon = 1782023400  # half past six UTC
+        cases = [("12:00:40", 40, b""), ("11:00:00", 0, b"begins later"), ("13:00:00", 90, b"ends before")]
+        for time, seconds, warned in cases:
+            for chunk in (), ("--chunk", "1"):
+                done = run("page", *at, f"2026-06-21T{time}", *chunk, "--json", str(self.raw))
+                self.assertEqual(done.returncode, 0, done.stderr)
+                self.assertIn(warned, done.stderr)
+                self.assertEqual(bool(warned), bool(done.stderr), done.stderr)
+                latest = json.loads(done.stdout)["curves"][0]["points"][-1][0]
+                self.assertAlmostEqual(latest, noon + seconds, delta=1.5)
+
     def test_calls_that_cannot_be_answered_are_refused_by_name(self):
         self.simulated("-d", RADIOMETER, "--frames", "3")
         calls = [(("gps",), "position"), (("weather",), "weather"), (("package",), "package"),

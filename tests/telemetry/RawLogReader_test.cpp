@@ -56,9 +56,9 @@ TEST_F(ARawLog, SaysWhenItWasBegunAndWhatItsTareIs) {
         CRawLogReader reader = Read(head + "frames");
         EXPECT_EQ(reader.Header().BeginTime(), c.seconds) << c.begun;
         EXPECT_EQ(reader.Header().PressureTare(), c.value) << c.tare;
-        EXPECT_EQ(PressureTareOf(Folder.Path + "log.raw"), c.value.value_or(0.0));
+        EXPECT_EQ(HeaderOf(Folder.Path + "log.raw").PressureTare(), c.value);
     }
-    EXPECT_EQ(PressureTareOf(Folder.Path + "none.raw"), 0.0);
+    EXPECT_FALSE(HeaderOf(Folder.Path + "none.raw").IsRawLog());
     EXPECT_EQ(CRawLogReader().Open(Folder.Path + "none.raw"), FileCause::FileNotFound);
 }
 
