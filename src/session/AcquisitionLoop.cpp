@@ -92,6 +92,10 @@ bool CAcquisitionLoop::TickIfDue() {
     if (TickPlanned && Doc.Clock.MonotonicMilliseconds() < NextTick)
         return false;
     Doc.RawLog.OnLogTick();
+    if (Doc.RawLog.IsNextGivenUp()) {
+        Doc.Acquisition.TakeFrames();
+        Doc.RawLog.ForgetNext();
+    }
     Doc.Ports.Tend();
     Doc.Starter.Tend();
     const std::int64_t now = Doc.Clock.MonotonicMilliseconds();

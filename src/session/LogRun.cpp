@@ -14,7 +14,7 @@
 namespace qor {
 namespace {
 
-constexpr int LookMilliseconds = 100, LongestSwitch = 5000;
+constexpr int LookMilliseconds = 100;
 
 } // namespace
 
@@ -188,7 +188,6 @@ CLogRun::State CLogRun::Look() const {
 }
 
 void CLogRun::End() {
-    Doc.RawLog.AwaitNextLog(LongestSwitch); // what waits for the next log belongs into it
     Doc.DisconnectAll();
     Doc.RawLog.ShutDown(); // waits for the disk, whose last word the loop still hears
     Doc.Manifests.Stop();

@@ -267,6 +267,7 @@ void CQorViewDoc::SetReconnect(ResourceId resource, bool on) {
 }
 
 CommResult CQorViewDoc::DisconnectResource(ResourceId resource) {
+    RawLog.AwaitNextLog(); // what waits for it belongs into it
     CLock ports(PortsLock);
     return Disconnect(resource);
 }

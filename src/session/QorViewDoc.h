@@ -90,7 +90,8 @@ class CQorViewDoc : public CQorTelemetryDoc, public SessionState {
     CommResult RemoveInstrument(InstrumentId instrument);
 
     /// Connecting and disconnecting wait for the port's worker, without the document's lock.
-    /// Disconnecting first processes the frames that are still queued; a file is not read on.
+    /// Disconnecting first waits for a log that is to begin, however slow the disk, and processes
+    /// the frames that are still queued; a file is not read on.
     CommResult ConnectResource(ResourceId resource);
     CommResult DisconnectResource(ResourceId resource) EXCLUDES(PortsLock);
     /// Whether a port that was lost, or is not there yet, is tried again until it is disconnected.

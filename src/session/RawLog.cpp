@@ -248,6 +248,7 @@ void CRawLog::StartLog() {
     if (options.everyEnabled)
         PlanRoundEnd();
     State.intervalRun = State.intervalRun || RepeatsLogs(options);
+    NextDue = false;
     Switched.Set();
     if (!State.loggingActive)
         BeginRun();
@@ -263,7 +264,7 @@ void CRawLog::StartLog() {
     State.logOpen = true;
     ++LogNumber;
     Slots = 0;
-    FaultyOffered = UnstoredSaid = UnstoredSeen = 0;
+    FaultyOffered = 0;
     StallSaid = false;
     RaiseViewsUpdate();
     TellBegun(path);
@@ -274,7 +275,7 @@ void CRawLog::BeginRun() {
     const StageFigures figures = Stage.Figures();
     PathsOfRun.clear();
     WrittenBefore = figures.totalWritten;
-    UnstoredBefore = figures.totalUnstored;
+    UnstoredBefore = UnstoredSaid = UnstoredSeen = figures.totalUnstored;
 }
 
 bool CRawLog::EndLogFile(bool abort) {
@@ -330,6 +331,7 @@ bool CRawLog::MarkEnd(bool abort, bool switches) {
     Ending = EndingLog{State.logFilePath, abort, !State.recovering};
     State.recovering = false;
     EndDone.Clear();
+    NextDue = switches;
     if (switches)
         Switched.Clear();
     return true;
@@ -362,7 +364,7 @@ void CRawLog::CompleteEnd() {
 
 void CRawLog::AfterEnd(const EndingLog& ending) {
     AdvanceLogFileName(Session.Naming, Session.Station);
-    SayUnstored(Stage.Figures().framesUnstored);
+    SayUnstored();
     if (ending.hasFile)
         Messages.Raise(
             {EventKind::LogEnded, ending.path, "End log file: \"" + ending.path + "\".\r\n"});
@@ -388,6 +390,17 @@ void CRawLog::EndRun() {
     OverrideChosen = false;
     Switched.Set();
     RaiseViewsUpdate();
+}
+
+bool CRawLog::IsNextGivenUp() const {
+    CRecursiveLock lock(Session.DocLock);
+    return NextDue && !State.loggingActive;
+}
+
+void CRawLog::ForgetNext() {
+    CRecursiveLock lock(Session.DocLock);
+    NextDue = false;
+    SayUnstored();
 }
 
 void CRawLog::AbandonRun() {

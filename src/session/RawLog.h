@@ -103,6 +103,8 @@ class CRawLog {
         PendingBeep = PendingBeep || found.beep;
         if (Takes(instrument))
             AddFrame(instrument);
+        else if (NextDue && instrument.LoggingEnabled)
+            Stage.LoseFrame();
     }
     /// There was no memory for a frame.
     void LoseFrame() REQUIRES(Session.DocLock) { Stage.LoseFrame(); }
@@ -117,8 +119,14 @@ class CRawLog {
     std::uint64_t NextOffset() const REQUIRES(Session.DocLock);
     /// Whether one log has ended for the next to begin at once: frames wait where they are.
     bool IsSwitching() const { return !Switched.IsSet(); }
-    /// Waits until the next log has begun, at most so long. Without the lock.
-    void AwaitNextLog(int milliseconds) const { Switched.Wait(milliseconds); }
+    /// Waits until the next log has begun, or it is known that none does: as long as the disk
+    /// takes. Not from the thread that ticks, and without the lock.
+    void AwaitNextLog() const { Switched.Wait(); }
+    /// Whether the next log was to begin at once and the run has ended instead: frames that have
+    /// waited for it are counted as lost when they are taken now.
+    bool IsNextGivenUp() const;
+    /// They were taken.
+    void ForgetNext();
     /// A file that is played is not read on while this much waits for the disk.
     bool IsCrowded() const;
     /// Shows and sounds what logging had for the operator, and ends a log that has failed. Without
@@ -193,7 +201,7 @@ class CRawLog {
     void WriteTimeStamp(const FrameTime& now) REQUIRES(Session.DocLock);
     void WatchDisk() REQUIRES(Session.DocLock);
     void NoteUnstored() REQUIRES(Session.DocLock);
-    void SayUnstored(std::uint64_t unstored) REQUIRES(Session.DocLock);
+    void SayUnstored() REQUIRES(Session.DocLock);
     void NoteClockStep() REQUIRES(Session.DocLock);
     void NoteStep(const FrameTime& now, std::int64_t milliseconds, bool ofZone)
         REQUIRES(Session.DocLock);
@@ -232,8 +240,9 @@ class CRawLog {
     // Durations run on the monotonic clock, in milliseconds.
     std::int64_t StartMonotonic GUARDED_BY(Session.DocLock) = 0;
     std::int64_t EndMonotonic GUARDED_BY(Session.DocLock) = 0;
-    CRoundTimes Rounds GUARDED_BY(Session.DocLock); ///< with round times, from the first log on
-    CEvent Switched;                                ///< no log ends for the next to begin at once
+    CRoundTimes Rounds GUARDED_BY(Session.DocLock);   ///< with round times, from the first log on
+    CEvent Switched;                                  ///< no log ends for the next to begin at once
+    bool NextDue GUARDED_BY(Session.DocLock) = false; ///< that next log has not begun
     std::int64_t LastTimeStamp GUARDED_BY(Session.DocLock) = 0;
     /// Wall clock minus monotonic clock at the last tick; not known before the first.
     std::int64_t ClockDifference GUARDED_BY(Session.DocLock) = 0;
@@ -245,8 +254,8 @@ class CRawLog {
     std::uint64_t UnstoredBefore GUARDED_BY(Session.DocLock) = 0; ///< the same
     std::int64_t FailedSince GUARDED_BY(Session.DocLock) = 0;     ///< monotonic, while recovering
     std::uint64_t UnstoredThen GUARDED_BY(Session.DocLock) = 0;
-    std::uint64_t UnstoredSaid GUARDED_BY(Session.DocLock) = 0;
-    std::uint64_t UnstoredSeen GUARDED_BY(Session.DocLock) = 0; ///< at the last tick
+    std::uint64_t UnstoredSaid GUARDED_BY(Session.DocLock) = 0; ///< of all that the stage counts
+    std::uint64_t UnstoredSeen GUARDED_BY(Session.DocLock) = 0; ///< the same, at the last tick
 
     // What the operator is to see and hear once the lock is released.
     std::vector<std::string> PendingTexts GUARDED_BY(Session.DocLock);

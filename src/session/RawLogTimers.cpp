@@ -122,13 +122,14 @@ void CRawLog::WatchDisk() {
 /// Losses are said as they begin, and what came after that once they have ended: two messages a
 /// burst, whose numbers add up.
 void CRawLog::NoteUnstored() {
-    const std::uint64_t unstored = Stage.Figures().framesUnstored;
+    const std::uint64_t unstored = Stage.Figures().totalUnstored;
     const std::uint64_t before = std::exchange(UnstoredSeen, unstored);
     if (before == UnstoredSaid || before == unstored)
-        SayUnstored(unstored);
+        SayUnstored();
 }
 
-void CRawLog::SayUnstored(std::uint64_t unstored) {
+void CRawLog::SayUnstored() {
+    const std::uint64_t unstored = Stage.Figures().totalUnstored;
     if (unstored <= UnstoredSaid)
         return;
     Messages.Raise({EventKind::FramesUnstored, State.logFilePath,

@@ -67,6 +67,31 @@ TEST_F(ALoop, StepTicksOnceASecondOfTheMonotonicClock) {
                                          "$PCZDA,142308.00,03,05,2005,,\r\n");
 }
 
+TEST_F(ALoop, FramesThatWaitForALogThatIsRefusedAreCountedAndSaid) {
+    CQorViewIns* pro = Add("PRO", Port);
+    Set([](LogOptions& options) {
+        options.everyEnabled = options.loggingSounds = true;
+        options.every = {1, 0, 0};
+    });
+    ASSERT_TRUE(Begin()); // its name is not free for a second one
+    ASSERT_TRUE(Doc.ConnectAll());
+    Loop.Step(0);
+    User.WhileBeeping = [this] {
+        if (!Doc.RawLog.Status().logOpen)
+            Script.Bytes(Frames("PRO", 1, 5)).Played();
+    };
+    Clock.Advance(3'600'000);
+    Loop.Step(0);
+    User.WhileBeeping = {};
+    Script.Bytes(Frames("PRO", 6, 2)).Played();
+    Loop.Step(0);
+    EXPECT_EQ(pro->FramesReceived, 7u);
+    const LogStatus status = Doc.RawLog.Status();
+    EXPECT_TRUE(status.runFailed);
+    EXPECT_EQ(status.runUnstored, 5u) << "those behind the end of the run are none of it";
+    EXPECT_THAT(Reported(), HasSubstr("5 frames were received and not stored"));
+}
+
 class APlayback : public ALoop {
   protected:
     /// Two tagged instruments and an untagged GPS on one resource, with time stamps between.
