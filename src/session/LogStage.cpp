@@ -48,17 +48,31 @@ FileCause CLogStage::Create(const std::string& path, bool replaces, const LogRec
     }
     {
         CLock lock(StageLock);
-        const StageFigures before = std::exchange(Counted, {});
-        Counted.framesUnstored = Resting ? before.framesUnstored : 0;
-        Counted.totalWritten = before.totalWritten;
-        Counted.totalUnstored = before.totalUnstored;
+        const std::uint64_t unstored = Counted.framesUnstored;
+        BeginCounting();
+        Counted.framesUnstored = Resting ? unstored : 0;
         Counted.fileSize = Writer.Size();
-        Offered.clear();
         Resting = false;
     }
     Changed.NotifyAll();
     Awake.emplace();
     return FileCause::None;
+}
+
+void CLogStage::BeginResting() {
+    {
+        CLock lock(StageLock);
+        BeginCounting();
+        Resting = true;
+    }
+    Awake.emplace();
+}
+
+void CLogStage::BeginCounting() {
+    const StageFigures before = std::exchange(Counted, {});
+    Counted.totalWritten = before.totalWritten;
+    Counted.totalUnstored = before.totalUnstored;
+    Offered.clear();
 }
 
 void CLogStage::CountUnstored(const LogRecords& records) {

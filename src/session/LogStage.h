@@ -4,9 +4,9 @@
 // them, so a disk that stalls costs neither a frame nor a lock that others want. While the disk
 // keeps up, a record is with the operating system a few hundred microseconds after it was added.
 // When a write fails the file is given up and the stage rests: what is not in the file waits for
-// the next one, and what comes joins it. The raw log adds under the document's lock; StageLock is a
-// leaf. Whatever waits for the disk (Create, Rest, CloseFile, Drain, Close) is called without any
-// lock.
+// the next one, and what comes joins it; a log whose first file cannot be created begins so. The
+// raw log adds under the document's lock; StageLock is a leaf. Whatever waits for the disk (Create,
+// Rest, CloseFile, Drain, Close) is called without any lock.
 #pragma once
 
 #include "base/Lock.h"
@@ -61,6 +61,8 @@ class CLogStage {
     /// when the header was what failed, no file is left; `inHeader` tells.
     FileCause Create(const std::string& path, bool replaces, const LogRecords& header,
                      bool& inHeader);
+    /// A log begins without a file: what comes waits for the next Create.
+    void BeginResting();
     /// Hands the records to the writer and leaves the list empty. False when there is no room: then
     /// the frames among them are counted as unstored.
     bool Append(LogRecords& records);
@@ -84,6 +86,7 @@ class CLogStage {
   private:
     void Run();
     void WriteTaken();
+    void BeginCounting() REQUIRES(StageLock);
     void Count(std::size_t written, FileCause cause) REQUIRES(StageLock);
     void CountUnstored(const LogRecords& records) REQUIRES(StageLock);
 

@@ -231,11 +231,9 @@ void CRawLog::AddPending(std::string text) {
     PendingTexts.push_back(std::move(text));
 }
 
+/// With the file that the stage has open, or in want of one.
 void CRawLog::StartLog() {
     const LogOptions options = Session.Options;
-    const std::string& path = Session.Naming.logFilePath;
-    Messages.Raise({EventKind::LogBegun, path, "Begin log file: \"" + path + "\".\r\n"});
-    PendingAsterisk = PendingAsterisk || options.loggingSounds;
     State.logStartTime = Session.Clock.Now();
     StartMonotonic = Session.Clock.MonotonicMilliseconds();
     LastTimeStamp = State.logStartTime.seconds;
@@ -252,14 +250,14 @@ void CRawLog::StartLog() {
     Switched.Set();
     if (!State.loggingActive)
         BeginRun();
-    PathsOfRun.insert(path);
     State.loggingActive = true;
-    State.runFailed = State.recovering = false;
+    State.runFailed = State.recovering = !Stage.OpenFile().IsOpen();
     State.waitingForNextLog = false;
-    State.logFilePath = path;
-    FileName = LastPartOf(path);
-    LogFolder = FileFolder = FolderPartOf(path);
-    FileBegun = StartMonotonic;
+    State.logFilePath = Session.Naming.logFilePath;
+    FileName = LastPartOf(State.logFilePath);
+    LogFolder = FileFolder = FolderPartOf(State.logFilePath);
+    FileBegun = FailedSince = NextTry = StartMonotonic;
+    UnstoredThen = 0;
     NoFileSaid = false;
     State.logOpen = true;
     ++LogNumber;
@@ -267,6 +265,15 @@ void CRawLog::StartLog() {
     FaultyOffered = 0;
     StallSaid = false;
     RaiseViewsUpdate();
+    if (!State.recovering)
+        StartFile();
+}
+
+void CRawLog::StartFile() {
+    const std::string& path = State.logFilePath;
+    Messages.Raise({EventKind::LogBegun, path, "Begin log file: \"" + path + "\".\r\n"});
+    PendingAsterisk = PendingAsterisk || Session.Options.loggingSounds;
+    PathsOfRun.insert(path);
     TellBegun(path);
     Sync.Watch(Stage.OpenFile(), [this] { return Stage.Figures().fileSize; });
 }

@@ -170,6 +170,7 @@ class CRawLog {
     void FinishEarlierLogs();
     bool ConfirmOverride();
     bool OpenLogFile(StartedBy starter);
+    bool GoesOnWithout(StartedBy starter, FileCause cause);
     FileCause CreateLogFile(const std::string& path, const LogRecords& header, bool& inHeader);
     FileCause CreateTimeStampLog(StartedBy starter, const LogRecords& header, bool& inHeader);
     bool ReplacesOwnSecond(StartedBy starter, const std::string& path) const;
@@ -190,6 +191,7 @@ class CRawLog {
     LogRecords HeaderRecords();
     void AddPending(std::string text);
     void StartLog() REQUIRES(Session.DocLock);
+    void StartFile() REQUIRES(Session.DocLock);
     void BeginRun() REQUIRES(Session.DocLock);
     bool MarkEnd(bool abort, bool switches = false) REQUIRES(Session.DocLock);
     void CompleteEnd();

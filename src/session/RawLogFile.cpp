@@ -82,7 +82,7 @@ bool CRawLog::OpenLogFile(StartedBy starter) {
     bool inHeader = false;
     FileCause cause = named ? CreateLogFile(path, header, inHeader)
                             : CreateTimeStampLog(starter, header, inHeader);
-    if (cause == FileCause::None)
+    if (cause == FileCause::None || GoesOnWithout(starter, cause))
         return true;
     if (!inHeader) {
         CRecursiveLock lock(Session.DocLock);
@@ -95,6 +95,23 @@ bool CRawLog::OpenLogFile(StartedBy starter) {
                "Logging has been aborted.\r\n"
                "See the session log for details.");
     return false;
+}
+
+/// A file that cannot be begun ends no run: what comes waits for another one.
+/// Decided: but for the operator's own start, who is told and may do something about it.
+bool CRawLog::GoesOnWithout(StartedBy starter, FileCause cause) {
+    std::string path;
+    {
+        CRecursiveLock lock(Session.DocLock);
+        if (starter == StartedBy::Operator || Session.ExitOnError)
+            return false;
+        path = Session.Naming.logFilePath;
+    }
+    Stage.BeginResting();
+    Messages.Raise({EventKind::LogFailed, path,
+                    "The log file \"" + path +
+                        "\" could not be begun: " + std::string(GetFileErrorText(cause)) + "\r\n"});
+    return true;
 }
 
 LogRecords CRawLog::HeaderRecords() {

@@ -145,6 +145,55 @@ TEST_F(AFailingDisk, AnotherFileTakesWhatTheFullDiskDidNot) {
     }
 }
 
+TEST_F(AFailingDisk, NextLogThatCannotBeBegunWaitsForAnotherFile) {
+    const struct {
+        bool full, spare, stops;
+    } cases[] = {
+        {false, true, false}, {false, false, false}, {true, false, false}, {false, true, true}};
+    namespace fs = std::filesystem;
+    CQorViewIns* pro = Add("PRO", Port);
+    Set([](LogOptions& options) {
+        options.everyEnabled = true;
+        options.every = {0, 1, 0};
+    });
+    for (const auto& c : cases) {
+        fs::create_directories(Folder + "logs");
+        fs::create_directories(Folder + "spare");
+        Set(&SessionState::ExitOnError, c.stops);
+        Set(&SessionState::SpareDirectories,
+            c.spare ? std::vector{Folder + "spare/"} : std::vector<std::string>{});
+        SetMode(LogNamingMode::TimeStamp);
+        ASSERT_EQ(Doc.RawLog.SetDirectory(Folder + "logs"), "");
+        ASSERT_TRUE(Doc.RawLog.BeginLogFile());
+        Offer(*pro, {CounterFrame("PRO", 1)});
+        if (c.full)
+            LimitFiles(1000);
+        else
+            fs::rename(Folder + "logs", Folder + "away");
+        Reported();
+        Clock.Advance(Doc.RawLog.NextTimer() - Clock.MonotonicMilliseconds());
+        Doc.RawLog.OnLogTick();
+        EXPECT_EQ(Doc.RawLog.Status().loggingActive, !c.stops);
+        EXPECT_EQ(Doc.RawLog.Status().recovering, !c.spare);
+        Offer(*pro, {CounterFrame("PRO", 2)});
+        LimitFiles(RLIM_INFINITY);
+        if (!c.full)
+            fs::rename(Folder + "away", Folder + "logs");
+        Clock.Advance(3000);
+        Doc.RawLog.OnLogTick();
+        const LogStatus status = Doc.RawLog.Status();
+        EXPECT_EQ(status.runFailed, c.stops);
+        Doc.RawLog.EndLogFile(true);
+        if (c.stops)
+            continue;
+        EXPECT_THAT(Reported(), HasSubstr("could not be begun"));
+        EXPECT_THAT(status.logFilePath, HasSubstr(c.spare ? "/spare/" : "/logs/"));
+        EXPECT_THAT(Data(status.logFilePath), testing::StartsWith(CounterFrame("PRO", 2)));
+        EXPECT_EQ(Doc.RawLog.Status().runFrames, 2u);
+        EXPECT_EQ(Doc.RawLog.Status().runUnstored, 0u);
+    }
+}
+
 TEST_F(AFailingDisk, LogThatIsAwayAtItsEndIsToldAndProtectedWhereItIs) {
     ASSERT_TRUE(Begin());
     std::filesystem::rename(Folder + "cast.raw", Folder + "away.raw");
