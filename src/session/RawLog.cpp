@@ -128,9 +128,11 @@ bool CRawLog::BuildLogFileName() {
         SayNotBegun("its name is that of a symbolic link; choose another.");
         return false;
     }
-    if (FileExists(path) && !IsAbandonedLog(path) && !MayReplace(path))
+    const bool taken = FileExists(path) && !IsAbandonedLog(path);
+    if (taken && !MayReplace(path))
         return false;
     CRecursiveLock lock(Session.DocLock);
+    Replaceable = taken ? path : std::string();
     Session.Naming.logFilePath = path;
     Session.Naming.logNameReady = true;
     return true;
@@ -183,15 +185,16 @@ bool CRawLog::Begin(StartedBy starter) {
     EndDone.Wait(); // the log before gives its file away first
     if (starter == StartedBy::Operator)
         FinishEarlierLogs();
-    if (!BuildLogFileName() || !ClaimStart(starter) || !ConfirmOverride())
+    if (!BuildLogFileName() || !ClaimStart(starter))
         return false;
-    const bool begun = OpenLogFile(starter);
+    const bool begun = ConfirmOverride() && OpenLogFile(starter);
     {
         CRecursiveLock lock(Session.DocLock);
+        LogNaming& naming = Session.Naming;
         if (begun)
             StartLog();
-        else
-            OverrideChosen = false;
+        else // what was found under the name may be another file by the next start
+            OverrideChosen = naming.logNameReady = naming.logNamePrompted = false;
         LogStarting = false;
     }
     ShowPending();
@@ -221,8 +224,6 @@ bool CRawLog::ConfirmOverride() {
     const bool confirmed = Session.User.ConfirmLog(question) == LogAnswer::LogAsShown;
     CRecursiveLock lock(Session.DocLock);
     OverrideChosen = confirmed;
-    if (!confirmed)
-        LogStarting = false;
     return confirmed;
 }
 

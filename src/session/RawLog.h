@@ -171,7 +171,8 @@ class CRawLog {
     bool ConfirmOverride();
     bool OpenLogFile(StartedBy starter);
     bool GoesOnWithout(StartedBy starter, FileCause cause);
-    FileCause CreateLogFile(const std::string& path, const LogRecords& header, bool& inHeader);
+    FileCause CreateLogFile(const std::string& path, bool replaces, const LogRecords& header,
+                            bool& inHeader);
     FileCause CreateTimeStampLog(StartedBy starter, const LogRecords& header, bool& inHeader);
     bool ReplacesOwnSecond(StartedBy starter, const std::string& path) const;
     bool NeedsAnotherFile();
@@ -234,6 +235,8 @@ class CRawLog {
     CEvent EndDone; ///< no log is being ended or given another file
     /// The override dialog was answered; its choice holds for the run.
     bool OverrideChosen GUARDED_BY(Session.DocLock) = false;
+    /// A file that was there when the name was built, and may be replaced; none: empty.
+    std::string Replaceable GUARDED_BY(Session.DocLock);
     bool ViewsUpdate GUARDED_BY(Session.DocLock) = false;
     /// Logs of this run: consent to replace never covers them.
     std::set<std::string> PathsOfRun GUARDED_BY(Session.DocLock);

@@ -72,16 +72,18 @@ void CRawLog::FinishEarlierLogs() {
 
 bool CRawLog::OpenLogFile(StartedBy starter) {
     std::string path;
-    bool named;
+    bool named, replaces;
     {
         CRecursiveLock lock(Session.DocLock);
         named = Session.Naming.logNamingMode != LogNamingMode::TimeStamp;
         path = Session.Naming.logFilePath;
+        replaces = path == Replaceable;
     }
     const LogRecords header = HeaderRecords();
     bool inHeader = false;
-    FileCause cause = named ? CreateLogFile(path, header, inHeader)
-                            : CreateTimeStampLog(starter, header, inHeader);
+    FileCause cause = named
+                          ? CreateLogFile(path, replaces || IsAbandonedLog(path), header, inHeader)
+                          : CreateTimeStampLog(starter, header, inHeader);
     if (cause == FileCause::None || GoesOnWithout(starter, cause))
         return true;
     if (!inHeader) {
@@ -124,9 +126,9 @@ LogRecords CRawLog::HeaderRecords() {
     return records;
 }
 
-FileCause CRawLog::CreateLogFile(const std::string& path, const LogRecords& header,
+FileCause CRawLog::CreateLogFile(const std::string& path, bool replaces, const LogRecords& header,
                                  bool& inHeader) {
-    const bool there = FileExists(path);
+    const bool there = replaces && FileExists(path);
     if (there) {
         FileCause cause = SetReadOnly(path, false);
         if (cause != FileCause::None)
@@ -166,9 +168,10 @@ std::string CRawLog::CreateInFolder(const std::string& folder, const std::string
     cause = FileCause::SharingViolation;
     for (int number = 1; number <= LastSuffix; ++number) {
         std::string path = WithSuffix(folder + name, number);
-        if (IsSymbolicLink(path) || (FileExists(path) && !(replaces && number == 1)))
+        const bool replacesIt = replaces && number == 1;
+        if (IsSymbolicLink(path) || (FileExists(path) && !replacesIt))
             continue;
-        cause = CreateLogFile(path, header, inHeader);
+        cause = CreateLogFile(path, replacesIt, header, inHeader);
         // Another program may have been first with the name.
         if (cause != FileCause::SharingViolation &&
             (cause != FileCause::AccessDenied || !FileExists(path)))

@@ -186,6 +186,41 @@ TEST_F(ARawLog, FinishedLogIsReadOnlyAndReplacedOnlyWithConsent) {
     EXPECT_THAT(User.TakeMessages(), IsEmpty());
 }
 
+TEST_F(ARawLog, LogThatComesUnderTheNameOfAStartThatFailedIsNotReplacedUnasked) {
+    Set(&CQorViewDoc::NoDialogs, false);
+    const std::string disk = Folder + "disk/";
+    const auto mount = [&] {
+        std::filesystem::create_directory(disk);
+        Temp.Put("disk/cast.raw", "theirs");
+    };
+    const struct {
+        const char* what;
+        bool folderThere;
+        LogAnswer answer;
+        std::function<void()> whileAsked;
+    } cases[] = {{"no folder", false, LogAnswer::LogAsShown, {}},
+                 {"cancelled", true, LogAnswer::ChangeFirst, {}},
+                 {"another program was first", true, LogAnswer::LogAsShown, mount}};
+    for (const auto& c : cases) {
+        if (c.folderThere)
+            std::filesystem::create_directory(disk);
+        SetMode(LogNamingMode::UserFileName, "cast");
+        ASSERT_EQ(Doc.RawLog.SetDirectory(disk), "");
+        User.Answer = c.answer;
+        User.WhileAsked = c.whileAsked;
+        EXPECT_FALSE(Doc.RawLog.BeginLogFile()) << c.what;
+        EXPECT_THAT(User.TakeQuestions(), IsEmpty()) << c.what;
+        mount();
+        User.WhileAsked = {};
+        User.Answer = LogAnswer::LogAsShown;
+        User.AnswersYes = false;
+        EXPECT_FALSE(Doc.RawLog.BeginLogFile()) << c.what;
+        EXPECT_EQ(User.TakeQuestions().size(), 1u) << c.what;
+        EXPECT_EQ(Temp.Content("disk/cast.raw"), "theirs") << c.what;
+        std::filesystem::remove_all(disk);
+    }
+}
+
 TEST_F(ARawLog, ConfirmationIsAskedOnceARunWithTheLockReleased) {
     Set(&CQorViewDoc::NoDialogs, false);
     User.WhileAsked = [this] {
