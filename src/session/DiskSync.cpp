@@ -53,8 +53,8 @@ void CDiskSync::Note(const WatchedFile& watched, FileTrouble trouble) {
         Seen = trouble;
 }
 
-FileTrouble CDiskSync::Look(WatchedFile& watched) {
-    switch (watched.file.Standing()) {
+FileTrouble CDiskSync::Look(const CFile& file, std::uint64_t written) {
+    switch (file.Standing()) {
     case FileStanding::There:
         break;
     case FileStanding::Deleted:
@@ -64,10 +64,9 @@ FileTrouble CDiskSync::Look(WatchedFile& watched) {
     case FileStanding::Moved:
         return FileTrouble::Moved;
     }
-    const std::uint64_t written = watched.written();
     std::uint64_t size = 0;
-    return watched.file.Size(size) == FileCause::None && size < written ? FileTrouble::Truncated
-                                                                        : FileTrouble::None;
+    return file.Size(size) == FileCause::None && size < written ? FileTrouble::Truncated
+                                                                : FileTrouble::None;
 }
 
 bool CDiskSync::StartThread() {
@@ -153,7 +152,7 @@ void CDiskSync::Run() {
         std::uint64_t ended = WaitForRound(files, stopping);
         for (WatchedFile& watched : files) {
             if (watched.number > ended)
-                Note(watched, Look(watched));
+                Note(watched, Look(watched.file, watched.written()));
             Synchronise(watched);
         }
         std::erase_if(files, [ended](const WatchedFile& watched) {

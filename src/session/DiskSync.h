@@ -22,6 +22,11 @@ namespace qor {
 /// Why a log needs another file.
 enum class FileTrouble : std::uint8_t { None, SyncFailed, Deleted, Replaced, Moved, Truncated };
 
+/// Whether the file is not what was written any more.
+constexpr bool IsLost(FileTrouble trouble) {
+    return trouble != FileTrouble::None && trouble != FileTrouble::SyncFailed;
+}
+
 class CDiskSync {
   public:
     explicit CDiskSync(CMessageSink& messages) : Messages(messages) {}
@@ -37,6 +42,8 @@ class CDiskSync {
     void Watch(const CFile& file, std::function<std::uint64_t()> written);
     /// What has befallen the file that is watched, first of all.
     FileTrouble Trouble() const;
+    /// What has befallen an open file of which so many bytes stand in it for certain.
+    static FileTrouble Look(const CFile& file, std::uint64_t written);
     /// The watched file has ended: one last synchronisation, then its handle is closed.
     void Finish();
     /// Ends the thread when it has synchronised what it watches.
@@ -52,7 +59,6 @@ class CDiskSync {
         bool nameDone = false; ///< its folder was synchronised since it was made
     };
     bool StartThread() REQUIRES(SyncLock);
-    static FileTrouble Look(WatchedFile& watched);
     void Note(const WatchedFile& watched, FileTrouble trouble);
     void SynchroniseName(WatchedFile& watched);
     void Synchronise(WatchedFile& watched);

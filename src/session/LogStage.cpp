@@ -193,6 +193,11 @@ void CLogStage::Rest() {
     Drain();
 }
 
+void CLogStage::ForgetFile() {
+    CLock lock(StageLock);
+    Counted.totalWritten -= std::exchange(Counted.framesWritten, 0);
+}
+
 void CLogStage::Close() {
     if (!Started)
         return;

@@ -26,7 +26,7 @@ struct StageFigures {
     std::uint64_t framesWritten = 0;
     std::uint64_t framesOffered = 0;  ///< written, and the one at which the file failed
     std::uint64_t framesUnstored = 0; ///< accepted, but neither in the file nor waiting
-    std::uint64_t totalWritten = 0;   ///< in all files so far
+    std::uint64_t totalWritten = 0;   ///< in all files so far, but for those that are lost
     std::uint64_t totalUnstored = 0;  ///< in none of them
     std::size_t waitingBytes = 0;
     std::int64_t stalledMilliseconds = 0; ///< how long the present write has taken
@@ -70,6 +70,8 @@ class CLogStage {
     void LoseFrame();
     /// Writes nothing more into the file: what is not in it waits for the next Create.
     void Rest();
+    /// What stands in the present file is lost: its frames are none of the run's any more.
+    void ForgetFile();
     /// Of a stage that rests.
     void CloseFile() { Writer.Close(); }
     /// Waits until everything added so far is in the file, or the stage rests.

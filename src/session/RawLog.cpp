@@ -354,13 +354,9 @@ void CRawLog::CompleteEnd() {
     if (!ending)
         return;
     const CAtEnd done([this] { EndDone.Set(); });
+    Stage.Drain();
+    const auto finished = ending->hasFile ? EndFile(ending->path) : std::nullopt;
     Sync.Finish();
-    std::optional<FinishedFile> finished;
-    if (ending->hasFile) {
-        Stage.Drain();
-        ProtectLogFile(ending->path);
-        finished = FinishFile(ending->path);
-    }
     Stage.Close();
     {
         CRecursiveLock lock(Session.DocLock);
@@ -423,14 +419,10 @@ void CRawLog::AbandonRun() {
 void CRawLog::EndFailed() {
     {
         CRecursiveLock lock(Session.DocLock);
-        const FileTrouble trouble = Sync.Trouble();
-        const bool failed = Stage.Figures().cause != FileCause::None ||
-                            (trouble != FileTrouble::None && trouble != FileTrouble::SyncFailed);
+        const bool failed = Stage.Figures().cause != FileCause::None || IsLost(Sync.Trouble());
         if (!Session.ExitOnError || !State.logOpen || !failed)
             return;
         State.runFailed = true;
-        if (Stage.Figures().cause == FileCause::None)
-            SayFileLost(trouble, State.logFilePath);
         MarkEnd(true);
     }
     CompleteEnd();

@@ -181,6 +181,8 @@ class CRawLog {
     void TendFile();
     void TendFileLast();
     void GiveFileUp();
+    FileTrouble LookAtEnd() const;
+    std::optional<FinishedFile> EndFile(const std::string& path);
     void SayFileLost(FileTrouble trouble, const std::string& path);
     bool BeginAnotherFile(const std::optional<std::string>& skipped);
     /// Creates a log under the first free name: `name`, then with "-2" and so on. Its path; the
@@ -209,7 +211,7 @@ class CRawLog {
     void NoteStep(const FrameTime& now, std::int64_t milliseconds, bool ofZone)
         REQUIRES(Session.DocLock);
     void TellBegun(const std::string& path) REQUIRES(Session.DocLock);
-    std::optional<FinishedFile> FinishFile(const std::string& path);
+    std::optional<FinishedFile> FinishFile(const std::string& path, FileTrouble trouble);
     std::uint32_t SlotOf(CQorViewIns& instrument) REQUIRES(Session.DocLock);
 
     SessionState& Session;

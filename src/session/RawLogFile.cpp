@@ -52,6 +52,12 @@ std::string LossText(FileTrouble trouble) {
     return {};
 }
 
+/// Whether another file, or none, has its name by now.
+bool IsAway(FileTrouble trouble) {
+    return trouble == FileTrouble::Deleted || trouble == FileTrouble::Replaced ||
+           trouble == FileTrouble::Moved;
+}
+
 } // namespace
 
 /// What a crash has left in the folders of this run.
@@ -257,23 +263,46 @@ void CRawLog::GiveFileUp() {
     SayFileLost(trouble, path);
     Sync.Finish();
     Stage.Rest();
-    const bool there = trouble == FileTrouble::None || trouble == FileTrouble::SyncFailed ||
-                       trouble == FileTrouble::Truncated;
-    if (there)
-        ProtectLogFile(path);
-    else // it was said to be gone
+    if (IsAway(trouble)) // it was said to be
         std::ignore = Stage.OpenFile().SetReadOnly(true);
+    else
+        ProtectLogFile(path);
     Stage.CloseFile();
-    if (const auto finished = there ? FinishFile(path) : std::nullopt) {
+    if (const auto finished = FinishFile(path, trouble)) {
         CRecursiveLock lock(Session.DocLock);
         OnFileEnded(*finished);
     }
     Messages.Raise({EventKind::LogEnded, path, "End log file: \"" + path + "\".\r\n"});
 }
 
-/// What is known of a file to which nothing is written any more; nothing when nobody asks, or when
-/// it may end in a part of a record.
-std::optional<FinishedFile> CRawLog::FinishFile(const std::string& path) {
+/// What nobody has seen when the log ends. After a failed write there is nothing to see: it was
+/// said, and cutting it back makes the file shorter.
+FileTrouble CRawLog::LookAtEnd() const {
+    const StageFigures figures = Stage.Figures();
+    if (figures.cause != FileCause::None)
+        return FileTrouble::None;
+    const FileTrouble seen = Sync.Trouble();
+    return IsLost(seen) ? seen : CDiskSync::Look(Stage.OpenFile(), figures.fileSize);
+}
+
+std::optional<FinishedFile> CRawLog::EndFile(const std::string& path) {
+    const FileTrouble trouble = LookAtEnd();
+    if (trouble != FileTrouble::None) {
+        SayFileLost(trouble, path);
+        CRecursiveLock lock(Session.DocLock);
+        State.runFailed = true;
+    }
+    ProtectLogFile(path);
+    return FinishFile(path, trouble);
+}
+
+/// Nothing is written to the file any more. What is known of it; nothing when it is not there,
+/// nobody asks, or it may end in a part of a record.
+std::optional<FinishedFile> CRawLog::FinishFile(const std::string& path, FileTrouble trouble) {
+    if (trouble == FileTrouble::Deleted || trouble == FileTrouble::Truncated)
+        Stage.ForgetFile();
+    if (IsAway(trouble))
+        return {};
     FinishedFile file{path, Stage.Figures().fileSize, Stage.Sha256(), {}, 0};
     if (!OnFileEnded || file.sha256.empty())
         return {};

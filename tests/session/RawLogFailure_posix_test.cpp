@@ -194,6 +194,35 @@ TEST_F(AFailingDisk, NextLogThatCannotBeBegunWaitsForAnotherFile) {
     }
 }
 
+TEST_F(AFailingDisk, WhatBefallsALogInItsLastMomentIsSaid) {
+    namespace fs = std::filesystem;
+    const std::string path = Folder + "cast.raw", away = Folder + "away.raw";
+    const struct {
+        std::function<void()> happens;
+        const char* said;
+        std::uint64_t framesLeft;
+    } cases[] = {{[&] { fs::remove(path); }, "was deleted", 0},
+                 {[&] { fs::resize_file(path, 2310); }, "was cut off by another program", 0},
+                 {[&] {
+                      fs::rename(path, away);
+                      Temp.Put("cast.raw", "theirs");
+                  },
+                  "was taken away", 1}};
+    CQorViewIns* pro = Add("PRO", Port);
+    for (const auto& c : cases) {
+        ASSERT_TRUE(Begin());
+        Offer(*pro, {CounterFrame("PRO", 1)});
+        Reported();
+        c.happens();
+        EXPECT_TRUE(Doc.RawLog.EndLogFile(true));
+        EXPECT_THAT(Reported(), testing::StartsWith("The log file \"" + path + "\" " + c.said));
+        EXPECT_TRUE(Doc.RawLog.Status().runFailed) << c.said;
+        EXPECT_EQ(Doc.RawLog.Status().runFrames, c.framesLeft) << c.said;
+        fs::remove(path);
+        fs::remove(away);
+    }
+}
+
 TEST_F(AFailingDisk, LogThatIsAwayAtItsEndIsToldAndProtectedWhereItIs) {
     ASSERT_TRUE(Begin());
     std::filesystem::rename(Folder + "cast.raw", Folder + "away.raw");
