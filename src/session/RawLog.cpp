@@ -287,7 +287,6 @@ void CRawLog::BeginRun() {
 }
 
 bool CRawLog::EndLogFile(bool abort) {
-    TendFileLast();
     bool ended = false;
     for (bool marked = false; !marked;) {
         EndDone.Wait(); // also for another file that is being begun
@@ -299,25 +298,6 @@ bool CRawLog::EndLogFile(bool abort) {
     EndDone.Wait(); // also for an end that another thread is about
     ShowPending();
     return ended;
-}
-
-/// What the file did not take, up to the last frame, has one more chance; a folder whose file
-/// failed at once is left out by the first try only.
-void CRawLog::TendFileLast() {
-    {
-        CRecursiveLock lock(Session.DocLock);
-        Flush();
-    }
-    Stage.Drain();
-    for (int tries = 0; tries < 2; ++tries) {
-        {
-            CRecursiveLock lock(Session.DocLock);
-            if (!State.recovering && (!State.logOpen || Stage.Figures().cause == FileCause::None))
-                return;
-            NextTry = 0;
-        }
-        TendFile();
-    }
 }
 
 /// No frame joins the log any more; its file is closed by CompleteEnd.
@@ -335,9 +315,7 @@ bool CRawLog::MarkEnd(bool abort, bool switches) {
     PendingClose = Session.ExitIfDone && (!State.intervalRun || State.runFailed);
     Flush();
     State.logOpen = false;
-    // The naming may be the next log's by now.
-    Ending = EndingLog{State.logFilePath, abort, !State.recovering};
-    State.recovering = false;
+    Ending = abort;
     EndDone.Clear();
     NextDue = switches;
     if (switches)
@@ -346,36 +324,43 @@ bool CRawLog::MarkEnd(bool abort, bool switches) {
 }
 
 void CRawLog::CompleteEnd() {
-    std::optional<EndingLog> ending;
+    std::optional<bool> abort;
     {
         CRecursiveLock lock(Session.DocLock);
-        ending = std::exchange(Ending, std::nullopt);
+        abort = std::exchange(Ending, std::nullopt);
     }
-    if (!ending)
+    if (!abort)
         return;
     const CAtEnd done([this] { EndDone.Set(); });
     Stage.Drain();
-    const auto finished = ending->hasFile ? EndFile(ending->path) : std::nullopt;
+    StoreRest();
+    std::string path; // the naming may be the next log's by now
+    {
+        CRecursiveLock lock(Session.DocLock);
+        if (!std::exchange(State.recovering, false))
+            path = State.logFilePath;
+    }
+    const auto finished = path.empty() ? std::nullopt : EndFile(path);
     Sync.Finish();
     Stage.Close();
     {
         CRecursiveLock lock(Session.DocLock);
         if (finished)
             OnFileEnded(*finished);
-        AfterEnd(*ending);
+        AfterEnd(path, *abort);
     }
 }
 
-void CRawLog::AfterEnd(const EndingLog& ending) {
+/// Of the log at this path; empty: it had no file at its end.
+void CRawLog::AfterEnd(const std::string& path, bool abort) {
     AdvanceLogFileName(Session.Naming, Session.Station);
     SayUnstored();
-    if (ending.hasFile)
-        Messages.Raise(
-            {EventKind::LogEnded, ending.path, "End log file: \"" + ending.path + "\".\r\n"});
+    if (!path.empty())
+        Messages.Raise({EventKind::LogEnded, path, "End log file: \"" + path + "\".\r\n"});
     PendingAsterisk = PendingAsterisk || Session.Options.loggingSounds;
     RaiseViewsUpdate();
     const LogOptions options = Session.Options;
-    if (ending.abort || !RepeatsLogs(options)) {
+    if (abort || !RepeatsLogs(options)) {
         EndRun();
         return;
     }

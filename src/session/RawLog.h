@@ -153,11 +153,6 @@ class CRawLog {
 
   private:
     enum class StartedBy { Operator, Timer };
-    struct EndingLog {
-        std::string path;
-        bool abort;
-        bool hasFile; ///< false: it was lost before
-    };
 
     void AddFrame(CQorViewIns& instrument) REQUIRES(Session.DocLock);
     void RaiseViewsUpdate() REQUIRES(Session.DocLock);
@@ -179,7 +174,8 @@ class CRawLog {
     /// Begins another file when the open one cannot be written any more: at once, then again and
     /// again. Without the lock.
     void TendFile();
-    void TendFileLast();
+    void StoreRest();
+    void ReplaceFile();
     void GiveFileUp();
     FileTrouble LookAtEnd() const;
     std::optional<FinishedFile> EndFile(const std::string& path);
@@ -198,7 +194,7 @@ class CRawLog {
     void BeginRun() REQUIRES(Session.DocLock);
     bool MarkEnd(bool abort, bool switches = false) REQUIRES(Session.DocLock);
     void CompleteEnd();
-    void AfterEnd(const EndingLog& ending) REQUIRES(Session.DocLock);
+    void AfterEnd(const std::string& path, bool abort) REQUIRES(Session.DocLock);
     void EndRun() REQUIRES(Session.DocLock);
     void ProtectLogFile(const std::string& path);
     void PlanRoundEnd() REQUIRES(Session.DocLock);
@@ -233,7 +229,8 @@ class CRawLog {
     std::int64_t FileBegun GUARDED_BY(Session.DocLock) = 0; ///< on the monotonic clock
     bool NoFileSaid GUARDED_BY(Session.DocLock) = false;    ///< that no other file can be begun
     std::optional<std::int64_t> SyncGivenUp GUARDED_BY(Session.DocLock);
-    std::optional<EndingLog> Ending GUARDED_BY(Session.DocLock);
+    /// A log is to be ended, and whether the run with it.
+    std::optional<bool> Ending GUARDED_BY(Session.DocLock);
     CEvent EndDone; ///< no log is being ended or given another file
     /// The override dialog was answered; its choice holds for the run.
     bool OverrideChosen GUARDED_BY(Session.DocLock) = false;

@@ -217,38 +217,55 @@ bool CRawLog::NeedsAnotherFile() {
 }
 
 void CRawLog::TendFile() {
-    if (!NeedsAnotherFile())
-        return;
-    bool hasFile;
-    std::optional<std::string> skipped; // a folder whose file has failed at once
     {
         CRecursiveLock lock(Session.DocLock);
-        if (Rescuing || !State.logOpen) // another thread was first
+        if (!NeedsAnotherFile())
             return;
         Rescuing = true;
         EndDone.Clear();
-        hasFile = !std::exchange(State.recovering, true);
-        if (hasFile) {
-            FailedSince = Session.Clock.MonotonicMilliseconds();
-            UnstoredThen = Stage.Figures().framesUnstored;
-        }
-        if (hasFile && Session.Clock.MonotonicMilliseconds() - FileBegun < RetryMilliseconds)
-            skipped = FileFolder;
     }
     const CAtEnd done([this] {
         CRecursiveLock lock(Session.DocLock);
         Rescuing = false;
         EndDone.Set();
     });
+    ReplaceFile();
+}
+
+/// What the file of a log that ends did not take, up to the last frame, has one more chance; a
+/// folder whose file failed at once is left out by the first try only.
+void CRawLog::StoreRest() {
+    const auto waits = [this] {
+        CRecursiveLock lock(Session.DocLock);
+        return !Session.ExitOnError && Stage.Figures().waitingBytes > 0;
+    };
+    for (int tries = 0; tries < 2 && waits(); ++tries) {
+        ReplaceFile();
+        Stage.Drain();
+    }
+}
+
+/// Gives the file up, where there still is one, and begins another. By one thread at a time.
+void CRawLog::ReplaceFile() {
+    bool hasFile;
+    std::optional<std::string> skipped; // a folder whose file has failed at once
+    {
+        CRecursiveLock lock(Session.DocLock);
+        hasFile = !std::exchange(State.recovering, true);
+        if (hasFile) {
+            FailedSince = Session.Clock.MonotonicMilliseconds();
+            UnstoredThen = Stage.Figures().framesUnstored;
+            if (FailedSince - FileBegun < RetryMilliseconds)
+                skipped = FileFolder;
+        }
+    }
     if (hasFile)
         GiveFileUp();
     const bool begun = BeginAnotherFile(skipped);
-    {
-        CRecursiveLock lock(Session.DocLock);
-        State.recovering = State.runFailed = !begun;
-        NextTry = Session.Clock.MonotonicMilliseconds() + RetryMilliseconds;
-        RaiseViewsUpdate();
-    }
+    CRecursiveLock lock(Session.DocLock);
+    State.recovering = State.runFailed = !begun;
+    NextTry = Session.Clock.MonotonicMilliseconds() + RetryMilliseconds;
+    RaiseViewsUpdate();
 }
 
 void CRawLog::GiveFileUp() {

@@ -67,10 +67,9 @@ class ASession : public testing::Test {
         return Doc.RawLog.FramesThisLog(instrument);
     }
 
-    /// Leads frames through the session as if a port had cut them, stamped with now, and waits
-    /// until the disk has what was logged.
-    void Offer(const CQorViewIns& instrument, const std::vector<std::string>& frames,
-               bool error = false) {
+    /// Leads frames through the session as if a port had cut them, stamped with now.
+    void Process(const CQorViewIns& instrument, const std::vector<std::string>& frames,
+                 bool error = false) {
         CFrameQueue queue;
         CFrameInfo info;
         info.identity = static_cast<std::uint32_t>(instrument.Id);
@@ -78,6 +77,11 @@ class ASession : public testing::Test {
         for (const std::string& bytes : frames)
             queue.Push(info, AsBytes(bytes), 0).Error = error;
         Doc.Acquisition.ProcessFrames(queue);
+    }
+    /// The same, and waits until the disk has what was logged.
+    void Offer(const CQorViewIns& instrument, const std::vector<std::string>& frames,
+               bool error = false) {
+        Process(instrument, frames, error);
         Doc.RawLog.WaitForDisk();
         Doc.RawLog.ShowPending();
     }

@@ -145,6 +145,37 @@ TEST_F(AFailingDisk, AnotherFileTakesWhatTheFullDiskDidNot) {
     }
 }
 
+TEST_F(AFailingDisk, WhatALogThatATimerEndsDidNotTakeIsInAnotherFile) {
+    CQorViewIns* pro = Add("PRO", Port);
+    for (const bool every : {true, false}) {
+        Set([every](LogOptions& options) {
+            options.everyEnabled = every;
+            options.every = {0, 1, 0};
+            options.durationEnabled = !every;
+            options.duration = {0, 0, 2}; // a file that fails as young is not tried at its place
+        });
+        SetMode(LogNamingMode::TimeStamp);
+        ASSERT_TRUE(Doc.RawLog.BeginLogFile());
+        const std::string path = Doc.RawLog.Status().logFilePath;
+        LimitFiles(2304 + 13 + 6);
+        Process(*pro, {CounterFrame("PRO", 1), CounterFrame("PRO", 2), CounterFrame("PRO", 3)});
+        Doc.RawLog.WaitForDisk();
+        LimitFiles(RLIM_INFINITY);
+        Reported();
+        Clock.Advance(Doc.RawLog.NextTimer() - Clock.MonotonicMilliseconds());
+        Doc.RawLog.OnLogTick();
+        const LogStatus status = Doc.RawLog.Status();
+        EXPECT_EQ(status.loggingActive, every);
+        EXPECT_EQ(status.runFrames, 3u);
+        EXPECT_EQ(status.runUnstored, 0u);
+        EXPECT_FALSE(status.runFailed);
+        EXPECT_THAT(Reported(), HasSubstr("no frame was lost between"));
+        EXPECT_EQ(Content(path).size(), 2304u + 13);
+        Doc.RawLog.EndLogFile(true);
+        Clock.Advance(60'000);
+    }
+}
+
 TEST_F(AFailingDisk, NextLogThatCannotBeBegunWaitsForAnotherFile) {
     const struct {
         bool full, spare, stops;
