@@ -12,6 +12,8 @@ namespace {
 constexpr int RoundMilliseconds = 100;
 /// The rest between two batches of a playing file, in which others get the document's lock.
 constexpr int PlayingMilliseconds = 1;
+/// Between two looks at ports and disk.
+constexpr int WatchMilliseconds = 1000;
 /// Between two looks at ports without a frame.
 constexpr int CaptureMilliseconds = 250;
 
@@ -28,6 +30,7 @@ bool CAcquisitionLoop::Start() {
     SayEarlyClock();
     Running = Acquisition.Start(ThreadPriority::Normal, [this] { RunAcquisition(); });
     if (Running && (!Ticker.Start(ThreadPriority::Normal, [this] { RunTicker(); }) ||
+                    !Watcher.Start(ThreadPriority::Normal, [this] { RunWatch(); }) ||
                     !Captures.Start(ThreadPriority::Normal, [this] { RunCaptures(); }))) {
         Stop();
         return false;
@@ -54,6 +57,7 @@ void CAcquisitionLoop::Stop() {
     Doc.Controller()->Commands().Wake();
     Acquisition.Join();
     Ticker.Join();
+    Watcher.Join();
     Captures.Join();
     Running = false;
     Doc.Captures.Finish();
@@ -73,6 +77,12 @@ void CAcquisitionLoop::RunTicker() {
         std::int64_t rest = NextTick - Doc.Clock.MonotonicMilliseconds();
         Stopping.Wait(static_cast<int>(std::clamp<std::int64_t>(rest, 1, 1000)));
     }
+}
+
+void CAcquisitionLoop::RunWatch() {
+    do
+        Watch();
+    while (!Stopping.Wait(WatchMilliseconds));
 }
 
 void CAcquisitionLoop::RunCaptures() {
@@ -96,7 +106,6 @@ bool CAcquisitionLoop::TickIfDue() {
         Doc.Acquisition.TakeFrames();
         Doc.RawLog.ForgetNext();
     }
-    Doc.Ports.Tend();
     Doc.Starter.Tend();
     const std::int64_t now = Doc.Clock.MonotonicMilliseconds();
     const std::int64_t nextSecond = now + 1000 - Doc.Clock.Now().milliseconds;
@@ -106,16 +115,24 @@ bool CAcquisitionLoop::TickIfDue() {
     return true;
 }
 
+void CAcquisitionLoop::Watch() {
+    Doc.RawLog.WatchDisk();
+    Doc.Ports.Tend();
+}
+
 bool CAcquisitionLoop::Step(int milliseconds) {
     bool taken = Take(milliseconds);
     bool ticked = TickIfDue();
+    if (ticked)
+        Watch();
     return taken || ticked;
 }
 
 bool CAcquisitionLoop::PlayBatch(ResourceId resource, std::size_t& frames) {
     frames = Doc.Acquisition.TakeFramesOf(resource);
     Doc.Acquisition.TakeCommands(0);
-    TickIfDue();
+    if (TickIfDue())
+        Watch();
     return !Doc.Acquisition.AtEnd(resource);
 }
 

@@ -2,10 +2,11 @@
 //
 // The acquisition thread: woken by the command queue, it brings messages to the session log in the
 // order reported, takes waiting frames, has them checked, converted and logged. The raw log's
-// once-a-second tick has a thread of its own, because beginning the next file of an interval run
-// may ask the operator a question; so has the
-// look at bytes without a frame, because what it keeps of them waits for the disk. Desktop and
-// command line run this same loop; no display and no operator holds it up.
+// once-a-second tick has a thread of its own, because the end of a log waits for the disk and the
+// next file of an interval run may ask the operator a question; so has the look at bytes without a
+// frame, because what it keeps of them waits for the disk. Ports and disk are watched by a thread
+// that waits for no file. Desktop and command line run this same loop; no display and no operator
+// holds it up.
 #pragma once
 
 #include "session/QorViewDoc.h"
@@ -44,13 +45,15 @@ class CAcquisitionLoop {
   private:
     bool Take(int milliseconds);
     bool TickIfDue();
+    void Watch();
     void SayEarlyClock();
     void RunAcquisition();
     void RunTicker();
+    void RunWatch();
     void RunCaptures();
 
     CQorViewDoc& Doc;
-    CWorker Acquisition, Ticker, Captures;
+    CWorker Acquisition, Ticker, Watcher, Captures;
     CEvent Stopping;
     bool Running = false;
     // Of the thread that ticks.

@@ -2,7 +2,7 @@
 //
 // Looks after the session's ports: says once that a port was lost and, where that is wanted, opens
 // it again with growing pauses until the run ends; says once that it is back, and what was missed.
-// Tended by the loop's ticker, without the document's lock.
+// Tended by the loop, without the document's lock.
 #pragma once
 
 #include "base/MessageSink.h"

@@ -264,7 +264,6 @@ void CRawLog::StartLog() {
     ++LogNumber;
     Slots = 0;
     FaultyOffered = 0;
-    StallSaid = false;
     RaiseViewsUpdate();
     if (!State.recovering)
         StartFile();

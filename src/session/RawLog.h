@@ -86,8 +86,11 @@ class CRawLog {
     /// Ends the run, open log or none, as one that failed; a program that ends when its log is done
     /// ends with it.
     void AbandonRun();
-    /// Once a second: elapsed time, time stamp, begin and end by the timers, view updates.
+    /// Once a second: elapsed time, time stamp, begin and end by the timers, view updates. The end
+    /// of a log waits for the disk.
     void OnLogTick();
+    /// Once a second, also while a log ends: says when the disk takes nothing, and what is lost.
+    void WatchDisk();
 
     /// When the next log is to begin or this one to end, on the monotonic clock in milliseconds;
     /// the largest number when no timer runs.
@@ -200,7 +203,6 @@ class CRawLog {
     void PlanRoundEnd() REQUIRES(Session.DocLock);
     bool TickLocked() REQUIRES(Session.DocLock);
     void WriteTimeStamp(const FrameTime& now) REQUIRES(Session.DocLock);
-    void WatchDisk() REQUIRES(Session.DocLock);
     void NoteUnstored() REQUIRES(Session.DocLock);
     void SayUnstored() REQUIRES(Session.DocLock);
     void NoteClockStep() REQUIRES(Session.DocLock);

@@ -74,7 +74,6 @@ bool CRawLog::TickLocked() {
     const bool round = rounds && Rounds.HasCome(Session.Clock.Now(), monotonic);
     if (State.waitingForNextLog && (rounds ? round : monotonic >= StartMonotonic))
         return true;
-    WatchDisk();
     if (!State.logOpen || State.recovering)
         return false;
     if (round || (Session.Options.durationEnabled && monotonic >= EndMonotonic))
@@ -103,6 +102,9 @@ void CRawLog::WriteTimeStamp(const FrameTime& now) {
 
 /// Says once that the disk has stopped, and once what that cost.
 void CRawLog::WatchDisk() {
+    CRecursiveLock lock(Session.DocLock);
+    if (!State.loggingActive)
+        return;
     const StageFigures figures = Stage.Figures();
     if (figures.stalledMilliseconds < NotedStall) {
         if (std::exchange(StallSaid, false))

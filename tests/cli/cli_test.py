@@ -767,6 +767,22 @@ class Acquisition(Folder):
         self.assertRegex(errors, "warning: The disk has taken nothing")
         self.assertIn("3000 frames, 3000 in the last log, 0 dropped", output)
 
+    @unittest.skipUnless(STALLED_DISK, "nothing can be preloaded beside a sanitizer")
+    def test_a_disk_that_stalls_over_a_round_time_costs_no_frame_and_is_said(self):
+        line, stalled = Line(), self.folder / "stalled"
+        process = self.start("--port", line.name, "-d", PROFILER, "--every", "1s",
+                             LD_PRELOAD=STALLED_DISK, STALLED_WHILE=str(stalled))
+        frames = self.frames_of(PROFILER, 400)
+        stalled.touch()
+        line.send(b"".join(frames[:200]))
+        wait_for(lambda: "The disk has taken nothing of" in self.session_log(), "the word about it")
+        line.send(b"".join(frames[200:]))  # they wait for the next log
+        process.send_signal(signal.SIGTERM)
+        stalled.unlink()
+        output, errors = process.communicate(timeout=30)
+        stored = sum(len(decoded("-d", PROFILER, str(log))) for log in self.folder.glob("run_*.raw"))
+        self.assertEqual((process.returncode, stored), (0, 400), errors)
+
     def test_a_reader_of_messages_that_never_reads_holds_nothing_up(self):
         reader, writer = os.pipe()
         self.addCleanup(os.close, reader)

@@ -92,6 +92,33 @@ TEST_F(ALoop, FramesThatWaitForALogThatIsRefusedAreCountedAndSaid) {
     EXPECT_THAT(Reported(), HasSubstr("5 frames were received and not stored"));
 }
 
+TEST_F(ALoop, PortsAreLookedAfterWhileTheNextLogIsWaitedFor) {
+    Add("PRO", Port);
+    Set([](LogOptions& options) {
+        options.everyEnabled = true;
+        options.every = {1, 0, 0};
+    });
+    Set(&SessionState::NoDialogs, false);
+    ASSERT_TRUE(Begin());
+    ASSERT_TRUE(Doc.ConnectAll());
+    Script.ThenFail("CollectRead", 5);
+    CEvent asked, lost;
+    User.AnswersYes = false;
+    User.WhileAsked = [&] { // whether to replace the first log
+        asked.Set();
+        EXPECT_TRUE(lost.Wait(20'000)) << "nobody said that the port was lost";
+    };
+    Doc.Acquisition.OnEvent = [&](const Event& event) {
+        if (event.kind == EventKind::PortLost)
+            lost.Set();
+    };
+    Clock.Advance(3'600'000);
+    ASSERT_TRUE(Loop.Start());
+    EXPECT_TRUE(asked.Wait(20'000));
+    EXPECT_TRUE(lost.Wait(20'000));
+    Loop.Stop();
+}
+
 class APlayback : public ALoop {
   protected:
     /// Two tagged instruments and an untagged GPS on one resource, with time stamps between.
