@@ -16,7 +16,7 @@ enum class EventKind : std::uint8_t {
     Note,     ///< for the session log alone
     LogBegun, ///< subject: the log's path, as for the other log events
     LogEnded,
-    LogFailed,      ///< the log's file cannot be written any more
+    LogFailed,      ///< the log's file cannot be written any more, or no other one be begun
     LogGoesOn,      ///< ... and another one goes on, of this subject
     LogNotBegun,    ///< a start that came to nothing
     LogRecovered,   ///< an earlier log that a crash had cut off was finished

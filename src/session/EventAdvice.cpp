@@ -13,6 +13,7 @@ constexpr EventAdvice Advices[] = {
     {EventKind::NameTaken, true, true, "Choose another name, or let it be replaced."},
     {EventKind::LogFailed, false, true, "Look at its disk and folder."},
     {EventKind::LogGoesOn, true, false, ""},
+    {EventKind::LogNotBegun, true, true, ""},
     {EventKind::SpaceLow, true, false, "Make room, or name another disk with --spare."},
     {EventKind::SpaceShort, true, true, "Make room, or name another disk with --spare."},
     {EventKind::LogRecovered, true, false, ""},

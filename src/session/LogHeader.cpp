@@ -8,8 +8,6 @@
 #include "instrument/Calibration.h"
 #include "telemetry/RawLogFormat.h"
 
-#include <optional>
-
 namespace qor {
 namespace {
 
@@ -175,7 +173,8 @@ bool HasPosition(const SessionState& session, const FrameTime& now) {
 }
 
 StationInformation StationAt(const SessionState& session, const FrameTime& now,
-                             CMessageSink& messages) {
+                             std::optional<Event>& kept) {
+    kept.reset();
     StationInformation station = session.Station;
     if (station.zone.empty())
         station.zone = UtcOffsetText(now.utcOffsetMinutes);
@@ -184,9 +183,9 @@ StationInformation StationAt(const SessionState& session, const FrameTime& now,
         return station;
     const MeasuredPosition measured = ReadPosition(session, now);
     if (measured.refused)
-        messages.Raise({EventKind::PositionKept, gps->ShownName(),
-                        Format("The position in the log's header is not that of %s: %s.\r\n",
-                               gps->ShownName().c_str(), measured.refused)});
+        kept = {EventKind::PositionKept, gps->ShownName(),
+                Format("The position in the log's header is not that of %s: %s.\r\n",
+                       gps->ShownName().c_str(), measured.refused)};
     const auto put = [](const std::optional<Coordinate>& coordinate, std::string& text) {
         if (coordinate)
             text = Format("%s %c", coordinate->text.c_str(), coordinate->hemisphere);

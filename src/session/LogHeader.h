@@ -7,6 +7,7 @@
 #include "base/MessageSink.h"
 #include "session/SessionState.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,10 +19,10 @@ bool HasPosition(const SessionState& session, const FrameTime& now) REQUIRES(ses
 
 /// The station as a log's header has it: as it was typed, with the position replaced by the GPS
 /// instrument's latest one, "coordinate hemisphere" each, when the options ask for it and the role
-/// is assigned. Where there is none that may stand there, the typed one stays and `messages` hears
-/// why. A zone that nobody gave is this computer's offset, "UTC+13:00".
+/// is assigned. Where there is none that may stand there, the typed one stays and `kept` says why,
+/// to be raised once a log has it. A zone that nobody gave is this computer's offset, "UTC+13:00".
 StationInformation StationAt(const SessionState& session, const FrameTime& now,
-                             CMessageSink& messages) REQUIRES(session.DocLock);
+                             std::optional<Event>& kept) REQUIRES(session.DocLock);
 
 /// The header lines ("QORHDR value (TAG)" CR LF) in the order in which they are written.
 std::vector<std::string> HeaderLines(const SessionState& session, const StationInformation& station,

@@ -255,6 +255,8 @@ class CRawLog {
     bool ClockKnown GUARDED_BY(Session.DocLock) = false;
     std::int16_t ZoneMinutes GUARDED_BY(Session.DocLock) = 0; ///< at the last tick
     std::vector<ClockStep> Steps GUARDED_BY(Session.DocLock); ///< while this file was written
+    /// What is to be said of the header that was made last, when a file has it.
+    std::optional<Event> PositionKept GUARDED_BY(Session.DocLock);
     bool StallSaid GUARDED_BY(Session.DocLock) = false;
     std::uint64_t WrittenBefore GUARDED_BY(Session.DocLock) = 0;  ///< the run, by the stage
     std::uint64_t UnstoredBefore GUARDED_BY(Session.DocLock) = 0; ///< the same

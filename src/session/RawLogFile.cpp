@@ -126,7 +126,7 @@ LogRecords CRawLog::HeaderRecords() {
     CRecursiveLock lock(Session.DocLock);
     LogRecords records;
     const FrameTime now = Session.Clock.Now();
-    const StationInformation station = StationAt(Session, now, Messages);
+    const StationInformation station = StationAt(Session, now, PositionKept);
     for (const std::string& line : HeaderLines(Session, station, LocalCalendar(now)))
         records.Add(0, MakeHeaderRecord(line));
     return records;
@@ -331,6 +331,8 @@ std::optional<FinishedFile> CRawLog::FinishFile(const std::string& path, FileTro
 
 void CRawLog::TellBegun(const std::string& path) {
     Steps.clear();
+    if (std::optional<Event> kept = std::exchange(PositionKept, std::nullopt))
+        Messages.Raise(std::move(*kept));
     if (OnFileBegun)
         OnFileBegun(path);
 }
@@ -368,7 +370,7 @@ bool CRawLog::BeginAnotherFile(const std::optional<std::string>& skipped) {
     }
     CRecursiveLock lock(Session.DocLock);
     if (!folders.empty() && !std::exchange(NoFileSaid, true))
-        Messages.Raise({EventKind::LogNotBegun, name,
+        Messages.Raise({EventKind::LogFailed, State.logFilePath,
                         "No other log file can be begun: " + std::string(GetFileErrorText(cause)) +
                             "\r\n\tFrames wait in memory; it is tried again every " +
                             std::to_string(RetryMilliseconds / 1000) + " seconds.\r\n"});

@@ -5,6 +5,7 @@
 #if !defined(_WIN32)
 #include "fakes/CollectingSink.h"
 #include "fakes/SessionFixture.h"
+#include "session/EventAdvice.h"
 
 #include <csignal>
 #include <sys/resource.h>
@@ -252,6 +253,44 @@ TEST_F(AFailingDisk, WhatBefallsALogInItsLastMomentIsSaid) {
         fs::remove(path);
         fs::remove(away);
     }
+}
+
+TEST_F(AFailingDisk, ThatNoOtherFileCanBeBegunIsOneFaultHoweverOftenItIsTried) {
+    CQorViewIns* pro = Add("PRO", Port);
+    ASSERT_EQ(Doc.SetRole(InstrumentRole::Gps, pro->Id), "");
+    Set([](LogOptions& options) { options.gpsHeaderEnabled = true; });
+    std::vector<std::string> faults, positions;
+    Doc.Acquisition.OnEvent = [&](const Event& event) {
+        const EventAdvice* row = AdviceOf(event.kind);
+        if (event.kind == EventKind::PositionKept)
+            positions.push_back(event.text);
+        else if (row && row->fault)
+            faults.push_back(event.text);
+    };
+    std::filesystem::create_directory(Folder + "logs");
+    SetMode(LogNamingMode::UserFileName, "cast.raw");
+    ASSERT_EQ(Doc.RawLog.SetDirectory(Folder + "logs"), "");
+    ASSERT_TRUE(Doc.RawLog.BeginLogFile());
+    Clock.Advance(5000);
+    std::filesystem::rename(Folder + "logs", Folder + "gone");
+    LimitFiles(2304);
+    Offer(*pro, {CounterFrame("PRO", 1)});
+    LimitFiles(RLIM_INFINITY);
+    for (int tries = 0; tries < 3; ++tries) {
+        Clock.Advance(3000);
+        Doc.RawLog.OnLogTick();
+    }
+    Reported();
+    EXPECT_THAT(faults, ElementsAre(HasSubstr("Error writing"),
+                                    HasSubstr("No other log file can be begun")));
+    EXPECT_EQ(positions.size(), 1u) << "one header stands in a file";
+    std::filesystem::create_directory(Folder + "logs");
+    Clock.Advance(3000);
+    Doc.RawLog.OnLogTick();
+    Reported();
+    EXPECT_EQ(Doc.RawLog.Status().framesLogged, 1u);
+    EXPECT_EQ(positions.size(), 2u);
+    Doc.Acquisition.OnEvent = nullptr;
 }
 
 TEST_F(AFailingDisk, LogThatIsAwayAtItsEndIsToldAndProtectedWhereItIs) {
