@@ -38,25 +38,33 @@ std::string BeginOf(std::string text) {
     return seconds ? FormatTime("%Y-%j-%H%M%S", CalendarFromSeconds(*seconds)) : std::string();
 }
 
+bool IsFree(const std::string& path) {
+    return !FileExists(path) && !IsSymbolicLink(path);
+}
+
 /// The log of an earlier run keeps what it says, under a name of its own. Where that cannot be
-/// done, or another program has it open, it stays as it is.
-void KeepEarlier(const std::string& path, const std::string& now) {
+/// done, or another program has it open, it stays as it is. Returns whether a log may be made here.
+bool KeepEarlier(const std::string& path, const std::string& now) {
     std::array<std::uint8_t, 20> stamp{};
     std::size_t got = 0;
     std::string begin;
     {
         CFile earlier;
-        if (earlier.OpenAlone(path) != FileCause::None ||
-            earlier.Read(stamp, got) != FileCause::None || got == 0)
-            return;
+        if (earlier.OpenAlone(path) != FileCause::None)
+            return IsFree(path);
+        if (earlier.Read(stamp, got) != FileCause::None)
+            return false;
+        if (got == 0)
+            return true;
         begin = BeginOf(std::string(AsText(ByteSpan(stamp).first(got))));
     }
     const std::string folder = DirectoryPart(path);
     const std::string kept =
         folder + Format("%s-%s.%s", ProductName, (begin.empty() ? now : begin).c_str(), Extension);
     for (int number = 1; number <= LastSuffix; ++number)
-        if (RenameToNew(path, WithSuffix(kept, number)) == FileCause::None)
-            return;
+        if (const std::string name = WithSuffix(kept, number); IsFree(name))
+            return RenameToNew(path, name) == FileCause::None;
+    return false;
 }
 
 } // namespace
@@ -168,7 +176,8 @@ std::string CSessionLog::OpenFirstFree(const std::string& directory) {
         std::string path =
             directory + (number == 1 ? Format("%s.%s", ProductName, Extension)
                                      : Format("%s%01d.%s", ProductName, number, Extension));
-        KeepEarlier(path, FormatTime("%Y-%j-%H%M%S", LocalCalendar(Session.Clock.Now())));
+        if (!KeepEarlier(path, FormatTime("%Y-%j-%H%M%S", LocalCalendar(Session.Clock.Now()))))
+            continue;
         FileCause cause = File.CreateExclusive(path);
         if (cause == FileCause::None)
             return {};

@@ -121,6 +121,18 @@ TEST_F(ASessionLog, EarlierLogIsKeptUnderTheTimeOfItsBegin) {
     }
 }
 
+TEST_F(ASessionLog, EarlierLogThatCannotBeRenamedIsPassedOver) {
+    constexpr int suffixes = 99;
+    const char* const evidence = "2026-11-13  07:05:44> A\r\n";
+    for (int i = 1; i <= suffixes; ++i)
+        Temp.Put("QorView-2026-317-070544" + (i == 1 ? "" : Format("-%d", i)) + ".log", "older");
+    Temp.Put("QorView.log", evidence);
+    Open();
+    EXPECT_EQ(Doc.SessionLog.FilePath(), Folder + "QorView2.log");
+    EXPECT_EQ(Content(Folder + "QorView.log"), evidence);
+    Close();
+}
+
 TEST_F(ASessionLog, OtherFailureNamesThePathAndTheCause) {
     Doc.SessionLog.SetFile(true, Folder + "none" + PathSeparator());
     Doc.SessionLog.OpenSessionLog();
