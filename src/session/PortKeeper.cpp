@@ -86,14 +86,20 @@ void CPortKeeper::Tend() {
             NoteLoss(port, look);
         if (!look.connected && look.tries)
             Try(port, look);
-        else if (port.counting) // not in the round in which it came back: nobody has sent yet
+        else if (HasCounted(port, look)) // not in the round in which it came back
             SayBack(port, look);
     }
 }
 
+bool CPortKeeper::HasCounted(const Port& port, const Look& look) const {
+    return port.counting &&
+           (look.allHeard || Session.Clock.MonotonicMilliseconds() - port.backAt >= CountingTime);
+}
+
 void CPortKeeper::NoteLoss(Port& port, const Look& look) {
+    if (port.counting) // what was missing before is not this gap's
+        SayBack(port, look);
     port.lost = true;
-    port.counting = false;
     port.since = Session.Clock.MonotonicMilliseconds();
     port.pause = FirstPause;
     port.nextTry = port.since + port.pause;
@@ -125,9 +131,6 @@ void CPortKeeper::Try(Port& port, const Look& look) {
 }
 
 void CPortKeeper::SayBack(Port& port, const Look& look) {
-    const std::int64_t now = Session.Clock.MonotonicMilliseconds();
-    if (!look.allHeard && now - port.backAt < CountingTime)
-        return;
     port.counting = false;
     std::string text = Format("%s is back after %lld s.", look.name.c_str(),
                               static_cast<long long>((port.backAt - port.since + 500) / 1000));

@@ -68,6 +68,30 @@ TEST_F(APortKeeper, BringsAPortBackAndSaysWhatItsCountersMiss) {
     EXPECT_EQ(Reported(), "");
 }
 
+TEST_F(APortKeeper, NamesTheFramesOfEachGapWhenItIsLostAgainAtOnce) {
+    Add("PRO", Port);
+    Doc.SetReconnect(Port, true);
+    ASSERT_EQ(Doc.ConnectResource(Port), CommResult::Success);
+    const struct {
+        int first, last;
+        const char* said;
+    } connections[] = {{1, 5, "PORT1 was lost"},
+                       {46, 50,
+                        "PORT1 is back after 1 s. Frames missing by their counters: 40 of "
+                        "PRO.|PORT1 was lost"},
+                       {58, 59, "missing by their counters: 7 of PRO.|PORT1 was lost"}};
+    for (const auto& one : connections) {
+        while (!Figures().connected)
+            TriesIn(1);
+        Frames(one.first, one.last);
+        Pull();
+        Reported();
+        Doc.Ports.Tend();
+        EXPECT_THAT(Reported(), HasSubstr(one.said));
+        Script.Repair();
+    }
+}
+
 TEST_F(APortKeeper, LeavesAloneWhatIsNotToBeTried) {
     Add("PRO", Port);
     ASSERT_EQ(Doc.ConnectResource(Port), CommResult::Success);
