@@ -72,7 +72,7 @@ void CLogStage::BeginCounting() {
     const StageFigures before = std::exchange(Counted, {});
     Counted.totalWritten = before.totalWritten;
     Counted.totalUnstored = before.totalUnstored;
-    Offered.clear();
+    ByOwner.clear();
 }
 
 void CLogStage::CountUnstored(const LogRecords& records) {
@@ -166,9 +166,10 @@ void CLogStage::Count(std::size_t written, FileCause cause) {
         const std::uint32_t owner = Writing.marks[i].owner;
         if (owner == 0)
             continue;
-        if (owner >= Offered.size())
-            Offered.resize(owner + 1);
-        ++Offered[owner];
+        if (owner >= ByOwner.size())
+            ByOwner.resize(owner + 1);
+        ++ByOwner[owner].offered;
+        ByOwner[owner].written += i < written;
         ++Counted.framesOffered;
         Counted.framesWritten += i < written;
         Counted.totalWritten += i < written;
@@ -219,9 +220,9 @@ StageFigures CLogStage::Figures() const {
     return figures;
 }
 
-std::uint32_t CLogStage::OfferedOf(std::uint32_t owner) const {
+OwnerFrames CLogStage::FramesOf(std::uint32_t owner) const {
     CLock lock(StageLock);
-    return owner < Offered.size() ? Offered[owner] : 0;
+    return owner < ByOwner.size() ? ByOwner[owner] : OwnerFrames();
 }
 
 } // namespace qor

@@ -33,6 +33,12 @@ struct StageFigures {
     FileCause cause = FileCause::None;    ///< of the failure after which it rests
 };
 
+/// Frames of one owner, in the present or latest file.
+struct OwnerFrames {
+    std::uint32_t offered = 0; ///< written, and the one at which the file failed
+    std::uint32_t written = 0;
+};
+
 class CLogStage {
   public:
     static constexpr std::size_t DefaultCapacity = std::size_t{64} << 20;
@@ -82,8 +88,7 @@ class CLogStage {
     /// Once a log is created; until it is closed.
     const CFile& OpenFile() const { return Writer.OpenFile(); }
     StageFigures Figures() const;
-    /// Frames of one owner that were offered to the file.
-    std::uint32_t OfferedOf(std::uint32_t owner) const;
+    OwnerFrames FramesOf(std::uint32_t owner) const;
 
   private:
     void Run();
@@ -106,7 +111,7 @@ class CLogStage {
     std::size_t WritingBytes GUARDED_BY(StageLock) = 0;
     std::int64_t WritingSince GUARDED_BY(StageLock) = 0;
     StageFigures Counted GUARDED_BY(StageLock);
-    std::vector<std::uint32_t> Offered GUARDED_BY(StageLock); ///< by owner
+    std::vector<OwnerFrames> ByOwner GUARDED_BY(StageLock);
     bool Busy GUARDED_BY(StageLock) = false;
     bool Idle GUARDED_BY(StageLock) = false;    ///< the writer waits for records
     bool Resting GUARDED_BY(StageLock) = false; ///< there is no file to write to

@@ -395,12 +395,12 @@ ResourceStatus CQorViewDoc::StatusOf(const CQorViewRes& resource) const {
     status.figures = resource.Comm.Figures();
     for (const auto& instrument : resource.Instruments) {
         const CFrameChecks& checks = instrument->Checks;
-        status.instruments.push_back({instrument->Id, instrument->ShownName(),
-                                      instrument->FramesReceived, checks.DroppedCount,
-                                      checks.ChecksumErrorCount, checks.ValueErrorCount,
-                                      RawLog.FramesThisLog(*instrument), instrument->Live.FrameRate,
-                                      instrument->Live.Immersed, instrument->AcquisitionEnabled,
-                                      checks.ChecksCounter(), checks.ChecksSum()});
+        status.instruments.push_back(
+            {instrument->Id, instrument->ShownName(), instrument->FramesReceived,
+             checks.DroppedCount, checks.ChecksumErrorCount, checks.ValueErrorCount,
+             RawLog.FramesThisLog(*instrument).written, instrument->Live.FrameRate,
+             instrument->Live.Immersed, instrument->AcquisitionEnabled, checks.ChecksCounter(),
+             checks.ChecksSum()});
         status.frames += instrument->FramesReceived;
         const CInstrument& definition = instrument->Definition();
         status.longestFrame =

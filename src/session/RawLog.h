@@ -147,8 +147,7 @@ class CRawLog {
     void SetWaitingCapacity(std::size_t bytes) { Stage.SetCapacity(bytes); }
 
     LogStatus Status() const;
-    /// Frames of the instrument offered to the present or latest log.
-    std::uint32_t FramesThisLog(const CQorViewIns& instrument) const REQUIRES(Session.DocLock);
+    OwnerFrames FramesThisLog(const CQorViewIns& instrument) const REQUIRES(Session.DocLock);
     /// Clears the flag that says that frames were logged.
     void ClearDataLogged();
     /// Ends the run and waits until the disk has everything. For the end of the document.

@@ -50,8 +50,9 @@ std::uint32_t CRawLog::SlotOf(CQorViewIns& instrument) {
     return instrument.Slot;
 }
 
-std::uint32_t CRawLog::FramesThisLog(const CQorViewIns& instrument) const {
-    return instrument.SlotLog == LogNumber && LogNumber != 0 ? Stage.OfferedOf(instrument.Slot) : 0;
+OwnerFrames CRawLog::FramesThisLog(const CQorViewIns& instrument) const {
+    return instrument.SlotLog == LogNumber && LogNumber != 0 ? Stage.FramesOf(instrument.Slot)
+                                                             : OwnerFrames();
 }
 
 std::uint64_t CRawLog::NextOffset() const {

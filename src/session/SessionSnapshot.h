@@ -20,8 +20,8 @@ struct InstrumentFigures {
     std::uint64_t dropped = 0;
     std::uint64_t checksumErrors = 0;
     std::uint64_t valueErrors = 0;
-    std::uint32_t framesThisLog = 0;
-    double nominalRate = 0.0; ///< Hz
+    std::uint32_t framesThisLog = 0; ///< written into the present or latest file
+    double nominalRate = 0.0;        ///< Hz
     bool immersed = false;
     bool acquired = true;       ///< its frames are looked for
     bool checksCounter = false; ///< else `dropped` says nothing

@@ -79,7 +79,7 @@ TEST_F(AFramePrinter, AStalledReaderCostsRowsThatAreCountedAndNoFrameOfTheLog) {
     Printer->Finish(10'000);
     EXPECT_GT(Printer->Figures().unprinted, 0U);
     EXPECT_EQ(Printer->Figures().unprinted + Lines(), offered);
-    EXPECT_EQ(FramesThisLog(*Pro), offered);
+    EXPECT_EQ(FramesThisLog(*Pro).written, offered);
 }
 
 TEST_F(AFramePrinter, AReaderThatGoesEndsThePrintingAlone) {
@@ -93,7 +93,7 @@ TEST_F(AFramePrinter, AReaderThatGoesEndsThePrintingAlone) {
     Offer(*Pro, {CounterFrame("PRO", 1)});
     Printer->Finish(10'000);
     EXPECT_EQ(Lines(), 1U);
-    EXPECT_EQ(FramesThisLog(*Pro), 1U);
+    EXPECT_EQ(FramesThisLog(*Pro).written, 1U);
 }
 
 } // namespace

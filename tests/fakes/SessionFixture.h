@@ -61,7 +61,7 @@ class ASession : public testing::Test {
         return Doc.Find(id);
     }
     CQorViewIns* Find(const std::string& name) { return Find(Doc.FindInstrument(name)); }
-    std::uint32_t FramesThisLog(const CQorViewIns& instrument) {
+    OwnerFrames FramesThisLog(const CQorViewIns& instrument) {
         CRecursiveLock lock(Doc.DocLock);
         Doc.RawLog.LockIsHeld();
         return Doc.RawLog.FramesThisLog(instrument);

@@ -65,7 +65,7 @@ TEST_F(AnInstrument, ChecksAndLoggingFollowTheirSwitchesWithTheNextFrame) {
     frames({2, 3});
     Change(pro->Id, &InstrumentDefaults::LogEnabled, true);
     frames({4});
-    EXPECT_EQ(FramesThisLog(*pro), 2u);
+    EXPECT_EQ(FramesThisLog(*pro).written, 2u);
 
     InstrumentDefaults titled;
     titled.Title = "a\nb";

@@ -103,7 +103,8 @@ TEST_F(AFailingDisk, DiskFullEndsTheLogWithAWholeRecordAndStopsTheRunOnDemand) {
     EXPECT_TRUE(status.runFailed);
     EXPECT_EQ(status.framesLogged, 2u);
     EXPECT_EQ(status.framesOffered, 3u);
-    EXPECT_EQ(FramesThisLog(*pro), 3u);
+    EXPECT_EQ(FramesThisLog(*pro).offered, 3u);
+    EXPECT_EQ(Doc.Snapshot().Find(pro->Id)->framesThisLog, 2u);
     EXPECT_EQ(pro->FramesReceived, 6u);
 }
 

@@ -126,7 +126,7 @@ TEST_F(ARawLog, FramesAndTimeStampsStandInTheOrderOfTheirArrival) {
     EXPECT_EQ(status.framesLogged, 3u);
     EXPECT_EQ(status.fileSize, Content(Log()).size());
     EXPECT_TRUE(status.dataLogged);
-    EXPECT_EQ(FramesThisLog(*pro), 2u);
+    EXPECT_EQ(FramesThisLog(*pro).written, 2u);
 }
 
 TEST_F(ARawLog, OnlyUnusableFramesAndThoseOfSilencedInstrumentsAreLeftOut) {
@@ -150,7 +150,7 @@ TEST_F(ARawLog, OnlyUnusableFramesAndThoseOfSilencedInstrumentsAreLeftOut) {
     ASSERT_TRUE(Doc.RawLog.EndLogFile(true));
     EXPECT_EQ(Data(Log()), CounterFrame("PRO", 9) + Tag);
     EXPECT_THAT(seen, ElementsAre(0, 0, 0, 1));
-    EXPECT_EQ(FramesThisLog(*pro), 1u);
+    EXPECT_EQ(FramesThisLog(*pro).written, 1u);
     EXPECT_EQ(Doc.RawLog.Status().framesOffered, 2u);
     CFrameQueue stray;
     CFrameInfo nobodys;
