@@ -29,10 +29,11 @@ enum class EventKind : std::uint8_t {
     FramesUnstored, ///< accepted frames that could not be kept for the log
     PortLost,       ///< subject: the resource, as for the other port events
     PortBack,
-    FramesLost,   ///< the frame queue overflowed
-    BytesLost,    ///< bytes that no frame could be made of, for a reason worth saying
-    NoFrames,     ///< bytes for a while and no frame of any instrument
-    BytesNotKept, ///< a capture of a port's bytes is full or failed; subject: its path
+    FramesLost,    ///< the frame queue overflowed
+    BytesLost,     ///< bytes that no frame could be made of, for a reason worth saying
+    NoFrames,      ///< bytes for a while and no frame of any instrument
+    BytesNotKept,  ///< a capture of a port's bytes is full or failed; subject: its path
+    CaptureFailed, ///< ... which had been asked for
     ClockStepped,
     PositionKept,     ///< the position in a log's header is not the measured one
     DefinitionFaulty, ///< subject: the definition's path

@@ -183,8 +183,8 @@ void CLogConsole::Summarise() {
     std::string text;
     for (const std::string& path : LogRun.LogFiles())
         text += "raw log: " + path + "\n";
-    for (const std::string& path : Document.Captures.Paths())
-        text += "capture: " + path + "\n";
+    for (const CaptureStatus& capture : Document.Captures.Status())
+        text += CaptureLine(capture);
     if (std::string path = Document.SessionLog.FilePath(); !path.empty())
         text += "session log: " + path + "\n";
     const SessionSnapshot snapshot = Document.Snapshot();

@@ -53,11 +53,18 @@ FileCause CCaptureFile::Create(const std::string& folder, const FrameTime& now,
 }
 
 FileCause CCaptureFile::Write(ByteSpan bytes) {
-    if (!IsOpen())
+    if (!IsOpen()) {
+        Missing += bytes.size();
         return FileCause::None;
+    }
     const auto room = static_cast<std::size_t>(std::min<std::uint64_t>(Limit - Size, bytes.size()));
     const FileCause cause = File.Write(bytes.first(room));
-    Size += room;
+    std::uint64_t stands = Size + room;
+    if (cause != FileCause::None && File.Size(stands) != FileCause::None)
+        stands = Size;
+    stands = std::min(stands, Size + room); // others may have added to it
+    Missing += Size + bytes.size() - stands;
+    Size = stands;
     if (cause != FileCause::None || IsFull())
         File.Close();
     return cause;

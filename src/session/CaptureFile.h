@@ -22,18 +22,22 @@ class CCaptureFile {
     /// Creates the file in a folder whose name ends in a separator, under the local time and the
     /// port's name. A name that is taken gets a number.
     FileCause Create(const std::string& folder, const FrameTime& now, const std::string& port);
-    /// Writes what there is room for. After a failure, or when it is full, the file is closed.
+    /// Writes what there is room for. After a failure, or when it is full, the file is closed; what
+    /// comes then is counted.
     FileCause Write(ByteSpan bytes);
     void Close() { File.Close(); }
 
     bool IsOpen() const { return File.IsOpen(); }
     bool IsFull() const { return Size >= Limit; }
+    /// Bytes that were to be written and are not in the file.
+    std::uint64_t Unkept() const { return Missing; }
     /// Also of a file that could not be created.
     const std::string& Path() const { return Name; }
 
   private:
     const std::uint64_t Limit;
     std::uint64_t Size = 0;
+    std::uint64_t Missing = 0;
     std::string Name;
     CFile File;
 };

@@ -25,6 +25,7 @@ constexpr EventAdvice Advices[] = {
     {EventKind::BytesLost, true, true, "Is it the right definition?"},
     {EventKind::NoFrames, true, false, "Try its definition with check --frame."},
     {EventKind::BytesNotKept, true, false, ""},
+    {EventKind::CaptureFailed, true, true, "Look at its disk and folder."},
     {EventKind::ClockStepped, true, false, "Times in the log follow it."},
     {EventKind::PositionKept, true, false, "The typed position stands there."},
     {EventKind::UnitsUnknown, true, false, "Nothing is derived from it."},

@@ -8,6 +8,7 @@
 #include "session/NearestMiss.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace qor {
 
@@ -20,6 +21,12 @@ constexpr std::size_t SampleBytes = 32U << 10;
 std::uint64_t LineErrorsOf(const LineErrorCounts& counts) {
     return counts[static_cast<std::size_t>(LineErrorKind::Framing)] +
            counts[static_cast<std::size_t>(LineErrorKind::Parity)];
+}
+
+/// Decided: bytes that a capture lacks are a fault where it was asked for; one that was begun for a
+/// warning is a help.
+EventKind KindOfLoss(CaptureRule rule) {
+    return rule == CaptureRule::All ? EventKind::CaptureFailed : EventKind::BytesNotKept;
 }
 
 /// How near bytes come to a sync header, from 0 to 1.
@@ -69,8 +76,8 @@ void CPortCaptures::Begin(CaptureRule rule, std::uint64_t limit) {
             resource->Comm.Tap().KeepAll();
 }
 
-std::vector<std::string> CPortCaptures::Paths() const {
-    CLock lock(PathsLock);
+std::vector<CaptureStatus> CPortCaptures::Status() const {
+    CLock lock(FilesLock);
     return Files;
 }
 
@@ -132,7 +139,7 @@ void CPortCaptures::Tend() {
         if (!port.file && !look.bytes.empty() && look.rule == CaptureRule::All)
             if (const std::string fault = BeginFile(port, look); !fault.empty())
                 Messages.Raise(
-                    {EventKind::BytesNotKept, port.file->Path(), look.name + ": " + fault});
+                    {KindOfLoss(look.rule), port.file->Path(), look.name + ": " + fault});
         if (look.overdue)
             Warn(port, look);
         if (port.file && !port.done)
@@ -143,9 +150,13 @@ void CPortCaptures::Tend() {
 void CPortCaptures::Finish() {
     Tend();
     for (Port& port : Ports)
-        if (port.file) {
+        if (port.file && !std::exchange(port.done, true)) {
             port.file->Close();
-            port.done = true;
+            const CaptureStatus file = Status()[port.place];
+            if (file.unkept > 0)
+                Messages.Report(Format("The capture \"%s\" lacks %llu bytes.\r\n",
+                                       file.path.c_str(),
+                                       static_cast<unsigned long long>(file.unkept)));
         }
 }
 
@@ -169,39 +180,42 @@ void CPortCaptures::Warn(Port& port, const Look& look) {
 std::string CPortCaptures::BeginFile(Port& port, const Look& look) {
     port.file = std::make_unique<CCaptureFile>(look.limit);
     const FileCause cause = port.file->Create(look.folder, Session.Clock.Now(), look.name);
-    port.done = cause != FileCause::None;
-    if (port.done)
+    {
+        CLock lock(FilesLock);
+        port.place = Files.size();
+        Files.push_back({port.file->Path(), cause == FileCause::None});
+    }
+    if (cause != FileCause::None)
         return "Its bytes cannot be kept in \"" + port.file->Path() +
                "\": " + std::string(GetFileErrorText(cause)) + "\r\n";
-    CLock lock(PathsLock);
-    Files.push_back(port.file->Path());
     return {};
 }
 
+/// Once the file has failed or is full, what it lacks is counted.
 void CPortCaptures::Write(Port& port, const Look& look) {
     CCaptureFile& file = *port.file;
-    const auto say = [&](const std::string& what) {
-        Messages.Raise({EventKind::BytesNotKept, file.Path(),
-                        "The capture \"" + file.Path() + "\" " + what + "\r\n"});
+    const auto say = [&](EventKind kind, const std::string& what) {
+        Messages.Raise({kind, file.Path(), "The capture \"" + file.Path() + "\" " + what + "\r\n"});
     };
-    if (const std::uint64_t unkept = look.tap.unkept - port.unkeptSaid; unkept > 0) {
-        port.unkeptSaid = look.tap.unkept;
-        say(Format("lacks %llu bytes: the disk was too slow for them.",
-                   static_cast<unsigned long long>(unkept)));
-    }
-    if (const FileCause cause = file.Write(look.bytes); cause != FileCause::None) {
-        say("takes no more: " + std::string(GetFileErrorText(cause)));
-        port.done = true;
-    } else if (file.IsFull()) {
-        say(Format("holds %llu MB and takes no more.",
+    const bool open = file.IsOpen();
+    const std::uint64_t before = std::exchange(port.unkeptSaid, look.tap.unkept);
+    if (const std::uint64_t unkept = look.tap.unkept - before; open && unkept > 0)
+        say(KindOfLoss(look.rule), Format("lacks %llu bytes: the disk was too slow for them.",
+                                          static_cast<unsigned long long>(unkept)));
+    if (const FileCause cause = file.Write(look.bytes); cause != FileCause::None)
+        say(KindOfLoss(look.rule), "takes no more: " + std::string(GetFileErrorText(cause)));
+    else if (open && file.IsFull())
+        say(EventKind::BytesNotKept,
+            Format("holds %llu MB and takes no more.",
                    static_cast<unsigned long long>(look.limit / 1'000'000)));
-        port.done = true;
-    } else if (look.rule == CaptureRule::Unframed && look.tap.framed) {
-        file.Close();
-        port.done = true;
+    port.done = look.rule == CaptureRule::Unframed && look.tap.framed;
+    if (port.done && file.IsOpen())
         Messages.Report(look.name + ": its first frame has come; the capture \"" + file.Path() +
                         "\" ends.\r\n");
-    }
+    if (port.done)
+        file.Close();
+    CLock lock(FilesLock);
+    Files[port.place].unkept = file.Unkept() + look.tap.unkept;
 }
 
 } // namespace qor

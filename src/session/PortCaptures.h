@@ -22,6 +22,13 @@ enum class CaptureRule : std::uint8_t {
     All
 };
 
+/// How a port's capture stands.
+struct CaptureStatus {
+    std::string path;
+    bool made = false;        ///< else the file could not be created
+    std::uint64_t unkept = 0; ///< bytes of the port that should be in it and are not
+};
+
 class CPortCaptures {
   public:
     CPortCaptures(SessionState& session, CMessageSink& messages)
@@ -33,8 +40,8 @@ class CPortCaptures {
     void Tend();
     /// Writes what is left and closes the files. When the ports are disconnected.
     void Finish();
-    /// The files of the session, in the order in which they were begun. Any thread.
-    std::vector<std::string> Paths() const;
+    /// The captures of the session, in the order in which they were begun. Any thread.
+    std::vector<CaptureStatus> Status() const;
 
   private:
     struct Port {
@@ -42,6 +49,7 @@ class CPortCaptures {
         bool warned = false;
         bool done = false; ///< it will not be captured any more
         std::uint64_t unkeptSaid = 0;
+        std::size_t place = 0; ///< of its file among all
         std::unique_ptr<CCaptureFile> file;
     };
     struct Look;
@@ -56,8 +64,8 @@ class CPortCaptures {
 
     SessionState& Session;
     CMessageSink& Messages;
-    mutable CMutex PathsLock; ///< a leaf
-    std::vector<std::string> Files GUARDED_BY(PathsLock);
+    mutable CMutex FilesLock; ///< a leaf
+    std::vector<CaptureStatus> Files GUARDED_BY(FilesLock);
     CaptureRule Rule GUARDED_BY(Session.DocLock) = CaptureRule::None;
     std::uint64_t Limit GUARDED_BY(Session.DocLock) = CCaptureFile::DefaultLimit;
     // Of the thread that tends.

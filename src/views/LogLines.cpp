@@ -124,6 +124,12 @@ std::string LogSummary(const LogStatus& log, std::size_t files, std::optional<do
            (secondsLeft ? "; at this rate the disk has " + TimeLeftText(*secondsLeft) : "") + "\n";
 }
 
+std::string CaptureLine(const CaptureStatus& capture) {
+    return (capture.made ? "capture: " : "no capture: ") + capture.path +
+           (capture.unkept == 0 ? "" : Format(", %llu bytes not kept", Printed(capture.unkept))) +
+           "\n";
+}
+
 std::string SummaryLines(const SessionSnapshot& snapshot) {
     std::string text;
     for (const ResourceStatus& resource : snapshot.resources) {

@@ -4,6 +4,7 @@
 // end, for faces without windows. Pure: made from a moment's figures; any thread, no lock.
 #pragma once
 
+#include "session/PortCaptures.h"
 #include "session/SessionSnapshot.h"
 
 #include <optional>
@@ -21,6 +22,9 @@ std::string LogLine(const LogStatus& log, std::optional<double> secondsLeft, std
 
 /// What all files of the run hold, and what they lack; with its end.
 std::string LogSummary(const LogStatus& log, std::size_t files, std::optional<double> secondsLeft);
+
+/// Where a port's bytes are, and how many are not. With its end.
+std::string CaptureLine(const CaptureStatus& capture);
 
 /// What each instrument brought, and under the instruments of a port what it did not bring. Each
 /// line with its end.

@@ -832,6 +832,19 @@ class Acquisition(Folder):
         self.assertIn(f"{line.name}: {len(sent)} of {len(sent)} bytes discarded", output)
         self.assertEqual(len(decoded("-d", PROFILER, str(kept))), 18000)
 
+    def test_a_capture_that_was_asked_for_and_fails_is_a_fault_and_says_what_it_lacks(self):
+        line, limit = Line(), 20000
+        process = self.start("--port", line.name, "-d", PROFILER, "--capture")
+        resource.prlimit(process.pid, resource.RLIMIT_FSIZE, (limit, resource.RLIM_INFINITY))
+        sent = b"".join(self.frames_of(PROFILER, 100)) + b"x" * 30000
+        line.send(sent)
+        wait_for(lambda: "takes no more" in self.session_log(), "the capture's end")
+        status, output, errors = self.finish(process)
+        kept, = self.folder.glob("2*.bin")
+        self.assertEqual((status, kept.read_bytes()), (1, sent[:limit]), errors)
+        self.assertEqual(errors.count(f'error: The capture "{kept}" takes no more: The disk is full.'), 1, errors)
+        self.assertIn(f"capture: {kept}, {len(sent) - limit} bytes not kept\n", output)
+
     def test_values_are_printed_as_decode_prints_them_and_no_reader_harms_the_log(self):
         line, screen = Line(), pty.openpty()
         frames = self.frames_of(PROFILER, 8000)  # more lines than may wait

@@ -3,6 +3,7 @@
 // Bytes that give no frame, by a manual clock and a scripted port: what is said, and what is kept.
 #include "fakes/ScriptedPort.h"
 #include "fakes/SessionFixture.h"
+#include "session/EventAdvice.h"
 
 namespace qor {
 namespace {
@@ -38,8 +39,13 @@ class APortCapture : public ALineOfBytes, public ASession {
     std::string Kept() {
         Doc.DisconnectAll();
         Doc.Captures.Finish();
-        const std::vector<std::string> paths = Doc.Captures.Paths();
-        return paths.size() == 1 ? Content(paths[0]) : Format("%zu files", paths.size());
+        const std::vector<CaptureStatus> files = Doc.Captures.Status();
+        return files.size() == 1 ? Content(files[0].path) : Format("%zu files", files.size());
+    }
+    void LeadLogsNowhere() {
+        LogNaming naming;
+        naming.logDirectory = Folder + "none/";
+        Set(&CQorViewDoc::Naming, naming);
     }
     const std::string Path = Folder + "2005-123-142310-PORT1.bin";
 };
@@ -73,7 +79,7 @@ TEST_F(APortCapture, IsNotMadeWithoutNeed) {
             EXPECT_EQ(Receive(bytes, seconds).find("no frame"), std::string::npos) << one.what;
         Doc.DisconnectAll();
     }
-    EXPECT_THAT(Doc.Captures.Paths(), IsEmpty());
+    EXPECT_THAT(Doc.Captures.Status(), IsEmpty());
 }
 
 TEST_F(APortCapture, IsMadeOfAllBytesWhereThatIsWanted) {
@@ -89,6 +95,8 @@ TEST_F(APortCapture, EndsAtItsLimitAndSaysSoOnce) {
     EXPECT_THAT(Receive("sevenby"), HasSubstr("takes no more"));
     EXPECT_EQ(Receive("sevenby"), "");
     EXPECT_EQ(Kept(), "sevenbysev");
+    EXPECT_THAT(Reported(), HasSubstr("lacks 11 bytes"));
+    EXPECT_EQ(Doc.Captures.Status()[0].unkept, 11u);
 }
 
 TEST_F(APortCapture, LeavesWhatIsThereAloneAndFollowsNoLink) {
@@ -104,21 +112,34 @@ TEST_F(APortCapture, LeavesWhatIsThereAloneAndFollowsNoLink) {
 }
 
 TEST_F(APortCapture, ThatCannotBeMadeIsSaidWithTheWarning) {
-    LogNaming naming;
-    naming.logDirectory = Folder + "none/";
-    Set(&CQorViewDoc::Naming, naming);
+    LeadLogsNowhere();
     Connect(CaptureRule::Unframed);
     Receive("junk");
     EXPECT_THAT(Receive("junk", 5), HasSubstr("Its bytes cannot be kept in \"" + Folder + "none/"));
     EXPECT_EQ(Receive("junk", 5), "");
-    EXPECT_THAT(Doc.Captures.Paths(), IsEmpty());
+    EXPECT_FALSE(Doc.Captures.Status()[0].made);
+}
+
+TEST_F(APortCapture, ThatWasAskedForAndCannotBeMadeIsOneFaultAndItsBytesAreCounted) {
+    LeadLogsNowhere();
+    std::size_t faults = 0;
+    Doc.Acquisition.OnEvent = [&faults](const Event& event) {
+        const EventAdvice* row = AdviceOf(event.kind);
+        faults += row && row->fault;
+    };
+    Connect(CaptureRule::All);
+    EXPECT_THAT(Receive("junk"), HasSubstr("Its bytes cannot be kept in \"" + Folder + "none/"));
+    Receive(CounterFrame("PRO", 1));
+    EXPECT_EQ(faults, 1u);
+    EXPECT_EQ(Doc.Captures.Status()[0].unkept, 10u);
+    Doc.Acquisition.OnEvent = nullptr;
 }
 
 TEST_F(APortCapture, IsNotMadeWhereNobodyKeepsBytes) {
     Connect(CaptureRule::None);
     Receive("junk");
     EXPECT_THAT(Receive("junk", 5), HasSubstr("no frame of its instruments"));
-    EXPECT_THAT(Doc.Captures.Paths(), IsEmpty());
+    EXPECT_THAT(Doc.Captures.Status(), IsEmpty());
 }
 
 } // namespace

@@ -71,6 +71,7 @@ void CMessages::Show(const Event& event) {
     case EventKind::BytesLost:
     case EventKind::NoFrames:
     case EventKind::BytesNotKept:
+    case EventKind::CaptureFailed:
     case EventKind::ClockStepped:
     case EventKind::PositionKept:
     case EventKind::DefinitionFaulty:
