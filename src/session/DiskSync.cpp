@@ -6,7 +6,6 @@
 
 #include "base/Text.h"
 #include "platform/FileErrorText.h"
-#include "session/FileKind.h"
 
 #include <iterator>
 #include <utility>
@@ -104,34 +103,45 @@ void CDiskSync::ReportFailure(const std::string& path, FileCause cause) {
                         "\r\n\tLogging goes on; a power failure may lose the latest data.\r\n"});
 }
 
+/// Counts; says that the failures so far have passed. True for the first of them.
+bool CDiskSync::IsNewFailure(const char* what, const std::string& path, FileCause cause,
+                             std::uint32_t& failures) {
+    if (cause != FileCause::None)
+        return failures++ == 0;
+    if (const std::uint32_t passed = std::exchange(failures, 0))
+        Messages.Report(Format("%s with the disk again after %u failures: \"%s\".\r\n", what,
+                               passed, path.c_str()));
+    return false;
+}
+
 /// The file's own synchronisation says nothing about its name.
+/// Decided: a folder that could not be synchronised ends no log; another file would stand in it
+/// too.
 void CDiskSync::SynchroniseName(WatchedFile& watched) {
-    if (std::exchange(watched.nameDone, true))
-        return;
-    if (const FileCause cause = SyncFolderOf(watched.path); cause != FileCause::None)
-        ReportFailure(FolderPartOf(watched.path), cause);
+    if (watched.nameDone || watched.file.Standing() != FileStanding::There)
+        return; // what has become of its name was said
+    const FileCause cause = SyncFolderOf(watched.path);
+    watched.nameDone = cause == FileCause::None;
+    if (IsNewFailure("Folder synchronized", watched.path, cause, watched.nameFailures))
+        Messages.Raise({EventKind::SyncFailed, watched.path,
+                        "Error synchronizing the folder of the log file with the disk: \"" +
+                            watched.path + "\".\r\n\t" + std::string(GetFileErrorText(cause)) +
+                            "\r\n\tLogging goes on; a power failure may lose the whole log.\r\n"});
 }
 
 void CDiskSync::Synchronise(WatchedFile& watched) {
     SynchroniseName(watched);
     const FileCause cause = watched.file.Sync();
-    if (cause == FileCause::None) {
-        if (const std::uint32_t failures = std::exchange(watched.failures, 0))
-            Messages.Report(
-                Format("Synchronized with the disk again after %u failures: \"%s\".\r\n", failures,
-                       watched.path.c_str()));
-        return;
-    }
-    if (watched.failures++ > 0)
+    if (!IsNewFailure("Synchronized", watched.path, cause, watched.failures))
         return;
     Note(watched, FileTrouble::SyncFailed);
     ReportFailure(watched.path, cause);
 }
 
-void CDiskSync::GiveUp(const WatchedFile& watched) {
-    if (watched.failures > 0)
-        Messages.Report(Format("Not synchronized with the disk, in %u tries: \"%s\".\r\n",
-                               watched.failures, watched.path.c_str()));
+void CDiskSync::GiveUp(const char* what, const std::string& path, std::uint32_t failures) {
+    if (failures > 0)
+        Messages.Report(
+            Format("%s with the disk, in %u tries: \"%s\".\r\n", what, failures, path.c_str()));
 }
 
 std::uint64_t CDiskSync::WaitForRound(std::vector<WatchedFile>& files, bool& stopping) {
@@ -156,10 +166,12 @@ void CDiskSync::Run() {
             Synchronise(watched);
         }
         std::erase_if(files, [ended](const WatchedFile& watched) {
-            return watched.number <= ended && watched.failures == 0;
+            return watched.number <= ended && watched.failures == 0 && watched.nameFailures == 0;
         });
         while (!files.empty() && (stopping || files.size() > MostFailed + 1)) {
-            GiveUp(files.front());
+            const WatchedFile& oldest = files.front();
+            GiveUp("Folder not synchronized", oldest.path, oldest.nameFailures);
+            GiveUp("Not synchronized", oldest.path, oldest.failures);
             files.erase(files.begin());
         }
     }

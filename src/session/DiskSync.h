@@ -35,8 +35,9 @@ class CDiskSync {
     CDiskSync(const CDiskSync&) = delete;
     CDiskSync& operator=(const CDiskSync&) = delete;
 
-    /// Watches this open file from now on. The first failure of a file is reported, tried again
-    /// every second, and reported with its count when it has passed or the file is given up.
+    /// Watches this open file from now on. The first failure of a file, and that of its folder, is
+    /// reported, tried again every second, and reported with its count when it has passed or the
+    /// file is given up.
     /// `written`: bytes that stand in it for certain, asked from the thread; a file with less was
     /// cut.
     void Watch(const CFile& file, std::function<std::uint64_t()> written);
@@ -54,7 +55,8 @@ class CDiskSync {
         CFile file;
         std::string path;
         std::uint64_t number = 0;
-        std::uint32_t failures = 0; ///< in a row
+        std::uint32_t failures = 0;     ///< in a row
+        std::uint32_t nameFailures = 0; ///< the same, of its folder
         std::function<std::uint64_t()> written;
         bool nameDone = false; ///< its folder was synchronised since it was made
     };
@@ -62,8 +64,10 @@ class CDiskSync {
     void Note(const WatchedFile& watched, FileTrouble trouble);
     void SynchroniseName(WatchedFile& watched);
     void Synchronise(WatchedFile& watched);
+    bool IsNewFailure(const char* what, const std::string& path, FileCause cause,
+                      std::uint32_t& failures);
     void ReportFailure(const std::string& path, FileCause cause);
-    void GiveUp(const WatchedFile& watched);
+    void GiveUp(const char* what, const std::string& path, std::uint32_t failures);
     void Run();
     /// Waits for a second or for news. Returns the number up to which files have ended.
     std::uint64_t WaitForRound(std::vector<WatchedFile>& files, bool& stopping);

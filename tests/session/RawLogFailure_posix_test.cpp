@@ -9,6 +9,7 @@
 
 #include <csignal>
 #include <sys/resource.h>
+#include <unistd.h>
 
 namespace qor {
 namespace {
@@ -289,6 +290,7 @@ TEST_F(AFailingDisk, ThatNoOtherFileCanBeBegunIsOneFaultHoweverOftenItIsTried) {
     Clock.Advance(3000);
     Doc.RawLog.OnLogTick();
     Reported();
+    Doc.RawLog.WaitForDisk();
     EXPECT_EQ(Doc.RawLog.Status().framesLogged, 1u);
     EXPECT_EQ(positions.size(), 2u);
     Doc.Acquisition.OnEvent = nullptr;
@@ -335,6 +337,38 @@ TEST_F(AFailingDisk, FailedSynchronisationIsReportedOncePerFile) {
     ASSERT_EQ(sink.Messages().size(), 1u);
     EXPECT_THAT(sink.Messages()[0],
                 testing::StartsWith("Error synchronizing log file with the disk"));
+}
+
+class CTellingSink : public CCollectingSink {
+  public:
+    void Raise(Event event) override {
+        CCollectingSink::Raise(std::move(event));
+        Told.Set();
+    }
+    CEvent Told;
+};
+
+TEST_F(AFailingDisk, FolderThatCouldNotBeSynchronisedIsTriedAgain) {
+    CTellingSink sink;
+    CDiskSync sync(sink);
+    CFile log;
+    ASSERT_EQ(log.CreateExclusive(Folder + "cast.raw"), FileCause::None);
+    // Only the handle with which the file is synchronised can still be had.
+    const int handle = ::dup(STDERR_FILENO);
+    ::close(handle);
+    rlimit limit{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
+    const rlimit none{static_cast<rlim_t>(handle) + 1, limit.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+    sync.Watch(log, [] { return std::uint64_t{0}; });
+    sink.Told.Wait();
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
+    sync.Finish();
+    sync.Stop();
+    EXPECT_THAT(sink.Messages(),
+                ElementsAre(testing::AllOf(HasSubstr("cast.raw"), HasSubstr("lose the whole log")),
+                            HasSubstr("Folder synchronized with the disk again after ")));
+    EXPECT_EQ(sink.Count(EventKind::SyncFailed), 1u);
 }
 
 } // namespace
