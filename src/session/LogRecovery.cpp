@@ -6,12 +6,12 @@
 #include "platform/File.h"
 #include "platform/FileErrorText.h"
 #include "platform/Folder.h"
-#include "session/FileKind.h"
 #include "session/LogName.h"
 #include "telemetry/FrameSync.h"
 #include "telemetry/RawLogFormat.h"
 
 #include <algorithm>
+#include <array>
 #include <limits>
 #include <set>
 #include <tuple>
@@ -67,11 +67,13 @@ class CLogEnd {
   public:
     CLogEnd(std::span<const LoggedInstrument> instruments, ByteSpan header);
 
-    /// The end of the last whole record in the log's bytes from `offset` on, to its end; empty
-    /// when there is no frame of the instruments.
+    /// The end of the last whole record in the log's bytes from `offset` on, to its end; that of
+    /// the header when they begin there and hold none. Else empty: no frame is of the instruments.
     std::optional<std::uint64_t> Find(std::uint64_t offset, ByteSpan bytes);
     /// Whether a whole frame stands behind it, of an instrument that has tags.
     bool IsBeforeUntagged() const { return Untagged; }
+    /// Whether some frame is of the instruments.
+    bool HasFrame() const { return Found; }
 
   private:
     void Process();
@@ -82,7 +84,9 @@ class CLogEnd {
     std::optional<std::uint64_t> End;
     const std::uint64_t HeaderBytes;
     std::set<std::string, std::less<>> Tagged; ///< instruments whose frames have had tags
+    std::set<std::string, std::less<>> Bare;   ///< those whose frames may have none
     bool Untagged = false;
+    bool Found = false;
 };
 
 CLogEnd::CLogEnd(std::span<const LoggedInstrument> instruments, ByteSpan header)
@@ -91,13 +95,17 @@ CLogEnd::CLogEnd(std::span<const LoggedInstrument> instruments, ByteSpan header)
     for (const LoggedInstrument& instrument : instruments)
         if (Sync.Attach(instrument.request) == CommResult::Success) {
             std::ignore = Sync.SetAcquisition(instrument.request.instrumentName, true);
+            if (!instrument.tagged)
+                Bare.insert(instrument.request.instrumentName);
         }
     Sync.Append(header);
     Process();
 }
 
 std::optional<std::uint64_t> CLogEnd::Find(std::uint64_t offset, ByteSpan bytes) {
-    if (offset != HeaderBytes)
+    if (offset == HeaderBytes)
+        End = offset;
+    else
         Sync.Jump(offset, false);
     Sync.Append(bytes);
     Process();
@@ -124,13 +132,17 @@ void CLogEnd::Process() {
 /// A frame and its tag are one record: one without, of an instrument that has tags, is a part of
 /// one, and stays behind the end. Which instrument had none when the log was written, only the log
 /// knows.
+/// Decided: the first frame of an instrument that is not in the GPS role of this run is taken for
+/// one that lost its tag; a second one shows that there were none.
 void CLogEnd::Take(const CFrameData& frame) {
     const bool tagged = frame.Info.time.known;
     if (tagged)
         Tagged.insert(frame.Info.instrumentName);
-    Untagged = !tagged && Tagged.contains(frame.Info.instrumentName);
+    Untagged = !tagged && (Tagged.contains(frame.Info.instrumentName) ||
+                           Bare.insert(frame.Info.instrumentName).second);
     if (Untagged)
         return;
+    Found = true;
     End = frame.StreamOffset + frame.Bytes.size() + (tagged ? TimeTagSize : 0);
 }
 
@@ -145,6 +157,24 @@ bool IsTornRecord(ByteSpan rest, std::span<const LoggedInstrument> instruments) 
            std::ranges::any_of(instruments, [&begins](const LoggedInstrument& instrument) {
                return begins(instrument.request.syncHeader);
            });
+}
+
+/// Whether it could be one record of the instruments. Without a frame of theirs nothing else says
+/// that the log is theirs.
+bool IsOneRecord(ByteSpan rest, std::span<const LoggedInstrument> instruments) {
+    std::string_view text = AsText(rest);
+    text = text.substr(0, text.find_last_not_of('\0') + 1);
+    std::size_t most = MaxTimeStampSize;
+    for (const LoggedInstrument& instrument : instruments) {
+        const AttachRequest& request = instrument.request;
+        if (request.syncHeader.empty() || !text.starts_with(request.syncHeader))
+            continue;
+        const std::size_t end = request.terminator.empty()
+                                    ? static_cast<std::size_t>(request.frameSize)
+                                    : std::min(text.find(request.terminator), text.size());
+        most = std::max(most, end + request.terminator.size() + TimeTagSize);
+    }
+    return text.size() < most;
 }
 
 /// Moves what stands behind `end` into a file beside. Its path; the cause when it could not be.
@@ -200,7 +230,8 @@ Remains Finish(const std::string& path, std::span<const LoggedInstrument> instru
     const std::optional<std::uint64_t> end = logEnd.Find(from, tail);
     const ByteSpan rest =
         end ? ByteSpan(tail).subspan(static_cast<std::size_t>(*end - from)) : ByteSpan();
-    found.judged = end && (rest.empty() || IsTornRecord(rest, instruments));
+    found.judged = end && (rest.empty() || (IsTornRecord(rest, instruments) &&
+                                            (logEnd.HasFrame() || IsOneRecord(rest, instruments))));
     if (found.judged && !rest.empty()) {
         found.rest = rest.size();
         found.untagged = logEnd.IsBeforeUntagged();
@@ -229,6 +260,16 @@ std::string TextOf(const std::string& path, const Remains& found) {
                          : "Its end is of no instrument of this run and stays as it is.");
 }
 
+/// Whether a file begins as a raw log does, whatever its name; a few bytes are read.
+bool BeginsAsLog(const std::string& path) {
+    CFile file;
+    std::array<std::uint8_t, HeaderRecordStart.size()> begin{};
+    std::size_t got = 0;
+    return !IsDevice(path) && file.OpenForReading(path) == FileCause::None &&
+           file.Read(begin, got) == FileCause::None &&
+           BeginsHeaderRecord(ByteSpan(begin).first(got));
+}
+
 } // namespace
 
 void FinishCutLogs(const std::string& folder, std::span<const LoggedInstrument> instruments,
@@ -236,7 +277,7 @@ void FinishCutLogs(const std::string& folder, std::span<const LoggedInstrument> 
     for (const std::string& name : NamesIn(folder)) {
         const std::string path = folder + name;
         bool readOnly = false;
-        if (ExtensionOf(name) != "raw" || IsReadOnly(path, readOnly) != FileCause::None || readOnly)
+        if (IsReadOnly(path, readOnly) != FileCause::None || readOnly || !BeginsAsLog(path))
             continue;
         const Remains found = Finish(path, instruments);
         if (!found.isLog)

@@ -41,6 +41,12 @@ TEST_F(ACutLog, IsFinishedByTheNextRunBehindItsLastWholeRecord) {
         {Header + one, two.substr(0, 6), "no time tag. Its last 6 bytes"},
         {Header + one, two.substr(0, two.size() - 1), "last 12 bytes"},
         {Header + one + two, std::string(512, '\0'), "last 512 bytes"},
+        {Header, one.substr(0, 4), "within a record. Its last 4 bytes"},
+        {Header, one.substr(0, 6), "no time tag. Its last 6 bytes"},
+        {Header + stamp, one.substr(0, 9), "no time tag. Its last 9 bytes"},
+        {Header, std::string(300, '\0'), "last 300 bytes"},
+        {Header, one.substr(0, 4) + std::string(300, '\0'), "Its last 304 bytes"},
+        {Header + "PRO" + std::string(300, 'x'), "", "stays as it is"},
         {Header + one + stamp, "", "ends with a whole record"},
         {Header + one + stamp, stamp.substr(0, 9), "last 9 bytes"},
         {Header + one + stamp + two, "PR", "last 2 bytes"},
@@ -50,7 +56,8 @@ TEST_F(ACutLog, IsFinishedByTheNextRunBehindItsLastWholeRecord) {
     };
     int number = 0; // each has names of its own: Windows keeps those of an ended log a while
     for (const auto& c : cases) {
-        const std::string name = std::to_string(++number) + ".raw";
+        const bool plain = ++number % 2 == 0; // a log is known by its header, not by its name
+        const std::string name = std::to_string(number) + (plain ? ".dat" : ".raw");
         const std::string path = Temp.Put("cut" + name, c.whole + c.rest);
         ASSERT_TRUE(Begin("next" + name));
         EXPECT_THAT(Reported(), HasSubstr(c.said));
@@ -67,9 +74,15 @@ TEST_F(ACutLog, IsFinishedByTheNextRunBehindItsLastWholeRecord) {
 }
 
 TEST_F(ACutLog, TagsAreThoseOfTheLogWhateverTheRolesAreNow) {
-    ASSERT_EQ(Doc.SetRole(InstrumentRole::Gps, Doc.FindInstrument("PRO")), "");
+    const InstrumentId pro = Doc.FindInstrument("PRO");
     const std::string frame = CounterFrame("PRO", 3);
-    for (const std::string& whole : {Header + Record(1) + Record(2), Header + frame + frame}) {
+    const std::pair<InstrumentId, std::string> cases[] = {
+        {pro, Header + Record(1) + Record(2)},
+        {pro, Header + frame + frame},
+        {pro, Header + frame},
+        {InstrumentId::None, Header + frame + frame}};
+    for (const auto& [gps, whole] : cases) {
+        ASSERT_EQ(Doc.SetRole(InstrumentRole::Gps, gps), "");
         Temp.Put("cut.raw", whole);
         CCollectingSink sink;
         CRecursiveLock lock(Doc.DocLock);
@@ -83,7 +96,6 @@ TEST_F(ACutLog, NothingElseIsTouched) {
     const std::string torn = Header + Record(1) + "PRO";
     Temp.Put("protected.raw", torn);
     ASSERT_EQ(SetReadOnly(Folder + "protected.raw", true), FileCause::None);
-    Temp.Put("other.dat", torn);
     Temp.Put("capture.raw", Record(1) + "PRO");
     Temp.Put("header.raw", Header);
     CFile held;
@@ -94,7 +106,7 @@ TEST_F(ACutLog, NothingElseIsTouched) {
     FinishCutLogs(Folder, Doc.LoggedInstruments(), sink);
     EXPECT_THAT(sink.Messages(), testing::IsEmpty());
     held.Close();
-    for (const char* name : {"protected.raw", "other.dat", "held.raw"})
+    for (const char* name : {"protected.raw", "held.raw"})
         EXPECT_EQ(Content(Folder + name), torn) << name;
 }
 
