@@ -197,6 +197,8 @@ void CLogStage::Rest() {
 void CLogStage::ForgetFile() {
     CLock lock(StageLock);
     Counted.totalWritten -= std::exchange(Counted.framesWritten, 0);
+    for (OwnerFrames& one : ByOwner)
+        one.written = 0;
 }
 
 void CLogStage::Close() {
