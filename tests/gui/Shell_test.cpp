@@ -141,6 +141,32 @@ TEST(ToolRow, StoppingTheLogTakesAHeldButton) {
     EXPECT_EQ(triggered.count(), 2);
 }
 
+TEST(ToolRow, RefreshesOfTheBannerDoNotTakeTheHandOffTheButton) {
+    CMainWindow window(TestTheme());
+    window.ShowStart(false);
+    window.show();
+    QSignalSpy asked(&window, &CMainWindow::Asked);
+    CToolRowButton* button = nullptr;
+    for (auto* found : window.findChildren<CToolRowButton*>())
+        button = found->text() == QStringLiteral("Log") ? found : button;
+    ASSERT_NE(button, nullptr);
+    QTest::mousePress(button, Qt::LeftButton);
+    window.ShowLog(SampleLog(LogState::Idle, RunKind::Live));
+    QTest::mouseRelease(button, Qt::LeftButton);
+    EXPECT_EQ(asked.count(), 1) << "a click that spans a refresh";
+
+    window.ShowLog(SampleLog(LogState::Open, RunKind::Live));
+    QTest::mousePress(button, Qt::LeftButton);
+    EXPECT_TRUE(QTest::qWaitFor(
+        [&] {
+            window.ShowLog(SampleLog(LogState::Open, RunKind::Live));
+            return asked.count() == 2;
+        },
+        5000))
+        << "held through refreshes";
+    EXPECT_EQ(asked.back().front().value<Do>(), Do::StopLog);
+}
+
 TEST(Banner, SaysItsStateToAScreenReader) {
     CBanner banner(TestTheme());
     banner.ShowPage(SampleLog(LogState::Open, RunKind::Practice));

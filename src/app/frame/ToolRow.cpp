@@ -71,6 +71,8 @@ void CToolRowButton::SetAction(QAction* action, const QString& name) {
 }
 
 void CToolRowButton::SetHold(int milliseconds) {
+    if (milliseconds == HoldFor)
+        return; // the banner's refreshes come while a hand is on the button
     HoldFor = milliseconds;
     EndHold();
 }
