@@ -16,6 +16,9 @@
 #include <QAction>
 #include <QApplication>
 #include <QCheckBox>
+#include <QFileDialog>
+#include <QMessageBox>
+#include <QPointer>
 #include <QPushButton>
 #include <QSignalSpy>
 
@@ -337,6 +340,35 @@ TEST_F(AtTheDesk, WindowsComeBackAsTheyWereWithTheirSession) {
     EXPECT_TRUE(series->isFloating());
     EXPECT_EQ(series->pos(), QPoint(300, 200));
     EXPECT_EQ(series->size(), QSize(500, 400));
+}
+
+TEST_F(AtTheDesk, SavingAsAsksAboutTheFileThatItWouldReplace) {
+    Temp.Put("other.qor", "another's");
+    Desk->Session().Open(QString::fromStdString(Temp.Put("kept.qor", Deck())));
+    QString asked;
+    const auto saveAs = [&](const char* name) {
+        Press(Do::SaveSessionAs);
+        QPointer<QFileDialog> dialog = Window->findChild<QFileDialog*>();
+        QTimer::singleShot(0, dialog, [&asked] {
+            if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+                asked = box->text();
+                box->button(QMessageBox::No)->click();
+            }
+        });
+        auto* field = dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+        QApplication::setActiveWindow(dialog); // what is typed counts where the keys go
+        field->setFocus();
+        field->setText(QString::fromStdString(Temp.Path + name));
+        QTest::keyClick(field, Qt::Key_Return);
+        if (dialog)
+            dialog->reject();
+        Settle();
+    };
+    saveAs("other"); // without its ending, as it is typed
+    EXPECT_TRUE(asked.contains(QStringLiteral("other.qor"))) << asked.toStdString();
+    EXPECT_EQ(Temp.Content("other.qor"), "another's");
+    saveAs("third");
+    EXPECT_THAT(Temp.Content("third.qor"), HasSubstr("Deck"));
 }
 
 TEST_F(AtTheDesk, ASessionThatEndedUnexpectedlyIsOfferedAgain) {

@@ -14,7 +14,6 @@
 #include "views/NumberText.h"
 
 #include <QDir>
-#include <QFileInfo>
 #include <QMenu>
 #include <QPointer>
 #include <QStandardPaths>
@@ -221,13 +220,9 @@ void CSessionDesk::AskSaveAs() {
     const std::string path = Parts.Doc().Session.Path();
     const QString suggestion =
         path.empty() ? DocumentsFolder(QStringLiteral("session.qor")) : qor::Shown(path);
-    AskSaveFile(Parts.Theme, &Parts.Window, tr("Save the session"), {tr("Sessions (*.qor)")},
-                suggestion, [this](const QStringList& paths) {
-                    QString chosen = paths.value(0);
-                    if (QFileInfo(chosen).suffix().isEmpty())
-                        chosen += QStringLiteral(".qor");
-                    SaveTo(FullPathOf(chosen.toStdString()));
-                });
+    AskSaveFile(
+        Parts.Theme, &Parts.Window, tr("Save the session"), {tr("Sessions (*.qor)")}, suggestion,
+        [this](const QStringList& paths) { SaveTo(FullPathOf(paths.value(0).toStdString())); });
 }
 
 void CSessionDesk::SaveTo(const std::string& path) {

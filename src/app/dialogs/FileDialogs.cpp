@@ -44,18 +44,25 @@ QFileDialog* Open(const CTheme& theme, QWidget* parent, const QString& title, Fi
     return dialog;
 }
 
-/// The name that stands there ends as one of the filter's does: "Data (*.csv)".
-void TakeEnding(QFileDialog& dialog, const QString& filter) {
+/// Of a filter such as "Data (*.csv)".
+QStringList EndingsOf(const QString& filter) {
     static const QRegularExpression pattern(QStringLiteral("\\*\\.(\\w+)"));
-    const QStringList files = dialog.selectedFiles();
     QStringList endings;
     for (auto match = pattern.globalMatch(filter); match.hasNext();)
         endings.append(match.next().captured(1));
-    const QFileInfo file(files.value(0));
-    if (endings.isEmpty() || file.fileName().isEmpty() || file.isDir() ||
-        endings.contains(file.suffix(), Qt::CaseInsensitive))
+    return endings;
+}
+
+/// The name that stands there ends as one of the filter's does.
+void TakeEnding(QFileDialog& dialog, const QString& filter) {
+    const QStringList endings = EndingsOf(filter);
+    const QFileInfo file(dialog.selectedFiles().value(0));
+    if (endings.isEmpty())
         return;
     dialog.setDefaultSuffix(endings.front());
+    if (file.fileName().isEmpty() || file.isDir() ||
+        endings.contains(file.suffix(), Qt::CaseInsensitive))
+        return;
     dialog.selectFile(file.completeBaseName() + QLatin1Char('.') + endings.front());
 }
 
@@ -76,6 +83,8 @@ QFileDialog* AskSaveFile(const CTheme& theme, QWidget* parent, const QString& ti
     dialog->setAcceptMode(QFileDialog::AcceptSave);
     dialog->setFileMode(QFileDialog::AnyFile);
     dialog->setNameFilters(filters);
+    // The dialog completes a name itself, so that it asks about the file that will be written.
+    dialog->setDefaultSuffix(EndingsOf(filters.value(0)).value(0));
     dialog->selectFile(suggestion);
     QObject::connect(dialog, &QFileDialog::filterSelected, dialog,
                      [dialog](const QString& filter) { TakeEnding(*dialog, filter); });

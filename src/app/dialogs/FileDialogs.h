@@ -19,6 +19,8 @@ using FilesChosen = std::function<void(const QStringList& paths)>;
 /// `filters` as Qt takes them: "Sessions (*.qor)".
 QFileDialog* AskOpenFiles(const CTheme& theme, QWidget* parent, const QString& title,
                           const QStringList& filters, bool several, FilesChosen then);
+/// A name that is typed without an ending takes that of the filter; an existing file is asked
+/// about.
 QFileDialog* AskSaveFile(const CTheme& theme, QWidget* parent, const QString& title,
                          const QStringList& filters, const QString& suggestion, FilesChosen then);
 QFileDialog* AskFolder(const CTheme& theme, QWidget* parent, const QString& title,
