@@ -49,6 +49,8 @@ class CSessionDocument {
     /// Whether saving would give another file than the one that was opened or saved last, or than
     /// that of a new session.
     bool Changed() const;
+    /// No file has this session as it is: it was restored from a copy.
+    void NoteUnsaved() { SavedBytes.clear(); }
 
     /// Empty: never saved.
     const std::string& Path() const { return FilePath; }

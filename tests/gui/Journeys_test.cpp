@@ -374,7 +374,11 @@ TEST_F(AtTheDesk, SavingAsAsksAboutTheFileThatItWouldReplace) {
 TEST_F(AtTheDesk, ASessionThatEndedUnexpectedlyIsOfferedAgain) {
     const std::string session = Temp.Put("kept.qor", Deck());
     Desk->Session().Open(QString::fromStdString(session));
-    ASSERT_TRUE(Until([&] { return FileExists(Temp.Path + "unfinished.qor"); }));
+    StationInformation station;
+    station.stationId = "S9";
+    ASSERT_EQ(Doc().RawLog.SetStation(station), "");
+    ASSERT_TRUE(
+        Until([&] { return Temp.Content("unfinished.qor").find("S9") != std::string::npos; }));
     // The program dies: what it remembers is what stands in its files now.
     const std::string settings = Temp.Content("qorview.ini");
     const std::string copy = Temp.Content("unfinished.qor");
@@ -388,6 +392,12 @@ TEST_F(AtTheDesk, ASessionThatEndedUnexpectedlyIsOfferedAgain) {
     ASSERT_TRUE(Until([&] { return Doc().Snapshot().resources.size() == 1; })) << Said();
     EXPECT_EQ(Doc().Session.Title(), "Deck");
     EXPECT_EQ(Doc().Session.Path(), session);
+    EXPECT_EQ(Doc().Station.stationId, "S9");
+    Press(Do::CloseSession);
+    ASSERT_TRUE(Window->Boxes().IsOpen()) << "the change is in no file yet";
+    EXPECT_THAT(Said(), HasSubstr("was changed and not saved"));
+    WithText<QPushButton>(Window->Boxes().Current(), "Yes")->click();
+    EXPECT_EQ(Temp.Content("kept.qor"), Deck());
 }
 
 TEST_F(AtTheDesk, NoFrameIsLostWhileTheInterfaceIsBlocked) {

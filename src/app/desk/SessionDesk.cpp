@@ -394,6 +394,7 @@ void CSessionDesk::Restore() {
     Parts.SayFault("restore", fault);
     if (!fault.empty())
         return;
+    Parts.Doc().Session.NoteUnsaved();
     Left.reset();
     FillRecent();
     Begun(Shown::Live);
