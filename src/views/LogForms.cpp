@@ -34,6 +34,12 @@ std::string FolderFault(const std::string& folder) {
     return folder.empty() || IsDirectory(folder) ? "" : "There is no such folder.";
 }
 
+template <class Record, class Member>
+void TakeChange(Record& now, const Record& opened, const Record& form, Member Record::*member) {
+    if (form.*member != opened.*member)
+        now.*member = form.*member;
+}
+
 LogNaming NamingOf(const NamingForm& form) {
     LogNaming naming;
     naming.logNamingMode = form.mode;
@@ -65,6 +71,13 @@ FormFaults CheckForm(const StationInformation& station, LogNamingMode naming) {
     named.cast = station.cast;
     faults.Add("cast", StationFault(named, naming));
     return faults;
+}
+
+StationInformation WithChanges(StationInformation now, const StationInformation& opened,
+                               const StationInformation& form) {
+    for (const StationField& field : StationFields)
+        TakeChange(now, opened, form, field.text);
+    return now;
 }
 
 LogOptionsForm FormOf(const LogOptions& options, bool hasGps) {
@@ -150,6 +163,18 @@ FormFaults CheckForm(const NamingForm& form) {
 
 std::optional<LogNaming> SettingsOf(const NamingForm& form) {
     return CheckForm(form).Ok() ? std::optional(NamingOf(form)) : std::nullopt;
+}
+
+LogNaming WithChanges(LogNaming now, const NamingForm& opened, const NamingForm& form) {
+    const LogNaming before = NamingOf(opened), wanted = NamingOf(form);
+    TakeChange(now, before, wanted, &LogNaming::logNamingMode);
+    TakeChange(now, before, wanted, &LogNaming::logDirectory);
+    TakeChange(now, before, wanted, &LogNaming::sqmBaseName);
+    TakeChange(now, before, wanted, &LogNaming::sqmSequence);
+    if (wanted.logUserFileName != before.logUserFileName)
+        now.number = 1;
+    TakeChange(now, before, wanted, &LogNaming::logUserFileName);
+    return now;
 }
 
 std::string NextName(const NamingForm& form) {

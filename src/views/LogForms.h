@@ -17,6 +17,11 @@ namespace qor {
 /// The texts of the station; `naming` is the mode whose names may be made of them.
 FormFaults CheckForm(const StationInformation& station, LogNamingMode naming);
 
+// OK takes what was changed in the form since it was opened; the rest stays as it is by now,
+// because the end of a log moves names on.
+StationInformation WithChanges(StationInformation now, const StationInformation& opened,
+                               const StationInformation& form);
+
 struct LogOptionsForm {
     bool timeStamps = false;
     bool gpsHeader = false;
@@ -46,6 +51,7 @@ struct NamingForm {
 NamingForm FormOf(const LogNaming& naming, const StationInformation& station);
 FormFaults CheckForm(const NamingForm& form);
 std::optional<LogNaming> SettingsOf(const NamingForm& form);
+LogNaming WithChanges(LogNaming now, const NamingForm& opened, const NamingForm& form);
 /// The next log's name as the form would have it; empty while something is wrong.
 std::string NextName(const NamingForm& form);
 

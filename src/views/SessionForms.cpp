@@ -38,6 +38,12 @@ std::string JoinedNames(const std::vector<std::string>& names) {
     return text;
 }
 
+/// The logs of an interval run with one name are told apart by numbers.
+void NumberNames(LogNaming& naming, const LogOptions& options) {
+    naming.numbered = naming.logNamingMode == LogNamingMode::UserFileName &&
+                      (options.repeatEnabled || options.everyEnabled);
+}
+
 } // namespace
 
 std::vector<std::string> ResourceNames(const CQorViewDoc& doc) {
@@ -178,6 +184,12 @@ StationInformation StationOf(const CQorViewDoc& doc) {
     return doc.Station;
 }
 
+std::string ApplyStation(CQorViewDoc& doc, const StationInformation& opened,
+                         const StationInformation& form) {
+    CRecursiveLock lock(doc.DocLock); // no log ends in between
+    return doc.RawLog.SetStation(WithChanges(doc.Station, opened, form));
+}
+
 LogNamingMode NamingModeOf(const CQorViewDoc& doc) {
     CRecursiveLock lock(doc.DocLock);
     return doc.Naming.logNamingMode;
@@ -199,17 +211,10 @@ std::string ApplyLogOptions(CQorViewDoc& doc, const LogOptionsForm& form) {
     }
     if (std::string fault = doc.RawLog.SetLogOptions(*options); !fault.empty())
         return fault;
-    // The logs of an interval run with one name are told apart by numbers.
-    LogNaming naming;
-    {
-        CRecursiveLock lock(doc.DocLock);
-        naming = doc.Naming;
-    }
-    const bool numbered = naming.logNamingMode == LogNamingMode::UserFileName &&
-                          (options->repeatEnabled || options->everyEnabled);
-    if (std::exchange(naming.numbered, numbered) == numbered)
-        return {};
-    return doc.RawLog.SetNaming(naming);
+    CRecursiveLock lock(doc.DocLock);
+    LogNaming naming = doc.Naming;
+    NumberNames(naming, doc.Options);
+    return naming.numbered == doc.Naming.numbered ? std::string() : doc.RawLog.SetNaming(naming);
 }
 
 NamingForm NamingFormOf(const CQorViewDoc& doc) {
@@ -219,9 +224,13 @@ NamingForm NamingFormOf(const CQorViewDoc& doc) {
     return form;
 }
 
-std::string ApplyNaming(CQorViewDoc& doc, const NamingForm& form) {
-    const std::optional<LogNaming> naming = SettingsOf(form);
-    return naming ? doc.RawLog.SetNaming(*naming) : "The naming of logs cannot be used.";
+std::string ApplyNaming(CQorViewDoc& doc, const NamingForm& opened, const NamingForm& form) {
+    if (!SettingsOf(form))
+        return "The naming of logs cannot be used.";
+    CRecursiveLock lock(doc.DocLock);
+    LogNaming naming = WithChanges(doc.Naming, opened, form);
+    NumberNames(naming, doc.Options);
+    return doc.RawLog.SetNaming(naming);
 }
 
 std::string FirstLogText(const CQorViewDoc& doc) {

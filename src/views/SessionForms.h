@@ -41,13 +41,17 @@ std::vector<std::string> Candidates(const RolesForm& form, InstrumentRole role);
 std::string ApplyRoles(CQorViewDoc& doc, const RolesForm& form);
 
 StationInformation StationOf(const CQorViewDoc& doc);
+/// What was changed in the form since it was opened.
+std::string ApplyStation(CQorViewDoc& doc, const StationInformation& opened,
+                         const StationInformation& form);
 LogNamingMode NamingModeOf(const CQorViewDoc& doc);
 
 LogOptionsForm LogOptionsFormOf(const CQorViewDoc& doc);
 std::string ApplyLogOptions(CQorViewDoc& doc, const LogOptionsForm& form);
 
 NamingForm NamingFormOf(const CQorViewDoc& doc);
-std::string ApplyNaming(CQorViewDoc& doc, const NamingForm& form);
+/// As ApplyStation.
+std::string ApplyNaming(CQorViewDoc& doc, const NamingForm& opened, const NamingForm& form);
 /// The next log in a few words: "(TIME STAMP) in /data, station S4."
 std::string FirstLogText(const CQorViewDoc& doc);
 

@@ -277,7 +277,7 @@ TEST_F(AForm, ARepeatNumbersTheLogsOfOneName) {
     NamingForm naming = NamingFormOf(Session.Doc);
     naming.mode = LogNamingMode::UserFileName;
     naming.userFileName = "mooring";
-    ASSERT_EQ(ApplyNaming(Session.Doc, naming), "");
+    ASSERT_EQ(ApplyNaming(Session.Doc, NamingFormOf(Session.Doc), naming), "");
     CForm* form = OpenLogOptions(Frame(), Count());
     WithText<QCheckBox>(form, "Begin a log again")->click();
     Type(form, "Every [h:mm:ss]", "1:00:00");
@@ -287,6 +287,49 @@ TEST_F(AForm, ARepeatNumbersTheLogsOfOneName) {
     PressReturn(form);
     EXPECT_EQ(NextName(NamingFormOf(Session.Doc)), "mooring_001.raw");
     EXPECT_THAT(FirstLogText(Session.Doc), HasSubstr("mooring_001.raw in "));
+}
+
+TEST_F(AForm, OkKeepsWhatTheEndOfALogMovedOnMeanwhile) {
+    CQorViewDoc& doc = Session.Doc;
+    StationInformation station = StationOf(doc);
+    station.cast = "AA";
+    ASSERT_EQ(doc.RawLog.SetStation(station), "");
+    LogOptions options;
+    options.durationEnabled = options.repeatEnabled = true;
+    options.duration = options.repeatInterval = {0, 10, 0};
+    ASSERT_EQ(doc.RawLog.SetLogOptions(options), "");
+    const struct {
+        LogNamingMode mode;
+        const char* next;
+    } rows[] = {
+        {LogNamingMode::AutoCast, "S4AB.raw"},
+        {LogNamingMode::Sqm, "lamp008.raw"},
+        {LogNamingMode::UserFileName, "mooring_008.raw"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.next);
+        LogNaming naming;
+        naming.logNamingMode = row.mode;
+        naming.logUserFileName = "mooring";
+        naming.numbered = row.mode == LogNamingMode::UserFileName;
+        naming.sqmBaseName = "lamp";
+        naming.sqmSequence = naming.number = 7;
+        ASSERT_EQ(doc.RawLog.SetNaming(naming), "");
+        CForm* stationForm = OpenStation(Frame(), {});
+        CForm* namingForm = OpenNaming(Frame(), {});
+        ASSERT_EQ(doc.RawLog.MoveNameOn(), ""); // as the end of a log does
+        Type(stationForm, "Comment", row.next);
+        PressReturn(stationForm);
+        Type(namingForm, "Folder", Session.Temp.Path);
+        PressReturn(namingForm);
+        EXPECT_EQ(StationOf(doc).comment, row.next);
+        EXPECT_EQ(NamingFormOf(doc).directory, Session.Temp.Path);
+        EXPECT_EQ(NextName(NamingFormOf(doc)), row.next);
+    }
+    CForm* form = OpenNaming(Frame(), {});
+    Type(form, "File name", "other");
+    PressReturn(form);
+    EXPECT_EQ(NextName(NamingFormOf(doc)), "other_001.raw") << "another name counts anew";
 }
 
 TEST_F(AForm, TheQuestionBeforeARunIsAnsweredOnce) {

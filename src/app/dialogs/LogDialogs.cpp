@@ -89,14 +89,16 @@ CForm* OpenStation(const FormFrame& frame, FormDone done) {
     if (CForm* open = FindOpen(frame.parent, "station"))
         return open;
     CForm* form = NewForm(frame, "station", CForm::tr("Station"));
-    const auto station = std::make_shared<StationInformation>(StationOf(frame.doc));
+    const StationInformation opened = StationOf(frame.doc);
+    const auto station = std::make_shared<StationInformation>(opened);
     const LogNamingMode mode = NamingModeOf(frame.doc);
     for (const StationRow& row : StationRows)
         BindText(
             *form, CForm::tr(row.label), Part(station, row.text),
             [station, mode, field = row.field] { return CheckForm(*station, mode).Of(field); });
     SetApply(
-        form, frame, [&doc = frame.doc, station] { return doc.RawLog.SetStation(*station); },
+        form, frame,
+        [&doc = frame.doc, opened, station] { return ApplyStation(doc, opened, *station); },
         std::move(done));
     form->Open();
     return form;
@@ -139,7 +141,8 @@ CForm* OpenNaming(const FormFrame& frame, FormDone done) {
     if (CForm* open = FindOpen(frame.parent, "naming"))
         return open;
     CForm* form = NewForm(frame, "naming", CForm::tr("Naming of logs"));
-    const auto record = std::make_shared<NamingForm>(NamingFormOf(frame.doc));
+    const NamingForm opened = NamingFormOf(frame.doc);
+    const auto record = std::make_shared<NamingForm>(opened);
     AddModes(*form, record);
     BindFolder(*form, frame.theme, CForm::tr("&Folder"), Part(record, &NamingForm::directory),
                FaultIn(record, "directory"));
@@ -163,7 +166,8 @@ CForm* OpenNaming(const FormFrame& frame, FormDone done) {
                                       : CForm::tr("The next log: %1").arg(shown));
     });
     SetApply(
-        form, frame, [&doc = frame.doc, record] { return ApplyNaming(doc, *record); },
+        form, frame,
+        [&doc = frame.doc, opened, record] { return ApplyNaming(doc, opened, *record); },
         std::move(done));
     form->Open();
     return form;
