@@ -5,19 +5,12 @@
 #include "session/QorViewDoc.h"
 
 #include "platform/FileErrorText.h"
+#include "session/ProgramSettings.h"
 
 #include <algorithm>
 #include <utility>
 
 namespace qor {
-namespace {
-
-constexpr const char* SettingsSection = "Settings";
-constexpr const char* EnableSessionLogKey = "Enable Session Log File";
-constexpr const char* SessionLogDirectoryKey = "Session Log Directory";
-constexpr const char* LoggingSoundsKey = "Logging Sounds";
-
-} // namespace
 
 CQorViewDoc::CQorViewDoc(CClock& clock, SerialPortFactory makePort, CUserService& user,
                          CProfileStore& profile)
@@ -54,17 +47,10 @@ void CQorViewDoc::BeginSession(const std::string& sessionPath) {
 }
 
 void CQorViewDoc::LoadSettings() {
-    SessionLog.SetFile(Profile.ReadInteger(SettingsSection, EnableSessionLogKey, 0) != 0,
-                       Profile.ReadText(SettingsSection, SessionLogDirectoryKey));
+    const ProgramSettings settings = ReadProgramSettings(Profile);
+    SessionLog.SetFile(settings.sessionLog, settings.sessionLogDirectory);
     CRecursiveLock lock(DocLock);
-    Options.loggingSounds = Profile.ReadInteger(SettingsSection, LoggingSoundsKey, 0) != 0;
-}
-
-void CQorViewDoc::SaveSettings() {
-    Profile.WriteInteger(SettingsSection, EnableSessionLogKey, SessionLog.SessionLogEnabled());
-    Profile.WriteText(SettingsSection, SessionLogDirectoryKey, SessionLog.SessionLogDirectory());
-    CRecursiveLock lock(DocLock);
-    Profile.WriteInteger(SettingsSection, LoggingSoundsKey, Options.loggingSounds);
+    Options.loggingSounds = settings.loggingSounds;
 }
 
 /// The name of a resource, empty when it has gone.

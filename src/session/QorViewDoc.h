@@ -67,10 +67,8 @@ class CQorViewDoc : public CQorTelemetryDoc, public SessionState {
     /// Begins a session: opens the session log, reports "Beginning new session." or, with a path,
     /// "Beginning session ...".
     void BeginSession(const std::string& sessionPath = {});
-    /// The application's settings of the session log and of logging sounds, from and to the profile
-    /// store.
+    /// The application's settings of the session log and of logging sounds, from the profile store.
     void LoadSettings();
-    void SaveSettings();
 
     // Each failure below has been reported when the call returns. In calibration mode no instrument
     // comes or goes; the operator is told.

@@ -6,6 +6,7 @@
 #include "products/Spectrum.h"
 #include "session/PortText.h"
 #include "session/PressureTare.h"
+#include "session/ProgramSettings.h"
 #include "telemetry/CommResult.h"
 #include "views/NumberText.h"
 #include "views/PortWords.h"
@@ -244,21 +245,25 @@ std::string FirstLogText(const CQorViewDoc& doc) {
 }
 
 SettingsForm SettingsFormOf(const CQorViewDoc& doc) {
+    const ProgramSettings kept = ReadProgramSettings(doc.Profile);
     SettingsForm form;
-    form.sessionLog = doc.SessionLog.SessionLogEnabled();
-    form.sessionLogDirectory = doc.SessionLog.SessionLogDirectory();
-    CRecursiveLock lock(doc.DocLock);
-    form.loggingSounds = doc.Options.loggingSounds;
+    form.sessionLog = kept.sessionLog;
+    form.sessionLogDirectory = kept.sessionLogDirectory;
+    form.loggingSounds = kept.loggingSounds;
     return form;
 }
 
 void ApplySettings(CQorViewDoc& doc, const SettingsForm& form) {
-    doc.SessionLog.SetFile(form.sessionLog, form.sessionLogDirectory);
+    const SettingsForm kept = SettingsFormOf(doc);
+    WriteProgramSettings(doc.Profile,
+                         {form.sessionLog, form.sessionLogDirectory, form.loggingSounds});
     {
         CRecursiveLock lock(doc.DocLock);
         doc.Options.loggingSounds = form.loggingSounds;
     }
-    doc.SaveSettings();
+    if (form.sessionLog == kept.sessionLog && form.sessionLogDirectory == kept.sessionLogDirectory)
+        return; // the session's own log stays where it is
+    doc.SessionLog.SetFile(form.sessionLog, form.sessionLogDirectory);
     doc.SessionLog.OpenSessionLog();
 }
 

@@ -55,9 +55,9 @@ std::string ApplyNaming(CQorViewDoc& doc, const NamingForm& opened, const Naming
 /// The next log in a few words: "(TIME STAMP) in /data, station S4."
 std::string FirstLogText(const CQorViewDoc& doc);
 
-/// All but the text size, which is the face's.
+/// The program's, whatever the session has; all but the text size, which is the face's.
 SettingsForm SettingsFormOf(const CQorViewDoc& doc);
-/// Keeps them, and opens the session log anew.
+/// Keeps them. The session takes over a session log that was changed, and opens it anew.
 void ApplySettings(CQorViewDoc& doc, const SettingsForm& form);
 
 TareForm TareFormOf(const CQorViewDoc& doc);

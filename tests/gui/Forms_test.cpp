@@ -371,13 +371,24 @@ TEST_F(AForm, SettingsShowAtOnceAndCancelBringsBackWhatWas) {
     form->reject();
     EXPECT_EQ(TestTheme().CurrentLook(), Look::Light);
 
+    // The log of the session is not the program's, and what is held back stays so.
+    CSessionLog& log = Session.Doc.SessionLog;
+    const std::string own = Session.Temp.Path + "own/";
+    log.WaitsForOperator = true;
+    log.SetFile(true, own);
+    log.HoldBack();
+    PressReturn(OpenSettings(Frame(), TestTheme(), {}));
+    EXPECT_EQ(log.SessionLogDirectory(), own);
+    EXPECT_EQ(log.FilePath(), "");
+    EXPECT_FALSE(SettingsFormOf(Session.Doc).sessionLog);
+
     form = OpenSettings(Frame(), TestTheme(), Count());
     WithText<QCheckBox>(form, "Keep it")->click();
     Named<QLineEdit>(form, "Folder")->setText(QString::fromStdString(Session.Temp.Path));
     WithText<QCheckBox>(form, "Sound when")->click();
     PressReturn(form);
-    EXPECT_TRUE(Session.Doc.SessionLog.SessionLogEnabled());
-    EXPECT_NE(Session.Doc.SessionLog.FilePath(), "") << "it is opened anew";
+    EXPECT_EQ(log.SessionLogDirectory(), Session.Temp.Path);
+    EXPECT_NE(log.FilePath(), "") << "it is opened anew";
     EXPECT_TRUE(SettingsFormOf(Session.Doc).loggingSounds);
     EXPECT_EQ(Done, 1);
 }
