@@ -22,6 +22,7 @@
 #include <QPushButton>
 #include <QSignalSpy>
 
+#include <atomic>
 #include <set>
 
 #include <gmock/gmock.h>
@@ -88,7 +89,8 @@ class AtTheDesk : public testing::Test {
             for (auto* found : Window->findChildren<CForm*>())
                 form = found->isVisible() ? found : form;
             return form != nullptr;
-        })) << "no form";
+        })) << "no form; "
+            << Said();
         return form;
     }
     bool IsLogging() { return Doc().RawLog.Status().logOpen; }
@@ -283,6 +285,39 @@ TEST_F(AtTheDesk, ClosingWhileALogIsOpenAsksAndDoesAsTold) {
     EXPECT_TRUE(Until([&] { return !Window->isVisible(); }));
     EXPECT_FALSE(IsLogging());
     EXPECT_GT(std::filesystem::file_size(path), 128U);
+}
+
+TEST_F(AtTheDesk, AnOpenQuestionKeepsNothingElseWaiting) {
+    const auto connected = [&] {
+        return std::ranges::count_if(Doc().Snapshot().resources, [](const ResourceStatus& port) {
+            return port.figures.connected;
+        });
+    };
+    Press(Do::Practice);
+    ASSERT_TRUE(Until([&] { return connected() == 2; }));
+    std::atomic<bool> answered = false;
+    Desk->Engine().WorkOnPorts([&] { answered = Doc().User.AskYesNo("Are you sure?"); });
+    ASSERT_TRUE(Until([&] { return Window->Boxes().IsOpen(); }));
+    Press(Do::StartLog);
+    CForm* form = OpenForm();
+    Press(Do::StartLog);
+    Settle();
+    EXPECT_EQ(Window->findChildren<CForm*>().size(), 1) << "asked once";
+    Window->Boxes().Current()->accept();
+    ASSERT_TRUE(Until([&] { return answered.load(); }));
+
+    Window->Actions()[Do::ConnectAll]->setChecked(true);
+    Press(Do::ConnectAll);
+    EXPECT_TRUE(Until([&] { return connected() == 0; })) << "while a log waits for its answer";
+    EXPECT_TRUE(form->isVisible());
+    PressReturn(form);
+    EXPECT_TRUE(Until([&] { return IsLogging(); })) << Said();
+    Settle();
+    Desk->Engine().WorkOnLog([&] { Doc().RawLog.EndLogFile(true); });
+    ASSERT_TRUE(
+        Until([&] { return !IsLogging() && Window->Actions()[Do::StartLog]->isEnabled(); }));
+    Press(Do::StartLog); // another run asks again
+    EXPECT_TRUE(OpenForm()->isVisible());
 }
 
 TEST_F(AtTheDesk, AnAlarmIsSetTrippedAndSaid) {

@@ -13,7 +13,6 @@ namespace {
 
 /// More than anybody reads; the session log has them all.
 constexpr std::size_t MostWaiting = 1000;
-constexpr int LookMilliseconds = 50;
 
 } // namespace
 
@@ -33,19 +32,13 @@ CEngine::CEngine(CProfileStore& profile, QObject* parent)
 CEngine::~CEngine() {
     Asker.CancelQuestions();
     FinishWork();
-    {
-        CLock lock(JobLock);
-        Ending = true;
-        JobsChanged.NotifyAll();
-    }
-    Patient.Join();
     Document.DisconnectAll();
     Document.RawLog.EndLogFile(true);
     Loop.Stop();
 }
 
 std::string CEngine::Start() {
-    return Loop.Start() && Patient.Start(ThreadPriority::Normal, [this] { RunJobs(); })
+    return Loop.Start() && PortWork.Start() && LogWork.Start()
                ? std::string()
                : "The system has no threads to give; close other programs.";
 }
@@ -65,42 +58,10 @@ std::string CEngine::BeginPractice(const std::string& path, const std::string& l
     return Document.Session.OpenSession(*reading.session, {}, setup);
 }
 
-void CEngine::Work(std::function<void()> job, std::function<void()> then) {
-    CLock lock(JobLock);
-    Jobs.push_back({std::move(job), std::move(then)});
-    JobsChanged.NotifyAll();
-}
-
 void CEngine::FinishWork() {
-    for (;;) {
+    do
         Asker.Decline();
-        CLock lock(JobLock);
-        const auto done = [this]() REQUIRES(JobLock) { return Jobs.empty(); };
-        if (!Patient.IsRunning() || JobsChanged.WaitFor(JobLock, LookMilliseconds, done))
-            return;
-    }
-}
-
-void CEngine::RunJobs() {
-    for (Job job; TakeJob(job);) {
-        job.job();
-        if (job.then)
-            QMetaObject::invokeMethod(this, job.then, Qt::QueuedConnection);
-        CLock lock(JobLock);
-        Jobs.pop_front();
-        JobsChanged.NotifyAll();
-    }
-}
-
-bool CEngine::TakeJob(Job& job) {
-    CLock lock(JobLock);
-    const auto any = [this]() REQUIRES(JobLock) { return Ending || !Jobs.empty(); };
-    while (!JobsChanged.WaitFor(JobLock, LookMilliseconds, any)) {
-    }
-    if (Ending)
-        return false;
-    job = Jobs.front();
-    return true;
+    while (!LogWork.IsDone() || !PortWork.IsDone());
 }
 
 std::unique_ptr<CSerialPort> CEngine::MakePort() {

@@ -5,6 +5,7 @@
 // destroyed on the user-interface thread; acquisition and logging go on without it.
 #pragma once
 
+#include "app/desk/JobThread.h"
 #include "app/desk/Operator.h"
 #include "app/desk/Practice.h"
 #include "session/AcquisitionLoop.h"
@@ -12,10 +13,10 @@
 
 #include <QObject>
 
-#include <deque>
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace qor {
@@ -36,9 +37,10 @@ class CEngine : public QObject {
     COperator& Operator() { return Asker; }
     const CFrameRates& Rates() const { return FrameRates; }
 
-    /// What may wait for a port, a disk or an answer runs on a thread of its own, in the order
-    /// asked; then `then` on the user interface's.
-    void Work(std::function<void()> job, std::function<void()> then = {});
+    // What may wait runs beside the user interface, in the order asked: for ports, and, because a
+    // log waits for its operator's answer, for logs apart.
+    void WorkOnPorts(std::function<void()> job) { PortWork.Add(std::move(job)); }
+    void WorkOnLog(std::function<void()> job) { LogWork.Add(std::move(job)); }
     /// Questions that wait are answered with no, and what was asked for is done when this returns.
     void FinishWork();
 
@@ -70,18 +72,7 @@ class CEngine : public QObject {
     CAcquisitionLoop Loop;
     CMutex EventLock; ///< a leaf
     std::vector<Event> Waiting GUARDED_BY(EventLock);
-
-    struct Job {
-        std::function<void()> job, then;
-    };
-    void RunJobs();
-    bool TakeJob(Job& job);
-
-    CMutex JobLock; ///< a leaf
-    CCondition JobsChanged;
-    std::deque<Job> Jobs GUARDED_BY(JobLock); ///< the first is at work
-    bool Ending GUARDED_BY(JobLock) = false;
-    CWorker Patient; ///< the last member
+    CJobThread PortWork, LogWork; ///< the last members
 };
 
 } // namespace qor

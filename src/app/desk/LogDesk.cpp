@@ -2,11 +2,14 @@
 #include "app/desk/LogDesk.h"
 
 #include "app/ShownText.h"
+#include "app/dialogs/Form.h"
 #include "session/PressureTare.h"
 #include "views/NumberText.h"
 
 #include <QDesktopServices>
 #include <QUrl>
+
+#include <utility>
 
 namespace qor {
 
@@ -16,20 +19,33 @@ CLogDesk::CLogDesk(const DeskParts& parts, QObject* parent) : QObject(parent), P
             Facts.Note(event);
     });
     connect(&Parts.Engine.Operator(), &COperator::LogShown, this, &CLogDesk::AskBefore);
+    connect(&Parts.Engine.Operator(), &COperator::TakenBack, this, [this] {
+        if (Question)
+            Question->reject();
+    });
 }
 
 void CLogDesk::StartLog() {
-    if (Parts.Engine.Operator().IsAsking())
-        return; // its question is on the screen
-    Parts.Engine.Work([this] { Parts.Doc().RawLog.BeginLogFile(); });
+    if (std::exchange(Beginning, true)) {
+        QWidget* question = Question ? Question.data() : Parts.Window.Boxes().Current();
+        if (question) {
+            question->raise();
+            question->activateWindow();
+        }
+        return;
+    }
+    Parts.Engine.WorkOnLog([this] {
+        Parts.Doc().RawLog.BeginLogFile();
+        QMetaObject::invokeMethod(this, [this] { Beginning = false; });
+    });
 }
 
 void CLogDesk::StopLog() {
-    Parts.Engine.Work([this] { Parts.Doc().RawLog.EndLogFile(true); });
+    Parts.Engine.WorkOnLog([this] { Parts.Doc().RawLog.EndLogFile(true); });
 }
 
 void CLogDesk::AskBefore(quint64 question, const LogQuestion& shown) {
-    OpenOverride(Parts.Form(), shown, [this, question](LogAnswer answer) {
+    Question = OpenOverride(Parts.Form(), shown, [this, question](LogAnswer answer) {
         Parts.Engine.Operator().Answer(question, answer);
         if (answer == LogAnswer::ChangeFirst)
             OpenStation();

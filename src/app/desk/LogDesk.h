@@ -8,6 +8,8 @@
 #include "session/DiskRoom.h"
 #include "views/LogBanner.h"
 
+#include <QPointer>
+
 namespace qor {
 
 class CLogDesk : public QObject {
@@ -16,6 +18,7 @@ class CLogDesk : public QObject {
   public:
     CLogDesk(const DeskParts& parts, QObject* parent);
 
+    /// While one is beginning its question comes to the front.
     void StartLog();
     void StopLog();
     void OpenFolder();
@@ -40,6 +43,8 @@ class CLogDesk : public QObject {
     CLogBanner Facts;
     CDiskRoom Room;
     LogPage Page;
+    QPointer<CForm> Question; ///< the form with the question before a run
+    bool Beginning = false;
 };
 
 } // namespace qor

@@ -105,7 +105,7 @@ std::vector<MessageButton> CMessages::ButtonsFor(const Event& event) {
 }
 
 void CMessages::TryAgain(const std::string& port) {
-    Parts.Engine.Work([this, port] {
+    Parts.Engine.WorkOnPorts([this, port] {
         CQorViewDoc& doc = Parts.Doc();
         const std::string fault = doc.Sources.ResetAndConnect(doc.FindResource(port));
         QMetaObject::invokeMethod(this, [this, port, fault] { Parts.SayFault(port, fault); });

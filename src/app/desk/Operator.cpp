@@ -69,11 +69,6 @@ bool COperator::IsAnswered(quint64 question) const {
     return Questions.at(question).has_value();
 }
 
-bool COperator::IsAsking() const {
-    CLock lock(Guard);
-    return !Questions.empty();
-}
-
 void COperator::Answer(quint64 question, bool yes) {
     Answer(question, yes ? LogAnswer::LogAsShown : LogAnswer::Cancel);
 }

@@ -34,8 +34,6 @@ class COperator final : public QObject, public CUserService {
     // The first answer to a question counts.
     void Answer(quint64 question, bool yes);
     void Answer(quint64 question, LogAnswer answer);
-    /// Whether an answer is waited for.
-    bool IsAsking() const;
     /// Answers what waits with no, so that the caller comes back.
     void Decline();
 

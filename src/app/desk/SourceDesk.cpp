@@ -46,7 +46,7 @@ CSourceDesk::CSourceDesk(const DeskParts& parts, QObject* parent) : QObject(pare
 }
 
 void CSourceDesk::Try(const std::string& topic, std::function<std::string()> operation) {
-    Parts.Engine.Work([this, topic, operation = std::move(operation)] {
+    Parts.Engine.WorkOnPorts([this, topic, operation = std::move(operation)] {
         const std::string fault = operation();
         QMetaObject::invokeMethod(this, [this, topic, fault] { Parts.SayFault(topic, fault); });
     });
@@ -101,7 +101,7 @@ void CSourceDesk::AddFilesTo(ResourceId resource, const QStringList& files) {
 
 void CSourceDesk::ConnectAll(bool on) {
     if (!on) {
-        Parts.Engine.Work([this] { Parts.Doc().DisconnectAll(); });
+        Parts.Engine.WorkOnPorts([this] { Parts.Doc().DisconnectAll(); });
         return;
     }
     for (const ResourceStatus& resource : Parts.Doc().Snapshot().resources)
