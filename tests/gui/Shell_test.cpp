@@ -256,6 +256,39 @@ TEST(MainWindow, DocksComeBackWhereTheyWere) {
     EXPECT_FALSE(main.RestoreLayout(damaged));
 }
 
+TEST(MainWindow, ADockThatIsHiddenStaysSoAndTheStartPageHasNone) {
+    for (const bool leftFromStart : {false, true}) {
+        SCOPED_TRACE(leftFromStart);
+        CMemoryProfileStore store;
+        const auto addLog = [](CMainWindow& main) {
+            return main.AddDock(Do::LogDock, QStringLiteral("log"), QStringLiteral("log"),
+                                new QWidget, Qt::LeftDockWidgetArea);
+        };
+        {
+            CMainWindow main(TestTheme());
+            addLog(main);
+            main.ShowStart(false);
+            main.show();
+            main.Actions()[Do::TreeDock]->trigger();
+            main.ShowStart(leftFromStart);
+            main.SaveLayout(store);
+        }
+        CMainWindow main(TestTheme());
+        const CDisplayWindow* log = addLog(main);
+        main.show();
+        EXPECT_TRUE(main.RestoreLayout(store));
+        EXPECT_FALSE(log->isVisible() || main.Tree().isVisible()) << "beside the start page";
+        QSignalSpy asked(&main, &CMainWindow::Asked);
+        emit main.Tree().AddAsked();
+        EXPECT_EQ(asked.count(), 0) << "there is no session";
+        main.ShowStart(false);
+        EXPECT_TRUE(log->isVisible());
+        EXPECT_FALSE(main.Tree().isVisible() || main.Actions()[Do::TreeDock]->isChecked());
+        emit main.Tree().AddAsked();
+        EXPECT_EQ(asked.count(), 1);
+    }
+}
+
 TEST(MainWindow, F6GoesRoundAndEachAreaIsReached) {
     CMainWindow main(TestTheme());
     main.ShowStart(false);

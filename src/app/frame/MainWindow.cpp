@@ -80,7 +80,7 @@ CMainWindow::CMainWindow(CTheme& theme, QWidget* parent)
     connect(Possible, &CActions::Asked, this, &CMainWindow::DoIt);
     connect(&Theme, &CTheme::Changed, this, &CMainWindow::ShowLook);
     connect(State, &CBanner::clicked, this, [this] { emit Asked(Do::LogStatus); });
-    connect(Instruments, &CSessionTree::AddAsked, this, [this] { emit Asked(Do::AddPort); });
+    connect(Instruments, &CSessionTree::AddAsked, (*Possible)[Do::AddPort], &QAction::trigger);
     AddWindowKeys();
     ShowLook();
     ShowStart(true);
@@ -387,12 +387,23 @@ void CMainWindow::SaveLayout(CProfileStore& store) const {
     const std::string section = LayoutSection();
     store.WriteText(section, "Frame", Sealed(saveGeometry()));
     store.WriteText(section, "Docks", Sealed(saveState()));
+    // Which the operator wants: start page and watch mode hide them all.
+    for (const auto& [action, dock] : Docks)
+        store.WriteInteger(section, dock->objectName().toStdString(),
+                           (*Possible)[action]->isChecked());
 }
 
 bool CMainWindow::RestoreLayout(const CProfileStore& store) {
     const std::string section = LayoutSection();
     const bool frame = restoreGeometry(Unsealed(store.ReadText(section, "Frame")));
-    return restoreState(Unsealed(store.ReadText(section, "Docks"))) && frame;
+    const bool docks = restoreState(Unsealed(store.ReadText(section, "Docks")));
+    for (const auto& [toggle, dock] : Docks) {
+        QAction* action = (*Possible)[toggle];
+        action->setChecked(
+            store.ReadInteger(section, dock->objectName().toStdString(), action->isChecked()) != 0);
+    }
+    ShowStart(Middle->currentWidget() == Beginning);
+    return docks && frame;
 }
 
 void CMainWindow::SaveLook(CProfileStore& store) const {
