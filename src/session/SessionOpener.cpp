@@ -62,6 +62,8 @@ std::string SessionFault(const SessionRecord& session) {
     ApplyOptions(session.log, options);
     if (const std::string fault = EveryFault(options); !fault.empty())
         return "log.every: " + fault;
+    if (const std::string fault = OptionsFault(options); !fault.empty())
+        return "log: " + fault;
     return {};
 }
 

@@ -10,7 +10,13 @@ namespace qor {
 
 namespace {
 
-constexpr std::int32_t MostHours = 999'999; // six digits, as a session file holds them
+constexpr std::int64_t EndOfSpans = 1'000'000LL * 3600; // six digits, as a session file holds them
+
+/// More than zero and below a million hours, in whatever units.
+bool IsUsable(const LogSpan& span) {
+    return span.hours >= 0 && span.minutes >= 0 && span.seconds >= 0 && span.Seconds() > 0 &&
+           span.Seconds() < EndOfSpans;
+}
 
 /// The parts between colons, from the right; how many there are, at most four.
 int SplitFromRight(std::string_view text, std::string_view (&parts)[4]) {
@@ -47,7 +53,7 @@ std::optional<LogSpan> ParseUnits(std::string_view text) {
         text.remove_prefix(digits + 1);
     }
     const LogSpan span{numbers[0], numbers[1], numbers[2]};
-    return span.Seconds() == 0 ? std::nullopt : std::optional(span);
+    return IsUsable(span) ? std::optional(span) : std::nullopt;
 }
 
 } // namespace
@@ -68,7 +74,7 @@ std::optional<LogSpan> ParseSpan(std::string_view text) {
         numbers[i] = static_cast<std::int32_t>(*number);
     }
     const LogSpan span{numbers[2], numbers[1], numbers[0]};
-    return span.Seconds() == 0 ? std::nullopt : std::optional(span);
+    return IsUsable(span) ? std::optional(span) : std::nullopt;
 }
 
 std::string SpanFault(std::string_view text) {
@@ -97,13 +103,9 @@ std::string SpanText(const LogSpan& span) {
 }
 
 std::string OptionsFault(const LogOptions& options) {
-    const auto usable = [](const LogSpan& span) {
-        return span.hours >= 0 && span.minutes >= 0 && span.seconds >= 0 && span.Seconds() > 0 &&
-               span.hours <= MostHours;
-    };
-    if (options.durationEnabled && !usable(options.duration))
+    if (options.durationEnabled && !IsUsable(options.duration))
         return "The length of a log is not more than zero and below a million hours.";
-    if (options.repeatEnabled && !usable(options.repeatInterval))
+    if (options.repeatEnabled && !IsUsable(options.repeatInterval))
         return "The pause between logs is not more than zero and below a million hours.";
     return EveryFault(options);
 }

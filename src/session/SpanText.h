@@ -12,8 +12,9 @@
 
 namespace qor {
 
-/// [HH:]MM:SS, or with units as in "1h30m", "10m", "45s". Empty when malformed or zero, and for a
-/// number without a unit, which people read as minutes as often as seconds.
+/// [HH:]MM:SS, or with units as in "1h30m", "10m", "45s". Empty when malformed, zero or from
+/// a million hours on, and for a number without a unit, which people read as minutes as often as
+/// seconds.
 std::optional<LogSpan> ParseSpan(std::string_view text);
 
 /// What is wrong with such a text, as one sentence, or empty.

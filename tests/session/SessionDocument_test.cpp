@@ -5,6 +5,7 @@
 #include "fakes/SessionFixture.h"
 #include "fakes/ZipMaker.h"
 #include "session/SessionFile.h"
+#include "session/SessionOpener.h"
 
 namespace qor {
 namespace {
@@ -173,6 +174,11 @@ TEST_F(ASessionDocument, AFaultyFileLeavesEverythingAsItWas) {
         EXPECT_EQ(Session.Title(), "before");
     }
     EXPECT_THAT(Session.OpenSession(Folder + "none.qor").refusal, HasSubstr("could not be found"));
+    SessionRecord endless; // the same for what was not read from a file
+    endless.log.duration = LogSpan{0, 1, 0};
+    EXPECT_EQ(SessionFault(endless), "");
+    endless.log.repeat = LogSpan{1'000'000, 0, 0};
+    EXPECT_THAT(SessionFault(endless), testing::StartsWith("log: The pause between logs"));
     // A cast that has moved on past its letters is no fault of the file.
     EXPECT_EQ(
         Open("\"station\": { \"cast\": \"[A\" }, \"log\": { \"naming\": \"autocast\" }").refusal,
