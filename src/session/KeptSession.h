@@ -29,8 +29,6 @@ struct KeptSession {
     JsonValue unknownOfStation = JsonValue::Object();
     LogRecord log;
     std::string sessionLogDirectory; ///< that was opened with it
-    std::optional<double> tareSaid;  ///< dbar
-    std::optional<double> tareTaken; ///< the same as the document has it
 
     std::map<ResourceId, KeptResource> resources;
     std::map<PackageId, PackageRecord> packages;         ///< with members that are not there

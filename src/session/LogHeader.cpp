@@ -6,6 +6,7 @@
 
 #include "base/Text.h"
 #include "instrument/Calibration.h"
+#include "session/PressureTare.h"
 #include "telemetry/RawLogFormat.h"
 
 namespace qor {
@@ -92,8 +93,7 @@ std::vector<HeaderRow> HeaderRows(const SessionState& session, const StationInfo
         {HeaderTag::Cast, {station.cast}},
         {HeaderTag::TimeStamp, {FormatTime("%a %b %d %H:%M:%S %Y", local)}},
         {HeaderTag::Mode, {"NONE"}},
-        {HeaderTag::PressureTare,
-         {profiler ? FixedNumber(session.PressureTare.value_or(0.0), 6) : "OFF"}},
+        {HeaderTag::PressureTare, {profiler ? FixedNumber(TareOfProfiler(session), 6) : "OFF"}},
         {HeaderTag::TimeTag, {"OFF"}},
         {HeaderTag::DateTag, {"ON"}},
         {HeaderTag::TimeTag2, {"ON"}},

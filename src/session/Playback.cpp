@@ -6,6 +6,7 @@
 #include "base/Text.h"
 #include "platform/FileErrorText.h"
 #include "platform/WholeFile.h"
+#include "session/PressureTare.h"
 #include "session/SessionOpener.h"
 #include "telemetry/RawLogReader.h"
 
@@ -31,7 +32,7 @@ void AddPlayed(CQorViewDoc& doc, CSessionSetup& setup, ResourceId file, const st
     setup.AddAll(selection, file);
     setup.ApplyNames(selection);
     CRecursiveLock lock(doc.DocLock);
-    doc.PressureTare = header.PressureTare().value_or(0.0);
+    TakeLoggedTare(doc, header.PressureTare().value_or(0.0));
     doc.Find(file)->ZoneMinutes = header.ZoneMinutes();
 }
 

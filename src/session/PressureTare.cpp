@@ -38,17 +38,29 @@ std::string ReadPressure(const CQorViewDoc& doc, double& pressure) REQUIRES(doc.
     if (status != ConversionStatus::Good)
         return "The pressure of the profiler " + name +
                " has no value: " + std::string(ConversionStatusText(status)) + '.';
-    const double dbar = TareInDbar(doc, pressure);
+    const double dbar = ScaleOf(doc).value_or(UnitScale()).Convert(pressure);
     if (!(dbar >= TareRange.least && dbar <= TareRange.greatest))
         return "The pressure of the profiler " + name + ", " + ShortestNumber(pressure) +
                ", cannot be one in air.";
     return {};
 }
 
+/// In the units of the profiler's sensor. It stays the same pressure when another takes the role.
 void KeepTare(CQorViewDoc& doc, double tare) REQUIRES(doc.DocLock) {
     doc.PressureTare = tare;
+    doc.TareScale = ScaleOf(doc);
     doc.ReportMessage("Pressure tare: " + ShortestNumber(tare) + ".\r\n");
     doc.NoteChange();
+}
+
+/// The tare in the units wanted; the number itself where one of the units is not known.
+double TareIn(const SessionState& session, const std::optional<UnitScale>& wanted)
+    REQUIRES(session.DocLock) {
+    const double tare = session.PressureTare.value_or(0.0);
+    const std::optional<UnitScale> taken = session.TareScale ? session.TareScale : ScaleOf(session);
+    if (tare == 0.0 || !taken || !wanted || taken == wanted)
+        return tare;
+    return wanted->Invert(taken->Convert(tare));
 }
 
 } // namespace
@@ -68,7 +80,7 @@ std::string SetPressureTare(CQorViewDoc& doc, double dbar) {
     CRecursiveLock lock(doc.DocLock);
     if (!doc.RoleInstrument(InstrumentRole::Profiler))
         return NoProfiler;
-    KeepTare(doc, TareFromDbar(doc, dbar));
+    KeepTare(doc, ScaleOf(doc).value_or(UnitScale()).Invert(dbar));
     return {};
 }
 
@@ -80,25 +92,28 @@ void ClearTare(CQorViewDoc& doc) {
     doc.NoteChange();
 }
 
-double TareInDbar(const SessionState& session, double tare) {
-    return ScaleOf(session).value_or(UnitScale()).Convert(tare);
+void TakeSavedTare(SessionState& session, std::optional<double> dbar) {
+    session.PressureTare = dbar;
+    session.TareScale = UnitScale();
 }
 
-double TareFromDbar(const SessionState& session, double dbar) {
-    return ScaleOf(session).value_or(UnitScale()).Invert(dbar);
+void TakeLoggedTare(SessionState& session, double tare) {
+    session.PressureTare = tare;
+    session.TareScale.reset();
+}
+
+double TareInDbar(const SessionState& session, double tare) {
+    const std::optional<UnitScale> taken = session.TareScale ? session.TareScale : ScaleOf(session);
+    return taken.value_or(UnitScale()).Convert(tare);
+}
+
+double TareOfProfiler(const SessionState& session) {
+    return TareIn(session, ScaleOf(session));
 }
 
 double TareFor(const SessionState& session, const CLiveInstrument& carrier, int sensor) {
-    const double tare = session.PressureTare.value_or(0.0);
-    const CQorViewIns* profiler = session.RoleInstrument(InstrumentRole::Profiler);
     const CSensor* pressure = carrier.Definition().Sensor(sensor);
-    if (tare == 0.0 || !profiler || &profiler->Live == &carrier || !pressure)
-        return tare;
-    const std::optional<UnitScale> taken = ScaleOf(session),
-                                   wanted = PressureScale(pressure->Units);
-    if (!taken || !wanted || taken == wanted)
-        return tare;
-    return wanted->Invert(taken->Convert(tare));
+    return TareIn(session, pressure ? PressureScale(pressure->Units) : std::nullopt);
 }
 
 } // namespace qor

@@ -81,11 +81,7 @@ class CDescriber {
     }
 
     std::optional<double> Tare() const REQUIRES(Doc.DocLock) {
-        if (!Doc.PressureTare)
-            return std::nullopt;
-        return Kept.tareSaid && Kept.tareTaken == Doc.PressureTare
-                   ? Kept.tareSaid
-                   : std::optional(TareInDbar(Doc, *Doc.PressureTare));
+        return Doc.PressureTare ? std::optional(TareInDbar(Doc, *Doc.PressureTare)) : std::nullopt;
     }
 
   private:

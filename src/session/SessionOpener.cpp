@@ -97,11 +97,7 @@ void CSessionOpener::OpenAll(const SessionRecord& session) {
         AddPackages(resource);
     GiveRoles();
     CRecursiveLock lock(Doc.DocLock);
-    if (session.pressureTare) {
-        Doc.PressureTare = TareFromDbar(Doc, *session.pressureTare);
-        Kept.tareSaid = session.pressureTare;
-        Kept.tareTaken = Doc.PressureTare;
-    }
+    TakeSavedTare(Doc, session.pressureTare);
     Doc.CalibrationMode = session.calibrationMode;
 }
 

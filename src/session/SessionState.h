@@ -7,6 +7,7 @@
 
 #include "base/Lock.h"
 #include "platform/Clock.h"
+#include "products/SensorUnits.h"
 #include "products/VelocityState.h"
 #include "session/InstrumentRole.h"
 #include "session/LogName.h"
@@ -74,8 +75,10 @@ struct SessionState {
     StationInformation Station GUARDED_BY(DocLock);
     LogOptions Options GUARDED_BY(DocLock);
     LogNaming Naming GUARDED_BY(DocLock);
-    /// Taken from the first profiler, in its pressure's units; none was taken: empty.
+    /// Taken from the first profiler, none was taken: empty; and the way from its units to dbar. No
+    /// scale: it is in the units of whichever sensor it is for.
     std::optional<double> PressureTare GUARDED_BY(DocLock);
+    std::optional<UnitScale> TareScale GUARDED_BY(DocLock);
     /// While on, packages and instruments can be neither added nor removed.
     bool CalibrationMode GUARDED_BY(DocLock) = false;
     bool NoDialogs GUARDED_BY(DocLock) = false;   ///< no dialog may be shown and nobody be asked

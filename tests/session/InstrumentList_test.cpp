@@ -3,11 +3,13 @@
 // Instruments changed while they run, and the pressure tare that is taken from one.
 #include "fakes/ScriptedPort.h"
 #include "fakes/SessionFixture.h"
+#include "session/LogHeader.h"
 #include "session/PressureTare.h"
 
 namespace qor {
 namespace {
 
+using testing::Contains;
 using testing::HasSubstr;
 
 struct ALine {
@@ -175,6 +177,20 @@ TEST_F(AnInstrument, TheTareIsTheProfilersPressureOrSaysWhyNot) {
         CRecursiveLock lock(Doc.DocLock);
         EXPECT_EQ(TareFor(Doc, carrier->Live, 0), tareThere) << carrier->Name();
     }
+    // The same pressure whoever is the profiler, and whichever came first, the session's or he.
+    const auto logged = [&] {
+        CRecursiveLock lock(Doc.DocLock);
+        return HeaderLines(Doc, {}, {});
+    };
+    EXPECT_EQ(Doc.SetRole(InstrumentRole::Profiler, deep->Id), "");
+    EXPECT_THAT(logged(), Contains(HasSubstr(" 10.000000 (PRESSURE-TARE)")));
+    EXPECT_EQ(Doc.Session.Record().pressureTare, 10.0);
+    {
+        CRecursiveLock lock(Doc.DocLock);
+        TakeSavedTare(Doc, 20.0);
+    }
+    EXPECT_EQ(Doc.SetRole(InstrumentRole::Profiler, other->Id), "");
+    EXPECT_THAT(logged(), Contains(HasSubstr(" 2.000000 (PRESSURE-TARE)")));
     ClearTare(Doc);
     EXPECT_EQ(tare(), std::nullopt);
     EXPECT_EQ(Doc.Session.Record().pressureTare, std::nullopt) << "none is not zero";
