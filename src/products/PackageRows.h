@@ -42,8 +42,8 @@ class CPackageRows {
     /// The rows without values: their kinds, labels and units.
     const std::vector<DerivedRow>& Rows() const { return List; }
 
-    /// Where the depth comes from.
-    SensorPlace Pressure() const { return Sensors.pressure; }
+    /// From the units of the pressure, and so of the depth, to dbar; none where they are not known.
+    const std::optional<UnitScale>& PressureUnits() const { return ToDbar; }
 
     /// What the rows are computed from beside the latest frames.
     struct Inputs {

@@ -367,8 +367,7 @@ void CHistory::TakeDepth(Depth& depth, const CLiveInstrument& instrument, double
     const double pressure = NumberOf(instrument, static_cast<std::size_t>(depth.sensor));
     if (!std::isfinite(pressure))
         return;
-    depth.dbar =
-        depth.scale->Difference(qor::DepthOf(pressure, TareFor(Session, instrument, depth.sensor)));
+    depth.dbar = depth.scale->Difference(qor::DepthOf(pressure, TareIn(Session, depth.scale)));
     depth.time = time;
     depth.breaks = depth.clock->BreakCount();
     depth.casts.Take(time, depth.dbar);

@@ -57,7 +57,7 @@ std::optional<double> DepthBy(const SessionState& session, const PressureSource&
         !std::isfinite(carrier.Values().numbers[sensor]))
         return std::nullopt;
     return source.scale.Difference(
-        DepthOf(carrier.Values().numbers[sensor], TareFor(session, carrier, source.sensor)));
+        DepthOf(carrier.Values().numbers[sensor], TareIn(session, source.scale)));
 }
 
 } // namespace qor

@@ -53,16 +53,6 @@ void KeepTare(CQorViewDoc& doc, double tare) REQUIRES(doc.DocLock) {
     doc.NoteChange();
 }
 
-/// The tare in the units wanted; the number itself where one of the units is not known.
-double TareIn(const SessionState& session, const std::optional<UnitScale>& wanted)
-    REQUIRES(session.DocLock) {
-    const double tare = session.PressureTare.value_or(0.0);
-    const std::optional<UnitScale> taken = session.TareScale ? session.TareScale : ScaleOf(session);
-    if (tare == 0.0 || !taken || !wanted || taken == wanted)
-        return tare;
-    return wanted->Invert(taken->Convert(tare));
-}
-
 } // namespace
 
 std::string TakePressureTare(CQorViewDoc& doc) {
@@ -99,21 +89,24 @@ void TakeSavedTare(SessionState& session, std::optional<double> dbar) {
 
 void TakeLoggedTare(SessionState& session, double tare) {
     session.PressureTare = tare;
-    session.TareScale.reset();
+    // A log without a tare has 0, in whatever units.
+    session.TareScale = tare == 0.0 ? std::nullopt : ScaleOf(session);
 }
 
 double TareInDbar(const SessionState& session, double tare) {
-    const std::optional<UnitScale> taken = session.TareScale ? session.TareScale : ScaleOf(session);
-    return taken.value_or(UnitScale()).Convert(tare);
+    return session.TareScale.value_or(UnitScale()).Convert(tare);
 }
 
 double TareOfProfiler(const SessionState& session) {
-    return TareIn(session, ScaleOf(session));
+    return session.PressureTare ? TareIn(session, ScaleOf(session)) : 0.0;
 }
 
-double TareFor(const SessionState& session, const CLiveInstrument& carrier, int sensor) {
-    const CSensor* pressure = carrier.Definition().Sensor(sensor);
-    return TareIn(session, pressure ? PressureScale(pressure->Units) : std::nullopt);
+double TareIn(const SessionState& session, const std::optional<UnitScale>& wanted) {
+    const double tare = session.PressureTare.value_or(0.0);
+    const std::optional<UnitScale>& taken = session.TareScale;
+    if (!session.PressureTare || !taken || !wanted || *taken == *wanted)
+        return tare;
+    return wanted->Invert(taken->Convert(tare));
 }
 
 } // namespace qor

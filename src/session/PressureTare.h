@@ -29,8 +29,9 @@ void TakeLoggedTare(SessionState& session, double tare) REQUIRES(session.DocLock
 double TareInDbar(const SessionState& session, double tare) REQUIRES(session.DocLock);
 /// In the units of the profiler's pressure sensor, as a log's header has it. 0 without a tare.
 double TareOfProfiler(const SessionState& session) REQUIRES(session.DocLock);
-/// What a pressure sensor's depth is less, in the units of that sensor. 0 without a tare.
-double TareFor(const SessionState& session, const CLiveInstrument& carrier, int sensor)
+/// What a pressure sensor's depth is less, in the units of that sensor; the number itself where one
+/// of the units is not known, 0 without a tare.
+double TareIn(const SessionState& session, const std::optional<UnitScale>& units)
     REQUIRES(session.DocLock);
 
 } // namespace qor

@@ -105,10 +105,7 @@ void SessionState::RebuildOwners() {
 }
 
 CPackageRows::Inputs SessionState::InputsOf(const CPackage& package) const {
-    const SensorPlace pressure = package.Products.Pressure();
-    const CLiveInstrument* carrier = InstrumentAt(package.Live, pressure.instrument);
-    return {package.Live, package.Settings,
-            carrier ? TareFor(*this, *carrier, pressure.sensor) : 0.0,
+    return {package.Live, package.Settings, TareIn(*this, package.Products.PressureUnits()),
             Clock.MonotonicMilliseconds()};
 }
 

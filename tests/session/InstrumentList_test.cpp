@@ -173,9 +173,9 @@ TEST_F(AnInstrument, TheTareIsTheProfilersPressureOrSaysWhyNot) {
     EXPECT_EQ(take(), "");
     EXPECT_EQ(tare(), 1.0);
     EXPECT_EQ(Doc.Session.Record().pressureTare, 10.0);
-    for (const auto& [carrier, tareThere] : {std::pair{other, 1.0}, std::pair{deep, 10.0}}) {
+    for (const auto& [units, tareThere] : {std::pair{"bar", 1.0}, std::pair{"dbar", 10.0}}) {
         CRecursiveLock lock(Doc.DocLock);
-        EXPECT_EQ(TareFor(Doc, carrier->Live, 0), tareThere) << carrier->Name();
+        EXPECT_EQ(TareIn(Doc, PressureScale(units)), tareThere) << units;
     }
     // The same pressure whoever is the profiler, and whichever came first, the session's or he.
     const auto logged = [&] {
