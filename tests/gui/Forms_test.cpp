@@ -280,7 +280,7 @@ TEST_F(AForm, ARepeatNumbersTheLogsOfOneName) {
     ASSERT_EQ(ApplyNaming(Session.Doc, NamingFormOf(Session.Doc), naming), "");
     CForm* form = OpenLogOptions(Frame(), Count());
     WithText<QCheckBox>(form, "Begin a log again")->click();
-    Type(form, "Every [h:mm:ss]", "1:00:00");
+    Type(form, "Pause between logs [h:mm:ss]", "1:00:00");
     EXPECT_FALSE(form->OkButton()->isEnabled()) << "a repeat needs a duration";
     WithText<QCheckBox>(form, "End each log")->click();
     Type(form, "Length [h:mm:ss]", "10:00");

@@ -117,7 +117,7 @@ CForm* OpenLogOptions(const FormFrame& frame, FormDone done) {
     Follow(useDuration, duration);
     QCheckBox* useRepeat = BindSwitch(*form, CForm::tr("&Begin a log again and again"),
                                       Part(record, &LogOptionsForm::useRepeat));
-    QLineEdit* repeat = BindText(*form, CForm::tr("E&very [h:mm:ss]"),
+    QLineEdit* repeat = BindText(*form, CForm::tr("Pa&use between logs [h:mm:ss]"),
                                  Part(record, &LogOptionsForm::repeat), FaultIn(record, "repeat"));
     Follow(useRepeat, repeat);
     BindSwitch(*form, CForm::tr("&Time stamps once a second ($PCZDA)"),

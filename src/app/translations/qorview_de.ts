@@ -971,8 +971,8 @@
         <translation>Immer wieder ein Log be&amp;ginnen</translation>
     </message>
     <message>
-        <source>E&amp;very [h:mm:ss]</source>
-        <translation>&amp;Alle [h:mm:ss]</translation>
+        <source>Pa&amp;use between logs [h:mm:ss]</source>
+        <translation>Pa&amp;use zwischen Logs [h:mm:ss]</translation>
     </message>
     <message>
         <source>&amp;Time stamps once a second ($PCZDA)</source>
