@@ -320,6 +320,30 @@ TEST_F(AtTheDesk, AnOpenQuestionKeepsNothingElseWaiting) {
     EXPECT_TRUE(OpenForm()->isVisible());
 }
 
+TEST_F(AtTheDesk, NothingOfASessionOutlivesIt) {
+    Press(Do::Practice);
+    ASSERT_TRUE(Until([&] {
+        Press(Do::Tare);
+        return Doc().PressureTare.has_value();
+    })) << Said();
+    WithText<QPushButton>(&Window->Strip(), "Undo")->click();
+    const CMessageHistory& said = Window->Strip().History();
+    ASSERT_NE(said.Current(), nullptr) << "what was done is said";
+    EXPECT_EQ(said.Current()->text, "Depth is measured without a tare.");
+    Press(Do::Tare);
+    Press(Do::AddInstrument);
+    Press(Do::WatchMode);
+    ASSERT_TRUE(Window->findChild<QFileDialog*>()->isVisible());
+    ASSERT_TRUE(Window->IsWatch());
+
+    Press(Do::CloseSession);
+    Settle();
+    EXPECT_EQ(Window->findChild<QFileDialog*>(), nullptr);
+    EXPECT_FALSE(Window->IsWatch()) << "no key leads out of it";
+    EXPECT_TRUE(Window->Start().isVisible());
+    EXPECT_TRUE(!said.Current() || said.Current()->topic != "tare") << "to be undone elsewhere";
+}
+
 TEST_F(AtTheDesk, AnAlarmIsSetTrippedAndSaid) {
     Press(Do::Practice);
     CViewWindow* window = Shown("package");

@@ -69,6 +69,7 @@ void CDesk::ConnectRooms() {
             Window.ArrangeDocks();
     });
     connect(&Sessions, &CSessionDesk::Closed, &Displays, &CWindowDesk::CloseAll);
+    connect(&Sessions, &CSessionDesk::Closed, &Log, &CLogDesk::EndSession);
     connect(&Sessions, &CSessionDesk::FirstPortAsked, this, [this] { Sources.AddPort(); });
     connect(&Sessions, &CSessionDesk::ConnectionAsked, this, [this] { Sources.ConnectAll(true); });
     connect(&Sessions, &CSessionDesk::FilesForSession, this, [this](const QStringList& files) {

@@ -112,6 +112,11 @@ void CLogDesk::OpenComment() {
     qor::OpenComment(Parts.Form(), Shown(DayAndTimeText(Parts.Doc().Clock.Now())), {});
 }
 
+void CLogDesk::EndSession() {
+    for (const char* topic : {"tare", "cast", "disk", "nagging", "log status"})
+        Parts.Window.Strip().Close(topic);
+}
+
 void CLogDesk::Refresh(RunKind run) {
     Room.Watch(LogFolder(Parts.Doc()));
     const LogPage page = Facts.Page(Parts.Doc(), run, Room.FreeBytes());

@@ -32,6 +32,8 @@ class CLogDesk : public QObject {
     void OpenStation();
     void OpenComment();
 
+    /// The session goes, and with it the next steps that were offered for it.
+    void EndSession();
     /// Banner and what of the actions is impossible now.
     void Refresh(RunKind run);
 

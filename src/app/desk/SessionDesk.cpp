@@ -257,8 +257,11 @@ void CSessionDesk::BeginPractice() {
         const std::string fault =
             Parts.Engine.BeginPractice(path, MadeFolder(QStringLiteral("practice")));
         Parts.SayFault("practice", fault);
-        if (!fault.empty())
+        if (!fault.empty()) {
+            Parts.Engine.EndPractice();
+            Parts.Window.ShowStart(true);
             return;
+        }
         Begun(Shown::Practice);
         emit ConnectionAsked();
     });
@@ -392,8 +395,10 @@ void CSessionDesk::Restore() {
     const std::string path = Left ? Left->path : std::string();
     const std::string fault = Parts.Doc().Session.OpenSession(*reading.session, path, setup);
     Parts.SayFault("restore", fault);
-    if (!fault.empty())
+    if (!fault.empty()) {
+        Parts.Window.ShowStart(true);
         return;
+    }
     Parts.Doc().Session.NoteUnsaved();
     Left.reset();
     FillRecent();

@@ -4,6 +4,7 @@
 #include "app/dialogs/FileDialogs.h"
 
 #include <QCheckBox>
+#include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -104,6 +105,8 @@ CForm* OpenGone(const FormFrame& frame, const QString& title) {
 void CloseForms(QWidget* parent) {
     for (auto* form : parent->findChildren<CForm*>(QString(), Qt::FindDirectChildrenOnly))
         form->reject();
+    for (auto* files : parent->findChildren<QFileDialog*>(QString(), Qt::FindDirectChildrenOnly))
+        files->reject();
 }
 
 } // namespace qor

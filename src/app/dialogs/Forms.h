@@ -82,7 +82,7 @@ CForm* OpenSettings(const FormFrame& frame, CTheme& theme, FormDone done);
 
 CForm* OpenAbout(const CTheme& theme, QWidget* parent);
 
-/// Closes the forms of a window as Cancel does; before the session goes.
+/// Closes the forms and file dialogs of a window as Cancel does; before the session goes.
 void CloseForms(QWidget* parent);
 
 } // namespace qor

@@ -152,6 +152,8 @@ void CMainWindow::AddDock(Do toggle, CDisplayWindow* dock, Qt::DockWidgetArea si
 }
 
 void CMainWindow::ShowStart(bool start) {
+    if (start)
+        SetWatch(false); // there is nothing to watch, and no key leads out of it
     Middle->setCurrentWidget(start ? static_cast<QWidget*>(Beginning) : Displays);
     Possible->SetSession(!start);
     // Never on a button of the tool row, which a hand on the keys would press.

@@ -77,9 +77,9 @@ void CMessageStrip::MakeButtons(const StripMessage& message) {
         made->setAutoDefault(false);
         connect(made, &QPushButton::clicked, this,
                 [this, topic = message.topic, press = button.press] {
+                    Said.Close(topic); // first, for what it does may be said under the same topic
                     if (press)
                         press();
-                    Said.Close(topic);
                     Refresh();
                 });
         ButtonPlace->addWidget(made);
