@@ -118,6 +118,12 @@ FormFacts FactsOf(const CQorViewDoc& doc, InstrumentId instrument) {
             {"Frames", CountText(found->FramesReceived)}};
 }
 
+bool IsInPackage(const CQorViewDoc& doc, InstrumentId instrument) {
+    CRecursiveLock lock(doc.DocLock);
+    const auto* owner = doc.OwnerOf(instrument);
+    return owner && owner->package;
+}
+
 std::optional<PackageForm> PackageFormOf(const CQorViewDoc& doc, PackageId package) {
     CRecursiveLock lock(doc.DocLock);
     const CPackage* found = doc.Find(package);

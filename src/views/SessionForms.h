@@ -30,6 +30,7 @@ FormFacts FactsOf(const CQorViewDoc& doc, ResourceId resource);
 std::string ApplyPort(CQorViewDoc& doc, ResourceId port, const PortForm& form, bool reconnect);
 
 FormFacts FactsOf(const CQorViewDoc& doc, InstrumentId instrument);
+bool IsInPackage(const CQorViewDoc& doc, InstrumentId instrument);
 
 /// A package of the session; nothing when it has gone.
 std::optional<PackageForm> PackageFormOf(const CQorViewDoc& doc, PackageId package);

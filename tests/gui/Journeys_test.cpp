@@ -17,6 +17,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QFileDialog>
+#include <QMenu>
 #include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
@@ -129,10 +130,10 @@ class AWeatherStation {
 const std::string WeatherDefinition = Source + "/examples/practice/weather.tdf";
 
 /// A session of a weather station on a port that is not there.
-std::string Deck() {
+std::string Deck(const std::string& definition = WeatherDefinition) {
     return R"({"qorview-session": 1, "title": "Deck", "resources": [{"port": "/dev/ttyNONE", )"
            R"("instruments": [{"definition": ")" +
-           WeatherDefinition + "\"}]}]}";
+           definition + "\"}]}]}";
 }
 
 } // namespace
@@ -342,6 +343,20 @@ TEST_F(AtTheDesk, NothingOfASessionOutlivesIt) {
     EXPECT_FALSE(Window->IsWatch()) << "no key leads out of it";
     EXPECT_TRUE(Window->Start().isVisible());
     EXPECT_TRUE(!said.Current() || said.Current()->topic != "tare") << "to be undone elsewhere";
+}
+
+TEST_F(AtTheDesk, AnInstrumentWithoutANameHasItsMenu) {
+    const std::string plain = Temp.Put("plain.cal", "INSTRUMENT NONE '' 0 AS 0 NONE\n"
+                                                    "SPECIAL NONE 'SEABIRD_19SCT' 0 AS 0 NONE\n");
+    Desk->Session().Open(QString::fromStdString(Temp.Put("plain.qor", Deck(plain))));
+    const TreePage tree = MakeTreePage(Doc(), Desk->Engine().Rates());
+    const auto row = std::ranges::find(tree.rows.at(0).rows, TreeKind::Instrument, &TreeRow::kind);
+    emit Window->Tree().MenuAsked(row->id, {});
+    for (QAction* entry :
+         Window->findChild<QMenu*>(QString(), Qt::FindDirectChildrenOnly)->actions())
+        if (entry->text() == QStringLiteral("Immersed (Wet)"))
+            entry->trigger();
+    EXPECT_TRUE(Doc().Snapshot().resources.at(0).instruments.at(0).immersed) << Said();
 }
 
 TEST_F(AtTheDesk, AnAlarmIsSetTrippedAndSaid) {

@@ -6,6 +6,7 @@
 #include "app/windows/MenuPopup.h"
 #include "session/SessionSetup.h"
 #include "telemetry/CommResult.h"
+#include "views/SessionForms.h"
 #include "views/Windows.h"
 
 namespace qor {
@@ -200,7 +201,7 @@ Menu CSourceDesk::InstrumentMenu(InstrumentId instrument) {
         return {};
     const std::string name = figures->name;
     const bool immersed = figures->immersed, acquired = figures->acquired;
-    const bool inPackage = doc.Packages.PackageOf(name) != PackageId::None;
+    const bool inPackage = IsInPackage(doc, instrument);
     Menu menu, windows;
     for (const WindowKind& kind : WindowKinds())
         windows.push_back({std::string(kind.title), [this, &kind, name] {
@@ -208,7 +209,12 @@ Menu CSourceDesk::InstrumentMenu(InstrumentId instrument) {
                            }});
     menu.push_back({Of(tr("New window")), {}, false, false, {}, std::move(windows)});
     menu.push_back({Of(tr("Immersed (Wet)")),
-                    [&doc, name, immersed] { doc.SetImmersed(name, !immersed); }, true, immersed});
+                    [this, &doc, instrument, name, immersed] {
+                        InstrumentDefaults settings = doc.Instruments.Settings(instrument);
+                        settings.Immersed = !immersed;
+                        Parts.SayFault(name, doc.Instruments.ChangeSettings(instrument, settings));
+                    },
+                    true, immersed});
     menu.push_back({Of(tr("Acquire")),
                     [this, &doc, instrument, name, acquired] {
                         Parts.SayFault(name, doc.Instruments.SetAcquisition(instrument, !acquired));
