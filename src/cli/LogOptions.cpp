@@ -8,6 +8,7 @@
 #include "cli/SessionOptions.h"
 
 #include "session/PortText.h"
+#include "session/SessionOpener.h"
 #include "session/SpanText.h"
 
 #include <CLI/CLI.hpp>
@@ -90,7 +91,8 @@ std::string WhatIsWrong(const LogCallOptions& options) {
     if (options.log.repeatEnabled && !options.log.durationEnabled &&
         !(options.session && options.session->log.duration))
         return "--repeat needs --duration: the length of each log.";
-    const LogRecord log = PlannedSession(options).log;
+    const SessionRecord session = PlannedSession(options);
+    const LogRecord& log = session.log;
     const LogOptions planned{.durationEnabled = log.duration.has_value(),
                              .duration = log.duration.value_or(LogSpan()),
                              .repeatEnabled = log.repeat.has_value(),
@@ -99,6 +101,10 @@ std::string WhatIsWrong(const LogCallOptions& options) {
                              .every = options.log.every};
     if (const std::string fault = EveryFault(planned); !fault.empty())
         return "--every " + options.everyText + ": " + fault;
+    if (const std::string fault = SessionFault(session); !fault.empty())
+        return (options.session ? "what the call says besides --session " + options.sessionPath
+                                : std::string("the call")) +
+               ": " + fault;
     return {};
 }
 

@@ -117,6 +117,11 @@ class Calls(Folder):
             refused = run("log", "--session", str(file), "-o", str(self.folder))
             self.assertEqual(refused.returncode, 1, change)
             self.assertIn("log.every: ", refused.stderr.decode())
+        file.write_text(json.dumps(session | {"station": {"station": "S1"}, "log": session["log"] | {"naming": "autocast"}}))
+        for call in (("--duration", "2h"), ("--cast", "A/B"), ("--repeat", "1m", "--duration", "1000000h")):
+            done = run("log", "--session", str(file), "-o", str(self.folder), *call)
+            self.assertEqual(done.returncode, 2, done.stderr)  # the session by itself is good
+            self.assertNotIn(f"error: {file}", done.stderr.decode())
 
     def test_slips_are_refused_with_what_may_have_been_meant(self):
         raw = str(self.simulated("--raw-log", "-d", PROFILER, "-d", RADIOMETER, "--frames", "5"))
