@@ -200,7 +200,7 @@ void AddDecodeCommand(CLI::App& app, CommandContext& context) {
     CLI::App* command = app.add_subcommand(
         "decode", "Play raw logs through the engine and print every frame with its values");
     AddInstrumentOptions(*command, options.instruments);
-    AddPackageOptions(*command, options.instruments.packageSettings);
+    AddPackageOptions(*command, options.instruments.packageOptions);
     std::vector<std::string> formats;
     const std::string help = FormatHelp(formats);
     AddFormatOption(*command, formats, help,

@@ -62,26 +62,21 @@ void AddInstrumentOptions(CLI::App& command, InstrumentSelection& selection) {
 /// In files 0 stands for none; an option that says none is left out.
 constexpr double LeastIrradiance = 0.001;
 
-void AddPackageOptions(CLI::App& command, PackageSettings& settings) {
+void AddPackageOptions(CLI::App& command, PackageOptions& options) {
     command
-        .add_option_function<double>(
-            "--default-salinity",
-            [&settings](double salinity) {
-                settings.UseDefSalinity = true;
-                settings.DefaultSalinity = salinity;
-            },
-            "Salinity of a package until it measures one")
+        .add_option("--default-salinity", options.defaultSalinity,
+                    "Salinity of a package until it measures one")
         ->type_name("PSU")
         ->transform(DecimalIn(SalinityRange.least, SalinityRange.greatest))
         ->group("Packages");
     command
-        .add_option("--saturation-irradiance", settings.SaturationIrradiance,
+        .add_option("--saturation-irradiance", options.saturationIrradiance,
                     "PAR at which photosynthesis saturates, for the light saturation of a package")
         ->type_name("UMOL/M^2/S")
         ->transform(DecimalIn(LeastIrradiance, IrradianceRange.greatest))
         ->group("Packages");
     command
-        .add_option("--attenuation-window", settings.AttenuationWindow,
+        .add_option("--attenuation-window", options.attenuationWindow,
                     "Depth over which a package's attenuation is fitted (5)")
         ->type_name("METRES")
         ->transform(DecimalIn(WindowRange.least, WindowRange.greatest))

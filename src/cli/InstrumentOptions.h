@@ -33,7 +33,7 @@ void AddStrictOption(CLI::App& command, bool& strict);
 void AddDerivedOption(CLI::App& command, InstrumentSelection& selection, bool* wanted,
                       const std::string& help);
 /// Adds the settings of packages that derived products need.
-void AddPackageOptions(CLI::App& command, PackageSettings& settings);
+void AddPackageOptions(CLI::App& command, PackageOptions& options);
 
 /// Says what is wrong with the instruments of a call, each as an error or, where they are used all
 /// the same, as a warning (`strict`: an error). False when there is an error.

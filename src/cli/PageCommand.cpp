@@ -140,7 +140,7 @@ void AddPageCommand(CLI::App& app, CommandContext& context) {
         ->type_name("")
         ->required();
     AddInstrumentOptions(*command, options.instruments);
-    AddPackageOptions(*command, options.instruments.packageSettings);
+    AddPackageOptions(*command, options.instruments.packageOptions);
     AddDerivedOption(*command, options.instruments, nullptr, "Derived products as usual");
     command->add_option("--instrument", options.instrument, "Whose page (the first that has such)")
         ->type_name("NAME");

@@ -74,7 +74,7 @@ void CLogRun::SetUpPort(const PortPlan& port) {
     for (const std::string& path : definitions)
         Setup.AddDefinition(path, resource);
     for (LoadedPackage& loaded : packages)
-        Setup.AddPackage(std::move(loaded), resource, port.instruments.packageSettings);
+        Setup.AddPackage(std::move(loaded), resource, port.instruments.packageOptions.Over({}));
 }
 
 /// A package brings up its port at its baud rate, unless the plan names another. A file of either

@@ -27,7 +27,7 @@ void AddPlayed(CQorViewDoc& doc, CSessionSetup& setup, ResourceId file, const st
     }
     if (selection.session) {
         KeptSession none;
-        CSessionOpener(doc, setup, none).OpenOn(file, *selection.session);
+        CSessionOpener(doc, setup, none).OpenOn(file, *selection.session, selection.packageOptions);
     }
     setup.AddAll(selection, file);
     setup.ApplyNames(selection);

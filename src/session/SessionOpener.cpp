@@ -12,16 +12,6 @@
 namespace qor {
 namespace {
 
-PackageSettings SettingsOf(const PackageRecord& record) {
-    PackageSettings settings;
-    settings.UseDefSalinity = record.defaultSalinity.has_value();
-    settings.DefaultSalinity = record.defaultSalinity.value_or(settings.DefaultSalinity);
-    settings.SaturationIrradiance =
-        record.saturationIrradiance.value_or(settings.SaturationIrradiance);
-    settings.AttenuationWindow = record.attenuationWindow.value_or(settings.AttenuationWindow);
-    return settings;
-}
-
 /// The application's own options stay.
 void ApplyOptions(const LogRecord& log, LogOptions& options) {
     options.timeStampEnabled = log.timeStamps;
@@ -101,7 +91,8 @@ void CSessionOpener::OpenAll(const SessionRecord& session) {
     Doc.CalibrationMode = session.calibrationMode;
 }
 
-void CSessionOpener::OpenOn(ResourceId resource, const SessionRecord& session) {
+void CSessionOpener::OpenOn(ResourceId resource, const SessionRecord& session,
+                            const PackageOptions& said) {
     const InstrumentDefaultsReading defaults = LoadInstrumentDefaults(InstrumentDefaultsPath());
     Played = &defaults;
     for (const ResourceRecord& record : session.resources) {
@@ -109,7 +100,7 @@ void CSessionOpener::OpenOn(ResourceId resource, const SessionRecord& session) {
         for (const PackageRecord& package : record.packages)
             opened.packages.push_back(LoadPackage(package.file, Doc.User, Doc));
         AddInstruments(opened);
-        AddPackages(opened);
+        AddPackages(opened, said);
     }
     GiveRoles();
     Played = nullptr;
@@ -193,11 +184,11 @@ void CSessionOpener::AddInstruments(const OpenResource& resource) {
     }
 }
 
-void CSessionOpener::AddPackages(OpenResource& resource) {
+void CSessionOpener::AddPackages(OpenResource& resource, const PackageOptions& said) {
     for (std::size_t i = 0; i < resource.packages.size(); ++i) {
         const PackageRecord& record = resource.record->packages[i];
-        const PackageId id =
-            Setup.AddPackage(std::move(resource.packages[i]), resource.id, SettingsOf(record));
+        const PackageId id = Setup.AddPackage(std::move(resource.packages[i]), resource.id,
+                                              said.Over(record.Over({})));
         if (id == PackageId::None)
             Kept.resources[resource.id].said.packages.push_back(record);
         else

@@ -29,8 +29,8 @@ class CSessionOpener {
     void ApplySettings(const SessionRecord& session);
     void OpenAll(const SessionRecord& session);
     /// Brings every instrument and package of a session onto one resource, with roles and
-    /// immersion alone: for a log that is played.
-    void OpenOn(ResourceId resource, const SessionRecord& session);
+    /// immersion alone: for a log that is played. What is said of packages wins over the session.
+    void OpenOn(ResourceId resource, const SessionRecord& session, const PackageOptions& said);
 
   private:
     struct OpenResource {
@@ -42,7 +42,7 @@ class CSessionOpener {
     OpenResource AddResource(const ResourceRecord& record);
     OpenResource AddPort(const ResourceRecord& record);
     void AddInstruments(const OpenResource& resource);
-    void AddPackages(OpenResource& resource);
+    void AddPackages(OpenResource& resource, const PackageOptions& said = {});
     void AddMembers(PackageId package, const PackageRecord& record);
     void Settle(InstrumentId instrument, const InstrumentRecord& record);
 

@@ -35,12 +35,9 @@ struct InstrumentRecord {
     bool operator==(const InstrumentRecord&) const = default;
 };
 
-struct PackageRecord {
+struct PackageRecord : PackageOptions {
     std::string file;
-    std::optional<double> defaultSalinity;      ///< practical salinity
-    std::optional<double> saturationIrradiance; ///< umol photons m^-2 s^-1; 0: not set
-    std::optional<double> attenuationWindow;    ///< dbar
-    std::vector<InstrumentRecord> instruments;  ///< by member; those of which anything is said
+    std::vector<InstrumentRecord> instruments; ///< by member; those of which anything is said
     JsonValue unknown = JsonValue::Object();
 };
 

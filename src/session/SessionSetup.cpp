@@ -163,9 +163,9 @@ PackageId CSessionSetup::AddPackage(LoadedPackage loaded, ResourceId resource,
 
 void CSessionSetup::AddAll(const InstrumentSelection& selection, ResourceId resource) {
     for (const std::string& path : selection.definitions)
-        AddFile(path, resource, selection.packageSettings);
+        AddFile(path, resource, selection.packageOptions.Over({}));
     for (const std::string& path : selection.packages)
-        AddFile(path, resource, selection.packageSettings);
+        AddFile(path, resource, selection.packageOptions.Over({}));
 }
 
 void CSessionSetup::ApplyNames(const InstrumentSelection& selection) {

@@ -32,7 +32,7 @@ struct InstrumentSelection {
     bool allWet = false;
     std::vector<std::string> wet = {}; ///< names
     std::vector<RoleAssignment> roles = {};
-    PackageSettings packageSettings = {};         ///< of every package
+    PackageOptions packageOptions = {};           ///< of every package
     DerivedChoice derived = DerivedChoice::Usual; ///< of every package that a log is played with
     /// Whose instruments, roles and immersion join these, where a log is played.
     std::optional<SessionRecord> session = {};

@@ -502,6 +502,24 @@ class Playback(Folder):
         os.mkfifo(fifo)
         decode = ("decode", "-d", PROFILER, "--format", "jsonl")
         for call in ((*decode, "-"), (*decode, fifo), ("check", "--json", "-"), ("info", "-"),
+    def test_what_is_said_of_packages_wins_over_the_session(self):
+        package = str(SOURCE / "examples/cast.sip")
+        raw = str(self.simulated("--raw-log", "-p", package, "--cast", "30", "--frames", "200"))
+        session = self.folder / "cast.qor"
+        session.write_text(json.dumps({"qorview-session": 1, "resources": [
+            {"port": "x", "packages": [{"file": package, "saturation-irradiance": 100}]}]}))
+
+        def derived(*options):
+            return decoded("--derived=all", *options, raw)
+
+        own = derived("-p", package, "--saturation-irradiance", "100")
+        self.assertEqual(derived("--session", str(session)), own)
+        for said in (("--saturation-irradiance", "300"), ("--default-salinity", "20"), ("--attenuation-window", "9")):
+            found = derived("--session", str(session), *said)
+            named = said if "300" in said else ("--saturation-irradiance", "100", *said)
+            self.assertEqual(found, derived("-p", package, *named), said)
+            self.assertNotEqual(found, own, said)
+
                      ("compare", "-d", RADIOMETER, "--dut", "X", "--reference", "Y", "-d", "-", str(raw))):
             command = subprocess.Popen([CLI, *call], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
                                        stderr=subprocess.DEVNULL)
