@@ -15,6 +15,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
+
 namespace qor {
 
 namespace {
@@ -25,8 +27,8 @@ struct SessionCallOptions : LogCallOptions {
     OutputRules rules;
 };
 
-/// Makes the document of the call; its records. The exit status says whether they may be written.
-int MakeSession(const SessionCallOptions& options, SessionRecord& session) {
+/// Makes the document of the call; its records, unless they may not be written. The exit status.
+int MakeSession(const SessionCallOptions& options, std::optional<SessionRecord>& session) {
     CSystemClock clock;
     CTerminalUser user;
     CMemoryProfileStore profile;
@@ -41,24 +43,27 @@ int MakeSession(const SessionCallOptions& options, SessionRecord& session) {
     const bool usable = ReportSetup(run.Set(), options.strict, true);
     if (HasUnknownName(run.Set().Refusals()))
         return ExitBadCall;
-    session = doc.Session.Record();
-    if (!options.title.empty())
-        session.title = options.title;
     if (ports && !usable && !options.partly)
         ReportError("no session was written; --partly writes what can be used.");
-    return ports && (usable || options.partly) ? ExitWell : ExitFault;
+    if (ports && (usable || options.partly)) {
+        session = doc.Session.Record();
+        if (!options.title.empty())
+            session->title = options.title;
+    }
+    return ports && usable ? ExitWell : ExitFault;
 }
 
 int RunSession(const CLI::App& command, SessionCallOptions& options) {
     if (const int status = ReadLogCall(command, options); status != ExitWell)
         return status;
     options.rules.inputs = FilesOf(options.names, options.session, options.sessionPath);
-    SessionRecord session;
-    if (const int status = MakeSession(options, session); status != ExitWell)
-        return status;
+    std::optional<SessionRecord> session;
+    const int made = MakeSession(options, session);
+    if (!session)
+        return made;
     // What goes to standard output is taken for a file of this folder.
     const SessionWriting written =
-        WriteSession(session, options.path.empty() ? "session.qor" : options.path);
+        WriteSession(*session, options.path.empty() ? "session.qor" : options.path);
     if (!written.refusal.empty()) {
         ReportError(written.refusal);
         return ExitFault;
@@ -69,7 +74,7 @@ int RunSession(const CLI::App& command, SessionCallOptions& options) {
         output.Text(written.bytes);
         result = output.Finish();
     }
-    return OutputExit(result);
+    return std::max(made, OutputExit(result));
 }
 
 } // namespace

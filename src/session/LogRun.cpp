@@ -91,9 +91,10 @@ ResourceId CLogRun::AddPort(const PortPlan& port, std::vector<LoadedPackage>& pa
             continue;
         }
         packages.push_back(LoadPackage(path, Doc.User, Doc));
-        if (!baudKnown)
+        if (!baudKnown && packages.back().ok) {
             settings = PackagePort(packages.back(), settings, Doc.User);
-        baudKnown = true;
+            baudKnown = true;
+        }
     }
     if (Plan.session && HasPort(*Plan.session, settings.portName))
         return Doc.FindResource(settings.portName);

@@ -1045,5 +1045,12 @@ class Acquisition(Folder):
             self.assertEqual((done.returncode, done.stderr.count(b"\n")), (1, 1), done.stderr)
             self.assertIn(b"run.qor: qorview-session: 2: written by a newer version", done.stderr)
 
+        # What can be used is as if nothing else had been named.
+        broken = self.folder / "broken.sip"
+        broken.write_bytes(b"PK")
+        port, package = ("--port", Line().name), ("-p", str(SOURCE / "examples/cast.sip"))
+        partly = run("session", *port, "-p", str(broken), *package, "--partly", "-o", "-", cwd=self.folder)
+        whole = run("session", *port, *package, "-o", "-", cwd=self.folder)
+        self.assertEqual((partly.returncode, whole.returncode, partly.stdout), (1, 0, whole.stdout), partly.stderr)
 
 unittest.main(argv=[sys.argv[0], *sys.argv[3 + bool(STALLED_DISK):]], verbosity=2)
