@@ -13,9 +13,12 @@ namespace {
 constexpr std::string_view ParityLetters = "NOEMS"; // in the order of the parity codes
 constexpr std::string_view StopBitTexts[] = {"1", "1.5", "2"};
 
-/// The text was meant as a line format, rightly or wrongly: "9N1".
+/// The text was meant as a line format, rightly or wrongly: "9N1"; not so "1.0-port0", with which
+/// the name of a USB port may end.
 bool ResemblesLineFormat(std::string_view text) {
-    return text.size() >= 3 && IsDigit(text[0]) && !IsDigit(text[1]) && IsDigit(text[2]);
+    const std::string lower = ToLower(text);
+    return lower.size() >= 3 && IsDigit(lower[0]) && lower[1] >= 'a' && lower[1] <= 'z' &&
+           IsDigit(lower[2]);
 }
 
 /// The text was meant as a speed, wrongly: "-9600", "99999999999".
