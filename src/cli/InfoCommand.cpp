@@ -33,12 +33,15 @@ bool ReadLog(const std::string& path, const CommandContext& context, CRawLogRead
     return cause == FileCause::None;
 }
 
-bool PlayLog(const std::string& path, const InfoOptions& options, CommandContext& context,
-             PlayFacts& facts) {
+/// The exit status of what was played.
+int PlayLog(const std::string& path, const InfoOptions& options, CommandContext& context,
+            PlayFacts& facts) {
     CPlayedFile playback(options.chunk);
     bool well = playback.Open(path, options.instruments, options.strict);
+    if (playback.IsBadCall())
+        return ExitBadCall;
     if (!playback.IsOpen())
-        return false;
+        return ExitFault;
     playback.KeepDiscarded(facts.discarded);
     well = playback.Play(
                context,
@@ -48,7 +51,18 @@ bool PlayLog(const std::string& path, const InfoOptions& options, CommandContext
                [] { return true; }) &&
            well;
     facts.Count(playback.Doc().Snapshot());
-    return well;
+    return well ? ExitWell : ExitFault;
+}
+
+/// Whether the call says something of instruments (reported) where it names none.
+bool NamesInVain(const InstrumentSelection& instruments) {
+    const std::vector<Refusal> named = UnknownNames(instruments, {});
+    if (!instruments.Empty() || named.empty())
+        return false;
+    ReportError(named.front().subject +
+                ": give the instrument's definition with -d, or its package "
+                "with -p.");
+    return true;
 }
 
 /// Behind what the log holds, on standard error. False when there are any.
@@ -72,6 +86,8 @@ int RunInfo(InfoOptions& options, CommandContext& context) {
     if (const int status = TakeSession(options.sessionPath, options.instruments.session);
         status != ExitWell)
         return status;
+    if (NamesInVain(options.instruments))
+        return ExitBadCall;
     COutput output(ReportError);
     if (const int status = OutputExit(output.Open({}, {.inputs = options.Inputs()}));
         status != ExitWell)
@@ -94,8 +110,10 @@ int RunInfo(InfoOptions& options, CommandContext& context) {
             well = false;
             continue;
         }
-        if (plays)
-            well = PlayLog(path, options, context, play) && well;
+        const int played = plays ? PlayLog(path, options, context, play) : ExitWell;
+        if (played == ExitBadCall)
+            return played;
+        well = played == ExitWell && well;
         (options.json ? WriteLogJson : WriteLogText)(output, path, log, plays ? &play : nullptr);
         well = SayFaults(output, path, log, plays ? &play : nullptr) && well;
         if (context.stop.Requested())

@@ -41,9 +41,23 @@ FileCause ReadHeader(const std::string& path, CRawLogReader& log) {
     return cause == FileCause::None ? log.ReadOn() : cause;
 }
 
-/// Nothing when the log could not be read to its end, which is reported.
-std::optional<LogVerdict> VerifyLog(const std::string& path, const VerifyOptions& options,
-                                    CommandContext& context) {
+/// What came of a log; what has no verdict is reported.
+struct VerifiedLog {
+    std::optional<LogVerdict> verdict; ///< none: it could not be read to its end
+    bool badCall = false;              ///< the call names an instrument that is not there
+};
+
+/// The instruments of the manifest with what the call says of them.
+InstrumentSelection ByManifest(const CManifestCheck& manifest, const InstrumentSelection& call) {
+    InstrumentSelection selection = manifest.Selection();
+    selection.allWet = call.allWet;
+    selection.wet = call.wet;
+    selection.roles = call.roles;
+    return selection;
+}
+
+VerifiedLog VerifyLog(const std::string& path, const VerifyOptions& options,
+                      CommandContext& context) {
     if (IsDevice(path)) {
         ReportError(path + ": a pipe can be read only once; save it to a file to verify it.");
         return {};
@@ -55,8 +69,9 @@ std::optional<LogVerdict> VerifyLog(const std::string& path, const VerifyOptions
     }
     CManifestCheck manifest(path, options.repair);
     const bool named = !options.instruments.Empty();
-    const InstrumentSelection found = named ? InstrumentSelection() : manifest.Selection();
-    if (!named && found.Empty()) {
+    const InstrumentSelection instruments =
+        named ? options.instruments : ByManifest(manifest, options.instruments);
+    if (instruments.Empty()) {
         ReportError(path + ": it has no manifest that names definitions which are there; name them "
                            "with -d or -p.");
         return {};
@@ -64,7 +79,9 @@ std::optional<LogVerdict> VerifyLog(const std::string& path, const VerifyOptions
     CLogCheck check;
     check.Know(manifest.Manifest().steps);
     CPlayedFile playback(options.chunk);
-    bool well = playback.Open(path, named ? options.instruments : found, options.strict);
+    bool well = playback.Open(path, instruments, options.strict);
+    if (playback.IsBadCall())
+        return {{}, true};
     if (!playback.IsOpen())
         return {};
     playback.KeepDiscarded(check.Discarded());
@@ -90,7 +107,7 @@ std::optional<LogVerdict> VerifyLog(const std::string& path, const VerifyOptions
     }
     for (const std::string& hint : UnnamedSentences(check.Played()))
         ReportHint(path + ": " + hint);
-    return verdict;
+    return {verdict};
 }
 
 /// Behind the verdicts, where there are several; beside lines of JSON it is no result.
@@ -119,9 +136,11 @@ int RunVerify(VerifyOptions& options, CommandContext& context) {
         return status;
     Tally tally;
     for (const std::string& path : options.files) {
-        const std::optional<LogVerdict> verdict = VerifyLog(path, options, context);
+        const auto [verdict, badCall] = VerifyLog(path, options, context);
         if (context.stop.Requested())
             return ExitInterrupted;
+        if (badCall)
+            return ExitBadCall;
         if (!verdict) {
             ++tally.unread;
             continue;

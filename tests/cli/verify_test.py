@@ -126,6 +126,12 @@ class Damage(unittest.TestCase):
         self.assertEqual((made["sha256"], made["size"], made["repaired"], made["ports"][0]["instruments"][0]["logged"]),
                          (hashlib.sha256(whole).hexdigest(), len(whole), True, 60))
         self.assertEqual(self.kinds(), [], "its definition is found by the manifest")
+        untagged = self.kinds("--role", "$GPRMC=gps")
+        self.assertTrue(untagged == self.kinds("-d", GPS, "--role", "$GPRMC=gps") != [], untagged)
+        for names in (("--wet=NOSUCH",), ("--role", "NOSUCH=gps")):
+            for call in (("verify",), ("verify", "-d", GPS), ("info",), ("info", "-d", GPS)):
+                done = run(*call, *names, str(self.log))
+                self.assertEqual((done.returncode, done.stdout), (2, b""), (call, done.stderr))
         first = whole.index(b"$GPRMC")
         digit = next(i for i in range(first + 7, len(whole)) if whole[i:i + 1].isdigit())
         changed = bytearray(whole)
