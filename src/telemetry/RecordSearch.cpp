@@ -31,20 +31,22 @@ std::optional<Line> LineBeforeTag(const CAttachedInstruments& attached, ByteSpan
     return {};
 }
 
-/// The same when the stream ends within the tag.
+/// The same when the stream ends within the tag, or right behind the line. The tag is looked for
+/// first: bytes of it may read as a line's end.
 std::optional<Line> LineBeforeEnd(const CAttachedInstruments& attached, ByteSpan piece,
                                   bool boundary) {
     for (std::size_t cut = 1; cut < TimeTagSize && cut < piece.size(); ++cut)
         if (MayBeginTimeTag(piece[piece.size() - cut]))
             if (auto line = LineBeforeTag(attached, piece.first(piece.size() - cut), boundary))
                 return line;
-    return {};
+    return LineBeforeTag(attached, piece, boundary);
 }
 
 } // namespace
 
 RecordResult CRecordSearch::Search(const CAttachedInstruments& attached, ByteSpan bytes,
                                    std::uint64_t offset, bool boundary, bool ended) {
+    ended = ended && bytes.size() <= LongestPiece; // else the piece ends before the stream does
     bytes = bytes.first(std::min(bytes.size(), LongestPiece));
     if (boundary)
         if (std::optional<RecordResult> result = AtBoundary(attached, bytes, ended))

@@ -200,24 +200,23 @@ class CPlainSync {
     bool HasLine(std::size_t instrument, std::size_t tag, std::size_t& from) const {
         const std::string& terminator = Instruments[instrument].terminator;
         const std::string_view rest = Stream.substr(Position);
-        for (std::size_t end = tag < rest.size() ? tag : rest.size() - 1;
-             end > 0 && (end == tag || end + TimeTagSize > rest.size()); --end) {
+        const auto endsAt = [&](std::size_t end) {
             const std::string_view piece = rest.substr(0, end);
-            if (end != tag && (rest[end] < 0x1E || rest[end] > 0x21))
-                continue; // no tag begins so
             from = 0;
             if (Boundary && PlainTerminator(piece, 0, terminator) == end)
                 return true;
-            if (piece.ends_with(terminator)) {
-                from = piece.substr(0, end - terminator.size()).rfind(terminator);
-                from = from == std::string::npos ? end : from + terminator.size();
-                if (PlainTerminator(piece, from, terminator) == end)
-                    return true;
-            }
-            if (end == tag)
+            if (!piece.ends_with(terminator))
                 return false;
-        }
-        return false;
+            from = piece.substr(0, end - terminator.size()).rfind(terminator);
+            from = from == std::string::npos ? end : from + terminator.size();
+            return PlainTerminator(piece, from, terminator) == end;
+        };
+        if (tag < rest.size())
+            return endsAt(tag);
+        for (std::size_t end = rest.size() - 1; end > 0 && end + TimeTagSize > rest.size(); --end)
+            if (rest[end] >= 0x1E && rest[end] <= 0x21 && endsAt(end)) // a tag begins so
+                return true;
+        return endsAt(rest.size());
     }
 
     void Take(std::size_t instrument) {
