@@ -126,22 +126,26 @@ TriedFrame CFrameTrial::Describe(const CFrameData& frame) const {
     return tried;
 }
 
-/// Whether a fixed frame is as long as the way from header to header.
+/// Whether a fixed frame, in a raw log with its time tag, is as long as the way from header to
+/// header.
 std::string CFrameTrial::Doubt() const {
     if (Result.discarded == 0 || Instrument.Type() == FrameType::Variable)
         return {};
-    const HeaderTrace trace = TraceHeader(Instrument.SyncHeader(), WithoutRecords(Sample));
+    const ByteSpan bytes = WithoutRecords(Sample);
+    const std::size_t tag = bytes.size() < Sample.size() ? TimeTagSize : 0;
+    const HeaderTrace trace = TraceHeader(Instrument.SyncHeader(), bytes);
     const std::size_t usual = trace.IsWhole() ? UsualDistance(trace) : 0;
     const auto size = static_cast<std::size_t>(Instrument.FrameSize());
-    if (usual == 0 || usual == size)
+    if (usual == 0 || usual == size || usual == size + tag)
         return {};
     const std::string facts = Format(
-        "The sync headers stand %zu bytes apart, and a frame of the definition has %zu: ", usual,
-        size);
-    return usual < size ? facts + "it swallows the beginning of the next one; is a length too "
-                                  "large, or a field not sent?"
-                        : facts + "what lies between belongs to fields that the definition lacks, "
-                                  "or to another instrument.";
+        "The sync headers stand %zu bytes apart, and a frame of the definition has %zu%s: ", usual,
+        size, tag == 0 ? "" : ", with its time tag 7 more");
+    return usual < size + tag
+               ? facts + "it swallows the beginning of the next one; is a length too "
+                         "large, or a field not sent?"
+               : facts + "what lies between belongs to fields that the definition lacks, "
+                         "or to another instrument.";
 }
 
 FrameTrialResult CFrameTrial::Finish(std::uint64_t lineErrors) {
@@ -157,8 +161,9 @@ FrameTrialResult CFrameTrial::Finish(std::uint64_t lineErrors) {
     if (Checks.ChecksumIndex >= 0 && Result.frames > 0)
         Result.checksumErrors = Checks.ChecksumErrorCount;
     Result.unreadable = Checks.ValueErrorCount;
+    const ByteSpan bytes = WithoutRecords(Sample);
     if (Result.frames == 0)
-        Result.nearest = NearestMissOf(Instrument, WithoutRecords(Sample), lineErrors);
+        Result.nearest = NearestMissOf(Instrument, bytes, lineErrors, Sample.size() - bytes.size());
     else
         Result.doubt = Doubt();
     return std::move(Result);

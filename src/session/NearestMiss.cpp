@@ -57,6 +57,7 @@ struct Riddle {
     const CInstrument& instrument;
     ByteSpan bytes;
     std::uint64_t lineErrors;
+    std::size_t skipped;
     const NearestMiss& miss;
 
     const HeaderTrace& Header() const { return miss.header; }
@@ -95,7 +96,8 @@ std::string HeaderAlone(const Riddle& riddle) {
     if (!riddle.Header().IsWhole())
         return {};
     const std::string there = "The sync header is there (" + PlaceText(riddle.Header()) + "), but ";
-    const std::string_view from = AsText(riddle.bytes).substr(riddle.Header().first);
+    const std::string_view from =
+        AsText(riddle.bytes).substr(riddle.Header().first - riddle.skipped);
     const std::string& terminator = riddle.instrument.Terminator();
     if (!terminator.empty() && from.find(terminator) == std::string_view::npos)
         return there + "the terminator " + Printable(terminator) + " does not follow it" +
@@ -112,11 +114,12 @@ std::string OtherLetters(const Riddle& riddle) {
     if (header.size() < 3)
         return {};
     const std::string text = ToLower(AsText(riddle.bytes));
-    const HeaderTrace found = TraceHeader(ToLower(header), AsBytes(text));
+    const HeaderTrace found = TraceHeader(ToLower(header), AsBytes(text), riddle.skipped);
     return found.IsWhole()
                ? "The sync header " + Quoted(header) + " stands there in other letters, as " +
-                     Quoted(AsText(riddle.bytes).substr(found.first, found.length)) + " (" +
-                     PlaceText(found) + "): upper and lower case count."
+                     Quoted(
+                         AsText(riddle.bytes).substr(found.first - riddle.skipped, found.length)) +
+                     " (" + PlaceText(found) + "): upper and lower case count."
                : "";
 }
 
@@ -176,7 +179,7 @@ constexpr std::string (*Causes[])(const Riddle&) = {
 
 } // namespace
 
-HeaderTrace TraceHeader(std::string_view header, ByteSpan bytes) {
+HeaderTrace TraceHeader(std::string_view header, ByteSpan bytes, std::size_t skipped) {
     HeaderTrace trace;
     trace.length = header.size();
     header = header.substr(0, bytes.size()); // more of it cannot be there
@@ -190,7 +193,7 @@ HeaderTrace TraceHeader(std::string_view header, ByteSpan bytes) {
             return;
         const std::size_t begin = end - length;
         if (trace.times++ == 0) {
-            trace.first = begin;
+            trace.first = skipped + begin;
             trace.follows =
                 AsText(bytes.subspan(end, std::min(bytes.size() - end, FollowingBytes)));
         } else if (trace.distances.size() < MostDistances) {
@@ -210,13 +213,14 @@ std::size_t UsualDistance(const HeaderTrace& trace) {
     return usual == counts.end() ? 0 : usual->first;
 }
 
-NearestMiss NearestMissOf(const CInstrument& instrument, ByteSpan bytes, std::uint64_t lineErrors) {
+NearestMiss NearestMissOf(const CInstrument& instrument, ByteSpan bytes, std::uint64_t lineErrors,
+                          std::size_t skipped) {
     NearestMiss miss;
-    miss.header = TraceHeader(instrument.SyncHeader(), bytes);
+    miss.header = TraceHeader(instrument.SyncHeader(), bytes, skipped);
     miss.look = LookAt(bytes);
     miss.sample = Printable(AsText(bytes.first(std::min(bytes.size(), SampleSize))));
     for (const auto& causeOf : Causes) {
-        miss.cause = causeOf({instrument, bytes, lineErrors, miss});
+        miss.cause = causeOf({instrument, bytes, lineErrors, skipped, miss});
         if (!miss.cause.empty())
             break;
     }

@@ -8,6 +8,7 @@
 #include "fakes/DefinedInstrument.h"
 #include "fakes/ManualClock.h"
 #include "fakes/ScriptedPort.h"
+#include "telemetry/RawLogFormat.h"
 
 #include <gmock/gmock.h>
 
@@ -100,6 +101,23 @@ TEST(FrameTrial, DoubtsAFrameThatIsNotAsLongAsTheWayBetweenHeaders) {
     EXPECT_THAT(Try(Radiometer + "TEMP NONE '' 1 BU 0 COUNT\n", Repeated(Record(1), 6)).doubt,
                 HasSubstr("swallows"));
     EXPECT_EQ(Try(Radiometer, "junk" + Repeated(Record(1), 6)).doubt, "");
+}
+
+TEST(FrameTrial, KnowsTheRecordsAndTagsOfARawLog) {
+    const auto tag = MakeTimeTag({.seconds = 1'119'355'200});
+    const auto record = MakeHeaderRecord(FormatHeaderLine(0, "HE-612"));
+    const auto log = [&](const std::string& frame) {
+        return std::string(AsText(record)) + Repeated(frame + std::string(AsText(tag)), 6) + "RAx";
+    };
+    EXPECT_GT(Try(Radiometer, log(Record(1))).discarded, 0u);
+    EXPECT_EQ(Try(Radiometer, log(Record(1))).doubt, "");
+    EXPECT_THAT(
+        Try(Radiometer, log(Record(1).substr(0, 9))).doubt,
+        HasSubstr("16 bytes apart, and a frame of the definition has 10, with its time tag 7 "
+                  "more: it swallows"));
+    const FrameTrialResult none = Try(Ctd, log("xCTD07"));
+    EXPECT_EQ(none.nearest->header.first, HeaderRecordSize + 1);
+    EXPECT_THAT(none.nearest->cause, HasSubstr("first at byte 129"));
 }
 
 /// Text as a receiver at twice the speed sees it: each bit twice.
