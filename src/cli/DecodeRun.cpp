@@ -188,9 +188,12 @@ int DecodeTogether(std::span<const ExportedLog> logs, const DecodeOptions& optio
     if (begun && !anyFrame && !options.window.IsAll())
         ReportWarning("no frame that was played lies between --from and --to; frames without a "
                       "time lie in no such stretch. qorview-cli info says when a log begins.");
-    if (begun && !whole && !options.settings.path.empty())
-        return WithholdResults(options.settings.stem.empty() ? options.settings.path
-                                                             : logs.front().path);
+    const std::string &path = options.settings.path, &stem = options.settings.stem;
+    if (begun && !whole && !path.empty() && stem.empty())
+        return WithholdResults(path);
+    if (begun && !whole && !path.empty()) // one of many, which standard output does not take
+        return WithholdResults(options.format->tables ? path + PathSeparator() + stem + ".*" : path,
+                               false);
     return sink->Finish().Good() && well && whole ? ExitWell : ExitFault;
 }
 

@@ -134,9 +134,9 @@ int TakeInstruments(PlaybackOptions& options) {
     return ExitBadCall;
 }
 
-int WithholdResults(const std::string& path) {
-    ReportError(path + ": not made, because a log could not be read whole; -o - prints what can be "
-                       "read of it.");
+int WithholdResults(const std::string& path, bool mayPrint) {
+    ReportError(path + ": not made, because a log could not be read whole" +
+                (mayPrint ? "; -o - prints what can be read of it." : "."));
     return ExitFault;
 }
 

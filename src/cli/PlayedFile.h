@@ -85,8 +85,9 @@ bool NamesRawFile(const std::vector<std::string>& files);
 /// status of what was reported.
 int TakeInstruments(PlaybackOptions& options);
 
-/// Says that no file is made because some log could not be read whole; the exit status.
-int WithholdResults(const std::string& path);
+/// Says that no file is made because some log could not be read whole, and, where standard
+/// output may take the results, that it does. The exit status.
+int WithholdResults(const std::string& path, bool mayPrint = true);
 
 /// Adds --format; `take` gets the one of the formats that was chosen.
 void AddFormatOption(CLI::App& command, const std::vector<std::string>& formats,

@@ -319,6 +319,12 @@ class Playback(Folder):
             self.assertEqual([path.name for path in out.iterdir()], made)
             self.assertEqual(len(done.stderr.splitlines()), 1 if status else 0, done.stderr)
         self.assertFalse((self.folder / "none").exists())
+        torn = self.folder / "torn.raw.gz"
+        torn.write_bytes(gzip.compress(pathlib.Path(raw).read_bytes())[:-20])
+        for format, result in (("csv", "torn.*"), ("jsonl", "torn.jsonl")):
+            done = run("decode", "-j", "2", "-d", PROFILER, "--format", format, "-o", str(out), str(torn))
+            self.assertEqual(done.returncode, 1)
+            self.assertIn(f"{out / result}: not made, because a log could not be read whole.", done.stderr.decode())
 
     def test_from_and_to_choose_frames_by_the_times_that_are_shown(self):
         capture = self.simulated("-d", GPS, "--frames", "5").rename(self.folder / "gps.bin")
@@ -496,12 +502,6 @@ class Playback(Folder):
             self.assertEqual([[float(cell) if cell else None for cell in row[-count:]] for row in rows[1:]],
                              [[value for _, _, value in line] for line in lines])
 
-    def test_pipes_are_waited_for_until_a_signal_comes(self):
-        raw = self.simulated("--raw-log", "-d", PROFILER, "--frames", "20")
-        fifo = str(self.folder / "fifo")
-        os.mkfifo(fifo)
-        decode = ("decode", "-d", PROFILER, "--format", "jsonl")
-        for call in ((*decode, "-"), (*decode, fifo), ("check", "--json", "-"), ("info", "-"),
     def test_what_is_said_of_packages_wins_over_the_session(self):
         package = str(SOURCE / "examples/cast.sip")
         raw = str(self.simulated("--raw-log", "-p", package, "--cast", "30", "--frames", "200"))
@@ -520,6 +520,12 @@ class Playback(Folder):
             self.assertEqual(found, derived("-p", package, *named), said)
             self.assertNotEqual(found, own, said)
 
+    def test_pipes_are_waited_for_until_a_signal_comes(self):
+        raw = self.simulated("--raw-log", "-d", PROFILER, "--frames", "20")
+        fifo = str(self.folder / "fifo")
+        os.mkfifo(fifo)
+        decode = ("decode", "-d", PROFILER, "--format", "jsonl")
+        for call in ((*decode, "-"), (*decode, fifo), ("check", "--json", "-"), ("info", "-"),
                      ("compare", "-d", RADIOMETER, "--dut", "X", "--reference", "Y", "-d", "-", str(raw))):
             command = subprocess.Popen([CLI, *call], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
                                        stderr=subprocess.DEVNULL)
@@ -1039,12 +1045,6 @@ class Acquisition(Folder):
             self.assertEqual(done.stderr.count(b"unknown members, kept as they are: note."), 1, call)
             self.assertIn(b"none.cal: could not be loaded", done.stderr)
             self.assertFalse((self.folder / "run.raw").exists())
-        file.write_text('{"qorview-session": 2}')
-        for call in (("log", "--session"), ("check",), ("decode", "raw", "--session")):
-            done = run(*call, str(file), cwd=self.folder)
-            self.assertEqual((done.returncode, done.stderr.count(b"\n")), (1, 1), done.stderr)
-            self.assertIn(b"run.qor: qorview-session: 2: written by a newer version", done.stderr)
-
         # What can be used is as if nothing else had been named.
         broken = self.folder / "broken.sip"
         broken.write_bytes(b"PK")
@@ -1052,5 +1052,11 @@ class Acquisition(Folder):
         partly = run("session", *port, "-p", str(broken), *package, "--partly", "-o", "-", cwd=self.folder)
         whole = run("session", *port, *package, "-o", "-", cwd=self.folder)
         self.assertEqual((partly.returncode, whole.returncode, partly.stdout), (1, 0, whole.stdout), partly.stderr)
+        file.write_text('{"qorview-session": 2}')
+        for call in (("log", "--session"), ("check",), ("decode", "raw", "--session")):
+            done = run(*call, str(file), cwd=self.folder)
+            self.assertEqual((done.returncode, done.stderr.count(b"\n")), (1, 1), done.stderr)
+            self.assertIn(b"run.qor: qorview-session: 2: written by a newer version", done.stderr)
+
 
 unittest.main(argv=[sys.argv[0], *sys.argv[3 + bool(STALLED_DISK):]], verbosity=2)
