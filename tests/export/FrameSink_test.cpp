@@ -5,6 +5,7 @@
 #include "export/ExportFormat.h"
 #include "export/NetCdfFile.h"
 #include "export/TimeWindow.h"
+#include "telemetry/RawLogFormat.h"
 
 #include "fakes/DefinedInstrument.h"
 #include "fakes/TempFolder.h"
