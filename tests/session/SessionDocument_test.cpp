@@ -4,6 +4,7 @@
 // stands in the way.
 #include "fakes/SessionFixture.h"
 #include "fakes/ZipMaker.h"
+#include "session/Playback.h"
 #include "session/SessionFile.h"
 #include "session/SessionOpener.h"
 
@@ -117,6 +118,25 @@ TEST_F(ASessionDocument, AFileBecomesTheSessionAndTheSessionTheFile) {
     ASSERT_EQ(Session.OpenSession(Folder + "cast.qor").refusal, "");
     EXPECT_EQ(Saved("cast.qor"), first);
     EXPECT_FALSE(Session.Changed());
+}
+
+TEST_F(ASessionDocument, WhatACallSaysOfItsPackagesWinsWhereALogIsPlayed) {
+    InstrumentSelection call;
+    call.session = LoadSession(Temp.Put("cast.qor", R"({ "qorview-session": 1, "resources": [
+        { "port": "A", "packages": [ { "file": "cast.sip", "default-salinity": 34.5,
+          "saturation-irradiance": 100, "attenuation-window": 8 } ] } ] })"))
+                       .session;
+    call.packageOptions.saturationIrradiance = 200.0;
+    call.packageOptions.attenuationWindow = 9.0;
+    CSessionSetup setup(Doc);
+    const std::string log = Folder + "played.raw";
+    AddPlayed(Doc, setup, Doc.AddFileResource(log), log, call);
+    CRecursiveLock lock(Doc.DocLock);
+    ASSERT_EQ(Doc.PackageTable.size(), 1u);
+    const PackageSettings& settings = Doc.PackageTable[0]->Settings;
+    EXPECT_TRUE(settings.UseDefSalinity && settings.DefaultSalinity == 34.5) << "the session's";
+    EXPECT_EQ(settings.SaturationIrradiance, 200);
+    EXPECT_EQ(settings.AttenuationWindow, 9);
 }
 
 TEST_F(ASessionDocument, WhatCannotBeOpenedIsNamedAndTheRestStands) {
