@@ -98,6 +98,7 @@ LogOutline OutlineLog(const std::string& logPath, const SessionRecord& session,
                                 history.Watch({instrument->Name(), SensorName(*pressure)}));
     std::uint32_t casts = 0;
     const CFrameWatch times(quiet.doc, [&](CQorViewIns& instrument, const FrameCheckResult&) {
+        CRecursiveLock lock(quiet.doc.DocLock);
         const FrameTime time = MomentOf(quiet.doc, instrument);
         if (!time.known)
             return;
