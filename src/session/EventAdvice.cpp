@@ -20,7 +20,7 @@ constexpr EventAdvice Advices[] = {
     {EventKind::ClockEarly, true, false, "Set it; times in the log follow it."},
     {EventKind::SyncFailed, true, true, "A power cut now may cost data; look at the disk."},
     {EventKind::DiskStalled, true, false, "Look at the disk; nothing is lost yet."},
-    {EventKind::FramesUnstored, true, true, "The disk was too slow or full."},
+    {EventKind::FramesUnstored, true, true, "The disk was too slow, full or gone."},
     {EventKind::FramesLost, true, true, "The program had no time for them; close other programs."},
     {EventKind::BytesLost, true, true, "Is it the right definition?"},
     {EventKind::NoFrames, true, false, "Try its definition with check --frame."},
