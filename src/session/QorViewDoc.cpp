@@ -23,6 +23,8 @@ CQorViewDoc::CQorViewDoc(CClock& clock, SerialPortFactory makePort, CUserService
 }
 
 CQorViewDoc::~CQorViewDoc() {
+    Acquisition.OnEvent = nullptr; // who listened may be gone; the session log hears the rest
+    Acquisition.OnNotice = nullptr;
     DisconnectAll();
     RawLog.ShutDown();
     Manifests.Stop();

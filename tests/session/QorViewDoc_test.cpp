@@ -37,6 +37,17 @@ TEST_F(ADocument, RefusedAdditionsAreReportedAndChangeNothing) {
     EXPECT_EQ(Doc.Snapshot().resources[0].instruments.size(), 1u);
 }
 
+TEST_F(ADocument, SpeaksToNobodyWhileItGoes) {
+    bool heard = false;
+    {
+        CQorViewDoc doc(
+            Clock, [] { return nullptr; }, User, Profile);
+        doc.Acquisition.OnEvent = [&](const Event&) { heard = true; };
+        doc.ReportMessage("late\r\n");
+    }
+    EXPECT_FALSE(heard) << "who listened may be gone";
+}
+
 TEST_F(ADocument, HandlesRolesAndFramesOutliveTheRemovalOfOthers) {
     const InstrumentId a = Add("A", Port)->Id;
     CQorViewIns* b = Add("B", Port);
