@@ -313,12 +313,13 @@ std::optional<FinishedFile> CRawLog::EndFile(const std::string& path) {
     return FinishFile(path, trouble);
 }
 
-/// Nothing is written to the file any more. What is known of it; nothing when it is not there,
-/// nobody asks, or it may end in a part of a record.
+/// Nothing is written to the file any more. What is known of it; nothing when it is not there or
+/// was cut, nobody asks, or it may end in a part of a record.
 std::optional<FinishedFile> CRawLog::FinishFile(const std::string& path, FileTrouble trouble) {
-    if (trouble == FileTrouble::Deleted || trouble == FileTrouble::Truncated)
+    const bool lost = trouble == FileTrouble::Deleted || trouble == FileTrouble::Truncated;
+    if (lost)
         Stage.ForgetFile();
-    if (IsAway(trouble))
+    if (lost || IsAway(trouble))
         return {};
     FinishedFile file{path, Stage.Figures().fileSize, Stage.Sha256(), {}, 0};
     if (!OnFileEnded || file.sha256.empty())
