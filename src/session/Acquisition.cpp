@@ -103,6 +103,11 @@ void CAcquisition::TakeFramesOf(ResourceId resource, InstrumentId instrument, CF
     RawLog.ShowPending();
 }
 
+void CAcquisition::TakeQueued(CQorViewRes& resource) {
+    if (!resource.IsFile())
+        TakeBatch(resource);
+}
+
 bool CAcquisition::IsPlaying() const {
     CRecursiveLock lock(Session.DocLock);
     return std::ranges::any_of(Session.Resources,

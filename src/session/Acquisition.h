@@ -32,6 +32,9 @@ class CAcquisition {
     /// The same for one resource, but only the frames of one instrument are processed: the others
     /// join `held`, in order.
     void TakeFramesOf(ResourceId resource, InstrumentId instrument, CFrameQueue& held);
+    /// Frames that a port has cut, before one of its instruments goes; a file is not read on for
+    /// it.
+    void TakeQueued(CQorViewRes& resource) REQUIRES(Session.DocLock);
     /// Whether some file is being read on.
     bool IsPlaying() const;
     /// Files are not read on.

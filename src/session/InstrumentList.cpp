@@ -49,14 +49,6 @@ void SetChecks(CQorViewIns& instrument, const InstrumentDefaults& settings, CMes
     checks.SetUp(instrument.Definition(), instrument.ShownName(), instrument.ResourceName(), sink);
 }
 
-/// Frames of a port that were cut before its instrument goes. A file is not read on for it.
-void TakeQueued(CQorViewDoc& doc, CQorViewRes& resource) REQUIRES(doc.DocLock) {
-    CFrameQueue left;
-    if (!resource.IsFile() &&
-        doc.Controller()->RetrieveFrames(resource.Name(), left) == CommResult::Success)
-        doc.Acquisition.ProcessFrames(left);
-}
-
 /// The roles of one handle go to another.
 void HandOverRoles(CQorViewDoc& doc, InstrumentId from, InstrumentId to) REQUIRES(doc.DocLock) {
     for (const RoleRow& row : RoleTable)
@@ -71,14 +63,15 @@ std::string Reattach(CQorViewDoc& doc, InstrumentId& instrument, CQorViewRes& ta
     const SessionState::FrameOwner owner = *doc.OwnerOf(instrument);
     const std::string name = owner.instrument->Name();
     CQorViewRes* place = &target;
-    TakeQueued(doc, *owner.resource);
+    doc.Acquisition.TakeQueued(*owner.resource);
     const CommResult moved = doc.Controller()->AttachInstrument(name, target.Name());
     if (moved != CommResult::Success) {
         place = owner.resource;
         if (doc.Controller()->AttachInstrument(name, place->Name()) != CommResult::Success)
             return name + ": it could not be attached again; remove it and add it anew.";
     }
-    TakeQueued(doc, *owner.resource); // what was cut in the meantime is its former handle's
+    doc.Acquisition.TakeQueued(
+        *owner.resource); // what was cut in the meantime is its former handle's
     const auto id = static_cast<InstrumentId>(place->Comm.IdentityOf(name));
     auto anew =
         std::make_unique<CQorViewIns>(owner.instrument->Definition(), id, place->Name(), doc);
@@ -191,12 +184,14 @@ std::string CInstrumentList::MoveInstrument(InstrumentId& instrument, ResourceId
         return CPackageList::LockedText;
     if (std::string fault = WhyNotMoved(instrument, resource); !fault.empty())
         return fault;
+    Doc.RawLog.AwaitNextLog(); // what waits for it belongs into it
     std::string fault;
     {
         CRecursiveLock lock(Doc.DocLock);
-        CQorViewRes& target = *Doc.Find(resource);
-        if (Doc.OwnerOf(instrument)->resource != &target)
-            fault = Reattach(Doc, instrument, target);
+        fault = WhyNotMoved(instrument, resource); // again: it may have gone meanwhile
+        CQorViewRes* target = Doc.Find(resource);
+        if (fault.empty() && Doc.OwnerOf(instrument)->resource != target)
+            fault = Reattach(Doc, instrument, *target);
     }
     Doc.RawLog.ShowPending();
     return fault;

@@ -75,6 +75,7 @@ void CLogStarter::Tend() {
     Begun = Doc.RawLog.Status().loggingActive;
     if (Begun && !ports.open && !ports.tried) {
         Begun = false;
+        Doc.Ports.Tend(); // the loss that ends the run is told first
         Doc.ReportMessage("No port is connected any more; the run ends.\r\n");
         Doc.RawLog.AbandonRun();
     }

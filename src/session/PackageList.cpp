@@ -107,7 +107,7 @@ bool CPackageList::RemovePackage(PackageId package) {
     std::erase_if(Doc.PackageTable, [package](const auto& one) { return one->Id == package; });
     for (const InstrumentId member : members)
         if (Doc.Find(member))
-            static_cast<void>(Doc.RemoveInstrument(member)); // reported
+            static_cast<void>(Doc.Detach(member)); // reported
     Doc.RebuildOwners();
     return true;
 }

@@ -2,7 +2,7 @@
 //
 // Looks after the session's ports: says once that a port was lost and, where that is wanted, opens
 // it again with growing pauses until the run ends; says once that it is back, and what was missed.
-// Tended by the loop, without the document's lock.
+// Tended by the loop's threads, without the document's lock.
 #pragma once
 
 #include "base/MessageSink.h"
@@ -39,7 +39,7 @@ class CPortKeeper {
     };
     struct Look;
 
-    Port& PortOf(ResourceId id);
+    Port& PortOf(ResourceId id) REQUIRES(Session.PortsLock);
     void NoteLoss(Port& port, const Look& look);
     void Try(Port& port, const Look& look);
     bool HasCounted(const Port& port, const Look& look) const;
@@ -47,7 +47,7 @@ class CPortKeeper {
 
     SessionState& Session;
     CMessageSink& Messages;
-    std::vector<Port> Ports; ///< of the thread that tends
+    std::vector<Port> Ports GUARDED_BY(Session.PortsLock);
 };
 
 } // namespace qor

@@ -8,6 +8,7 @@
 #include "session/ProgramSettings.h"
 
 #include <algorithm>
+#include <tuple>
 #include <utility>
 
 namespace qor {
@@ -125,6 +126,7 @@ bool CQorViewDoc::RefusesRemovalOf(ResourceId resource) {
 CommResult CQorViewDoc::RemoveResource(ResourceId resource) {
     if (RefusesRemovalOf(resource))
         return CommResult::ResourceReference;
+    RawLog.AwaitNextLog(); // what waits for it belongs into it
     CLock ports(PortsLock);
     CommResult disconnected = Disconnect(resource);
     if (disconnected == CommResult::ResourceReference || disconnected == CommResult::StillConnected)
@@ -134,7 +136,7 @@ CommResult CQorViewDoc::RemoveResource(ResourceId resource) {
     if (!removed)
         return NoResource("Unable to remove communications resource.");
     while (!removed->Instruments.empty()) {
-        CommResult result = RemoveInstrument(removed->Instruments.back()->Id);
+        CommResult result = Detach(removed->Instruments.back()->Id);
         if (result != CommResult::Success)
             return result;
     }
@@ -213,18 +215,31 @@ AddedInstrument CQorViewDoc::AddInstrument(std::unique_ptr<CInstrument> definiti
 CommResult CQorViewDoc::RemoveInstrument(InstrumentId instrument) {
     if (Packages.RefuseInCalibrationMode())
         return CommResult::InstrumentReference;
-    CRecursiveLock lock(DocLock);
+    RawLog.AwaitNextLog(); // what waits for it belongs into it
+    CommResult result;
+    {
+        CRecursiveLock lock(DocLock);
+        result = Detach(instrument);
+    }
+    RawLog.ShowPending();
+    return result;
+}
+
+CommResult CQorViewDoc::Detach(InstrumentId instrument) {
     const FrameOwner* owner = OwnerOf(instrument);
     if (!owner) {
         ReportMessage("Unable to remove instrument.\r\n" +
                       std::string(CommDetail(CommResult::InstrumentReference)));
         return CommResult::InstrumentReference;
     }
+    const std::string name = owner->instrument->Name();
+    // It cuts no more frames, and those that it has cut are still its own. Refused: none to stop.
+    std::ignore = Controller()->StopAcquisition(name);
+    Acquisition.TakeQueued(*owner->resource);
     for (const RoleRow& row : RoleTable)
         if (Role(row.role) == instrument)
             SetRole(row.role, InstrumentId::None);
     // The session's instrument goes first: it refers to the definition that the controller owns.
-    const std::string name = owner->instrument->Name();
     std::erase_if(owner->resource->Instruments,
                   [instrument](const auto& one) { return one->Id == instrument; });
     RebuildOwners();

@@ -86,6 +86,8 @@ class CQorViewDoc : public CQorTelemetryDoc, public SessionState {
     /// The same with a definition that is already loaded (a package's member).
     AddedInstrument AddInstrument(std::unique_ptr<CInstrument> definition, ResourceId resource);
     CommResult RemoveInstrument(InstrumentId instrument);
+    /// The same under the lock, whatever the mode.
+    CommResult Detach(InstrumentId instrument) REQUIRES(DocLock);
 
     /// Connecting and disconnecting wait for the port's worker, without the document's lock.
     /// Disconnecting first waits for a log that is to begin, however slow the disk, and processes

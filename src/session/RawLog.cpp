@@ -376,6 +376,10 @@ void CRawLog::AfterEnd(const std::string& path, bool abort) {
 void CRawLog::EndRun() {
     State.intervalRun = State.loggingActive = State.waitingForNextLog = false;
     OverrideChosen = false;
+    if (!IsSwitching()) { // no frame waits: those to come are nobody's loss
+        NextDue = false;
+        SayUnstored();
+    }
     Switched.Set();
     RaiseViewsUpdate();
 }

@@ -92,6 +92,32 @@ TEST_F(ALoop, FramesThatWaitForALogThatIsRefusedAreCountedAndSaid) {
     EXPECT_THAT(Reported(), HasSubstr("5 frames were received and not stored"));
 }
 
+TEST_F(ALoop, FramesAfterTheOperatorsStopAreNoLossWhileAQuestionIsOpen) {
+    Add("PRO", Port);
+    Set([](LogOptions& options) {
+        options.everyEnabled = true;
+        options.every = {1, 0, 0};
+    });
+    Set(&SessionState::NoDialogs, false);
+    ASSERT_TRUE(Begin());
+    ASSERT_TRUE(Doc.ConnectAll());
+    const auto take = [this](int count) {
+        Script.Bytes(Frames("PRO", 1, count)).Played();
+        Doc.Acquisition.TakeFrames();
+    };
+    User.WhileAsked = [&] { // whether to replace the first log
+        take(3);            // no log takes these, and the run still goes on
+        EXPECT_TRUE(Doc.RawLog.EndLogFile(true));
+        take(2);
+    };
+    Clock.Advance(3'600'000);
+    Loop.Step(0);
+    User.WhileAsked = {};
+    EXPECT_FALSE(Doc.RawLog.Status().loggingActive);
+    EXPECT_EQ(Doc.RawLog.Status().runUnstored, 3u);
+    EXPECT_THAT(Reported(), HasSubstr("3 frames were received and not stored"));
+}
+
 TEST_F(ALoop, PortsAreLookedAfterWhileTheNextLogIsWaitedFor) {
     Add("PRO", Port);
     Set([](LogOptions& options) {

@@ -93,6 +93,18 @@ TEST_F(AnInstrument, AcquisitionThatIsOffLeavesItsFramesAlone) {
     EXPECT_EQ(Figures("PRO").dropped, 0u);
 }
 
+TEST_F(AnInstrument, WhoseFramesAreQueuedIsRemovedBehindThem) {
+    const InstrumentId pro = Add("PRO", Port)->Id;
+    Add("REF", Port);
+    ASSERT_EQ(Doc.ConnectResource(Port), CommResult::Success);
+    ASSERT_TRUE(Begin());
+    Script.Bytes(CounterFrame("PRO", 1) + CounterFrame("REF", 1) + CounterFrame("PRO", 2));
+    Script.Played();
+    EXPECT_EQ(Doc.RemoveInstrument(pro), CommResult::Success);
+    ASSERT_TRUE(Doc.RawLog.EndLogFile(true));
+    EXPECT_EQ(Doc.RawLog.Status().runFrames, 3u);
+}
+
 TEST_F(AnInstrument, MovesWithItsSettingsCountsAndRoles) {
     InstrumentId pro = Add("PRO", Port)->Id;
     const InstrumentId before = pro;

@@ -103,6 +103,17 @@ TEST_F(APortKeeper, LeavesAloneWhatIsNotToBeTried) {
     EXPECT_EQ(TriesIn(60), 0u) << "the operator has disconnected it";
 }
 
+TEST_F(APortKeeper, TellsTheLossBeforeTheEndOfTheRunThatItCauses) {
+    Add("PRO", Port);
+    SetMode(LogNamingMode::UserFileName, "cast");
+    ASSERT_EQ(Doc.Starter.LogNow(), "");
+    Pull();
+    Doc.Starter.Tend(); // before anybody has looked at the ports
+    EXPECT_FALSE(Doc.RawLog.Status().loggingActive);
+    EXPECT_THAT(Reported(),
+                testing::ContainsRegex("PORT1 was lost.*No port is connected any more"));
+}
+
 TEST_F(APortKeeper, TriesAPortThatWasNotThereFromTheStart) {
     Add("PRO", Port);
     Doc.SetReconnect(Port, true);

@@ -53,6 +53,14 @@ void CSourceDesk::Try(const std::string& topic, std::function<std::string()> ope
     });
 }
 
+void CSourceDesk::Remove(const std::string& name, std::function<CommResult()> removal) {
+    const std::string refusal =
+        Of(tr("%1 could not be removed; the session log says why.").arg(Shown(name)));
+    Try(name, [removal = std::move(removal), refusal] {
+        return removal() == CommResult::Success ? std::string() : refusal;
+    });
+}
+
 void CSourceDesk::Connect(ResourceId resource, const std::string& name) {
     CQorViewDoc& doc = Parts.Doc();
     Try(name, [&doc, resource] { return doc.Sources.ResetAndConnect(resource); });
@@ -183,13 +191,9 @@ Menu CSourceDesk::ResourceMenu(const ResourceStatus& resource) {
                     [this, &doc, id, name] { Parts.SayFault(name, doc.Sources.ResetCounts(id)); }});
     menu.push_back({});
     menu.push_back({Of(tr("Properties ...")), [this, id] { OpenPropertiesOf({.resource = id}); }});
-    menu.push_back(
-        {Of(tr("Remove")), [this, &doc, id, name] {
-             if (doc.RemoveResource(id) != CommResult::Success)
-                 Parts.Say(
-                     Sign::Error, name,
-                     tr("%1 could not be removed; the session log says why.").arg(Shown(name)));
-         }});
+    menu.push_back({Of(tr("Remove")), [this, &doc, id, name] {
+                        Remove(name, [&doc, id] { return doc.RemoveResource(id); });
+                    }});
     return menu;
 }
 
@@ -231,15 +235,12 @@ Menu CSourceDesk::InstrumentMenu(InstrumentId instrument) {
     menu.push_back({Of(tr("Roles ...")), [this] { OpenRoles(); }});
     menu.push_back({Of(tr("Properties ...")),
                     [this, instrument] { OpenPropertiesOf({.instrument = instrument}); }});
-    menu.push_back(
-        {Of(tr("Remove")),
-         [this, &doc, instrument, name] {
-             if (doc.RemoveInstrument(instrument) != CommResult::Success)
-                 Parts.Say(
-                     Sign::Error, name,
-                     tr("%1 could not be removed; the session log says why.").arg(Shown(name)));
-         },
-         false, false, inPackage ? Of(tr("It goes with its package.")) : std::string()});
+    menu.push_back({Of(tr("Remove")),
+                    [this, &doc, instrument, name] {
+                        Remove(name,
+                               [&doc, instrument] { return doc.RemoveInstrument(instrument); });
+                    },
+                    false, false, inPackage ? Of(tr("It goes with its package.")) : std::string()});
     return menu;
 }
 
@@ -248,8 +249,10 @@ Menu CSourceDesk::MoveMenu(InstrumentId instrument) {
     Menu menu;
     for (const ResourceStatus& resource : doc.Snapshot().resources)
         menu.push_back({resource.name, [this, &doc, instrument, id = resource.id] {
-                            InstrumentId moved = instrument;
-                            Parts.SayFault("move", doc.Instruments.MoveInstrument(moved, id));
+                            Try("move", [&doc, instrument, id] {
+                                InstrumentId moved = instrument;
+                                return doc.Instruments.MoveInstrument(moved, id);
+                            });
                         }});
     return menu;
 }
