@@ -6,7 +6,7 @@
 #pragma once
 
 #include "base/Lock.h"
-#include "platform/Worker.h"
+#include "platform/Console.h"
 #include "session/UserService.h"
 
 #include <string>
@@ -25,7 +25,10 @@ class CTerminalUser : public CUserService {
     bool AskYesNo(const std::string& text) override;
     void Beep(BeepKind kind) override;
     LogAnswer ConfirmLog(const LogQuestion&) override { return LogAnswer::LogAsShown; }
-    void RequestClose() override { CloseRequested.Set(); }
+    void RequestClose() override {
+        HurryReaders(); // who says something now must not hold up the end
+        CloseRequested.Set();
+    }
 
     /// Writes what other threads have said since the last time. On the thread that made this.
     void Print();

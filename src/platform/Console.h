@@ -43,7 +43,7 @@ enum class StreamWrite { Done, ReaderGone, ReaderStalls, Failed };
 
 /// Writes all bytes as they are to standard output or standard error, unbuffered. UTF-8 shows as
 /// such in a Windows console. A reader that takes nothing for two seconds after a request to stop
-/// stalls (POSIX). Do not mix with stdio on the same stream.
+/// stalls. Do not mix with stdio on the same stream.
 [[nodiscard]] StreamWrite WriteStream(StandardStream stream, std::string_view bytes);
 
 /// The same for text: control characters that stand in it reach a terminal as "\x1b" (see
@@ -55,8 +55,8 @@ enum class StreamWrite { Done, ReaderGone, ReaderStalls, Failed };
 /// streams' own device, CON. Any other line is one that instruments or programs listen on.
 bool LeadsToTerminal(const std::string& path);
 
-/// From now on a reader that takes nothing for two seconds stalls, as after a request to stop
-/// (POSIX).
+/// From now on a reader that takes nothing for two seconds stalls, as after a request to stop. Any
+/// thread.
 void HurryReaders();
 
 /// False when a write of a line would wait for a reader that takes nothing (POSIX).

@@ -1,18 +1,26 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
 // The console on Windows. The system calls the control handler on a thread of its own, so the
-// handler may use the event directly.
+// handler may use the event directly. At log-off and shutdown it calls none in a process that has
+// user32.dll, so nothing here may need it, nor shell32.dll, which brings it.
 #include "platform/Console.h"
 
+#include "base/Lock.h"
 #include "base/Text.h"
 #include "platform/Win32Support.h"
 
 #include <algorithm>
 #include <cstdlib>
+#include <span>
+#include <utility>
 
 #include <windows.h>
 
-#include <shellapi.h>
+#ifndef _MSC_VER
+/// Of the C runtime, which has no header for it.
+extern "C" int __wgetmainargs(int* count, wchar_t*** arguments, wchar_t*** environment,
+                              int expandsWildcards, int* newMode);
+#endif
 
 namespace qor {
 
@@ -31,6 +39,24 @@ HANDLE HandleOf(StandardStream stream) {
 bool IsConsole(HANDLE handle) {
     DWORD mode = 0;
     return GetConsoleMode(handle, &mode) != FALSE;
+}
+
+/// The arguments as the C runtime splits them; none when it could not. It owns them.
+std::span<wchar_t*> WideArguments() {
+    int count = 0;
+    wchar_t** wide = nullptr;
+#ifdef _MSC_VER
+    if (_configure_wide_argv(_crt_argv_unexpanded_arguments) == 0) {
+        count = __argc;
+        wide = __wargv;
+    }
+#else
+    wchar_t** environment = nullptr;
+    int newMode = 0;
+    if (__wgetmainargs(&count, &wide, &environment, 0, &newMode) != 0)
+        return {};
+#endif
+    return wide ? std::span(wide, static_cast<std::size_t>(count)) : std::span<wchar_t*>();
 }
 
 /// Whether a name matches a pattern of * and ?, in any case. The system's own search also goes by
@@ -83,20 +109,17 @@ std::vector<std::wstring> FilesOf(const std::wstring& argument) {
 } // namespace
 
 std::vector<std::string> CommandLineArguments(int argc, char** argv) {
-    int count = 0;
-    wchar_t** wide = CommandLineToArgvW(GetCommandLineW(), &count);
-    if (wide == nullptr)
+    const std::span<wchar_t*> wide = WideArguments();
+    if (wide.empty())
         return {argv, argv + argc};
-    std::vector<std::string> arguments;
-    for (int i = 0; i < count; ++i) {
-        const std::vector<std::wstring> files =
-            i > 0 ? FilesOf(wide[i]) : std::vector<std::wstring>();
+    std::vector<std::string> arguments = {NarrowText(wide[0])};
+    for (const wchar_t* argument : wide.subspan(1)) {
+        const std::vector<std::wstring> files = FilesOf(argument);
         for (const std::wstring& file : files)
             arguments.push_back(NarrowText(file));
         if (files.empty())
-            arguments.push_back(NarrowText(wide[i]));
+            arguments.push_back(NarrowText(argument));
     }
-    LocalFree(wide);
     return arguments;
 }
 
@@ -122,10 +145,90 @@ bool JoinConsole() {
 
 bool CanDraw(StandardStream stream) {
     const char* kind = std::getenv("TERM");
-    return IsTerminal(stream) && !(kind && std::string_view(kind) == "dumb");
+    if (kind && std::string_view(kind) == "dumb")
+        return false;
+    // Consoles of old show the sequences as text until they are asked to follow them.
+    DWORD mode = 0;
+    const HANDLE console = HandleOf(stream);
+    return GetConsoleMode(console, &mode) &&
+           SetConsoleMode(console,
+                          mode | ENABLE_PROCESSED_OUTPUT | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
 }
 
-void HurryReaders() {}
+/// The writes that wait for a reader. Once the program is to end, one that has waited for two
+/// seconds is taken back, from a thread of its own: the writer itself can only wait.
+class CStalledWrites {
+  public:
+    static CStalledWrites& All() {
+        static CStalledWrites all;
+        return all;
+    }
+    ~CStalledWrites() {
+        Ending.Set();
+        Watcher.Join();
+    }
+
+    void Hurry() {
+        CLock lock(Guard);
+        if (!std::exchange(Hurried, true)) // without a thread the writer waits, as before
+            static_cast<void>(Watcher.Start(ThreadPriority::Normal, [this] { Watch(); }));
+    }
+
+    /// A reader of this stream took nothing once; once is enough.
+    bool IsGivenUp(StandardStream stream) {
+        CLock lock(Guard);
+        return Writers[static_cast<int>(stream)].givenUp;
+    }
+
+    /// Writes on this thread. The system's error, ERROR_OPERATION_ABORTED when it was taken back.
+    DWORD Write(StandardStream stream, HANDLE handle, const char* bytes, DWORD size,
+                DWORD& written) {
+        Writer& writer = Writers[static_cast<int>(stream)];
+        HANDLE thread = nullptr;
+        DuplicateHandle(GetCurrentProcess(), GetCurrentThread(), GetCurrentProcess(), &thread,
+                        THREAD_TERMINATE, FALSE, 0);
+        {
+            CLock lock(Guard);
+            writer.thread = thread;
+            writer.since = GetTickCount64();
+        }
+        const DWORD error =
+            WriteFile(handle, bytes, size, &written, nullptr) ? ERROR_SUCCESS : GetLastError();
+        CLock lock(Guard);
+        writer.thread = nullptr;
+        writer.givenUp = writer.givenUp || error == ERROR_OPERATION_ABORTED;
+        CloseHandle(thread);
+        return error;
+    }
+
+  private:
+    struct Writer {
+        HANDLE thread = nullptr; ///< while it writes
+        ULONGLONG since = 0;     ///< tick count
+        bool givenUp = false;
+    };
+    static constexpr ULONGLONG StillMilliseconds = 2000;
+    static constexpr int LookMilliseconds = 250;
+
+    void Watch() {
+        while (!Ending.Wait(LookMilliseconds)) {
+            CLock lock(Guard);
+            for (const Writer& writer : Writers)
+                if (writer.thread && GetTickCount64() - writer.since >= StillMilliseconds)
+                    CancelSynchronousIo(writer.thread);
+        }
+    }
+
+    CMutex Guard; ///< a leaf
+    Writer Writers[3];
+    bool Hurried GUARDED_BY(Guard) = false;
+    CEvent Ending;
+    CWorker Watcher;
+};
+
+void HurryReaders() {
+    CStalledWrites::All().Hurry();
+}
 
 bool ReaderTakes(StandardStream) {
     return true;
@@ -140,17 +243,20 @@ int TerminalColumns(StandardStream stream) {
 
 StreamWrite WriteStream(StandardStream stream, std::string_view bytes) {
     HANDLE handle = HandleOf(stream);
+    if (CStalledWrites::All().IsGivenUp(stream))
+        return StreamWrite::ReaderStalls;
     if (GetConsoleOutputCP() != CP_UTF8 && IsConsole(handle))
         SetConsoleOutputCP(CP_UTF8);
     while (!bytes.empty()) {
-        DWORD size = static_cast<DWORD>(std::min<std::size_t>(bytes.size(), RequestBytes));
+        const auto size = static_cast<DWORD>(std::min<std::size_t>(bytes.size(), RequestBytes));
         DWORD written = 0;
-        if (!WriteFile(handle, bytes.data(), size, &written, nullptr)) {
-            DWORD error = GetLastError();
-            bool gone = error == ERROR_NO_DATA || error == ERROR_BROKEN_PIPE ||
-                        error == ERROR_PIPE_NOT_CONNECTED;
-            return gone ? StreamWrite::ReaderGone : StreamWrite::Failed;
-        }
+        if (const DWORD error =
+                CStalledWrites::All().Write(stream, handle, bytes.data(), size, written))
+            return error == ERROR_OPERATION_ABORTED ? StreamWrite::ReaderStalls
+                   : error == ERROR_NO_DATA || error == ERROR_BROKEN_PIPE ||
+                           error == ERROR_PIPE_NOT_CONNECTED
+                       ? StreamWrite::ReaderGone
+                       : StreamWrite::Failed;
         bytes.remove_prefix(written);
     }
     return StreamWrite::Done;
@@ -212,6 +318,7 @@ CStopWatch::~CStopWatch() {
 void CStopWatch::Request() {
     if (IsSecond())
         ExitProcess(130);
+    HurryReaders();
     Stop.Set();
 }
 

@@ -17,6 +17,14 @@ namespace {
 
 const std::string Classes = "Software\\Classes\\";
 
+/// Whether no program has the extension, neither for this user nor for all.
+bool IsFree(const std::string& extension) {
+    DWORD bytes = 0;
+    const LSTATUS error = RegGetValueW(HKEY_CLASSES_ROOT, WideText(extension).c_str(), nullptr,
+                                       RRF_RT_REG_SZ, nullptr, nullptr, &bytes);
+    return error != ERROR_SUCCESS || bytes <= sizeof(wchar_t);
+}
+
 FileCause Register(const FileType& type, const std::string& program) {
     const std::string id = Classes + type.id, extension = Classes + type.extension;
     struct Text {
@@ -33,8 +41,7 @@ FileCause Register(const FileType& type, const std::string& program) {
         if (const FileCause cause = WriteRegistry(text.key, text.name, text.text);
             first == FileCause::None)
             first = cause;
-    const bool isFree = ReadRegistryText(extension, "").value_or("").empty();
-    if (first == FileCause::None && type.ownsExtension && isFree)
+    if (first == FileCause::None && type.ownsExtension && IsFree(type.extension))
         first = WriteRegistry(extension, "", type.id);
     return first;
 }

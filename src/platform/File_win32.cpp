@@ -262,7 +262,7 @@ FileCause CFile::OpenForReading(const std::string& path) {
     if (cause != FileCause::None)
         return cause;
     // A device could give bytes without end, or none for ever.
-    if (!file->isDisk && GetFileType(file->handle) != FILE_TYPE_PIPE)
+    if (!input && !file->isDisk && GetFileType(file->handle) != FILE_TYPE_PIPE)
         return FileCause::AccessDenied;
     Handle = reinterpret_cast<std::intptr_t>(file.release());
     OpenedPath = path;
@@ -506,29 +506,36 @@ FileCause RemoveFile(const std::string& path) {
     return DeleteFileW(wide.c_str()) ? FileCause::None : LastCause();
 }
 
-FileCause RenameFile(const std::string& from, const std::string& to) {
+/// Moves a file, again and again while somebody holds it or the file that it is to replace: the
+/// system calls the latter a denied access, also where a reader has it open for a moment.
+static FileCause Move(const std::string& from, const std::string& to, DWORD flags) {
     const std::wstring wideFrom = WidePath(from), wideTo = WidePath(to);
     if (wideFrom.empty() || wideTo.empty())
         return FileCause::BadPath;
-    constexpr DWORD Flags = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
-    FileCause cause = FileCause::None;
-    for (int i = 0; i <= ReleaseAttempts; ++i) {
-        cause =
-            MoveFileExW(wideFrom.c_str(), wideTo.c_str(), Flags) ? FileCause::None : LastCause();
-        if (cause != FileCause::SharingViolation)
-            break;
+    const auto isFile = [&wideTo] {
+        const DWORD attributes = GetFileAttributesW(wideTo.c_str());
+        return attributes != INVALID_FILE_ATTRIBUTES &&
+               (attributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY)) == 0;
+    };
+    const bool replaces = (flags & MOVEFILE_REPLACE_EXISTING) != 0;
+    for (int i = 0;; ++i) {
+        if (MoveFileExW(wideFrom.c_str(), wideTo.c_str(), flags | MOVEFILE_WRITE_THROUGH))
+            return FileCause::None;
+        const DWORD error = GetLastError();
+        const bool isHeld = error == ERROR_SHARING_VIOLATION ||
+                            (error == ERROR_ACCESS_DENIED && replaces && isFile());
+        if (!isHeld || i == ReleaseAttempts)
+            return FileCauseOf(error);
         Sleep(ReleaseMilliseconds);
     }
-    return cause;
+}
+
+FileCause RenameFile(const std::string& from, const std::string& to) {
+    return Move(from, to, MOVEFILE_REPLACE_EXISTING);
 }
 
 FileCause RenameToNew(const std::string& from, const std::string& to) {
-    const std::wstring wideFrom = WidePath(from), wideTo = WidePath(to);
-    if (wideFrom.empty() || wideTo.empty())
-        return FileCause::BadPath;
-    if (MoveFileExW(wideFrom.c_str(), wideTo.c_str(), MOVEFILE_WRITE_THROUGH))
-        return FileCause::None;
-    return GetLastError() == ERROR_ALREADY_EXISTS ? FileCause::AccessDenied : LastCause();
+    return Move(from, to, 0);
 }
 
 FileCause CheckWritable(const std::string& path) {

@@ -31,6 +31,13 @@ constexpr ULONGLONG StatusRestMilliseconds = 1000;
 constexpr ULONGLONG ReadRestMilliseconds = 20;
 /// The most that one read asks for, however large the caller's buffer is.
 constexpr std::size_t LargestRead = 1024 * 1024;
+/// Decided: a read asks for no more than the line brings in a twentieth of a second. It ends when
+/// it has that or the line pauses, so on a line that never pauses a larger one would hold back what
+/// has come: late times, silence where there is none, and frames that the end of the run discards.
+constexpr std::uint32_t ReadsPerSecond = 20;
+constexpr std::uint32_t BitsPerByte = 10;
+/// As slow as a line may be, a read is worth its while.
+constexpr std::size_t SmallestRead = 16;
 /// How long closing waits for the system to give back the memory of a cancelled operation.
 constexpr DWORD CancelMilliseconds = 1000;
 
@@ -104,6 +111,7 @@ class CWin32SerialPort final : public CSerialPort {
     DCB SavedBlock{};
     bool TimeoutsSaved = false;
     bool BlockSaved = false;
+    std::size_t ReadSize = LargestRead;
     std::unique_ptr<Operation> Read;
     std::unique_ptr<Operation> Status;
     SystemError IssueError = 0;
@@ -162,6 +170,8 @@ SystemError CWin32SerialPort::WriteSettings(const LineSettings& settings) {
     block.fErrorChar = FALSE;
     block.fNull = FALSE;
     block.fAbortOnError = FALSE;
+    ReadSize = std::clamp<std::size_t>(settings.baudRate / (BitsPerByte * ReadsPerSecond),
+                                       SmallestRead, LargestRead);
     return ErrorUnless(SetCommState(Port, &block));
 }
 
@@ -211,7 +221,7 @@ IssueResult CWin32SerialPort::IssueRead(std::span<std::uint8_t> buffer, std::siz
     Read->resting = Read->MustRest();
     if (Read->resting)
         return IssueResult::Pending;
-    std::size_t size = std::min(buffer.size(), LargestRead);
+    std::size_t size = std::min(buffer.size(), ReadSize);
     if (!Read->Reserve(size)) {
         IssueError = ERROR_NOT_ENOUGH_MEMORY;
         return IssueResult::Failed;

@@ -17,6 +17,12 @@ namespace {
 /// Beyond this many characters a folder or file needs the long form.
 constexpr std::size_t LongestPlainPath = 247;
 
+// ERROR_NO_SUCH_DEVICE, ERROR_DEVICE_HARDWARE_ERROR, ERROR_DISK_QUOTA_EXCEEDED: some headers lack
+// them.
+constexpr DWORD NoSuchDevice = 433;
+constexpr DWORD DeviceHardwareError = 483;
+constexpr DWORD QuotaExceeded = 1295;
+
 struct CauseOfError {
     DWORD error;
     FileCause cause;
@@ -60,6 +66,13 @@ constexpr CauseOfError Causes[] = {
     {ERROR_DEVICE_NOT_CONNECTED, FileCause::HardwareIo},
     {ERROR_DEVICE_REMOVED, FileCause::HardwareIo},
     {ERROR_DISK_OPERATION_FAILED, FileCause::HardwareIo},
+    {DeviceHardwareError, FileCause::HardwareIo},
+    // A disk that was pulled out, or changed.
+    {ERROR_FILE_INVALID, FileCause::HardwareIo},
+    {NoSuchDevice, FileCause::HardwareIo},
+    {ERROR_UNRECOGNIZED_VOLUME, FileCause::HardwareIo},
+    {ERROR_NO_MEDIA_IN_DRIVE, FileCause::HardwareIo},
+    {ERROR_WRONG_DISK, FileCause::HardwareIo},
     // A network drive that has gone away.
     {ERROR_REM_NOT_LIST, FileCause::HardwareIo},
     {ERROR_DEV_NOT_EXIST, FileCause::HardwareIo},
@@ -76,6 +89,7 @@ constexpr CauseOfError Causes[] = {
     {ERROR_LOCKED, FileCause::LockViolation},
     {ERROR_DISK_FULL, FileCause::DiskFull},
     {ERROR_HANDLE_DISK_FULL, FileCause::DiskFull},
+    {QuotaExceeded, FileCause::DiskFull},
     {ERROR_FILE_TOO_LARGE, FileCause::DiskFull},
     {ERROR_HANDLE_EOF, FileCause::EndOfFile},
 };

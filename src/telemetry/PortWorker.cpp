@@ -19,6 +19,8 @@ constexpr int PauseMilliseconds = 50;
 constexpr std::size_t BufferReserve = 100;
 /// What is still read of a port that is to stop; a line that never pauses must not hold it up.
 constexpr std::uint64_t MostAtTheEnd = 1U << 20;
+/// A read that is under way at the end may hold bytes of a burst (Windows); it ends within this.
+constexpr int LastReadMilliseconds = 60;
 
 } // namespace
 
@@ -86,18 +88,21 @@ CommResult CPortWorker::Work() {
 
 /// What the driver holds came before the stop. A failure no longer matters.
 void CPortWorker::ReadRest() {
+    int patience = LastReadMilliseconds;
     for (const std::uint64_t begun = BytesRead; BytesRead - begun < MostAtTheEnd;) {
         if (!ReadPending && IssueRead() != CommResult::Success)
             return;
         if (!ReadPending)
             continue;
         const std::uint64_t before = BytesRead;
-        const WaitResult waited = Port->Wait(0);
+        const WaitResult waited = Port->Wait(patience);
         const bool status = waited == WaitResult::StatusDone;
         if (waited == WaitResult::TimeOut ||
             (status ? CollectStatus() : CollectRead()) != CommResult::Success ||
             (!status && BytesRead == before))
             return;
+        if (!status)
+            patience = 0;
     }
 }
 

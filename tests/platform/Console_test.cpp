@@ -65,4 +65,26 @@ TEST(WriteStreamDeathTest, EndsForAReaderThatStandsStillOnceAStopIsAskedFor) {
 
 } // namespace
 } // namespace qor
+#else
+#include <windows.h>
+
+namespace qor {
+namespace {
+
+TEST(WriteStream, EndsForAReaderThatStandsStillOnceTheProgramIsToEnd) {
+    HANDLE reader = nullptr, writer = nullptr;
+    ASSERT_TRUE(CreatePipe(&reader, &writer, nullptr, 0));
+    const HANDLE own = GetStdHandle(STD_OUTPUT_HANDLE);
+    SetStdHandle(STD_OUTPUT_HANDLE, writer);
+    EXPECT_EQ(WriteStream(StandardStream::Output, "read"), StreamWrite::Done);
+    HurryReaders();
+    const std::string text(1 << 20, 'x');
+    EXPECT_EQ(WriteStream(StandardStream::Output, text), StreamWrite::ReaderStalls);
+    SetStdHandle(STD_OUTPUT_HANDLE, own);
+    CloseHandle(writer);
+    CloseHandle(reader);
+}
+
+} // namespace
+} // namespace qor
 #endif

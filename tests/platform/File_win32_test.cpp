@@ -73,6 +73,16 @@ TEST_F(AFile, ClosedLogCanBeReplacedAsSoonAsItsDuplicateCloses) {
     synchroniser.join();
 }
 
+TEST_F(AFile, FileThatIsHeldForAMomentIsRenamed) {
+    ASSERT_EQ(File.CreateExclusive(Folder + "part"), FileCause::None);
+    EXPECT_NE(RenameToNew(Folder + "part", Folder + "whole"), FileCause::None) << "it is held";
+    std::thread holder([&] { File.Close(); });
+    EXPECT_EQ(RenameToNew(Folder + "part", Folder + "whole"), FileCause::None);
+    holder.join();
+    Temp.Put("part", "x");
+    EXPECT_EQ(RenameToNew(Folder + "part", Folder + "whole"), FileCause::AccessDenied);
+}
+
 TEST_F(AFile, DevicesAreToldByTheirNames) {
     Temp.Put("plain", "x");
     for (const char* name : {"COM3", "com12", "\\\\.\\CNCA0", "NUL"})

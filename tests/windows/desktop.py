@@ -111,6 +111,19 @@ class WindowsDesktop(unittest.TestCase):
         self.assertGreater(len(frames), FRAMES // 2)
         self.assertEqual(wine.without_times(windows, frames), wine.without_times(posix, frames))
 
+    def test_log_off_ends_the_log_as_it_should(self):
+        port = Port()
+        program = Desktop(self, "windows", port, self.folder / "logoff", 50).until("Begin log file")
+        port.send(self.stream)
+        wait_for(lambda: program.raws()[0].stat().st_size > len(self.stream), "the stream in the log", WAIT_SECONDS)
+        subprocess.run([WINE, "wineboot", "--end-session"], capture_output=True, timeout=WAIT_SECONDS, check=False)
+        _status, said = program.end()
+        port.unplug()
+        self.assertIn("End log file", said)
+        [raw] = program.raws()
+        self.assertEqual(raw.stat().st_mode & 0o222, 0, "a finished log is write-protected")
+        self.assertEqual(len(decoded(raw)), len(self.frames))
+
     def test_folders_may_have_long_and_foreign_names(self):
         raw = self.logged("windows", self.folder / ("\u00e4" * 100) / ("\u6d77" * 60) / ("\u0436" * 90))
         self.assertGreater(len(taken_by("windows", raw)), 260)

@@ -54,8 +54,8 @@ CDesk::~CDesk() {
 void CDesk::ConnectRooms() {
     connect(&Window, &CMainWindow::Asked, this, &CDesk::DoIt);
     connect(&Under.Operator(), &COperator::CloseAsked, this, &CDesk::End);
-    // Log-off and shutdown, where the system tells programs of windows (Windows).
-    connect(qGuiApp, &QGuiApplication::commitDataRequest, this, &CDesk::End, Qt::DirectConnection);
+    // Log-off and shutdown, once nobody has refused them (Windows).
+    connect(qGuiApp, &QGuiApplication::aboutToQuit, this, &CDesk::End, Qt::DirectConnection);
     connect(&Messages, &CMessages::NamingAsked, &Log, &CLogDesk::OpenNaming);
     connect(&Sources, &CSourceDesk::FirstLogAsked, &Log, &CLogDesk::OpenNaming);
     connect(&Sources, &CSourceDesk::WindowAsked, this,
