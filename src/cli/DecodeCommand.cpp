@@ -127,6 +127,8 @@ int RunDecode(DecodeOptions& options, CommandContext& context) {
     options.settings.warn = ReportWarning;
     options.settings.call = context.call;
     options.settings.rules.inputs = options.Inputs();
+    if (!options.limits.empty() && options.limits != NoLimitsFile)
+        options.settings.rules.inputs.push_back(options.limits);
     const std::vector<ExportedLog> logs = LogsOf(options);
     if (logs.empty())
         return ExitFault;

@@ -165,7 +165,8 @@ void AddLogOptions(CLI::App& command, LogCallOptions& options) {
     command
         .add_option("--session-log", options.sessionLogDirectory,
                     "Folder of the session log (that of the raw logs)")
-        ->type_name("DIR");
+        ->type_name("DIR")
+        ->check(CLI::ExistingDirectory.description(""));
     command.add_option("--duration", options.durationText, "Length of a log: 45s, 10m, 1h30m")
         ->type_name("[HH:]MM:SS")
         ->check(SomeValue());

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "export/FramePrinter.h"
 
+#include "platform/Console.h"
+
 #include <utility>
 
 namespace qor {
@@ -23,7 +25,8 @@ std::vector<const CQorViewIns*> InstrumentsOf(const CQorViewDoc& doc) REQUIRES(d
 
 CFramePrinter::CFramePrinter(CQorViewDoc& doc, const PrintSettings& settings, Writer writer)
     : Doc(doc), Format(settings.format), Style(settings.style), Write(std::move(writer)),
-      Out(COutput::TextTaker([this](std::string_view text) { return Add(text); })) {}
+      Out([this](std::string_view text) { return Add(text); }, IsTerminal(StandardStream::Output)) {
+}
 
 CFramePrinter::~CFramePrinter() {
     Finish(0);

@@ -41,8 +41,8 @@ void CFrameSummary::AddFrame(const CLiveInstrument& instrument, const FrameCheck
 }
 
 void CFrameSummary::Write(COutput& output) const {
-    output.Text(Format("%s: %llu frames", Instrument.ShownName().c_str(),
-                       static_cast<unsigned long long>(Checks.frames)));
+    output.Foreign(Format("%s: %llu frames", Instrument.ShownName().c_str(),
+                          static_cast<unsigned long long>(Checks.frames)));
     output.Text(Checks.frames > 0 ? ", " + Checks.Text() : "");
     if (LeftOut > 0)
         output.Text(Format(", %llu frames left out", static_cast<unsigned long long>(LeftOut)));
@@ -52,17 +52,17 @@ void CFrameSummary::Write(COutput& output) const {
     for (const Row& row : Rows) {
         std::string name =
             row.sensor->Type + (row.sensor->Id.empty() ? "" : "(" + row.sensor->Id + ")");
-        output.Text(Format("  %-20s %-14s %8llu ", name.c_str(), row.sensor->Units.c_str(),
-                           static_cast<unsigned long long>(row.count)));
+        output.Foreign(Format("  %-20s %-14s %8llu ", name.c_str(), row.sensor->Units.c_str(),
+                              static_cast<unsigned long long>(row.count)));
         if (row.text)
-            output.Text(Format("%12s %12s %12s %12s\n", "", "", "", row.lastText.c_str()));
+            output.Foreign(Format("%12s %12s %12s %12s", "", "", "", row.lastText.c_str()));
         else if (row.count == 0)
-            output.Text(Format("%12s %12s %12s %12s\n", "-", "-", "-", "-"));
+            output.Text(Format("%12s %12s %12s %12s", "-", "-", "-", "-"));
         else
             output.Text(GeneralNumber(row.least, 5, 12) + ' ' +
                         GeneralNumber(row.sum / static_cast<double>(row.count), 5, 12) + ' ' +
-                        GeneralNumber(row.greatest, 5, 12) + ' ' + GeneralNumber(row.last, 5, 12) +
-                        '\n');
+                        GeneralNumber(row.greatest, 5, 12) + ' ' + GeneralNumber(row.last, 5, 12));
+        output.Char('\n');
     }
 }
 

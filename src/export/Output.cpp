@@ -69,7 +69,8 @@ OutputState StateOfPlace(const std::string& path, const OutputRules& rules) {
 COutput::COutput(FaultReport report)
     : Report(std::move(report)), Buffer(BufferSize), Shown(IsTerminal(StandardStream::Output)) {}
 
-COutput::COutput(TextTaker taker) : Taker(std::move(taker)), Buffer(BufferSize) {}
+COutput::COutput(TextTaker taker, bool shown)
+    : Taker(std::move(taker)), Buffer(BufferSize), Shown(shown) {}
 
 COutput::~COutput() {
     if (Beside.empty()) {
@@ -82,7 +83,12 @@ COutput::~COutput() {
 }
 
 OutputResult COutput::Fail(FileCause cause) {
-    Report(Place + ": cannot be written. " + std::string(GetFileErrorText(cause)));
+    bool readOnly = false;
+    const bool isProtected = cause == FileCause::AccessDenied &&
+                             IsReadOnly(Place, readOnly) == FileCause::None && readOnly;
+    Report(Place + ": cannot be written. " +
+           (isProtected ? "It is write-protected; take the protection off or choose another name."
+                        : std::string(GetFileErrorText(cause))));
     Usable = false;
     WriteFailed = true;
     return {OutputState::Failed, Place};

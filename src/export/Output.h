@@ -60,7 +60,8 @@ class COutput {
     explicit COutput(FaultReport report);
     /// Somebody who takes pieces of text, until it says no.
     using TextTaker = std::function<bool(std::string_view)>;
-    explicit COutput(TextTaker taker);
+    /// `shown`: what he takes reaches a terminal.
+    explicit COutput(TextTaker taker, bool shown = false);
     /// A file that Finish has not put in its place is gone.
     ~COutput();
     COutput(const COutput&) = delete;

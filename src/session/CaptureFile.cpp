@@ -70,4 +70,14 @@ FileCause CCaptureFile::Write(ByteSpan bytes) {
     return cause;
 }
 
+bool CCaptureFile::GiveUpIfGone() {
+    std::uint64_t size = 0;
+    if (!IsOpen() || (File.Standing() == FileStanding::There &&
+                      File.Size(size) == FileCause::None && size >= Size))
+        return false;
+    Missing += Size;
+    File.Close();
+    return true;
+}
+
 } // namespace qor

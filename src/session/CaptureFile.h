@@ -25,6 +25,9 @@ class CCaptureFile {
     /// Writes what there is room for. After a failure, or when it is full, the file is closed; what
     /// comes then is counted.
     FileCause Write(ByteSpan bytes);
+    /// Closes a file that was deleted, moved or cut by somebody else, and counts what it held. True
+    /// when it did.
+    bool GiveUpIfGone();
     void Close() { File.Close(); }
 
     bool IsOpen() const { return File.IsOpen(); }

@@ -197,6 +197,9 @@ void CPortCaptures::Write(Port& port, const Look& look) {
     const auto say = [&](EventKind kind, const std::string& what) {
         Messages.Raise({kind, file.Path(), "The capture \"" + file.Path() + "\" " + what + "\r\n"});
     };
+    if (file.GiveUpIfGone())
+        say(KindOfLoss(look.rule),
+            "was deleted, moved or cut by another program; its bytes count as lost.");
     const bool open = file.IsOpen();
     const std::uint64_t before = std::exchange(port.unkeptSaid, look.tap.unkept);
     if (const std::uint64_t unkept = look.tap.unkept - before; open && unkept > 0)

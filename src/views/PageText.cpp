@@ -170,8 +170,14 @@ std::string Padded(const std::string& text, std::size_t width, bool right) {
     return right ? blanks + text : text + blanks;
 }
 
+/// One line, whatever line ends instruments have put into its texts.
+void WriteLine(COutput& output, const std::string& line) {
+    output.Foreign(line);
+    output.Char('\n');
+}
+
 void WriteGridText(COutput& output, const GridPage& page) {
-    output.Text(page.title + "\n");
+    WriteLine(output, page.title);
     std::string heads;
     for (std::size_t i = 0; i < page.columns.size(); ++i)
         heads += i == 0 ? "  " + Padded(page.columns[i].title, LabelWidth, false)
@@ -179,23 +185,23 @@ void WriteGridText(COutput& output, const GridPage& page) {
                      ? " " + Padded(page.columns[i].title, ValueWidth, true)
                      : "  " + Padded(page.columns[i].title, ColumnWidth, page.columns[i].number);
     if (!heads.empty())
-        output.Text(heads + "\n");
+        WriteLine(output, heads);
     for (const GridRow& row : page.rows) {
-        output.Text("  " + Padded(row.label, LabelWidth, false) + " " +
-                    Padded(row.value.text, ValueWidth, true));
+        std::string line = "  " + Padded(row.label, LabelWidth, false) + " " +
+                           Padded(row.value.text, ValueWidth, true);
         if (page.columns.empty() && !row.units.empty())
-            output.Text(" " + row.units);
+            line += " " + row.units;
         for (std::size_t i = 0; i < row.more.size(); ++i)
-            output.Text("  " + Padded(row.more[i].text, ColumnWidth,
-                                      i + 2 < page.columns.size() && page.columns[i + 2].number));
-        output.Text(row.stale ? "  (stale)\n" : "\n");
+            line += "  " + Padded(row.more[i].text, ColumnWidth,
+                                  i + 2 < page.columns.size() && page.columns[i + 2].number);
+        WriteLine(output, line + (row.stale ? "  (stale)" : ""));
     }
 }
 
 void WritePlotText(COutput& output, const PlotPage& plot) {
-    output.Text(plot.title + "\n");
+    WriteLine(output, plot.title);
     for (const PlotCurve& curve : plot.curves) {
-        output.Text("  " + curve.title + " [" + curve.units + "]\n");
+        WriteLine(output, "  " + curve.title + " [" + curve.units + "]");
         for (const PlotPoint& point : curve.points)
             output.Text("    " + NumberOrNone(point.x, true) + "  " +
                         NumberOrNone(point.y, point.valid) + "\n");
@@ -210,7 +216,7 @@ void WritePageText(COutput& output, const ViewPages& pages) {
     for (const PlotPage* plot : pages.plots)
         WritePlotText(output, *plot);
     if (!HeadOf(pages).sentence.empty())
-        output.Text("  " + HeadOf(pages).sentence + "\n");
+        WriteLine(output, "  " + HeadOf(pages).sentence);
 }
 
 } // namespace qor

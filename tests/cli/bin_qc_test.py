@@ -225,6 +225,14 @@ class BinQc(unittest.TestCase):
             result = self.decode("-d", PROFILER, *arguments, self.cast, status=status)
             self.assertIn(text, result.stderr)
             self.assertEqual(result.stdout, "")
+        good = self.path("good.csv")
+        with open(good, "w", encoding="ascii") as file:
+            file.write("TEMP(WATER) gross 0 30\n")
+        for name in [good, os.path.join(os.path.dirname(good), ".", "good.csv")]:
+            result = self.decode("-d", PROFILER, "--qc", good, "--overwrite", "-o", name, self.cast, status=2)
+            self.assertIn("good.csv", result.stderr)
+        with open(good, encoding="ascii") as file:
+            self.assertEqual(file.read(), "TEMP(WATER) gross 0 30\n")
 
 
 if __name__ == "__main__":

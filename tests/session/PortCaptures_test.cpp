@@ -99,6 +99,17 @@ TEST_F(APortCapture, EndsAtItsLimitAndSaysSoOnce) {
     EXPECT_EQ(Doc.Captures.Status()[0].unkept, 11u);
 }
 
+#if !defined(_WIN32) // where it cannot be taken away
+TEST_F(APortCapture, ThatIsTakenAwayIsSaidAndItsBytesAreCounted) {
+    Connect(CaptureRule::All);
+    EXPECT_EQ(Receive("first;"), "");
+    ASSERT_EQ(RemoveFile(Path), FileCause::None);
+    EXPECT_THAT(Receive("second;"), HasSubstr("was deleted, moved or cut by another program"));
+    EXPECT_EQ(Receive("third;"), "");
+    EXPECT_EQ(Doc.Captures.Status()[0].unkept, 19u);
+}
+#endif
+
 TEST_F(APortCapture, LeavesWhatIsThereAloneAndFollowsNoLink) {
     Temp.Put("2005-123-142310-PORT1.bin", "precious");
     std::error_code refused; // without the right to make one there is one case less
