@@ -4,7 +4,6 @@
 #include "export/BinnedFrames.h"
 
 #include <cmath>
-#include <utility>
 
 namespace qor {
 
@@ -21,16 +20,19 @@ OutputResult CBinnedFrames::BeginLog(const ExportedLog& log,
 }
 
 void CBinnedFrames::Write(const ExportedFrame& frame) {
-    if (Gathering.at(&frame.instrument)->Take(frame, UtcOffset) || std::exchange(Full, true))
+    if (Full || Gathering.at(&frame.instrument)->Take(frame, UtcOffset))
         return;
+    Full = true;
     Settings.report(Log.path + ": its bins of " + frame.instrument.Definition().ShownName() +
                     " are too many to be kept; give --bin a wider span, or --from and --to.");
 }
 
 void CBinnedFrames::EndLog() {
-    for (const auto& bins : Instruments)
-        WriteBins(Log, *bins);
-    SayLeftOut();
+    if (!Full) {
+        for (const auto& bins : Instruments)
+            WriteBins(Log, *bins);
+        SayLeftOut();
+    }
     Gathering.clear();
     Instruments.clear();
 }

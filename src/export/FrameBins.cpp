@@ -11,13 +11,6 @@
 
 namespace qor {
 
-namespace {
-
-/// Numbers that are kept at once, about a gigabyte: a day of seconds of five hundred sensors.
-constexpr std::size_t MostNumbers = 45'000'000;
-
-} // namespace
-
 std::optional<double> CBinNumbers::Mean() const {
     return Numbers > 0 ? std::optional(Average) : std::nullopt;
 }
@@ -27,8 +20,9 @@ std::optional<double> CBinNumbers::Deviation() const {
                        : std::nullopt;
 }
 
-CFrameBins::CFrameBins(const BinSpan& span, const ExportedInstrument& instrument, bool degrees)
-    : Span(span), Live(*instrument.live), Rows(instrument.derived) {
+CFrameBins::CFrameBins(const BinSpan& span, const ExportedInstrument& instrument, bool degrees,
+                       std::size_t most)
+    : Span(span), Most(most), Live(*instrument.live), Rows(instrument.derived) {
     for (const CSensor& sensor : Live.Definition().Sensors()) {
         const auto place = static_cast<std::size_t>(sensor.Index);
         if (KindOfValue(sensor) == ValueKind::Number)
@@ -48,13 +42,14 @@ bool CFrameBins::Take(const ExportedFrame& frame, std::optional<int> utcOffset) 
         ++Placeless;
         return true;
     }
-    const auto [found, isNew] = Gathered.try_emplace(Span.BinOf(*place));
-    FrameBin& bin = found->second;
-    if (isNew) {
-        if (Gathered.size() > MostNumbers / (What.size() + 1))
+    auto found = Gathered.find(Span.BinOf(*place));
+    if (found == Gathered.end()) {
+        if (Gathered.size() >= Most / (What.size() + 1))
             return false;
-        bin.columns.resize(What.size());
+        found = Gathered.try_emplace(Span.BinOf(*place)).first;
+        found->second.columns.resize(What.size());
     }
+    FrameBin& bin = found->second;
     ++bin.frames;
     for (std::size_t i = 0; i < What.size(); ++i)
         if (const FrameCell cell =

@@ -45,14 +45,19 @@ struct FrameBin {
 
 class CFrameBins {
   public:
-    /// Takes a log's instrument, which lives longer.
-    CFrameBins(const BinSpan& span, const ExportedInstrument& instrument, bool degrees);
+    /// Numbers that are kept at once, about a gigabyte: a day of seconds of five hundred sensors.
+    static constexpr std::size_t MostNumbers = 45'000'000;
+
+    /// Takes a log's instrument, which lives longer, and keeps at most so many numbers.
+    CFrameBins(const BinSpan& span, const ExportedInstrument& instrument, bool degrees,
+               std::size_t most = MostNumbers);
 
     const std::vector<BinColumn>& Columns() const { return What; }
     const std::vector<DerivedRow>& Products() const { return Rows; }
     const CLiveInstrument& Instrument() const { return Live; }
 
-    /// False when there is no more room for a further bin. `utcOffset` as in TimeWindow.
+    /// False when there is no more room for a further bin; then nothing has changed. `utcOffset` as
+    /// in TimeWindow.
     bool Take(const ExportedFrame& frame, std::optional<int> utcOffset);
     /// Frames that have no time, or no depth, and so no bin.
     std::uint64_t LeftOut() const { return Placeless; }
@@ -61,6 +66,7 @@ class CFrameBins {
 
   private:
     const BinSpan Span;
+    const std::size_t Most;
     const CLiveInstrument& Live;
     const std::vector<DerivedRow> Rows;
     std::vector<BinColumn> What;

@@ -3,6 +3,8 @@
 // Which bin a value lies in, what a span may be called, and what a bin says of its numbers.
 #include "export/FrameBins.h"
 
+#include "fakes/DefinedInstrument.h"
+
 #include <gmock/gmock.h>
 
 #include <cmath>
@@ -42,6 +44,23 @@ TEST(BinNumbers, KeepTheirDigitsFarFromZero) {
     EXPECT_DOUBLE_EQ(*numbers.Mean(), 1e9 + 10);
     EXPECT_DOUBLE_EQ(*numbers.Deviation(), std::sqrt(30.0));
     EXPECT_EQ(numbers.Count(), 4U);
+}
+
+TEST(FrameBins, HaveAllTheirColumnsWhenTheyAreFull) {
+    const auto definition = DefineFixed("TEMP NONE 'C' 1 BU 0 COUNT\n");
+    CLiveInstrument live(*definition);
+    CFrameData frame;
+    frame.Bytes.assign({'H', 'D', 'R', 7});
+    live.Take(frame);
+    CFrameBins bins({}, {&live}, false, 4);
+    const auto take = [&](double depth) { return bins.Take({live, {}, {}, depth}, {}); };
+    EXPECT_TRUE(take(0.5) && take(1.5));
+    EXPECT_FALSE(take(2.5));
+    EXPECT_FALSE(take(2.5));
+    EXPECT_TRUE(take(1.6));
+    ASSERT_EQ(bins.Bins().size(), 2U);
+    for (const auto& [number, bin] : bins.Bins())
+        EXPECT_EQ(bin.columns.at(0).Mean(), 7.0);
 }
 
 } // namespace
