@@ -68,12 +68,18 @@ std::vector<std::string> WordsOf(std::string_view line) {
     return words;
 }
 
+const TestRow* RowOf(std::string_view word) {
+    const auto* row = std::ranges::find_if(
+        Tests, [&](const TestRow& one) { return EqualsNoCase(one.word, word); });
+    return row == std::end(Tests) ? nullptr : row;
+}
+
 /// What is wrong with the words; then `rule` is not to be used.
 std::string ReadRule(std::vector<std::string> words, QcRule& rule) {
-    const auto* row = std::ranges::find_if(Tests, [&](const TestRow& one) {
-        return words.size() > 1 && EqualsNoCase(one.word, words[1]);
-    });
-    if (row == std::end(Tests)) {
+    std::size_t at = 1; // of the test, which ends the name: a product's label may have blanks
+    while (at < words.size() && !RowOf(words[at]))
+        ++at;
+    if (at >= words.size()) {
         std::vector<std::string_view> tests;
         for (const TestRow& one : Tests)
             tests.push_back(one.word);
@@ -81,11 +87,14 @@ std::string ReadRule(std::vector<std::string> words, QcRule& rule) {
                    ? "give a sensor, a test and its limits, as in TEMP gross -2 40"
                    : "there is no test " + Printable(words[1]) + "." + NameAdvice(words[1], tests);
     }
+    const TestRow* const row = RowOf(words[at]);
     if (row->test == QcTest::Gap && words.back() == "s")
         words.pop_back();
     rule.name = words[0];
+    for (std::size_t i = 1; i < at; ++i)
+        rule.name += " " + words[i];
     rule.test = row->test;
-    for (std::size_t i = 2; i < words.size(); ++i) {
+    for (std::size_t i = at + 1; i < words.size(); ++i) {
         const std::optional<double> number = WholeNumber(words[i]);
         if (!number || !std::isfinite(*number))
             return Printable(words[i]) + " is no number; give " + std::string(row->form);
@@ -175,6 +184,7 @@ std::string QcLimits::WhyUnknown(std::span<const std::string> values,
 }
 
 std::string ParseQcLimits(std::string_view text, QcLimits& limits) {
+    text = WithoutByteOrderMark(text);
     std::size_t number = 0;
     for (std::size_t at = 0; at < text.size();) {
         const std::size_t end = std::min(text.find('\n', at), text.size());

@@ -49,14 +49,16 @@ TEST(QcTests, FlagSeries) {
 
 TEST(QcLimits, TheMostSpecialNameCountsWhateverTheOrder) {
     QcLimits limits;
-    ASSERT_EQ(ParseQcLimits("TEMP(W) gross 1 2 # water\r\n\n* gross 5 6\ntemp rate 1\n"
-                            "* gap 2.5 s\nCTD gap 9",
+    ASSERT_EQ(ParseQcLimits("\xEF\xBB\xBFTEMP(W) gross 1 2 # water\r\n\n* gross 5 6\ntemp rate 1\n"
+                            "* gap 2.5 s\nCTD gap 9\nT  (W) gross -2 40\nK Ed(490) rate 1",
                             limits),
               "");
     const std::string names[] = {"*", "TEMP", "TEMP(W)"};
     const QcRules rules = limits.RulesOf(names);
     EXPECT_EQ(rules.gross->greatest, 2);
     EXPECT_TRUE(rules.rate && !rules.rate->bad && !rules.spike);
+    for (const std::string label : {"T (W)", "k ed(490)"})
+        EXPECT_TRUE(limits.RulesOf({&label, 1}).gross || limits.RulesOf({&label, 1}).rate) << label;
     EXPECT_EQ(limits.GapOf("ctd"), 9);
     EXPECT_EQ(limits.GapOf("other"), 2.5);
     EXPECT_FALSE(limits.LooksAhead());
