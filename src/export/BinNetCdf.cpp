@@ -208,6 +208,9 @@ class CBinNetCdf final : public CBinnedFrames {
     OutputResult Open(const ExportedLog& log,
                       std::span<const ExportedInstrument> instruments) override;
     void WriteBins(const ExportedLog& log, const CFrameBins& bins) override;
+    std::optional<int> UtcOffsetOf(const ExportedLog& log) const override {
+        return SourceOf(log, Settings).utcOffset;
+    }
     bool OutputsGood() const override { return Usable && Files.Good(); }
     OutputResult FinishOutputs() override {
         return Usable ? Files.Finish() : OutputResult{OutputState::Failed, Settings.path};

@@ -10,7 +10,7 @@ namespace qor {
 OutputResult CBinnedFrames::BeginLog(const ExportedLog& log,
                                      std::span<const ExportedInstrument> instruments) {
     Log = log;
-    UtcOffset = log.StyleOf(Settings.style).utcOffset;
+    UtcOffset = UtcOffsetOf(log);
     for (const ExportedInstrument& instrument : instruments) {
         Instruments.push_back(
             std::make_unique<CFrameBins>(*Settings.bins, instrument, Settings.style.degrees));

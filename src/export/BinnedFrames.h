@@ -27,6 +27,10 @@ class CBinnedFrames : public CFrameSink {
                               std::span<const ExportedInstrument> instruments) = 0;
     /// The means of an instrument of the log that ends, in the order of the log's instruments.
     virtual void WriteBins(const ExportedLog& log, const CFrameBins& bins) = 0;
+    /// What the log's times are ahead of UTC, where the format shows them as UTC.
+    virtual std::optional<int> UtcOffsetOf(const ExportedLog& log) const {
+        return log.StyleOf(Settings.style).utcOffset;
+    }
     virtual bool OutputsGood() const = 0;
     virtual OutputResult FinishOutputs() = 0;
 

@@ -114,6 +114,21 @@ class BinQc(unittest.TestCase):
             edges = file[file["pressure"].bounds][:]
             self.assertEqual([tuple(edge) for edge in edges], [(p - 1, p + 1) for p in file["pressure"][:]])
 
+    def test_bins_of_time_are_utc_where_frames_are(self):
+        if not netCDF4:
+            self.skipTest("netCDF4 is not installed")
+        with open(self.cast, "rb") as file:
+            log = file.read()
+        self.assertEqual(log.count(b"UTC+00:00 (ZONE)"), 1)
+        with open(self.cast, "wb") as file:
+            file.write(log.replace(b"UTC+00:00 (ZONE)", b"UTC+13:00 (ZONE)"))
+        times = {}
+        for name, span in (("bins.nc", ["--bin", "10 s"]), ("frames.nc", [])):
+            self.decode("-d", PROFILER, *span, "-o", self.path(name), self.cast)
+            with netCDF4.Dataset(self.path(name)) as file:
+                times[name] = list(file["time"][:])
+        self.assertEqual(times["bins.nc"], sorted({time // 10 * 10 + 5 for time in times["frames.nc"]}))
+
     def test_tables_are_described_where_it_is_asked_for(self):
         for arguments in ((), ("--bin", "1 dbar"), ("--names", "simple")):
             table = self.path("cast.csv")
