@@ -42,11 +42,15 @@ std::string CommentOf(const std::string& name, const std::string& units) {
 CSeaBassTable::CSeaBassTable(std::string path, COutput& out, const ExportSettings& settings)
     : Path(std::move(path)), Out(out), Settings(settings), Rows(settings.report) {}
 
+void CSeaBassTable::RefuseLocalTimes(const std::string& log) {
+    Settings.report(log + ": its times are local, those of SeaBASS are GMT; say what they "
+                          "are ahead of it with --utc-offset=+HH:MM.");
+    IsLocal = true;
+}
+
 bool CSeaBassTable::BeginLog(const LogSource& source, const ExportedInstrument& instrument) {
     if (!source.utcOffset && !source.header.empty()) {
-        Settings.report(source.log +
-                        ": its times are local, those of SeaBASS are GMT; say what they "
-                        "are ahead of it with --utc-offset=+HH:MM.");
+        RefuseLocalTimes(source.log);
         return false;
     }
     std::vector<std::string> lacking;
@@ -65,9 +69,8 @@ bool CSeaBassTable::BeginLog(const LogSource& source, const ExportedInstrument& 
     }
     AddOnce(Logs, FileNameIn(source.log));
     AddOnce(Calibrations, FileNameIn(instrument.live->Definition().FilePath()));
-    const int offset = source.utcOffset.value_or(0);
     if (std::exchange(Begun, true)) {
-        Source.utcOffset = offset;
+        Source.log = source.log, Source.utcOffset = source.utcOffset;
         return true;
     }
     Source = source;
@@ -172,8 +175,14 @@ void CSeaBassTable::Extend(const Column& column, double value) {
     most = std::max(most, value);
 }
 
+/// Whether a log has times only a pipe's first frame tells.
 void CSeaBassTable::Write(const ExportedFrame& frame) {
-    WriteTimeOf(frame.instrument.CurrentFrame()->Info.time);
+    const FrameTime& time = frame.instrument.CurrentFrame()->Info.time;
+    if (time.known && !Source.utcOffset && !IsLocal)
+        RefuseLocalTimes(Source.log);
+    if (IsLocal)
+        return;
+    WriteTimeOf(time);
     for (const Column& column : Columns) {
         Rows.Char(',');
         const std::optional<double> value = ValueOf(frame, column);
@@ -234,7 +243,7 @@ bool CSeaBassTable::CopyRows() {
 }
 
 bool CSeaBassTable::Finish(std::vector<std::string>& unknown) {
-    if (!Rows.Flush())
+    if (IsLocal || !Rows.Flush())
         return false;
     Out.Text(Header(unknown));
     return CopyRows();

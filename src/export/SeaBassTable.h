@@ -19,7 +19,7 @@ class CSeaBassTable {
     /// False (reported) when the log cannot go on in this file.
     bool BeginLog(const LogSource& source, const ExportedInstrument& instrument);
     void Write(const ExportedFrame& frame);
-    bool Good() const { return Rows.Good(); }
+    bool Good() const { return !IsLocal && Rows.Good(); }
     /// Writes header and rows into the file; `unknown` gets the header's keys that nobody said.
     bool Finish(std::vector<std::string>& unknown);
 
@@ -34,6 +34,7 @@ class CSeaBassTable {
     std::vector<Column> ColumnsOf(const ExportedInstrument& instrument,
                                   std::vector<std::string>& lacking) const;
     std::optional<Column> ColumnOf(const CSensor& sensor, bool immersed) const;
+    void RefuseLocalTimes(const std::string& log);
     void WriteTimeOf(const FrameTime& time);
     std::optional<double> ValueOf(const ExportedFrame& frame, const Column& column) const;
     void Extend(const Column& column, double value);
@@ -49,6 +50,7 @@ class CSeaBassTable {
     std::vector<Column> Columns;
     std::vector<std::string> Lacking; ///< sensors and products that are not in the file, and why
     bool Begun = false;
+    bool IsLocal = false;                    ///< its times cannot be told as GMT, which is reported
     std::optional<std::int64_t> First, Last; ///< seconds of UTC
     std::optional<GeoPosition> Least, Most;
 };

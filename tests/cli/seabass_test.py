@@ -122,6 +122,9 @@ class SeaBass(unittest.TestCase):
             header = file.read().replace(b"UTC+00:00 (ZONE)", b"somewhere (ZONE)")
         with open(self.raw, "wb") as file:
             file.write(header)
+        piped = call("decode", "--quiet", "-d", self.profiler, "-o", out, "/dev/stdin", encoding="latin-1",
+                     input=header.decode("latin-1"))
+        self.assertEqual((piped.returncode, piped.stderr.count("--utc-offset"), os.listdir(self.folder)), (1, 1, there))
         for options, status, text in cases:
             done = call("decode", "--quiet", "-d", self.profiler, *options, self.raw)
             self.assertEqual((done.returncode, done.stdout), (status, ""), done.stderr)
