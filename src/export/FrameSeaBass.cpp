@@ -51,8 +51,8 @@ OutputResult CFrameSeaBass::BeginLog(const ExportedLog& log,
         std::unique_ptr<CSeaBassTable>& table = Tables[instrument.live->Name()];
         if (file.isNew)
             table = std::make_unique<CSeaBassTable>(file.path, *file.output, Settings);
-        if (!table->BeginLog(source, instrument))
-            return {OutputState::Failed, file.path};
+        if (OutputResult result = table->BeginLog(source, instrument); !result.Good())
+            return result;
         Current[instrument.live] = table.get();
     }
     return {};

@@ -48,10 +48,11 @@ void CSeaBassTable::RefuseLocalTimes(const std::string& log) {
     IsLocal = true;
 }
 
-bool CSeaBassTable::BeginLog(const LogSource& source, const ExportedInstrument& instrument) {
+OutputResult CSeaBassTable::BeginLog(const LogSource& source,
+                                     const ExportedInstrument& instrument) {
     if (!source.utcOffset && !source.header.empty()) {
         RefuseLocalTimes(source.log);
-        return false;
+        return {OutputState::Failed, Path};
     }
     std::vector<std::string> lacking;
     std::vector<Column> columns = ColumnsOf(instrument, lacking);
@@ -60,25 +61,25 @@ bool CSeaBassTable::BeginLog(const LogSource& source, const ExportedInstrument& 
             Path + ": the fields of " + source.log +
             " are others than those of the logs before it; decode it into a file of its "
             "own.");
-        return false;
+        return {OutputState::Failed, Path};
     }
     if (columns.empty()) {
         Settings.report(Path + ": no sensor of " + instrument.live->Name() +
                         " is a field of SeaBASS; choose another --format for this instrument.");
-        return false;
+        return {OutputState::Failed, Path};
     }
     AddOnce(Logs, FileNameIn(source.log));
     AddOnce(Calibrations, FileNameIn(instrument.live->Definition().FilePath()));
     if (std::exchange(Begun, true)) {
         Source.log = source.log, Source.utcOffset = source.utcOffset;
-        return true;
+        return {};
     }
     Source = source;
     Columns = std::move(columns);
     Lacking = std::move(lacking);
     OutputRules rules = Settings.rules;
     rules.overwrite = true; // nothing is put in its place
-    return Rows.Open(Path + ".rows", rules).Good();
+    return Rows.Open(Path + ".rows", rules);
 }
 
 std::optional<CSeaBassTable::Column> CSeaBassTable::ColumnOf(const CSensor& sensor,

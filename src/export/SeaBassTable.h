@@ -16,8 +16,8 @@ class CSeaBassTable {
     /// `path` is that of the file, which `out` writes.
     CSeaBassTable(std::string path, COutput& out, const ExportSettings& settings);
 
-    /// False (reported) when the log cannot go on in this file.
-    bool BeginLog(const LogSource& source, const ExportedInstrument& instrument);
+    /// Not good when the log cannot go on in this file.
+    OutputResult BeginLog(const LogSource& source, const ExportedInstrument& instrument);
     void Write(const ExportedFrame& frame);
     bool Good() const { return !IsLocal && Rows.Good(); }
     /// Writes header and rows into the file; `unknown` gets the header's keys that nobody said.

@@ -130,6 +130,10 @@ class SeaBass(unittest.TestCase):
             self.assertEqual((done.returncode, done.stdout), (status, ""), done.stderr)
             self.assertIn(text, done.stderr)
             self.assertEqual(os.listdir(self.folder), there, options)
+        os.mkdir(out + ".rows")
+        done = call("decode", "--quiet", "-d", self.profiler, offset, "-o", out, self.raw)
+        self.assertEqual((done.returncode, done.stderr.count("out.sb.rows: ")), (2, 1), done.stderr)
+        os.rmdir(out + ".rows")
         for limit in (100, 5000):
             done = call("decode", "--quiet", "-d", self.profiler, offset, "-o", out, self.raw,
                         preexec_fn=lambda limit=limit: resource.setrlimit(resource.RLIMIT_FSIZE, (limit, limit)))
