@@ -231,11 +231,12 @@ void CLayout::AddSensor(const CSensor& sensor) {
         Add({.name = {}, .indexes = {sensor.Index}}, description);
     if (!Style.degrees || !IsCoordinateText(sensor))
         return;
-    const bool north = ToLower(sensor.Type).starts_with("lat");
     Description degrees{
-        NameFor(name + "_deg"), description.title + " in degrees", "deg", {}, nullptr};
-    degrees.units = north ? "degrees_north" : "degrees_east";
-    degrees.quantity = {north ? "latitude" : "longitude", "degree"};
+        NameFor(name + "_deg"), description.title + " in degrees", "degree", {}, nullptr};
+    if (IsNamedLatitude(sensor))
+        degrees.units = "degrees_north", degrees.quantity = {"latitude", "degree"};
+    else if (IsNamedLongitude(sensor))
+        degrees.units = "degrees_east", degrees.quantity = {"longitude", "degree"};
     Add({.name = {}, .origin = FrameOrigin::Degrees, .indexes = {sensor.Index}}, degrees);
 }
 
@@ -307,7 +308,8 @@ FrameAttributes CLayout::AttributesOf(const Description& description) const {
     };
     const bool counts = Style.view != ValueView::Calibrated && description.sensor;
     const bool text = description.sensor && IsText(*description.sensor, Style.view);
-    const bool degrees = description.units.starts_with("degrees_");
+    const bool degrees = description.units.starts_with("degrees_") ||
+                         (!description.sensor && description.units == "degree");
     const std::optional<UnitText> units = ReadUnits(description.units);
     if (degrees || (units && !counts && !text))
         set("units", degrees ? description.units : units->text);

@@ -84,10 +84,8 @@ OutputResult CSeaBassTable::BeginLog(const LogSource& source,
 
 std::optional<CSeaBassTable::Column> CSeaBassTable::ColumnOf(const CSensor& sensor,
                                                              bool immersed) const {
-    if (IsCoordinateText(sensor)) {
-        const bool north = ToLower(sensor.Type).starts_with("lat");
-        return Column{north ? "lat" : "lon", "degrees", sensor.Index, -1, true};
-    }
+    if (IsCoordinateText(sensor) && (IsNamedLatitude(sensor) || IsNamedLongitude(sensor)))
+        return Column{IsNamedLatitude(sensor) ? "lat" : "lon", "degrees", sensor.Index, -1, true};
     if (KindOfValue(sensor) != ValueKind::Number)
         return std::nullopt;
     const std::optional<UnitText> units = ReadUnits(sensor.Units);

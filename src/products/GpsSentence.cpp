@@ -275,6 +275,14 @@ bool IsCoordinateText(const CSensor& sensor) {
     return !IsCalibrated(sensor.Fit) && (field == Field::Latitude || field == Field::Longitude);
 }
 
+bool IsNamedLatitude(const CSensor& sensor) {
+    return FieldName(sensor).starts_with("LAT");
+}
+
+bool IsNamedLongitude(const CSensor& sensor) {
+    return FieldName(sensor).starts_with("LON");
+}
+
 std::optional<double> SignedDegrees(const CLiveInstrument& instrument, const CSensor& sensor) {
     return AngleOf(instrument, sensor, HemisphereBehind(instrument, sensor));
 }

@@ -41,6 +41,10 @@ GpsSentence ReadGps(const CLiveInstrument& instrument);
 /// Whether the sensor is a coordinate that is sent as degrees and minutes, and such a coordinate of
 /// the current frame in degrees, south and west negative; empty without its hemisphere.
 bool IsCoordinateText(const CSensor& sensor);
+/// Whether its name says that it is a latitude, or a longitude; of one of another name only the
+/// hemisphere of each frame says which.
+bool IsNamedLatitude(const CSensor& sensor);
+bool IsNamedLongitude(const CSensor& sensor);
 std::optional<double> SignedDegrees(const CLiveInstrument& instrument, const CSensor& sensor);
 
 /// "GPS", "DGPS", ... of a quality, "no fix", or "fix" where only the status is known.

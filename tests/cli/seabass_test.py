@@ -83,6 +83,13 @@ class SeaBass(unittest.TestCase):
 
     def test_positions_and_what_is_missing(self):
         header, _, _, rows, _ = self.make("-d", self.gps, "--utc-offset=+00:00", warnings=1)
+        with open(self.gps, encoding="ascii") as file:
+            unclear = file.read().replace("LATITUDE", "GPSLAT")
+        with open(self.path("unclear.tdf"), "w", encoding="ascii") as file:
+            file.write(unclear)
+        _, units, comments, same, _ = self.make("-d", self.path("unclear.tdf"), "--utc-offset=+00:00", warnings=1)
+        self.assertEqual(([row["lon"] for row in same], "lat" in units), ([row["lon"] for row in rows], False))
+        self.assertIn("! Not in this file, without a field: GPSLAT (dms)", comments)
         for field, key in (("lat", "latitude"), ("lon", "longitude")):
             values = [float(row[field]) for row in rows if row[field] != "-9999"]
             low, high = (("south_", "north_") if field == "lat" else ("west_", "east_"))
