@@ -105,6 +105,10 @@ DecodedLog DecodeLog(const ExportedLog& exported, const DecodeOptions& options,
     for (const CQorViewIns* instrument : playback.Instruments())
         if (depths.Wanted(*instrument)) {
             instruments.push_back({&instrument->Live, {}, playback.Doc().PackageOf(*instrument)});
+            if (const PressureSource* source = depths.SourceOf(*instrument)) {
+                instruments.back().depthCarrier = &source->carrier->instrument->Live;
+                instruments.back().depthSensor = source->sensor;
+            }
             if (derives)
                 playback.Doc().ReadDerived(*instrument, instruments.back().derived);
         }

@@ -26,6 +26,11 @@ class CCheckedInstrument {
     CCheckedInstrument(const ExportedInstrument& instrument, const ExportSettings& settings);
 
     const CLiveInstrument& Waiting() const { return Frame; }
+    /// The depth of its frames is that sensor's of the carrier, which lives as long.
+    void TakeDepthFrom(const CCheckedInstrument& carrier, int sensor) {
+        Carrier = &carrier;
+        DepthSensor = static_cast<std::size_t>(sensor);
+    }
     /// Takes a frame; the one before it has to be out.
     void Take(const ExportedFrame& frame);
     /// What the frame that comes next says of spikes in the one that waits.
@@ -46,12 +51,15 @@ class CCheckedInstrument {
         return (value.sensor ? Found.sensors : Found.products)[value.place];
     }
     void Reject();
+    void LoseBadDepth();
 
     CLiveInstrument Frame; ///< that waits
     CFrameData Copy;       ///< its memory is used again
     FrameCheckResult Checks;
     std::vector<DerivedRow> Derived;
     std::optional<double> Depth;
+    const CCheckedInstrument* Carrier = nullptr; ///< of the depth; null: none
+    std::size_t DepthSensor = 0;
     FrameQc Found;
     bool IsWaiting = false;
 
@@ -107,6 +115,8 @@ void CCheckedInstrument::Take(const ExportedFrame& frame) {
     Found.time = TestTime(seconds);
     for (Value& value : Values)
         FlagOf(value) = value.tests.Take(ValueIn(Frame, Derived, value), seconds);
+    if (Rejects && Carrier != this)
+        LoseBadDepth();
     IsWaiting = true;
 }
 
@@ -128,6 +138,13 @@ void CCheckedInstrument::LookAhead(const ExportedFrame& next) {
     }
 }
 
+/// Decided: where another instrument measures the depth, its latest frame counts as far as it is
+/// checked when this one's comes: whether that was a spike only the next one tells.
+void CCheckedInstrument::LoseBadDepth() {
+    if (Carrier && Carrier->Found.sensors[DepthSensor] == QcFlag::Bad)
+        Depth.reset();
+}
+
 void CCheckedInstrument::Reject() {
     for (const Value& value : Values)
         if (FlagOf(value) != QcFlag::Bad)
@@ -137,6 +154,8 @@ void CCheckedInstrument::Reject() {
         else
             Derived[value.place].value.reset(),
                 Derived[value.place].status = ConversionStatus::Rejected;
+    if (Carrier == this)
+        LoseBadDepth();
 }
 
 void CCheckedInstrument::WriteTo(CFrameSink& sink) {
@@ -178,6 +197,9 @@ OutputResult CCheckedFrames::BeginLog(const ExportedLog& log,
         Checked[instrument.live] = Instruments.back().get();
         instrument.live = &Instruments.back()->Waiting();
     }
+    for (const ExportedInstrument& instrument : instruments)
+        if (const auto carrier = Checked.find(instrument.depthCarrier); carrier != Checked.end())
+            Checked[instrument.live]->TakeDepthFrom(*carrier->second, instrument.depthSensor);
     return Behind->BeginLog(log, shown);
 }
 

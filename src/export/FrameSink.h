@@ -59,7 +59,9 @@ struct ExportedInstrument {
     const CLiveInstrument* live = nullptr;
     std::vector<DerivedRow> derived = {};
     std::string package = {}; ///< the name of the one that it belongs to
-    bool hasDepth = false;    ///< something measures the depth that its frames are from
+    /// Whose frames say the depth, itself or another; null: none, or it is not asked for.
+    const CLiveInstrument* depthCarrier = nullptr;
+    int depthSensor = -1; ///< index of the pressure among the carrier's sensors
 };
 
 /// A frame with what its checks found, its derived rows and what goes with it.

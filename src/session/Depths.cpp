@@ -19,12 +19,17 @@ CDepths::CDepths(const SessionState& session, bool wanted) : Session(session), I
         }
 }
 
+const PressureSource* CDepths::SourceOf(const CQorViewIns& instrument) const {
+    const auto found = Sources.find(&instrument);
+    return found == Sources.end() ? nullptr : &found->second;
+}
+
 std::optional<double> CDepths::Of(const CQorViewIns& instrument) const {
     CRecursiveLock lock(Session.DocLock);
-    const auto found = Sources.find(&instrument);
-    if (found == Sources.end())
+    const PressureSource* source = SourceOf(instrument);
+    if (!source)
         return std::nullopt;
-    const CQorViewIns& carrier = *found->second.carrier->instrument;
+    const CQorViewIns& carrier = *source->carrier->instrument;
     if (&carrier != &instrument && carrier.Live.CurrentFrame()) {
         const FrameTime& now = instrument.Live.CurrentFrame()->Info.time;
         const FrameTime& then = carrier.Live.CurrentFrame()->Info.time;
@@ -32,7 +37,7 @@ std::optional<double> CDepths::Of(const CQorViewIns& instrument) const {
         if (now.known && then.known && std::fabs(SecondsOf(now) - SecondsOf(then)) > patience)
             return std::nullopt;
     }
-    return DepthBy(Session, found->second);
+    return DepthBy(Session, *source);
 }
 
 } // namespace qor

@@ -19,6 +19,8 @@ class CDepths {
     bool Wanted(const CQorViewIns& instrument) const {
         return !IsWanted || Sources.contains(&instrument);
     }
+    /// What says the depth of the instrument's frames; null: nothing, or no depth is looked for.
+    const PressureSource* SourceOf(const CQorViewIns& instrument) const;
     /// The depth of the instrument's current frame, dbar: what its own frame says, or the latest
     /// one of the instrument that measures it unless that is old by the time tags of both.
     std::optional<double> Of(const CQorViewIns& instrument) const;

@@ -206,6 +206,15 @@ class BinQc(unittest.TestCase):
             self.assertEqual([math.isnan(value) for value in values], [state == 4 for state in states])
             self.assertEqual([int(state) for state in states], [found.get(str(temperature), 1) for found in expected])
 
+    def test_a_pressure_that_is_rejected_chooses_no_bin(self):
+        limits = self.path("limits.txt")
+        with open(limits, "w", encoding="ascii") as file:
+            file.write("PRES gross -5 10\n")
+        rows = self.lines("-d", PROFILER, "-d", RADIOMETER, "--role", "QORPRO042=profiler", "--bin", "1 dbar", self.cast,
+                          "--qc", limits, "--good-only")
+        for name in ("QORPRO042", "QORRAD0137"):
+            self.assertEqual(max(row["pressure"] for row in rows if row["instrument"] == name), 9.5)
+
     def test_products_are_held_to_ranges_that_are_bad_inside(self):
         home, limits = self.path("home"), self.path("limits.txt")
         os.makedirs(home)
