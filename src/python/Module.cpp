@@ -9,6 +9,7 @@
 #include "instrument/Calibration.h"
 #include "instrument/FieldText.h"
 #include "products/DerivedRows.h"
+#include "session/LogManifest.h"
 
 #include <pybind11/numpy.h>
 #include <pybind11/pybind11.h>
@@ -166,7 +167,11 @@ LogCall CallOf(const std::string& path, const std::vector<std::string>& files,
     call.instruments.wet = wet;
     if (session)
         Check(TakeSession(*session, call));
+    const bool said = !call.instruments.Empty();
     TakeManifest(call);
+    call.files = FilesOf(call.instruments, call.instruments.session, session.value_or(""), {path});
+    if (!said)
+        call.files.push_back(ManifestPathOf(path));
     return call;
 }
 
@@ -307,7 +312,10 @@ PYBIND11_MODULE(_qorview, module) {
                                        py::make_tuple(error, py::handle(PyExc_OSError)));
     py::class_<LogCall>(module, "Call")
         .def(py::init(&CallOf), py::arg("path"), py::arg("files"), py::arg("session"),
-             py::arg("all_wet"), py::arg("wet"), py::arg("utc_offset"), py::arg("text"));
+             py::arg("all_wet"), py::arg("wet"), py::arg("utc_offset"), py::arg("text"))
+        .def_property_readonly("files", [](const LogCall& call) {
+            return std::vector<py::bytes>(call.files.begin(), call.files.end());
+        });
     module.def("instruments", &InstrumentsOf, py::arg("call"));
     module.def("table", &TableOfLog, py::arg("call"), py::arg("instrument"), py::arg("derived"),
                py::arg("further"));

@@ -5,6 +5,7 @@ JSON Lines, Dask over many logs equals the loop, and what is wrong is said as an
 import glob
 import json
 import os
+import pathlib
 import pickle
 import re
 import shutil
@@ -175,10 +176,22 @@ class Package(unittest.TestCase):
         self.assertFalse(verdict["ok"])
 
     def test_a_log_that_changed_is_no_data(self):
-        data = xarray.open_dataset(self.cast, engine="qorview", definitions=[PROFILER], cache=False)
-        os.truncate(self.cast, 5000)
-        with self.assertRaisesRegex(qorview.FileError, "changed since it was opened"):
-            data.load()
+        other, definition = self.path("other.raw"), shutil.copy(PROFILER, self.path("own.cal"))
+        simulate(other, 300, PROFILER, RADIOMETER)
+        with open(definition, encoding="ascii") as file:
+            edited = file.read().replace("-12.482 ", "-11.482 ")
+        for change in (lambda: pathlib.Path(definition).write_text(edited, encoding="ascii"),
+                       lambda: os.replace(other, self.cast), lambda: os.truncate(self.cast, 5000)):
+            before = self.opened(self.cast, [definition], "QORPRO042").load()
+            before["frame"].values[:] = 0
+            data = self.opened(self.cast, [definition], "QORPRO042", cache=False)
+            self.assertTrue(data["frame"].all())
+            change()
+            with self.assertRaisesRegex(qorview.FileError, "changed since it was opened"):
+                data.load()
+            after = self.opened(self.cast, [definition], "QORPRO042").load()
+            self.assertFalse(after["PRES"].equals(before["PRES"]))
+            xarray.testing.assert_identical(after, without_call(qorview.open(self.cast, definition).to_xarray("QORPRO042")))
 
     def test_what_is_wrong_is_a_sentence(self):
         log = qorview.open(self.cast, [PROFILER, RADIOMETER])

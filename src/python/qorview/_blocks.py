@@ -4,6 +4,7 @@ read again for the next variable."""
 from __future__ import annotations
 
 import os
+import stat
 import threading
 from collections import OrderedDict
 from typing import Any, Hashable
@@ -51,19 +52,25 @@ class BlockSource:
 
     def __init__(self, log: Log, instrument: str, derived: Derived) -> None:
         self.log, self.instrument, self.derived = log, instrument, derived
-        state = os.stat(log.path)
-        self.stamp = (state.st_size, state.st_mtime_ns)
+        self.stamps = [_stamp_of(file) for file in log._call().files]
         self.frame_count = 0
         self.block = max(1, self._frames_of_block())
 
     def _key(self) -> Hashable:
-        return repr(self.log), self.instrument, self.derived, self.stamp
+        return repr(self.log), self.instrument, self.derived, *self.stamps
+
+    def _check(self) -> None:
+        """The files are those that they were: before what is kept is used, and after anything is read of them."""
+        for stamp in self.stamps:
+            if _stamp_of(stamp[0]) != stamp:
+                raise _qorview.FileError(f"{os.fsdecode(stamp[0])}: it has changed since it was opened; open it again.")
 
     def _index(self) -> _qorview.Index:
         """Products follow the cast: their log is one block, which has everything."""
         index = _indexes.get(self._key())
         if index is None:
             index = _qorview.Index(self.log._call(), self.instrument)
+            self._check()
             _indexes.put(self._key(), index, 1)
         return index
 
@@ -71,6 +78,7 @@ class BlockSource:
         table = _blocks.get((self._key(), "whole"))
         if table is None:
             table = self.log.table(self.instrument, self.derived)
+            self._check()
             _blocks.put((self._key(), "whole"), table, _size_of(table[2]))
         return table
 
@@ -89,16 +97,16 @@ class BlockSource:
         return self.frame_count
 
     def plain(self) -> tuple[list, dict, dict, dict]:
-        """As Log.table, but of the arrays those alone that are in memory: times, counts, checks."""
-        if not self.derived:
-            return self._index().plain()
-        variables, attributes, arrays, widths = self._whole()
+        """As Log.table, but of the arrays those alone that are in memory: times, counts, checks; arrays of one's own."""
+        variables, attributes, arrays, widths = self._whole() if self.derived else self._index().plain()
         values = {name + "_status" for name in arrays} & set(arrays)
         values |= {name.removesuffix("_status") for name in values}
-        return variables, attributes, {name: arrays[name] for name in arrays if name not in values}, widths
+        own = {name: numpy.array(array) for name, array in arrays.items() if name not in values}
+        return variables, attributes, own, widths
 
     def frames(self, name: str, low: int, high: int) -> Any:
         """A variable's values in the frames from low to before high: an array of one's own."""
+        self._check()
         if self.derived:
             return numpy.array(_array(self._whole()[2][name])[low:high])
         parts = []
@@ -112,8 +120,18 @@ class BlockSource:
         block = _blocks.get((self._key(), number))
         if block is None:
             block = self._index().read(number * self.block, self.block)
+            self._check()
             _blocks.put((self._key(), number), block, _size_of(block))
         return block
+
+
+def _stamp_of(file: bytes) -> tuple[bytes, int, int]:
+    """What tells a file from what it is later; of a pipe, or one that is not there, nothing does."""
+    try:
+        state = os.stat(file)
+    except OSError:
+        return file, -1, 0
+    return (file, state.st_size, state.st_mtime_ns) if stat.S_ISREG(state.st_mode) else (file, 0, 0)
 
 
 def _array(values: Any) -> numpy.ndarray:
