@@ -19,6 +19,10 @@ constexpr double ShrinkSeconds = 10.0;
 constexpr double Margin = 0.04; ///< of the extent, on either side
 constexpr int RoundSteps = 20;  ///< limits stand on steps of about this part of the range
 
+/// Beyond them no hand can zoom: times from the year 1 to 9999, numbers that stay finite.
+constexpr PlotRange AllTimes{-62'135'596'800.0, 253'402'300'799.0}, AllNumbers{-1e100, 1e100},
+    AllDecades{1e-100, 1e100};
+
 void Include(std::optional<PlotRange>& range, double value) {
     if (!range)
         range = PlotRange{value, value};
@@ -196,14 +200,18 @@ bool IsRange(double lower, double upper) {
 }
 
 PlotRange UsableRange(PlotRange range, const PlotAxis& axis) {
+    const bool time = axis.kind == AxisKind::Time;
     if (axis.logarithmic) {
         if (!(range.upper > 0.0))
             range = {0.1, 1.0};
         if (!(range.lower > 0.0))
             range.lower = range.upper * 1e-3;
     }
+    const PlotRange& all = time ? AllTimes : axis.logarithmic ? AllDecades : AllNumbers;
+    range = {std::clamp(range.lower, all.lower, all.upper),
+             std::clamp(range.upper, all.lower, all.upper)};
     if (!IsRange(range.lower, range.upper))
-        range.upper = range.lower + std::max(std::fabs(range.lower), 1.0);
+        range.upper = range.lower + (time ? 1.0 : std::max(std::fabs(range.lower), 1.0));
     return range;
 }
 

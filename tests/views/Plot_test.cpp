@@ -119,6 +119,25 @@ TEST(PlotRange, ZoomsAndPansAlongLogarithmicAxes) {
     EXPECT_EQ(upright, (PlotRange{0.0, 10.0}));
 }
 
+TEST(PlotRange, StaysInsideOfWhatAnAxisCanShowHoweverFarOneZoomsOut) {
+    constexpr double Now = 1763800800.0;
+    PlotAxis time, logarithmic;
+    time.kind = AxisKind::Time;
+    logarithmic.logarithmic = true;
+    PlotRange times{Now - 600.0, Now}, numbers{0.0, 30.0}, decades{1.0, 100.0};
+    for (int i = 0; i < 4000; ++i) {
+        times = ZoomedRange(times, Now - 60.0, 1.25, time);
+        numbers = ZoomedRange(numbers, 10.0, 1.25, {});
+        decades = ZoomedRange(decades, 10.0, 1.25, logarithmic);
+    }
+    EXPECT_LT(times.Size(), 10'000 * 366 * 86400.0);
+    EXPECT_LT(times.lower, Now);
+    EXPECT_GT(times.upper, Now);
+    EXPECT_TRUE(IsRange(numbers.lower, numbers.upper));
+    EXPECT_TRUE(IsRange(decades.lower, decades.upper) && decades.lower > 0.0);
+    EXPECT_EQ(UsableRange({Now, Now}, time).Size(), 1.0);
+}
+
 TEST(PlotRange, HiddenCurvesAndPointsWithoutValueDoNotCount) {
     const PlotPage page = PageOf({{{0, 1}, {1, Gap}, {2, 99, false}, {3, 4}}, {{0, 50}}});
     EXPECT_EQ(ExtentOfAxis(page, 0, {2}), (PlotRange{1.0, 4.0}));

@@ -42,7 +42,7 @@ class CTimeTicker : public QCPAxisTickerDateTime {
                           : *step < Day    ? QStringLiteral("HH:mm")
                                            : QStringLiteral("yyyy-MM-dd");
         mDateStrategy = dsNone;
-        return *step;
+        return std::max(*step, wanted); // beyond the longest step there are as few as ever
     }
 };
 
