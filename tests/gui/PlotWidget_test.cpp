@@ -156,6 +156,24 @@ TEST_F(PlotWidgetTest, DraggingMovesTheWindowAndBoxesZoom) {
     EXPECT_NEAR(Plot.Choice(0).maximum, 8.0, 0.2);
 }
 
+TEST_F(PlotWidgetTest, LimitsStayWithTheirUnitsWhenOtherUnitsGo) {
+    PlotPage page = FlatPage();
+    page.axes.push_back(page.axes[0]);
+    page.axes[0].units = "V";
+    page.axes[1].units = "m";
+    Show(page);
+    Plot.SetChoice(0, {AxisMode::Fixed, 4.0, 6.0, {}});
+    Plot.SetChoice(1, {AxisMode::AsPage, 0.0, 1.0, true});
+    page.axes.erase(page.axes.begin());
+    Show(page);
+    EXPECT_FALSE(Plot.IsZoomed());
+    EXPECT_TRUE(Plot.Page().axes[0].logarithmic);
+    page.axes.insert(page.axes.begin(), FlatPage().axes[0]);
+    page.axes[0].units = "V";
+    Show(page);
+    EXPECT_EQ(Plot.Choice(0).maximum, 6.0) << "it came back";
+}
+
 TEST_F(PlotWidgetTest, ANameSwitchesItsCurve) {
     Show(SampleSpectrum());
     auto* canvas = Plot.findChild<CPlotCanvas*>();

@@ -264,6 +264,15 @@ TEST_F(AViewWindow, AZoomIntoALongSeriesShowsAllItsPointsPausedToo) {
     QTest::keyClick(&plot, Qt::Key_Home);
     EXPECT_EQ(keys(), whole) << "as it was when it was paused";
     EXPECT_LT(pointsOf(part), 50);
+    const std::size_t axes = plot.Page().axes.size();
+    for (const char* item : {"COND", "TEMP(WATER)", "VOLT(SUPPLY)", "PRES"})
+        ASSERT_EQ(window.View().Select(Session.Doc, item), "");
+    Session.Play(20.0);
+    zoom();
+    Settle();
+    EXPECT_EQ(plot.Page().axes.size(), axes);
+    for (const PlotCurve& curve : plot.Page().curves)
+        EXPECT_LT(static_cast<std::size_t>(curve.axis), axes) << "its units are not there";
 }
 
 TEST_F(AViewWindow, OfTheRealityCheckHasSwitchesSelectorAndLimitOfTheOneThatLeads) {

@@ -89,13 +89,20 @@ void CPlotWidget::SetPaused(bool paused) {
 }
 
 void CPlotWidget::ShowDetail(const PlotPage& page) {
-    if (!Paused || !ZoomedKeys())
+    if (!Paused || !ZoomedKeys() || Current.key.kind != AxisKind::Time)
         return;
-    Current.curves = page.curves;
-    for (PlotCurve& curve : Current.curves)
+    // Of the page only points: it may have other curves and axes by now.
+    for (PlotCurve& curve : Current.curves) {
+        const auto more = std::ranges::find_if(page.curves, [&curve](const PlotCurve& one) {
+            return one.id == curve.id && one.units == curve.units;
+        });
+        if (more == page.curves.end())
+            continue;
+        curve.points = more->points;
         std::erase_if(curve.points, [last = AtPause.key.maximum](const PlotPoint& point) {
             return point.x > last;
         });
+    }
     Draw();
 }
 
@@ -115,6 +122,10 @@ PlotAxis CPlotWidget::AxisOf(int axis) const {
                                  : ValueAxis(Current, static_cast<std::size_t>(axis));
 }
 
+CPlotWidget::AxisName CPlotWidget::NameOf(int axis) const {
+    return {axis == KeyAxisNumber, AxisOf(axis).units};
+}
+
 PlotRange CPlotWidget::RangeOf(int axis, double now) {
     const AxisChoice choice = Choice(axis);
     const PlotAxis shown = AxisOf(axis);
@@ -122,7 +133,7 @@ PlotRange CPlotWidget::RangeOf(int axis, double now) {
     if (choice.mode == AxisMode::Fixed)
         range = {choice.minimum, choice.maximum};
     else if (shown.automatic || choice.mode == AxisMode::Automatic)
-        range = Automatic[axis].Follow(
+        range = Automatic[NameOf(axis)].Follow(
             axis == KeyAxisNumber ? ExtentOfKey(Current, Off)
                                   : ExtentOfAxis(Current, static_cast<std::size_t>(axis), Off),
             shown, now);
@@ -136,7 +147,7 @@ PlotRange CPlotWidget::ShownRange(int axis) const {
 void CPlotWidget::Draw() {
     const double now = Seconds();
     const std::size_t axes = ValueAxisCount(Current);
-    for (const auto& [axis, choice] : Chosen) {
+    for (const auto& [axis, choice] : Choices()) {
         if (!choice.logarithmic)
             continue;
         if (axis == KeyAxisNumber)
@@ -173,14 +184,22 @@ void CPlotWidget::Draw() {
 }
 
 AxisChoice CPlotWidget::Choice(int axis) const {
-    const auto choice = Chosen.find(axis);
+    const auto choice = Chosen.find(NameOf(axis));
     return choice == Chosen.end() ? AxisChoice() : choice->second;
+}
+
+std::map<int, AxisChoice> CPlotWidget::Choices() const {
+    std::map<int, AxisChoice> choices;
+    for (int axis = KeyAxisNumber; axis < static_cast<int>(ValueAxisCount(Current)); ++axis)
+        if (const auto choice = Chosen.find(NameOf(axis)); choice != Chosen.end())
+            choices[axis] = choice->second;
+    return choices;
 }
 
 void CPlotWidget::SetChoice(int axis, const AxisChoice& choice) {
     if (Choice(axis).logarithmic != choice.logarithmic)
-        Automatic[axis].Forget();
-    Chosen[axis] = choice;
+        Automatic[NameOf(axis)].Forget();
+    Chosen[NameOf(axis)] = choice;
     Draw();
 }
 
@@ -189,7 +208,7 @@ void CPlotWidget::Fix(int axis, PlotRange range) {
     choice.mode = AxisMode::Fixed;
     choice.minimum = range.lower;
     choice.maximum = range.upper;
-    Chosen[axis] = choice;
+    Chosen[NameOf(axis)] = choice;
 }
 
 void CPlotWidget::ZoomAxis(int axis, double at, double factor) {
@@ -269,8 +288,8 @@ void CPlotWidget::ResetView() {
 
 void CPlotWidget::SetAutomatic() {
     for (int axis = 0; axis < static_cast<int>(View->values.size()); ++axis) {
-        Chosen[axis].mode = AxisMode::Automatic;
-        Automatic[axis].Forget();
+        Chosen[NameOf(axis)].mode = AxisMode::Automatic;
+        Automatic[NameOf(axis)].Forget();
     }
     Draw();
     emit ViewChanged();
@@ -285,8 +304,8 @@ void CPlotWidget::ToggleLog(int axis) {
 }
 
 bool CPlotWidget::IsZoomed() const {
-    return std::any_of(Chosen.begin(), Chosen.end(),
-                       [](const auto& entry) { return entry.second.mode == AxisMode::Fixed; });
+    return std::ranges::any_of(
+        Choices(), [](const auto& entry) { return entry.second.mode == AxisMode::Fixed; });
 }
 
 void CPlotWidget::SetHidden(HiddenCurves hidden) {

@@ -17,6 +17,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 class QToolButton;
@@ -46,8 +47,8 @@ class CPlotWidget : public QWidget {
     const PlotPage& Page() const { return Current; }
 
     void SetPaused(bool paused);
-    /// While paused and zoomed along the key: the page with more points of that part. What came
-    /// after the pause is left out.
+    /// While paused and zoomed in time: the page with more points of that part. What came after
+    /// the pause, values or curves, is left out.
     void ShowDetail(const PlotPage& page);
     /// The range along the key that was set by hand.
     std::optional<PlotRange> ZoomedKeys() const;
@@ -69,8 +70,8 @@ class CPlotWidget : public QWidget {
     bool IsZoomed() const;
 
     AxisChoice Choice(int axis) const;
-    /// By number of the axis.
-    const std::map<int, AxisChoice>& Choices() const { return Chosen; }
+    /// Those of the axes shown, by number.
+    std::map<int, AxisChoice> Choices() const;
     void SetChoice(int axis, const AxisChoice& choice);
     /// A form for an axis's limits.
     void AskRange(int axis);
@@ -118,6 +119,10 @@ class CPlotWidget : public QWidget {
     void paintEvent(QPaintEvent* event) override;
 
   private:
+    /// An axis has another number when one before it comes or goes: its limits go by whether it is
+    /// the key axis, and by its units.
+    using AxisName = std::pair<bool, std::string>;
+
     void Draw();
     void TakeTheme();
     PlotRange RangeOf(int axis, double now);
@@ -125,6 +130,7 @@ class CPlotWidget : public QWidget {
     void Fix(int axis, PlotRange range);
     void ZoomAxis(int axis, double at, double factor);
     PlotAxis AxisOf(int axis) const;
+    AxisName NameOf(int axis) const;
     double Seconds() const;
     void UpdateReadout();
     void PlaceResetButton();
@@ -138,8 +144,8 @@ class CPlotWidget : public QWidget {
     PlotPage Current, Coming, AtPause;
     QSize EqualFor; ///< the room for which both scales are equal
     bool Paused = false, Dirty = false;
-    std::map<int, AxisChoice> Chosen;
-    std::map<int, CAutoRange> Automatic;
+    std::map<AxisName, AxisChoice> Chosen;
+    std::map<AxisName, CAutoRange> Automatic;
     HiddenCurves Off;
     CursorMode Mode = CursorMode::Off;
     QElapsedTimer Clock, PausedSince, Described;
