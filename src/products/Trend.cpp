@@ -40,7 +40,13 @@ void CWindRose::Add(double time, const Wind& wind) {
     Winds.push_back(
         {time, blows ? static_cast<int>(std::lround(*wind.from / Width)) % static_cast<int>(Sectors)
                      : -1});
-    while (time - Winds.front().time > TenMinutes || Winds.size() > MostWinds)
+    if (Winds.size() > MostWinds)
+        Winds.pop_front();
+    Forget(time);
+}
+
+void CWindRose::Forget(double now) {
+    while (!Winds.empty() && now - Winds.front().time > TenMinutes)
         Winds.pop_front();
 }
 

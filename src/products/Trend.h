@@ -41,6 +41,8 @@ class CWindRose {
     static constexpr std::size_t Sectors = 16; ///< the first one about north
 
     void Add(double time, const Wind& wind);
+    /// Ten minutes end with the station's latest frame, also when there was no such wind in it.
+    void Forget(double now);
     /// The part of the winds that came from each sector; calms count in the whole alone.
     std::array<double, Sectors> Shares() const;
     std::size_t Count() const { return Winds.size(); }

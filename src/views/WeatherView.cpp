@@ -23,16 +23,21 @@ bool IsStation(const CQorViewIns& instrument) {
     return IsWeatherStation(instrument.Definition());
 }
 
-/// What the station says now, with the true wind made where it does not give it and the ship's way
-/// is known and fresh.
+bool IsFresh(const CQorViewIns& part, std::int64_t now) {
+    return part.Live.CurrentFrame() && !part.Live.Stale(now);
+}
+
+/// What the fresh parts of the station say, with the true wind made where they do not give it and
+/// the ship's way is known and fresh.
 WeatherReading ReadStation(const CQorViewDoc& doc, const std::vector<const CQorViewIns*>& station)
     REQUIRES(doc.DocLock) {
+    const std::int64_t now = doc.Clock.MonotonicMilliseconds();
     WeatherReading reading;
     for (const CQorViewIns* part : station)
-        reading.FillFrom(ReadWeather(part->Live));
+        if (IsFresh(*part, now))
+            reading.FillFrom(ReadWeather(part->Live));
     if (reading.trueWind || !reading.relative || !reading.relative->from)
         return reading;
-    const std::int64_t now = doc.Clock.MonotonicMilliseconds();
     std::vector<const CQorViewIns*> fresh = SentencesOfReceiver(doc, {});
     std::erase_if(fresh, [now](const CQorViewIns* sentence) { return sentence->Live.Stale(now); });
     const GpsSentence way = ReadReceiver(fresh, now);
@@ -46,6 +51,19 @@ WeatherReading ReadStation(const CQorViewDoc& doc, const std::vector<const CQorV
         reading.trueWind = TrueWind(reading.relative->speed, *reading.relative->from,
                                     {*way.speed, way.course.value_or(0.0), *bow});
     return reading;
+}
+
+/// How long ago, in milliseconds, one of them last said something that none says freshly.
+template <typename Value>
+std::int64_t AgeOf(const std::vector<const CQorViewIns*>& station,
+                   std::optional<Value> WeatherReading::*said, std::int64_t now) {
+    std::int64_t age = -1;
+    for (const CQorViewIns* part : station)
+        if ((ReadWeather(part->Live).*said).has_value()) {
+            const std::int64_t its = now - part->Live.ArrivalMonotonic;
+            age = age < 0 ? its : std::min(age, its);
+        }
+    return age;
 }
 
 std::string SignedNumber(double value, int decimals) {
@@ -149,6 +167,8 @@ void CWeatherView::Take(const CQorViewIns& instrument) {
     if (std::ranges::find(Station, instrument.Id) == Station.end())
         return;
     const double time = FrameSeconds(instrument.Live);
+    TrueRose.Forget(time);
+    RelativeRose.Forget(time);
     const WeatherReading said = ReadWeather(instrument.Live);
     const std::optional<double> values[TrendCount] = {said.airTemperature, said.humidity,
                                                       said.pressure};
@@ -188,14 +208,21 @@ bool CWeatherView::Refresh(CQorViewDoc&) {
                                                                   "session.",
                                     "Add instrument")
                         : HeadOf(first, Name, true, now);
+    for (const CQorViewIns* part : station)
+        if (part->Live.CurrentFrame()) { // one that never came is no part of the station
+            const PageHead its = HeadOf(part, Name, true, now);
+            head = head.state == PageState::Waiting || WorseSign(head.sign, its.sign) != head.sign
+                       ? its
+                       : head;
+        }
     const PageHead headBefore = Grid.head;
     const std::vector<GridRow> rowsBefore = Grid.rows;
-    const WeatherReading reading = ReadStation(Doc, station);
-    FillGrid(reading, first && first->Live.Stale(now),
-             first ? now - first->Live.ArrivalMonotonic : -1);
-    FillRose(reading.trueWind ? reading.trueWind : reading.relative, TrueRose.Count() > 0);
+    const WeatherReading fresh = ReadStation(Doc, station);
+    const bool isTrue = TrueRose.Count() > 0;
+    FillRose(isTrue ? fresh.trueWind : fresh.relative, isTrue);
+    FillGrid(fresh, station, now);
     if (head.state == PageState::Live && !Grid.rows.empty()) {
-        const std::size_t wind = reading.trueWind || !reading.relative ? 0 : 2;
+        const std::size_t wind = Grid.rows[0].number || !Grid.rows[2].number ? 0 : 2;
         head.leading = Grid.rows[wind].value.text + " " + Grid.rows[wind].units + " " +
                        Grid.rows[wind + 1].value.text + " " + Grid.rows[wind + 1].units +
                        (wind == 0 ? "" : " relative");
@@ -205,25 +232,27 @@ bool CWeatherView::Refresh(CQorViewDoc&) {
 }
 
 void CWeatherView::AddRow(const std::string& label, const char* units, std::optional<double> number,
-                          int decimals) {
+                          int decimals, std::int64_t oldFor) {
     GridRow row{label, units, {number ? FixedNumber(*number, decimals) : "--"}};
     row.number = number;
     row.id = Grid.rows.size() + 1;
+    MarkRow(row, Sign::None, oldFor, oldFor >= 0 && number);
     Grid.rows.push_back(std::move(row));
 }
 
-void CWeatherView::AddWind(const char* label, const std::optional<Wind>& wind) {
+void CWeatherView::AddWind(const char* label, const std::optional<Wind>& wind,
+                           std::int64_t oldFor) {
     const bool knots = Settings.Knots != 0;
     std::optional<double> speed = wind ? std::optional(wind->speed) : std::nullopt;
     if (speed && knots)
         *speed /= MetresPerSecondInAKnot;
-    AddRow(std::string(label) + " wind", knots ? "kn" : "m/s", speed, 1);
-    AddRow(std::string(label) + " wind from", "deg", wind ? wind->from : std::nullopt, 0);
+    AddRow(std::string(label) + " wind", knots ? "kn" : "m/s", speed, 1, oldFor);
+    AddRow(std::string(label) + " wind from", "deg", wind ? wind->from : std::nullopt, 0, oldFor);
 }
 
 void CWeatherView::AddTrended(const char* label, const char* units, std::optional<double> value,
-                              Trended which) {
-    AddRow(label, units, value, 1);
+                              Trended which, std::int64_t oldFor) {
+    AddRow(label, units, value, 1, oldFor);
     const auto change = Trends[which].SinceThreeHours();
     if (Settings.Trends == 0)
         return;
@@ -233,20 +262,27 @@ void CWeatherView::AddTrended(const char* label, const char* units, std::optiona
         {change ? SignedNumber(change->difference, 1) + " in " + SpanOf(change->seconds) : "--"}};
     row.number = change ? std::optional(change->difference) : std::nullopt;
     row.id = Grid.rows.size() + 1;
+    MarkRow(row, Sign::None, oldFor, oldFor >= 0 && change);
     Grid.rows.push_back(std::move(row));
 }
 
-void CWeatherView::FillGrid(const WeatherReading& reading, bool stale, std::int64_t age) {
+void CWeatherView::FillGrid(const WeatherReading& fresh,
+                            const std::vector<const CQorViewIns*>& station, std::int64_t now) {
+    WeatherReading said = fresh;
+    for (const CQorViewIns* part : station) // what is old counts where nothing newer is said
+        said.FillFrom(ReadWeather(part->Live));
+    const auto oldFor = [&](auto WeatherReading::*value) {
+        return fresh.*value ? -1 : AgeOf(station, value, now);
+    };
     Grid.title = "Weather";
     Grid.ownColours = false;
     Grid.rows.clear();
-    AddWind("True", reading.trueWind);
-    AddWind("Relative", reading.relative);
-    AddTrended("Air temperature", "deg C", reading.airTemperature, Temperature);
-    AddTrended("Humidity", "%", reading.humidity, Humidity);
-    AddTrended("Pressure", "hPa", reading.pressure, Pressure);
-    for (GridRow& row : Grid.rows)
-        MarkRow(row, Sign::None, age, stale && row.number.has_value());
+    AddWind("True", said.trueWind, oldFor(&WeatherReading::trueWind));
+    AddWind("Relative", said.relative, oldFor(&WeatherReading::relative));
+    AddTrended("Air temperature", "deg C", said.airTemperature, Temperature,
+               oldFor(&WeatherReading::airTemperature));
+    AddTrended("Humidity", "%", said.humidity, Humidity, oldFor(&WeatherReading::humidity));
+    AddTrended("Pressure", "hPa", said.pressure, Pressure, oldFor(&WeatherReading::pressure));
 }
 
 /// The share of each sector as a petal, and now as a line out of the middle, in a ring of so many

@@ -46,12 +46,14 @@ class CWeatherView : public CView {
 
     std::vector<const CQorViewIns*> Find() const REQUIRES(Doc.DocLock);
     void Take(const CQorViewIns& instrument) REQUIRES(Doc.DocLock);
-    void FillGrid(const WeatherReading& now, bool stale, std::int64_t age) REQUIRES(Doc.DocLock);
-    void AddWind(const char* label, const std::optional<Wind>& wind);
+    void FillGrid(const WeatherReading& fresh, const std::vector<const CQorViewIns*>& station,
+                  std::int64_t now) REQUIRES(Doc.DocLock);
+    /// Rows. `oldFor`: milliseconds, -1 when the value is fresh.
+    void AddWind(const char* label, const std::optional<Wind>& wind, std::int64_t oldFor);
     void AddTrended(const char* label, const char* units, std::optional<double> value,
-                    Trended which) REQUIRES(Doc.DocLock);
+                    Trended which, std::int64_t oldFor) REQUIRES(Doc.DocLock);
     void AddRow(const std::string& label, const char* units, std::optional<double> number,
-                int decimals);
+                int decimals, std::int64_t oldFor);
     void FillRose(const std::optional<Wind>& now, bool isTrue) REQUIRES(Doc.DocLock);
     void Toggle(int CWeatherViewSettings::*setting);
 

@@ -123,6 +123,42 @@ TEST_F(AStation, MakesTheTrueWindOfTheRelativeOneAndTheShipsWay) {
     view.Refresh(Doc);
     EXPECT_EQ(view.Pages().grid->rows[0].value.text, "--")
         << "the ship's way is not known any more";
+    EXPECT_EQ(view.Pages().plots[0]->title, "Wind of 10 min");
+    EXPECT_TRUE(Curve(view, 1).points.empty()) << "the relative wind has no place between N and E";
+    Clock.Advance(600'000);
+    Offer(station, {"$WIMWV,0.0,R,10.0,N,50.0,81.0,101.02*11\r\n"});
+    view.Refresh(Doc);
+    EXPECT_EQ(view.Pages().plots[0]->title, "Relative wind of 10 min");
+    EXPECT_NEAR(Curve(view, 1).points.at(1).y, 100.0, 1e-9);
+}
+
+TEST_F(AStation, OfSeveralSentencesMarksWhatIsOldAndMakesNoWindOfIt) {
+    CWeatherView view(Doc);
+    const CQorViewIns& wind = AddSentence(
+        SentenceDefinition("$WIMWV", {"WINDANGLE NONE 'deg' AF POLYU", "WINDREF NONE '' AS NONE",
+                                      "WINDSPEED NONE '' AF POLYU", "WINDUNITS NONE '' AS NONE"}));
+    const CQorViewIns& air = AddSentence(SentenceDefinition(
+        "$WIXDR", {"HUMIDITY NONE '%' AF POLYU", "BAROMETER NONE 'kPa' AF POLYU"}));
+    const CQorViewIns& gps = AddSentence(RmcDefinition("$GPRMC"));
+    EXPECT_EQ(view.Select(Doc, "Trends"), "");
+    view.Refresh(Doc);
+    Offer(wind, {"$WIMWV,0.0,R,10.0,M*11\r\n"});
+    Offer(air, {"$WIXDR,81.0,101.32*11\r\n"});
+    const std::string sail = "$GPRMC,120000,A,5400.0,N,00800.0,E,4.0,90.0,,,*00\r\n";
+    const char* const oldWind = "Relative wind 10.0 m/s (old)|Relative wind from 0 deg (old)|";
+    Clock.Advance(10'000);
+    Offer(gps, {sail});
+    Offer(air, {"$WIXDR,82.0,101.32*11\r\n"});
+    view.Refresh(Doc);
+    EXPECT_EQ(Rows(view), std::string(oldWind) + "Humidity 82.0 %|Pressure 1013.2 hPa|");
+    EXPECT_EQ(view.Pages().grid->head.sign, Sign::Stale);
+    EXPECT_EQ(view.Pages().grid->rows[2].age, "10 s");
+    Clock.Advance(10'000);
+    Offer(gps, {sail});
+    Offer(wind, {"$WIMWV,0.0,R,10.0,M*11\r\n"});
+    view.Refresh(Doc);
+    EXPECT_EQ(Rows(view), "True wind 7.9 m/s|True wind from 90 deg|Relative wind 10.0 m/s|Relative "
+                          "wind from 0 deg|Humidity 82.0 % (old)|Pressure 1013.2 hPa (old)|");
 }
 
 } // namespace
