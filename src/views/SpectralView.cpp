@@ -81,8 +81,15 @@ PageHead CSpectralView::Head() const {
             (head.state != PageState::Live || WorseSign(one.sign, head.sign) == one.sign))
             head = one;
     }
-    if (head.state == PageState::Live)
-        Lead(head);
+    if (head.state != PageState::Live)
+        return head;
+    // What is made with an old dark or reference is no newer than it.
+    for (const auto& [used, name] : {std::pair{Settings.SubtractDark, &Settings.Dark},
+                                     std::pair{Settings.Ratio, &Settings.Reference}})
+        if (const CQorViewIns* overlay =
+                used != 0 && !name->empty() ? FindShown(Doc, *name) : nullptr)
+            head.sign = WorseSign(head.sign, HeadOf(overlay, *name, true, now).sign);
+    Lead(head);
     return head;
 }
 

@@ -118,6 +118,18 @@ TEST_F(ASpectralView, DrawsWhatIsChosenAsItIsChosen) {
     EXPECT_EQ(Curves(), "LU [r] 443=20 500=3|") << "it is held";
     View.Hold(false);
     EXPECT_EQ(Curves(), "LU [r] 443=10 500=1|");
+
+    for (const char* item : {"ED", "Reference of SUN", "Ratio to Reference"})
+        EXPECT_EQ(View.Select(Doc, item), "");
+    View.Refresh(Doc);
+    Send(above, {80});
+    Clock.Advance(10'000);
+    Send(radiometer, {10, 100, 50});
+    EXPECT_EQ(Curves(), "ED [] 412=0.625|");
+    EXPECT_EQ(Plot().head.sign, Sign::Stale) << "its reference is lost";
+    View.Settings.Ratio = 0;
+    View.Refresh(Doc);
+    EXPECT_EQ(Plot().head.sign, Sign::Ok);
 }
 
 TEST_F(ASpectralView, AxesFollowUnitsAndMenusTellWhy) {
