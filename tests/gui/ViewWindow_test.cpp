@@ -197,7 +197,11 @@ TEST_F(AViewWindow, TellsAnAlarmAndItsEndWhileNobodySeesIt) {
     EXPECT_NE(play(), "");
     EXPECT_EQ(told.size(), 1);
     EXPECT_GE(sounds.size(), 1);
-    view.Settings.DepthWarnings.AlarmMin = 900;
+    view.Settings.TempWarnings = {0, 0, -10, 1000, 0, 1};
+    play();
+    ASSERT_EQ(told.size(), 2) << "another one while the first goes on";
+    EXPECT_NE(told[0][1], told[1][1]);
+    view.Settings.DepthWarnings.AlarmMin = view.Settings.TempWarnings.AlarmMin = 900;
     EXPECT_EQ(play(), "");
     package.raise();
     Settle();

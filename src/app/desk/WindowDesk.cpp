@@ -2,6 +2,7 @@
 #include "app/desk/WindowDesk.h"
 
 #include "app/ShownText.h"
+#include "views/NumberText.h"
 #include "views/RealityCheck.h"
 
 #include <QPointer>
@@ -58,16 +59,18 @@ void CWindowDesk::AddDocks() {
 
 void CWindowDesk::Watch(CViewWindow& window) {
     connect(&window, &CViewWindow::AlarmSounds, this, &CWindowDesk::AlarmSounds);
-    connect(&window, &CViewWindow::AlarmBegan, this, [this, &window](const QString& text) {
-        const QPointer<CViewWindow> shown = &window;
-        Parts.Say(Sign::Alarm, "alarm " + window.objectName().toStdString(), text,
-                  {{tr("Show").toStdString(),
-                    [this, shown] {
-                        if (shown)
-                            Parts.Window.Area().Show(shown);
-                    }},
-                   {tr("Silence 2 min").toStdString(), [this] { emit SilenceAsked(); }}});
-    });
+    connect(&window, &CViewWindow::AlarmBegan, this,
+            [this, &window](const QString& text, quint64 row) {
+                const QPointer<CViewWindow> shown = &window;
+                Parts.Say(Sign::Alarm,
+                          "alarm " + window.objectName().toStdString() + " " + CountText(row), text,
+                          {{tr("Show").toStdString(),
+                            [this, shown] {
+                                if (shown)
+                                    Parts.Window.Area().Show(shown);
+                            }},
+                           {tr("Silence 2 min").toStdString(), [this] { emit SilenceAsked(); }}});
+            });
     connect(&window, &CViewWindow::RemedyAsked, this, &CWindowDesk::RemedyAsked);
     connect(&window, &CViewWindow::Told, this,
             [this](const QString& text) { Parts.Window.Boxes().Tell(text.trimmed()); });

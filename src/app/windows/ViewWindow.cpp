@@ -139,6 +139,7 @@ std::vector<CPlotWidget*> CViewWindow::ShownPlots() const {
 void CViewWindow::ShowInstrument(const std::string& name) {
     Name = name;
     Opened = false;
+    InAlarm.clear();
     Waiting.clear();
     Shown->Show(name);
 }
@@ -147,7 +148,7 @@ void CViewWindow::Tick(unsigned tick) {
     const bool due = tick % (Grid ? GridTicks : PlotTicks) == 0;
     if (IsSeen() && due)
         Refresh();
-    else if (due && (InAlarm || Shown->Watches()))
+    else if (due && (!InAlarm.empty() || Shown->Watches()))
         RefreshUnseen();
     else if (!IsSeen() && tick % HiddenTicks == 0)
         Behind = Shown->Refresh(Doc) || Behind;
@@ -216,20 +217,20 @@ void CViewWindow::TellPages(const ViewPages& pages) {
     TellAlarm(pages.grid);
 }
 
-/// Once when the first of the rows comes into its range, and again after all were out of theirs.
+/// Each row once when it comes into its range, and again after it was out of it.
 void CViewWindow::TellAlarm(const GridPage* grid) {
-    std::size_t row = 0;
-    while (grid && row < grid->rows.size() && grid->rows[row].sign != Sign::Alarm)
-        ++row;
-    const bool alarm = grid && row < grid->rows.size();
-    if (alarm == std::exchange(InAlarm, alarm) || !alarm)
-        return;
-    if (const WarningRanges* ranges = Shown->RangesOfRow(row))
-        emit AlarmBegan(qor::Shown(AlarmText(grid->rows[row], *ranges)));
+    const std::set<std::uint64_t> before = std::exchange(InAlarm, {});
+    for (std::size_t i = 0; grid && i < grid->rows.size(); ++i) {
+        const GridRow& row = grid->rows[i];
+        if (row.sign != Sign::Alarm || !InAlarm.insert(row.id).second || before.contains(row.id))
+            continue;
+        if (const WarningRanges* ranges = Shown->RangesOfRow(i))
+            emit AlarmBegan(qor::Shown(AlarmText(row, *ranges)), row.id);
+    }
 }
 
 std::string CViewWindow::Alarmed() const {
-    return InAlarm ? Utf8Of(Shown->Watched()) : std::string();
+    return InAlarm.empty() ? std::string() : Utf8Of(Shown->Watched());
 }
 
 KeptWindow CViewWindow::Kept() const {

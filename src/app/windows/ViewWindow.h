@@ -8,7 +8,9 @@
 #include "views/KeptWindows.h"
 #include "views/Windows.h"
 
+#include <cstdint>
 #include <memory>
+#include <set>
 #include <vector>
 
 class QLabel;
@@ -56,8 +58,8 @@ class CViewWindow : public CDisplayWindow {
 
   signals:
     void AlarmSounds();
-    /// A watched row came into its alarm range.
-    void AlarmBegan(QString text);
+    /// A watched row, by its id, came into its alarm range.
+    void AlarmBegan(QString text, quint64 row);
     /// The operator wants to edit the ranges of a row.
     void RangesAsked(int row);
     /// The button beside the sentence of a window that has nothing to show, by its source text
@@ -104,10 +106,10 @@ class CViewWindow : public CDisplayWindow {
     CPageGrid* Grid = nullptr;
     CRealityCheckBar* CheckBar = nullptr;
     std::vector<ShownPlot> Plots;
-    std::vector<KeptPlot> Waiting; ///< by page; until its curves are there
-    bool InAlarm = false;
-    bool Behind = false; ///< the view was refreshed and not drawn
-    bool Opened = false; ///< was refreshed once, so what it had to say was said
+    std::vector<KeptPlot> Waiting;   ///< by page; until its curves are there
+    std::set<std::uint64_t> InAlarm; ///< ids of rows
+    bool Behind = false;             ///< the view was refreshed and not drawn
+    bool Opened = false;             ///< was refreshed once, so what it had to say was said
 };
 
 } // namespace qor
