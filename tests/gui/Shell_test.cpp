@@ -97,11 +97,18 @@ TEST(MessageHistory, TheWorstUnseenIsShownAndTheNewestOfSeveral) {
     EXPECT_EQ(history.Entries().size(), 5U);
 }
 
-TEST(MessageHistory, IsBounded) {
+TEST(MessageHistory, IsBoundedAndLetsGoWhatWasSeenThenWhatIsLeastGrave) {
     CMessageHistory history;
+    history.Post(Message("", Sign::Error, "fault"));
     for (std::size_t i = 0; i < 3 * CMessageHistory::Most; ++i)
-        history.Post(Message("", Sign::None, "x"));
+        history.Post(Message("cable", Sign::Warning, "flaps"));
+    history.Post(Message("", Sign::Ok, "word"));
+    for (std::size_t i = 0; i < 3 * CMessageHistory::Most; ++i)
+        history.Post(Message("", Sign::Warning, "unseen"));
     EXPECT_EQ(history.Entries().size(), CMessageHistory::Most);
+    EXPECT_EQ(history.Entries()[0].message.text, "fault");
+    EXPECT_EQ(history.Entries()[1].message.text, "unseen");
+    EXPECT_EQ(history.UnseenCount(), CMessageHistory::Most);
 }
 
 TEST(MessageStrip, IsGoneWhenNothingIsUnseenAndTakesNoFocus) {

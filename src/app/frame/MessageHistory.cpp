@@ -32,9 +32,16 @@ int Gravity(Sign sign) {
 void CMessageHistory::Post(StripMessage message) {
     if (!message.topic.empty())
         Close(message.topic);
+    if (Kept.size() == Most)
+        Kept.erase(LeastMissed());
     Kept.push_back({std::move(message), false});
-    if (Kept.size() > Most)
-        Kept.pop_front();
+}
+
+std::deque<CMessageHistory::Entry>::iterator CMessageHistory::LeastMissed() {
+    const auto seen = std::ranges::find(Kept, true, &Entry::seen);
+    return seen != Kept.end() ? seen : std::ranges::min_element(Kept, {}, [](const Entry& entry) {
+        return Gravity(entry.message.sign);
+    });
 }
 
 void CMessageHistory::Close(const std::string& topic) {

@@ -51,6 +51,8 @@ class CMessageHistory {
 
   private:
     Entry* Worst();
+    /// What makes room when it is full: the oldest that was seen, else of the least grave.
+    std::deque<Entry>::iterator LeastMissed();
 
     std::deque<Entry> Kept;
 };
