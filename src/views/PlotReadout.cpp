@@ -67,6 +67,32 @@ std::string CsvField(const std::string& text) {
     return quoted + "\"";
 }
 
+/// When the day of a place begins, in the axis's zone.
+double DayOf(const PlotAxis& axis, double place) {
+    return std::floor((place + axis.zoneMinutes * 60.0) / SecondsADay) * SecondsADay;
+}
+
+/// Of "hh:mm" or "hh:mm:ss".
+std::optional<double> SecondsOfDay(std::string_view text) {
+    std::array<double, 3> parts{};
+    constexpr std::array<double, 3> Limits{24.0, 60.0, 60.0};
+    std::size_t count = 0;
+    for (bool more = true; more; ++count) {
+        if (count == parts.size())
+            return std::nullopt;
+        const std::size_t colon = text.find(':');
+        const std::optional<double> part = WholeNumber(text.substr(0, colon));
+        if (!part || *part < 0.0 || *part >= Limits[count])
+            return std::nullopt;
+        parts[count] = *part;
+        more = colon != std::string_view::npos;
+        text.remove_prefix(more ? colon + 1 : text.size());
+    }
+    if (count < 2)
+        return std::nullopt;
+    return parts[0] * 3600.0 + parts[1] * 60.0 + parts[2];
+}
+
 } // namespace
 
 std::string PlaceText(const PlotAxis& axis, double place) {
@@ -164,30 +190,25 @@ std::optional<double> ParseLimit(const PlotAxis& axis, std::string_view text, do
             number && std::isfinite(*number) && (!axis.logarithmic || *number > 0.0);
         return usable ? number : std::nullopt;
     }
-    std::array<double, 3> parts{};
-    constexpr std::array<double, 3> Limits{24.0, 60.0, 60.0};
-    std::size_t count = 0;
-    for (bool more = true; more; ++count) {
-        if (count == parts.size())
+    double day = DayOf(axis, near);
+    if (const std::size_t blank = text.find(' '); blank != std::string_view::npos) {
+        const auto date = SecondsFromText(std::string(text.substr(0, blank)) + "T00:00:00");
+        if (!date)
             return std::nullopt;
-        const std::size_t colon = text.find(':');
-        const std::optional<double> part = WholeNumber(text.substr(0, colon));
-        if (!part || *part < 0.0 || *part >= Limits[count])
-            return std::nullopt;
-        parts[count] = *part;
-        more = colon != std::string_view::npos;
-        text.remove_prefix(more ? colon + 1 : text.size());
+        day = static_cast<double>(*date);
+        text = Trim(text.substr(blank));
     }
-    if (count < 2)
-        return std::nullopt;
-    const double zone = axis.zoneMinutes * 60.0;
-    const double day = std::floor((near + zone) / SecondsADay) * SecondsADay;
-    return day + parts[0] * 3600.0 + parts[1] * 60.0 + parts[2] - zone;
+    const std::optional<double> seconds = SecondsOfDay(text);
+    return seconds ? std::optional(day + *seconds - axis.zoneMinutes * 60.0) : std::nullopt;
 }
 
-std::string LimitText(const PlotAxis& axis, double limit) {
-    return axis.kind == AxisKind::Time ? ClockText(limit + axis.zoneMinutes * 60.0, false, 0)
-                                       : Format("%.6g", limit);
+std::string LimitText(const PlotAxis& axis, double limit, PlotRange range) {
+    if (axis.kind != AxisKind::Time)
+        return Format("%.6g", limit);
+    const bool dated = DayOf(axis, range.lower) != DayOf(axis, range.upper);
+    std::string text = ClockText(limit + axis.zoneMinutes * 60.0, dated, 0);
+    std::ranges::replace(text, 'T', ' ');
+    return text;
 }
 
 } // namespace qor

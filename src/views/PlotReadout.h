@@ -41,9 +41,10 @@ std::string VisibleCsv(const PlotPage& page, PlotRange key, const HiddenCurves& 
 std::string DescribePlot(const PlotPage& page, const HiddenCurves& hidden);
 
 /// A limit that the operator typed, or empty when it is none: a number, or on a time axis
-/// "hh:mm:ss" of the day of `near`.
+/// "YYYY-MM-DD hh:mm:ss" or "hh:mm:ss" of the day of `near`.
 std::optional<double> ParseLimit(const PlotAxis& axis, std::string_view text, double near);
-/// The same limit as text that ParseLimit reads.
-std::string LimitText(const PlotAxis& axis, double limit);
+/// A limit of a range as text that ParseLimit reads: times with their date when the range is not
+/// within one day.
+std::string LimitText(const PlotAxis& axis, double limit, PlotRange range);
 
 } // namespace qor

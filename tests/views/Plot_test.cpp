@@ -198,10 +198,16 @@ TEST(Limits, AreReadAsTheyAreWritten) {
     time.kind = AxisKind::Time;
     time.zoneMinutes = 120;
     constexpr double Noon = 1763812800.0; // 2025-11-22 12:00:00 UTC
-    EXPECT_EQ(LimitText(time, Noon), "14:00:00");
+    EXPECT_EQ(LimitText(time, Noon, {Noon, Noon + 3600.0}), "14:00:00");
+    const PlotRange night{Noon + 9.5 * 3600.0, Noon + 10.5 * 3600.0};
+    EXPECT_EQ(LimitText(time, night.lower, night), "2025-11-22 23:30:00");
+    EXPECT_EQ(LimitText(time, night.upper, night), "2025-11-23 00:30:00");
+    for (const double limit : {night.lower, night.upper})
+        EXPECT_EQ(ParseLimit(time, LimitText(time, limit, night), Noon), limit);
     EXPECT_EQ(ParseLimit(time, "14:00:00", Noon - 3600.0), Noon);
     EXPECT_EQ(ParseLimit(time, "14:00", Noon), Noon);
-    for (const char* bad : {"14", "25:00", "1:60", "1:2:3:4", "a:b", "1:", ":"})
+    for (const char* bad :
+         {"14", "25:00", "1:60", "1:2:3:4", "a:b", "1:", ":", "2025-02-29 1:00", "x 1:00"})
         EXPECT_EQ(ParseLimit(time, bad, Noon), std::nullopt) << bad;
 }
 

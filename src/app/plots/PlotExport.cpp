@@ -180,16 +180,18 @@ void CPlotWidget::AskRange(int number) {
     const PlotRange range = ShownRange(number);
     auto* form = new CForm(Theme, tr("Limits of %1").arg(ShownInLanguage(AxisTitle(axis))), this);
     auto fields = std::make_shared<std::pair<QLineEdit*, QLineEdit*>>();
-    const auto limit = [axis, range](const QLineEdit* field) {
-        return field ? ParseLimit(axis, field->text().toStdString(), range.lower) : std::nullopt;
+    const auto limit = [axis, range, fields](const QLineEdit* field) {
+        const double before = field == fields->first ? range.lower : range.upper;
+        return field ? ParseLimit(axis, field->text().toStdString(), before) : std::nullopt;
     };
-    const auto none = axis.kind == AxisKind::Time ? tr("Give a time as hh:mm:ss.")
+    const auto none = axis.kind == AxisKind::Time ? tr("Give a time as hh:mm:ss, of another day "
+                                                       "as YYYY-MM-DD hh:mm:ss.")
                       : axis.logarithmic          ? tr("Give a number above 0.")
                                                   : tr("Give a number.");
-    fields->first = form->AddText(tr("From"), Shown(LimitText(axis, range.lower)), [=] {
+    fields->first = form->AddText(tr("From"), Shown(LimitText(axis, range.lower, range)), [=] {
         return limit(fields->first) ? std::string() : none.toStdString();
     });
-    fields->second = form->AddText(tr("To"), Shown(LimitText(axis, range.upper)), [=] {
+    fields->second = form->AddText(tr("To"), Shown(LimitText(axis, range.upper, range)), [=] {
         const auto lower = limit(fields->first), upper = limit(fields->second);
         if (!upper)
             return none.toStdString();

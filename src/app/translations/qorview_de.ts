@@ -1479,8 +1479,8 @@
         <translation>Grenzen von %1</translation>
     </message>
     <message>
-        <source>Give a time as hh:mm:ss.</source>
-        <translation>Eine Zeit als hh:mm:ss angeben.</translation>
+        <source>Give a time as hh:mm:ss, of another day as YYYY-MM-DD hh:mm:ss.</source>
+        <translation>Eine Zeit als hh:mm:ss angeben, eines anderen Tages als JJJJ-MM-TT hh:mm:ss.</translation>
     </message>
     <message>
         <source>Give a number above 0.</source>
