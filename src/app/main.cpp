@@ -48,7 +48,10 @@ void Tell(qor::StandardStream stream, const std::string& text, int argc, char** 
         return;
     }
     const QApplication application(argc, argv);
-    QMessageBox::information(nullptr, QStringLiteral("QorView"), QString::fromStdString(text));
+    QMessageBox box(QMessageBox::Information, QStringLiteral("QorView"),
+                    QString::fromStdString(text));
+    box.setTextFormat(Qt::PlainText);
+    box.exec();
 }
 
 } // namespace

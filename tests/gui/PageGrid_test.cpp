@@ -4,9 +4,12 @@
 #include "gui/Desk.h"
 #include "gui/SamplePages.h"
 
+#include <QApplication>
+#include <QLabel>
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
+#include <QToolTip>
 
 #include <gtest/gtest.h>
 
@@ -31,6 +34,22 @@ TEST(PageModel, AnnouncesTheRowsThatDifferAndNoOthers) {
     EXPECT_TRUE(model.SetPage(page));
     EXPECT_EQ(reset.count(), 1);
     EXPECT_EQ(model.rowCount(), 5);
+}
+
+TEST(PageModel, WordsOfAnInstrumentAreNoMarkupInATip) {
+    GridPage page = SampleAncillary();
+    page.rows[0].label = "<img src=\"file:///none\">";
+    CPageModel model;
+    model.SetPage(page);
+    const QString tip = model.index(0, CPageModel::LabelColumn).data(Qt::ToolTipRole).toString();
+    QToolTip::showText({10, 10}, tip);
+    const QLabel* shown = nullptr;
+    for (const QWidget* widget : QApplication::topLevelWidgets())
+        if (const auto* label = qobject_cast<const QLabel*>(widget); label && label->text() == tip)
+            shown = label;
+    ASSERT_TRUE(shown);
+    EXPECT_EQ(shown->textFormat(), Qt::PlainText);
+    QToolTip::hideText();
 }
 
 TEST(PageModel, ReadsRowsOutInWords) {

@@ -7,6 +7,7 @@
 
 #include <QApplication>
 #include <QDialogButtonBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPainter>
 #include <QPainterPath>
@@ -242,6 +243,9 @@ void CStyle::polish(QWidget* widget) {
         plain->setCursorWidth(0);
     if (auto* text = qobject_cast<QTextEdit*>(widget))
         text->setCursorWidth(0);
+    // Labels, tool tips and boxes have words of instruments and files: none of them is markup.
+    if (auto* label = qobject_cast<QLabel*>(widget); label && label->textFormat() == Qt::AutoText)
+        label->setTextFormat(Qt::PlainText);
 }
 
 void CStyle::unpolish(QWidget* widget) {
