@@ -2,6 +2,7 @@
 #include "views/WindowTiling.h"
 
 #include <algorithm>
+#include <cmath>
 #include <numeric>
 
 namespace qor {
@@ -78,6 +79,10 @@ bool TilePlace::IsUsable() const {
         return from >= 0 && size > 0 && from <= Whole && size <= Whole && from + size <= Whole;
     };
     return inside(x, width) && inside(y, height);
+}
+
+std::size_t TileColumns(std::size_t windows) {
+    return static_cast<std::size_t>(std::ceil(std::sqrt(static_cast<double>(windows))));
 }
 
 Tiling TilingOf(const std::vector<TilePlace>& places) {

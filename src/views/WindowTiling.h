@@ -41,6 +41,9 @@ struct Tiling {
     std::vector<TileStep> steps;
 };
 
+/// In how many columns so many windows of equal size stand.
+std::size_t TileColumns(std::size_t windows);
+
 /// For at least one place. Those that do not tile an area give some order of all of them.
 Tiling TilingOf(const std::vector<TilePlace>& places);
 

@@ -2,6 +2,7 @@
 #include "app/windows/DisplayArea.h"
 
 #include "app/look/Icons.h"
+#include "views/WindowTiling.h"
 
 #include <QApplication>
 #include <QEvent>
@@ -11,7 +12,6 @@
 #include <QTimer>
 
 #include <algorithm>
-#include <cmath>
 
 namespace qor {
 
@@ -88,7 +88,7 @@ void CDisplayArea::ShowNext() {
 void CDisplayArea::TileAll() {
     const std::vector<CDisplayWindow*> open = Windows();
     const std::size_t count = open.size();
-    const auto columns = static_cast<std::size_t>(std::ceil(std::sqrt(static_cast<double>(count))));
+    const std::size_t columns = TileColumns(count);
     QList<QDockWidget*> top;
     for (std::size_t i = 0; i < count; ++i) {
         open[i]->setFloating(false);
