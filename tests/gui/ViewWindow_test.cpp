@@ -351,6 +351,31 @@ TEST_F(AViewWindow, ComesBackAsItWasAndWhereItWas) {
     EXPECT_EQ(again.layouts.size(), 2u) << "that of the other screens is kept";
 }
 
+TEST_F(AViewWindow, TabsThatAreTakenOutTogetherAreStillItsWindows) {
+    CViewWindow &one = Open("log"), &other = Open("status");
+    Open("gps");
+    Area->tabifyDockWidget(&one, &other);
+    other.raise();
+    Settle();
+    QWidget* bar = other.titleBarWidget();
+    const QPoint hold = bar->rect().center();
+    QTest::mousePress(bar, Qt::LeftButton, {}, hold);
+    for (const int way : {1, 2, 3})
+        QTest::mouseMove(bar, hold + way * QPoint(200, 300));
+    QTest::mouseRelease(bar, Qt::LeftButton, {}, hold + QPoint(600, 900));
+    Settle();
+    ASSERT_TRUE(one.window() == other.window() && one.window() != Area.get());
+    EXPECT_EQ(Area->Windows().size(), 3u);
+    const JsonValue kept = DescribeWindows(*Area);
+    EXPECT_EQ(ReadWindows(kept).layouts.at(0).tiles.size(), 1u);
+    Area->TileAll();
+    EXPECT_FALSE(one.Floats() || other.Floats());
+    Reopen(kept);
+    ASSERT_EQ(Area->Windows().size(), 3u);
+    EXPECT_TRUE(Find("log-1")->Floats() && Find("status-1")->Floats());
+    EXPECT_FALSE(Find("gps-1")->Floats());
+}
+
 TEST_F(AViewWindow, OfHostileDescriptionsOpensWhatIsAWindowAndNothingElse) {
     Session.AddCast();
     Session.Play(5.0);

@@ -55,7 +55,7 @@ void CDisplayArea::PlaceDisplay(CDisplayWindow* window, CDisplayWindow* beside, 
 
 std::vector<CDisplayWindow*> CDisplayArea::Windows() const {
     std::vector<CDisplayWindow*> open;
-    for (auto* window : findChildren<CDisplayWindow*>(QString(), Qt::FindDirectChildrenOnly))
+    for (auto* window : findChildren<CDisplayWindow*>())
         if (!window->isHidden())
             open.push_back(window);
     return open;
@@ -71,7 +71,7 @@ CDisplayWindow* CDisplayArea::Current() const {
 void CDisplayArea::Show(CDisplayWindow* window) {
     window->show();
     window->raise();
-    if (window->isFloating())
+    if (window->Floats())
         window->activateWindow();
     window->setFocus(Qt::ShortcutFocusReason);
 }
@@ -119,7 +119,7 @@ void CDisplayArea::MoveToOtherScreen() {
 }
 
 void CDisplayArea::RefreshTabs() {
-    for (QTabBar* tabs : findChildren<QTabBar*>(QString(), Qt::FindDirectChildrenOnly)) {
+    for (QTabBar* tabs : findChildren<QTabBar*>()) {
         for (int i = 0; i < tabs->count(); ++i)
             for (const CDisplayWindow* window : Windows())
                 if (window->windowTitle() == tabs->tabText(i))

@@ -6,6 +6,7 @@
 #include "app/windows/MenuPopup.h"
 #include "app/windows/PageGrid.h"
 
+#include <QMainWindow>
 #include <QSplitter>
 #include <QVBoxLayout>
 
@@ -99,6 +100,11 @@ void CDisplayWindow::ArrangeParts() {
 void CDisplayWindow::resizeEvent(QResizeEvent* event) {
     QDockWidget::resizeEvent(event);
     ArrangeParts();
+}
+
+bool CDisplayWindow::Floats() const {
+    // Tabs that were taken out together have a window of Qt's own around them.
+    return isFloating() || (parentWidget() && !qobject_cast<QMainWindow*>(parentWidget()));
 }
 
 bool CDisplayWindow::IsPaused() const {

@@ -52,6 +52,8 @@ class CDisplayWindow : public QDockWidget {
     /// The pause's age in the title bar, to be called now and then while it lasts.
     void RefreshPaused();
 
+    /// Out of the frame, alone or as a tab among others.
+    bool Floats() const;
     /// True while something of it can be seen; a window that cannot costs nothing.
     bool IsSeen() const { return Seen && isVisible(); }
 

@@ -244,10 +244,11 @@ KeptWindow CViewWindow::Kept() const {
                                  ? Waiting[i]
                                  : KeepPlot(Plots[i].plot->Page(), Plots[i].plot->Hidden(),
                                             Plots[i].plot->Choices()));
-    SetPlace(kept, isFloating() ? KeptPlace{pos().x(), pos().y()} : KeptPlace());
-    if (isFloating()) {
-        kept.width = width();
-        kept.height = height();
+    // Decided: tabs that were taken out together come back as floats at one place.
+    SetPlace(kept, Floats() ? KeptPlace{window()->x(), window()->y()} : KeptPlace());
+    if (Floats()) {
+        kept.width = window()->width();
+        kept.height = window()->height();
     }
     return kept;
 }

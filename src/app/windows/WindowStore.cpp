@@ -149,7 +149,7 @@ std::map<std::string, KeptTile> TilesOf(const CDisplayArea& area) {
         return std::clamp(pixels * TilePlace::Whole / std::max(whole, 1), 0, TilePlace::Whole);
     };
     for (CViewWindow* window : ViewWindows(area)) {
-        if (window->isFloating())
+        if (window->Floats())
             continue;
         const CDisplayWindow* front = window;
         for (QDockWidget* other : area.tabifiedDockWidgets(window))
