@@ -82,6 +82,10 @@ void CPortKeeper::Tend() {
     }
     for (auto& [id, look] : looks) {
         Port& port = PortOf(id);
+        if (look.connected && port.lost) { // connected by hand
+            NoteReturn(port);
+            continue;
+        }
         if (look.abortCode != 0 && !port.lost)
             NoteLoss(port, look);
         if (!look.connected && look.tries)
@@ -114,6 +118,11 @@ void CPortKeeper::Try(Port& port, const Look& look) {
     const std::int64_t now = Session.Clock.MonotonicMilliseconds();
     if (now < port.nextTry)
         return;
+    {
+        CRecursiveLock lock(Session.DocLock);
+        if (CQorViewRes* resource = Session.Find(port.id))
+            resource->BeginConnection(); // before its first frame
+    }
     std::uint32_t code = 0;
     // A code that cannot be reset shows as a refusal of the connection.
     [[maybe_unused]] CommResult reset = look.comm->ResetAbortCode(code);
@@ -122,9 +131,10 @@ void CPortKeeper::Try(Port& port, const Look& look) {
         port.nextTry = Session.Clock.MonotonicMilliseconds() + port.pause;
         return;
     }
-    CRecursiveLock lock(Session.DocLock);
-    if (CQorViewRes* resource = Session.Find(port.id))
-        resource->BeginConnection();
+    NoteReturn(port);
+}
+
+void CPortKeeper::NoteReturn(Port& port) {
     port.counting = port.lost;
     port.lost = false;
     port.backAt = Session.Clock.MonotonicMilliseconds();

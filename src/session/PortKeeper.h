@@ -42,6 +42,7 @@ class CPortKeeper {
     Port& PortOf(ResourceId id) REQUIRES(Session.PortsLock);
     void NoteLoss(Port& port, const Look& look);
     void Try(Port& port, const Look& look);
+    void NoteReturn(Port& port);
     bool HasCounted(const Port& port, const Look& look) const;
     void SayBack(Port& port, const Look& look);
 

@@ -103,6 +103,29 @@ TEST_F(APortKeeper, LeavesAloneWhatIsNotToBeTried) {
     EXPECT_EQ(TriesIn(60), 0u) << "the operator has disconnected it";
 }
 
+TEST_F(APortKeeper, NoticesAPortThatTheOperatorHasConnectedAgain) {
+    Add("PRO", Port);
+    ASSERT_EQ(Doc.ConnectResource(Port), CommResult::Success);
+    const struct {
+        int first, last;
+        const char* said;
+    } connections[] = {
+        {1, 5, ""},
+        {9, 10, "PORT1 is back after 60 s. Frames missing by their counters: 3 of PRO.|"}};
+    for (const auto& one : connections) {
+        Frames(one.first, one.last);
+        Doc.Ports.Tend();
+        Pull();
+        Doc.Ports.Tend();
+        const std::string said = Reported();
+        EXPECT_THAT(said, testing::AllOf(HasSubstr(one.said), HasSubstr("PORT1 was lost")));
+        Script.Repair();
+        TriesIn(60);
+        EXPECT_EQ(Doc.Sources.ResetAndConnect(Port), "");
+        Doc.Ports.Tend();
+    }
+}
+
 TEST_F(APortKeeper, TellsTheLossBeforeTheEndOfTheRunThatItCauses) {
     Add("PRO", Port);
     SetMode(LogNamingMode::UserFileName, "cast");
