@@ -33,8 +33,6 @@ void AddPlayed(CQorViewDoc& doc, CSessionSetup& setup, ResourceId file, const st
     setup.ApplyNames(selection);
     CRecursiveLock lock(doc.DocLock);
     TakeLoggedTare(doc, header.PressureTare().value_or(0.0));
-    if (CQorViewRes* played = doc.Find(file))
-        played->ZoneMinutes = header.ZoneMinutes();
 }
 
 CPlayback::CPlayback(CQorViewDoc& doc, std::uint32_t chunk, std::uint32_t framesAtOnce)

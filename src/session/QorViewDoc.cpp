@@ -6,6 +6,7 @@
 
 #include "platform/FileErrorText.h"
 #include "session/ProgramSettings.h"
+#include "telemetry/RawLogReader.h"
 
 #include <algorithm>
 #include <tuple>
@@ -86,6 +87,7 @@ ResourceId CQorViewDoc::AddSerialResource(const SerialResourceSettings& settings
 
 ResourceId CQorViewDoc::AddFileResource(const std::string& path,
                                         const FileResourceSettings& settings, CommResult* result) {
+    const std::optional<int> zone = HeaderOf(path).ZoneMinutes();
     CRecursiveLock lock(DocLock);
     CFile file;
     FileCause cause = file.OpenForReading(path);
@@ -108,6 +110,7 @@ ResourceId CQorViewDoc::AddFileResource(const std::string& path,
     const auto id = static_cast<ResourceId>(++LastResource);
     Resources.push_back(std::make_unique<CQorViewRes>(id, *Controller()->Resource(name), settings));
     Resources.back()->FileSize = size;
+    Resources.back()->ZoneMinutes = zone;
     NoteChange();
     return id;
 }

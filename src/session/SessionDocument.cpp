@@ -44,6 +44,7 @@ std::string CSessionDocument::Clear() {
     CRecursiveLock lock(Doc.DocLock);
     Doc.Station = {};
     Doc.PressureTare.reset();
+    Doc.Velocity = {};
     LogOptions options;
     options.loggingSounds = Doc.Options.loggingSounds;
     options.overwriteExisting = Doc.Options.overwriteExisting;

@@ -30,7 +30,9 @@ class ASessionDocument : public ASession {
                                  .Add("sub/REF.cal", CounterDefinition("REF"))
                                  .Add("TRK.cal", CounterDefinition("TRK"))
                                  .Bytes());
-        Temp.Put("played.raw", CounterFrame("GPS", 1));
+        const auto zone =
+            MakeHeaderRecord(FormatHeaderLine(static_cast<int>(HeaderTag::Zone), "UTC+13:00"));
+        Temp.Put("played.raw", std::string(AsText(zone)) + CounterFrame("GPS", 1));
     }
     SessionOpening Open(const std::string& members) {
         return Session.OpenSession(
@@ -75,6 +77,7 @@ constexpr const char* Whole = R"("title": "HE-612", "note": 7,
 
 TEST_F(ASessionDocument, AFileBecomesTheSessionAndTheSessionTheFile) {
     Add("LONE", Port);
+    Set(&CQorViewDoc::Velocity, {.timer = 1.0, .frame = 1, .velocity = 0.5});
     const SessionOpening opening = Open(Whole);
     ASSERT_EQ(opening.refusal, "");
     EXPECT_EQ(Texts(opening.refused), "");
@@ -109,6 +112,8 @@ TEST_F(ASessionDocument, AFileBecomesTheSessionAndTheSessionTheFile) {
         EXPECT_TRUE(Doc.Options.timeStampEnabled && Doc.Options.gpsHeaderEnabled);
         EXPECT_EQ(Doc.PressureTare, 10.125);
         EXPECT_TRUE(Doc.CalibrationMode);
+        EXPECT_EQ(Doc.Resources.at(2)->ZoneMinutes, 13 * 60);
+        EXPECT_FALSE(Doc.Velocity.timer || Doc.Velocity.velocity != 0);
     }
     EXPECT_FALSE(Session.Changed());
     const std::string first = Saved("cast.qor");
