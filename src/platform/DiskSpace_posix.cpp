@@ -7,7 +7,7 @@ namespace qor {
 
 std::optional<std::uint64_t> FreeDiskSpace(const std::string& folder) {
     struct statvfs disk {};
-    if (statvfs(folder.empty() ? "." : folder.c_str(), &disk) != 0)
+    if (statvfs(folder.empty() ? "." : folder.c_str(), &disk) != 0 || disk.f_blocks == 0)
         return std::nullopt;
     return std::uint64_t{disk.f_bavail} * disk.f_frsize;
 }

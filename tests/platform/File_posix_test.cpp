@@ -3,6 +3,7 @@
 // Files as POSIX has them: causes of failures, pipes, a full disk, links.
 #if !defined(_WIN32)
 #include "FileFixture.h"
+#include "platform/DiskSpace.h"
 #include "platform/SystemText.h"
 
 #include <cerrno>
@@ -40,6 +41,7 @@ TEST_F(AFile, OpeningAPipeWithoutAnotherEndDoesNotHang) {
 TEST_F(AFile, FullDiskIsTold) {
     ASSERT_EQ(File.OpenForWriting("/dev/full"), FileCause::None);
     EXPECT_EQ(File.Write(AsBytes("x")), FileCause::DiskFull);
+    EXPECT_FALSE(FreeDiskSpace("/proc")) << "no blocks are counted: that is not full";
 }
 
 TEST_F(AFile, WhatAnotherProgramCutStaysMissing) {
