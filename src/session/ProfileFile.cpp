@@ -37,6 +37,7 @@ FileCause CFileProfileStore::Save(const Places&) {
 
 void CFileProfileStore::Parse(std::string_view text) {
     std::string section;
+    text = WithoutByteOrderMark(text);
     for (std::size_t at = 0; at < text.size();) {
         const std::size_t end = std::min(text.find('\n', at), text.size());
         const std::string_view line = Trim(text.substr(at, end - at));

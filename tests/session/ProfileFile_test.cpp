@@ -44,6 +44,9 @@ TEST_F(ProfileFileTest, OnlyAChangeIsWritten) {
     store.WriteInteger("A", "x", 2);
     ASSERT_EQ(store.Flush(), FileCause::None);
     EXPECT_EQ(Temp.Content("settings.ini"), "[A]\nx=2\n");
+    Temp.Put("settings.ini", "\xef\xbb\xbf[A]\r\nx=3\r\n"); // as some editors leave it
+    ASSERT_EQ(store.Load(Path), FileCause::None);
+    EXPECT_EQ(store.ReadInteger("A", "x", 0), 3);
 }
 
 TEST_F(ProfileFileTest, SettingsThatCouldNotBeReadAreNotReplaced) {
