@@ -37,13 +37,15 @@ bool IsLetter(char c) {
 void AdvanceCast(std::string& cast) {
     if (cast.size() < 2)
         return;
-    if (cast[1] != 'Z') {
+    if (cast[1] != 'Z' && cast[1] != 'z') {
         ++cast[1];
         return;
     }
-    cast[1] = 'A';
+    cast[1] = cast[1] == 'Z' ? 'A' : 'a';
     // Kept: the first character is not limited and moves past 'Z' to the next character code.
-    ++cast[0];
+    // Decided: small letters count like capitals, but begin anew with 'a', for what comes after
+    // them soon is no character of a file's name.
+    cast[0] = cast[0] == 'z' ? 'a' : static_cast<char>(cast[0] + 1);
 }
 
 std::string UserFileName(const LogNaming& naming) {

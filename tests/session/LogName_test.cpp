@@ -24,6 +24,8 @@ TEST(LogName, TheNameFollowsTheModeAndMovesOnWithTheCastOrTheSequence) {
         {AutoCast, "cast", "AB", 5, "ST1-AB.raw", "ST1-AC.raw"},
         {AutoCast, "", "AZ", 5, "ST1-AZ.raw", "ST1-BA.raw"},
         {AutoCast, "", "ZZ", 5, "ST1-ZZ.raw", "ST1-[A.raw"},
+        {AutoCast, "", "az", 5, "ST1-az.raw", "ST1-ba.raw"},
+        {AutoCast, "", "zz", 5, "ST1-zz.raw", "ST1-aa.raw"},
         {AutoCast, "", "A", 5, "ST1-A.raw", "ST1-A.raw"},
         {AutoCast, "cast", "", 0, "", ""},
         {TimeStamp, "", "", 0, "(TIME STAMP)", "(TIME STAMP)"},
