@@ -19,6 +19,8 @@ constexpr int LastNumber = 9;
 constexpr int RoundMilliseconds = 1000; // a lost wake-up costs no more than this
 /// Bytes that may wait for a disk that has stalled.
 constexpr std::size_t MostPending = std::size_t{16} << 20;
+/// Bytes of entries that are kept for the window; beyond them the older half goes.
+constexpr std::size_t MostText = std::size_t{8} << 20;
 
 std::string DirectoryPart(const std::string& path) {
     std::size_t separator = path.rfind(PathSeparator());
@@ -102,9 +104,24 @@ std::string CSessionLog::SessionLogDirectory() const {
     return Directory;
 }
 
-std::string CSessionLog::SessionLogText(std::size_t from) const {
+std::string CSessionLog::ReadOn(std::size_t& from) const {
     CRecursiveLock lock(Session.DocLock);
-    return from < Text.size() ? Text.substr(from) : "";
+    const std::size_t at = from - std::min(from, TextBegin);
+    if (at >= Text.size())
+        return {};
+    from = TextBegin + Text.size();
+    return Text.substr(at);
+}
+
+void CSessionLog::Keep(std::string_view entry) {
+    Text += entry;
+    if (Text.size() <= MostText)
+        return;
+    // Decided: memory keeps the last megabytes alone, or weeks of errors would fill it; the file
+    // has everything.
+    const std::size_t cut = Text.find(LineEnd, Text.size() - MostText / 2) + LineEnd.size();
+    Text.erase(0, cut);
+    TextBegin += cut;
 }
 
 CSessionLog::~CSessionLog() {
@@ -198,7 +215,7 @@ void CSessionLog::AddSessionLogEntry(const std::string& message) {
         if (entry.empty())
             return;
         if (KeepText)
-            Text += entry;
+            Keep(entry);
         if (OnEntry)
             OnEntry(entry);
     }

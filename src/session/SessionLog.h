@@ -48,8 +48,10 @@ class CSessionLog {
     /// Waits until the file has every entry so far, or has failed. Without the document's lock.
     void WaitForDisk();
 
-    /// All stamped messages of this run, from an offset on (a window fetches what is new).
-    std::string SessionLogText(std::size_t from = 0) const;
+    /// The stamped messages of this run that are kept, from an offset in all that there were on.
+    std::string SessionLogText(std::size_t from = 0) const { return ReadOn(from); }
+    /// The same, and the offset moves to the end (a window fetches what is new).
+    std::string ReadOn(std::size_t& from) const;
     /// Path of the open file; empty when there is none.
     std::string FilePath() const;
 
@@ -69,6 +71,7 @@ class CSessionLog {
     void CloseFile();
     void Run();
     void HandOver(std::string_view entries) REQUIRES(WriterLock);
+    void Keep(std::string_view entry) REQUIRES(Session.DocLock);
 
     SessionState& Session;
     CFile File; ///< of the thread that opens it while nothing waits, then of the writer
@@ -83,6 +86,7 @@ class CSessionLog {
     bool Started GUARDED_BY(WriterLock) = false;
     CWorker Writer;
     std::string Text GUARDED_BY(Session.DocLock);
+    std::size_t TextBegin GUARDED_BY(Session.DocLock) = 0; ///< its offset in all that there were
     std::string Directory GUARDED_BY(Session.DocLock);
     bool Enabled GUARDED_BY(Session.DocLock) = false;
 };

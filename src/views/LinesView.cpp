@@ -33,14 +33,13 @@ CLinesView::CLinesView(bool onlyComments) : OnlyComments(onlyComments) {
 }
 
 bool CLinesView::Refresh(CQorViewDoc& doc) {
-    const std::string text = doc.SessionLog.SessionLogText(Read);
+    const std::string text = doc.SessionLog.ReadOn(Read);
     const std::uint64_t before = Lines;
-    std::string_view rest = text;
+    std::string_view rest = text; // whole lines
     for (std::size_t end; (end = rest.find(LineEnd)) != rest.npos;) {
         AddLine(rest.substr(0, end));
         rest.remove_prefix(end + LineEnd.size());
     }
-    Read += text.size() - rest.size();
     if (Grid.rows.size() > MostLines)
         Grid.rows.erase(Grid.rows.begin(),
                         Grid.rows.end() - static_cast<std::ptrdiff_t>(MostLines));

@@ -54,6 +54,26 @@ TEST_F(ASessionLog, KeepsTheTextAndWritesTheSameBytes) {
     EXPECT_EQ(Doc.SessionLog.SessionLogText(text.size()), "");
 }
 
+TEST_F(ASessionLog, MemoryKeepsTheLatestMegabytesAndTheFileEverything) {
+    Open();
+    const std::string filler(1 << 20, 'x');
+    std::size_t read = 0, all = 0;
+    for (int i = 0; i < 9; ++i) {
+        Doc.SessionLog.AddSessionLogEntry(filler + "\r\n");
+        if (i == 2)
+            all = Doc.SessionLog.ReadOn(read).size() * 3;
+    }
+    const std::string text = Doc.SessionLog.SessionLogText();
+    EXPECT_THAT(text, testing::StartsWith("2005-05-03"));
+    EXPECT_EQ(text.size(), all / 9 * 4) << "whole entries";
+    EXPECT_EQ(Doc.SessionLog.ReadOn(read), text) << "what was not fetched in time is passed over";
+    EXPECT_EQ(read, all);
+    Doc.SessionLog.AddSessionLogEntry("A\r\n");
+    EXPECT_THAT(Doc.SessionLog.ReadOn(read), testing::EndsWith("> A\r\n"));
+    Close();
+    EXPECT_EQ(Content(Folder + "QorView.log").size(), read);
+}
+
 TEST_F(ASessionLog, OfASessionThatIsOnlyLookedAtMakesNoFileUntilAPortIsConnected) {
     Doc.SessionLog.WaitsForOperator = true;
     Doc.SessionLog.SetFile(true, Folder);
