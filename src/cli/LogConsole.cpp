@@ -128,9 +128,9 @@ void CLogConsole::LookAtSpace(const LogStatus& log) {
     if (!log.logOpen)
         return;
     const std::string folder = FolderPartOf(log.logFilePath);
-    Room.Watch(folder);
+    Document.Room.Watch(folder);
     LogFacts facts;
-    facts.freeBytes = Room.FreeBytes();
+    facts.freeBytes = Document.Room.FreeBytes();
     facts.bytesPerSecond = LogGrowth(log);
     const std::optional<double> left = qor::SecondsLeft(facts);
     if (left)

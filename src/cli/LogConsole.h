@@ -9,7 +9,6 @@
 #include "cli/LiveStatus.h"
 #include "cli/OutputOptions.h"
 #include "cli/TerminalUser.h"
-#include "session/DiskRoom.h"
 #include "session/LogRun.h"
 #include "views/SpaceWarning.h"
 
@@ -45,7 +44,6 @@ class CLogConsole {
     CQorViewDoc Document;
     CLogRun LogRun;
     CLivePrint Print; ///< ends before what it prints
-    CDiskRoom Room;
     CSpaceWarning Space;
     std::optional<double> SecondsLeft; ///< as of the last look with an open log
     std::size_t PortsReported = 0;

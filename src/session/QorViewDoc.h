@@ -11,6 +11,7 @@
 #pragma once
 
 #include "session/Acquisition.h"
+#include "session/DiskRoom.h"
 #include "session/History.h"
 #include "session/InstrumentList.h"
 #include "session/LogManifests.h"
@@ -60,6 +61,7 @@ class CQorViewDoc : public CQorTelemetryDoc, public SessionState {
     CPortKeeper Ports;
     CPortCaptures Captures;
     CLogStarter Starter;
+    CDiskRoom Room; ///< of the disk that logs go to; who shows it says of which folder
     CSessionDocument Session;
 
     /// Raw logs get manifests; before anything is loaded.

@@ -2,6 +2,7 @@
 #include "views/LogBanner.h"
 
 #include "base/Text.h"
+#include "session/FileKind.h"
 #include "session/LogName.h"
 #include "session/PressureTare.h"
 #include "views/NumberText.h"
@@ -40,7 +41,10 @@ LogPage CLogBanner::Page(const CQorViewDoc& doc, RunKind run,
 
 std::string LogFolder(const CQorViewDoc& doc) {
     CRecursiveLock lock(doc.DocLock);
-    return doc.Naming.logDirectory.empty() ? std::string(".") : doc.Naming.logDirectory;
+    const LogStatus log = doc.RawLog.Status();
+    const std::string folder =
+        log.logOpen ? FolderPartOf(log.logFilePath) : doc.Naming.logDirectory;
+    return folder.empty() ? "." : folder;
 }
 
 std::string LogStatusText(const CQorViewDoc& doc) {

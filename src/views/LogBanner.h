@@ -24,7 +24,7 @@ class CLogBanner {
     CFrameFlow Flow;
 };
 
-/// The folder that the next log goes to; the working directory where none is set.
+/// The folder of the open log, else that of the next one; the working directory where none is set.
 std::string LogFolder(const CQorViewDoc& doc);
 /// Where the open log stands and what is in it; without one, the next one's place.
 std::string LogStatusText(const CQorViewDoc& doc);

@@ -2,7 +2,7 @@
 #include "views/LogView.h"
 
 #include "base/Text.h"
-#include "platform/DiskSpace.h"
+#include "views/LogBanner.h"
 #include "views/NumberText.h"
 
 #include <cmath>
@@ -10,8 +10,6 @@
 namespace qor {
 
 namespace {
-
-constexpr std::int64_t AskEvery = 10'000; ///< ms
 
 const char* StateText(LogState state) {
     switch (state) {
@@ -41,14 +39,13 @@ Sign StateSign(LogState state, bool nagging) {
     return Sign::None;
 }
 
-std::string FolderOf(const std::string& path) {
-    const std::size_t end = path.find_last_of("/\\");
-    return end == path.npos ? std::string() : path.substr(0, end + 1);
-}
-
 } // namespace
 
-CLogView::CLogView(CQorViewDoc& doc) : CLogView(doc, FreeDiskSpace) {}
+CLogView::CLogView(CQorViewDoc& doc)
+    : CLogView(doc, [&doc](const std::string& folder) {
+          doc.Room.Watch(folder);
+          return doc.Room.FreeBytes();
+      }) {}
 
 CLogView::CLogView(CQorViewDoc& doc, DiskSpace space) : Doc(doc), Space(std::move(space)) {
     Grid.title = "Log";
@@ -60,24 +57,11 @@ void CLogView::SetRun(RunKind run, std::string speed) {
     Facts.speed = std::move(speed);
 }
 
-void CLogView::FindSpace(const std::string& folder, std::int64_t now) {
-    if (folder == Folder && Asked && now - *Asked < AskEvery)
-        return;
-    Folder = folder;
-    Asked = now;
-    Facts.freeBytes = Space(folder);
-}
-
 bool CLogView::Refresh(CQorViewDoc&) {
     const std::int64_t now = Doc.Clock.MonotonicMilliseconds();
     const SessionSnapshot snapshot = Doc.Snapshot();
     Facts.log = snapshot.log;
-    std::string folder;
-    {
-        CRecursiveLock lock(Doc.DocLock);
-        folder = Facts.log.logOpen ? FolderOf(Facts.log.logFilePath) : Doc.Naming.logDirectory;
-    }
-    FindSpace(folder, now);
+    Facts.freeBytes = Space(LogFolder(Doc));
     Facts.bytesPerSecond = LogBytesPerSecond(Doc);
     Facts.nextName = Facts.log.logOpen ? "" : Facts.log.logFileDisplayName;
     Facts.flowing = Flow.Since(snapshot, now);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
 // The state of the raw log, apart from its window: file, elapsed time, frames, size, what the disk
-// still takes and for how long. It asks the disk without the document's lock and not often.
+// still takes and for how long, as of the latest look by the document's room for it.
 #pragma once
 
 #include "views/SessionPages.h"
@@ -14,6 +14,7 @@ namespace qor {
 
 class CLogView : public CView {
   public:
+    /// Must not wait for the disk.
     using DiskSpace = std::function<std::optional<std::uint64_t>(const std::string& folder)>;
     explicit CLogView(CQorViewDoc& doc);
     CLogView(CQorViewDoc& doc, DiskSpace space);
@@ -30,15 +31,12 @@ class CLogView : public CView {
     void SetRun(RunKind run, std::string speed);
 
   private:
-    void FindSpace(const std::string& folder, std::int64_t now);
     void FillGrid();
     void Add(const char* label, std::string text, const char* units, std::optional<double> number,
              Sign sign = Sign::None);
 
     CQorViewDoc& Doc;
     DiskSpace Space;
-    std::string Folder; ///< whose disk was asked
-    std::optional<std::int64_t> Asked;
     LogFacts Facts;
     LogPage Banner;
     CFrameFlow Flow;

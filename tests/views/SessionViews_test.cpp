@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "fakes/SessionFixture.h"
 #include "views/LinesView.h"
+#include "views/LogBanner.h"
 #include "views/LogView.h"
 #include "views/MonitorView.h"
 #include "views/NumberText.h"
@@ -104,7 +105,7 @@ TEST_F(ASessionView, TheLogSaysWhatTheDiskStillTakes) {
     std::uint64_t space = 3'600'000'000;
     std::string asked;
     CLogView view(Doc, [&](const std::string& folder) {
-        asked += folder == Folder ? "." : "?";
+        asked = folder;
         return std::optional(space);
     });
     const CQorViewIns& ins = *Add("AAA", Port);
@@ -131,8 +132,11 @@ TEST_F(ASessionView, TheLogSaysWhatTheDiskStillTakes) {
     const auto size = static_cast<double>(std::filesystem::file_size(Folder + "cast.raw"));
     const double left = 1e6 / (size / 20.0);
     EXPECT_EQ(cell("Time left"), "warning " + TimeLeftText(left));
-    EXPECT_EQ(asked, "..") << "not at every refresh";
+    EXPECT_EQ(asked, Folder);
+    EXPECT_EQ(Doc.RawLog.SetDirectory(Folder + "next"), "");
+    EXPECT_EQ(LogFolder(Doc), Folder) << "that of the open log";
     EXPECT_TRUE(Doc.RawLog.EndLogFile(true));
+    EXPECT_THAT(LogStatusText(Doc), testing::HasSubstr(Folder + "next"));
 }
 
 TEST_F(ASessionView, TheBannerNagsWhenFramesComeAndNobodyLogs) {

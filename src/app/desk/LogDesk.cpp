@@ -118,8 +118,9 @@ void CLogDesk::EndSession() {
 }
 
 void CLogDesk::Refresh(RunKind run) {
-    Room.Watch(LogFolder(Parts.Doc()));
-    const LogPage page = Facts.Page(Parts.Doc(), run, Room.FreeBytes());
+    CQorViewDoc& doc = Parts.Doc();
+    doc.Room.Watch(LogFolder(doc));
+    const LogPage page = Facts.Page(doc, run, doc.Room.FreeBytes());
     SayRemaining(page);
     Page = page;
     Parts.Window.ShowLog(page);

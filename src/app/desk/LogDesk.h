@@ -5,7 +5,6 @@
 #pragma once
 
 #include "app/desk/DeskParts.h"
-#include "session/DiskRoom.h"
 #include "views/LogBanner.h"
 
 #include <QPointer>
@@ -43,7 +42,6 @@ class CLogDesk : public QObject {
 
     const DeskParts Parts;
     CLogBanner Facts;
-    CDiskRoom Room;
     LogPage Page;
     QPointer<CForm> Question; ///< the form with the question before a run
     bool Beginning = false;
