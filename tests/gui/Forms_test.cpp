@@ -198,12 +198,18 @@ TEST_F(AForm, WhatIsWrongStandsBesideTheFieldAndOkWaits) {
 
 TEST_F(AForm, PortPropertiesChangeTheLineAndKeepTheRest) {
     const SerialResourceSettings before = Session.Doc.Snapshot().Find(Session.Port)->serial;
-    CForm* form = OpenPortProperties(Frame(), Session.Port, Count());
+    FormFrame frame = Frame();
+    std::function<std::string()> work;
+    frame.work = [&work](std::function<std::string()> given) { work = std::move(given); };
+    CForm* form = OpenPortProperties(frame, Session.Port, Count());
     Type(form, "Speed [baud]", "19200");
     Type(form, "Format", "7E2");
     WithText<QCheckBox>(form, "Try again")->click();
     PressReturn(form);
     EXPECT_EQ(Done, 1);
+    ASSERT_TRUE(work) << "the port may keep it waiting";
+    EXPECT_EQ(Session.Doc.Snapshot().Find(Session.Port)->serial.baudRate, before.baudRate);
+    EXPECT_EQ(work(), "");
     const SerialResourceSettings after = Session.Doc.Snapshot().Find(Session.Port)->serial;
     EXPECT_EQ(after.baudRate, 19200U);
     EXPECT_EQ(after.dataBits, 7);

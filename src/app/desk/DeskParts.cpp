@@ -9,7 +9,18 @@ namespace qor {
 
 FormFrame DeskParts::Form() const {
     return {Theme, &Window, Doc(),
-            [parts = *this](const QString& fault) { parts.Say(Sign::Error, "form", fault); }};
+            [parts = *this](const QString& fault) { parts.Say(Sign::Error, "form", fault); },
+            [parts = *this](std::function<std::string()> operation) {
+                parts.Try("form", std::move(operation));
+            }};
+}
+
+void DeskParts::Try(const std::string& topic, std::function<std::string()> operation) const {
+    Engine.WorkOnPorts([parts = *this, topic, operation = std::move(operation)] {
+        const std::string fault = operation();
+        QMetaObject::invokeMethod(&parts.Engine,
+                                  [parts, topic, fault] { parts.SayFault(topic, fault); });
+    });
 }
 
 void DeskParts::Say(Sign sign, const std::string& topic, const QString& text,

@@ -27,6 +27,8 @@ struct DeskParts {
     void SayFault(const std::string& topic, const std::string& fault) const;
     /// What is not opened, on standard error, for runs without an operator.
     static void TellRefusal(const std::string& refusal);
+    /// Does beside the user interface what may wait for a port; its fault is said in the strip.
+    void Try(const std::string& topic, std::function<std::string()> operation) const;
     /// What could not be used, or is used and may not be what was meant.
     void SayAll(Sign sign, const std::vector<Refusal>& refusals) const;
 };

@@ -46,24 +46,17 @@ CSourceDesk::CSourceDesk(const DeskParts& parts, QObject* parent) : QObject(pare
             [this](quint64 row) { OpenPropertiesOf(TargetOf(row)); });
 }
 
-void CSourceDesk::Try(const std::string& topic, std::function<std::string()> operation) {
-    Parts.Engine.WorkOnPorts([this, topic, operation = std::move(operation)] {
-        const std::string fault = operation();
-        QMetaObject::invokeMethod(this, [this, topic, fault] { Parts.SayFault(topic, fault); });
-    });
-}
-
 void CSourceDesk::Remove(const std::string& name, std::function<CommResult()> removal) {
     const std::string refusal =
         Of(tr("%1 could not be removed; the session log says why.").arg(Shown(name)));
-    Try(name, [removal = std::move(removal), refusal] {
+    Parts.Try(name, [removal = std::move(removal), refusal] {
         return removal() == CommResult::Success ? std::string() : refusal;
     });
 }
 
 void CSourceDesk::Connect(ResourceId resource, const std::string& name) {
     CQorViewDoc& doc = Parts.Doc();
-    Try(name, [&doc, resource] { return doc.Sources.ResetAndConnect(resource); });
+    Parts.Try(name, [&doc, resource] { return doc.Sources.ResetAndConnect(resource); });
 }
 
 void CSourceDesk::AddPort(const QStringList& files) {
@@ -167,7 +160,7 @@ Menu CSourceDesk::ResourceMenu(const ResourceStatus& resource) {
                         }});
     } else if (resource.figures.connected) {
         menu.push_back({Of(tr("Disconnect")), [this, &doc, id, name] {
-                            Try(name, [&doc, id, name] {
+                            Parts.Try(name, [&doc, id, name] {
                                 return doc.DisconnectResource(id) == CommResult::Success
                                            ? std::string()
                                            : name + " could not be disconnected; the session log "
@@ -249,7 +242,7 @@ Menu CSourceDesk::MoveMenu(InstrumentId instrument) {
     Menu menu;
     for (const ResourceStatus& resource : doc.Snapshot().resources)
         menu.push_back({resource.name, [this, &doc, instrument, id = resource.id] {
-                            Try("move", [&doc, instrument, id] {
+                            Parts.Try("move", [&doc, instrument, id] {
                                 InstrumentId moved = instrument;
                                 return doc.Instruments.MoveInstrument(moved, id);
                             });

@@ -47,8 +47,6 @@ class CSourceDesk : public QObject {
     Menu MoveMenu(InstrumentId instrument);
     void OpenPropertiesOf(const TreeTarget& target);
     void Connect(ResourceId resource, const std::string& name);
-    /// Runs an operation beside the user interface, and says what was wrong with it.
-    void Try(const std::string& topic, std::function<std::string()> operation);
     void Remove(const std::string& name, std::function<CommResult()> removal);
 
     const DeskParts Parts;

@@ -34,6 +34,9 @@ struct FormFrame {
     QWidget* parent;
     CQorViewDoc& doc;
     std::function<void(const QString&)> tell;
+    /// Does what may wait for a port or a disk beside the user interface, and tells its fault when
+    /// the form has gone. Empty: the form waits.
+    std::function<void(std::function<std::string()>)> work = {};
 };
 
 /// May be empty.

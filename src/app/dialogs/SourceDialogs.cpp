@@ -72,8 +72,14 @@ CForm* OpenPortProperties(const FormFrame& frame, ResourceId resource, FormDone 
                             "changes."));
     SetApply(
         form, frame,
-        [&doc = frame.doc, resource, record, reconnect] {
-            return ApplyPort(doc, resource, *record, *reconnect);
+        [&doc = frame.doc, work = frame.work, resource, record, reconnect] {
+            const auto apply = [&doc, resource, line = *record, again = *reconnect] {
+                return ApplyPort(doc, resource, line, again);
+            };
+            if (!work)
+                return apply();
+            work(apply);
+            return std::string();
         },
         std::move(done));
     form->Open();
