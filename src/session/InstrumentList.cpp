@@ -184,10 +184,9 @@ std::string CInstrumentList::MoveInstrument(InstrumentId& instrument, ResourceId
         return CPackageList::LockedText;
     if (std::string fault = WhyNotMoved(instrument, resource); !fault.empty())
         return fault;
-    Doc.RawLog.AwaitNextLog(); // what waits for it belongs into it
     std::string fault;
     {
-        CRecursiveLock lock(Doc.DocLock);
+        const CSettledLock lock(Doc.DocLock, Doc.RawLog);
         fault = WhyNotMoved(instrument, resource); // again: it may have gone meanwhile
         CQorViewRes* target = Doc.Find(resource);
         if (fault.empty() && Doc.OwnerOf(instrument)->resource != target)

@@ -174,6 +174,7 @@ void CLogRun::WaitForPosition(int milliseconds, const CEvent& stop) {
 bool CLogRun::Begin() {
     if (!Doc.RawLog.BeginLogFile())
         return false;
+    const CSettledLock lock(Doc.DocLock, Doc.RawLog); // its end may have come by now
     Doc.Acquisition.ProcessFrames(Held);
     return true;
 }

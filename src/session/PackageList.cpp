@@ -99,7 +99,7 @@ bool CPackageList::RemovePackage(PackageId package) {
     if (!Doc.User.AskYesNo(Format("Are you sure you want to remove the package %s?", name.c_str())))
         return false;
 
-    CRecursiveLock lock(Doc.DocLock);
+    const CSettledLock lock(Doc.DocLock, Doc.RawLog);
     const CPackage* found = Doc.Find(package); // it may have gone while the operator was asked
     if (!found)
         return false;

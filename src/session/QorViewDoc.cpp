@@ -129,11 +129,10 @@ bool CQorViewDoc::RefusesRemovalOf(ResourceId resource) {
 CommResult CQorViewDoc::RemoveResource(ResourceId resource) {
     if (RefusesRemovalOf(resource))
         return CommResult::ResourceReference;
-    RawLog.AwaitNextLog(); // what waits for it belongs into it
-    CLock ports(PortsLock);
-    CommResult disconnected = Disconnect(resource);
+    CommResult disconnected = DisconnectResource(resource);
     if (disconnected == CommResult::ResourceReference || disconnected == CommResult::StillConnected)
         return disconnected;
+    CLock ports(PortsLock);
     CRecursiveLock lock(DocLock);
     CQorViewRes* removed = Find(resource);
     if (!removed)
@@ -218,10 +217,9 @@ AddedInstrument CQorViewDoc::AddInstrument(std::unique_ptr<CInstrument> definiti
 CommResult CQorViewDoc::RemoveInstrument(InstrumentId instrument) {
     if (Packages.RefuseInCalibrationMode())
         return CommResult::InstrumentReference;
-    RawLog.AwaitNextLog(); // what waits for it belongs into it
     CommResult result;
     {
-        CRecursiveLock lock(DocLock);
+        const CSettledLock lock(DocLock, RawLog);
         result = Detach(instrument);
     }
     RawLog.ShowPending();
@@ -273,12 +271,20 @@ void CQorViewDoc::SetReconnect(ResourceId resource, bool on) {
 }
 
 CommResult CQorViewDoc::DisconnectResource(ResourceId resource) {
-    RawLog.AwaitNextLog(); // what waits for it belongs into it
-    CLock ports(PortsLock);
-    return Disconnect(resource);
+    CFrameQueue left;
+    const CommResult result = Disconnect(resource, left);
+    {
+        // Without the ports' lock: the disk may take its time, and ports are looked after.
+        const CSettledLock lock(DocLock, RawLog);
+        Acquisition.ProcessFrames(left);
+    }
+    RawLog.ShowPending();
+    return result;
 }
 
-CommResult CQorViewDoc::Disconnect(ResourceId resource) {
+/// `left`: the frames that are queued when the worker has ended.
+CommResult CQorViewDoc::Disconnect(ResourceId resource, CFrameQueue& left) {
+    CLock ports(PortsLock);
     const std::string name = NameOf(resource);
     if (name.empty())
         return NoResource("Unable to disconnect communications resource.");
@@ -292,11 +298,7 @@ CommResult CQorViewDoc::Disconnect(ResourceId resource) {
         if (found)
             found->Wanted = false;
     }
-    CFrameQueue left;
-    CommResult result = Controller()->DisconnectResource(name, &left);
-    Acquisition.ProcessFrames(left);
-    RawLog.ShowPending();
-    return result;
+    return Controller()->DisconnectResource(name, &left);
 }
 
 bool CQorViewDoc::ConnectAll() {

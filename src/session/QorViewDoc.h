@@ -92,8 +92,8 @@ class CQorViewDoc : public CQorTelemetryDoc, public SessionState {
     CommResult Detach(InstrumentId instrument) REQUIRES(DocLock);
 
     /// Connecting and disconnecting wait for the port's worker, without the document's lock.
-    /// Disconnecting first waits for a log that is to begin, however slow the disk, and processes
-    /// the frames that are still queued; a file is not read on.
+    /// Disconnecting processes the frames that are still queued, once a log that is to begin has,
+    /// however slow the disk; a file is not read on.
     CommResult ConnectResource(ResourceId resource);
     CommResult DisconnectResource(ResourceId resource) EXCLUDES(PortsLock);
     /// Whether a port that was lost, or is not there yet, is tried again until it is disconnected.
@@ -128,7 +128,7 @@ class CQorViewDoc : public CQorTelemetryDoc, public SessionState {
   private:
     std::string NameOf(ResourceId resource) const;
     bool RefusesRemovalOf(ResourceId resource);
-    CommResult Disconnect(ResourceId resource) REQUIRES(PortsLock);
+    CommResult Disconnect(ResourceId resource, CFrameQueue& left) EXCLUDES(PortsLock);
     CommResult NoResource(const char* operation);
     ResourceStatus StatusOf(const CQorViewRes& resource) const REQUIRES(DocLock);
 

@@ -271,4 +271,23 @@ class CRawLog {
     bool PendingClose GUARDED_BY(Session.DocLock) = false;
 };
 
+/// Holds the document's lock at a moment at which no log has ended for the next to begin at once:
+/// frames that are handed to the log meanwhile belong into the one that is open. Waits as
+/// AwaitNextLog does: not with PortsLock.
+class SCOPED_CAPABILITY CSettledLock {
+  public:
+    CSettledLock(CRecursiveMutex& docLock, const CRawLog& log) ACQUIRE(docLock) : Held(docLock) {
+        for (Held.Acquire(); log.IsSwitching(); Held.Acquire()) {
+            Held.Release();
+            log.AwaitNextLog();
+        }
+    }
+    ~CSettledLock() RELEASE() { Held.Release(); }
+    CSettledLock(const CSettledLock&) = delete;
+    CSettledLock& operator=(const CSettledLock&) = delete;
+
+  private:
+    CRecursiveMutex& Held;
+};
+
 } // namespace qor

@@ -75,6 +75,7 @@ class CPortScript {
 
     std::uint32_t ReadInterval = 0;
     LineSettings Line;
+    std::function<void()> WhileClosing; ///< the worker has ended
 
   private:
     friend class CScriptedPort;
@@ -206,7 +207,11 @@ class CScriptedPort : public CSerialPort {
     SystemError LastError() const override { return LastFailure; }
     SystemError RestoreTimeouts() override { return Script.Called("RestoreTimeouts"); }
     SystemError Purge() override { return Script.Called("Purge"); }
-    void Close() override { std::ignore = Script.Called("Close"); }
+    void Close() override {
+        std::ignore = Script.Called("Close");
+        if (Script.WhileClosing)
+            Script.WhileClosing();
+    }
 
   private:
     std::size_t Fill() {

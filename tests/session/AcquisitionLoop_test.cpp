@@ -67,6 +67,39 @@ TEST_F(ALoop, StepTicksOnceASecondOfTheMonotonicClock) {
                                          "$PCZDA,142308.00,03,05,2005,,\r\n");
 }
 
+TEST_F(ALoop, ARoundTimeThatComesWhileAPortIsDisconnectedCostsNoFrame) {
+    Add("PRO", Port);
+    Set([](LogOptions& options) {
+        options.everyEnabled = options.loggingSounds = true;
+        options.every = {1, 0, 0};
+    });
+    SetMode(LogNamingMode::TimeStamp);
+    ASSERT_TRUE(Doc.RawLog.BeginLogFile());
+    ASSERT_TRUE(Doc.ConnectAll());
+    Loop.Step(0);
+    Script.Bytes(Frames("PRO", 1, 5)).Played();
+    CEvent ended, disconnected;
+    std::thread ticker;
+    Script.WhileClosing = [&] {
+        Clock.Advance(Doc.RawLog.NextTimer() - Clock.MonotonicMilliseconds());
+        ticker = std::thread([this] { Doc.RawLog.OnLogTick(); });
+        ended.Wait();
+    };
+    User.WhileBeeping = [&] {
+        if (ended.IsSet())
+            return;
+        ended.Set(); // the next one has not begun
+        EXPECT_FALSE(disconnected.Wait(50)) << "the frames belong into the log to come";
+    };
+    EXPECT_EQ(Doc.DisconnectResource(Port), CommResult::Success);
+    disconnected.Set();
+    ticker.join();
+    User.WhileBeeping = Script.WhileClosing = {};
+    ASSERT_TRUE(Doc.RawLog.EndLogFile(true));
+    EXPECT_EQ(Doc.RawLog.Status().runUnstored, 0u);
+    EXPECT_EQ(Untagged(Folder + "2005-123-150000.raw", 6), Frames("PRO", 1, 5));
+}
+
 TEST_F(ALoop, FramesThatWaitForALogThatIsRefusedAreCountedAndSaid) {
     CQorViewIns* pro = Add("PRO", Port);
     Set([](LogOptions& options) {
