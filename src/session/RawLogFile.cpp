@@ -167,11 +167,11 @@ FileCause CRawLog::CreateTimeStampLog(StartedBy starter, const LogRecords& heade
     return cause;
 }
 
-/// Decided: a name that is taken, or under which another program logs, gets the next suffix.
+/// Decided: a name that is taken, or under which another program logs, gets the next suffix; when
+/// there is none left, it is a SharingViolation.
 std::string CRawLog::CreateInFolder(const std::string& folder, const std::string& name,
                                     bool replaces, const LogRecords& header, bool& inHeader,
                                     FileCause& cause) {
-    cause = FileCause::SharingViolation;
     for (int number = 1; number <= LastSuffix; ++number) {
         std::string path = WithSuffix(folder + name, number);
         const bool replacesIt = replaces && number == 1;
@@ -183,6 +183,7 @@ std::string CRawLog::CreateInFolder(const std::string& folder, const std::string
             (cause != FileCause::AccessDenied || !FileExists(path)))
             return path;
     }
+    cause = FileCause::SharingViolation;
     return folder + name;
 }
 
@@ -344,9 +345,12 @@ void CRawLog::SayFileLost(FileTrouble trouble, const std::string& path) {
             {EventKind::LogFailed, path, "The log file \"" + path + "\" " + text + "\r\n"});
 }
 
+/// Decided: where all suffixes of a log's own name are used up, as after days on a disk that
+/// synchronises nothing, its next file is named by the time.
 bool CRawLog::BeginAnotherFile(const std::optional<std::string>& skipped) {
     const LogRecords header = HeaderRecords();
     std::vector<std::string> folders;
+    const std::string timeName = TimeStampFileName(LocalCalendar(Session.Clock.Now()));
     std::string name;
     {
         CRecursiveLock lock(Session.DocLock);
@@ -356,14 +360,14 @@ bool CRawLog::BeginAnotherFile(const std::optional<std::string>& skipped) {
             folders.insert(folders.begin(), Session.Naming.logDirectory);
         if (skipped)
             std::erase(folders, *skipped);
-        name = Session.Naming.logNamingMode == LogNamingMode::TimeStamp
-                   ? TimeStampFileName(LocalCalendar(Session.Clock.Now()))
-                   : FileName;
+        name = Session.Naming.logNamingMode == LogNamingMode::TimeStamp ? timeName : FileName;
     }
     FileCause cause = FileCause::Generic;
     bool inHeader = false;
     for (const std::string& folder : folders) {
-        const std::string path = CreateInFolder(folder, name, false, header, inHeader, cause);
+        std::string path = CreateInFolder(folder, name, false, header, inHeader, cause);
+        if (cause == FileCause::SharingViolation)
+            path = CreateInFolder(folder, timeName, false, header, inHeader, cause);
         if (cause == FileCause::None) {
             NoteOtherFile(folder, path);
             return true;

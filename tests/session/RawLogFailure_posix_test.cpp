@@ -114,14 +114,19 @@ TEST_F(AFailingDisk, AnotherFileTakesWhatTheFullDiskDidNot) {
         std::int64_t age; ///< of the file that fails, in milliseconds
         bool spare;
         const char* next;
-    } cases[] = {
-        {0, false, "cast-2.raw"}, {0, true, "spare/cast.raw"}, {5000, false, "cast-2.raw"}};
+        int taken = 0; ///< the last suffix that is not free
+    } cases[] = {{0, false, "cast-2.raw"},
+                 {0, true, "spare/cast.raw"},
+                 {5000, false, "cast-2.raw"},
+                 {5000, false, "2005-123-142324.raw", 99}};
     CQorViewIns* pro = Add("PRO", Port);
     for (const auto& c : cases) {
         const std::string next = Folder + c.next;
         std::filesystem::create_directory(Folder + "spare");
         Set(&SessionState::SpareDirectories,
             c.spare ? std::vector{Folder + "spare/"} : std::vector<std::string>{});
+        for (int number = 2; number <= c.taken; ++number)
+            Temp.Put("cast-" + std::to_string(number) + ".raw", "");
         ASSERT_TRUE(Begin());
         Clock.Advance(c.age);
         LimitFiles(2304 + 2 * 13 + 6);
