@@ -339,9 +339,11 @@ void CRawLog::CompleteEnd() {
         if (!std::exchange(State.recovering, false))
             path = State.logFilePath;
     }
-    const auto finished = path.empty() ? std::nullopt : EndFile(path);
+    auto finished = path.empty() ? std::nullopt : EndFile(path);
     Sync.Finish();
     Stage.Close();
+    if (finished) // what waited for another file is counted now
+        finished->framesUnstored = Stage.Figures().framesUnstored;
     {
         CRecursiveLock lock(Session.DocLock);
         if (finished)

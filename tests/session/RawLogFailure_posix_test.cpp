@@ -84,6 +84,9 @@ TEST_F(AFailingDisk, DiskFullEndsTheLogWithAWholeRecordAndStopsTheRunOnDemand) {
         options.durationEnabled = options.repeatEnabled = true;
         options.duration = {1, 0, 0};
     });
+    std::uint64_t inManifest = 0;
+    Doc.RawLog.SetHashing(true);
+    Doc.RawLog.OnFileEnded = [&](const FinishedFile& file) { inManifest = file.framesUnstored; };
     ASSERT_TRUE(Begin());
     Reported();
     // One record is 13 bytes; two and a half have room.
@@ -107,6 +110,8 @@ TEST_F(AFailingDisk, DiskFullEndsTheLogWithAWholeRecordAndStopsTheRunOnDemand) {
     EXPECT_EQ(FramesThisLog(*pro).offered, 3u);
     EXPECT_EQ(Doc.Snapshot().Find(pro->Id)->framesThisLog, 2u);
     EXPECT_EQ(pro->FramesReceived, 6u);
+    EXPECT_EQ(inManifest, 3u);
+    Doc.RawLog.OnFileEnded = nullptr;
 }
 
 TEST_F(AFailingDisk, AnotherFileTakesWhatTheFullDiskDidNot) {
