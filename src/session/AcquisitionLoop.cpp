@@ -102,9 +102,9 @@ bool CAcquisitionLoop::TickIfDue() {
     if (TickPlanned && Doc.Clock.MonotonicMilliseconds() < NextTick)
         return false;
     Doc.RawLog.OnLogTick();
-    if (Doc.RawLog.IsNextGivenUp()) {
+    if (Doc.RawLog.WantsLastFrames()) {
         Doc.Acquisition.TakeFrames();
-        Doc.RawLog.ForgetNext();
+        Doc.RawLog.EndWithLastFrames();
     }
     Doc.Starter.Tend();
     const std::int64_t now = Doc.Clock.MonotonicMilliseconds();

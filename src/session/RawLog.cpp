@@ -25,6 +25,7 @@ bool RepeatsLogs(const LogOptions& options) {
 
 CRawLog::CRawLog(SessionState& session, CMessageSink& messages)
     : Session(session), Messages(messages), Stage(session.Clock, messages), Sync(messages) {
+    StartDone.Set();
     EndDone.Set();
     Switched.Set();
 }
@@ -178,7 +179,9 @@ bool CRawLog::MayReplace(const std::string& path) {
 }
 
 bool CRawLog::BeginLogFile() {
-    return Begin(StartedBy::Operator);
+    const bool begun = Begin(StartedBy::Operator);
+    EndStopped();
+    return begun;
 }
 
 bool CRawLog::Begin(StartedBy starter) {
@@ -187,6 +190,11 @@ bool CRawLog::Begin(StartedBy starter) {
         FinishEarlierLogs();
     if (!BuildLogFileName() || !ClaimStart(starter))
         return false;
+    bool over = false;
+    const CAtEnd done([this, &over] { // also without memory to go on with
+        if (!over)
+            StartDone.Set();
+    });
     const bool begun = ConfirmOverride() && OpenLogFile(starter);
     {
         CRecursiveLock lock(Session.DocLock);
@@ -195,7 +203,10 @@ bool CRawLog::Begin(StartedBy starter) {
             StartLog();
         else // what was found under the name may be another file by the next start
             OverrideChosen = naming.logNameReady = naming.logNamePrompted = false;
-        LogStarting = false;
+        StartDone.Set();
+        over = true;
+        if (!begun && StopWanted)
+            MarkEnd(true);
     }
     ShowPending();
     return begun;
@@ -203,12 +214,12 @@ bool CRawLog::Begin(StartedBy starter) {
 
 bool CRawLog::ClaimStart(StartedBy starter) {
     CRecursiveLock lock(Session.DocLock);
-    if (State.logOpen || LogStarting || !EndDone.IsSet())
+    if (State.logOpen || IsStarting() || !EndDone.IsSet())
         return false;
     // The operator may have stopped the run while the timer's start was asking about the name.
     if (starter == StartedBy::Timer && !State.waitingForNextLog)
         return false;
-    LogStarting = true;
+    StartDone.Clear();
     return true;
 }
 
@@ -224,7 +235,7 @@ bool CRawLog::ConfirmOverride() {
     const bool confirmed = Session.User.ConfirmLog(question) == LogAnswer::LogAsShown;
     CRecursiveLock lock(Session.DocLock);
     OverrideChosen = confirmed;
-    return confirmed;
+    return confirmed && !StopWanted;
 }
 
 void CRawLog::AddPending(std::string text) {
@@ -290,7 +301,7 @@ bool CRawLog::EndLogFile(bool abort) {
     for (bool marked = false; !marked;) {
         EndDone.Wait(); // also for another file that is being begun
         CRecursiveLock lock(Session.DocLock);
-        marked = !Rescuing;
+        marked = EndDone.IsSet();
         ended = marked && MarkEnd(abort);
     }
     CompleteEnd();
@@ -299,10 +310,25 @@ bool CRawLog::EndLogFile(bool abort) {
     return ended;
 }
 
-/// No frame joins the log any more; its file is closed by CompleteEnd.
+/// What a stop wanted that came while the log was begun.
+void CRawLog::EndStopped() {
+    {
+        CRecursiveLock lock(Session.DocLock);
+        if (StopWanted && EndDone.IsSet())
+            MarkEnd(true);
+    }
+    CompleteEnd();
+    ShowPending();
+}
+
+/// No frame joins the log any more; its file is closed by CompleteEnd. One that is being begun
+/// ends once it has: nobody waits for that, because a question may be open.
 bool CRawLog::MarkEnd(bool abort, bool switches) {
-    if (LogStarting || Rescuing)
+    if (IsStarting() || Rescuing) {
+        StopWanted = StopWanted || (IsStarting() && abort);
         return false;
+    }
+    StopWanted = StopWanted && !abort;
     if (!State.logOpen) {
         if (abort) {
             PendingClose = PendingClose || (Session.ExitIfDone && State.runFailed);
@@ -377,7 +403,7 @@ void CRawLog::AfterEnd(const std::string& path, bool abort) {
 
 void CRawLog::EndRun() {
     State.intervalRun = State.loggingActive = State.waitingForNextLog = false;
-    OverrideChosen = false;
+    OverrideChosen = StopWanted = false;
     if (!IsSwitching()) { // no frame waits: those to come are nobody's loss
         NextDue = false;
         SayUnstored();
@@ -386,15 +412,18 @@ void CRawLog::EndRun() {
     RaiseViewsUpdate();
 }
 
-bool CRawLog::IsNextGivenUp() const {
+bool CRawLog::WantsLastFrames() const {
     CRecursiveLock lock(Session.DocLock);
-    return NextDue && !State.loggingActive;
+    return (NextDue && !State.loggingActive) || (StopWanted && !IsStarting());
 }
 
-void CRawLog::ForgetNext() {
-    CRecursiveLock lock(Session.DocLock);
-    NextDue = false;
-    SayUnstored();
+void CRawLog::EndWithLastFrames() {
+    {
+        CRecursiveLock lock(Session.DocLock);
+        NextDue = false;
+        SayUnstored();
+    }
+    EndStopped();
 }
 
 void CRawLog::AbandonRun() {
@@ -470,6 +499,10 @@ void CRawLog::ClearDataLogged() {
 
 void CRawLog::ShutDown() {
     EndLogFile(true);
+    StartDone.Wait(); // no question is open any more
+    if (Status().logOpen)
+        EndLogFile(true);
+    EndDone.Wait();
     Sync.Stop();
 }
 

@@ -81,7 +81,7 @@ class CRawLog {
     /// not there, or was refused before, goes to the session log.
     bool BeginLogFile();
     /// Ends the log (`abort`: and the run) and waits until the disk has taken it. False when there
-    /// is none to end.
+    /// is none to end, or it is still being begun; then it ends with its run as soon as it has.
     bool EndLogFile(bool abort);
     /// Ends the run, open log or none, as one that failed; a program that ends when its log is done
     /// ends with it.
@@ -125,11 +125,12 @@ class CRawLog {
     /// Waits until the next log has begun, or it is known that none does: as long as the disk
     /// takes. Not from the thread that ticks, and without the lock.
     void AwaitNextLog() const { Switched.Wait(); }
-    /// Whether the next log was to begin at once and the run has ended instead: frames that have
-    /// waited for it are counted as lost when they are taken now.
-    bool IsNextGivenUp() const;
+    /// Whether frames have waited for a log that is the last: for one that was to begin at once
+    /// while the run has ended instead, they are counted as lost when they are taken now; one that
+    /// was stopped while it was begun takes them.
+    bool WantsLastFrames() const;
     /// They were taken.
-    void ForgetNext();
+    void EndWithLastFrames();
     /// A file that is played is not read on while this much waits for the disk.
     bool IsCrowded() const;
     /// Shows and sounds what logging had for the operator, and ends a log that has failed. Without
@@ -164,6 +165,7 @@ class CRawLog {
     /// Whether consent to replace files covers this one.
     bool HasConsent(const std::string& path) const REQUIRES(Session.DocLock);
     bool ClaimStart(StartedBy starter);
+    bool IsStarting() const { return !StartDone.IsSet(); }
     void FinishEarlierLogs();
     bool ConfirmOverride();
     bool OpenLogFile(StartedBy starter);
@@ -195,6 +197,7 @@ class CRawLog {
     void StartFile() REQUIRES(Session.DocLock);
     void BeginRun() REQUIRES(Session.DocLock);
     bool MarkEnd(bool abort, bool switches = false) REQUIRES(Session.DocLock);
+    void EndStopped();
     void CompleteEnd();
     void AfterEnd(const std::string& path, bool abort) REQUIRES(Session.DocLock);
     void EndRun() REQUIRES(Session.DocLock);
@@ -221,7 +224,8 @@ class CRawLog {
     std::uint32_t LogNumber GUARDED_BY(Session.DocLock) = 0;     ///< of this log, for slots
     std::uint32_t Slots GUARDED_BY(Session.DocLock) = 0;         ///< given in this log
 
-    bool LogStarting GUARDED_BY(Session.DocLock) = false;
+    CEvent StartDone;                                       ///< no log is being begun
+    bool StopWanted GUARDED_BY(Session.DocLock) = false;    ///< of the log that was being begun
     bool Rescuing GUARDED_BY(Session.DocLock) = false;      ///< another file is being begun
     std::int64_t NextTry GUARDED_BY(Session.DocLock) = 0;   ///< of it, on the monotonic clock
     std::string LogFolder GUARDED_BY(Session.DocLock);      ///< where the run's log was begun

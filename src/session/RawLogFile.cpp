@@ -200,7 +200,7 @@ void CRawLog::ProtectLogFile(const std::string& path) {
 
 bool CRawLog::NeedsAnotherFile() {
     CRecursiveLock lock(Session.DocLock);
-    if (!State.logOpen || Rescuing || LogStarting || Session.ExitOnError)
+    if (!State.logOpen || Rescuing || IsStarting() || Session.ExitOnError)
         return false;
     if (State.recovering)
         return Session.Clock.MonotonicMilliseconds() >= NextTry;

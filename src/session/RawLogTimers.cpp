@@ -50,9 +50,12 @@ void CRawLog::OnLogTick() {
     if (beginNext && !Begin(StartedBy::Timer)) {
         {
             CRecursiveLock lock(Session.DocLock);
-            State.runFailed = State.waitingForNextLog; // else the operator has ended it meanwhile
+            // Else the operator has ended it meanwhile, or begins a log.
+            beginNext = State.waitingForNextLog && !IsStarting();
+            State.runFailed = State.runFailed || beginNext;
         }
-        EndLogFile(true);
+        if (beginNext)
+            EndLogFile(true);
     }
     {
         CRecursiveLock lock(Session.DocLock);

@@ -100,6 +100,33 @@ TEST_F(ALoop, ARoundTimeThatComesWhileAPortIsDisconnectedCostsNoFrame) {
     EXPECT_EQ(Untagged(Folder + "2005-123-150000.raw", 6), Frames("PRO", 1, 5));
 }
 
+TEST_F(ALoop, AStopThatComesWhileTheNextLogIsBegunEndsItBehindItsFrames) {
+    Add("PRO", Port);
+    Set([](LogOptions& options) {
+        options.everyEnabled = options.loggingSounds = true;
+        options.every = {1, 0, 0};
+    });
+    SetMode(LogNamingMode::TimeStamp);
+    ASSERT_TRUE(Doc.RawLog.BeginLogFile());
+    ASSERT_TRUE(Doc.ConnectAll());
+    Loop.Step(0);
+    bool sent = false;
+    User.WhileBeeping = [&] { // one has ended, the next has not begun
+        if (!std::exchange(sent, true))
+            Script.Bytes(Frames("PRO", 1, 5)).Played();
+    };
+    Doc.RawLog.OnFileBegun = [this](const std::string&) {
+        EXPECT_FALSE(Doc.RawLog.EndLogFile(true)) << "it is still being begun";
+    };
+    Clock.Advance(Doc.RawLog.NextTimer() - Clock.MonotonicMilliseconds());
+    Loop.Step(0);
+    User.WhileBeeping = {};
+    Doc.RawLog.OnFileBegun = nullptr;
+    EXPECT_FALSE(Doc.RawLog.Status().loggingActive);
+    EXPECT_EQ(Doc.RawLog.Status().runUnstored, 0u);
+    EXPECT_EQ(Untagged(Folder + "2005-123-150000.raw", 6), Frames("PRO", 1, 5));
+}
+
 TEST_F(ALoop, FramesThatWaitForALogThatIsRefusedAreCountedAndSaid) {
     CQorViewIns* pro = Add("PRO", Port);
     Set([](LogOptions& options) {

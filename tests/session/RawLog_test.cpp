@@ -223,11 +223,13 @@ TEST_F(ARawLog, LogThatComesUnderTheNameOfAStartThatFailedIsNotReplacedUnasked) 
 
 TEST_F(ARawLog, ConfirmationIsAskedOnceARunWithTheLockReleased) {
     Set(&CQorViewDoc::NoDialogs, false);
+    User.WhileAsked = [this] { EXPECT_FALSE(Doc.RawLog.EndLogFile(true)); };
+    EXPECT_FALSE(Begin("stopped.raw")) << "whatever the answer was";
+    EXPECT_FALSE(std::filesystem::exists(Log("stopped.raw")));
     User.WhileAsked = [this] {
         // A frame or a display on another thread is not held up, and a second start is refused.
         std::thread([this] { EXPECT_FALSE(Doc.RawLog.Status().logOpen); }).join();
         EXPECT_FALSE(Doc.RawLog.BeginLogFile());
-        EXPECT_FALSE(Doc.RawLog.EndLogFile(true));
     };
     User.Answer = LogAnswer::ChangeFirst;
     EXPECT_FALSE(Begin());
@@ -241,7 +243,7 @@ TEST_F(ARawLog, ConfirmationIsAskedOnceARunWithTheLockReleased) {
     ASSERT_TRUE(Doc.RawLog.BeginLogFile());
     Ticks(6);
     EXPECT_GE(std::distance(std::filesystem::directory_iterator(Folder), {}), 2);
-    EXPECT_THAT(User.TakeDialogs(), ElementsAre("cast.raw", "(TIME STAMP)"));
+    EXPECT_THAT(User.TakeDialogs(), ElementsAre("stopped.raw", "cast.raw", "(TIME STAMP)"));
     EXPECT_TRUE(Doc.RawLog.EndLogFile(true));
     SetMode(LogNamingMode::TimeStamp);
     Clock.Advance(60000);
