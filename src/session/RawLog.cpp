@@ -381,6 +381,7 @@ void CRawLog::CompleteEnd() {
 /// Of the log at this path; empty: it had no file at its end.
 void CRawLog::AfterEnd(const std::string& path, bool abort) {
     AdvanceLogFileName(Session.Naming, Session.Station);
+    SayDiskTakesAgain();
     SayUnstored();
     if (!path.empty())
         Messages.Raise({EventKind::LogEnded, path, "End log file: \"" + path + "\".\r\n"});

@@ -207,6 +207,7 @@ class CRawLog {
     void WriteTimeStamp(const FrameTime& now) REQUIRES(Session.DocLock);
     void NoteUnstored() REQUIRES(Session.DocLock);
     void SayUnstored() REQUIRES(Session.DocLock);
+    void SayDiskTakesAgain() REQUIRES(Session.DocLock);
     void NoteClockStep() REQUIRES(Session.DocLock);
     void NoteStep(const FrameTime& now, std::int64_t milliseconds, bool ofZone)
         REQUIRES(Session.DocLock);

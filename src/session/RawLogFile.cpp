@@ -254,6 +254,7 @@ void CRawLog::ReplaceFile() {
         CRecursiveLock lock(Session.DocLock);
         hasFile = !std::exchange(State.recovering, true);
         if (hasFile) {
+            StallSaid = false; // it takes nothing more, which was said
             FailedSince = Session.Clock.MonotonicMilliseconds();
             UnstoredThen = Stage.Figures().framesUnstored;
             if (FailedSince - FileBegun < RetryMilliseconds)

@@ -110,9 +110,7 @@ void CRawLog::WatchDisk() {
         return;
     const StageFigures figures = Stage.Figures();
     if (figures.stalledMilliseconds < NotedStall) {
-        if (std::exchange(StallSaid, false))
-            Messages.Report(
-                Format("The disk takes data again: \"%s\".\r\n", State.logFilePath.c_str()));
+        SayDiskTakesAgain();
     } else if (!std::exchange(StallSaid, true)) {
         Messages.Raise({EventKind::DiskStalled, State.logFilePath,
                         Format("The disk has taken nothing of \"%s\" for %lld s; %zu bytes wait "
@@ -122,6 +120,13 @@ void CRawLog::WatchDisk() {
                                figures.waitingBytes)});
     }
     NoteUnstored();
+}
+
+/// Once, of the log that stalled; of one that failed then it is said what became of it.
+void CRawLog::SayDiskTakesAgain() {
+    if (std::exchange(StallSaid, false) && Stage.Figures().cause == FileCause::None)
+        Messages.Report(
+            Format("The disk takes data again: \"%s\".\r\n", State.logFilePath.c_str()));
 }
 
 /// Losses are said as they begin, and what came after that once they have ended: two messages a
