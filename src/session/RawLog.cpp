@@ -263,7 +263,8 @@ void CRawLog::StartLog() {
     if (!State.loggingActive)
         BeginRun();
     State.loggingActive = true;
-    State.runFailed = State.recovering = !Stage.OpenFile().IsOpen();
+    State.recovering = !Stage.OpenFile().IsOpen();
+    State.runFailed = State.recovering || Abandoned;
     State.waitingForNextLog = false;
     State.logFilePath = Session.Naming.logFilePath;
     FileName = LastPartOf(State.logFilePath);
@@ -404,7 +405,7 @@ void CRawLog::AfterEnd(const std::string& path, bool abort) {
 
 void CRawLog::EndRun() {
     State.intervalRun = State.loggingActive = State.waitingForNextLog = false;
-    OverrideChosen = StopWanted = false;
+    OverrideChosen = StopWanted = Abandoned = false;
     if (!IsSwitching()) { // no frame waits: those to come are nobody's loss
         NextDue = false;
         SayUnstored();
@@ -430,7 +431,7 @@ void CRawLog::EndWithLastFrames() {
 void CRawLog::AbandonRun() {
     {
         CRecursiveLock lock(Session.DocLock);
-        State.runFailed = true;
+        State.runFailed = Abandoned = true;
     }
     EndLogFile(true);
 }

@@ -225,13 +225,14 @@ class CRawLog {
     std::uint32_t LogNumber GUARDED_BY(Session.DocLock) = 0;     ///< of this log, for slots
     std::uint32_t Slots GUARDED_BY(Session.DocLock) = 0;         ///< given in this log
 
-    CEvent StartDone;                                       ///< no log is being begun
-    bool StopWanted GUARDED_BY(Session.DocLock) = false;    ///< of the log that was being begun
-    bool Rescuing GUARDED_BY(Session.DocLock) = false;      ///< another file is being begun
-    std::int64_t NextTry GUARDED_BY(Session.DocLock) = 0;   ///< of it, on the monotonic clock
-    std::string LogFolder GUARDED_BY(Session.DocLock);      ///< where the run's log was begun
-    std::string FileName GUARDED_BY(Session.DocLock);       ///< of the run's log, without suffix
-    std::string FileFolder GUARDED_BY(Session.DocLock);     ///< of the present file
+    CEvent StartDone;                                     ///< no log is being begun
+    bool StopWanted GUARDED_BY(Session.DocLock) = false;  ///< of the log that was being begun
+    bool Abandoned GUARDED_BY(Session.DocLock) = false;   ///< the run, whatever becomes of its file
+    bool Rescuing GUARDED_BY(Session.DocLock) = false;    ///< another file is being begun
+    std::int64_t NextTry GUARDED_BY(Session.DocLock) = 0; ///< of it, on the monotonic clock
+    std::string LogFolder GUARDED_BY(Session.DocLock);    ///< where the run's log was begun
+    std::string FileName GUARDED_BY(Session.DocLock);     ///< of the run's log, without suffix
+    std::string FileFolder GUARDED_BY(Session.DocLock);   ///< of the present file
     std::int64_t FileBegun GUARDED_BY(Session.DocLock) = 0; ///< on the monotonic clock
     bool NoFileSaid GUARDED_BY(Session.DocLock) = false;    ///< that no other file can be begun
     std::optional<std::int64_t> SyncGivenUp GUARDED_BY(Session.DocLock);

@@ -265,7 +265,8 @@ void CRawLog::ReplaceFile() {
         GiveFileUp();
     const bool begun = BeginAnotherFile(skipped);
     CRecursiveLock lock(Session.DocLock);
-    State.recovering = State.runFailed = !begun;
+    State.recovering = !begun;
+    State.runFailed = !begun || Abandoned;
     NextTry = Session.Clock.MonotonicMilliseconds() + RetryMilliseconds;
     RaiseViewsUpdate();
 }
@@ -375,11 +376,14 @@ bool CRawLog::BeginAnotherFile(const std::optional<std::string>& skipped) {
         }
     }
     CRecursiveLock lock(Session.DocLock);
-    if (!folders.empty() && !std::exchange(NoFileSaid, true))
-        Messages.Raise({EventKind::LogFailed, State.logFilePath,
-                        "No other log file can be begun: " + std::string(GetFileErrorText(cause)) +
-                            "\r\n\tFrames wait in memory; it is tried again every " +
-                            std::to_string(RetryMilliseconds / 1000) + " seconds.\r\n"});
+    if (folders.empty() || std::exchange(NoFileSaid, true))
+        return false;
+    std::string text =
+        "No other log file can be begun: " + std::string(GetFileErrorText(cause)) + "\r\n";
+    if (State.logOpen) // else it ends, and they are lost
+        text += "\tFrames wait in memory; it is tried again every " +
+                std::to_string(RetryMilliseconds / 1000) + " seconds.\r\n";
+    Messages.Raise({EventKind::LogFailed, State.logFilePath, std::move(text)});
     return false;
 }
 

@@ -189,6 +189,26 @@ TEST_F(AFailingDisk, WhatALogThatATimerEndsDidNotTakeIsInAnotherFile) {
     }
 }
 
+TEST_F(AFailingDisk, AnAbandonedRunHasFailedWhateverBecomesOfItsLastFrames) {
+    CQorViewIns* pro = Add("PRO", Port);
+    for (const bool full : {false, true}) {
+        ASSERT_TRUE(Begin(full ? "full.raw" : "cast.raw"));
+        Clock.Advance(5000);
+        LimitFiles(2304);
+        Process(*pro, {CounterFrame("PRO", 1)});
+        Doc.RawLog.WaitForDisk();
+        LimitFiles(full ? 2303 : RLIM_INFINITY);
+        Reported();
+        Doc.RawLog.AbandonRun();
+        LimitFiles(RLIM_INFINITY);
+        EXPECT_TRUE(Doc.RawLog.Status().runFailed);
+        EXPECT_EQ(Doc.RawLog.Status().runUnstored, full ? 1u : 0u);
+        const std::string said = Reported();
+        EXPECT_EQ(said.find("No other log file") != std::string::npos, full) << said;
+        EXPECT_THAT(said, testing::Not(HasSubstr("wait in memory"))) << "nothing is tried again";
+    }
+}
+
 TEST_F(AFailingDisk, NextLogThatCannotBeBegunWaitsForAnotherFile) {
     const struct {
         bool full, spare, stops;
