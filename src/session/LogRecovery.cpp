@@ -237,8 +237,10 @@ Remains Finish(const std::string& path, std::span<const LoggedInstrument> instru
         found.untagged = logEnd.IsBeforeUntagged();
         found.cause = MoveRest(log, *end, rest, found.side);
     }
+    // Without a frame it is to block no name; see IsAbandonedLog.
+    const bool isBare = found.judged && *end == header.size();
     bool readOnly = false;
-    found.isProtected = found.cause == FileCause::None &&
+    found.isProtected = found.cause == FileCause::None && !isBare &&
                         log.SetReadOnly(true) == FileCause::None &&
                         IsReadOnly(path, readOnly) == FileCause::None && readOnly;
     return found;

@@ -15,9 +15,10 @@ namespace qor {
 
 /// Finishes the raw logs of a folder, whatever their names, that were cut off: a begun record of
 /// these instruments behind their last whole one or the header, or blocks that a power cut left
-/// empty, move into a file beside ("NAME.rest"), and the log is write-protected. What else stands
-/// at its end stays: it may be of other instruments. Each log that is finished is raised as
-/// LogRecovered; where protection does not hold, nothing is said of whole ones.
+/// empty, move into a file beside ("NAME.rest"), and the log is write-protected, unless nothing but
+/// its header is left. What else stands at its end stays: it may be of other instruments. Each log
+/// that is finished is raised as LogRecovered; where protection does not hold, nothing is said of
+/// whole ones.
 void FinishCutLogs(const std::string& folder, std::span<const LoggedInstrument> instruments,
                    CMessageSink& messages);
 

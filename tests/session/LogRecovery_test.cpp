@@ -65,7 +65,8 @@ TEST_F(ACutLog, IsFinishedByTheNextRunBehindItsLastWholeRecord) {
         EXPECT_EQ(Content(path), c.whole) << c.said;
         bool readOnly = false;
         EXPECT_EQ(IsReadOnly(path, readOnly), FileCause::None);
-        EXPECT_TRUE(readOnly);
+        EXPECT_EQ(readOnly, c.whole != Header);
+        EXPECT_EQ(IsAbandonedLog(path), c.whole == Header) << "it blocks no name";
         ASSERT_EQ(FileExists(path + ".rest"), !c.rest.empty()) << c.said;
         if (!c.rest.empty()) {
             EXPECT_EQ(Content(path + ".rest"), c.rest);
