@@ -389,26 +389,34 @@ TEST_F(AFailingDisk, FolderThatCouldNotBeSynchronisedIsTriedAgain) {
 #ifdef __SANITIZE_ADDRESS__
     GTEST_SKIP() << "there have to be handles beside a sanitizer";
 #endif
-    CTellingSink sink;
-    CDiskSync sync(sink);
-    CFile log;
-    ASSERT_EQ(log.CreateExclusive(Folder + "cast.raw"), FileCause::None);
-    // Only the handle with which the file is synchronised can still be had.
-    const int handle = ::dup(STDERR_FILENO);
-    ::close(handle);
-    rlimit limit{};
-    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
-    const rlimit none{static_cast<rlim_t>(handle) + 1, limit.rlim_max};
-    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
-    sync.Watch(log, [] { return std::uint64_t{0}; });
-    sink.Told.Wait();
-    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
-    sync.Finish();
-    sync.Stop();
-    EXPECT_THAT(sink.Messages(),
-                ElementsAre(testing::AllOf(HasSubstr("cast.raw"), HasSubstr("lose the whole log")),
-                            HasSubstr("Folder synchronized with the disk again after ")));
-    EXPECT_EQ(sink.Count(EventKind::SyncFailed), 1u);
+    using testing::AllOf;
+    const auto lost = AllOf(HasSubstr("cast.raw"), HasSubstr("lose the whole log"));
+    const auto passed = HasSubstr("Folder synchronized with the disk again after ");
+    for (const bool deleted : {false, true}) {
+        CTellingSink sink;
+        CDiskSync sync(sink);
+        CFile log;
+        ASSERT_EQ(log.CreateExclusive(Folder + "cast.raw"), FileCause::None);
+        // Only the handle with which the file is synchronised can still be had.
+        const int handle = ::dup(STDERR_FILENO);
+        ::close(handle);
+        rlimit limit{};
+        ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
+        const rlimit none{static_cast<rlim_t>(handle) + 1, limit.rlim_max};
+        ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+        sync.Watch(log, [] { return std::uint64_t{0}; });
+        sink.Told.Wait();
+        if (deleted) // then its name is nothing to synchronise
+            std::filesystem::remove(log.Path());
+        ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
+        sync.Finish();
+        sync.Stop();
+        if (deleted)
+            EXPECT_THAT(sink.Messages(), ElementsAre(lost));
+        else
+            EXPECT_THAT(sink.Messages(), ElementsAre(lost, passed));
+        EXPECT_EQ(sink.Count(EventKind::SyncFailed), 1u);
+    }
 }
 
 } // namespace
