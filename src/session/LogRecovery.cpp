@@ -12,6 +12,8 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
+#include <filesystem>
 #include <limits>
 #include <set>
 #include <tuple>
@@ -27,6 +29,27 @@ constexpr std::uint64_t TailBytes = CFrameEnd::LongestFixedFrame + (1U << 20);
 constexpr std::uint64_t MostHeader = 64 * HeaderRecordSize;
 /// Side files of one log.
 constexpr int LastSuffix = 99;
+/// A log that is written grows more often than this.
+constexpr std::chrono::minutes RestingTime{1};
+
+/// By the system's clock; also when that cannot be told.
+bool WasWrittenLately(const std::string& path) {
+    namespace fs = std::filesystem;
+    std::error_code error;
+    const fs::file_time_type written = fs::last_write_time(path, error);
+    return error || fs::file_time_type::clock::now() - written < RestingTime;
+}
+
+/// Opens a file that no program writes. Where the file system has no locks, a second handle can be
+/// had beside the first.
+/// Decided: there a file that was written within the last minute counts as another program's; a log
+/// that a crash has just cut off is finished by a later run.
+FileCause OpenResting(const std::string& path, CFile& file) {
+    const FileCause cause = file.OpenAlone(path);
+    CFile second;
+    const bool noLocks = cause == FileCause::None && second.OpenAlone(path) == FileCause::None;
+    return noLocks && WasWrittenLately(path) ? FileCause::SharingViolation : cause;
+}
 
 FileCause ReadAt(CFile& file, std::uint64_t offset, std::uint64_t count,
                  std::vector<std::uint8_t>& bytes) {
@@ -210,7 +233,7 @@ Remains Finish(const std::string& path, std::span<const LoggedInstrument> instru
     CFile log;
     std::uint64_t size = 0;
     std::vector<std::uint8_t> header, tail;
-    if (log.OpenAlone(path) != FileCause::None || log.Size(size) != FileCause::None ||
+    if (OpenResting(path, log) != FileCause::None || log.Size(size) != FileCause::None ||
         ReadAt(log, 0, std::min(size, MostHeader), header) != FileCause::None)
         return found;
     header.resize(HeaderSize(header));
@@ -295,7 +318,7 @@ bool IsAbandonedLog(const std::string& path) {
     CFile log;
     std::uint64_t size = 0;
     std::vector<std::uint8_t> bytes;
-    if (log.OpenAlone(path) != FileCause::None || log.Size(size) != FileCause::None ||
+    if (OpenResting(path, log) != FileCause::None || log.Size(size) != FileCause::None ||
         size > MostHeader || ReadAt(log, 0, size, bytes) != FileCause::None)
         return false;
     return EndsInHeader(ByteSpan(bytes).subspan(HeaderSize(bytes)));

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
 // What a crash or a power cut left of raw logs: a finished log is write-protected, so one that is
-// not, and that nobody writes, was cut off. The next run in the folder finishes it. Called by the
+// not, and that nobody writes, was cut off; where the file system has no locks to tell, one that
+// has rested for a minute. The next run in the folder finishes it. Called by the
 // raw log before a run begins, without any lock: it reads and writes files.
 #pragma once
 

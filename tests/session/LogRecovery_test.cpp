@@ -6,6 +6,25 @@
 #include "session/LogRecovery.h"
 #include "telemetry/RawLogFormat.h"
 
+#if defined(__linux__)
+#include <cerrno>
+#include <sys/file.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace {
+bool NoLocks = false;
+} // namespace
+
+/// A file system may have none.
+extern "C" int flock(int file, int operation) noexcept {
+    if (!NoLocks)
+        return static_cast<int>(::syscall(SYS_flock, file, operation));
+    errno = ENOLCK;
+    return -1;
+}
+#endif
+
 namespace qor {
 namespace {
 
@@ -110,6 +129,26 @@ TEST_F(ACutLog, NothingElseIsTouched) {
     for (const char* name : {"protected.raw", "held.raw"})
         EXPECT_EQ(Content(Folder + name), torn) << name;
 }
+
+#if defined(__linux__)
+TEST_F(ACutLog, MayBeAnotherProgramsForAMinuteWhereThereAreNoLocks) {
+    namespace fs = std::filesystem;
+    NoLocks = true;
+    for (const int minutes : {0, 2}) {
+        const std::string torn = Temp.Put("torn.raw", Header + Record(1) + "PRO");
+        const std::string empty = Temp.Put("empty.raw", Header);
+        for (const std::string& path : {torn, empty})
+            fs::last_write_time(path,
+                                fs::file_time_type::clock::now() - std::chrono::minutes(minutes));
+        CCollectingSink sink;
+        CRecursiveLock lock(Doc.DocLock);
+        FinishCutLogs(Folder, Doc.LoggedInstruments(), sink);
+        EXPECT_EQ(FileExists(torn + ".rest"), minutes > 0);
+        EXPECT_EQ(IsAbandonedLog(empty), minutes > 0);
+    }
+    NoLocks = false;
+}
+#endif
 
 TEST_F(ACutLog, OneWithoutAFrameBlocksNoName) {
     const struct {
