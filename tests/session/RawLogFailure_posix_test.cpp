@@ -268,8 +268,8 @@ TEST_F(AFailingDisk, WhatBefallsALogInItsLastMomentIsSaid) {
     } cases[] = {{[&] { fs::remove(path); }, "was deleted", 0},
                  {[&] { fs::resize_file(path, 2310); }, "was cut off by another program", 0},
                  {[&] {
-                      fs::rename(path, away);
-                      Temp.Put("cast.raw", "theirs");
+                      fs::create_hard_link(path, away);
+                      fs::rename(Temp.Put("theirs", "theirs"), path);
                   },
                   "was taken away", 1}};
     CQorViewIns* pro = Add("PRO", Port);
