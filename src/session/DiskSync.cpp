@@ -118,11 +118,13 @@ bool CDiskSync::IsNewFailure(const char* what, const std::string& path, FileCaus
 /// Decided: a folder that could not be synchronised ends no log; another file would stand in it
 /// too.
 void CDiskSync::SynchroniseName(WatchedFile& watched) {
-    if (watched.nameDone || watched.file.Standing() != FileStanding::There) {
-        watched.nameFailures = 0; // what has become of its name was said
+    if (watched.nameDone)
         return;
-    }
     const FileCause cause = SyncFolderOf(watched.path);
+    if (watched.file.Standing() != FileStanding::There) { // also when it has gone only now
+        watched.nameFailures = 0;
+        return; // what has become of its name is said elsewhere
+    }
     watched.nameDone = cause == FileCause::None;
     if (IsNewFailure("Folder synchronized", watched.path, cause, watched.nameFailures))
         Messages.Raise({EventKind::SyncFailed, watched.path,
