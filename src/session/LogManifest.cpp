@@ -78,6 +78,7 @@ JsonValue PortValue(const LogManifest::Port& port, const std::string& folder) {
     object.Add("line", TextOrNull(port.line));
     object.Add("bytes-received", CountValue(port.bytesReceived));
     object.Add("bytes-discarded", CountValue(port.bytesDiscarded));
+    object.Add("bytes-cut-short", CountValue(port.bytesCutShort));
     object.Add("frames-lost", CountValue(port.framesLost));
     JsonValue instruments = JsonValue::Array();
     for (const LogManifest::Instrument& instrument : port.instruments)

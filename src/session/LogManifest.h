@@ -41,7 +41,7 @@ struct LogManifest {
     };
     struct Port {
         std::string name, line; ///< "57600 8N1"
-        std::optional<std::uint64_t> bytesReceived, bytesDiscarded, framesLost;
+        std::optional<std::uint64_t> bytesReceived, bytesDiscarded, bytesCutShort, framesLost;
         std::vector<Instrument> instruments;
     };
 

@@ -90,6 +90,7 @@ LogManifest::Port CLogManifests::PortOf(const ResourceStatus& resource) {
         port.line = LineTextOf(resource.serial);
     port.bytesReceived = Since(resource.figures.bytesReceived, before.bytesReceived);
     port.bytesDiscarded = Since(resource.figures.bytesDiscarded, before.bytesDiscarded);
+    port.bytesCutShort = Since(resource.figures.bytesCutShort, before.bytesCutShort);
     port.framesLost = Since(resource.figures.framesLost, before.framesLost);
     for (const InstrumentFigures& figures : resource.instruments)
         port.instruments.push_back(InstrumentOf(figures));

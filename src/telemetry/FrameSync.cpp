@@ -124,7 +124,9 @@ PassResult CFrameSync::CutRest() {
     const StreamFigures before = Counted;
     EndOfStream();
     PassResult pass = RunPass();
-    Counted.bytesDiscarded = before.bytesDiscarded + Counted.bytesLost - before.bytesLost;
+    const std::uint64_t discarded = before.bytesDiscarded + Counted.bytesLost - before.bytesLost;
+    Counted.bytesCutShort += Counted.bytesDiscarded - discarded;
+    Counted.bytesDiscarded = discarded;
     return pass;
 }
 
@@ -145,6 +147,7 @@ void CFrameSync::ForgetBytes() {
     ResetSync();
     Attached.LoseLine();
     Attached.SetRawLog(false);
+    Counted.bytesCutShort += Queue.Size();
     Queue.Clear();
     Arrivals.Clear();
     Filter.Reset();

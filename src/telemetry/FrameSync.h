@@ -46,9 +46,10 @@ struct PassResult {
 struct StreamFigures {
     std::uint64_t bytesReceived = 0;
     std::uint64_t bytesDiscarded = 0;
-    std::uint64_t framesCut = 0;  ///< lost ones included
-    std::uint64_t framesLost = 0; ///< dropped because the queue was full
-    std::uint64_t bytesLost = 0;  ///< of these; they count as discarded too
+    std::uint64_t framesCut = 0;     ///< lost ones included
+    std::uint64_t framesLost = 0;    ///< dropped because the queue was full
+    std::uint64_t bytesLost = 0;     ///< of these; they count as discarded too
+    std::uint64_t bytesCutShort = 0; ///< of frames that the end of a connection cut
 };
 
 class CFrameSync {

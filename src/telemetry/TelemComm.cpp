@@ -446,6 +446,7 @@ ResourceFigures CTelemComm::Figures() const {
     figures.framesCut = stream.framesCut;
     figures.framesLost = stream.framesLost;
     figures.bytesLost = stream.bytesLost;
+    figures.bytesCutShort = stream.bytesCutShort;
     return figures;
 }
 

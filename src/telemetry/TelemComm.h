@@ -52,9 +52,10 @@ struct ResourceFigures {
     std::uint64_t bytesDiscarded = 0;
     std::uint64_t bytesOfFile = 0; ///< read of a file, compressed where it is
     std::uint64_t framesCut = 0;
-    std::uint64_t framesLost = 0; ///< dropped because nobody took them in time
-    std::uint64_t bytesLost = 0;  ///< of these frames; they count as discarded too
-    LineErrorCounts lineErrors{}; ///< by LineErrorKind
+    std::uint64_t framesLost = 0;    ///< dropped because nobody took them in time
+    std::uint64_t bytesLost = 0;     ///< of these frames; they count as discarded too
+    std::uint64_t bytesCutShort = 0; ///< of frames that the end of a connection cut
+    LineErrorCounts lineErrors{};    ///< by LineErrorKind
 };
 
 class CTelemComm {

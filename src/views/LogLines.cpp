@@ -56,6 +56,7 @@ std::string MissingLine(const ResourceStatus& resource) {
         std::uint64_t count;
         const char* what;
     } parts[] = {
+        {figures.bytesCutShort, " of frames that the end of a connection cut short"},
         {figures.framesLost, " frames lost"},
         {std::accumulate(figures.lineErrors.begin(), figures.lineErrors.end(), std::uint64_t{0}),
          " line errors"},
@@ -121,6 +122,9 @@ std::string LogSummary(const LogStatus& log, std::size_t files, std::optional<do
     return Format("logs: %llu frames in %zu %s, %llu received and not stored",
                   Printed(log.runFrames), files, files == 1 ? "file" : "files",
                   Printed(log.runUnstored)) +
+           (log.runGone == 0
+                ? ""
+                : Format(", %llu were in files that were deleted or cut", Printed(log.runGone))) +
            (secondsLeft ? "; at this rate the disk has " + TimeLeftText(*secondsLeft) : "") + "\n";
 }
 

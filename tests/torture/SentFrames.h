@@ -63,7 +63,7 @@ class CCutter {
     }
 
     std::deque<SentFrame> Frames; ///< taken away by whoever has seen them
-    std::uint64_t Given = 0, Discarded = 0, Count = 0;
+    std::uint64_t Given = 0, Discarded = 0, Count = 0, Whole = 0; ///< bytes, but for the count
 
   private:
     /// Where the next header begins, or may begin at the end.
@@ -93,6 +93,7 @@ class CCutter {
             if (Bytes.size() - at >= length) {
                 Frames.push_back({Bytes.substr(at, length), Times[at + length - 1]});
                 ++Count;
+                Whole += length;
                 at += length;
             } else if (ended) {
                 at += header.size();

@@ -123,6 +123,8 @@ void CSimulation::CheckPort(const SimulatedPort& port, const ResourceFigures& fi
     };
     same("bytes received", figures.bytesReceived, port.sent->Given);
     same("bytes discarded", figures.bytesDiscarded - figures.bytesLost, port.sent->Discarded);
+    same("bytes cut short", figures.bytesCutShort,
+         port.sent->Given - port.sent->Whole - port.sent->Discarded);
     same("frames cut", figures.framesCut, port.sent->Count);
     same("frames lost", figures.framesLost, port.lost + port.sent->Frames.size());
     Total.bytes += port.sent->Given;
