@@ -274,6 +274,11 @@ FileCause CFile::CreateExclusive(const std::string& path) {
             cause = CauseOf(errno);
         if (cause == FileCause::None && (status.st_mode & AnyWriteBit) == 0)
             cause = FileCause::AccessDenied;
+        // Under its other names, as of a backup, its bytes stay.
+        if (cause == FileCause::None && status.st_nlink > 1 && ::unlink(path.c_str()) == 0) {
+            ::close(descriptor);
+            continue;
+        }
         if (cause == FileCause::None && ::ftruncate(descriptor, 0) < 0)
             cause = CauseOf(errno);
         if (cause != FileCause::None) {
