@@ -104,6 +104,7 @@ void CAcquisition::TakeFramesOf(ResourceId resource, InstrumentId instrument, CF
 }
 
 void CAcquisition::TakeQueued(CQorViewRes& resource) {
+    CRecursiveLock lock(Session.DocLock);
     if (!resource.IsFile())
         TakeBatch(resource);
 }

@@ -34,7 +34,8 @@ class CAcquisition {
     void TakeFramesOf(ResourceId resource, InstrumentId instrument, CFrameQueue& held);
     /// Frames that a port has cut, before one of its instruments goes; a file is not read on for
     /// it.
-    void TakeQueued(CQorViewRes& resource) REQUIRES(Session.DocLock);
+    /// Under the lock; messages are not shown.
+    void TakeQueued(CQorViewRes& resource);
     /// Whether some file is being read on.
     bool IsPlaying() const;
     /// Files are not read on.
