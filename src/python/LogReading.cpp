@@ -27,6 +27,7 @@ ReadFault TakeSession(const std::string& path, LogCall& call) {
     if (!reading.refusal.empty())
         return {reading.refusal, true};
     call.instruments.session = std::move(reading.session);
+    call.warnings = std::move(reading.warnings);
     return {};
 }
 
@@ -54,6 +55,7 @@ ReadFault CLogReading::Open(const LogCall& call) {
         return {Path + ": " + Playback.OpenFault(), true};
     for (const Refusal& refusal : Playback.Set().Refusals())
         return {TextOf(refusal), refusal.kind != Refusal::Kind::Name};
+    Warned = call.warnings;
     for (const Refusal& warning : Playback.Set().Warnings())
         Warned.push_back(TextOf(warning));
     if (Playback.Instruments().empty())

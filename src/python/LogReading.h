@@ -18,9 +18,10 @@ namespace qor {
 struct LogCall {
     std::string path;
     InstrumentSelection instruments;
-    std::optional<int> utcOffset;        ///< minutes; none: that of the log's zone
-    std::string text;                    ///< how the caller wrote it, for files that keep it
-    std::vector<std::string> files = {}; ///< that values follow from, the log among them
+    std::optional<int> utcOffset;           ///< minutes; none: that of the log's zone
+    std::string text;                       ///< how the caller wrote it, for files that keep it
+    std::vector<std::string> files = {};    ///< that values follow from, the log among them
+    std::vector<std::string> warnings = {}; ///< of the session
 };
 
 /// What could not be read or was asked for wrongly; the sentence is empty where nothing is wrong.
