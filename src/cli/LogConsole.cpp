@@ -42,6 +42,7 @@ std::string_view AdviceHere(const EventAdvice& row) {
 CLogConsole::CLogConsole(LogRunPlan plan, std::optional<PrintSettings> print,
                          CommandContext& context)
     : Context(context), Strict(plan.strict), Partly(plan.partly),
+      NamesSessionLog(!plan.sessionLogDirectory.empty()),
       Document(Clock, MakeSystemSerialPort, User, Profile), LogRun(Document, std::move(plan)),
       Print(Document, print) {
     Document.Instruments.DefaultsPath = InstrumentDefaultsPath();
@@ -187,6 +188,10 @@ void CLogConsole::Summarise() {
         text += CaptureLine(capture);
     if (std::string path = Document.SessionLog.FilePath(); !path.empty())
         text += "session log: " + path + "\n";
+    else if (NamesSessionLog) { // why was said as it began
+        ReportError("--session-log: no session log was kept; choose another folder.");
+        Fault = true;
+    }
     const SessionSnapshot snapshot = Document.Snapshot();
     for (const ResourceStatus& resource : snapshot.resources)
         if (const std::string line = DiscardedLine(resource); !line.empty())

@@ -38,6 +38,7 @@ class CLogConsole {
     CommandContext& Context;
     const bool Strict;
     const bool Partly;
+    const bool NamesSessionLog; ///< the call says where it is kept
     CSystemClock Clock;
     CTerminalUser User;
     CMemoryProfileStore Profile;

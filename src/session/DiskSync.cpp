@@ -68,6 +68,14 @@ FileTrouble CDiskSync::Look(const CFile& file, std::uint64_t written) {
                                                                 : FileTrouble::None;
 }
 
+FileTrouble CDiskSync::LookAtEnd(const CFile& file, std::uint64_t written) {
+    const FileTrouble trouble = Look(file, written);
+    std::uint64_t size = 0;
+    return trouble == FileTrouble::None && file.Size(size) == FileCause::None && size > written
+               ? FileTrouble::Altered
+               : trouble;
+}
+
 bool CDiskSync::StartThread() {
     if (!Started)
         Started = Thread.Start(ThreadPriority::Normal, [this] { Run(); });

@@ -20,7 +20,15 @@
 namespace qor {
 
 /// Why a log needs another file.
-enum class FileTrouble : std::uint8_t { None, SyncFailed, Deleted, Replaced, Moved, Truncated };
+enum class FileTrouble : std::uint8_t {
+    None,
+    SyncFailed,
+    Deleted,
+    Replaced,
+    Moved,
+    Truncated,
+    Altered ///< somebody else wrote to it
+};
 
 /// Whether the file is not what was written any more.
 constexpr bool IsLost(FileTrouble trouble) {
@@ -45,6 +53,8 @@ class CDiskSync {
     FileTrouble Trouble() const;
     /// What has befallen an open file of which so many bytes stand in it for certain.
     static FileTrouble Look(const CFile& file, std::uint64_t written);
+    /// The same of one that holds these bytes and no more.
+    static FileTrouble LookAtEnd(const CFile& file, std::uint64_t written);
     /// The watched file has ended: one last synchronisation, then its handle is closed.
     void Finish();
     /// Ends the thread when it has synchronised what it watches.

@@ -194,11 +194,14 @@ void CLogStage::Rest() {
     Drain();
 }
 
-void CLogStage::ForgetFile() {
+std::uint64_t CLogStage::ForgetFile() {
     CLock lock(StageLock);
-    Counted.totalWritten -= std::exchange(Counted.framesWritten, 0);
+    const std::uint64_t gone = std::exchange(Counted.framesWritten, 0);
+    Counted.totalWritten -= gone;
+    Counted.totalGone += gone;
     for (OwnerFrames& one : ByOwner)
         one.written = 0;
+    return gone;
 }
 
 void CLogStage::Close() {

@@ -28,6 +28,7 @@ struct StageFigures {
     std::uint64_t framesUnstored = 0; ///< accepted, but neither in the file nor waiting
     std::uint64_t totalWritten = 0;   ///< in all files so far, but for those that are lost
     std::uint64_t totalUnstored = 0;  ///< in none of them
+    std::uint64_t totalGone = 0;      ///< in files that are lost
     std::size_t waitingBytes = 0;
     std::int64_t stalledMilliseconds = 0; ///< how long the present write has taken
     FileCause cause = FileCause::None;    ///< of the failure after which it rests
@@ -76,8 +77,9 @@ class CLogStage {
     void LoseFrame();
     /// Writes nothing more into the file: what is not in it waits for the next Create.
     void Rest();
-    /// What stands in the present file is lost: its frames are none of the run's any more.
-    void ForgetFile();
+    /// What stands in the present file is lost: its frames are none of the run's any more. How many
+    /// there were.
+    std::uint64_t ForgetFile();
     /// Of a stage that rests.
     void CloseFile() { Writer.Close(); }
     /// Waits until everything added so far is in the file, or the stage rests.

@@ -294,6 +294,7 @@ void CRawLog::BeginRun() {
     const StageFigures figures = Stage.Figures();
     PathsOfRun.clear();
     WrittenBefore = figures.totalWritten;
+    GoneBefore = figures.totalGone;
     UnstoredBefore = UnstoredSaid = UnstoredSeen = figures.totalUnstored;
 }
 
@@ -480,6 +481,7 @@ LogStatus CRawLog::Status() const {
     status.framesUnstored = figures.framesUnstored;
     status.runFrames = figures.totalWritten - WrittenBefore;
     status.runUnstored = figures.totalUnstored - UnstoredBefore;
+    status.runGone = figures.totalGone - GoneBefore;
     status.dataLogged = State.dataLogged;
     status.fileSize = figures.fileSize;
     status.waitingBytes = figures.waitingBytes;

@@ -30,6 +30,7 @@ struct LogStatus {
     std::uint64_t framesUnstored = 0; ///< accepted, but lost to the log
     std::uint64_t runFrames = 0;      ///< in all files of the run, or of the latest one
     std::uint64_t runUnstored = 0;    ///< accepted since it began, but in none of them
+    std::uint64_t runGone = 0;        ///< in files of the run that were deleted or cut
     std::uint64_t fileSize = 0;       ///< bytes in the file, as of its last whole record
     std::size_t waitingBytes = 0;     ///< in memory, not yet taken by the disk
     std::size_t waitingCapacity = 0;
@@ -265,6 +266,7 @@ class CRawLog {
     bool StallSaid GUARDED_BY(Session.DocLock) = false;
     std::uint64_t WrittenBefore GUARDED_BY(Session.DocLock) = 0;  ///< the run, by the stage
     std::uint64_t UnstoredBefore GUARDED_BY(Session.DocLock) = 0; ///< the same
+    std::uint64_t GoneBefore GUARDED_BY(Session.DocLock) = 0;     ///< the same
     std::int64_t FailedSince GUARDED_BY(Session.DocLock) = 0;     ///< monotonic, while recovering
     std::uint64_t UnstoredThen GUARDED_BY(Session.DocLock) = 0;
     std::uint64_t UnstoredSaid GUARDED_BY(Session.DocLock) = 0; ///< of all that the stage counts

@@ -48,6 +48,8 @@ std::string LossText(FileTrouble trouble) {
         return "was moved away while it was written.";
     case FileTrouble::Truncated:
         return "was cut off by another program while it was written.";
+    case FileTrouble::Altered:
+        return "holds bytes of another program, which has written to it; look at what it holds.";
     }
     return {};
 }
@@ -302,7 +304,7 @@ FileTrouble CRawLog::LookAtEnd() const {
     if (figures.cause != FileCause::None)
         return FileTrouble::None;
     const FileTrouble seen = Sync.Trouble();
-    return IsLost(seen) ? seen : CDiskSync::Look(Stage.OpenFile(), figures.fileSize);
+    return IsLost(seen) ? seen : CDiskSync::LookAtEnd(Stage.OpenFile(), figures.fileSize);
 }
 
 std::optional<FinishedFile> CRawLog::EndFile(const std::string& path) {
@@ -319,10 +321,14 @@ std::optional<FinishedFile> CRawLog::EndFile(const std::string& path) {
 /// Nothing is written to the file any more. What is known of it; nothing when it is not there or
 /// was cut, nobody asks, or it may end in a part of a record.
 std::optional<FinishedFile> CRawLog::FinishFile(const std::string& path, FileTrouble trouble) {
-    const bool lost = trouble == FileTrouble::Deleted || trouble == FileTrouble::Truncated;
-    if (lost)
-        Stage.ForgetFile();
-    if (lost || IsAway(trouble))
+    if (trouble == FileTrouble::Deleted || trouble == FileTrouble::Truncated) {
+        if (const std::uint64_t gone = Stage.ForgetFile())
+            Messages.Raise({EventKind::LogFailed, path,
+                            Format("%llu frames were in the log file \"%s\", which is lost.\r\n",
+                                   static_cast<unsigned long long>(gone), path.c_str())});
+        return {};
+    }
+    if (IsAway(trouble) || trouble == FileTrouble::Altered)
         return {};
     FinishedFile file{path, Stage.Figures().fileSize, Stage.Sha256(), {}, 0};
     if (!OnFileEnded || file.sha256.empty())

@@ -271,7 +271,9 @@ TEST_F(AFailingDisk, WhatBefallsALogInItsLastMomentIsSaid) {
                       fs::create_hard_link(path, away);
                       fs::rename(Temp.Put("theirs", "theirs"), path);
                   },
-                  "was taken away", 1}};
+                  "was taken away", 1},
+                 {[&] { std::ofstream(path, std::ios::app) << "theirs"; },
+                  "holds bytes of another program", 1}};
     CQorViewIns* pro = Add("PRO", Port);
     for (const auto& c : cases) {
         ASSERT_TRUE(Begin());
@@ -282,6 +284,7 @@ TEST_F(AFailingDisk, WhatBefallsALogInItsLastMomentIsSaid) {
         EXPECT_THAT(Reported(), testing::StartsWith("The log file \"" + path + "\" " + c.said));
         EXPECT_TRUE(Doc.RawLog.Status().runFailed) << c.said;
         EXPECT_EQ(Doc.RawLog.Status().runFrames, c.framesLeft) << c.said;
+        EXPECT_EQ(Doc.RawLog.Status().runGone, 1 - c.framesLeft) << c.said;
         fs::remove(path);
         fs::remove(away);
     }

@@ -77,7 +77,6 @@ void CMessages::Show(const Event& event) {
     case EventKind::DefinitionFaulty:
     case EventKind::MemberRefused:
     case EventKind::UnitsUnknown:
-    case EventKind::SessionLogFailed:
     case EventKind::SettingsFaulty:
     case EventKind::NotOpened:
         break;
