@@ -39,8 +39,8 @@ enum class EventKind : std::uint8_t {
     DefinitionFaulty, ///< subject: the definition's path
     MemberRefused,    ///< subject: package and member
     UnitsUnknown,     ///< subject: the instrument; products that need the unit have no value
-    SettingsFaulty, ///< a line of Instruments.ini was passed over; subject: the file
-    NotOpened,      ///< something that a session names; subject: the file, member or port
+    SettingsFaulty,   ///< a line of Instruments.ini was passed over; subject: the file
+    NotOpened,        ///< something that a session names; subject: the file, member or port
 };
 
 struct Event {
