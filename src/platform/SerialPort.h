@@ -74,6 +74,8 @@ class CSerialPort {
     /// Waits for a pending operation (0 ms: only looks). When both are done, the read is named
     /// first.
     virtual WaitResult Wait(int milliseconds) = 0;
+    /// How long a pending read may keep what has come to itself before it ends, in milliseconds.
+    virtual int LongestRead() const { return 0; }
     /// Collects the pending read; got may be 0.
     virtual SystemError CollectRead(std::size_t& got) = 0;
     virtual SystemError CollectStatus(std::uint32_t& mask) = 0;

@@ -36,6 +36,7 @@ constexpr std::size_t LargestRead = 1024 * 1024;
 /// has come: late times, silence where there is none, and frames that the end of the run discards.
 constexpr std::uint32_t ReadsPerSecond = 20;
 constexpr std::uint32_t BitsPerByte = 10;
+constexpr int LongestReadMilliseconds = 1000 / ReadsPerSecond + 10; ///< with the read interval
 /// As slow as a line may be, a read is worth its while.
 constexpr std::size_t SmallestRead = 16;
 /// How long closing waits for the system to give back the memory of a cancelled operation.
@@ -95,6 +96,7 @@ class CWin32SerialPort final : public CSerialPort {
     IssueResult IssueRead(std::span<std::uint8_t> buffer, std::size_t& got) override;
     IssueResult IssueStatusWait(std::uint32_t& mask) override;
     WaitResult Wait(int milliseconds) override;
+    int LongestRead() const override { return LongestReadMilliseconds; }
     SystemError CollectRead(std::size_t& got) override;
     SystemError CollectStatus(std::uint32_t& mask) override;
     SystemError LastError() const override { return IssueError; }

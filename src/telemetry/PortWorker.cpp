@@ -19,8 +19,6 @@ constexpr int PauseMilliseconds = 50;
 constexpr std::size_t BufferReserve = 100;
 /// What is still read of a port that is to stop; a line that never pauses must not hold it up.
 constexpr std::uint64_t MostAtTheEnd = 1U << 20;
-/// A read that is under way at the end may hold bytes of a burst (Windows); it ends within this.
-constexpr int LastReadMilliseconds = 60;
 
 } // namespace
 
@@ -88,7 +86,7 @@ CommResult CPortWorker::Work() {
 
 /// What the driver holds came before the stop. A failure no longer matters.
 void CPortWorker::ReadRest() {
-    int patience = LastReadMilliseconds;
+    int patience = Port->LongestRead(); // for the bytes that the read under way has
     for (const std::uint64_t begun = BytesRead; BytesRead - begun < MostAtTheEnd;) {
         if (!ReadPending && IssueRead() != CommResult::Success)
             return;

@@ -103,7 +103,7 @@ TEST_F(APortCapture, EndsAtItsLimitAndSaysSoOnce) {
 TEST_F(APortCapture, ThatIsTakenAwayIsSaidAndItsBytesAreCounted) {
     Connect(CaptureRule::All);
     EXPECT_EQ(Receive("first;"), "");
-    ASSERT_EQ(RemoveFile(Path), FileCause::None);
+    ASSERT_EQ(RemoveFile(Doc.Captures.Status()[0].path), FileCause::None);
     EXPECT_THAT(Receive("second;"), HasSubstr("was deleted, moved or cut by another program"));
     EXPECT_EQ(Receive("third;"), "");
     EXPECT_EQ(Doc.Captures.Status()[0].unkept, 19u);
