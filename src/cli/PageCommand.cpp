@@ -9,6 +9,7 @@
 #include "cli/OutputOptions.h"
 #include "cli/PlayedFile.h"
 #include "cli/Report.h"
+#include "views/LogBanner.h"
 #include "views/PageText.h"
 #include "views/Windows.h"
 
@@ -121,6 +122,10 @@ int RunPage(PageOptions& options, CommandContext& context) {
         return ExitBadCall;
     }
     well = PlayUntil(playback, context, options, until) && well;
+    if (options.window == "log") { // it says how long the disk lasts, and looks but once here
+        doc.Room.Watch(LogFolder(doc));
+        doc.Room.AwaitLook();
+    }
     view->Refresh(doc);
     if (options.json)
         WritePageJson(output, options.window, view->Pages());

@@ -24,11 +24,12 @@ void CDiskRoom::Watch(const std::string& folder) {
             return;
         Folder = folder;
         Free.reset();
+        Looked.Clear();
     }
     Changed.Set();
     // Without a thread the room stays unknown, which is what is shown.
-    if (!Worker.IsRunning())
-        static_cast<void>(Worker.Start(ThreadPriority::Normal, [this] { Run(); }));
+    if (!Worker.IsRunning() && !Worker.Start(ThreadPriority::Normal, [this] { Run(); }))
+        Looked.Set();
 }
 
 std::optional<std::uint64_t> CDiskRoom::FreeBytes() const {
@@ -47,8 +48,10 @@ void CDiskRoom::Run() {
         const std::optional<std::uint64_t> free = FreeDiskSpace(folder);
         {
             CLock lock(Guard);
-            if (folder == Folder)
+            if (folder == Folder) {
                 Free = free;
+                Looked.Set();
+            }
         }
         Changed.Wait(LookMilliseconds);
     }

@@ -14,6 +14,7 @@ namespace qor {
 
 class CDiskRoom {
   public:
+    CDiskRoom() { Looked.Set(); }
     /// Waits for a look that is under way.
     ~CDiskRoom();
 
@@ -21,6 +22,8 @@ class CDiskRoom {
     void Watch(const std::string& folder);
     /// Bytes, as of the last look at the folder; empty before the first, or when it says nothing.
     std::optional<std::uint64_t> FreeBytes() const;
+    /// Waits for the first look at the folder, as long as its disk takes: for who looks once.
+    void AwaitLook() const { Looked.Wait(); }
 
   private:
     void Run();
@@ -29,6 +32,7 @@ class CDiskRoom {
     std::string Folder GUARDED_BY(Guard);
     std::optional<std::uint64_t> Free GUARDED_BY(Guard);
     CEvent Stopping, Changed;
+    CEvent Looked; ///< at the folder, or there is none
     CWorker Worker;
 };
 
