@@ -22,7 +22,8 @@ bool IsFree(const std::string& extension) {
     DWORD bytes = 0;
     const LSTATUS error = RegGetValueW(HKEY_CLASSES_ROOT, WideText(extension).c_str(), nullptr,
                                        RRF_RT_REG_SZ, nullptr, nullptr, &bytes);
-    return error != ERROR_SUCCESS || bytes <= sizeof(wchar_t);
+    const bool ofAll = error == ERROR_SUCCESS && bytes > sizeof(wchar_t);
+    return !ofAll && ReadRegistryText(Classes + extension, "").value_or("").empty();
 }
 
 FileCause Register(const FileType& type, const std::string& program) {
