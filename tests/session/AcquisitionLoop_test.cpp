@@ -25,6 +25,13 @@ class ALoop : public AScript, public ASession {
             all += CounterFrame(name, i % 256);
         return all;
     }
+    /// Another log at every round hour, with the sounds that tests listen to.
+    void SetHourly() {
+        Set([](LogOptions& options) {
+            options.everyEnabled = options.loggingSounds = true;
+            options.every = {1, 0, 0};
+        });
+    }
     /// The data of a log without its time tags, where every frame has one.
     static std::string Untagged(const std::string& path, std::size_t frameSize) {
         std::string data = Data(path), frames;
@@ -69,10 +76,7 @@ TEST_F(ALoop, StepTicksOnceASecondOfTheMonotonicClock) {
 
 TEST_F(ALoop, ARoundTimeThatComesWhileAPortIsDisconnectedCostsNoFrame) {
     Add("PRO", Port);
-    Set([](LogOptions& options) {
-        options.everyEnabled = options.loggingSounds = true;
-        options.every = {1, 0, 0};
-    });
+    SetHourly();
     SetMode(LogNamingMode::TimeStamp);
     ASSERT_TRUE(Doc.RawLog.BeginLogFile());
     ASSERT_TRUE(Doc.ConnectAll());
@@ -80,8 +84,9 @@ TEST_F(ALoop, ARoundTimeThatComesWhileAPortIsDisconnectedCostsNoFrame) {
     Script.Bytes(Frames("PRO", 1, 5)).Played();
     CEvent ended, disconnected;
     std::thread ticker;
+    const std::int64_t due = Doc.RawLog.NextTimer();
     Script.WhileClosing = [&] {
-        Clock.Advance(Doc.RawLog.NextTimer() - Clock.MonotonicMilliseconds());
+        Clock.Advance(due - Clock.MonotonicMilliseconds());
         ticker = std::thread([this] { Doc.RawLog.OnLogTick(); });
         ended.Wait();
     };
@@ -102,10 +107,7 @@ TEST_F(ALoop, ARoundTimeThatComesWhileAPortIsDisconnectedCostsNoFrame) {
 
 TEST_F(ALoop, AStopThatComesWhileTheNextLogIsBegunEndsItBehindItsFrames) {
     Add("PRO", Port);
-    Set([](LogOptions& options) {
-        options.everyEnabled = options.loggingSounds = true;
-        options.every = {1, 0, 0};
-    });
+    SetHourly();
     SetMode(LogNamingMode::TimeStamp);
     ASSERT_TRUE(Doc.RawLog.BeginLogFile());
     ASSERT_TRUE(Doc.ConnectAll());
@@ -129,10 +131,7 @@ TEST_F(ALoop, AStopThatComesWhileTheNextLogIsBegunEndsItBehindItsFrames) {
 
 TEST_F(ALoop, FramesThatWaitForALogThatIsRefusedAreCountedAndSaid) {
     CQorViewIns* pro = Add("PRO", Port);
-    Set([](LogOptions& options) {
-        options.everyEnabled = options.loggingSounds = true;
-        options.every = {1, 0, 0};
-    });
+    SetHourly();
     ASSERT_TRUE(Begin()); // its name is not free for a second one
     ASSERT_TRUE(Doc.ConnectAll());
     Loop.Step(0);
@@ -154,10 +153,7 @@ TEST_F(ALoop, FramesThatWaitForALogThatIsRefusedAreCountedAndSaid) {
 
 TEST_F(ALoop, FramesAfterTheOperatorsStopAreNoLossWhileAQuestionIsOpen) {
     Add("PRO", Port);
-    Set([](LogOptions& options) {
-        options.everyEnabled = true;
-        options.every = {1, 0, 0};
-    });
+    SetHourly();
     Set(&SessionState::NoDialogs, false);
     ASSERT_TRUE(Begin());
     ASSERT_TRUE(Doc.ConnectAll());
@@ -180,10 +176,7 @@ TEST_F(ALoop, FramesAfterTheOperatorsStopAreNoLossWhileAQuestionIsOpen) {
 
 TEST_F(ALoop, PortsAreLookedAfterWhileTheNextLogIsWaitedFor) {
     Add("PRO", Port);
-    Set([](LogOptions& options) {
-        options.everyEnabled = true;
-        options.every = {1, 0, 0};
-    });
+    SetHourly();
     Set(&SessionState::NoDialogs, false);
     ASSERT_TRUE(Begin());
     ASSERT_TRUE(Doc.ConnectAll());
