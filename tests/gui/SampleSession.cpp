@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "gui/SampleSession.h"
 
+#include <cstdlib>
 #include <utility>
 
 namespace qor {
 
 std::string Example(const std::string& name) {
-    return std::string(QORVIEW_SOURCE_DIR) + "/examples/" + name;
+    const char* folder = std::getenv("QORVIEW_EXAMPLES");
+    return std::string(folder ? folder : QORVIEW_SOURCE_DIR "/examples") + "/" + name;
 }
 
 namespace {

@@ -14,7 +14,7 @@
 
 namespace qor {
 
-/// An example's path.
+/// An example's path, in the folder that QORVIEW_EXAMPLES names or that of the sources.
 std::string Example(const std::string& name);
 
 class CSampleSession {
