@@ -65,6 +65,9 @@ using CRecursiveLock = CLockOf<CRecursiveMutex>;
 /// A condition variable for a CMutex that the caller holds.
 class CCondition {
   public:
+    /// For waits that a notification ends: what a lost one costs at most.
+    static constexpr int LostWakeMilliseconds = 1000;
+
     void NotifyAll() { Condition.notify_all(); }
 
     /// Waits until the predicate holds or the time is over; returns the predicate.

@@ -72,4 +72,14 @@ std::string TerminalText(std::string_view text, TerminalLayout layout) {
     return shown;
 }
 
+bool HasControlCharacter(std::string_view text) {
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        const auto next = i + 1 < text.size() ? static_cast<unsigned char>(text[i + 1]) : 0;
+        if (byte < 0x20 || byte == 0x7F || (byte == 0xC2 && next < 0xA0))
+            return true;
+    }
+    return false;
+}
+
 } // namespace qor

@@ -19,4 +19,8 @@ enum class TerminalLayout { Lines, OneLine };
 /// is none could become a control character with the bytes behind it.
 std::string TerminalText(std::string_view text, TerminalLayout layout);
 
+/// Whether a text that is to be one line, and steer no terminal, has a control character of UTF-8:
+/// U+0000 to U+001F, U+007F to U+009F.
+bool HasControlCharacter(std::string_view text);
+
 } // namespace qor

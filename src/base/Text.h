@@ -24,6 +24,11 @@
 
 namespace qor {
 
+/// A count as Format's %llu takes it.
+constexpr unsigned long long Printed(std::uint64_t count) {
+    return count;
+}
+
 /// printf into a string of whatever length it takes.
 std::string Format(const char* format, ...) QOR_PRINTF(1, 2);
 

@@ -16,7 +16,7 @@ namespace qor {
 
 namespace {
 
-constexpr double Missing = std::numeric_limits<double>::quiet_NaN();
+constexpr double NoNumber = std::numeric_limits<double>::quiet_NaN();
 constexpr std::size_t LargestChunk = 4096; ///< bins
 
 /// The variables of one instrument's means, written at once: those of a file of frames, over bins.
@@ -180,7 +180,7 @@ void CBinFile::WriteMatrix(int variable, std::span<const std::size_t> columns, a
     for (const auto& [number, bin] : Bins.Bins())
         for (const std::size_t column : columns) {
             const std::optional<double> value = figure(bin.columns[column]);
-            values.push_back(value ? Rounded(*value, Style.digits) : Missing);
+            values.push_back(value ? Rounded(*value, Style.digits) : NoNumber);
         }
     File.Write(variable, {{0, 0}, {BinCount(), columns.size()}}, values.data());
 }

@@ -9,8 +9,6 @@ namespace qor {
 
 namespace {
 
-constexpr int RoundMilliseconds = 1000; // a lost wake-up costs no more than this
-
 /// The instruments of all ports, in their order.
 std::vector<const CQorViewIns*> InstrumentsOf(const CQorViewDoc& doc) REQUIRES(doc.DocLock) {
     std::vector<const CQorViewIns*> instruments;
@@ -94,7 +92,7 @@ void CFramePrinter::Run() {
     for (;;) {
         {
             CLock lock(PrintLock);
-            Changed.WaitFor(PrintLock, RoundMilliseconds,
+            Changed.WaitFor(PrintLock, CCondition::LostWakeMilliseconds,
                             [this]() REQUIRES(PrintLock) { return Ending || !Waiting.empty(); });
             if (Waiting.empty() && Ending)
                 return;

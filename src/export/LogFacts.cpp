@@ -14,10 +14,6 @@ std::optional<std::uint64_t> CountIf(bool checked, std::uint64_t count) {
     return checked ? std::optional(count) : std::nullopt;
 }
 
-unsigned long long Printed(std::uint64_t count) {
-    return count;
-}
-
 /// Of the discarded bytes that were kept.
 double ShareOf(const UnnamedFrames& frames, const PlayFacts& play) {
     return static_cast<double>(frames.bytes) /

@@ -17,10 +17,6 @@ constexpr std::int64_t CounterRange = 256;
 /// Steps of the clock are noted within a second, frames may come seldom.
 constexpr double StepTolerance = 5.0;
 
-unsigned long long Printed(std::uint64_t count) {
-    return count;
-}
-
 /// Text that follows "missing before the one at byte 7".
 std::string AtTime(const FrameTime& time) {
     return time.known ? " (" + TimeText(time) + ")" : "";

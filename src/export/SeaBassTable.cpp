@@ -14,9 +14,9 @@ namespace qor {
 
 namespace {
 
-constexpr std::string_view Missing = "-9999";
+constexpr std::string_view MissingText = "-9999";
 
-std::string FileNameIn(std::string_view path) {
+std::string ShownFileName(std::string_view path) {
     const std::size_t at = path.find_last_of("/\\");
     return SeaBassText(at == path.npos ? path : path.substr(at + 1));
 }
@@ -68,8 +68,8 @@ OutputResult CSeaBassTable::BeginLog(const LogSource& source,
                         " is a field of SeaBASS; choose another --format for this instrument.");
         return {OutputState::Failed, Path};
     }
-    AddOnce(Logs, FileNameIn(source.log));
-    AddOnce(Calibrations, FileNameIn(instrument.live->Definition().FilePath()));
+    AddOnce(Logs, ShownFileName(source.log));
+    AddOnce(Calibrations, ShownFileName(instrument.live->Definition().FilePath()));
     if (std::exchange(Begun, true)) {
         Source.log = source.log, Source.utcOffset = source.utcOffset;
         return {};
@@ -136,7 +136,7 @@ CSeaBassTable::ColumnsOf(const ExportedInstrument& instrument,
 
 void CSeaBassTable::WriteTimeOf(const FrameTime& time) {
     if (!time.known) {
-        Rows.Text(Missing), Rows.Char(','), Rows.Text(Missing);
+        Rows.Text(MissingText), Rows.Char(','), Rows.Text(MissingText);
         return;
     }
     const int shift = time.utcOffsetMinutes - Source.utcOffset.value_or(0);
@@ -186,7 +186,7 @@ void CSeaBassTable::Write(const ExportedFrame& frame) {
         Rows.Char(',');
         const std::optional<double> value = ValueOf(frame, column);
         if (!value) {
-            Rows.Text(Missing);
+            Rows.Text(MissingText);
             continue;
         }
         Extend(column, *value);
@@ -198,7 +198,7 @@ void CSeaBassTable::Write(const ExportedFrame& frame) {
 /// Decided: a track over the 180th meridian has its least longitude in the west, its greatest in
 /// the east.
 std::string CSeaBassTable::Header(std::vector<std::string>& unknown) const {
-    SeaBassValues found{{"data_file_name", FileNameIn(Path)},
+    SeaBassValues found{{"data_file_name", ShownFileName(Path)},
                         {"original_file_name", Joined(Logs)},
                         {"calibration_files", Joined(Calibrations)}};
     if (First) {
@@ -218,7 +218,7 @@ std::string CSeaBassTable::Header(std::vector<std::string>& unknown) const {
     text += "!\n! Decoded by QorView " QORVIEW_VERSION ".\n";
     for (const std::string& one : Lacking)
         text += "! Not in this file, " + one + "\n";
-    text += "!\n/missing=" + std::string(Missing) + "\n/delimiter=comma\n/fields=date,time";
+    text += "!\n/missing=" + std::string(MissingText) + "\n/delimiter=comma\n/fields=date,time";
     for (const Column& column : Columns)
         text += "," + column.field;
     text += "\n/units=yyyymmdd,hh:mm:ss";

@@ -11,12 +11,12 @@ namespace qor {
 
 namespace {
 
-struct StatusRow {
+struct ConversionRow {
     ConversionStatus status;
     std::string_view text;
 };
 
-constexpr StatusRow StatusTable[] = {
+constexpr ConversionRow ConversionTable[] = {
     {ConversionStatus::Good, "Good"},
     {ConversionStatus::WrongDataType, "Wrong data type"},
     {ConversionStatus::FrameTooShort, "Frame too short"},
@@ -28,13 +28,14 @@ constexpr StatusRow StatusTable[] = {
     {ConversionStatus::FieldNotFound, "Field not found"},
     {ConversionStatus::Rejected, "Failed its check"},
 };
-static_assert(IsAscendingTable(StatusTable, &StatusRow::status));
-static_assert(EnumeratorsIn<ConversionStatus, 0x20000000, 0x40>() + 1 == std::size(StatusTable));
+static_assert(IsAscendingTable(ConversionTable, &ConversionRow::status));
+static_assert(EnumeratorsIn<ConversionStatus, 0x20000000, 0x40>() + 1 ==
+              std::size(ConversionTable));
 
 } // namespace
 
 std::string_view ConversionStatusText(ConversionStatus status) {
-    for (const StatusRow& row : StatusTable)
+    for (const ConversionRow& row : ConversionTable)
         if (row.status == status)
             return row.text;
     return "Unknown conversion error";

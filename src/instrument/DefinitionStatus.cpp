@@ -13,14 +13,14 @@ namespace qor {
 namespace {
 
 /// A status as the report of a load and as a diagnostic of a line; a null where it never is one.
-struct StatusRow {
+struct DefinitionRow {
     DefinitionStatus status;
     const char *report, *diagnostic;
 };
 
 constexpr const char* NoText = nullptr;
 
-constexpr StatusRow StatusTable[] = {
+constexpr DefinitionRow DefinitionTable[] = {
     {DefinitionStatus::NoError, "\tNo error.\r\n", "No error.\r\n"},
     {DefinitionStatus::FileNotSpecified,
      "\tThe Calibration or Telemetry Definition File was not specified.\r\n"
@@ -85,8 +85,9 @@ constexpr StatusRow StatusTable[] = {
     {DefinitionStatus::Success, "", NoText},
     {DefinitionStatus::NotHeaderLine, NoText, NoText},
 };
-static_assert(IsAscendingTable(StatusTable, &StatusRow::status));
-static_assert(EnumeratorsIn<DefinitionStatus, 0x30000000, 0x60>() + 1 == std::size(StatusTable));
+static_assert(IsAscendingTable(DefinitionTable, &DefinitionRow::status));
+static_assert(EnumeratorsIn<DefinitionStatus, 0x30000000, 0x60>() + 1 ==
+              std::size(DefinitionTable));
 
 struct ActionRow {
     CorrectiveAction action;
@@ -120,8 +121,8 @@ constexpr ActionRow ActionTable[] = {
 static_assert(IsAscendingTable(ActionTable, &ActionRow::action));
 static_assert(EnumeratorsIn<CorrectiveAction, 0x30000000, 0x60>() + 1 == std::size(ActionTable));
 
-const StatusRow* Find(DefinitionStatus status) {
-    for (const StatusRow& row : StatusTable)
+const DefinitionRow* Find(DefinitionStatus status) {
+    for (const DefinitionRow& row : DefinitionTable)
         if (row.status == status)
             return &row;
     return nullptr;
@@ -130,12 +131,12 @@ const StatusRow* Find(DefinitionStatus status) {
 } // namespace
 
 std::string_view ReportText(DefinitionStatus status) {
-    const StatusRow* const row = Find(status);
+    const DefinitionRow* const row = Find(status);
     return row && row->report ? row->report : "\tUnknown error.\r\n";
 }
 
 std::string_view DiagnosticText(DefinitionStatus status) {
-    const StatusRow* const row = Find(status);
+    const DefinitionRow* const row = Find(status);
     return row && row->diagnostic ? row->diagnostic : "Unknown error.\r\n";
 }
 

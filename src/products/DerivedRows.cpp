@@ -12,7 +12,6 @@ namespace qor {
 
 namespace {
 
-constexpr const char* ParUnits = "uMol/m^2/s";
 constexpr const char* NoValueText = "--";
 
 /// Tilt from two sensors of one frame; the failing axis' status otherwise.

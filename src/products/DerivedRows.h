@@ -49,6 +49,8 @@ enum class ANCDATATYPE : std::uint8_t {
     OxygenSaturation,
 };
 
+inline constexpr const char* ParUnits = "uMol/m^2/s";
+
 /// One product at this moment. Without a value: the conversion status that prevented it, or Good
 /// when there is nothing to compute it from yet (no frame, no setting, no full window).
 struct DerivedRow {

@@ -12,7 +12,7 @@ namespace qor {
 namespace {
 
 // Kept: both factors come from pi taken as 3.1415926; tilts of older logs were computed with them.
-constexpr double RadiansPerDegree = 0.017453292222222222;
+constexpr double RadiansPerTiltDegree = 0.017453292222222222;
 constexpr double DegreesPerRadian = 57.295780490442965;
 
 constexpr double LeastPressureChange = 0.25;
@@ -29,7 +29,7 @@ template <std::size_t N> double Polynomial(const std::array<double, N>& coeffici
 
 double TiltDegrees(double x, double y) {
     const double tangent =
-        std::hypot(std::tan(x * RadiansPerDegree), std::tan(y * RadiansPerDegree));
+        std::hypot(std::tan(x * RadiansPerTiltDegree), std::tan(y * RadiansPerTiltDegree));
     return std::atan(tangent) * DegreesPerRadian;
 }
 

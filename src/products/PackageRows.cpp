@@ -7,8 +7,6 @@ namespace qor {
 
 namespace {
 
-constexpr const char* ParUnits = "uMol/m^2/s";
-
 struct LightFieldRow {
     const char* label;
     ANCDATATYPE kind;

@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 
 namespace qor {
 
@@ -16,7 +15,6 @@ namespace {
 
 constexpr double EarthRadius = 6371008.8; ///< m, mean
 constexpr double SecondsOfADay = 86400.0;
-constexpr double RadiansPerDegree = std::numbers::pi / 180.0;
 
 bool AllDigits(std::string_view text) {
     return std::all_of(text.begin(), text.end(), IsDigit);

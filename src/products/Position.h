@@ -6,10 +6,13 @@
 #pragma once
 
 #include <cstdint>
+#include <numbers>
 #include <optional>
 #include <string_view>
 
 namespace qor {
+
+inline constexpr double RadiansPerDegree = std::numbers::pi / 180.0;
 
 struct GeoPosition {
     double latitude = 0.0;  ///< degrees, north positive

@@ -46,4 +46,6 @@ struct OxygenScale {
 };
 std::optional<OxygenScale> OxygenScaleOf(std::string_view units);
 
+inline constexpr double MpsPerKnot = 1852.0 / 3600.0;
+
 } // namespace qor

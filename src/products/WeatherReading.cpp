@@ -14,7 +14,7 @@ namespace qor {
 
 namespace {
 
-enum class Field : std::uint8_t {
+enum class WeatherField : std::uint8_t {
     None,
     WindSpeed,
     WindFrom,
@@ -29,26 +29,26 @@ enum class Field : std::uint8_t {
 /// A name fits when it has every word of the row, and of the first row that fits.
 struct WordsRow {
     std::string_view first, second;
-    Field field;
+    WeatherField field;
 };
 constexpr WordsRow Words[] = {
-    {"WIND", "REF", Field::WindReference},  {"WIND", "UNIT", Field::WindUnits},
-    {"WIND", "SP", Field::WindSpeed},       {"WIND", "DIR", Field::WindFrom},
-    {"WIND", "ANG", Field::WindFrom},       {"WIND", "FROM", Field::WindFrom},
-    {"TEMP", "AIR", Field::AirTemperature}, {"TEMP", "ATM", Field::AirTemperature},
-    {"AIRT", "", Field::AirTemperature},    {"HUM", "", Field::Humidity},
-    {"BARO", "", Field::AirPressure},       {"PRES", "AIR", Field::AirPressure},
-    {"PRES", "ATM", Field::AirPressure},    {"HEADING", "", Field::Heading},
+    {"WIND", "REF", WeatherField::WindReference},  {"WIND", "UNIT", WeatherField::WindUnits},
+    {"WIND", "SP", WeatherField::WindSpeed},       {"WIND", "DIR", WeatherField::WindFrom},
+    {"WIND", "ANG", WeatherField::WindFrom},       {"WIND", "FROM", WeatherField::WindFrom},
+    {"TEMP", "AIR", WeatherField::AirTemperature}, {"TEMP", "ATM", WeatherField::AirTemperature},
+    {"AIRT", "", WeatherField::AirTemperature},    {"HUM", "", WeatherField::Humidity},
+    {"BARO", "", WeatherField::AirPressure},       {"PRES", "AIR", WeatherField::AirPressure},
+    {"PRES", "ATM", WeatherField::AirPressure},    {"HEADING", "", WeatherField::Heading},
 };
 
-Field FieldOfSensor(const CSensor& sensor) {
+WeatherField WeatherFieldOf(const CSensor& sensor) {
     if (sensor.Fit == FitType::DELIMITER)
-        return Field::None;
+        return WeatherField::None;
     const std::string name = FieldName(sensor);
     for (const WordsRow& row : Words)
         if (name.find(row.first) != name.npos && name.find(row.second) != name.npos)
             return row.field;
-    return Field::None;
+    return WeatherField::None;
 }
 
 bool IsTrueByName(const CSensor& sensor) {
@@ -66,7 +66,7 @@ struct WindParts {
     }
 };
 
-struct Parts {
+struct WeatherParts {
     WindParts relative, trueWind;
     std::string unitsLetter;
     bool allTrue = false; ///< the sentence says that its wind is
@@ -74,7 +74,7 @@ struct Parts {
 
 /// A station that does not say which of the two it means measures what blows at it.
 /// Decided: so a wind without a word is the relative one.
-WindParts& PartsOf(Parts& parts, const CSensor& sensor) {
+WindParts& PartsOf(WeatherParts& parts, const CSensor& sensor) {
     return parts.allTrue || IsTrueByName(sensor) ? parts.trueWind : parts.relative;
 }
 
@@ -101,42 +101,42 @@ std::optional<double> AngleOf(const std::optional<double>& degrees) {
 }
 
 /// What tells how the others are meant comes first.
-void TakeReference(const CLiveInstrument& instrument, const CSensor& sensor, Parts& parts) {
-    const Field field = FieldOfSensor(sensor);
-    if (field == Field::WindReference)
+void TakeReference(const CLiveInstrument& instrument, const CSensor& sensor, WeatherParts& parts) {
+    const WeatherField field = WeatherFieldOf(sensor);
+    if (field == WeatherField::WindReference)
         parts.allTrue = FieldAsText(instrument, sensor) == "T";
-    if (field == Field::WindUnits)
+    if (field == WeatherField::WindUnits)
         parts.unitsLetter = FieldAsText(instrument, sensor);
 }
 
-void TakeField(const CLiveInstrument& instrument, const CSensor& sensor, Parts& parts,
+void TakeField(const CLiveInstrument& instrument, const CSensor& sensor, WeatherParts& parts,
                WeatherReading& reading) {
     const auto number = [&] { return FieldAsNumber(instrument, sensor); };
-    switch (FieldOfSensor(sensor)) {
-    case Field::None:
-    case Field::WindReference:
-    case Field::WindUnits:
+    switch (WeatherFieldOf(sensor)) {
+    case WeatherField::None:
+    case WeatherField::WindReference:
+    case WeatherField::WindUnits:
         break;
-    case Field::WindSpeed:
+    case WeatherField::WindSpeed:
         if (WindParts& wind = PartsOf(parts, sensor); !wind.speed) // some give it in two units
             wind.speed = SpeedOf(instrument, sensor, parts.unitsLetter);
         break;
-    case Field::WindFrom:
+    case WeatherField::WindFrom:
         if (WindParts& wind = PartsOf(parts, sensor); !wind.from)
             wind.from = AngleOf(number());
         break;
-    case Field::AirTemperature:
+    case WeatherField::AirTemperature:
         reading.airTemperature =
             Converted(number(), TemperatureScale(sensor.Units.empty() ? "C" : sensor.Units));
         break;
-    case Field::Humidity:
+    case WeatherField::Humidity:
         reading.humidity = number();
         break;
-    case Field::AirPressure:
+    case WeatherField::AirPressure:
         reading.pressure =
             Converted(number(), AirPressureScale(sensor.Units.empty() ? "hPa" : sensor.Units));
         break;
-    case Field::Heading:
+    case WeatherField::Heading:
         reading.heading = AngleOf(number());
         break;
     }
@@ -159,16 +159,16 @@ void WeatherReading::FillFrom(const WeatherReading& other) {
 
 bool IsWeatherStation(const CInstrument& definition) {
     return std::ranges::any_of(definition.Sensors(), [](const CSensor& sensor) {
-        const Field field = FieldOfSensor(sensor);
+        const WeatherField field = WeatherFieldOf(sensor);
         // Humidity alone is measured inside of housings too.
-        return field == Field::WindSpeed || field == Field::AirTemperature ||
-               field == Field::AirPressure;
+        return field == WeatherField::WindSpeed || field == WeatherField::AirTemperature ||
+               field == WeatherField::AirPressure;
     });
 }
 
 WeatherReading ReadWeather(const CLiveInstrument& instrument) {
     WeatherReading reading;
-    Parts parts;
+    WeatherParts parts;
     if (!instrument.CurrentFrame())
         return reading;
     for (const CSensor& sensor : instrument.Definition().Sensors())

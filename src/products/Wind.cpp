@@ -3,13 +3,13 @@
 // The apparent wind is the true wind less the ship's own motion: adding the motion gives it back.
 #include "products/Wind.h"
 
+#include "products/Position.h"
+
 #include <cmath>
-#include <numbers>
 
 namespace qor {
 
 Wind TrueWind(double relativeSpeed, double relativeFrom, const ShipsWay& ship) {
-    constexpr double RadiansPerDegree = std::numbers::pi / 180.0;
     constexpr double Calm = 1e-9; ///< of the speeds that went in: what rounding leaves
 
     const double apparent = (ship.heading + relativeFrom) * RadiansPerDegree;

@@ -10,9 +10,8 @@ namespace qor {
 
 namespace {
 
-constexpr int LastSuffix = 99;
 constexpr std::size_t LongestPortName = 64;
-constexpr std::string_view Extension = ".bin";
+constexpr std::string_view CaptureExtension = ".bin";
 
 /// A port's name as part of a file's: "ttyUSB0" of "/dev/ttyUSB0"; its end is what tells long ones
 /// apart.
@@ -41,7 +40,8 @@ FileCause CCaptureFile::Create(const std::string& folder, const FrameTime& now,
     const std::string stem = folder + log.substr(0, log.rfind('.')) + "-" + FileNameOf(port);
     FileCause cause = FileCause::AccessDenied;
     for (int number = 1; number <= LastSuffix && cause != FileCause::None; ++number) {
-        Name = stem + (number == 1 ? "" : "-" + std::to_string(number)) + std::string(Extension);
+        Name = stem + (number == 1 ? "" : "-" + std::to_string(number)) +
+               std::string(CaptureExtension);
         const bool taken = FileExists(Name) || IsSymbolicLink(Name);
         if (taken)
             continue;

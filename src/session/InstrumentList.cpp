@@ -11,7 +11,7 @@
 namespace qor {
 namespace {
 
-constexpr const char* Gone = "There is no such instrument in the session any more.";
+constexpr const char* NoSuchInstrument = "There is no such instrument in the session any more.";
 constexpr std::size_t LongestTitle = 4096; // as in session files
 
 std::string TitleFault(const std::string& title) {
@@ -115,7 +115,7 @@ std::string CInstrumentList::ChangeSettings(InstrumentId instrument,
     CRecursiveLock lock(Doc.DocLock);
     CQorViewIns* found = Doc.Find(instrument);
     if (!found)
-        return Gone;
+        return NoSuchInstrument;
     found->Live.Immersed = settings.Immersed;
     found->LoggingEnabled = settings.LogEnabled;
     found->Title = settings.Title;
@@ -128,7 +128,7 @@ std::string CInstrumentList::SetAcquisition(InstrumentId instrument, bool on) {
     CRecursiveLock lock(Doc.DocLock);
     CQorViewIns* found = Doc.Find(instrument);
     if (!found)
-        return Gone;
+        return NoSuchInstrument;
     if (found->AcquisitionEnabled == on)
         return {};
     const std::string& name = found->Name();
@@ -149,7 +149,7 @@ std::string CInstrumentList::UseAsDefault(InstrumentId instrument) {
         CRecursiveLock lock(Doc.DocLock);
         const CQorViewIns* found = Doc.Find(instrument);
         if (!found)
-            return Gone;
+            return NoSuchInstrument;
         name = found->Name();
         settings = SettingsNow(*found);
     }
@@ -160,7 +160,7 @@ std::string CInstrumentList::ResetCounts(InstrumentId instrument) {
     CRecursiveLock lock(Doc.DocLock);
     CQorViewIns* found = Doc.Find(instrument);
     if (!found)
-        return Gone;
+        return NoSuchInstrument;
     found->Checks.ResetCounts();
     Doc.NoteChange();
     return {};
@@ -170,7 +170,7 @@ std::string CInstrumentList::WhyNotMoved(InstrumentId instrument, ResourceId res
     CRecursiveLock lock(Doc.DocLock);
     const SessionState::FrameOwner* owner = Doc.OwnerOf(instrument);
     if (!owner)
-        return Gone;
+        return NoSuchInstrument;
     if (!Doc.Find(resource))
         return "There is no such resource in the session any more.";
     if (owner->package)

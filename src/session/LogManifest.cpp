@@ -132,7 +132,7 @@ ManifestSource SourceIn(const JsonValue& object, std::string_view name, const st
 }
 
 /// A text of code points below 256 as the bytes that they stand for.
-std::string BytesOfText(std::string_view text) {
+std::string BytesOfName(std::string_view text) {
     std::string bytes;
     for (std::size_t i = 0; i < text.size(); ++i) {
         const auto lead = static_cast<unsigned char>(text[i]);
@@ -144,7 +144,7 @@ std::string BytesOfText(std::string_view text) {
 
 LogManifest::Instrument InstrumentIn(const JsonValue& object, const std::string& folder) {
     LogManifest::Instrument instrument;
-    instrument.name = BytesOfText(TextIn(object, "name"));
+    instrument.name = BytesOfName(TextIn(object, "name"));
     instrument.member = TextIn(object, "member");
     instrument.source =
         SourceIn(object, instrument.member.empty() ? "definition" : "package", folder);

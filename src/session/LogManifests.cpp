@@ -12,8 +12,6 @@ namespace qor {
 
 namespace {
 
-constexpr int RoundMilliseconds = 1000; // a lost wake-up costs no more than this
-
 /// What was counted since the log began; a count that begins anew counts from there.
 std::uint64_t Since(std::uint64_t now, std::uint64_t before) {
     return now >= before ? now - before : now;
@@ -136,7 +134,7 @@ void CLogManifests::Run() {
         std::vector<Job> taken;
         {
             CLock lock(JobLock);
-            Changed.WaitFor(JobLock, RoundMilliseconds,
+            Changed.WaitFor(JobLock, CCondition::LostWakeMilliseconds,
                             [this]() REQUIRES(JobLock) { return Stopping || !Jobs.empty(); });
             taken.swap(Jobs);
             if (taken.empty() && Stopping)

@@ -28,7 +28,6 @@ constexpr std::uint64_t TailBytes = CFrameEnd::LongestFixedFrame + (1U << 20);
 /// No header block is as long.
 constexpr std::uint64_t MostHeader = 64 * HeaderRecordSize;
 /// Side files of one log.
-constexpr int LastSuffix = 99;
 /// A log that is written grows more often than this.
 constexpr std::chrono::minutes RestingTime{1};
 

@@ -14,7 +14,7 @@
 namespace qor {
 namespace {
 
-constexpr int LookMilliseconds = 100;
+constexpr int StopLookMilliseconds = 100;
 
 } // namespace
 
@@ -168,7 +168,7 @@ void CLogRun::WaitForPosition(int milliseconds, const CEvent& stop) {
         CRecursiveLock lock(Doc.DocLock);
         if (HasPosition(Doc, Doc.Clock.Now()))
             return;
-    } while (Doc.Clock.MonotonicMilliseconds() < until && !stop.Wait(LookMilliseconds));
+    } while (Doc.Clock.MonotonicMilliseconds() < until && !stop.Wait(StopLookMilliseconds));
 }
 
 bool CLogRun::Begin() {

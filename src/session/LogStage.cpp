@@ -10,11 +10,7 @@
 #include <utility>
 
 namespace qor {
-namespace {
-
-constexpr int RoundMilliseconds = 1000; // a lost wake-up costs no more than this
-
-} // namespace
+namespace {} // namespace
 
 CLogStage::~CLogStage() {
     Close();
@@ -111,9 +107,9 @@ void CLogStage::Run() {
             const auto hasWork = [this]()
                                      REQUIRES(StageLock) { return !Pending.Empty() && !Resting; };
             Idle = !hasWork() && !Stopping;
-            Changed.WaitFor(StageLock, RoundMilliseconds, [this, &hasWork]() REQUIRES(StageLock) {
-                return Stopping || hasWork();
-            });
+            Changed.WaitFor(StageLock, CCondition::LostWakeMilliseconds,
+                            [this, &hasWork]()
+                                REQUIRES(StageLock) { return Stopping || hasWork(); });
             Idle = false;
             if (!hasWork()) {
                 if (Stopping)
@@ -180,9 +176,10 @@ void CLogStage::Count(std::size_t written, FileCause cause) {
 
 void CLogStage::Drain() {
     CLock lock(StageLock);
-    while (!Changed.WaitFor(StageLock, RoundMilliseconds, [this]() REQUIRES(StageLock) {
-        return (Pending.Empty() || Resting) && !Busy;
-    })) {
+    while (
+        !Changed.WaitFor(StageLock, CCondition::LostWakeMilliseconds, [this]() REQUIRES(StageLock) {
+            return (Pending.Empty() || Resting) && !Busy;
+        })) {
     }
 }
 

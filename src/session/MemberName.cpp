@@ -3,6 +3,7 @@
 // Archives say whether a name is UTF-8, but not all of them rightly, so the bytes decide.
 #include "session/MemberName.h"
 
+#include "base/TerminalText.h"
 #include "base/Text.h"
 
 #include <algorithm>
@@ -46,19 +47,8 @@ void AppendUtf8(std::string& text, unsigned code) {
     text += static_cast<char>(0x80 | (code & 0x3f));
 }
 
-bool IsLetter(char c) {
+bool IsDriveLetter(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
-
-/// U+0000 to U+001f, U+007f to U+009f.
-bool HasControl(std::string_view name) {
-    for (std::size_t i = 0; i < name.size(); ++i) {
-        const auto byte = static_cast<unsigned char>(name[i]);
-        const auto next = static_cast<unsigned char>(i + 1 < name.size() ? name[i + 1] : 0);
-        if (byte < 0x20 || byte == 0x7f || (byte == 0xc2 && next < 0xa0))
-            return true;
-    }
-    return false;
 }
 
 bool LeadsOutside(std::string_view name) {
@@ -93,9 +83,9 @@ std::string MemberNameOf(std::string_view stored) {
 }
 
 bool IsHostileName(std::string_view name) {
-    const bool hasDrive = name.size() > 1 && name[1] == ':' && IsLetter(name[0]);
+    const bool hasDrive = name.size() > 1 && name[1] == ':' && IsDriveLetter(name[0]);
     return name.empty() || name.size() > LongestName || name.front() == '/' || hasDrive ||
-           HasControl(name) || LeadsOutside(name);
+           HasControlCharacter(name) || LeadsOutside(name);
 }
 
 } // namespace qor

@@ -14,7 +14,7 @@ namespace qor {
 
 namespace {
 
-constexpr std::size_t SampleSize = 160, MostDistances = 12, FollowingBytes = 12;
+constexpr std::size_t ShownBytes = 160, MostDistances = 12, FollowingBytes = 12;
 
 std::string Quoted(std::string_view bytes) {
     return "\"" + Printable(bytes) + "\"";
@@ -218,7 +218,7 @@ NearestMiss NearestMissOf(const CInstrument& instrument, ByteSpan bytes, std::ui
     NearestMiss miss;
     miss.header = TraceHeader(instrument.SyncHeader(), bytes, skipped);
     miss.look = LookAt(bytes);
-    miss.sample = Printable(AsText(bytes.first(std::min(bytes.size(), SampleSize))));
+    miss.sample = Printable(AsText(bytes.first(std::min(bytes.size(), ShownBytes))));
     for (const auto& causeOf : Causes) {
         miss.cause = causeOf({instrument, bytes, lineErrors, skipped, miss});
         if (!miss.cause.empty())

@@ -13,7 +13,7 @@ namespace qor {
 
 namespace {
 
-constexpr std::size_t LargestFile = 8U << 20;
+constexpr std::size_t LargestProfile = 8U << 20;
 constexpr std::string_view ReservedInSection = "[]";
 constexpr std::string_view ReservedInKey = "=[;#";
 
@@ -23,7 +23,7 @@ FileCause CFileProfileStore::Load(const std::string& path) {
     Path = path;
     Values.clear();
     std::string text;
-    FileCause cause = ReadWholeFile(path, LargestFile, text);
+    FileCause cause = ReadWholeFile(path, LargestProfile, text);
     if (cause == FileCause::FileNotFound || cause == FileCause::BadPath)
         cause = FileCause::None;
     if (cause == FileCause::None)

@@ -22,7 +22,6 @@ namespace qor {
 namespace {
 
 /// How many logs of one folder may have the name of one second.
-constexpr int LastSuffix = 99;
 /// Between two tries to begin another file, in milliseconds.
 constexpr std::int64_t RetryMilliseconds = 3000;
 /// Between two files that are given up because they could not be synchronised.

@@ -10,7 +10,7 @@
 namespace qor {
 namespace {
 
-constexpr const char* Gone = "There is no such resource in the session any more.";
+constexpr const char* NoSuchResource = "There is no such resource in the session any more.";
 constexpr Range SpeedRange = {0.01, 1000};
 
 std::string LineFault(const SerialResourceSettings& settings) {
@@ -55,7 +55,7 @@ std::string CResourceList::ModifyResource(ResourceId resource,
         CRecursiveLock lock(Doc.DocLock);
         const CQorViewRes* found = Doc.Find(resource);
         if (!found)
-            return Gone;
+            return NoSuchResource;
         if (found->IsFile())
             return found->Name() + " is a file and has no line settings.";
         connected = found->Comm.Figures().connected;
@@ -70,7 +70,7 @@ std::string CResourceList::ModifyResource(ResourceId resource,
         CRecursiveLock lock(Doc.DocLock);
         CQorViewRes* found = Doc.Find(resource);
         if (!found)
-            return Gone;
+            return NoSuchResource;
         if (const CommResult result = Doc.Controller()->ModifyResource(wanted);
             result != CommResult::Success)
             return Failure(wanted.portName + " keeps its settings", result);
@@ -98,7 +98,7 @@ std::string CResourceList::ResetCounts(ResourceId resource) {
     CRecursiveLock lock(Doc.DocLock);
     CQorViewRes* found = Doc.Find(resource);
     if (!found)
-        return Gone;
+        return NoSuchResource;
     for (const auto& instrument : found->Instruments)
         instrument->Checks.ResetCounts();
     found->Comm.ResetBytesDiscarded();
@@ -110,7 +110,7 @@ std::string CResourceList::WhyNotAFile(ResourceId file) const {
     CRecursiveLock lock(Doc.DocLock);
     const CQorViewRes* found = Doc.Find(file);
     if (!found)
-        return Gone;
+        return NoSuchResource;
     return found->IsFile() ? "" : found->Name() + " is a port; only a file is played.";
 }
 

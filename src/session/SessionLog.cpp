@@ -14,9 +14,8 @@ namespace {
 
 constexpr std::string_view LineEnd = "\r\n";
 constexpr const char* ProductName = "QorView";
-constexpr const char* Extension = "log";
+constexpr const char* LogExtension = "log";
 constexpr int LastNumber = 9;
-constexpr int RoundMilliseconds = 1000; // a lost wake-up costs no more than this
 /// Bytes that may wait for a disk that has stalled.
 constexpr std::size_t MostPending = std::size_t{16} << 20;
 /// Bytes of entries that are kept for the window; beyond them the older half goes.
@@ -28,7 +27,6 @@ std::string DirectoryPart(const std::string& path) {
 }
 
 /// Session logs of one second that are kept; more are not expected.
-constexpr int LastSuffix = 99;
 
 /// When a session log was begun, by its first stamp, as names have it; empty when it has none.
 std::string BeginOf(std::string text) {
@@ -61,8 +59,8 @@ bool KeepEarlier(const std::string& path, const std::string& now) {
         begin = BeginOf(std::string(AsText(ByteSpan(stamp).first(got))));
     }
     const std::string folder = DirectoryPart(path);
-    const std::string kept =
-        folder + Format("%s-%s.%s", ProductName, (begin.empty() ? now : begin).c_str(), Extension);
+    const std::string kept = folder + Format("%s-%s.%s", ProductName,
+                                             (begin.empty() ? now : begin).c_str(), LogExtension);
     for (int number = 1; number <= LastSuffix; ++number)
         if (const std::string name = WithSuffix(kept, number); IsFree(name))
             return RenameToNew(path, name) == FileCause::None;
@@ -191,8 +189,8 @@ void CSessionLog::CloseFile() {
 std::string CSessionLog::OpenFirstFree(const std::string& directory) {
     for (int number = 1; number <= LastNumber; ++number) {
         std::string path =
-            directory + (number == 1 ? Format("%s.%s", ProductName, Extension)
-                                     : Format("%s%01d.%s", ProductName, number, Extension));
+            directory + (number == 1 ? Format("%s.%s", ProductName, LogExtension)
+                                     : Format("%s%01d.%s", ProductName, number, LogExtension));
         if (!KeepEarlier(path, FormatTime("%Y-%j-%H%M%S", LocalCalendar(Session.Clock.Now()))))
             continue;
         FileCause cause = File.CreateExclusive(path);
@@ -248,7 +246,7 @@ void CSessionLog::Run() {
             CLock lock(WriterLock);
             Busy = false;
             Changed.NotifyAll();
-            Changed.WaitFor(WriterLock, RoundMilliseconds,
+            Changed.WaitFor(WriterLock, CCondition::LostWakeMilliseconds,
                             [this]() REQUIRES(WriterLock) { return Stopping || !Pending.empty(); });
             if (Pending.empty() && Stopping)
                 return;
@@ -276,7 +274,7 @@ void CSessionLog::Run() {
 void CSessionLog::WaitForDisk() {
     CLock lock(WriterLock);
     while (Started &&
-           !Changed.WaitFor(WriterLock, RoundMilliseconds,
+           !Changed.WaitFor(WriterLock, CCondition::LostWakeMilliseconds,
                             [this]() REQUIRES(WriterLock) { return Pending.empty() && !Busy; })) {
     }
 }

@@ -2,6 +2,7 @@
 //
 // From a session file's bytes to the records. Every object is read through CObjectReader, which
 // knows its place, lets the first fault win, and keeps what nobody asked for.
+#include "base/TerminalText.h"
 #include "base/Text.h"
 #include "platform/FileErrorText.h"
 #include "platform/WholeFile.h"
@@ -65,17 +66,6 @@ std::string Described(const JsonValue& value) {
 std::string RangeText(const Range& range) {
     return "from " + JsonValue::Number(range.least).text + " to " +
            JsonValue::Number(range.greatest).text;
-}
-
-/// A header record, a file's name, a port are one line; nothing in them may steer a terminal.
-bool HasControlCharacter(std::string_view text) {
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const auto byte = static_cast<unsigned char>(text[i]);
-        const auto next = i + 1 < text.size() ? static_cast<unsigned char>(text[i + 1]) : 0;
-        if (byte < 0x20 || byte == 0x7F || (byte == 0xC2 && next < 0xA0))
-            return true;
-    }
-    return false;
 }
 
 /// What is wrong with a text of a session, or nothing.

@@ -30,7 +30,7 @@ std::string RepeatText(const ByteRepeat& repeat) {
                   Printable(repeat.bytes).c_str(), repeat.distance, repeat.count, repeat.first);
 }
 
-std::string LineEndOf(std::string_view text) {
+std::string CommonLineEnd(std::string_view text) {
     std::size_t both = 0, feeds = 0, returns = 0;
     for (std::size_t i = 0; i < text.size(); ++i) {
         if (text[i] == '\n')
@@ -117,7 +117,7 @@ std::string CommonStart(const std::vector<std::string_view>& lines, char delimit
 }
 
 void LookAtText(std::string_view text, StreamLook& look) {
-    look.lineEnd = LineEndOf(text);
+    look.lineEnd = CommonLineEnd(text);
     const std::vector<std::string_view> lines =
         look.lineEnd.empty() ? std::vector<std::string_view>() : LinesOf(text, look.lineEnd);
     if (lines.empty()) {

@@ -14,8 +14,8 @@ namespace qor {
 
 namespace {
 
-constexpr const char* WindowName = "Ancillary View";
-constexpr const char* SectionName = "\\Ancillary";
+constexpr const char* AncTitle = "Ancillary View";
+constexpr const char* AncSection = "\\Ancillary";
 constexpr int TimeDecimals = 2;
 constexpr int ValueDecimals = 4;
 
@@ -35,7 +35,7 @@ FieldView ViewOf(int viewType) {
 bool CAncViewSettings::Save(CProfileStore& store, const std::string& prefix) const {
     if (prefix.empty())
         return false;
-    const std::string section = prefix + SectionName;
+    const std::string section = prefix + AncSection;
     SavePlace(store, section);
     store.WriteInteger(section, "ViewType", ViewType);
     store.WriteInteger(section, "PageIndex", PageIndex);
@@ -46,7 +46,7 @@ bool CAncViewSettings::Save(CProfileStore& store, const std::string& prefix) con
 bool CAncViewSettings::Load(const CProfileStore& store, const std::string& prefix) {
     if (prefix.empty())
         return false;
-    const std::string section = prefix + SectionName;
+    const std::string section = prefix + AncSection;
     LoadPlace(store, section);
     LoadInteger(store, section, "ViewType", ViewType);
     LoadInteger(store, section, "PageIndex", PageIndex);
@@ -88,8 +88,8 @@ void CAncViewDlg::Initialise(const CQorViewIns& instrument) {
     Signal.blinkPhase = false;
     Visible = {};
     const std::string title = instrument.Title.empty()
-                                  ? WindowName
-                                  : Format("%s - %s", WindowName, Utf8Of(instrument.Title).c_str());
+                                  ? AncTitle
+                                  : Format("%s - %s", AncTitle, Utf8Of(instrument.Title).c_str());
     Sensors = {title, {}};
     Derived = {title, {}};
     BuildSensorPage(instrument);

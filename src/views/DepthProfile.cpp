@@ -11,8 +11,8 @@ namespace qor {
 
 namespace {
 
-constexpr const char* SectionName = "\\Profile";
-constexpr const char* WindowName = "Depth profile";
+constexpr const char* DepthProfileSection = "\\Profile";
+constexpr const char* DepthProfileTitle = "Depth profile";
 constexpr double Ever = HUGE_VAL;
 constexpr int DepthDecimals = 1;
 
@@ -43,7 +43,7 @@ PlotAxis DepthAxis() {
 bool CDepthProfileSettings::Save(CProfileStore& store, const std::string& prefix) const {
     if (prefix.empty())
         return false;
-    const std::string section = prefix + SectionName;
+    const std::string section = prefix + DepthProfileSection;
     SaveItems(store, section);
     store.WriteInteger(section, "UpCast", UpCast);
     store.WriteInteger(section, "PreviousCast", PreviousCast);
@@ -53,7 +53,7 @@ bool CDepthProfileSettings::Save(CProfileStore& store, const std::string& prefix
 bool CDepthProfileSettings::Load(const CProfileStore& store, const std::string& prefix) {
     if (prefix.empty())
         return false;
-    const std::string section = prefix + SectionName;
+    const std::string section = prefix + DepthProfileSection;
     LoadItems(store, section);
     LoadInteger(store, section, "UpCast", UpCast);
     LoadInteger(store, section, "PreviousCast", PreviousCast);
@@ -95,7 +95,7 @@ bool CDepthProfileView::Refresh(CQorViewDoc&) {
 
 void CDepthProfileView::Draw() {
     std::vector<PlotCurve> before = std::move(Page.curves);
-    Plot.BeginPage(WindowName, false, Page);
+    Plot.BeginPage(DepthProfileTitle, false, Page);
     Page.key = DepthAxis();
     if (const auto choice = Settings.Axes.find(CHistoryPlotSettings::KeyAxisName);
         choice != Settings.Axes.end())

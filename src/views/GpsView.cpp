@@ -2,6 +2,7 @@
 #include "views/GpsView.h"
 
 #include "base/Text.h"
+#include "products/SensorUnits.h"
 #include "views/AncRows.h"
 #include "views/NumberText.h"
 #include "views/PlotRange.h"
@@ -15,14 +16,13 @@ namespace qor {
 
 namespace {
 
-constexpr const char* SectionName = "\\GPS";
-constexpr double MetresPerSecondInAKnot = 1852.0 / 3600.0;
+constexpr const char* GpsSection = "\\GPS";
 
-struct IntegerSetting {
+struct GpsSetting {
     const char* key;
     int CGpsViewSettings::*field;
 };
-constexpr IntegerSetting IntegerSettings[] = {
+constexpr GpsSetting GpsSettings[] = {
     {"DecimalDegrees", &CGpsViewSettings::DecimalDegrees},
     {"Sentences", &CGpsViewSettings::Sentences},
     {"TrackUnits", &CGpsViewSettings::TrackUnits},
@@ -87,18 +87,18 @@ bool IsOld(const CQorViewIns& sentence, std::int64_t now) {
 bool CGpsViewSettings::Save(CProfileStore& store, const std::string& prefix) const {
     if (prefix.empty())
         return false;
-    SavePlace(store, prefix + SectionName);
-    for (const IntegerSetting& setting : IntegerSettings)
-        store.WriteInteger(prefix + SectionName, setting.key, this->*setting.field);
+    SavePlace(store, prefix + GpsSection);
+    for (const GpsSetting& setting : GpsSettings)
+        store.WriteInteger(prefix + GpsSection, setting.key, this->*setting.field);
     return true;
 }
 
 bool CGpsViewSettings::Load(const CProfileStore& store, const std::string& prefix) {
     if (prefix.empty())
         return false;
-    LoadPlace(store, prefix + SectionName);
-    for (const IntegerSetting& setting : IntegerSettings)
-        LoadInteger(store, prefix + SectionName, setting.key, this->*setting.field);
+    LoadPlace(store, prefix + GpsSection);
+    for (const GpsSetting& setting : GpsSettings)
+        LoadInteger(store, prefix + GpsSection, setting.key, this->*setting.field);
     return true;
 }
 
@@ -243,8 +243,7 @@ void CGpsView::FillGrid(const std::vector<const CQorViewIns*>& sentences, std::i
     addNumber("Satellites", "", said.satellites, 0, old(&GpsSentence::satellites));
     addNumber("HDOP", "", said.hdop, 1, old(&GpsSentence::hdop));
     addNumber("Altitude", "m", said.altitude, 1, old(&GpsSentence::altitude));
-    const auto knots =
-        said.speed ? std::optional(*said.speed / MetresPerSecondInAKnot) : std::nullopt;
+    const auto knots = said.speed ? std::optional(*said.speed / MpsPerKnot) : std::nullopt;
     addNumber("Speed", "kn", knots, 1, old(&GpsSentence::speed));
     addNumber("Course", "deg", said.course, 0, old(&GpsSentence::course));
     if (said.heading)

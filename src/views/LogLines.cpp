@@ -13,10 +13,6 @@ namespace qor {
 
 namespace {
 
-unsigned long long Printed(std::uint64_t count) {
-    return count;
-}
-
 constexpr std::size_t LeastName = 12; // characters of a port's name
 /// A write that has taken so long is a disk that takes nothing, in milliseconds.
 constexpr std::int64_t Stalled = 2000;

@@ -12,7 +12,7 @@ namespace qor {
 
 namespace {
 
-constexpr const char* SectionName = "\\Monitor";
+constexpr const char* MonitorSection = "\\Monitor";
 constexpr int Hexadecimal = 0, AsText8 = 1, Fields = 2;
 constexpr int FieldDecimals = 4;
 
@@ -38,18 +38,18 @@ std::string TimeOf(const FrameTime& time) {
 bool CMonitorViewSettings::Save(CProfileStore& store, const std::string& prefix) const {
     if (prefix.empty())
         return false;
-    SavePlace(store, prefix + SectionName);
-    store.WriteInteger(prefix + SectionName, "Form", Form);
-    store.WriteInteger(prefix + SectionName, "OnlyBad", OnlyBad);
+    SavePlace(store, prefix + MonitorSection);
+    store.WriteInteger(prefix + MonitorSection, "Form", Form);
+    store.WriteInteger(prefix + MonitorSection, "OnlyBad", OnlyBad);
     return true;
 }
 
 bool CMonitorViewSettings::Load(const CProfileStore& store, const std::string& prefix) {
     if (prefix.empty())
         return false;
-    LoadPlace(store, prefix + SectionName);
-    LoadInteger(store, prefix + SectionName, "Form", Form);
-    LoadInteger(store, prefix + SectionName, "OnlyBad", OnlyBad);
+    LoadPlace(store, prefix + MonitorSection);
+    LoadInteger(store, prefix + MonitorSection, "Form", Form);
+    LoadInteger(store, prefix + MonitorSection, "OnlyBad", OnlyBad);
     return true;
 }
 

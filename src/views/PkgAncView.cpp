@@ -14,7 +14,7 @@ namespace qor {
 
 namespace {
 
-constexpr const char* SectionName = "\\Ancillary";
+constexpr const char* PkgAncSection = "\\Ancillary";
 
 struct WatchedRow {
     ANCDATATYPE kind;
@@ -41,7 +41,7 @@ template <class Kept> auto WatchedRanges(Kept& settings, ANCDATATYPE kind) {
 bool CPkgAncViewSettings::Save(CProfileStore& store, const std::string& prefix) const {
     if (prefix.empty())
         return false;
-    const std::string section = prefix + SectionName;
+    const std::string section = prefix + PkgAncSection;
     SavePlace(store, section);
     for (const WatchedRow& watched : WatchedRows)
         SaveRanges(store, section, watched.key, this->*watched.ranges);
@@ -51,7 +51,7 @@ bool CPkgAncViewSettings::Save(CProfileStore& store, const std::string& prefix) 
 bool CPkgAncViewSettings::Load(const CProfileStore& store, const std::string& prefix) {
     if (prefix.empty())
         return false;
-    const std::string section = prefix + SectionName;
+    const std::string section = prefix + PkgAncSection;
     LoadPlace(store, section);
     for (const WatchedRow& watched : WatchedRows)
         LoadRanges(store, section, watched.key, this->*watched.ranges);

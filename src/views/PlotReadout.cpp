@@ -73,7 +73,7 @@ double DayOf(const PlotAxis& axis, double place) {
 }
 
 /// Of "hh:mm" or "hh:mm:ss".
-std::optional<double> SecondsOfDay(std::string_view text) {
+std::optional<double> SecondsOfClock(std::string_view text) {
     std::array<double, 3> parts{};
     constexpr std::array<double, 3> Limits{24.0, 60.0, 60.0};
     std::size_t count = 0;
@@ -198,7 +198,7 @@ std::optional<double> ParseLimit(const PlotAxis& axis, std::string_view text, do
         day = static_cast<double>(*date);
         text = Trim(text.substr(blank));
     }
-    const std::optional<double> seconds = SecondsOfDay(text);
+    const std::optional<double> seconds = SecondsOfClock(text);
     return seconds ? std::optional(day + *seconds - axis.zoneMinutes * 60.0) : std::nullopt;
 }
 

@@ -18,12 +18,12 @@ constexpr std::int64_t NoFrame = -1;
 constexpr std::int64_t NothingDrawn = -2; ///< as the last frame: draw at the next update
 constexpr const char* ComparisonTitle = "DUT/REF Normalized [%]";
 
-struct IntegerSetting {
+struct OsrcSetting {
     const char* key;
     int COSRCViewSettings::*field;
 };
 
-constexpr IntegerSetting IntegerSettings[] = {
+constexpr OsrcSetting OsrcSettings[] = {
     {"Width", &COSRCViewSettings::Width},
     {"Height", &COSRCViewSettings::Height},
     {"REFEnabled", &COSRCViewSettings::REFEnabled},
@@ -54,7 +54,7 @@ std::string TitleOf(OsrcDisplay display, const OpticalSeries& series) {
 
 void COSRCViewSettings::Save(CProfileStore& store) const {
     SavePlace(store, Section);
-    for (const IntegerSetting& setting : IntegerSettings)
+    for (const OsrcSetting& setting : OsrcSettings)
         store.WriteInteger(Section, setting.key, this->*setting.field);
     std::string greatest;
     for (double value : MaxValues)
@@ -64,7 +64,7 @@ void COSRCViewSettings::Save(CProfileStore& store) const {
 
 void COSRCViewSettings::Load(const CProfileStore& store) {
     LoadPlace(store, Section);
-    for (const IntegerSetting& setting : IntegerSettings)
+    for (const OsrcSetting& setting : OsrcSettings)
         LoadInteger(store, Section, setting.key, this->*setting.field);
     const std::string text = store.ReadText(Section, "MaxValues");
     std::string_view left = text;

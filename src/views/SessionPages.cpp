@@ -18,7 +18,8 @@ namespace {
 
 constexpr std::int64_t NaggingAfter = 60'000, FlowEnds = 10'000; ///< ms
 constexpr std::int64_t GrowthKnownAfter = 10;                    ///< s
-constexpr double Hour = 3600.0, AmberUnder = 6 * Hour, RedUnder = 0.5 * Hour;
+constexpr double SecondsAnHour = 3600.0, AmberUnder = 6 * SecondsAnHour,
+                 RedUnder = 0.5 * SecondsAnHour;
 constexpr int TimeTagBytes = 7; ///< behind each frame of a log
 
 // Ids of rows: a number of the session, and which kind it numbers.
@@ -193,7 +194,7 @@ std::optional<double> SecondsLeft(const LogFacts& facts) {
 
 std::string TimeLeftText(double seconds) {
     constexpr double Most = 9999.0; // beyond a year the figure says nothing
-    const double hours = std::floor(seconds / Hour);
+    const double hours = std::floor(seconds / SecondsAnHour);
     if (hours > Most)
         return "over 9999 h left";
     return hours >= 2.0 ? FixedNumber(hours, 0) + " h left"

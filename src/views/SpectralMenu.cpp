@@ -11,17 +11,17 @@ namespace qor {
 
 namespace {
 
-constexpr const char* SectionName = "\\Spectral";
+constexpr const char* SpectralSection = "\\Spectral";
 constexpr int MostGroups = 32; ///< that are kept
 constexpr std::array Means = {1, 5, 10, 20, 50, 100};
 static_assert(Means.back() == CSpectralTraces::Kept);
 
-struct IntegerSetting {
+struct SpectralSetting {
     const char* key;
     int CSpectralViewSettings::*field;
     int least, greatest;
 };
-constexpr IntegerSetting IntegerSettings[] = {
+constexpr SpectralSetting SpectralSettings[] = {
     {"Reading", &CSpectralViewSettings::Reading, 0, 1},
     {"Logarithmic", &CSpectralViewSettings::Logarithmic, 0, 1},
     {"MeanOf", &CSpectralViewSettings::MeanOf, 1, Means.back()},
@@ -36,9 +36,9 @@ constexpr IntegerSetting IntegerSettings[] = {
 bool CSpectralViewSettings::Save(CProfileStore& store, const std::string& prefix) const {
     if (prefix.empty())
         return false;
-    const std::string section = prefix + SectionName;
+    const std::string section = prefix + SpectralSection;
     SavePlace(store, section);
-    for (const IntegerSetting& setting : IntegerSettings)
+    for (const SpectralSetting& setting : SpectralSettings)
         store.WriteInteger(section, setting.key, this->*setting.field);
     store.WriteText(section, "Dark", Dark);
     store.WriteText(section, "Reference", Reference);
@@ -51,9 +51,9 @@ bool CSpectralViewSettings::Save(CProfileStore& store, const std::string& prefix
 bool CSpectralViewSettings::Load(const CProfileStore& store, const std::string& prefix) {
     if (prefix.empty())
         return false;
-    const std::string section = prefix + SectionName;
+    const std::string section = prefix + SpectralSection;
     LoadPlace(store, section);
-    for (const IntegerSetting& setting : IntegerSettings) {
+    for (const SpectralSetting& setting : SpectralSettings) {
         int value = this->*setting.field;
         LoadInteger(store, section, setting.key, value);
         if (setting.least <= value && value <= setting.greatest)

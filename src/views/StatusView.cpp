@@ -15,7 +15,7 @@ namespace qor {
 
 namespace {
 
-constexpr const char* SectionName = "\\Status";
+constexpr const char* StatusSection = "\\Status";
 constexpr std::uint64_t ResourceBit = std::uint64_t{1} << 32; ///< tells the two kinds of ids apart
 
 const std::vector<GridColumn> Columns = {
@@ -57,16 +57,16 @@ std::string CounterText(const CQorViewIns& instrument) {
 bool CStatusViewSettings::Save(CProfileStore& store, const std::string& prefix) const {
     if (prefix.empty())
         return false;
-    SavePlace(store, prefix + SectionName);
-    store.WriteInteger(prefix + SectionName, "SinceLog", SinceLog);
+    SavePlace(store, prefix + StatusSection);
+    store.WriteInteger(prefix + StatusSection, "SinceLog", SinceLog);
     return true;
 }
 
 bool CStatusViewSettings::Load(const CProfileStore& store, const std::string& prefix) {
     if (prefix.empty())
         return false;
-    LoadPlace(store, prefix + SectionName);
-    LoadInteger(store, prefix + SectionName, "SinceLog", SinceLog);
+    LoadPlace(store, prefix + StatusSection);
+    LoadInteger(store, prefix + StatusSection, "SinceLog", SinceLog);
     return true;
 }
 

@@ -11,8 +11,8 @@ namespace qor {
 
 namespace {
 
-constexpr const char* SectionName = "\\Series";
-constexpr const char* WindowName = "Time series";
+constexpr const char* TimeSeriesSection = "\\Series";
+constexpr const char* TimeSeriesTitle = "Time series";
 constexpr int LastSpan = static_cast<int>(std::size(TimeSpans)) - 1;
 
 void Shade(bool enabled, double from, double to, int axis, Sign sign, PlotPage& page) {
@@ -25,7 +25,7 @@ void Shade(bool enabled, double from, double to, int axis, Sign sign, PlotPage& 
 bool CTimeSeriesSettings::Save(CProfileStore& store, const std::string& prefix) const {
     if (prefix.empty())
         return false;
-    const std::string section = prefix + SectionName;
+    const std::string section = prefix + TimeSeriesSection;
     SaveItems(store, section);
     store.WriteInteger(section, "Span", Span);
     store.WriteInteger(section, "LocalTime", LocalTime);
@@ -36,7 +36,7 @@ bool CTimeSeriesSettings::Save(CProfileStore& store, const std::string& prefix) 
 bool CTimeSeriesSettings::Load(const CProfileStore& store, const std::string& prefix) {
     if (prefix.empty())
         return false;
-    const std::string section = prefix + SectionName;
+    const std::string section = prefix + TimeSeriesSection;
     LoadItems(store, section);
     LoadInteger(store, section, "Span", Span);
     LoadInteger(store, section, "LocalTime", LocalTime);
@@ -98,7 +98,7 @@ bool CTimeSeriesView::Refresh(CQorViewDoc&) {
 }
 
 void CTimeSeriesView::Draw() {
-    Plot.BeginPage(WindowName, true, Page);
+    Plot.BeginPage(TimeSeriesTitle, true, Page);
     SetTimes();
     std::size_t place = 0;
     for (const CHistoryPlot::Curve& curve : Plot.Curves())

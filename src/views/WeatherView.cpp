@@ -2,6 +2,7 @@
 #include "views/WeatherView.h"
 
 #include "base/Text.h"
+#include "products/SensorUnits.h"
 #include "views/AncRows.h"
 #include "views/FrameRates.h"
 #include "views/GpsView.h"
@@ -15,9 +16,8 @@ namespace qor {
 
 namespace {
 
-constexpr const char* SectionName = "\\Weather";
+constexpr const char* WeatherSection = "\\Weather";
 constexpr double RoseMargin = 1.1;
-constexpr double MetresPerSecondInAKnot = 1852.0 / 3600.0;
 
 bool IsStation(const CQorViewIns& instrument) {
     return IsWeatherStation(instrument.Definition());
@@ -118,18 +118,18 @@ double RingAround(const CWindRose& rose) {
 bool CWeatherViewSettings::Save(CProfileStore& store, const std::string& prefix) const {
     if (prefix.empty())
         return false;
-    SavePlace(store, prefix + SectionName);
-    store.WriteInteger(prefix + SectionName, "Knots", Knots);
-    store.WriteInteger(prefix + SectionName, "Trends", Trends);
+    SavePlace(store, prefix + WeatherSection);
+    store.WriteInteger(prefix + WeatherSection, "Knots", Knots);
+    store.WriteInteger(prefix + WeatherSection, "Trends", Trends);
     return true;
 }
 
 bool CWeatherViewSettings::Load(const CProfileStore& store, const std::string& prefix) {
     if (prefix.empty())
         return false;
-    LoadPlace(store, prefix + SectionName);
-    LoadInteger(store, prefix + SectionName, "Knots", Knots);
-    LoadInteger(store, prefix + SectionName, "Trends", Trends);
+    LoadPlace(store, prefix + WeatherSection);
+    LoadInteger(store, prefix + WeatherSection, "Knots", Knots);
+    LoadInteger(store, prefix + WeatherSection, "Trends", Trends);
     return true;
 }
 
@@ -245,7 +245,7 @@ void CWeatherView::AddWind(const char* label, const std::optional<Wind>& wind,
     const bool knots = Settings.Knots != 0;
     std::optional<double> speed = wind ? std::optional(wind->speed) : std::nullopt;
     if (speed && knots)
-        *speed /= MetresPerSecondInAKnot;
+        *speed /= MpsPerKnot;
     AddRow(std::string(label) + " wind", knots ? "kn" : "m/s", speed, 1, oldFor);
     AddRow(std::string(label) + " wind from", "deg", wind ? wind->from : std::nullopt, 0, oldFor);
 }

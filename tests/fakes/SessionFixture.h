@@ -6,6 +6,7 @@
 
 #include "base/Text.h"
 #include "fakes/ManualClock.h"
+#include "fakes/ScriptedPort.h"
 #include "fakes/ScriptedUser.h"
 #include "fakes/TempFolder.h"
 #include "platform/File.h"
@@ -26,6 +27,11 @@ inline std::string CounterDefinition(const std::string& name) {
 inline std::string CounterFrame(const std::string& name, int counter) {
     return name + "\x01\x02" + static_cast<char>(counter);
 }
+
+/// A base before ASession for what has a port whose script the test writes.
+struct ALine {
+    CPortScript Script;
+};
 
 class ASession : public testing::Test {
   protected:

@@ -12,10 +12,6 @@ namespace {
 using testing::Contains;
 using testing::HasSubstr;
 
-struct ALine {
-    CPortScript Script;
-};
-
 class AnInstrument : public ALine, public ASession {
   protected:
     AnInstrument() : ASession(Script.Factory()) {}

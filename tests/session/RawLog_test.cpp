@@ -290,10 +290,6 @@ TEST_F(ARawLog, IntervalRunOpensFilesByItsTimers) {
     EXPECT_EQ(User.CloseRequests, 1);
 }
 
-struct ALine {
-    CPortScript Script;
-};
-
 class ALogOfALine : public ALine, public ASession {
   protected:
     ALogOfALine() : ASession(Script.Factory()) {}

@@ -11,10 +11,6 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-struct ALine {
-    CPortScript Script;
-};
-
 class AResource : public ALine, public ASession {
   protected:
     AResource() : ASession(Script.Factory()) {}

@@ -18,7 +18,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-constexpr const char* Whole = R"({
+constexpr const char* EveryField = R"({
   "qorview-session": 1,
   "title": "HE-612 \u00fcber",
   "resources": [
@@ -41,7 +41,7 @@ constexpr const char* Whole = R"({
   "note": 123456789012345678901234567890
 })";
 
-class ASession : public testing::Test {
+class ASessionFile : public testing::Test {
   protected:
     SessionReading Read(std::string_view bytes) { return ReadSession(bytes, Path); }
 
@@ -49,8 +49,8 @@ class ASession : public testing::Test {
     const std::string Path = Temp.Path + "cast.qor";
 };
 
-TEST_F(ASession, EveryMemberArrivesAndIsWrittenInItsPlace) {
-    const SessionReading reading = Read(Whole);
+TEST_F(ASessionFile, EveryMemberArrivesAndIsWrittenInItsPlace) {
+    const SessionReading reading = Read(EveryField);
     ASSERT_EQ(reading.refusal, "");
     const SessionRecord& session = *reading.session;
     EXPECT_EQ(session.title, "HE-612 \xC3\xBC"
@@ -182,7 +182,7 @@ TEST_F(ASession, EveryMemberArrivesAndIsWrittenInItsPlace) {
 )");
 }
 
-TEST_F(ASession, WhatIsNotSaidIsAsTheProgramHasIt) {
+TEST_F(ASessionFile, WhatIsNotSaidIsAsTheProgramHasIt) {
     const SessionReading reading =
         Read("\xEF\xBB\xBF{\"qorview-session\": 1.0, \"pressure-tare\": null, "
              "\"log\": {\"duration\": null}}");
@@ -202,7 +202,7 @@ std::string WithResource(const std::string& members) {
     return With("\"resources\": [{\"port\": \"A\", " + members + "}]");
 }
 
-TEST_F(ASession, DamageIsRefusedWithItsPlaceAndWhatWouldBeRight) {
+TEST_F(ASessionFile, DamageIsRefusedWithItsPlaceAndWhatWouldBeRight) {
     const std::string gps = "{\"definition\": \"d\", \"roles\": [\"gps\"]}";
     struct {
         std::string bytes, line; // the line that follows the file's path
@@ -331,7 +331,7 @@ TEST_F(ASession, DamageIsRefusedWithItsPlaceAndWhatWouldBeRight) {
     }
 }
 
-TEST_F(ASession, HostileFilesAreRefusedBeforeTheyCost) {
+TEST_F(ASessionFile, HostileFilesAreRefusedBeforeTheyCost) {
     std::string deep(100'000, '['), wide = "[0", keys = "{\"k\": 0";
     for (int i = 0; i < 100'000; ++i)
         wide += ",0";
@@ -347,7 +347,7 @@ TEST_F(ASession, HostileFilesAreRefusedBeforeTheyCost) {
     EXPECT_THAT(many.warnings[0], HasSubstr(" and 4990 more."));
 }
 
-TEST_F(ASession, PathsAreRelativeOnlyInOrBelowTheFolder) {
+TEST_F(ASessionFile, PathsAreRelativeOnlyInOrBelowTheFolder) {
     const std::string folder = Temp.Path;
     std::filesystem::create_directories(folder + "sub");
     struct {
@@ -379,7 +379,7 @@ TEST_F(ASession, PathsAreRelativeOnlyInOrBelowTheFolder) {
     }
 }
 
-TEST_F(ASession, SavingLeavesTheOldFileOrTheNewOne) {
+TEST_F(ASessionFile, SavingLeavesTheOldFileOrTheNewOne) {
     SessionRecord session;
     session.title = "one";
     ASSERT_EQ(SaveSession(session, Path), "");

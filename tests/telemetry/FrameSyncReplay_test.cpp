@@ -2,6 +2,7 @@
 //
 // Playing back raw logs and captures: the same frames at every read size, those that the plainest
 // code cuts.
+#include "fakes/RawLogText.h"
 #include "telemetry/StreamRun.h"
 
 #include <gtest/gtest.h>
@@ -10,16 +11,6 @@
 
 namespace qor {
 namespace {
-
-std::string Tag(std::int64_t seconds, std::uint16_t milliseconds = 0) {
-    auto tag = MakeTimeTag({.seconds = seconds, .milliseconds = milliseconds});
-    return std::string(AsText(tag));
-}
-
-std::string Record(HeaderTag tag, std::string_view value) {
-    auto record = MakeHeaderRecord(FormatHeaderLine(static_cast<int>(tag), value));
-    return std::string(AsText(record));
-}
 
 const std::int64_t Noon = SecondsFromCalendar(2024, 2, 29, 12, 0, 0);
 const std::string Stamp = MakeTimeStamp(CalendarFromSeconds(Noon));
@@ -66,13 +57,13 @@ TEST(FrameSyncReplay, RawLogsComeBackAsTheyWereLogged) {
 }
 
 /// A line instrument, one of packets (8 bytes), and one with a header and a size.
-const AttachRequest Lines = NoSync(Text("L", ""), "SEABIRD_19SCT");
+const AttachRequest LineByLine = NoSync(Text("L", ""), "SEABIRD_19SCT");
 const AttachRequest Packets = NoSync(Fixed("P", "PKT", 99), "BSI", {"Q\1R\0", 4});
 const AttachRequest Sized = NoSync(Text("H", "H2", "\r\n", 6), "HOBILABS_HS2_D");
 const std::string PacketFrame("Q\1..+R\0+", 8);
 
 TEST(FrameSyncReplay, WhatWasLoggedWithoutHeaderDecodesAgain) {
-    const std::vector<AttachRequest> all = {Fixed("A", "AA", 4), Lines, Packets, Sized,
+    const std::vector<AttachRequest> all = {Fixed("A", "AA", 4), LineByLine, Packets, Sized,
                                             Text("G", "$GPGGA,")};
     const std::string tag = Tag(Noon);
     std::string timely = PacketFrame;
@@ -104,26 +95,26 @@ TEST(FrameSyncReplay, WhatWasLoggedWithoutHeaderDecodesAgain) {
         {RawBegin + std::string("unknown", 7) + tag + "12.5\r\n" + tag,
          {{Frame("L", "12.5\r\n", 142, Noon)}, 14},
          "what nobody knows ends with its tag",
-         {Lines}},
+         {LineByLine}},
         {RawBegin + "$GPGGA,1\r\n$GPRMC,1\r\n12.5\r\n" + tag,
          {{Frame("L", "12.5\r\n", 148, Noon)}, 20},
          "sentences that nobody knows have no tag",
-         {Lines}},
+         {LineByLine}},
         {RawBegin + "12.5\r\r\n3\r\n" + tag + "5\r\n" + tag + "A!\r\n" + tag.substr(0, 3),
          {{Frame("L", "12.5\r\r\n3\r\n", 128, Noon), Frame("L", "5\r\n", 145, Noon),
            Frame("L", "A!\r\n", 155)},
           3},
          "lines as they were cut, the last one with half a tag",
-         {Lines}},
+         {LineByLine}},
         {RawBegin + "12.5\r\n" + tag + "13.0\r\n",
          {{Frame("L", "12.5\r\n", 128, Noon), Frame("L", "13.0\r\n", 141)}, 0},
          "a whole line is one also where its tag was cut off",
-         {Lines}},
+         {LineByLine}},
         {RawBegin + "12.5\r\n" + tag.substr(0, 1) + "\r\n",
          {{Frame("L", "12.5\r\n", 128), Frame("L", "\x1E\r\n", 134)}, 0},
          "a cut tag that ends as a line does hides no line",
-         {Lines}},
-        {RawBegin + "xx\r\n12.5", {{}, 8}, "a line without tag is none", {Lines}},
+         {LineByLine}},
+        {RawBegin + "xx\r\n12.5", {{}, 8}, "a line without tag is none", {LineByLine}},
         {RawBegin + timely + tag + PacketFrame.substr(0, 5) + tag,
          {{{"P", timely, 128, Noon * 1000}}, 12},
          "packets may hold what reads as a time",
@@ -180,7 +171,8 @@ TEST(FrameSyncReplay, FramesWithoutATagTakeTheNearestTime) {
 // A stream without any tag costs a megabyte at a time, and a search that is not quadratic.
 TEST(FrameSyncReplay, WhatHoldsNoTagIsGivenUpInPieces) {
     const std::string junk = RawBegin + std::string((3U << 20) - 1, 'x') + "\n";
-    PlainResult result = Play({Lines, Fixed("A", "AA", 4)}, junk + "AA12", [] { return 5000; });
+    PlainResult result =
+        Play({LineByLine, Fixed("A", "AA", 4)}, junk + "AA12", [] { return 5000; });
     EXPECT_EQ(result.frames, std::vector<PlainFrame>{Frame("A", "AA12", junk.size())});
     EXPECT_EQ(result.discarded, 3U << 20);
 }

@@ -4,22 +4,13 @@
 // the pieces in which they are read.
 #include "telemetry/RawLogReader.h"
 
+#include "fakes/RawLogText.h"
 #include "fakes/TempFolder.h"
 
 #include <gtest/gtest.h>
 
 namespace qor {
 namespace {
-
-std::string Record(HeaderTag tag, std::string_view value) {
-    auto record = MakeHeaderRecord(FormatHeaderLine(static_cast<int>(tag), value));
-    return std::string(AsText(record));
-}
-
-std::string Tag(std::int64_t seconds) {
-    auto tag = MakeTimeTag({.seconds = seconds, .milliseconds = 250, .known = true});
-    return std::string(AsText(tag));
-}
 
 class ARawLog : public testing::Test {
   protected:
@@ -79,8 +70,8 @@ TEST_F(ARawLog, TimesAreFoundWhereverPiecesEnd) {
     auto stamp = [this](int second) { return MakeTimeStamp(CalendarFromSeconds(Begin + second)); };
     for (std::size_t before : {0U, 262144U - 20, 262144U - 3, 262144U + 128 - 3}) {
         const std::string junk(before, 'j');
-        CRawLogReader reader = Read(Head + junk + Tag(Begin + 1) + stamp(2) + junk + stamp(3) +
-                                    Tag(Begin + 4) + stamp(5).substr(0, 30));
+        CRawLogReader reader = Read(Head + junk + Tag(Begin + 1, 250) + stamp(2) + junk + stamp(3) +
+                                    Tag(Begin + 4, 250) + stamp(5).substr(0, 30));
         const RawLogTimes& times = reader.Times();
         EXPECT_EQ(times.timeStamps, 2U) << before << ": a sentence cut off is none";
         EXPECT_EQ(times.firstTimeStamp.seconds, Begin + 2);
@@ -97,12 +88,12 @@ TEST_F(ARawLog, TagsStandWithinAYearOfTheBegin) {
                                   {Begin - day - 1, false},
                                   {Begin + 366 * day, true},
                                   {Begin + 366 * day + 1, false}})
-        EXPECT_EQ(Read(Head + Tag(seconds)).Times().firstTag.known, known) << seconds - Begin;
-    EXPECT_FALSE(Read(Record(HeaderTag::Cast, "AA") + Tag(Begin)).Times().firstTag.known)
+        EXPECT_EQ(Read(Head + Tag(seconds, 250)).Times().firstTag.known, known) << seconds - Begin;
+    EXPECT_FALSE(Read(Record(HeaderTag::Cast, "AA") + Tag(Begin, 250)).Times().firstTag.known)
         << "a log that does not say when it was begun";
     // A recorder whose clock was never set begins in 1970.
     CRawLogReader early =
-        Read(Record(HeaderTag::TimeStamp, "Thu Jan  1 00:00:01 1970") + Tag(1) + Tag(60));
+        Read(Record(HeaderTag::TimeStamp, "Thu Jan  1 00:00:01 1970") + Tag(1, 250) + Tag(60, 250));
     EXPECT_EQ(early.Times().firstTag.seconds, 1);
     EXPECT_EQ(early.Times().lastTag.seconds, 60);
 }

@@ -11,7 +11,7 @@ namespace qor {
 
 namespace {
 
-constexpr int LookMilliseconds = 1000;
+constexpr int AnswerLookMilliseconds = 1000;
 
 } // namespace
 
@@ -57,7 +57,7 @@ LogAnswer COperator::Wait(const std::function<void(quint64)>& put) {
     CLock lock(Guard);
     const auto answered = [this, question]()
                               REQUIRES(Guard) { return Questions[question].has_value(); };
-    while (!Changed.WaitFor(Guard, LookMilliseconds, answered)) {
+    while (!Changed.WaitFor(Guard, AnswerLookMilliseconds, answered)) {
     }
     const LogAnswer answer = *Questions[question];
     Questions.erase(question);

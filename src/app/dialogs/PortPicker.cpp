@@ -21,7 +21,7 @@ namespace qor {
 
 namespace {
 
-constexpr int SignSize = 16;
+constexpr int PortSignSize = 16;
 constexpr int OtherRow = 500; ///< below all ports
 
 } // namespace
@@ -47,7 +47,7 @@ CPortPicker::CPortPicker(const CTheme& theme,
 void CPortPicker::AddWhyNot() {
     auto* line = new QHBoxLayout;
     line->setSpacing(Theme.Px(size::Grid));
-    WhySign = new CSignLabel(Theme, Sign::Warning, SignSize);
+    WhySign = new CSignLabel(Theme, Sign::Warning, PortSignSize);
     Why = new QLabel;
     Why->setTextFormat(Qt::PlainText);
     Why->setWordWrap(true);
@@ -151,7 +151,7 @@ void CPortPicker::AddRow(int place) {
     row.button = new QRadioButton(Shown(TitleOf(port)) + QStringLiteral("  ") + Shown(port.device));
     row.button->setMinimumHeight(Theme.Target());
     row.button->setToolTip(Shown(port.name));
-    row.sign = new CSignLabel(Theme, SignOf(port), SignSize);
+    row.sign = new CSignLabel(Theme, SignOf(port), PortSignSize);
     row.state = new QLabel;
     row.state->setTextFormat(Qt::PlainText);
     row.copy = new QPushButton(tr("Copy command"));
