@@ -105,10 +105,10 @@ bool CPackageList::RemovePackage(PackageId package) {
         return false;
     const std::vector<InstrumentId> members = found->Attached;
     std::erase_if(Doc.PackageTable, [package](const auto& one) { return one->Id == package; });
+    Doc.RebuildOwners(); // what its instruments have queued is still checked and logged
     for (const InstrumentId member : members)
         if (Doc.Find(member))
             static_cast<void>(Doc.Detach(member)); // reported
-    Doc.RebuildOwners();
     return true;
 }
 

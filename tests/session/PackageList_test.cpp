@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "fakes/DefinedInstrument.h"
+#include "fakes/ScriptedPort.h"
 #include "fakes/SessionFixture.h"
 #include "session/PackageList.h"
 
@@ -9,8 +10,14 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class PackageListTest : public ASession {
+struct ALine {
+    CPortScript Script;
+};
+
+class PackageListTest : public ALine, public ASession {
   protected:
+    PackageListTest() : ASession(Script.Factory()) {}
+
     /// A package of instruments by these names, as if it had been read.
     static LoadedPackage Loaded(const std::vector<std::string>& names) {
         LoadedPackage loaded;
@@ -72,6 +79,17 @@ TEST_F(PackageListTest, APackageThatGoesWhileItsRemovalIsAskedAboutIsNotMissed) 
     };
     EXPECT_FALSE(List.RemovePackage(package));
     EXPECT_EQ(Count(), 0u);
+}
+
+TEST_F(PackageListTest, APackageWhoseFramesAreQueuedIsRemovedBehindThem) {
+    const PackageId package = List.AddPackage(Loaded({"PRO", "REF"}), Port);
+    ASSERT_EQ(Doc.ConnectResource(Port), CommResult::Success);
+    ASSERT_TRUE(Begin());
+    Script.Bytes(CounterFrame("PRO", 1) + CounterFrame("REF", 1) + CounterFrame("PRO", 2));
+    Script.Played();
+    EXPECT_TRUE(List.RemovePackage(package));
+    ASSERT_TRUE(Doc.RawLog.EndLogFile(true));
+    EXPECT_EQ(Doc.RawLog.Status().runFrames, 3u);
 }
 
 TEST_F(PackageListTest, CalibrationModeLocksTheList) {
