@@ -82,7 +82,7 @@ void CPortKeeper::Tend() {
     }
     for (auto& [id, look] : looks) {
         Port& port = PortOf(id);
-        if (look.connected && port.lost) { // connected by hand
+        if (look.connected && look.abortCode == 0 && port.lost) { // connected by hand
             NoteReturn(port);
             continue;
         }

@@ -126,6 +126,28 @@ TEST_F(APortKeeper, NoticesAPortThatTheOperatorHasConnectedAgain) {
     }
 }
 
+TEST_F(APortKeeper, TakesAPortThatIsStillBeingClosedForLost) {
+    Add("PRO", Port);
+    ASSERT_EQ(Doc.ConnectResource(Port), CommResult::Success);
+    CEvent closing, closed;
+    Script.WhileClosing = [&] {
+        closing.Set();
+        closed.Wait();
+    };
+    Script.ThenFail("CollectRead", 5);
+    closing.Wait();
+    EXPECT_TRUE(Figures().connected);
+    TriesIn(3);
+    closed.Set();
+    while (Figures().connected)
+        Doc.Acquisition.TakeCommands(1000);
+    Script.WhileClosing = {};
+    TriesIn(3);
+    const std::string said = Reported();
+    EXPECT_THAT(said, HasSubstr("was lost"));
+    EXPECT_THAT(said, testing::Not(HasSubstr("is back")));
+}
+
 TEST_F(APortKeeper, TellsTheLossBeforeTheEndOfTheRunThatItCauses) {
     Add("PRO", Port);
     SetMode(LogNamingMode::UserFileName, "cast");
