@@ -199,6 +199,19 @@ bool IsOneRecord(ByteSpan rest, std::span<const LoggedInstrument> instruments) {
     return text.size() < most;
 }
 
+/// Cuts a log that rests. It keeps the time of its last record, so that it still counts as one.
+FileCause CutResting(CFile& log, std::uint64_t end) {
+    namespace fs = std::filesystem;
+    std::error_code error;
+    const fs::file_time_type written = fs::last_write_time(log.Path(), error);
+    FileCause cause = log.Truncate(end);
+    if (cause == FileCause::None)
+        cause = log.Sync();
+    if (!error)
+        fs::last_write_time(log.Path(), written, error); // else it rests again in a minute
+    return cause;
+}
+
 /// Moves what stands behind `end` into a file beside. Its path; the cause when it could not be.
 FileCause MoveRest(CFile& log, std::uint64_t end, ByteSpan rest, std::string& side) {
     CFile file;
@@ -211,9 +224,7 @@ FileCause MoveRest(CFile& log, std::uint64_t end, ByteSpan rest, std::string& si
         cause = file.Write(rest);
     if (cause == FileCause::None)
         cause = file.Sync();
-    if (cause == FileCause::None)
-        cause = log.Truncate(end);
-    return cause == FileCause::None ? log.Sync() : cause;
+    return cause == FileCause::None ? CutResting(log, end) : cause;
 }
 
 /// What is to be said of a log, once it is finished.

@@ -137,7 +137,8 @@ TEST_F(ACutLog, MayBeAnotherProgramsForAMinuteWhereThereAreNoLocks) {
     for (const int minutes : {0, 2}) {
         const std::string torn = Temp.Put("torn.raw", Header + Record(1) + "PRO");
         const std::string empty = Temp.Put("empty.raw", Header);
-        for (const std::string& path : {torn, empty})
+        const std::string begun = Temp.Put("begun.raw", Header + "PRO");
+        for (const std::string& path : {torn, empty, begun})
             fs::last_write_time(path,
                                 fs::file_time_type::clock::now() - std::chrono::minutes(minutes));
         CCollectingSink sink;
@@ -145,6 +146,7 @@ TEST_F(ACutLog, MayBeAnotherProgramsForAMinuteWhereThereAreNoLocks) {
         FinishCutLogs(Folder, Doc.LoggedInstruments(), sink);
         EXPECT_EQ(FileExists(torn + ".rest"), minutes > 0);
         EXPECT_EQ(IsAbandonedLog(empty), minutes > 0);
+        EXPECT_EQ(IsAbandonedLog(begun), minutes > 0) << "its own cutting is no other program";
     }
     NoLocks = false;
 }
