@@ -7,6 +7,7 @@
 #include "platform/SystemText.h"
 #include "telemetry/TelemComm.h"
 
+#include <algorithm>
 #include <new>
 #include <tuple>
 
@@ -19,6 +20,8 @@ constexpr int PauseMilliseconds = 50;
 constexpr std::size_t BufferReserve = 100;
 /// What is still read of a port that is to stop; a line that never pauses must not hold it up.
 constexpr std::uint64_t MostAtTheEnd = 1U << 20;
+/// Reads that are waited for then: the one that is under way, the last one, and time between them.
+constexpr int MostWaitsAtTheEnd = 3;
 
 } // namespace
 
@@ -84,23 +87,26 @@ CommResult CPortWorker::Work() {
     }
 }
 
-/// What the driver holds came before the stop. A failure no longer matters.
+/// What the driver holds came before the stop. A failure no longer matters. A read that is pending
+/// may have bytes of it: each is waited for, until the time for all is over.
 void CPortWorker::ReadRest() {
-    int patience = Port->LongestRead(); // for the bytes that the read under way has
+    const int longest = Port->LongestRead();
+    const std::int64_t end =
+        Resource.Clock.MonotonicMilliseconds() + std::int64_t{MostWaitsAtTheEnd} * longest;
     for (const std::uint64_t begun = BytesRead; BytesRead - begun < MostAtTheEnd;) {
         if (!ReadPending && IssueRead() != CommResult::Success)
             return;
         if (!ReadPending)
             continue;
         const std::uint64_t before = BytesRead;
-        const WaitResult waited = Port->Wait(patience);
+        const std::int64_t left = end - Resource.Clock.MonotonicMilliseconds();
+        const WaitResult waited =
+            Port->Wait(static_cast<int>(std::clamp<std::int64_t>(left, 0, longest)));
         const bool status = waited == WaitResult::StatusDone;
         if (waited == WaitResult::TimeOut ||
             (status ? CollectStatus() : CollectRead()) != CommResult::Success ||
             (!status && BytesRead == before))
             return;
-        if (!status)
-            patience = 0;
     }
 }
 

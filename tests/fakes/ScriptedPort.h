@@ -74,6 +74,7 @@ class CPortScript {
     SerialPortFactory Factory();
 
     std::uint32_t ReadInterval = 0;
+    int LongestRead = 0; ///< a wait that is shorter sees no read end, in milliseconds
     LineSettings Line;
     std::function<void()> WhileClosing; ///< the worker has ended
 
@@ -177,7 +178,8 @@ class CScriptedPort : public CSerialPort {
         LastFailure = Script.Called("IssueStatusWait");
         return LastFailure != 0 ? IssueResult::Failed : IssueResult::Pending;
     }
-    WaitResult Wait(int) override {
+    int LongestRead() const override { return Script.LongestRead; }
+    WaitResult Wait(int milliseconds) override {
         int next = Script.Next();
         if (next == CPortScript::Step::Event)
             return WaitResult::StatusDone;
@@ -185,6 +187,8 @@ class CScriptedPort : public CSerialPort {
             Script.Take();
         if (next < 0)
             Script.Rest();
+        if (milliseconds < Script.LongestRead)
+            return WaitResult::TimeOut;
         return ReadPending && next != CPortScript::Step::Quiet ? WaitResult::ReadDone
                                                                : WaitResult::TimeOut;
     }

@@ -433,12 +433,15 @@ TEST_F(AResource, DisconnectionHandsOverWhatIsQueuedAndClosesInOrder) {
 TEST_F(AResource, FrameThatTheStopFindsReceivedIsStillCut) {
     Initialise();
     Attach();
-    Script.Then([this] { Comm.RequestStop(); }).Bytes("$Rlast").BytesAtOnce("$Rin the");
-    Script.Bytes(" driver$Rdriver").Status(EventLineError, LineParity).Bytes("$Rends");
-    Connect();
-    CFrameQueue left;
-    EXPECT_EQ(Comm.Disconnect(&left), CommResult::Success);
-    EXPECT_EQ(left.Size(), 4u);
+    for (const int longest : {0, 50}) {
+        Script.LongestRead = longest;
+        Script.Then([this] { Comm.RequestStop(); }).Bytes("$Rlast").BytesAtOnce("$Rin the");
+        Script.Bytes(" driver$Rdriver").Status(EventLineError, LineParity).Bytes("$Rends");
+        Connect();
+        CFrameQueue left;
+        EXPECT_EQ(Comm.Disconnect(&left), CommResult::Success);
+        EXPECT_EQ(left.Size(), 4u) << longest;
+    }
 }
 
 TEST_F(AResource, FailuresWhileClosingAreAllReported) {
