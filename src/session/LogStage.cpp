@@ -68,6 +68,7 @@ void CLogStage::BeginCounting() {
     const StageFigures before = std::exchange(Counted, {});
     Counted.totalWritten = before.totalWritten;
     Counted.totalUnstored = before.totalUnstored;
+    Counted.totalGone = before.totalGone;
     ByOwner.clear();
 }
 

@@ -290,6 +290,28 @@ TEST_F(AFailingDisk, WhatBefallsALogInItsLastMomentIsSaid) {
     }
 }
 
+TEST_F(AFailingDisk, FramesOfALostFileStayCountedAsTheRunGoesOn) {
+    CQorViewIns* pro = Add("PRO", Port);
+    Set([](LogOptions& options) {
+        options.everyEnabled = true;
+        options.every = {0, 1, 0};
+    });
+    SetMode(LogNamingMode::TimeStamp);
+    for (const char* run : {"first", "second"}) {
+        ASSERT_TRUE(Doc.RawLog.BeginLogFile()) << run;
+        Offer(*pro, {CounterFrame("PRO", 1), CounterFrame("PRO", 2)});
+        std::filesystem::remove(Doc.RawLog.Status().logFilePath);
+        Clock.Advance(Doc.RawLog.NextTimer() - Clock.MonotonicMilliseconds());
+        Doc.RawLog.OnLogTick();
+        EXPECT_EQ(Doc.RawLog.Status().runGone, 2u) << run;
+        Offer(*pro, {CounterFrame("PRO", 3)});
+        Doc.RawLog.EndLogFile(true);
+        EXPECT_EQ(Doc.RawLog.Status().runGone, 2u) << run;
+        EXPECT_EQ(Doc.RawLog.Status().runFrames, 1u) << run;
+        Clock.Advance(60'000);
+    }
+}
+
 TEST_F(AFailingDisk, ThatNoOtherFileCanBeBegunIsOneFaultHoweverOftenItIsTried) {
     CQorViewIns* pro = Add("PRO", Port);
     ASSERT_EQ(Doc.SetRole(InstrumentRole::Gps, pro->Id), "");
