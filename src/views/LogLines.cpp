@@ -24,8 +24,13 @@ std::string SizeText(std::uint64_t bytes) {
 }
 
 /// What a log lacks, to follow what it has.
-std::string Unstored(std::uint64_t frames) {
-    return frames == 0 ? "" : Format(", %llu LOST (received and not stored)", Printed(frames));
+std::string Missing(const LogStatus& log) {
+    std::string text;
+    if (log.runUnstored > 0)
+        text += Format(", %llu LOST (received and not stored)", Printed(log.runUnstored));
+    if (log.runGone > 0)
+        text += Format(", %llu LOST (file deleted or cut)", Printed(log.runGone));
+    return text;
 }
 
 /// The name of a port in so many characters: what tells ports apart stands at its end.
@@ -108,7 +113,7 @@ std::string LogLine(const LogStatus& log, std::optional<double> secondsLeft, std
         line += "waits for its next file";
     else
         line += std::string(LastPartOf(log.logFilePath)) + " " + SizeText(log.fileSize);
-    line += Unstored(log.runUnstored);
+    line += Missing(log);
     if (secondsLeft)
         line += ", " + TimeLeftText(*secondsLeft);
     return line.substr(0, room);

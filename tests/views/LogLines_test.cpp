@@ -71,6 +71,10 @@ TEST(LogLines, TheLogSaysWhereItsBytesGo) {
     log.runFrames = 12;
     EXPECT_EQ(LogSummary(log, 2, 120.0), "logs: 12 frames in 2 files, 3 received and not stored; "
                                          "at this rate the disk has 2 min left\n");
+    log.runGone = 2;
+    EXPECT_EQ(LogLine(log, {}, 199), "log: NO FILE, " + waits +
+                                         ", 3 LOST (received and not stored), 2 LOST (file deleted "
+                                         "or cut)");
 }
 
 TEST(SpaceWarning, SaysOnceThatTheDiskFillsUp) {
