@@ -253,7 +253,9 @@ Menu CSourceDesk::MoveMenu(InstrumentId instrument) {
 Menu CSourceDesk::PackageMenu(PackageId package) {
     CQorViewDoc& doc = Parts.Doc();
     return {{Of(tr("Properties ...")), [this, package] { OpenPropertiesOf({.package = package}); }},
-            {Of(tr("Remove")), [&doc, package] { doc.Packages.RemovePackage(package); }}};
+            {Of(tr("Remove")), [this, &doc, package] { // asks, and may wait for a log's disk
+                 Parts.Engine.WorkOnPorts([&doc, package] { doc.Packages.RemovePackage(package); });
+             }}};
 }
 
 void CSourceDesk::Refresh(const std::set<std::string>& alarmed) {
