@@ -22,6 +22,8 @@ constexpr std::size_t BufferReserve = 100;
 constexpr std::uint64_t MostAtTheEnd = 1U << 20;
 /// Reads that are waited for then: the one that is under way, the last one, and time between them.
 constexpr int MostWaitsAtTheEnd = 3;
+/// All of them together, on the slowest of lines too: a disconnection gives up soon after.
+constexpr int MostMillisecondsAtTheEnd = 3000;
 
 } // namespace
 
@@ -91,8 +93,8 @@ CommResult CPortWorker::Work() {
 /// may have bytes of it: each is waited for, until the time for all is over.
 void CPortWorker::ReadRest() {
     const int longest = Port->LongestRead();
-    const std::int64_t end =
-        Resource.Clock.MonotonicMilliseconds() + std::int64_t{MostWaitsAtTheEnd} * longest;
+    const std::int64_t end = Resource.Clock.MonotonicMilliseconds() +
+                             std::min(MostWaitsAtTheEnd * longest, MostMillisecondsAtTheEnd);
     for (const std::uint64_t begun = BytesRead; BytesRead - begun < MostAtTheEnd;) {
         if (!ReadPending && IssueRead() != CommResult::Success)
             return;
