@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <numbers>
 
 namespace qor {
@@ -53,17 +54,20 @@ WeatherReading ReadStation(const CQorViewDoc& doc, const std::vector<const CQorV
     return reading;
 }
 
+std::vector<const CQorViewIns*> NewestFirst(std::vector<const CQorViewIns*> station) {
+    std::ranges::stable_sort(station, std::ranges::greater(),
+                             [](const CQorViewIns* part) { return part->Live.ArrivalMonotonic; });
+    return station;
+}
+
 /// How long ago, in milliseconds, one of them last said something that none says freshly.
 template <typename Value>
-std::int64_t AgeOf(const std::vector<const CQorViewIns*>& station,
+std::int64_t AgeOf(const std::vector<const CQorViewIns*>& newestFirst,
                    std::optional<Value> WeatherReading::*said, std::int64_t now) {
-    std::int64_t age = -1;
-    for (const CQorViewIns* part : station)
-        if ((ReadWeather(part->Live).*said).has_value()) {
-            const std::int64_t its = now - part->Live.ArrivalMonotonic;
-            age = age < 0 ? its : std::min(age, its);
-        }
-    return age;
+    for (const CQorViewIns* part : newestFirst)
+        if ((ReadWeather(part->Live).*said).has_value())
+            return now - part->Live.ArrivalMonotonic;
+    return -1;
 }
 
 std::string SignedNumber(double value, int decimals) {
@@ -253,9 +257,10 @@ void CWeatherView::AddWind(const char* label, const std::optional<Wind>& wind,
 void CWeatherView::AddTrended(const char* label, const char* units, std::optional<double> value,
                               Trended which, std::int64_t oldFor) {
     AddRow(label, units, value, 1, oldFor);
-    const auto change = Trends[which].SinceThreeHours();
     if (Settings.Trends == 0)
         return;
+    // Nothing is said now: the change would be that of an earlier frame.
+    const auto change = value ? Trends[which].SinceThreeHours() : std::nullopt;
     GridRow row{
         std::string(label) + " trend",
         units,
@@ -268,11 +273,12 @@ void CWeatherView::AddTrended(const char* label, const char* units, std::optiona
 
 void CWeatherView::FillGrid(const WeatherReading& fresh,
                             const std::vector<const CQorViewIns*>& station, std::int64_t now) {
+    const std::vector<const CQorViewIns*> newestFirst = NewestFirst(station);
     WeatherReading said = fresh;
-    for (const CQorViewIns* part : station) // what is old counts where nothing newer is said
+    for (const CQorViewIns* part : newestFirst) // what is old counts where nothing newer is said
         said.FillFrom(ReadWeather(part->Live));
     const auto oldFor = [&](auto WeatherReading::*value) {
-        return fresh.*value ? -1 : AgeOf(station, value, now);
+        return fresh.*value ? -1 : AgeOf(newestFirst, value, now);
     };
     Grid.title = "Weather";
     Grid.ownColours = false;

@@ -161,5 +161,27 @@ TEST_F(AStation, OfSeveralSentencesMarksWhatIsOldAndMakesNoWindOfIt) {
                           "wind from 0 deg|Humidity 82.0 % (old)|Pressure 1013.2 hPa (old)|");
 }
 
+TEST_F(AStation, AnOldValueIsOfTheNewestSentenceAndNoTrendOutlivesItsValue) {
+    CWeatherView view(Doc);
+    const std::vector<std::string> fields = {"HUMIDITY NONE '%' AF POLYU",
+                                             "BAROMETER NONE 'kPa' AF POLYU"};
+    const CQorViewIns& first = AddSentence(SentenceDefinition("$WIXDR", fields));
+    const CQorViewIns& second = AddSentence(SentenceDefinition("$WIMET", fields));
+    view.Refresh(Doc);
+    Offer(first, {"$WIXDR,80.0,*11\r\n"});
+    Clock.Advance(1000);
+    Offer(second, {"$WIMET,81.0,101.32*11\r\n"});
+    Clock.Advance(600'000);
+    Offer(second, {"$WIMET,82.0,101.02*11\r\n"});
+    Clock.Advance(10'000);
+    view.Refresh(Doc);
+    EXPECT_EQ(Rows(view), "Humidity 82.0 % (old)|Humidity trend +2.0 in 10 min % (old)|"
+                          "Pressure 1010.2 hPa (old)|Pressure trend -3.0 in 10 min hPa (old)|");
+    EXPECT_EQ(view.Pages().grid->rows[6].age, "10 s");
+    Offer(second, {"$WIMET,82.0,*11\r\n"});
+    view.Refresh(Doc);
+    EXPECT_EQ(Rows(view), "Humidity 82.0 %|Humidity trend +2.0 in 10 min %|");
+}
+
 } // namespace
 } // namespace qor
