@@ -133,7 +133,7 @@ void CLogDesk::Refresh(RunKind run) {
 /// Once when the disk gets short or nothing is logged, not at every look.
 void CLogDesk::SayRemaining(const LogPage& page) {
     if (page.leftSign != Page.leftSign && page.leftSign != Sign::None)
-        Parts.Say(page.leftSign, "disk", tr("The disk takes logs for %1.").arg(Shown(page.left)),
+        Parts.Say(page.leftSign, "disk", tr("The disk has %1.").arg(Shown(page.left)),
                   {{tr("Change folder").toStdString(), [this] { OpenNaming(); }}});
     if (page.nagging && !Page.nagging)
         Parts.Say(Sign::Warning, "nagging", tr("Not logging, though frames have come for 1 min."),

@@ -1330,8 +1330,8 @@
         <translation>Es ist kein Log offen.</translation>
     </message>
     <message>
-        <source>The disk takes logs for %1.</source>
-        <translation>Die Platte fasst noch Logs: %1.</translation>
+        <source>The disk has %1.</source>
+        <translation>Die Platte hat noch Platz: %1.</translation>
     </message>
     <message>
         <source>Change folder</source>
