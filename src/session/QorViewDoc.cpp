@@ -57,13 +57,6 @@ void CQorViewDoc::LoadSettings() {
     Options.loggingSounds = settings.loggingSounds;
 }
 
-/// The name of a resource, empty when it has gone.
-std::string CQorViewDoc::NameOf(ResourceId resource) const {
-    CRecursiveLock lock(DocLock);
-    const CQorViewRes* found = Find(resource);
-    return found ? found->Name() : "";
-}
-
 CommResult CQorViewDoc::NoResource(const char* operation) {
     ReportMessage(std::string(operation) + "\r\n" +
                   std::string(CommDetail(CommResult::ResourceReference)));
@@ -250,17 +243,18 @@ CommResult CQorViewDoc::Detach(InstrumentId instrument) {
 CommResult CQorViewDoc::ConnectResource(ResourceId resource) {
     SessionLog.OpenHeld();
     CLock ports(PortsLock);
-    const std::string name = NameOf(resource);
-    if (name.empty())
-        return NoResource("Unable to connect communications resource.");
+    CTelemComm* comm = nullptr; // not removed meanwhile
     {
         CRecursiveLock lock(DocLock);
         CQorViewRes* found = Find(resource);
+        if (!found)
+            return NoResource("Unable to connect communications resource.");
+        comm = &found->Comm;
         found->Wanted = true;
-        if (!found->Comm.Figures().connected)
+        if (!comm->Figures().connected)
             found->BeginConnection();
     }
-    return Controller()->ConnectResource(name);
+    return Controller()->ConnectResource(*comm);
 }
 
 void CQorViewDoc::SetReconnect(ResourceId resource, bool on) {
@@ -285,20 +279,20 @@ CommResult CQorViewDoc::DisconnectResource(ResourceId resource) {
 /// `left`: the frames that are queued when the worker has ended.
 CommResult CQorViewDoc::Disconnect(ResourceId resource, CFrameQueue& left) {
     CLock ports(PortsLock);
-    const std::string name = NameOf(resource);
-    if (name.empty())
-        return NoResource("Unable to disconnect communications resource.");
+    CTelemComm* comm = nullptr; // not removed meanwhile
     {
         CRecursiveLock lock(DocLock);
         CQorViewRes* found = Find(resource);
-        if (found && found->IsFile()) {
+        if (!found)
+            return NoResource("Unable to disconnect communications resource.");
+        if (found->IsFile()) {
             found->Playing = false;
             return CommResult::Success;
         }
-        if (found)
-            found->Wanted = false;
+        comm = &found->Comm;
+        found->Wanted = false;
     }
-    return Controller()->DisconnectResource(name, &left);
+    return Controller()->DisconnectResource(*comm, &left);
 }
 
 bool CQorViewDoc::ConnectAll() {

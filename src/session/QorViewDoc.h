@@ -126,7 +126,6 @@ class CQorViewDoc : public CQorTelemetryDoc, public SessionState {
     std::string PackageOf(const CQorViewIns& instrument) const;
 
   private:
-    std::string NameOf(ResourceId resource) const;
     bool RefusesRemovalOf(ResourceId resource);
     CommResult Disconnect(ResourceId resource, CFrameQueue& left) EXCLUDES(PortsLock);
     CommResult NoResource(const char* operation);

@@ -170,20 +170,16 @@ CommResult CTelemControl::CheckResource(const std::string& name, bool& exists) {
                    "Unable to check existance of communications resource.\r\n");
 }
 
-CommResult CTelemControl::ConnectResource(const std::string& name) {
-    return OnResource(
-        name, "Unable to connect communications resource.\r\n", [this](CTelemComm& resource) {
-            CommResult result = resource.Connect();
-            if (result == CommResult::AbortCodeSet)
-                Queue.Report(Format("%s has aborted and must be reset before connecting.\r\n",
-                                    resource.Name().c_str()));
-            return result;
-        });
+CommResult CTelemControl::ConnectResource(CTelemComm& resource) {
+    const CommResult result = resource.Connect();
+    if (result == CommResult::AbortCodeSet)
+        Queue.Report(Format("%s has aborted and must be reset before connecting.\r\n",
+                            resource.Name().c_str()));
+    return Checked(result, "Unable to connect communications resource.\r\n");
 }
 
-CommResult CTelemControl::DisconnectResource(const std::string& name, CFrameQueue* left) {
-    return OnResource(name, "Unable to disconnect communications resource.\r\n",
-                      [left](CTelemComm& resource) { return resource.Disconnect(left); });
+CommResult CTelemControl::DisconnectResource(CTelemComm& resource, CFrameQueue* left) {
+    return Checked(resource.Disconnect(left), "Unable to disconnect communications resource.\r\n");
 }
 
 CommResult CTelemControl::ResourceSettings(const std::string& name,

@@ -33,9 +33,11 @@ class CTelemControl {
     CommResult ModifyResource(const std::string& name, const FileResourceSettings& settings,
                               CInputFile file);
     CommResult CheckResource(const std::string& name, bool& exists);
-    CommResult ConnectResource(const std::string& name);
+    // A resource of this controller that the caller keeps from being removed: what waits for a port
+    // looks nothing up here, where others may add and remove meanwhile.
+    CommResult ConnectResource(CTelemComm& resource);
     /// `left`: see CTelemComm::Disconnect.
-    CommResult DisconnectResource(const std::string& name, CFrameQueue* left = nullptr);
+    CommResult DisconnectResource(CTelemComm& resource, CFrameQueue* left = nullptr);
     CommResult ResourceSettings(const std::string& name, SerialResourceSettings& settings);
     CommResult ResourceSettings(const std::string& name, FileResourceSettings& settings);
     CommResult ResourceIdentification(std::size_t position, std::string& name);

@@ -122,10 +122,11 @@ TEST_F(AController, AFailureNamesTheOperationAndWhatIsMissing) {
 TEST_F(AController, AbortedResourceMustBeReset) {
     AddAll();
     Script.Fail("CreateInput", 5);
-    std::ignore = Control.ConnectResource("COM1");
+    CTelemComm& port = *Control.Resource("COM1");
+    std::ignore = Control.ConnectResource(port);
     Script.Repair();
     Take();
-    EXPECT_EQ(Control.ConnectResource("COM1"), CommResult::AbortCodeSet);
+    EXPECT_EQ(Control.ConnectResource(port), CommResult::AbortCodeSet);
     Lines told = Take();
     told.erase(told.begin()); // the resource's own
     EXPECT_EQ(told, (Lines{"COM1 has aborted and must be reset before connecting.\r\n",
@@ -133,7 +134,7 @@ TEST_F(AController, AbortedResourceMustBeReset) {
     std::uint32_t code = 0;
     EXPECT_EQ(Control.AbortCode("COM1", code), CommResult::Success);
     EXPECT_EQ(code, 0x10000005u);
-    EXPECT_EQ(Control.ConnectResource("COM1"), CommResult::Success);
+    EXPECT_EQ(Control.ConnectResource(port), CommResult::Success);
 }
 
 TEST_F(AController, AttachingElsewhereAndRemovingTheResourceDetach) {
