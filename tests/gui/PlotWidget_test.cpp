@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/dialogs/Form.h"
 #include "app/plots/PlotCanvas.h"
 #include "app/plots/PlotWidget.h"
 #include "gui/Desk.h"
+#include "gui/Hands.h"
 #include "gui/SamplePages.h"
 
 #include <QFile>
+#include <QPointer>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -172,6 +175,19 @@ TEST_F(PlotWidgetTest, LimitsStayWithTheirUnitsWhenOtherUnitsGo) {
     page.axes[0].units = "V";
     Show(page);
     EXPECT_EQ(Plot.Choice(0).maximum, 6.0) << "it came back";
+    // So do limits given in a form that was open while they went.
+    PlotPage onlyMetres = page;
+    onlyMetres.axes.erase(onlyMetres.axes.begin());
+    for (const int asked : {0, 1}) {
+        Show(page);
+        Plot.AskRange(asked);
+        const QPointer<CForm> form = Plot.findChild<CForm*>();
+        Show(onlyMetres);
+        PressReturn(form);
+        Settle();
+        EXPECT_FALSE(form) << "closed";
+        EXPECT_EQ(Plot.IsZoomed(), asked == 1);
+    }
 }
 
 TEST_F(PlotWidgetTest, ANameSwitchesItsCurve) {

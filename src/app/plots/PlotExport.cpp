@@ -150,9 +150,15 @@ Menu CPlotWidget::PlotMenu() {
     Menu limits{{text(tr("Automatic limits")), [this] { SetAutomatic(); }}};
     limits.push_back({text(ShownInLanguage(AxisTitle(KeyAxis(Current))) + QStringLiteral(" ...")),
                       [this] { AskRange(KeyAxisNumber); }});
+    const auto ask = [this](const AxisName& name) {
+        return [this, name] {
+            if (const std::optional<int> shown = NumberOf(name))
+                AskRange(*shown);
+        };
+    };
     for (int axis = 0; axis < static_cast<int>(ValueAxisCount(Current)); ++axis)
         limits.push_back({text(ShownInLanguage(AxisTitle(AxisOf(axis))) + QStringLiteral(" ...")),
-                          [this, axis] { AskRange(axis); }});
+                          ask(NameOf(axis))});
     menu.push_back({text(tr("Limits")), {}, false, false, {}, std::move(limits)});
     menu.push_back(
         {text(tr("Logarithmic axis")), [this] { ToggleLog(); }, true, AxisOf(0).logarithmic});
@@ -202,24 +208,39 @@ void CPlotWidget::AskRange(int number) {
     QCheckBox* logarithmic = axis.kind == AxisKind::Number
                                  ? form->AddSwitch(tr("Logarithmic"), axis.logarithmic)
                                  : nullptr;
-    connect(form->AddButton(tr("Automatic")), &QPushButton::clicked, form, [this, form, number] {
-        AxisChoice choice = Choice(number);
-        choice.mode = AxisMode::Automatic;
-        SetChoice(number, choice);
-        emit ViewChanged();
+    const AxisName name = NameOf(number); // the number may be another's once the form is done
+    connect(form->AddButton(tr("Automatic")), &QPushButton::clicked, form, [this, form, name] {
+        ChangeChoice(name, [](AxisChoice& choice) { choice.mode = AxisMode::Automatic; });
         form->reject();
     });
     connect(form, &QDialog::accepted, this, [=, this] {
-        AxisChoice choice = Choice(number);
-        choice.mode = AxisMode::Fixed;
-        choice.minimum = limit(fields->first).value_or(range.lower);
-        choice.maximum = limit(fields->second).value_or(range.upper);
-        if (logarithmic)
-            choice.logarithmic = logarithmic->isChecked();
-        SetChoice(number, choice);
-        emit ViewChanged();
+        ChangeChoice(name, [&](AxisChoice& choice) {
+            choice.mode = AxisMode::Fixed;
+            choice.minimum = limit(fields->first).value_or(range.lower);
+            choice.maximum = limit(fields->second).value_or(range.upper);
+            if (logarithmic)
+                choice.logarithmic = logarithmic->isChecked();
+        });
     });
     form->Open();
+}
+
+std::optional<int> CPlotWidget::NumberOf(const AxisName& name) const {
+    for (int axis = KeyAxisNumber; axis < static_cast<int>(ValueAxisCount(Current)); ++axis)
+        if (NameOf(axis) == name)
+            return axis;
+    return std::nullopt;
+}
+
+void CPlotWidget::ChangeChoice(const AxisName& name,
+                               const std::function<void(AxisChoice&)>& change) {
+    const std::optional<int> axis = NumberOf(name);
+    if (!axis) // Decided: limits given for an axis that has gone meanwhile are dropped.
+        return;
+    AxisChoice choice = Choice(*axis);
+    change(choice);
+    SetChoice(*axis, choice);
+    emit ViewChanged();
 }
 
 } // namespace qor

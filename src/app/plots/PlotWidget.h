@@ -13,6 +13,7 @@
 #include <QImage>
 #include <QWidget>
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -131,6 +132,9 @@ class CPlotWidget : public QWidget {
     void ZoomAxis(int axis, double at, double factor);
     PlotAxis AxisOf(int axis) const;
     AxisName NameOf(int axis) const;
+    /// Of the axis shown that has this name.
+    std::optional<int> NumberOf(const AxisName& name) const;
+    void ChangeChoice(const AxisName& name, const std::function<void(AxisChoice&)>& change);
     double Seconds() const;
     void UpdateReadout();
     void PlaceResetButton();
