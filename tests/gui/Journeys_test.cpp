@@ -288,6 +288,19 @@ TEST_F(AtTheDesk, ClosingWhileALogIsOpenAsksAndDoesAsTold) {
     EXPECT_GT(std::filesystem::file_size(path), 128U);
 }
 
+TEST_F(AtTheDesk, WhenTheSystemEndsTheProgramTheLogIsEndedUnasked) {
+    Press(Do::Practice);
+    ASSERT_TRUE(Until([&] { return Frames() > 0; }));
+    StartLog();
+    QTimer::singleShot(0, qApp, [] {
+        QEvent quit(QEvent::Quit);
+        QCoreApplication::sendEvent(qApp, &quit);
+    });
+    QTimer::singleShot(15'000, Window.get(), [] { QCoreApplication::exit(1); });
+    EXPECT_EQ(QApplication::exec(), 0) << "a question keeps it from ending";
+    EXPECT_FALSE(IsLogging());
+}
+
 TEST_F(AtTheDesk, AnOpenQuestionKeepsNothingElseWaiting) {
     const auto connected = [&] {
         return std::ranges::count_if(Doc().Snapshot().resources, [](const ResourceStatus& port) {

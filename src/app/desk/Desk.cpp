@@ -54,8 +54,9 @@ CDesk::~CDesk() {
 void CDesk::ConnectRooms() {
     connect(&Window, &CMainWindow::Asked, this, &CDesk::DoIt);
     connect(&Under.Operator(), &COperator::CloseAsked, this, &CDesk::End);
-    // Log-off and shutdown, once nobody has refused them (Windows).
+    // Log-off and shutdown, once nobody has refused them: so Windows tells it, X11 as a Quit.
     connect(qGuiApp, &QGuiApplication::aboutToQuit, this, &CDesk::End, Qt::DirectConnection);
+    qGuiApp->installEventFilter(this);
     connect(&Messages, &CMessages::NamingAsked, &Log, &CLogDesk::OpenNaming);
     connect(&Sources, &CSourceDesk::FirstLogAsked, &Log, &CLogDesk::OpenNaming);
     connect(&Sources, &CSourceDesk::WindowAsked, this,
@@ -125,6 +126,12 @@ void CDesk::Tick() {
         Displays.OpenFirst();
     }
     Sessions.Refresh();
+}
+
+bool CDesk::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == qGuiApp && event->type() == QEvent::Quit)
+        End(); // before the windows are closed for it, which would ask
+    return QObject::eventFilter(watched, event);
 }
 
 bool CDesk::IsOn(Do action) const {

@@ -39,6 +39,9 @@ class CDesk : public QObject {
     /// One turn of everything that is shown; the timer's.
     void Tick();
 
+  protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
   private:
     void DoIt(Do action);
     void DoWindow(Do action);
