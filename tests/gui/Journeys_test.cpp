@@ -372,6 +372,28 @@ TEST_F(AtTheDesk, AnInstrumentWithoutANameHasItsMenu) {
     EXPECT_TRUE(Doc().Snapshot().resources.at(0).instruments.at(0).immersed) << Said();
 }
 
+TEST_F(AtTheDesk, WhatIsAskedForTwiceIsDoneOnce) {
+    Desk->Session().Open(QString::fromStdString(Temp.Put("deck.qor", Deck())));
+    SerialResourceSettings other;
+    other.portName = "/dev/ttyOTHER";
+    Doc().AddSerialResource(RunPort(other, 1));
+    const TreePage tree = MakeTreePage(Doc(), Desk->Engine().Rates());
+    emit Window->Tree().MenuAsked(tree.rows.at(0).rows.at(0).id, {});
+    CEvent release;
+    Desk->Engine().WorkOnPorts([&] { release.Wait(15'000); });
+    const auto* menu = Window->findChild<QMenu*>(QString(), Qt::FindDirectChildrenOnly);
+    for (const char* wanted : {"/dev/ttyOTHER", "/dev/ttyOTHER", "Remove", "Remove"})
+        for (QAction* entry : menu->findChildren<QAction*>())
+            if (entry->text() == QString::fromLatin1(wanted))
+                entry->trigger();
+    release.Set();
+    Desk->Engine().FinishWork();
+    Settle();
+    for (const ResourceStatus& port : Doc().Snapshot().resources)
+        EXPECT_TRUE(port.instruments.empty()) << port.name;
+    EXPECT_EQ(Window->Strip().History().Entries().size(), 0U) << Said();
+}
+
 TEST_F(AtTheDesk, AnAlarmIsSetTrippedAndSaid) {
     Press(Do::Practice);
     CViewWindow* window = Shown("package");

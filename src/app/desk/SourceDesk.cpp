@@ -35,6 +35,18 @@ bool AllStarted(const SessionSnapshot& snapshot) {
     return true;
 }
 
+/// What a handle of earlier has become: moved, the instrument has another one. None: it has gone.
+InstrumentId HandleNow(const CQorViewDoc& doc, InstrumentId instrument, const std::string& name) {
+    const SessionSnapshot snapshot = doc.Snapshot();
+    if (snapshot.Find(instrument))
+        return instrument;
+    for (const ResourceStatus& resource : snapshot.resources)
+        for (const InstrumentFigures& figures : resource.instruments)
+            if (figures.name == name)
+                return figures.id;
+    return InstrumentId::None;
+}
+
 } // namespace
 
 CSourceDesk::CSourceDesk(const DeskParts& parts, QObject* parent) : QObject(parent), Parts(parts) {
@@ -46,6 +58,7 @@ CSourceDesk::CSourceDesk(const DeskParts& parts, QObject* parent) : QObject(pare
             [this](quint64 row) { OpenPropertiesOf(TargetOf(row)); });
 }
 
+/// Rows stand until the port's turn comes, so what is asked for twice may be done already.
 void CSourceDesk::Remove(const std::string& name, std::function<CommResult()> removal) {
     const std::string refusal =
         Of(tr("%1 could not be removed; the session log says why.").arg(Shown(name)));
@@ -185,7 +198,10 @@ Menu CSourceDesk::ResourceMenu(const ResourceStatus& resource) {
     menu.push_back({});
     menu.push_back({Of(tr("Properties ...")), [this, id] { OpenPropertiesOf({.resource = id}); }});
     menu.push_back({Of(tr("Remove")), [this, &doc, id, name] {
-                        Remove(name, [&doc, id] { return doc.RemoveResource(id); });
+                        Remove(name, [&doc, id] {
+                            return doc.Snapshot().Find(id) ? doc.RemoveResource(id)
+                                                           : CommResult::Success;
+                        });
                     }});
     return menu;
 }
@@ -223,27 +239,31 @@ Menu CSourceDesk::InstrumentMenu(InstrumentId instrument) {
     menu.push_back({Of(tr("Keep its settings as default")), [this, &doc, instrument, name] {
                         Parts.SayFault(name, doc.Instruments.UseAsDefault(instrument));
                     }});
-    menu.push_back({Of(tr("Move to")), {}, false, false, {}, MoveMenu(instrument)});
+    menu.push_back({Of(tr("Move to")), {}, false, false, {}, MoveMenu(*figures)});
     menu.push_back({});
     menu.push_back({Of(tr("Roles ...")), [this] { OpenRoles(); }});
     menu.push_back({Of(tr("Properties ...")),
                     [this, instrument] { OpenPropertiesOf({.instrument = instrument}); }});
     menu.push_back({Of(tr("Remove")),
                     [this, &doc, instrument, name] {
-                        Remove(name,
-                               [&doc, instrument] { return doc.RemoveInstrument(instrument); });
+                        Remove(name, [&doc, instrument, name] {
+                            const InstrumentId now = HandleNow(doc, instrument, name);
+                            return now == InstrumentId::None ? CommResult::Success
+                                                             : doc.RemoveInstrument(now);
+                        });
                     },
                     false, false, inPackage ? Of(tr("It goes with its package.")) : std::string()});
     return menu;
 }
 
-Menu CSourceDesk::MoveMenu(InstrumentId instrument) {
+Menu CSourceDesk::MoveMenu(const InstrumentFigures& instrument) {
     CQorViewDoc& doc = Parts.Doc();
     Menu menu;
     for (const ResourceStatus& resource : doc.Snapshot().resources)
-        menu.push_back({resource.name, [this, &doc, instrument, id = resource.id] {
-                            Parts.Try("move", [&doc, instrument, id] {
-                                InstrumentId moved = instrument;
+        menu.push_back({resource.name, [this, &doc, handle = instrument.id, name = instrument.name,
+                                        id = resource.id] {
+                            Parts.Try("move", [&doc, handle, name, id] {
+                                InstrumentId moved = HandleNow(doc, handle, name);
                                 return doc.Instruments.MoveInstrument(moved, id);
                             });
                         }});

@@ -44,7 +44,7 @@ class CSourceDesk : public QObject {
     Menu ResourceMenu(const ResourceStatus& resource);
     Menu InstrumentMenu(InstrumentId instrument);
     Menu PackageMenu(PackageId package);
-    Menu MoveMenu(InstrumentId instrument);
+    Menu MoveMenu(const InstrumentFigures& instrument);
     void OpenPropertiesOf(const TreeTarget& target);
     void Connect(ResourceId resource, const std::string& name);
     void Remove(const std::string& name, std::function<CommResult()> removal);
