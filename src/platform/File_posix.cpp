@@ -275,9 +275,12 @@ FileCause CFile::CreateExclusive(const std::string& path) {
         if (cause == FileCause::None && (status.st_mode & AnyWriteBit) == 0)
             cause = FileCause::AccessDenied;
         // Under its other names, as of a backup, its bytes stay.
-        if (cause == FileCause::None && status.st_nlink > 1 && ::unlink(path.c_str()) == 0) {
-            ::close(descriptor);
-            continue;
+        if (cause == FileCause::None && status.st_nlink > 1) {
+            if (::unlink(path.c_str()) == 0) {
+                ::close(descriptor);
+                continue;
+            }
+            cause = CauseOf(errno); // the folder's owner alone may take the name away
         }
         if (cause == FileCause::None && ::ftruncate(descriptor, 0) < 0)
             cause = CauseOf(errno);

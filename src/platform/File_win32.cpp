@@ -184,6 +184,17 @@ bool IsLink(const OpenFile& file) {
             facts.ReparseTag == IO_REPARSE_TAG_MOUNT_POINT);
 }
 
+bool HasOtherNames(const OpenFile& file) {
+    BY_HANDLE_FILE_INFORMATION facts{};
+    return GetFileInformationByHandle(file.handle, &facts) && facts.nNumberOfLinks > 1;
+}
+
+/// Under its other names, as of a backup, what the file holds stays: another one takes this name.
+FileCause TakeName(const std::wstring& path, OpenFilePointer& file) {
+    file.reset();
+    return DeleteFileW(path.c_str()) ? OpenHandle(path, CreateUnknown, file) : LastCause();
+}
+
 /// No attribute at all is spelled "normal".
 FileCause ChangeReadOnly(const OpenFile& file, bool readOnly) {
     FILE_BASIC_INFO facts{}; // times of 0 stay as they are
@@ -273,12 +284,14 @@ FileCause CFile::OpenForReading(const std::string& path) {
 FileCause CFile::CreateExclusive(const std::string& path) {
     Close();
     OpenFilePointer file;
-    FileCause cause = OpenHandle(WidePath(path), CreateAlone, file);
+    const std::wstring wide = WidePath(path);
+    FileCause cause = OpenHandle(wide, CreateAlone, file);
     if (cause != FileCause::None)
         return cause;
     if (!file->isDisk || IsLink(*file))
         return FileCause::AccessDenied;
-    if (cause = CutAt(*file, 0); cause != FileCause::None)
+    cause = HasOtherNames(*file) ? TakeName(wide, file) : CutAt(*file, 0);
+    if (cause != FileCause::None)
         return cause;
     Handle = reinterpret_cast<std::intptr_t>(file.release());
     OpenedPath = path;

@@ -87,15 +87,6 @@ TEST_F(AFile, NothingIsWrittenOrChangedThroughALink) {
     EXPECT_FALSE(FileExists(Folder + "none"));
 }
 
-TEST_F(AFile, WhatIsReplacedStaysUnderItsOtherNames) {
-    Temp.Put("log", "old");
-    ASSERT_EQ(::link((Folder + "log").c_str(), (Folder + "backup").c_str()), 0);
-    ASSERT_EQ(File.CreateExclusive(Folder + "log"), FileCause::None);
-    EXPECT_EQ(File.Write(AsBytes("new")), FileCause::None);
-    EXPECT_EQ(Temp.Content("log"), "new");
-    EXPECT_EQ(Temp.Content("backup"), "old");
-}
-
 TEST_F(AFile, AnOpenFileIsProtectedWhateverHasItsName) {
     ASSERT_EQ(File.CreateNew(Folder + "log"), FileCause::None);
     ASSERT_EQ(RenameFile(Folder + "log", Folder + "moved"), FileCause::None);

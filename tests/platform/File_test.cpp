@@ -32,6 +32,16 @@ TEST_F(AFile, ReadOnlyFileIsNotTouchedNotEvenByTheSuperuser) {
     EXPECT_EQ(File.CreateExclusive(Folder + "done.raw"), FileCause::None);
 }
 
+TEST_F(AFile, WhatIsReplacedStaysUnderItsOtherNames) {
+    Temp.Put("log", "old");
+    std::filesystem::create_hard_link(Folder + "log", Folder + "backup");
+    ASSERT_EQ(File.CreateExclusive(Folder + "log"), FileCause::None);
+    EXPECT_EQ(File.Write(AsBytes("new")), FileCause::None);
+    File.Close();
+    EXPECT_EQ(Temp.Content("log"), "new");
+    EXPECT_EQ(Temp.Content("backup"), "old");
+}
+
 TEST_F(AFile, TruncateCutsAndGoesOnThere) {
     ASSERT_EQ(File.CreateExclusive(Folder + "raw"), FileCause::None);
     ASSERT_EQ(File.Write(AsBytes("record1rec")), FileCause::None);
