@@ -26,7 +26,9 @@ namespace qor {
 
 namespace {
 
-constexpr DWORD RequestBytes = 1024 * 1024;
+constexpr std::size_t RequestBytes = 1024 * 1024;
+/// A write to a pipe ends when the reader has all of it, so only a small one tells that it takes.
+constexpr std::size_t PipeBytes = 4096;
 /// The system itself ends a process about five seconds after a closed console's notice.
 constexpr DWORD CloseMilliseconds = 10000;
 
@@ -155,6 +157,15 @@ bool CanDraw(StandardStream stream) {
                           mode | ENABLE_PROCESSED_OUTPUT | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
 }
 
+/// Writes what one request takes, and takes it off the bytes. The system's error.
+DWORD WriteOnce(HANDLE handle, std::string_view& bytes, std::size_t most) {
+    DWORD written = 0;
+    const auto size = static_cast<DWORD>(std::min(bytes.size(), most));
+    const bool done = WriteFile(handle, bytes.data(), size, &written, nullptr) != FALSE;
+    bytes.remove_prefix(written);
+    return done ? ERROR_SUCCESS : GetLastError();
+}
+
 /// The writes that wait for a reader. Once the program is to end, one that has waited for two
 /// seconds is taken back, from a thread of its own: the writer itself can only wait.
 class CStalledWrites {
@@ -170,33 +181,26 @@ class CStalledWrites {
 
     void Hurry() {
         CLock lock(Guard);
-        if (!std::exchange(Hurried, true)) // without a thread the writer waits, as before
-            static_cast<void>(Watcher.Start(ThreadPriority::Normal, [this] { Watch(); }));
+        if (std::exchange(Hurried, true))
+            return;
+        HurriedAt = GetTickCount64();
+        // Without a thread the writer waits, as before.
+        static_cast<void>(Watcher.Start(ThreadPriority::Normal, [this] { Watch(); }));
     }
 
-    /// A reader of this stream took nothing once; once is enough.
-    bool IsGivenUp(StandardStream stream) {
-        CLock lock(Guard);
-        return Writers[static_cast<int>(stream)].givenUp;
-    }
-
-    /// Writes on this thread. The system's error, ERROR_OPERATION_ABORTED when it was taken back.
-    DWORD Write(StandardStream stream, HANDLE handle, const char* bytes, DWORD size,
-                DWORD& written) {
-        Writer& writer = Writers[static_cast<int>(stream)];
+    /// Writes on this thread, after the other threads' writes to the stream. The system's error;
+    /// ERROR_OPERATION_ABORTED when it was taken back, or one before it: once is enough.
+    DWORD Write(StandardStream stream, HANDLE handle, std::string_view bytes) {
+        const auto place = static_cast<std::size_t>(stream);
+        const CLock turn(Turns[place]);
         HANDLE thread = nullptr;
         DuplicateHandle(GetCurrentProcess(), GetCurrentThread(), GetCurrentProcess(), &thread,
                         THREAD_TERMINATE, FALSE, 0);
-        {
-            CLock lock(Guard);
-            writer.thread = thread;
-            writer.since = GetTickCount64();
-        }
-        const DWORD error =
-            WriteFile(handle, bytes, size, &written, nullptr) ? ERROR_SUCCESS : GetLastError();
-        CLock lock(Guard);
-        writer.thread = nullptr;
-        writer.givenUp = writer.givenUp || error == ERROR_OPERATION_ABORTED;
+        const std::size_t most = GetFileType(handle) == FILE_TYPE_PIPE ? PipeBytes : RequestBytes;
+        DWORD error = ERROR_SUCCESS;
+        while (!bytes.empty() && error == ERROR_SUCCESS)
+            error = Begin(place, thread) ? WriteOnce(handle, bytes, most) : ERROR_OPERATION_ABORTED;
+        End(place, error == ERROR_OPERATION_ABORTED);
         CloseHandle(thread);
         return error;
     }
@@ -205,23 +209,40 @@ class CStalledWrites {
     struct Writer {
         HANDLE thread = nullptr; ///< while it writes
         ULONGLONG since = 0;     ///< tick count
-        bool givenUp = false;
+        bool givenUp = false;    ///< the reader took nothing once
     };
     static constexpr ULONGLONG StillMilliseconds = 2000;
     static constexpr int LookMilliseconds = 250;
 
+    bool Begin(std::size_t place, HANDLE thread) {
+        CLock lock(Guard);
+        Writer& writer = Writers[place];
+        writer.thread = thread;
+        writer.since = GetTickCount64();
+        return !writer.givenUp;
+    }
+
+    void End(std::size_t place, bool givenUp) {
+        CLock lock(Guard);
+        Writers[place].thread = nullptr;
+        Writers[place].givenUp = Writers[place].givenUp || givenUp;
+    }
+
     void Watch() {
         while (!Ending.Wait(LookMilliseconds)) {
             CLock lock(Guard);
+            const ULONGLONG now = GetTickCount64();
             for (const Writer& writer : Writers)
-                if (writer.thread && GetTickCount64() - writer.since >= StillMilliseconds)
+                if (writer.thread && now - std::max(writer.since, HurriedAt) >= StillMilliseconds)
                     CancelSynchronousIo(writer.thread);
         }
     }
 
-    CMutex Guard; ///< a leaf
-    Writer Writers[3];
+    CMutex Turns[3]; ///< of the streams; Guard alone is taken under one
+    CMutex Guard;    ///< a leaf
+    Writer Writers[3] GUARDED_BY(Guard);
     bool Hurried GUARDED_BY(Guard) = false;
+    ULONGLONG HurriedAt GUARDED_BY(Guard) = 0; ///< tick count
     CEvent Ending;
     CWorker Watcher;
 };
@@ -243,23 +264,26 @@ int TerminalColumns(StandardStream stream) {
 
 StreamWrite WriteStream(StandardStream stream, std::string_view bytes) {
     HANDLE handle = HandleOf(stream);
-    if (CStalledWrites::All().IsGivenUp(stream))
-        return StreamWrite::ReaderStalls;
     if (GetConsoleOutputCP() != CP_UTF8 && IsConsole(handle))
         SetConsoleOutputCP(CP_UTF8);
-    while (!bytes.empty()) {
-        const auto size = static_cast<DWORD>(std::min<std::size_t>(bytes.size(), RequestBytes));
-        DWORD written = 0;
-        if (const DWORD error =
-                CStalledWrites::All().Write(stream, handle, bytes.data(), size, written))
-            return error == ERROR_OPERATION_ABORTED ? StreamWrite::ReaderStalls
-                   : error == ERROR_NO_DATA || error == ERROR_BROKEN_PIPE ||
-                           error == ERROR_PIPE_NOT_CONNECTED
-                       ? StreamWrite::ReaderGone
-                       : StreamWrite::Failed;
-        bytes.remove_prefix(written);
+    DWORD error = ERROR_SUCCESS;
+    if (GetFileType(handle) != FILE_TYPE_DISK) // a file has no reader that could stall
+        error = CStalledWrites::All().Write(stream, handle, bytes);
+    else
+        while (!bytes.empty() && error == ERROR_SUCCESS)
+            error = WriteOnce(handle, bytes, RequestBytes);
+    switch (error) {
+    case ERROR_SUCCESS:
+        return StreamWrite::Done;
+    case ERROR_OPERATION_ABORTED:
+        return StreamWrite::ReaderStalls;
+    case ERROR_NO_DATA:
+    case ERROR_BROKEN_PIPE:
+    case ERROR_PIPE_NOT_CONNECTED:
+        return StreamWrite::ReaderGone;
+    default: // no enum of ours: any other error of the system
+        return StreamWrite::Failed;
     }
-    return StreamWrite::Done;
 }
 
 bool LeadsToTerminal(const std::string& path) {

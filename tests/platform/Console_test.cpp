@@ -71,7 +71,7 @@ TEST(WriteStreamDeathTest, EndsForAReaderThatStandsStillOnceAStopIsAskedFor) {
 namespace qor {
 namespace {
 
-TEST(WriteStream, EndsForAReaderThatStandsStillOnceTheProgramIsToEnd) {
+TEST(WriteStream, EndsOnEveryThreadForAReaderThatStandsStillOnceTheProgramIsToEnd) {
     HANDLE reader = nullptr, writer = nullptr;
     ASSERT_TRUE(CreatePipe(&reader, &writer, nullptr, 0));
     const HANDLE own = GetStdHandle(STD_OUTPUT_HANDLE);
@@ -79,7 +79,12 @@ TEST(WriteStream, EndsForAReaderThatStandsStillOnceTheProgramIsToEnd) {
     EXPECT_EQ(WriteStream(StandardStream::Output, "read"), StreamWrite::Done);
     HurryReaders();
     const std::string text(1 << 20, 'x');
+    CWorker other;
+    ASSERT_TRUE(other.Start(ThreadPriority::Normal, [&] {
+        EXPECT_EQ(WriteStream(StandardStream::Output, text), StreamWrite::ReaderStalls);
+    }));
     EXPECT_EQ(WriteStream(StandardStream::Output, text), StreamWrite::ReaderStalls);
+    other.Join();
     SetStdHandle(STD_OUTPUT_HANDLE, own);
     CloseHandle(writer);
     CloseHandle(reader);
