@@ -5,6 +5,7 @@
 // reports nothing; every failure goes up as the system's error number.
 #include "platform/SerialPort.h"
 
+#include "platform/ReadSize_win32.h"
 #include "platform/Win32Support.h"
 
 #include <algorithm>
@@ -29,16 +30,6 @@ static_assert(LineTransmitFull == 0x0100 && LineIoError == 0x0400 && LineModeErr
 constexpr ULONGLONG StatusRestMilliseconds = 1000;
 /// The same for a read that ended without a byte: short, because bytes may follow.
 constexpr ULONGLONG ReadRestMilliseconds = 20;
-/// The most that one read asks for, however large the caller's buffer is.
-constexpr std::size_t LargestRead = 1024 * 1024;
-/// Decided: a read asks for no more than the line brings in a twentieth of a second. It ends when
-/// it has that or the line pauses, so on a line that never pauses a larger one would hold back what
-/// has come: late times, silence where there is none, and frames that the end of the run discards.
-constexpr std::uint32_t ReadsPerSecond = 20;
-constexpr std::uint32_t BitsPerByte = 10;
-constexpr int LongestReadMilliseconds = 1000 / ReadsPerSecond + 10; ///< with the read interval
-/// As slow as a line may be, a read is worth its while.
-constexpr std::size_t SmallestRead = 16;
 /// How long closing waits for the system to give back the memory of a cancelled operation.
 constexpr DWORD CancelMilliseconds = 1000;
 
@@ -96,7 +87,7 @@ class CWin32SerialPort final : public CSerialPort {
     IssueResult IssueRead(std::span<std::uint8_t> buffer, std::size_t& got) override;
     IssueResult IssueStatusWait(std::uint32_t& mask) override;
     WaitResult Wait(int milliseconds) override;
-    int LongestRead() const override { return LongestReadMilliseconds; }
+    int LongestRead() const override { return LongestReadAt(BaudRate, ReadInterval); }
     SystemError CollectRead(std::size_t& got) override;
     SystemError CollectStatus(std::uint32_t& mask) override;
     SystemError LastError() const override { return IssueError; }
@@ -113,7 +104,8 @@ class CWin32SerialPort final : public CSerialPort {
     DCB SavedBlock{};
     bool TimeoutsSaved = false;
     bool BlockSaved = false;
-    std::size_t ReadSize = LargestRead;
+    std::uint32_t BaudRate = LineSettings().baudRate;
+    std::uint32_t ReadInterval = 0; ///< milliseconds
     std::unique_ptr<Operation> Read;
     std::unique_ptr<Operation> Status;
     SystemError IssueError = 0;
@@ -172,14 +164,13 @@ SystemError CWin32SerialPort::WriteSettings(const LineSettings& settings) {
     block.fErrorChar = FALSE;
     block.fNull = FALSE;
     block.fAbortOnError = FALSE;
-    ReadSize = std::clamp<std::size_t>(settings.baudRate / (BitsPerByte * ReadsPerSecond),
-                                       SmallestRead, LargestRead);
+    BaudRate = settings.baudRate;
     return ErrorUnless(SetCommState(Port, &block));
 }
 
 SystemError CWin32SerialPort::SetReadInterval(std::uint32_t milliseconds) {
     COMMTIMEOUTS timeouts{};
-    timeouts.ReadIntervalTimeout = milliseconds;
+    timeouts.ReadIntervalTimeout = ReadInterval = milliseconds;
     return ErrorUnless(SetCommTimeouts(Port, &timeouts));
 }
 
@@ -223,7 +214,7 @@ IssueResult CWin32SerialPort::IssueRead(std::span<std::uint8_t> buffer, std::siz
     Read->resting = Read->MustRest();
     if (Read->resting)
         return IssueResult::Pending;
-    std::size_t size = std::min(buffer.size(), ReadSize);
+    std::size_t size = std::min(buffer.size(), ReadSizeAt(BaudRate));
     if (!Read->Reserve(size)) {
         IssueError = ERROR_NOT_ENOUGH_MEMORY;
         return IssueResult::Failed;

@@ -4,6 +4,7 @@
 // open by a refusal. Real input is tried by tests/windows/acquisition.py.
 #if defined(_WIN32)
 #include "platform/File.h"
+#include "platform/ReadSize_win32.h"
 #include "platform/SerialPort.h"
 
 #include <filesystem>
@@ -27,6 +28,16 @@ TEST(SerialPort, RefusesNamesThatAreNoPort) {
     for (const auto& row : cases)
         EXPECT_EQ(port->Open(row.name), row.error) << row.name;
     EXPECT_EQ(RemoveFile(file), FileCause::None);
+}
+
+TEST(SerialPort, ReadOfALineThatNeverPausesEndsWhenItSaysAndBeforeThatIsTakenForSilence) {
+    constexpr int Silence = 1500;
+    for (const std::uint32_t rate : {110U, 300U, 600U, 1200U, 2400U, 9600U, 57600U, 921600U}) {
+        const int oneByte = static_cast<int>(12 * 1000 / rate), interval = oneByte + 6;
+        const int longest = LongestReadAt(rate, static_cast<std::uint32_t>(interval));
+        EXPECT_GE(longest, static_cast<int>(ReadSizeAt(rate)) * oneByte + interval) << rate;
+        EXPECT_LT(longest, Silence) << rate;
+    }
 }
 
 } // namespace
