@@ -126,6 +126,9 @@ DecodedLog DecodeLog(const ExportedLog& exported, const DecodeOptions& options,
         context,
         [&](CQorViewIns& instrument, const FrameCheckResult& checks) {
             const CLiveInstrument& live = instrument.Live;
+            // Decided: a frame that is left out only for a gap before it says the depth of others.
+            depths.Distrust(instrument,
+                            options.goodOnly && (checks.checksumError || checks.valueError));
             if (!options.window.Has(live.CurrentFrame()->Info.time, utcOffset) ||
                 !depths.Wanted(instrument))
                 return;

@@ -20,6 +20,12 @@ std::vector<std::string> NamesOf(const CSensor& sensor) {
     return names;
 }
 
+/// Of its current frame, in seconds; none where that has no time.
+std::optional<double> TimeOf(const CLiveInstrument& instrument) {
+    const FrameTime& time = instrument.CurrentFrame()->Info.time;
+    return time.known ? std::optional(SecondsOf(time)) : std::nullopt;
+}
+
 /// One instrument: the frame that waits, and the tests of its values.
 class CCheckedInstrument {
   public:
@@ -33,6 +39,8 @@ class CCheckedInstrument {
     }
     /// Takes a frame; the one before it has to be out.
     void Take(const ExportedFrame& frame);
+    /// A frame that is left out: of others' frames it may still say the depth.
+    void PassOver(const ExportedFrame& frame);
     /// What the frame that comes next says of spikes in the one that waits.
     void LookAhead(const ExportedFrame& next);
     /// Hands on the frame that waits, if one does.
@@ -51,7 +59,6 @@ class CCheckedInstrument {
         return (value.sensor ? Found.sensors : Found.products)[value.place];
     }
     void Reject();
-    void LoseBadDepth();
 
     CLiveInstrument Frame; ///< that waits
     CFrameData Copy;       ///< its memory is used again
@@ -60,6 +67,7 @@ class CCheckedInstrument {
     std::optional<double> Depth;
     const CCheckedInstrument* Carrier = nullptr; ///< of the depth; null: none
     std::size_t DepthSensor = 0;
+    QcFlag DepthFlag = QcFlag::NotEvaluated; ///< of a carrier's latest frame, also one left out
     FrameQc Found;
     bool IsWaiting = false;
 
@@ -109,15 +117,25 @@ void CCheckedInstrument::Take(const ExportedFrame& frame) {
     Checks = frame.checks;
     Derived.assign(frame.derived.begin(), frame.derived.end());
     Depth = frame.depth;
-    const FrameTime& time = Frame.CurrentFrame()->Info.time;
-    const std::optional<double> seconds =
-        time.known ? std::optional(SecondsOf(time)) : std::nullopt;
+    const std::optional<double> seconds = TimeOf(Frame);
     Found.time = TestTime(seconds);
     for (Value& value : Values)
         FlagOf(value) = value.tests.Take(ValueIn(Frame, Derived, value), seconds);
-    if (Rejects && Carrier != this)
-        LoseBadDepth();
+    if (Carrier == this)
+        DepthFlag = Found.sensors[DepthSensor];
+    // Decided: where another instrument measures the depth, its latest frame counts as far as it is
+    // checked when this one's comes: whether that was a spike only the next one tells.
+    else if (Rejects && Carrier && Carrier->DepthFlag == QcFlag::Bad)
+        Depth.reset();
     IsWaiting = true;
+}
+
+/// The tests of the frames that are written go on as if this one had not been.
+void CCheckedInstrument::PassOver(const ExportedFrame& frame) {
+    for (const Value& value : Values)
+        if (Carrier == this && value.sensor && value.place == DepthSensor)
+            DepthFlag = CQcTests(value.tests)
+                            .Take(ValueIn(frame.instrument, {}, value), TimeOf(frame.instrument));
 }
 
 QcFlag CCheckedInstrument::TestTime(std::optional<double> seconds) {
@@ -138,13 +156,6 @@ void CCheckedInstrument::LookAhead(const ExportedFrame& next) {
     }
 }
 
-/// Decided: where another instrument measures the depth, its latest frame counts as far as it is
-/// checked when this one's comes: whether that was a spike only the next one tells.
-void CCheckedInstrument::LoseBadDepth() {
-    if (Carrier && Carrier->Found.sensors[DepthSensor] == QcFlag::Bad)
-        Depth.reset();
-}
-
 void CCheckedInstrument::Reject() {
     for (const Value& value : Values)
         if (FlagOf(value) != QcFlag::Bad)
@@ -154,8 +165,8 @@ void CCheckedInstrument::Reject() {
         else
             Derived[value.place].value.reset(),
                 Derived[value.place].status = ConversionStatus::Rejected;
-    if (Carrier == this)
-        LoseBadDepth();
+    if (Carrier == this && Found.sensors[DepthSensor] == QcFlag::Bad)
+        Depth.reset();
 }
 
 void CCheckedInstrument::WriteTo(CFrameSink& sink) {
@@ -175,7 +186,10 @@ class CCheckedFrames final : public CFrameSink {
     OutputResult BeginLog(const ExportedLog& log,
                           std::span<const ExportedInstrument> instruments) override;
     void Write(const ExportedFrame& frame) override;
-    void LeaveOut(const ExportedFrame& frame) override { Behind->LeaveOut(frame); }
+    void LeaveOut(const ExportedFrame& frame) override {
+        Checked.at(&frame.instrument)->PassOver(frame);
+        Behind->LeaveOut(frame);
+    }
     void EndLog() override;
     void Flush() override { Behind->Flush(); }
     bool Good() const override { return Behind->Good(); }

@@ -24,12 +24,21 @@ const PressureSource* CDepths::SourceOf(const CQorViewIns& instrument) const {
     return found == Sources.end() ? nullptr : &found->second;
 }
 
+void CDepths::Distrust(const CQorViewIns& instrument, bool damaged) {
+    if (damaged)
+        Damaged.insert(&instrument);
+    else
+        Damaged.erase(&instrument);
+}
+
 std::optional<double> CDepths::Of(const CQorViewIns& instrument) const {
     CRecursiveLock lock(Session.DocLock);
     const PressureSource* source = SourceOf(instrument);
     if (!source)
         return std::nullopt;
     const CQorViewIns& carrier = *source->carrier->instrument;
+    if (Damaged.contains(&carrier))
+        return std::nullopt;
     if (&carrier != &instrument && carrier.Live.CurrentFrame()) {
         const FrameTime& now = instrument.Live.CurrentFrame()->Info.time;
         const FrameTime& then = carrier.Live.CurrentFrame()->Info.time;

@@ -7,6 +7,7 @@
 #include "session/PressureSource.h"
 
 #include <map>
+#include <set>
 
 namespace qor {
 
@@ -21,6 +22,9 @@ class CDepths {
     }
     /// What says the depth of the instrument's frames; null: nothing, or no depth is looked for.
     const PressureSource* SourceOf(const CQorViewIns& instrument) const;
+    /// Whether the instrument's current frame is damaged: then it says no depth, its own or
+    /// others'.
+    void Distrust(const CQorViewIns& instrument, bool damaged);
     /// The depth of the instrument's current frame, dbar: what its own frame says, or the latest
     /// one of the instrument that measures it unless that is old by the time tags of both.
     std::optional<double> Of(const CQorViewIns& instrument) const;
@@ -29,6 +33,7 @@ class CDepths {
     const SessionState& Session;
     const bool IsWanted;
     std::map<const CQorViewIns*, PressureSource> Sources;
+    std::set<const CQorViewIns*> Damaged; ///< whose current frame is
 };
 
 } // namespace qor

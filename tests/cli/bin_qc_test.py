@@ -215,6 +215,18 @@ class BinQc(unittest.TestCase):
         for name in ("QORPRO042", "QORRAD0137"):
             self.assertEqual(max(row["pressure"] for row in rows if row["instrument"] == name), 9.5)
 
+    def test_a_damaged_frame_that_is_left_out_chooses_no_bin(self):
+        with open(self.cast, "rb") as file:
+            log = bytearray(file.read())
+        pressure = log.index(b"QORPRO042", len(log) // 2) + len("QORPRO042") + 10
+        log[pressure:pressure + 3] = b"\xff\xff\xff"
+        with open(self.cast, "wb") as file:
+            file.write(log)
+        arguments = ["-d", PROFILER, "-d", RADIOMETER, "--role", "QORPRO042=profiler", "--bin", "1 dbar", self.cast]
+        for options, wrong in (((), True), (("--good-only",), False)):
+            rows = self.lines(*arguments, *options)
+            self.assertEqual(max(row["pressure"] for row in rows if row["instrument"] == "QORRAD0137") > 500, wrong)
+
     def test_products_are_held_to_ranges_that_are_bad_inside(self):
         home, limits = self.path("home"), self.path("limits.txt")
         os.makedirs(home)
