@@ -138,15 +138,6 @@ std::string CPackageList::ChangeSettings(PackageId package, const PackageSetting
     return {};
 }
 
-PackageId CPackageList::PackageOf(std::string_view instrument) const {
-    CRecursiveLock lock(Doc.DocLock);
-    for (const auto& package : Doc.PackageTable)
-        for (const std::string& name : package->Instruments)
-            if (name == instrument)
-                return package->Id;
-    return PackageId::None;
-}
-
 SerialResourceSettings PackagePort(const LoadedPackage& loaded, SerialResourceSettings settings,
                                    CUserService& user) {
     const std::optional<std::uint32_t> baudRate = WholeCount(Trim(loaded.baudRate));

@@ -49,9 +49,6 @@ class CPackageList {
     /// Settings of a package; its products begin anew. What is wrong, or empty.
     std::string ChangeSettings(PackageId package, const PackageSettings& settings);
 
-    /// The package that an instrument belongs to, or None.
-    PackageId PackageOf(std::string_view instrument) const;
-
     /// The first package of a name, or None.
     PackageId Named(std::string_view name) const;
 

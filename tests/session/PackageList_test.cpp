@@ -40,8 +40,6 @@ class PackageListTest : public ALine, public ASession {
 TEST_F(PackageListTest, APackageBringsItsInstrumentsAndTakesThemAway) {
     const PackageId package = List.AddPackage(Loaded({"PRO", "REF"}), Port);
     ASSERT_NE(package, PackageId::None);
-    EXPECT_EQ(List.PackageOf("REF"), package);
-    EXPECT_EQ(List.PackageOf("OTHER"), PackageId::None);
     {
         CRecursiveLock lock(Doc.DocLock);
         EXPECT_THAT(Doc.Find(package)->Instruments, ElementsAre("PRO", "REF"));

@@ -311,7 +311,8 @@ TEST_F(ASessionDocument, CalibrationModeKeepsInstrumentsAndPackagesWhereTheyAre)
     const SessionSnapshot before = Doc.Snapshot();
     const ResourceId a = before.resources[0].id, b = before.resources[1].id;
     InstrumentId pro = Doc.FindInstrument("PRO");
-    PackageId package = Doc.Packages.PackageOf("REF");
+    PackageId package = Doc.Packages.Named("Cast");
+    ASSERT_NE(package, PackageId::None);
     User.TakeMessages();
     const std::function<void()> attempts[] = {
         [&] { EXPECT_TRUE(Doc.AddInstrument(Folder + "DECK.cal", a).locked); },
