@@ -188,7 +188,10 @@ void CLogConsole::Summarise() {
         text += CaptureLine(capture);
     if (std::string path = Document.SessionLog.FilePath(); !path.empty())
         text += "session log: " + path + "\n";
-    else if (NamesSessionLog) { // why was said as it began
+    else if (std::string lost = Document.SessionLog.LostPath(); !lost.empty()) {
+        ReportError("session log: " + lost + " (ended early; its disk took no more)");
+        Fault = true;
+    } else if (NamesSessionLog) { // why was said as it began
         ReportError("--session-log: no session log was kept; choose another folder.");
         Fault = true;
     }

@@ -138,6 +138,11 @@ std::string CSessionLog::FilePath() const {
     return OpenPath;
 }
 
+std::string CSessionLog::LostPath() const {
+    CLock lock(WriterLock);
+    return Lost;
+}
+
 void CSessionLog::OpenSessionLog() {
     std::string directory;
     bool enabled;
@@ -154,6 +159,7 @@ void CSessionLog::OpenSessionLog() {
     {
         CLock lock(WriterLock);
         OpenPath = File.IsOpen() ? File.Path() : "";
+        Lost.clear();
         Holding = false;
         HandOver(std::exchange(Held, {}));
     }
@@ -168,6 +174,7 @@ void CSessionLog::HoldBack() {
     CloseFile();
     CLock lock(WriterLock);
     OpenPath.clear();
+    Lost.clear();
     Held.clear();
     Holding = true;
 }
@@ -261,7 +268,7 @@ void CSessionLog::Run() {
             continue;
         {
             CLock lock(WriterLock);
-            OpenPath.clear();
+            Lost = std::exchange(OpenPath, {});
             Pending.clear();
         }
         File.Close();

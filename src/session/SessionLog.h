@@ -54,6 +54,8 @@ class CSessionLog {
     std::string ReadOn(std::size_t& from) const;
     /// Path of the open file; empty when there is none.
     std::string FilePath() const;
+    /// Path of the file that ended early because its disk failed; empty once another is opened.
+    std::string LostPath() const;
 
     /// Sees every stamped entry, under the document's lock; set before a loop runs. A caller that
     /// keeps no window may also turn the keeping of the text off: playing a damaged log reports
@@ -79,6 +81,7 @@ class CSessionLog {
     CCondition Changed;
     std::string Pending GUARDED_BY(WriterLock);
     std::string OpenPath GUARDED_BY(WriterLock); ///< empty: no file is open
+    std::string Lost GUARDED_BY(WriterLock);     ///< path of the file that a write failed of
     bool Holding GUARDED_BY(WriterLock) = false;
     std::string Held GUARDED_BY(WriterLock);
     bool Busy GUARDED_BY(WriterLock) = false;

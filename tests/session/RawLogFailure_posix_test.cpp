@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// What the disk can do to a raw log: no folder, no right, a file held elsewhere, no room. A limit
-// on the size of files stands in for a full disk.
+// What the disk can do to a raw log, and to the session log: no folder, no right, a file held
+// elsewhere, no room. A limit on the size of files stands in for a full disk.
 #if !defined(_WIN32)
 #include "fakes/CollectingSink.h"
 #include "fakes/SessionFixture.h"
@@ -442,6 +442,19 @@ TEST_F(AFailingDisk, FolderThatCouldNotBeSynchronisedIsTriedAgain) {
             EXPECT_THAT(sink.Messages(), ElementsAre(lost, passed));
         EXPECT_EQ(sink.Count(EventKind::SyncFailed), 1u);
     }
+}
+
+TEST_F(AFailingDisk, SessionLogThatItEndedIsStillNamed) {
+    Doc.SessionLog.SetFile(true, Folder);
+    Doc.SessionLog.OpenSessionLog();
+    LimitFiles(8);
+    Doc.SessionLog.AddSessionLogEntry("A\r\n");
+    Doc.SessionLog.WaitForDisk();
+    EXPECT_EQ(Doc.SessionLog.FilePath(), "");
+    EXPECT_EQ(Doc.SessionLog.LostPath(), Folder + "QorView.log");
+    LimitFiles(RLIM_INFINITY);
+    Doc.SessionLog.OpenSessionLog();
+    EXPECT_EQ(Doc.SessionLog.LostPath(), "");
 }
 
 } // namespace
