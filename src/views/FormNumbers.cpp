@@ -3,14 +3,9 @@
 
 #include "base/Text.h"
 
-#include <algorithm>
 #include <cmath>
 
 namespace qor {
-
-bool HasControlCharacter(std::string_view text) {
-    return std::ranges::any_of(text, [](unsigned char c) { return c < 0x20 || c == 0x7F; });
-}
 
 std::optional<double> NumberIn(std::string_view text) {
     const std::optional<double> number = WholeNumber(Trim(text));

@@ -9,8 +9,6 @@
 
 namespace qor {
 
-bool HasControlCharacter(std::string_view text);
-
 /// The finite number that the text is, blanks around it apart.
 std::optional<double> NumberIn(std::string_view text);
 /// What is wrong with a number that has to be in a range, as one sentence, or nothing.

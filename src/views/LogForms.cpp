@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "views/LogForms.h"
 
+#include "base/TerminalText.h"
 #include "base/Text.h"
 #include "platform/File.h"
 #include "session/SessionFields.h"

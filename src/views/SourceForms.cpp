@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "views/SourceForms.h"
 
+#include "base/TerminalText.h"
 #include "base/Text.h"
 #include "platform/File.h"
 #include "platform/FileErrorText.h"

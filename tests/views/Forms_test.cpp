@@ -45,7 +45,7 @@ TEST(Forms, OfAPort) {
     Walk<PortForm>(good, {C{[](PortForm& f) { f.name = " "; }, "name", "Name a port."},
                           C{[](PortForm& f) { f.name = "ttyS0 "; }, "name",
                             "The session has this port already."},
-                          C{[](PortForm& f) { f.name = "a\nb"; }, "name",
+                          C{[](PortForm& f) { f.name = "a\xC2\x85z"; }, "name",
                             "A port's name holds no control characters."},
                           C{[](PortForm& f) { f.speed = "0"; }, "speed", Speed},
                           C{[](PortForm& f) { f.speed = "9600.5"; }, "speed", Speed},
