@@ -33,7 +33,7 @@ Powers PowersOf(double value) {
 }
 
 /// What is made of the specific volume along the pressure.
-enum class AlongPressure { Value, Derivative, Integral };
+enum class AlongPressure { Itself, Derivative, Integral };
 
 double SpecificVolume(double salinity, double temperature, double pressure, AlongPressure what) {
     const Powers x = PowersOf(std::sqrt((std::max(salinity, 0.0) + SalinityOffset) / SalinityUnit));
@@ -117,7 +117,7 @@ double ConservativeTemperature(double absoluteSalinity, double temperature, doub
 
 double SeaWaterDensity(double absoluteSalinity, double conservativeTemperature, double pressure) {
     return 1.0 / SpecificVolume(absoluteSalinity, conservativeTemperature, pressure,
-                                AlongPressure::Value);
+                                AlongPressure::Itself);
 }
 
 double SigmaTheta(double absoluteSalinity, double conservativeTemperature) {
@@ -126,7 +126,7 @@ double SigmaTheta(double absoluteSalinity, double conservativeTemperature) {
 
 double SoundSpeed(double absoluteSalinity, double conservativeTemperature, double pressure) {
     const double volume =
-        SpecificVolume(absoluteSalinity, conservativeTemperature, pressure, AlongPressure::Value);
+        SpecificVolume(absoluteSalinity, conservativeTemperature, pressure, AlongPressure::Itself);
     const double slope = SpecificVolume(absoluteSalinity, conservativeTemperature, pressure,
                                         AlongPressure::Derivative);
     return volume * std::sqrt(PascalsPerUnit / -slope);
