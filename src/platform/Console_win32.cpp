@@ -26,7 +26,7 @@ namespace qor {
 
 namespace {
 
-constexpr std::size_t RequestBytes = 1024 * 1024;
+constexpr std::size_t StreamBytes = 1024 * 1024;
 /// A write to a pipe ends when the reader has all of it, so only a small one tells that it takes.
 constexpr std::size_t PipeBytes = 4096;
 /// The system itself ends a process about five seconds after a closed console's notice.
@@ -196,7 +196,7 @@ class CStalledWrites {
         HANDLE thread = nullptr;
         DuplicateHandle(GetCurrentProcess(), GetCurrentThread(), GetCurrentProcess(), &thread,
                         THREAD_TERMINATE, FALSE, 0);
-        const std::size_t most = GetFileType(handle) == FILE_TYPE_PIPE ? PipeBytes : RequestBytes;
+        const std::size_t most = GetFileType(handle) == FILE_TYPE_PIPE ? PipeBytes : StreamBytes;
         DWORD error = ERROR_SUCCESS;
         while (!bytes.empty() && error == ERROR_SUCCESS)
             error = Begin(place, thread) ? WriteOnce(handle, bytes, most) : ERROR_OPERATION_ABORTED;
@@ -271,7 +271,7 @@ StreamWrite WriteStream(StandardStream stream, std::string_view bytes) {
         error = CStalledWrites::All().Write(stream, handle, bytes);
     else
         while (!bytes.empty() && error == ERROR_SUCCESS)
-            error = WriteOnce(handle, bytes, RequestBytes);
+            error = WriteOnce(handle, bytes, StreamBytes);
     switch (error) {
     case ERROR_SUCCESS:
         return StreamWrite::Done;
