@@ -59,6 +59,7 @@ std::string TimeStampFileName(const CalendarTime& local);
 
 /// "name-2.raw" and so on, for a name that is taken; number 1 is the name itself.
 std::string WithSuffix(const std::string& path, int number);
+/// The last one that is tried.
 inline constexpr int LastSuffix = 99;
 
 /// What is wrong with naming settings or with the station, as one sentence; empty when they can be

@@ -10,8 +10,6 @@
 #include <utility>
 
 namespace qor {
-namespace {} // namespace
-
 CLogStage::~CLogStage() {
     Close();
     {
