@@ -46,6 +46,9 @@ constexpr bool IsSpace(char c) {
 constexpr bool IsDigit(char c) {
     return c >= '0' && c <= '9';
 }
+constexpr bool IsLetter(char c) {
+    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+}
 
 std::string_view TrimLeft(std::string_view text);
 std::string_view Trim(std::string_view text);

@@ -30,10 +30,6 @@ bool MayStandInName(std::string_view text) {
     return !HasControl(text) && text.find_first_of("/\\:*?\"<>|") == std::string_view::npos;
 }
 
-bool IsLetter(char c) {
-    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
-}
-
 void AdvanceCast(std::string& cast) {
     if (cast.size() < 2)
         return;

@@ -47,10 +47,6 @@ void AppendUtf8(std::string& text, unsigned code) {
     text += static_cast<char>(0x80 | (code & 0x3f));
 }
 
-bool IsDriveLetter(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
-
 bool LeadsOutside(std::string_view name) {
     int depth = 0;
     for (std::size_t at = 0; at < name.size();) {
@@ -83,7 +79,7 @@ std::string MemberNameOf(std::string_view stored) {
 }
 
 bool IsHostileName(std::string_view name) {
-    const bool hasDrive = name.size() > 1 && name[1] == ':' && IsDriveLetter(name[0]);
+    const bool hasDrive = name.size() > 1 && name[1] == ':' && IsLetter(name[0]);
     return name.empty() || name.size() > LongestName || name.front() == '/' || hasDrive ||
            HasControlCharacter(name) || LeadsOutside(name);
 }

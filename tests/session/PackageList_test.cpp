@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "fakes/DefinedInstrument.h"
-#include "fakes/ScriptedPort.h"
 #include "fakes/SessionFixture.h"
 #include "session/PackageList.h"
 
@@ -9,10 +8,6 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-struct ALine {
-    CPortScript Script;
-};
 
 class PackageListTest : public ALine, public ASession {
   protected:
